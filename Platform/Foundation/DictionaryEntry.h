@@ -1,0 +1,14 @@
+#pragma once
+
+#include <Foundation/StringKey.h>
+#include <Foundation/Value.h>
+
+namespace zeb {
+
+/// A key with its value, as dictionaries keep and enumerate them. Keys are immutable copies.
+struct DictionaryEntry {
+  Value key;
+  Value value;
+};
+
+}  // namespace zeb

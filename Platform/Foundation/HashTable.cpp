@@ -1,0 +1,243 @@
+#include <Foundation/HashTable.h>
+#include <Foundation/KeyedHash.h>
+#include <Foundation/NSString.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace zeb::detail {
+
+namespace {
+
+/// Nobody's keys collide this often by chance at half load.
+constexpr std::uint32_t longestTrustedProbe = 128;
+
+std::uint32_t keyedHashOfKey(const Value& key) noexcept {
+  if (key.isString()) {
+    const auto& text = *key.storageAs<StringStorage>();
+    if (!text.isWide()) {
+      return static_cast<std::uint32_t>(keyedHash({text.ascii(), text.length}));
+    }
+    return static_cast<std::uint32_t>(keyedHash(NSString(key).utf8()));
+  }
+  const std::uint64_t hash = key.hash();
+  return static_cast<std::uint32_t>(
+      keyedHash({reinterpret_cast<const char*>(&hash), sizeof hash}));
+}
+
+std::uint32_t indexHash(const DictionaryStorage& table, const Value& key) noexcept {
+  return table.keyedHash ? keyedHashOfKey(key) : key.keyHash();
+}
+
+/// `hash` is the key hash; `indexed` answers the hash that a keyed index goes by.
+template <class Matches, class IndexHash>
+DictionaryEntry* find(const DictionaryStorage& table, std::uint32_t hash, const Matches& matches,
+                      const IndexHash& keyed) noexcept {
+  if (!table.indexMask) {
+    for (std::uint32_t position = 0; position < table.used; ++position) {
+      DictionaryEntry& entry = table.entries[position];
+      if (entry.key.keyHash() == hash && matches(entry.key)) return &entry;
+    }
+    return nullptr;
+  }
+  std::uint32_t slot = (table.keyedHash ? keyed() : hash) & table.indexMask;
+  while (const std::uint32_t position = table.index[slot]) {
+    DictionaryEntry& entry = table.entries[position - 1];
+    if (entry.key.keyHash() == hash && matches(entry.key)) return &entry;
+    slot = (slot + 1) & table.indexMask;
+  }
+  return nullptr;
+}
+
+/// Puts an entry into a free slot. False when the way there was suspiciously long.
+bool indexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
+  std::uint32_t slot = indexHash(table, table.entries[position].key) & table.indexMask;
+  std::uint32_t probes = 0;
+  while (table.index[slot]) {
+    if (++probes > longestTrustedProbe && !table.keyedHash) return false;
+    slot = (slot + 1) & table.indexMask;
+  }
+  table.index[slot] = position + 1;
+  return true;
+}
+
+void clearIndex(DictionaryStorage& table) noexcept {
+  std::memset(table.index, 0, sizeof(std::uint32_t) * (std::size_t{table.indexMask} + 1));
+}
+
+/// Fills the cleared index with all living entries, if need be by the seeded hash.
+void rebuildIndex(DictionaryStorage& table) noexcept {
+  clearIndex(table);
+  for (std::uint32_t position = 0; position < table.used; ++position) {
+    if (table.entries[position].key.isNil()) continue;
+    if (indexEntry(table, position)) continue;
+    table.keyedHash = true;
+    return rebuildIndex(table);
+  }
+}
+
+/// Slides the living entries together after removals.
+void compactEntries(DictionaryStorage& table) noexcept {
+  std::uint32_t target = 0;
+  for (std::uint32_t position = 0; position < table.used; ++position) {
+    if (table.entries[position].key.isNil()) continue;
+    if (target != position) table.entries[target] = std::move(table.entries[position]);
+    ++target;
+  }
+  table.used = target;
+}
+
+void growEntries(DictionaryStorage& table, std::size_t capacity) {
+  if (capacity > UINT32_MAX / 2) throw std::length_error("too many dictionary entries");
+  auto* entries =
+      static_cast<DictionaryEntry*>(std::malloc(capacity * sizeof(DictionaryEntry)));
+  if (!entries) throw std::bad_alloc();
+  std::uint32_t* index = nullptr;
+  const std::uint32_t slots =
+      capacity > largestUnindexedTable ? indexSlots(static_cast<std::uint32_t>(capacity)) : 0;
+  if (slots) {
+    index = static_cast<std::uint32_t*>(std::malloc(slots * sizeof(std::uint32_t)));
+    if (!index) {
+      std::free(entries);
+      throw std::bad_alloc();
+    }
+  }
+  compactEntries(table);
+  // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
+  if (table.used) {
+    std::memcpy(static_cast<void*>(entries), static_cast<const void*>(table.entries),
+                table.used * sizeof(DictionaryEntry));
+  }
+  std::free(table.entries);
+  std::free(table.index);
+  table.entries = entries;
+  table.index = index;
+  table.capacity = static_cast<std::uint32_t>(capacity);
+  table.indexMask = slots ? slots - 1 : 0;
+  if (slots) rebuildIndex(table);
+}
+
+bool sameKey(const Value& left, const Value& right) noexcept {
+  return left.isIdenticalTo(right) || left.isEqual(right);
+}
+
+}  // namespace
+
+std::uint32_t keyHashOf(const Value& key) noexcept {
+  if (key.isString()) return hashOfString(*key.storageAs<StringStorage>());
+  return finishHash(key.hash());
+}
+
+DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity) {
+  void* memory = std::malloc(sizeof(DictionaryStorage));
+  if (!memory) throw std::bad_alloc();
+  auto* table = new (memory) DictionaryStorage(dictionaryOrSet, StorageMutable);
+  try {
+    reserveEntries(*table, capacity);
+  } catch (...) {
+    std::free(memory);
+    throw;
+  }
+  return table;
+}
+
+DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept {
+  if (key.isNil()) return nullptr;
+  return find(
+      table, key.hash(),
+      [&](const Value& candidate) {
+        return candidate.isString() && key.matches(*candidate.storageAs<StringStorage>());
+      },
+      [&] { return keyedHashOfKey(key.string()); });
+}
+
+DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) noexcept {
+  if (key.isNil()) return nullptr;
+  return find(
+      table, keyHashOf(key), [&](const Value& candidate) { return sameKey(candidate, key); },
+      [&] { return keyedHashOfKey(key); });
+}
+
+DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
+  if (DictionaryEntry* existing = findEntry(table, key)) return *existing;
+  if (table.used == table.capacity) {
+    // Many removed entries: sliding them out makes room enough.
+    const bool mostlyDead = table.count < table.used / 2;
+    growEntries(table, mostlyDead ? table.capacity : std::max<std::size_t>(4, std::size_t{table.capacity} * 2));
+  }
+  Value ownKey = key.copy();
+  ownKey.setKeyHash(keyHashOf(ownKey));
+  DictionaryEntry* entry = new (&table.entries[table.used]) DictionaryEntry{std::move(ownKey), {}};
+  ++table.used;
+  ++table.count;
+  ++table.mutations;
+  if (table.indexMask && !indexEntry(table, table.used - 1)) {
+    table.keyedHash = true;
+    rebuildIndex(table);
+  }
+  return *entry;
+}
+
+bool removeEntry(DictionaryStorage& table, const Value& key) noexcept {
+  DictionaryEntry* entry = findEntry(table, key);
+  if (!entry) return false;
+  // The key stays in the index as a dead position, which no search matches, until the next growth.
+  const DictionaryEntry removed = std::move(*entry);
+  --table.count;
+  ++table.mutations;
+  return true;
+}
+
+void removeAllEntries(DictionaryStorage& table) noexcept {
+  DictionaryEntry* entries = std::exchange(table.entries, nullptr);
+  const std::uint32_t used = std::exchange(table.used, 0);
+  std::free(std::exchange(table.index, nullptr));
+  table.count = table.capacity = table.indexMask = 0;
+  table.keyedHash = false;
+  ++table.mutations;
+  for (std::uint32_t position = 0; position < used; ++position) entries[position].~DictionaryEntry();
+  std::free(entries);
+}
+
+void reserveEntries(DictionaryStorage& table, std::size_t capacity) {
+  if (capacity > table.capacity) growEntries(table, capacity);
+}
+
+void finishBorrowedEntries(DictionaryStorage& table, std::uint32_t* slots) noexcept {
+  if (slots) {
+    table.index = slots;
+    table.indexMask = indexSlots(table.used) - 1;
+    clearIndex(table);
+  }
+  const std::uint32_t written = table.used;
+  table.used = 0;
+  for (std::uint32_t position = 0; position < written; ++position) {
+    DictionaryEntry& entry = table.entries[position];
+    const Value& key = entry.key;
+    DictionaryEntry* earlier = find(
+        table, key.keyHash(), [&](const Value& candidate) { return sameKey(candidate, key); },
+        [&] { return keyedHashOfKey(key); });
+    // Raw copies: borrowed entries count no references.
+    if (earlier) {
+      std::memcpy(static_cast<void*>(&earlier->value), static_cast<const void*>(&entry.value),
+                  sizeof(Value));
+      continue;
+    }
+    if (table.used != position) {
+      std::memcpy(static_cast<void*>(&table.entries[table.used]), static_cast<const void*>(&entry),
+                  sizeof entry);
+    }
+    ++table.used;
+    if (table.indexMask && !indexEntry(table, table.used - 1)) {
+      table.keyedHash = true;
+      rebuildIndex(table);
+    }
+  }
+  table.count = table.capacity = table.used;
+}
+
+}  // namespace zeb::detail

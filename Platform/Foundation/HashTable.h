@@ -1,0 +1,47 @@
+#pragma once
+
+#include <Foundation/DictionaryEntry.h>
+#include <Foundation/ValueStorage.h>
+
+#include <cstddef>
+#include <cstdint>
+
+/// The hash table under dictionaries and sets, as functions over `DictionaryStorage`.
+namespace zeb::detail {
+
+/// Up to here a scan over the entries' hashes beats an index.
+inline constexpr std::uint32_t largestUnindexedTable = 8;
+
+/// Slots that an index over `entries` entries needs: at most half of them are taken.
+constexpr std::uint32_t indexSlots(std::uint32_t entries) noexcept {
+  std::uint32_t slots = 2 * largestUnindexedTable;
+  while (slots < 2 * std::uint64_t{entries}) slots *= 2;
+  return slots;
+}
+
+/// The hash that entries are found by; never 0.
+std::uint32_t keyHashOf(const Value& key) noexcept;
+
+/// An empty mutable table on the heap, owned by the caller, with room for `capacity` entries. Throws
+/// std::bad_alloc or std::length_error.
+DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity);
+
+DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept;
+DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) noexcept;
+
+/// Entry for `key`, a new one with a nil value when there was none. The key must not be nil; a
+/// mutable one is copied. Takes memory from the heap; throws std::bad_alloc or std::length_error.
+DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key);
+
+bool removeEntry(DictionaryStorage& table, const Value& key) noexcept;
+void removeAllEntries(DictionaryStorage& table) noexcept;
+
+/// Makes room for `capacity` entries in all.
+void reserveEntries(DictionaryStorage& table, std::size_t capacity);
+
+/// Turns `table.used` entries, written by a builder in order and with their key hashes set, into a
+/// table: equal keys are merged (the last value wins, at the first one's place) and, when `slots` is
+/// given (room for `indexSlots(used)` numbers), indexed. The entries hold no references of their own.
+void finishBorrowedEntries(DictionaryStorage& table, std::uint32_t* slots) noexcept;
+
+}  // namespace zeb::detail

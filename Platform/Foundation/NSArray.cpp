@@ -1,0 +1,195 @@
+#include <Foundation/NSArray.h>
+#include <Foundation/NSException.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace zeb {
+
+namespace {
+
+constexpr std::size_t mostElements = std::size_t{1} << 31;
+
+Value* allocateValues(std::size_t capacity) {
+  if (capacity > mostElements) throw std::length_error("too many array elements");
+  auto* values = static_cast<Value*>(std::malloc(std::max<std::size_t>(capacity, 1) * sizeof(Value)));
+  if (!values) throw std::bad_alloc();
+  return values;
+}
+
+detail::ArrayStorage* newMutableArray(std::size_t capacity) {
+  void* memory = std::malloc(sizeof(detail::ArrayStorage));
+  if (!memory) throw std::bad_alloc();
+  auto* array = new (memory) detail::ArrayStorage(detail::StorageMutable, 0, nullptr);
+  try {
+    if (capacity) array->values = allocateValues(capacity);
+  } catch (...) {
+    std::free(memory);
+    throw;
+  }
+  array->capacity = static_cast<std::uint32_t>(capacity);
+  return array;
+}
+
+void requireObject(const Value& object) {
+  if (object.isNil()) raiseInvalidArgument("an array can't hold nil");
+}
+
+}  // namespace
+
+NSArray NSArray::arrayWithObjects(std::span<const Value> elements) {
+  for (const Value& element : elements) requireObject(element);
+  if (elements.size() > mostElements) throw std::length_error("too many array elements");
+  void* memory = std::malloc(sizeof(detail::ArrayStorage) + elements.size_bytes());
+  if (!memory) throw std::bad_alloc();
+  auto* values = reinterpret_cast<Value*>(static_cast<char*>(memory) + sizeof(detail::ArrayStorage));
+  auto* array = new (memory)
+      detail::ArrayStorage(0, static_cast<std::uint32_t>(elements.size()), values);
+  std::uninitialized_copy(elements.begin(), elements.end(), values);
+  return NSArray(static_cast<detail::Storage*>(array));
+}
+
+Value NSArray::objectAtIndex(std::size_t index) const {
+  if (isNil()) return {};
+  if (index >= count()) raiseRange(index, count());
+  return begin()[index];
+}
+
+bool NSArray::containsObject(const Value& object) const noexcept {
+  return indexOfObject(object) != NSNotFound;
+}
+
+std::size_t NSArray::indexOfObject(const Value& object) const noexcept {
+  const Value* found =
+      std::find_if(begin(), end(), [&](const Value& element) { return element.isEqual(object); });
+  return found == end() ? NSNotFound : static_cast<std::size_t>(found - begin());
+}
+
+NSArray NSArray::arrayByAddingObject(const Value& object) const {
+  if (isNil()) return nullptr;
+  NSMutableArray longer = mutableCopy();
+  longer.addObject(object);
+  return longer.copy();
+}
+
+NSString NSArray::componentsJoinedByString(const NSString& separator) const {
+  if (isNil()) return nullptr;
+  NSMutableString joined;
+  for (std::size_t index = 0; index < count(); ++index) {
+    if (index) joined.appendString(separator);
+    joined.appendString(begin()[index].description());
+  }
+  return joined.copy();
+}
+
+NSMutableArray NSArray::mutableCopy() const {
+  if (isNil()) return nullptr;
+  NSMutableArray result = NSMutableArray::arrayWithCapacity(count());
+  result.addObjectsFromArray(*this);
+  return result;
+}
+
+NSMutableArray::NSMutableArray() : NSArray(static_cast<detail::Storage*>(newMutableArray(0))) {}
+
+NSMutableArray::NSMutableArray(std::initializer_list<Value> elements) : NSMutableArray() {
+  grow(elements.size());
+  for (const Value& element : elements) addObject(element);
+}
+
+NSMutableArray NSMutableArray::from(const Value& value) noexcept {
+  NSMutableArray result(nullptr);
+  if (value.isArray() && value.isMutable()) static_cast<Value&>(result) = value;
+  return result;
+}
+
+NSMutableArray NSMutableArray::arrayWithCapacity(std::size_t capacity) {
+  NSMutableArray result(nullptr);
+  static_cast<Value&>(result) = Value(adoptStorage, newMutableArray(capacity));
+  return result;
+}
+
+void NSMutableArray::grow(std::size_t capacity) {
+  detail::ArrayStorage& array = array_();
+  if (capacity <= array.capacity) return;
+  capacity = std::max({capacity, std::size_t{array.capacity} * 2, std::size_t{4}});
+  Value* values = allocateValues(std::min(capacity, mostElements));
+  // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
+  if (array.count) {
+    std::memcpy(static_cast<void*>(values), static_cast<const void*>(array.values),
+                array.count * sizeof(Value));
+  }
+  std::free(std::exchange(array.values, values));
+  array.capacity = static_cast<std::uint32_t>(std::min(capacity, mostElements));
+}
+
+void NSMutableArray::addObject(Value object) {
+  requireObject(object);
+  if (isNil()) return;
+  detail::ArrayStorage& array = array_();
+  if (array.count == array.capacity) grow(std::size_t{array.count} + 1);
+  new (&array.values[array.count++]) Value(std::move(object));
+  ++array.mutations;
+}
+
+void NSMutableArray::addObjectsFromArray(const NSArray& other) {
+  if (isNil()) return;
+  const std::size_t added = other.count();
+  grow(count() + added);  // so that adding an array to itself reads from stable memory
+  for (std::size_t index = 0; index < added; ++index) addObject(other.begin()[index]);
+}
+
+void NSMutableArray::insertObject(Value object, std::size_t index) {
+  if (!isNil() && index > count()) raiseRange(index, count());
+  addObject(std::move(object));
+  if (isNil()) return;
+  Value* values = array_().values;
+  std::rotate(values + index, values + count() - 1, values + count());
+}
+
+void NSMutableArray::replaceObjectAtIndex(std::size_t index, Value object) {
+  requireObject(object);
+  if (isNil()) return;
+  if (index >= count()) raiseRange(index, count());
+  ++array_().mutations;
+  array_().values[index].swap(object);
+}
+
+void NSMutableArray::removeObjectAtIndex(std::size_t index) {
+  if (isNil()) return;
+  if (index >= count()) raiseRange(index, count());
+  detail::ArrayStorage& array = array_();
+  std::rotate(array.values + index, array.values + index + 1, array.values + array.count);
+  const Value removed = std::move(array.values[--array.count]);
+  ++array.mutations;
+}
+
+void NSMutableArray::removeLastObject() {
+  if (isNil()) return;
+  if (count() == 0) raiseRange(0, 0);
+  removeObjectAtIndex(count() - 1);
+}
+
+void NSMutableArray::removeAllObjects() {
+  if (isNil()) return;
+  detail::ArrayStorage& array = array_();
+  Value* values = std::exchange(array.values, nullptr);
+  const std::uint32_t removed = std::exchange(array.count, 0);
+  array.capacity = 0;
+  ++array.mutations;
+  for (std::uint32_t index = 0; index < removed; ++index) values[index].~Value();
+  std::free(values);
+}
+
+void NSMutableArray::exchangeObjectAtIndex(std::size_t first, std::size_t second) {
+  if (isNil()) return;
+  if (std::max(first, second) >= count()) raiseRange(std::max(first, second), count());
+  ++array_().mutations;
+  array_().values[first].swap(array_().values[second]);
+}
+
+}  // namespace zeb

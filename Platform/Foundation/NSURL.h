@@ -1,0 +1,23 @@
+#pragma once
+
+#include <Foundation/NSString.h>
+#include <Foundation/Value.h>
+
+namespace zeb {
+
+/// An absolute or relative URL, kept as its text. Equal when the texts are.
+class NSURL : public Value {
+ public:
+  constexpr NSURL() noexcept = default;
+  constexpr NSURL(std::nullptr_t) noexcept {}
+  /// The value when it is a URL, else nil.
+  explicit NSURL(const Value& value) noexcept : Value(value.isURL() ? value : Value()) {}
+
+  /// Nil when `text` is nil or empty or holds what no URL may hold: white space, control characters,
+  /// or one of the characters "<>\^`{|}.
+  static NSURL URLWithString(const NSString& text);
+
+  NSString absoluteString() const;
+};
+
+}  // namespace zeb

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+namespace zeb::detail {
+
+/// The next `count` (below 8) bytes as a little-endian number, without reading past them.
+constexpr std::uint64_t loadTail(const char* bytes, std::size_t count) noexcept {
+  const auto at = [bytes](std::size_t index) -> std::uint64_t {
+    return static_cast<unsigned char>(bytes[index]);
+  };
+  if (!std::is_constant_evaluated() && count >= 4) {
+    std::uint32_t low;
+    std::uint32_t high;
+    std::memcpy(&low, bytes, 4);
+    std::memcpy(&high, bytes + count - 4, 4);
+    return low | std::uint64_t{high} << (8 * (count - 4));
+  }
+  std::uint64_t word = 0;
+  for (std::size_t index = 0; index < count; ++index) word |= at(index) << (8 * index);
+  return word;
+}
+
+constexpr std::uint64_t loadWord(const char* bytes) noexcept {
+  if (!std::is_constant_evaluated()) {
+    std::uint64_t word;
+    std::memcpy(&word, bytes, 8);
+    return word;
+  }
+  std::uint64_t word = 0;
+  for (std::size_t index = 0; index < 8; ++index) {
+    word |= std::uint64_t{static_cast<unsigned char>(bytes[index])} << (8 * index);
+  }
+  return word;
+}
+
+static_assert(std::endian::native == std::endian::little, "the word loads assume it");
+
+constexpr std::uint64_t mixHash(std::uint64_t hash, std::uint64_t word) noexcept {
+  hash = (hash ^ word) * 0x9E3779B97F4A7C15u;
+  return hash ^ (hash >> 29);
+}
+
+/// Never 0, which stands for a hash not computed yet.
+constexpr std::uint32_t finishHash(std::uint64_t hash) noexcept {
+  hash *= 0xD6E8FEB86659FD93u;
+  const auto folded = static_cast<std::uint32_t>(hash >> 32);
+  return folded ? folded : 1;
+}
+
+/// The hash of bytes, word by word: `tailOf` loads the last, incomplete one as `loadTail` does, and
+/// `see` is shown each.
+template <class TailOf, class See>
+constexpr std::uint32_t hashWords(const char* bytes, std::size_t length, const TailOf& tailOf,
+                                  const See& see) noexcept {
+  std::uint64_t hash = length * 0xA0761D6478BD642Fu;
+  for (; length >= 8; bytes += 8, length -= 8) {
+    const std::uint64_t word = loadWord(bytes);
+    see(word);
+    hash = mixHash(hash, word);
+  }
+  const std::uint64_t tail = tailOf(bytes, length);
+  see(tail);
+  return finishHash(mixHash(hash, tail));
+}
+
+/// Hash of a string's UTF-8 form. The same at compile time and at run time, in every process: so it
+/// can be computed for literals, and so it is no defence against chosen keys (see KeyedHash.h).
+constexpr std::uint32_t hashOfUTF8(const char* bytes, std::size_t length) noexcept {
+  return hashWords(bytes, length, loadTail, [](std::uint64_t) {});
+}
+
+}  // namespace zeb::detail

@@ -1,0 +1,57 @@
+#include <Foundation/NSArray.h>
+#include <Foundation/NSData.h>
+#include <Foundation/NSDictionary.h>
+#include <Foundation/NSSet.h>
+#include <Foundation/NSString.h>
+#include <Foundation/TreeRebuild.h>
+
+namespace zeb {
+
+namespace {
+
+/// A string that owns its memory; other leaves as they are (only strings and collections are ever
+/// made inside a document's memory).
+Value detachedLeaf(const Value& leaf) {
+  if (!leaf.isString()) return leaf;
+  const NSString string(leaf);
+  return string.isASCII() ? NSString(string.asciiView()) : NSString(string.utf16View());
+}
+
+}  // namespace
+
+Value Value::copy() const {
+  if (!isMutable()) return *this;
+  switch (kind()) {
+    case Kind::String:
+      return detachedLeaf(*this);
+    case Kind::Data:
+      return NSData::dataWithBytes(NSData(*this).bytes());
+    case Kind::Array: {
+      const NSArray array(*this);
+      return NSArray::arrayWithObjects(std::span(array.begin(), array.count()));
+    }
+    default:
+      return detail::frozen(mutableCopy());
+  }
+}
+
+Value Value::mutableCopy() const {
+  switch (kind()) {
+    case Kind::String:
+      return NSString(*this).mutableCopy();
+    case Kind::Data:
+      return NSData(*this).mutableCopy();
+    case Kind::Array:
+      return NSArray(*this).mutableCopy();
+    case Kind::Dictionary:
+      return NSDictionary(*this).mutableCopy();
+    case Kind::Set:
+      return NSSet(*this).mutableCopy();
+    default:
+      return *this;
+  }
+}
+
+Value Value::detachedCopy() const { return detail::rebuildTree(*this, detachedLeaf, detail::frozen); }
+
+}  // namespace zeb

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace zeb::detail {
+
+/// Sixteen bytes looked at together; the compiler makes one vector register of them where there is one.
+using ByteBlock = std::uint8_t __attribute__((vector_size(16)));
+
+inline constexpr ByteBlock laneNumbers = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+
+inline ByteBlock loadBlock(const char* from) noexcept {
+  ByteBlock block;
+  std::memcpy(&block, from, sizeof block);
+  return block;
+}
+
+inline bool anySet(ByteBlock block) noexcept {
+  std::uint64_t halves[2];
+  std::memcpy(halves, &block, sizeof block);
+  return (halves[0] | halves[1]) != 0;
+}
+
+/// The place of the first byte that is not zero; the block's size when there is none.
+inline std::size_t firstSet(ByteBlock block) noexcept {
+  std::uint64_t halves[2];
+  std::memcpy(halves, &block, sizeof block);
+  if (halves[0]) return static_cast<std::size_t>(__builtin_ctzll(halves[0])) / 8;
+  if (halves[1]) return 8 + static_cast<std::size_t>(__builtin_ctzll(halves[1])) / 8;
+  return sizeof block;
+}
+
+}  // namespace zeb::detail

@@ -1,0 +1,54 @@
+#pragma once
+
+// The one place that reaches below fmt's public interface: its shortest decimal conversion, without
+// the formatting around it. With a version whose insides are not known, the standard library does it.
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <cstdint>
+#include <string_view>
+
+namespace zeb::detail::fmt_access {
+
+/// significand × 10^exponent, the significand without trailing zeros.
+struct ShortestDecimal {
+  std::uint64_t significand;
+  int exponent;
+};
+
+/// The fewest digits that read back as the same number, which is finite and positive.
+template <class Number>
+ShortestDecimal shortestDecimal(Number number) noexcept {
+#if FMT_VERSION >= 90000 && FMT_VERSION < 100000
+  const auto decimal = fmt::detail::dragonbox::to_decimal(number);
+  return {decimal.significand, decimal.exponent};
+#else
+  char text[32];
+  const std::to_chars_result result =
+      std::to_chars(text, text + sizeof text, number, std::chars_format::scientific);
+  ShortestDecimal decimal{0, 0};
+  const std::string_view written(text, static_cast<std::size_t>(result.ptr - text));
+  const std::size_t mark = written.find('e');
+  bool fraction = false;
+  for (const char character : written.substr(0, mark)) {
+    if (character == '.') {
+      fraction = true;
+      continue;
+    }
+    decimal.significand = decimal.significand * 10 + static_cast<std::uint64_t>(character - '0');
+    if (fraction) --decimal.exponent;
+  }
+  int exponent = 0;
+  const char* start = text + mark + 1;
+  std::from_chars(*start == '+' ? start + 1 : start, result.ptr, exponent);
+  decimal.exponent += exponent;
+  while (decimal.significand % 10 == 0) {
+    decimal.significand /= 10;
+    ++decimal.exponent;
+  }
+  return decimal;
+#endif
+}
+
+}  // namespace zeb::detail::fmt_access

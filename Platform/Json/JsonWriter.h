@@ -1,0 +1,14 @@
+#pragma once
+
+#include <Foundation/NSData.h>
+#include <Foundation/Value.h>
+
+#include <cstdint>
+
+namespace zeb::detail {
+
+/// The document, as `NSJSONSerialization::dataWithJSONObject` describes it. Throws NSException for what
+/// JSON can't hold, and NSError for what is nested too deeply.
+NSData writeJson(const Value& root, std::uint64_t options);
+
+}  // namespace zeb::detail

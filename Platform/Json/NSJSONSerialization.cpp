@@ -1,0 +1,71 @@
+#include <Foundation/NSException.h>
+#include <Foundation/NSString.h>
+#include <Foundation/TreeRebuild.h>
+#include <Json/JsonReader.h>
+#include <Json/JsonText.h>
+#include <Json/JsonWriter.h>
+#include <Json/NSJSONSerialization.h>
+
+namespace zeb {
+
+const char* const NSJSONSerializationErrorIndexKey = "NSJSONSerializationErrorIndex";
+
+namespace {
+
+NSError readingError(const char* message, const detail::JsonText::Position& position) {
+  return NSError(
+      NSCocoaErrorDomain, NSPropertyListReadCorruptError,
+      {{NSLocalizedDescriptionKey,
+        NSString::stringWithFormat("%s at line %tu, column %tu (byte offset %tu).", message,
+                                   position.line, position.column, position.byteOffset)},
+       {NSJSONSerializationErrorIndexKey, std::uint64_t{position.byteOffset}}});
+}
+
+/// The tree with mutable collections, mutable strings, or both.
+Value mutableTree(const Value& tree, bool collections, bool leaves) {
+  return detail::rebuildTree(
+      tree, [&](const Value& leaf) { return leaves ? leaf.mutableCopy() : leaf.detachedCopy(); },
+      [&](Value collection) {
+        return collections ? std::move(collection) : detail::frozen(std::move(collection));
+      });
+}
+
+}  // namespace
+
+Value NSJSONSerialization::JSONObjectWithData(const NSData& data, std::uint64_t options,
+                                              NSError* error) {
+  const detail::JsonText text(data.view());
+  detail::JsonReading reading =
+      detail::readJson(text.utf8(), options & NSJSONReadingFragmentsAllowed);
+  if (text.malformedAt() != std::string_view::npos) {
+    // Whatever is wrong before that place is only wrong because the text ends there.
+    reading.fault = {"Malformed UTF-16 or UTF-32", text.utf8().size()};
+  }
+  if (reading.fault.message) {
+    if (error) *error = readingError(reading.fault.message, text.positionOf(reading.fault.offset));
+    return {};
+  }
+  const bool collections = options & NSJSONReadingMutableContainers;
+  const bool leaves = options & NSJSONReadingMutableLeaves;
+  return collections || leaves ? mutableTree(reading.value, collections, leaves) : reading.value;
+}
+
+NSData NSJSONSerialization::dataWithJSONObject(const Value& object, std::uint64_t options,
+                                               NSError* error) {
+  try {
+    return detail::writeJson(object, options);
+  } catch (const NSError& tooDeep) {
+    if (error) *error = tooDeep;
+    return nullptr;
+  }
+}
+
+bool NSJSONSerialization::isValidJSONObject(const Value& object) {
+  try {
+    return !dataWithJSONObject(object, 0).isNil();
+  } catch (const NSException&) {
+    return false;
+  }
+}
+
+}  // namespace zeb

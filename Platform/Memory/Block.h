@@ -1,0 +1,53 @@
+#pragma once
+
+#include <Memory/NSObject.h>
+
+#include <type_traits>
+#include <utility>
+
+namespace zeb {
+
+template <class Signature>
+class Block;
+
+/// Nullable closure that is kept for later. Copies share one closure and its captured state; the
+/// state dies with the last copy, on whichever thread that is. Calling a nil block is a programming
+/// error. Calling one block from several threads is as safe as the closure itself.
+template <class Result, class... Arguments>
+class Block<Result(Arguments...)> {
+ public:
+  Block() noexcept = default;
+  Block(std::nullptr_t) noexcept {}
+
+  template <class Callable>
+    requires(!std::is_same_v<std::remove_cvref_t<Callable>, Block> &&
+             std::is_invocable_r_v<Result, std::decay_t<Callable>&, Arguments...>)
+  Block(Callable&& callable)
+      : closure_(makeRef<Closure<std::decay_t<Callable>>>(std::forward<Callable>(callable))) {}
+
+  explicit operator bool() const noexcept { return static_cast<bool>(closure_); }
+  Result operator()(Arguments... arguments) const {
+    return closure_->invoke(std::forward<Arguments>(arguments)...);
+  }
+
+  /// Whether both are the same closure, or both nil.
+  bool operator==(const Block& other) const noexcept { return closure_ == other.closure_; }
+
+ private:
+  struct ClosureBase : NSObject {
+    virtual Result invoke(Arguments... arguments) = 0;
+  };
+  template <class Callable>
+  struct Closure final : ClosureBase {
+    template <class Source>
+    explicit Closure(Source&& source) : callable(std::forward<Source>(source)) {}
+    Result invoke(Arguments... arguments) override {
+      return callable(std::forward<Arguments>(arguments)...);
+    }
+    Callable callable;
+  };
+
+  Ref<ClosureBase> closure_;
+};
+
+}  // namespace zeb

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace zeb {
+
+template <class Signature>
+class FunctionView;
+
+/// Nullable view of a callable that is called only while the call it was passed to lasts. Owns
+/// nothing and allocates nothing, so that iterating with a closure costs what a loop costs. For a
+/// closure that is kept, see `Block`.
+template <class Result, class... Arguments>
+class FunctionView<Result(Arguments...)> {
+ public:
+  constexpr FunctionView() noexcept = default;
+  constexpr FunctionView(std::nullptr_t) noexcept {}
+
+  template <class Callable>
+    requires(!std::is_same_v<std::remove_cvref_t<Callable>, FunctionView> &&
+             std::is_invocable_r_v<Result, Callable&, Arguments...>)
+  FunctionView(Callable&& callable) noexcept {
+    using Target = std::remove_reference_t<Callable>;
+    if constexpr (std::is_function_v<Target>) {
+      target_.function = reinterpret_cast<void (*)()>(&callable);
+      invoke_ = [](Storage target, Arguments... arguments) -> Result {
+        return reinterpret_cast<Target*>(target.function)(std::forward<Arguments>(arguments)...);
+      };
+    } else {
+      target_.object = const_cast<void*>(static_cast<const void*>(std::addressof(callable)));
+      invoke_ = [](Storage target, Arguments... arguments) -> Result {
+        return (*static_cast<Target*>(target.object))(std::forward<Arguments>(arguments)...);
+      };
+    }
+  }
+
+  explicit operator bool() const noexcept { return invoke_ != nullptr; }
+  Result operator()(Arguments... arguments) const {
+    return invoke_(target_, std::forward<Arguments>(arguments)...);
+  }
+
+ private:
+  union Storage {
+    void* object;
+    void (*function)();
+  };
+  Storage target_{nullptr};
+  Result (*invoke_)(Storage, Arguments...) = nullptr;
+};
+
+}  // namespace zeb

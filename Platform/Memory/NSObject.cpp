@@ -1,0 +1,123 @@
+#include <Memory/NSObject.h>
+#include <Memory/ObjectExtras.h>
+
+#include <cxxabi.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <typeinfo>
+
+namespace zeb {
+
+namespace detail {
+
+ObjectExtras& ObjectExtras::of(const NSObject& object) {
+  if (ObjectExtras* existing = ifAny(object)) return *existing;
+  ObjectExtras* fresh = new ObjectExtras(object);
+  ObjectExtras* expected = nullptr;
+  if (object.extras_.compare_exchange_strong(expected, fresh, std::memory_order_acq_rel)) return *fresh;
+  delete fresh;
+  return *expected;
+}
+
+Ref<NSObject> ObjectExtras::lock() noexcept {
+  std::lock_guard guard(mutex_);
+  if (!object_ || !object_->retainUnlessDying()) return nullptr;
+  return Ref<NSObject>::adopt(const_cast<NSObject*>(object_));
+}
+
+void ObjectExtras::setAssociated(const void* key, Ref<NSObject> associated) {
+  Ref<NSObject> old;  // released after the lock: its destructor may come back here
+  std::lock_guard guard(mutex_);
+  for (auto entry = associations_.begin(); entry != associations_.end(); ++entry) {
+    if (entry->first != key) continue;
+    old = std::move(entry->second);
+    if (associated) {
+      entry->second = std::move(associated);
+    } else {
+      associations_.erase(entry);
+    }
+    return;
+  }
+  if (associated) associations_.emplace_back(key, std::move(associated));
+}
+
+Ref<NSObject> ObjectExtras::associated(const void* key) {
+  std::lock_guard guard(mutex_);
+  for (const auto& [candidate, object] : associations_) {
+    if (candidate == key) return object;
+  }
+  return nullptr;
+}
+
+void ObjectExtras::objectIsDying() noexcept {
+  std::lock_guard guard(mutex_);
+  object_ = nullptr;
+}
+
+void ObjectExtras::objectIsGone() noexcept {
+  {
+    std::vector<std::pair<const void*, Ref<NSObject>>> associations;
+    std::lock_guard guard(mutex_);
+    associations.swap(associations_);
+  }
+  release();
+}
+
+}  // namespace detail
+
+NSObject::~NSObject() {
+  if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire)) {
+    extras->objectIsDying();
+    extras->objectIsGone();
+  }
+}
+
+void NSObject::release() const noexcept {
+  if (strongCount_.fetch_sub(1, std::memory_order_release) != 1) return;
+  std::atomic_thread_fence(std::memory_order_acquire);
+  // Weak references are cut before any destructor runs, so that none sees a half-destroyed object.
+  if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire)) extras->objectIsDying();
+  delete this;
+}
+
+bool NSObject::retainUnlessDying() const noexcept {
+  std::uint32_t count = strongCount_.load(std::memory_order_relaxed);
+  while (count != 0) {
+    if (strongCount_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+  }
+  return false;
+}
+
+std::size_t NSObject::hash() const noexcept {
+  return reinterpret_cast<std::uintptr_t>(this) >> 4;
+}
+
+std::string NSObject::className() const {
+  const char* mangled = typeid(*this).name();
+  int status = 0;
+  const std::unique_ptr<char, decltype(&std::free)> demangled(
+      abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &std::free);
+  std::string name = status == 0 ? demangled.get() : mangled;
+  constexpr std::string_view ownNamespace = "zeb::";
+  if (name.starts_with(ownNamespace)) name.erase(0, ownNamespace.size());
+  return name;
+}
+
+std::string NSObject::description() const {
+  char address[2 + 2 * sizeof(void*) + 1];
+  std::snprintf(address, sizeof address, "%p", static_cast<const void*>(this));
+  return "<" + className() + ": " + address + ">";
+}
+
+void setAssociatedObject(const NSObject& owner, const void* key, Ref<NSObject> associated) {
+  detail::ObjectExtras::of(owner).setAssociated(key, std::move(associated));
+}
+
+Ref<NSObject> associatedObject(const NSObject& owner, const void* key) {
+  detail::ObjectExtras* extras = detail::ObjectExtras::ifAny(owner);
+  return extras ? extras->associated(key) : nullptr;
+}
+
+}  // namespace zeb

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <Memory/Ref.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace zeb {
+
+namespace detail {
+class ObjectExtras;
+}
+
+/// Root of all classes whose objects are shared by reference.
+///
+/// Objects are made with `makeRef<T>()`, start with one reference and are deleted by the release of
+/// the last one, on whichever thread that happens. The count is atomic; everything else about an
+/// object is as thread-safe as its class says.
+class NSObject {
+ public:
+  NSObject(const NSObject&) = delete;
+  NSObject& operator=(const NSObject&) = delete;
+
+  void retain() const noexcept { strongCount_.fetch_add(1, std::memory_order_relaxed); }
+  void release() const noexcept;
+
+  /// Equality of content; identity unless a class says otherwise. Equal objects have equal hashes.
+  virtual bool isEqual(const NSObject& other) const noexcept { return this == &other; }
+  virtual std::size_t hash() const noexcept;
+
+  /// The name of the object's class, without namespace.
+  virtual std::string className() const;
+
+  /// For people reading logs: "<ClassName: 0x…>" unless a class has something better to say. UTF-8.
+  virtual std::string description() const;
+
+ protected:
+  NSObject() noexcept = default;
+  virtual ~NSObject();
+
+ private:
+  friend class detail::ObjectExtras;
+
+  bool retainUnlessDying() const noexcept;
+
+  mutable std::atomic<std::uint32_t> strongCount_{1};
+  /// Weak references and associated objects: most objects never have any.
+  mutable std::atomic<detail::ObjectExtras*> extras_{nullptr};
+};
+
+/// Keeps `associated` alive as long as `owner`, under `key` (an address that the caller chooses and
+/// owns; it is never dereferenced). A nil `associated` removes the association. The old one is
+/// released. Associated objects are released while the owner is being destroyed, after the
+/// destructors of its own class. Any thread.
+void setAssociatedObject(const NSObject& owner, const void* key, Ref<NSObject> associated);
+
+/// The object kept under `key`, or nil. Any thread.
+Ref<NSObject> associatedObject(const NSObject& owner, const void* key);
+
+}  // namespace zeb
