@@ -16,12 +16,22 @@ inline Value frozen(Value collection) noexcept {
   return collection;
 }
 
+/// How a tree is rebuilt; others derive from this and hide what they do differently.
+struct TreeRules {
+  /// What stands for a leaf or a dictionary key (which may be a collection); nil drops the element or
+  /// entry.
+  static Value leaf(const Value& value) { return value; }
+  /// Whether a collection goes into the new tree at all.
+  static bool keeps(const Value&) { return true; }
+  /// What the new tree holds, made of the filled mutable collection.
+  static Value finished(Value collection) { return frozen(std::move(collection)); }
+};
+
 /// See `rebuildTree`.
-template <class MapLeaf, class FinishCollection>
+template <class Rules>
 class TreeRebuild {
  public:
-  TreeRebuild(const MapLeaf& mapLeaf, const FinishCollection& finishCollection)
-      : mapLeaf_(mapLeaf), finishCollection_(finishCollection) {}
+  explicit TreeRebuild(const Rules& rules) : rules_(rules) {}
 
   Value of(const Value& root) {
     walkTree(root, *this);
@@ -29,6 +39,7 @@ class TreeRebuild {
   }
 
   bool enter(const Value& collection, std::size_t) {
+    if (!rules_.keeps(collection)) return false;
     Level level;
     level.key = std::move(pendingKey_);
     if (collection.isArray()) {
@@ -46,12 +57,12 @@ class TreeRebuild {
     Level done = std::move(levels_.back());
     levels_.pop_back();
     pendingKey_ = std::move(done.key);
-    add(finishCollection_(std::move(done.collection)));
+    add(rules_.finished(std::move(done.collection)));
   }
 
   void element(std::size_t) {}
-  void key(const Value& key, std::size_t) { pendingKey_ = mapLeaf_(key); }
-  void leaf(const Value& value) { add(mapLeaf_(value)); }
+  void key(const Value& key, std::size_t) { pendingKey_ = rules_.leaf(key); }
+  void leaf(const Value& value) { add(rules_.leaf(value)); }
 
  private:
   struct Level {
@@ -76,21 +87,17 @@ class TreeRebuild {
     }
   }
 
-  const MapLeaf& mapLeaf_;
-  const FinishCollection& finishCollection_;
+  const Rules& rules_;
   std::vector<Level> levels_;
   Value pendingKey_;
   Value result_;
 };
 
-/// A new tree of the same shape as `root`: every collection is built anew, every leaf and dictionary
-/// key is what `mapLeaf` answers for it; nil drops the element or entry. `finishCollection` turns each
-/// filled mutable collection into what the new tree holds. Any depth, no recursion (a collection that
-/// serves as a dictionary key goes through `mapLeaf` too).
-template <class MapLeaf, class FinishCollection>
-Value rebuildTree(const Value& root, const MapLeaf& mapLeaf,
-                  const FinishCollection& finishCollection) {
-  return TreeRebuild<MapLeaf, FinishCollection>(mapLeaf, finishCollection).of(root);
+/// A new tree of the same shape as `root`, every collection built anew, by the rules. Any depth, no
+/// recursion.
+template <class Rules>
+Value rebuildTree(const Value& root, const Rules& rules) {
+  return TreeRebuild<Rules>(rules).of(root);
 }
 
 }  // namespace zeb::detail

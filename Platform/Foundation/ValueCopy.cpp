@@ -52,6 +52,11 @@ Value Value::mutableCopy() const {
   }
 }
 
-Value Value::detachedCopy() const { return detail::rebuildTree(*this, detachedLeaf, detail::frozen); }
+Value Value::detachedCopy() const {
+  struct Rules : detail::TreeRules {
+    static Value leaf(const Value& value) { return detachedLeaf(value); }
+  };
+  return detail::rebuildTree(*this, Rules());
+}
 
 }  // namespace zeb

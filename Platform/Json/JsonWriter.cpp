@@ -268,23 +268,20 @@ class DocumentWriter {
   bool isEmpty_ = true;
 };
 
-/// The dictionary with its entries in the order of their keys, which are strings or, in what will be
+/// Dictionaries with their entries in the order of their keys, which are strings or, in what will be
 /// refused anyway, in any order.
-Value withSortedKeys(const Value& collection) {
-  if (!collection.isDictionary()) return collection;
-  std::vector<DictionaryEntry> entries;
-  for (const DictionaryEntry& entry : NSDictionary(collection)) entries.push_back(entry);
-  std::stable_sort(entries.begin(), entries.end(),
-                   [](const DictionaryEntry& left, const DictionaryEntry& right) {
-                     return NSString(left.key) < NSString(right.key);
-                   });
-  return NSDictionary::dictionaryWithEntries(entries);
-}
-
-Value sortedTree(const Value& root) {
-  return rebuildTree(
-      root, [](const Value& leaf) { return leaf; }, withSortedKeys);
-}
+struct SortedKeysRules : TreeRules {
+  static Value finished(Value collection) {
+    if (!collection.isDictionary()) return frozen(std::move(collection));
+    std::vector<DictionaryEntry> entries;
+    for (const DictionaryEntry& entry : NSDictionary(collection)) entries.push_back(entry);
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const DictionaryEntry& left, const DictionaryEntry& right) {
+                       return NSString(left.key) < NSString(right.key);
+                     });
+    return NSDictionary::dictionaryWithEntries(entries);
+  }
+};
 
 }  // namespace
 
@@ -295,7 +292,7 @@ NSData writeJson(const Value& root, std::uint64_t options) {
   }
   DocumentWriter writer(options);
   if (options & NSJSONWritingSortedKeys) {
-    walkTree(sortedTree(root), writer);
+    walkTree(rebuildTree(root, SortedKeysRules()), writer);
   } else {
     walkTree(root, writer);
   }

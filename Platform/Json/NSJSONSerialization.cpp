@@ -21,14 +21,17 @@ NSError readingError(const char* message, const detail::JsonText::Position& posi
        {NSJSONSerializationErrorIndexKey, std::uint64_t{position.byteOffset}}});
 }
 
-/// The tree with mutable collections, mutable strings, or both.
-Value mutableTree(const Value& tree, bool collections, bool leaves) {
-  return detail::rebuildTree(
-      tree, [&](const Value& leaf) { return leaves ? leaf.mutableCopy() : leaf.detachedCopy(); },
-      [&](Value collection) {
-        return collections ? std::move(collection) : detail::frozen(std::move(collection));
-      });
-}
+struct MutableTreeRules : detail::TreeRules {
+  bool collections;
+  bool leaves;
+
+  Value leaf(const Value& value) const {
+    return leaves ? value.mutableCopy() : value.detachedCopy();
+  }
+  Value finished(Value collection) const {
+    return collections ? std::move(collection) : detail::frozen(std::move(collection));
+  }
+};
 
 }  // namespace
 
@@ -45,9 +48,11 @@ Value NSJSONSerialization::JSONObjectWithData(const NSData& data, std::uint64_t 
     if (error) *error = readingError(reading.fault.message, text.positionOf(reading.fault.offset));
     return {};
   }
-  const bool collections = options & NSJSONReadingMutableContainers;
-  const bool leaves = options & NSJSONReadingMutableLeaves;
-  return collections || leaves ? mutableTree(reading.value, collections, leaves) : reading.value;
+  MutableTreeRules rules;
+  rules.collections = options & NSJSONReadingMutableContainers;
+  rules.leaves = options & NSJSONReadingMutableLeaves;
+  const bool isMutable = rules.collections || rules.leaves;
+  return isMutable ? detail::rebuildTree(reading.value, rules) : std::move(reading.value);
 }
 
 NSData NSJSONSerialization::dataWithJSONObject(const Value& object, std::uint64_t options,

@@ -1,0 +1,73 @@
+#include <Foundation/Format.h>
+#include <Foundation/StringHash.h>
+#include <Geometry/NSValue.h>
+
+#include <bit>
+
+namespace zeb {
+
+namespace {
+
+template <class... Visitors>
+struct Overloaded : Visitors... {
+  using Visitors::operator()...;
+};
+
+std::string text(std::string_view format, std::initializer_list<FormatArgument> arguments) {
+  return formattedText(format, std::span(arguments.begin(), arguments.size()));
+}
+
+}  // namespace
+
+bool NSValue::isEqual(const NSObject& other) const noexcept {
+  const auto* value = dynamic_cast<const NSValue*>(&other);
+  return value && value->content_ == content_;
+}
+
+std::size_t NSValue::hash() const noexcept {
+  const auto mixed = [](std::initializer_list<double> components) {
+    std::uint64_t hash = components.size();
+    for (const double component : components) {
+      // Equal components have equal bits, but for the two zeros.
+      hash = detail::mixHash(hash, std::bit_cast<std::uint64_t>(component == 0 ? 0.0 : component));
+    }
+    return hash;
+  };
+  return std::visit(
+      Overloaded{
+          [&](const CGRect& rect) {
+            return mixed({rect.origin.x, rect.origin.y, rect.size.width, rect.size.height});
+          },
+          [&](const CGPoint& point) { return mixed({point.x, point.y}); },
+          [&](const CGSize& size) { return mixed({size.width, size.height}); },
+          [&](const NSRange& range) {
+            return detail::mixHash(range.location, range.length);
+          },
+          [&](const CGAffineTransform& matrix) {
+            return mixed({matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty});
+          },
+      },
+      content_);
+}
+
+std::string NSValue::description() const {
+  return std::visit(
+      Overloaded{
+          [](const CGRect& rect) {
+            return text("{{%@, %@}, {%@, %@}}",
+                        {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height});
+          },
+          [](const CGPoint& point) { return text("{%@, %@}", {point.x, point.y}); },
+          [](const CGSize& size) { return text("{%@, %@}", {size.width, size.height}); },
+          [](const NSRange& range) { return text("{%tu, %tu}", {range.location, range.length}); },
+          [](const CGAffineTransform& matrix) {
+            return text("[%@, %@, %@, %@, %@, %@]",
+                        {matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty});
+          },
+      },
+      content_);
+}
+
+Value boxed(const NSValue::Content& record) { return makeRef<NSValue>(record); }
+
+}  // namespace zeb

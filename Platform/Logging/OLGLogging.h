@@ -1,0 +1,60 @@
+#pragma once
+
+#include <Foundation/Format.h>
+#include <Foundation/NSString.h>
+#include <Memory/Block.h>
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace zeb {
+
+/// How serious a log line is; numbered as syslog does.
+enum OLGLevel : std::int32_t {
+  OLGLevelEmergency = 0,
+  OLGLevelAlert = 1,
+  OLGLevelCritical = 2,
+  OLGLevelError = 3,
+  OLGLevelWarning = 4,
+  OLGLevelNotice = 5,
+  OLGLevelInformation = 6,
+  OLGLevelDebug = 7,
+};
+
+/// One line on its way to the log. Everything is valid during the call only. Texts are UTF-8.
+struct OLGRecord {
+  const void* context;  ///< whatever the logging code passed; this library passes null
+  std::int32_t level;
+  std::string_view channel;
+  std::string_view file;      ///< source path of the logging code
+  std::string_view function;  ///< full name of the logging function
+  std::int32_t line;
+  std::string_view message;
+};
+
+/// Whether a line would be logged: asked before any formatting, costs a comparison. Any thread.
+bool OLGCanLog(const void* context, std::int32_t level, std::string_view channel) noexcept;
+
+/// Logs `message` as it is. Any thread; nothing is thrown.
+void OLGLogMessage(const OLGRecord& record) noexcept;
+
+/// Logs a line after a format (see Foundation/Format.h). Does not ask `OLGCanLog`.
+template <class... Arguments>
+void OLGLogEx(const void* context, std::int32_t level, std::string_view channel,
+              std::string_view file, std::string_view function, std::int32_t line,
+              std::string_view format, const Arguments&... arguments) {
+  const std::array<FormatArgument, sizeof...(Arguments)> list{FormatArgument(arguments)...};
+  OLGLogMessage({context, level, channel, file, function, line, formattedText(format, list)});
+}
+
+/// The least serious level that is logged; OLGLevelInformation at first. Any thread.
+void OLGSetLevel(std::int32_t level) noexcept;
+
+/// Lets the host take the lines over: from now on every line goes to `handler`, on the thread that
+/// logs it and possibly from several at once; nil gives them back to standard error. The handler is
+/// called without any lock held; what it throws is dropped. Any thread.
+void OLGSetHandler(Block<void(const OLGRecord& record)> handler);
+
+}  // namespace zeb
