@@ -1,0 +1,66 @@
+#pragma once
+
+#include <Foundation/NSDictionary.h>
+#include <Foundation/NSString.h>
+
+#include <concepts>
+#include <span>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace zeb {
+
+/// The value layer's generic dictionary: a hash map with statically typed keys and values, in no
+/// promised order. One thread at a time, as any standard container.
+template <class Key, class Mapped>
+class Dictionary : public std::unordered_map<Key, Mapped> {
+ public:
+  using std::unordered_map<Key, Mapped>::unordered_map;
+
+  /// The pairs in order; a later one with an equal key replaces the earlier one's value.
+  explicit Dictionary(std::span<const std::pair<Key, Mapped>> tupleArray) {
+    for (const auto& [key, value] : tupleArray) this->insert_or_assign(key, value);
+  }
+
+  /// The keys of either dictionary whose values differ between the two, a key that is in only one of
+  /// them among them; in no particular order.
+  std::vector<Key> zeb_keysWithDifferingValues(const Dictionary& from) const
+    requires std::equality_comparable<Mapped>
+  {
+    std::vector<Key> keys;
+    for (const auto& [key, value] : *this) {
+      const auto other = from.find(key);
+      if (other == from.end() || !(other->second == value)) keys.push_back(key);
+    }
+    for (const auto& [key, value] : from) {
+      if (!this->contains(key)) keys.push_back(key);
+    }
+    return keys;
+  }
+
+  /// Steps down by all keys but the last, each into a dictionary whose keys are all strings, and
+  /// answers the value for the last one; nil where a step fails. An empty path stops the process:
+  /// deliberately unlike the method of the same name on `NSDictionary`.
+  Value zeb_objectForPathElementKeys(std::span<const NSString> keys) const
+    requires std::same_as<Key, NSString> && std::same_as<Mapped, Value>;
+};
+
+namespace detail {
+
+/// The walk's steps below the first: `value` must be a dictionary with string keys for each.
+Value objectAtPath(Value value, std::span<const NSString> keys);
+[[noreturn]] void stopForEmptyPath() noexcept;
+
+}  // namespace detail
+
+template <class Key, class Mapped>
+Value Dictionary<Key, Mapped>::zeb_objectForPathElementKeys(std::span<const NSString> keys) const
+  requires std::same_as<Key, NSString> && std::same_as<Mapped, Value>
+{
+  if (keys.empty()) detail::stopForEmptyPath();
+  const auto first = this->find(keys.front());
+  return first == this->end() ? Value() : detail::objectAtPath(first->second, keys.subspan(1));
+}
+
+}  // namespace zeb

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <Foundation/NSArray.h>
+#include <Foundation/NSData.h>
+#include <Foundation/NSDictionary.h>
+#include <Foundation/NSError.h>
+
+#include <cstdint>
+
+namespace zeb {
+
+/// Domain of the errors below.
+extern const char* const ZEBNSDataJSONAdditionsErrorDomain;
+
+enum : std::int64_t {
+  /// The document's root is not of the kind that was asked for.
+  ZEBNSDataJSONAdditionsErrorUnexpectedRoot = 1,
+};
+
+/// The document's root as an immutable dictionary or array; nil on failure, and for no data at all
+/// without an error. Parses through `ZEBJSONSerialization`, which logs parsing on the main thread. A
+/// root of another kind is the error above, without details; malformed data the reader's own.
+NSDictionary zeb_JSONDictionary(const NSData& data, NSError* error = nullptr);
+NSArray zeb_JSONArray(const NSData& data, NSError* error = nullptr);
+
+}  // namespace zeb

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <Foundation/NSDictionary.h>
+
+namespace zeb {
+
+/// Stores the pair unless the object is nil; a nil object leaves an existing entry as it is.
+void zeb_setObjectIfNotNil(NSMutableDictionary dictionary, const Value& object, const Value& key);
+
+/// The object for the key when there is one, whatever its kind (deliberately untested: who stored
+/// something else gets it back unchanged); otherwise a new empty mutable array, dictionary or set,
+/// which is stored under the key. Nil on a nil dictionary.
+Value zeb_nonnullMutableArrayForKey(NSMutableDictionary dictionary, const Value& key);
+Value zeb_nonnullMutableDictionaryForKey(NSMutableDictionary dictionary, const Value& key);
+Value zeb_nonnullMutableSetForKey(NSMutableDictionary dictionary, const Value& key);
+
+}  // namespace zeb

@@ -1,0 +1,108 @@
+#pragma once
+
+#include <Foundation/NSArray.h>
+#include <Foundation/Value.h>
+#include <Memory/NSObject.h>
+#include <Memory/WeakRef.h>
+
+#include <cstddef>
+#include <vector>
+
+namespace zeb {
+
+class ZEBCircularFIFOBuffer;
+
+/// Is told what a full buffer drops.
+class ZEBCircularFIFOBufferDelegate : public NSObject {
+ public:
+  /// Optional. Called on the thread that adds, after the new object has taken its place.
+  virtual void circularFIFOBuffer(ZEBCircularFIFOBuffer& buffer, const Value& purgedObject) {
+    (void)buffer;
+    (void)purgedObject;
+  }
+};
+
+/// First-in-first-out buffer of at most `size` objects that drops its oldest one to make room. Made
+/// with `initWithSize`. One thread at a time.
+///
+/// Enumerates from oldest to newest. Changing the buffer meanwhile makes the enumeration throw
+/// NSException (NSGenericException) at its next step.
+class ZEBCircularFIFOBuffer : public NSObject {
+ public:
+  ZEBCircularFIFOBuffer() = delete;
+  /// An empty buffer; nil for size 0.
+  static Ref<ZEBCircularFIFOBuffer> initWithSize(std::size_t size);
+
+  std::size_t size() const noexcept { return size_; }
+  /// Keeps the newest objects that fit; the delegate is told of the others. 0 throws NSException
+  /// (NSInvalidArgumentException).
+  void setSize(std::size_t size);
+  std::size_t count() const noexcept { return count_; }
+
+  /// Held weakly.
+  Ref<ZEBCircularFIFOBufferDelegate> delegate() const noexcept { return delegate_.lock(); }
+  void setDelegate(const Ref<ZEBCircularFIFOBufferDelegate>& delegate) { delegate_ = delegate; }
+
+  /// Nil throws NSException (NSInvalidArgumentException, "nil object is not allowed").
+  void addObject(const Value& object);
+  /// Takes the oldest object out, nil when empty. The delegate is not told.
+  Value removeObject();
+  /// The oldest object, nil when empty.
+  Value peekObject() const;
+  /// From oldest to newest.
+  NSArray allObjects() const;
+  void removeAllObjects();
+
+  class Iterator {
+   public:
+    using value_type = Value;
+    using difference_type = std::ptrdiff_t;
+
+    Iterator() noexcept = default;
+    Iterator(const ZEBCircularFIFOBuffer* buffer, std::size_t position) noexcept
+        : buffer_(buffer), position_(position), mutations_(buffer->mutatingInteger_) {}
+    const Value& operator*() const {
+      requireUnchanged();
+      return buffer_->slot(position_);
+    }
+    Iterator& operator++() {
+      requireUnchanged();
+      ++position_;
+      return *this;
+    }
+    Iterator operator++(int) {
+      Iterator before = *this;
+      ++*this;
+      return before;
+    }
+    bool operator==(const Iterator& other) const noexcept { return position_ == other.position_; }
+
+   private:
+    void requireUnchanged() const;
+
+    const ZEBCircularFIFOBuffer* buffer_ = nullptr;
+    std::size_t position_ = 0;
+    std::size_t mutations_ = 0;
+  };
+
+  Iterator begin() const noexcept { return Iterator(this, 0); }
+  Iterator end() const noexcept { return Iterator(this, count_); }
+
+ private:
+  explicit ZEBCircularFIFOBuffer(std::size_t size) noexcept : size_(size) {}
+
+  std::size_t slotIndex(std::size_t position) const noexcept {
+    return (start_ + position) % size_;
+  }
+  const Value& slot(std::size_t position) const noexcept { return buffer_[slotIndex(position)]; }
+  void tellDelegate(const Value& purged);
+
+  std::size_t size_;
+  std::size_t count_ = 0;
+  WeakRef<ZEBCircularFIFOBufferDelegate> delegate_;
+  std::vector<Value> buffer_;  ///< grows up to `size_` slots; free ones hold the null marker
+  std::size_t start_ = 0;      ///< slot of the oldest object
+  std::size_t mutatingInteger_ = 0;
+};
+
+}  // namespace zeb

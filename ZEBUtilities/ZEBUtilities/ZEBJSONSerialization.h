@@ -1,0 +1,33 @@
+#pragma once
+
+#include <Foundation/NSData.h>
+#include <Foundation/NSError.h>
+#include <Foundation/Value.h>
+#include <Json/NSJSONSerialization.h>
+
+#include <cstdint>
+
+namespace zeb {
+
+/// The platform's JSON serializer with a guard around it: its exceptions become errors, work that takes
+/// longer than 10 ms on the main thread is logged, and so is parsing there at all without permission.
+/// Options are those of `NSJSONReadingOptions` and `NSJSONWritingOptions`. No state; any thread.
+class ZEBJSONSerialization {
+ public:
+  /// The document, nil on failure. What JSON can't hold gives an error (NSCocoaErrorDomain,
+  /// NSPropertyListWriteInvalidError, the exception under "exception") unless `*error` holds one
+  /// already, and a log line. Exceptions that are not the platform's pass through.
+  static NSData dataWithJSONObject(const Value& object, std::uint64_t options,
+                                   NSError* error = nullptr);
+
+  /// As below, without permission for the main thread.
+  static Value JSONObjectWithData(const NSData& data, std::uint64_t options,
+                                  NSError* error = nullptr);
+
+  /// The tree, nil on failure. Malformed data gives the platform reader's error. No data at all gives
+  /// nil without an error. Parsing on the main thread without permission is logged but done.
+  static Value JSONObjectWithData(const NSData& data, bool permitMainThread, std::uint64_t options,
+                                  NSError* error = nullptr);
+};
+
+}  // namespace zeb

@@ -1,0 +1,36 @@
+#include <Linux/Clock.h>
+#include <Linux/Console.h>
+#include <ZEBUtilities/ZEBLaunchTime.h>
+
+namespace zeb {
+
+namespace {
+
+// Written once at load, before anything else of the library runs, and only read afterwards.
+constinit std::uint64_t launchStartTime = 0;
+constinit double secondsPerTick = 0;
+
+}  // namespace
+
+[[gnu::constructor(101)]] void YOVLoadProcessStartTime() noexcept {
+  launchStartTime = mach_absolute_time();
+  mach_timebase_info_data_t timebase{};
+  if (mach_timebase_info(&timebase) == 0) {
+    secondsPerTick = timebase.numer / (timebase.denom * 1e9);
+  }
+  writeToConsoleLog("ZEBUtilities says hello");
+}
+
+std::uint64_t ZEBLaunchStartTime() noexcept { return launchStartTime; }
+
+double ZEBTimeIntervalSinceLaunch() noexcept {
+  return ZEBTimeIntervalBetweenMachTimes(launchStartTime, mach_absolute_time());
+}
+
+double ZEBTimeIntervalBetweenMachTimes(std::uint64_t a, std::uint64_t b) noexcept {
+  // The larger minus the smaller, so that the unsigned difference never wraps.
+  if (a > b) return -(static_cast<double>(a - b) * secondsPerTick);
+  return static_cast<double>(b - a) * secondsPerTick;
+}
+
+}  // namespace zeb
