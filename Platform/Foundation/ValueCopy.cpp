@@ -9,12 +9,16 @@ namespace zeb {
 
 namespace {
 
-/// A string that owns its memory; other leaves as they are (only strings and collections are ever
-/// made inside a document's memory).
-Value detachedLeaf(const Value& leaf) {
-  if (!leaf.isString()) return leaf;
-  const NSString string(leaf);
+/// A string's immutable copy in memory of its own.
+NSString copiedString(const NSString& string) {
   return string.isASCII() ? NSString(string.asciiView()) : NSString(string.utf16View());
+}
+
+/// An immutable leaf that owns its memory: only strings (and collections) are ever made inside a
+/// document's memory.
+Value detachedLeaf(const Value& leaf) {
+  const bool isInDocument = leaf.isString() && (leaf.storage()->flags & detail::StorageInArena);
+  return isInDocument ? copiedString(NSString(leaf)) : leaf.copy();
 }
 
 }  // namespace
@@ -23,7 +27,7 @@ Value Value::copy() const {
   if (!isMutable()) return *this;
   switch (kind()) {
     case Kind::String:
-      return detachedLeaf(*this);
+      return copiedString(NSString(*this));
     case Kind::Data:
       return NSData::dataWithBytes(NSData(*this).bytes());
     case Kind::Array: {
@@ -56,7 +60,8 @@ Value Value::detachedCopy() const {
   struct Rules : detail::TreeRules {
     static Value leaf(const Value& value) { return detachedLeaf(value); }
   };
-  return detail::rebuildTree(*this, Rules());
+  return kind() < Kind::Array || kind() > Kind::Set ? detachedLeaf(*this)
+                                                    : detail::rebuildTree(*this, Rules());
 }
 
 }  // namespace zeb

@@ -1,0 +1,335 @@
+#include <Foundation/TreeRebuild.h>
+#include <Linux/Stack.h>
+#include <ZEBUtilities/Coding/DataDecoderPrivate.h>
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace zeb::detail {
+
+namespace {
+
+/// UTF-16 with or without byte-order mark; nil for an odd number of bytes.
+NSString stringFromUTF16(const NSData& data) {
+  constexpr char16_t mark = 0xFEFF;
+  constexpr char16_t swappedMark = 0xFFFE;
+  const std::span<const std::byte> bytes = data.bytes();
+  if (bytes.size() % sizeof(char16_t) != 0) return nullptr;
+  std::u16string units(bytes.size() / sizeof(char16_t), u'\0');
+  std::memcpy(units.data(), bytes.data(), bytes.size());
+  if (units.starts_with(swappedMark)) {
+    for (char16_t& unit : units) unit = static_cast<char16_t>(unit << 8 | unit >> 8);
+  }
+  if (units.starts_with(mark)) units.erase(0, 1);
+  return NSString(std::u16string_view(units));
+}
+
+}  // namespace
+
+/// One dictionary further down, for as long as it lives. Throws when the stack would not bear it.
+class DataDecoder::Step {
+ public:
+  Step(DataDecoder& decoder, const NSDictionary& dictionary, const StringKey& key, std::size_t index)
+      : decoder_(decoder) {
+    if (remainingStack() < leastRemainingStack) {
+      throw ZEBUnarchiverError::unexpectedContent(key.string());
+    }
+    decoder_.steps_.emplace_back(&key, index);
+    decoder_.stack_.push_back(std::exchange(decoder_.currentDictionary_, dictionary));
+  }
+  Step(const Step&) = delete;
+  Step& operator=(const Step&) = delete;
+  ~Step() {
+    decoder_.currentDictionary_ = std::move(decoder_.stack_.back());
+    decoder_.stack_.pop_back();
+    decoder_.steps_.pop_back();
+  }
+
+ private:
+  DataDecoder& decoder_;
+};
+
+DataDecoder::DataDecoder(Ref<DecodingBuilderRegistry> decodingBuilderRegistry)
+    : decodingBuilderRegistry_(std::move(decodingBuilderRegistry)) {}
+
+Value DataDecoder::decodeRoot(const NSDictionary& document) {
+  return decoded(document, names_.root);
+}
+
+std::string DataDecoder::path() const {
+  std::string path;
+  for (const auto& [key, index] : steps_) {
+    if (index != NSNotFound) {
+      path += "[" + std::to_string(index) + "]";
+    } else {
+      path += (path.empty() ? "" : ".") + key->string().utf8();
+    }
+  }
+  return path;
+}
+
+Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t index) {
+  // What the objects keep must not keep the whole document.
+  if (value.isString()) return value.detachedCopy();
+  if (value.isNumber() || value.isData() || value.isDate()) return value;
+  if (!value.isDictionary()) throw ZEBUnarchiverError::unexpectedContent(key.string());
+  const Step step(*this, NSDictionary(value), key, index);
+  try {
+    const NSString type(currentDictionary_[names_.type]);
+    return type.isNil() ? decodedObject(key) : decodedTagged(type, key);
+  } catch (ZEBUnarchiverError& error) {
+    if (error.path().empty()) error.setPath(path());
+    throw;
+  }
+}
+
+Value DataDecoder::decodedObject(const StringKey& key) {
+  const Value* stored = currentDictionary_.find(names_.encodableName);
+  if (!stored) throw ZEBUnarchiverError::missingEncodableName(key.string());
+  const NSString name(*stored);
+  if (name.isNil()) throw ZEBUnarchiverError::unexpectedDataType(names_.encodableName);
+  const Ref<DecodingBuilder> builder =
+      decodingBuilderRegistry_ ? decodingBuilderRegistry_->decodingBuilder(name) : nullptr;
+  if (!builder) throw ZEBUnarchiverError::missingDecodingBuilder(NSString(name.detachedCopy()));
+  return builder->build(*this).value();
+}
+
+Value DataDecoder::decodedTagged(const NSString& type, const StringKey& key) {
+  if (type == names_.typeDouble) {
+    return std::bit_cast<double>(unsignedComponent(names_.bits, UINT64_MAX));
+  }
+  if (type == names_.typeFloat) {
+    const auto bits = static_cast<std::uint32_t>(unsignedComponent(names_.bits, UINT32_MAX));
+    return std::bit_cast<float>(bits);
+  }
+  if (type == names_.typeArray) return listComponent(names_.arrayValues, key);
+  if (type == names_.typeDictionary) return decodedDictionary(key);
+  if (type == names_.typeData) return bytesComponent();
+  if (type == names_.typeDate) return dateComponent();
+  if (type == names_.typeUTF16String) {
+    NSString string = stringFromUTF16(bytesComponent());
+    if (string.isNil()) throw ZEBUnarchiverError::unexpectedContent(names_.bytes);
+    return string;
+  }
+  if (type == names_.typeCGRect) {
+    const CGPoint origin{doubleComponent(names_.x), doubleComponent(names_.y)};
+    return boxed(CGRect{origin, {doubleComponent(names_.width), doubleComponent(names_.height)}});
+  }
+  if (type == names_.typeCGPoint) {
+    return boxed(CGPoint{doubleComponent(names_.x), doubleComponent(names_.y)});
+  }
+  if (type == names_.typeCGSize) {
+    return boxed(CGSize{doubleComponent(names_.width), doubleComponent(names_.height)});
+  }
+  if (type == names_.typeNSRange) {
+    return boxed(NSRange{unsignedComponent(names_.location, UINT64_MAX),
+                         unsignedComponent(names_.length, UINT64_MAX)});
+  }
+  if (type == names_.typeCLLocation) return decodedLocation();
+  // Deliberately the type's name in place of the key: diagnostics show it.
+  throw ZEBUnarchiverError::unexpectedContent(NSString(type.detachedCopy()));
+}
+
+Value DataDecoder::decodedDictionary(const StringKey& key) {
+  const NSArray keys = listComponent(names_.keys, key);
+  const NSArray values = listComponent(names_.values, key);
+  if (keys.count() != values.count()) throw ZEBUnarchiverError::unexpectedContent(key.string());
+  NSMutableDictionary dictionary = NSMutableDictionary::dictionaryWithCapacity(keys.count());
+  for (std::size_t index = 0; index < keys.count(); ++index) {
+    const Value& entryKey = keys.begin()[index];
+    if (!entryKey.isString() && !NSNumber(entryKey).isSigned64()) {
+      throw ZEBUnarchiverError::unexpectedContent(key.string());
+    }
+    dictionary.setObject(values.begin()[index], entryKey);
+  }
+  return frozen(std::move(dictionary));
+}
+
+Value DataDecoder::decodedLocation() {
+  CLLocation::Fields fields;
+  fields.coordinate.latitude = doubleComponent(names_.latitude);
+  fields.coordinate.longitude = doubleComponent(names_.longitude);
+  fields.timestamp = dateComponent();
+  fields.altitude = doubleComponent(names_.altitude);
+  fields.horizontalAccuracy = doubleComponent(names_.horizontalAccuracy);
+  fields.verticalAccuracy = doubleComponent(names_.verticalAccuracy);
+  fields.course = doubleComponent(names_.course);
+  fields.speed = doubleComponent(names_.speed);
+  return makeRef<CLLocation>(fields);
+}
+
+Value DataDecoder::component(const NSString& name) {
+  const Value* value = currentDictionary_.find(name);
+  if (!value) throw ZEBUnarchiverError::missingRequiredData(name);
+  return decoded(*value, name);
+}
+
+double DataDecoder::doubleComponent(const NSString& name) {
+  const Value value = component(name);
+  if (!value.isNumber()) throw ZEBUnarchiverError::unexpectedDataType(name);
+  return value.doubleValue();
+}
+
+std::uint64_t DataDecoder::unsignedComponent(const NSString& name, std::uint64_t highest) {
+  const NSNumber number(component(name));
+  if (number.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name);
+  const bool isUnsigned = number.kind() == ValueKind::UnsignedInteger ||
+                          (number.kind() == ValueKind::SignedInteger && number.longLongValue() >= 0);
+  if (!isUnsigned || number.unsignedLongLongValue() > highest) {
+    throw ZEBUnarchiverError::unexpectedContent(name);
+  }
+  return number.unsignedLongLongValue();
+}
+
+NSDate DataDecoder::dateComponent() {
+  return NSDate::dateWithTimeIntervalSince1970(doubleComponent(names_.interval));
+}
+
+NSData DataDecoder::bytesComponent() {
+  const NSString text(component(names_.bytes));
+  if (text.isNil()) throw ZEBUnarchiverError::unexpectedDataType(names_.bytes);
+  NSData bytes = NSData::dataWithBase64EncodedString(text);
+  if (bytes.isNil()) throw ZEBUnarchiverError::unexpectedContent(names_.bytes);
+  return bytes;
+}
+
+NSArray DataDecoder::listComponent(const NSString& name, const StringKey& key) {
+  const Value* value = currentDictionary_.find(name);
+  if (!value) throw ZEBUnarchiverError::missingRequiredData(name);
+  const NSArray list(*value);
+  if (list.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name);
+  NSMutableArray elements = NSMutableArray::arrayWithCapacity(list.count());
+  for (std::size_t index = 0; index < list.count(); ++index) {
+    elements.addObject(decoded(list.begin()[index], key, index));
+  }
+  return NSArray(frozen(std::move(elements)));
+}
+
+const Value* DataDecoder::stored(const StringKey& key) const {
+  return currentDictionary_.find(fieldKeys_.stored(key));
+}
+
+bool DataDecoder::containsValueForKey(const StringKey& key) const { return stored(key) != nullptr; }
+
+Value DataDecoder::decodeObjectForKey(const StringKey& key) {
+  const Value* value = stored(key);
+  if (!value) throw ZEBUnarchiverError::missingRequiredData(key.string());
+  return decoded(*value, key);
+}
+
+template <class Handle>
+Handle DataDecoder::handleOrNil(const StringKey& key) {
+  const Value* value = stored(key);
+  if (!value) return nullptr;
+  // Only a string or a dictionary reads as something else than itself.
+  const bool isPlain = !value->isString() && !value->isDictionary();
+  Handle handle(isPlain ? *value : decoded(*value, key));
+  if (handle.isNil()) throw ZEBUnarchiverError::unexpectedDataType(key.string());
+  return handle;
+}
+
+template <class Record>
+std::optional<Record> DataDecoder::recordOrNil(const StringKey& key) {
+  const Value* value = stored(key);
+  if (!value) return std::nullopt;
+  const Value object = value->isDictionary() ? decoded(*value, key) : Value();
+  const Record* record = unboxed<Record>(object);
+  if (!record) throw ZEBUnarchiverError::unexpectedDataType(key.string());
+  return *record;
+}
+
+NSNumber DataDecoder::requiredNumber(const StringKey& key) {
+  NSNumber number = handleOrNil<NSNumber>(key);
+  if (number.isNil()) throw ZEBUnarchiverError::missingRequiredData(key.string());
+  return number;
+}
+
+template <class Record>
+Record DataDecoder::requiredRecord(const StringKey& key) {
+  const std::optional<Record> record = recordOrNil<Record>(key);
+  if (!record) throw ZEBUnarchiverError::missingRequiredData(key.string());
+  return *record;
+}
+
+NSString DataDecoder::decodeStringForKey(const StringKey& key) {
+  NSString string = decodeStringOptionalForKey(key);
+  if (string.isNil()) throw ZEBUnarchiverError::missingRequiredData(key.string());
+  return string;
+}
+NSString DataDecoder::decodeStringForKey(const StringKey& key, const NSString& defaultValue) {
+  NSString string = decodeStringOptionalForKey(key);
+  return string.isNil() ? defaultValue : string;
+}
+NSString DataDecoder::decodeStringOptionalForKey(const StringKey& key) {
+  return handleOrNil<NSString>(key);
+}
+
+NSNumber DataDecoder::decodeNumberForKey(const StringKey& key, const NSNumber& defaultValue) {
+  NSNumber number = decodeNumberOptionalForKey(key);
+  return number.isNil() ? defaultValue : number;
+}
+NSNumber DataDecoder::decodeNumberOptionalForKey(const StringKey& key) {
+  return handleOrNil<NSNumber>(key);
+}
+
+bool DataDecoder::decodeBoolForKey(const StringKey& key) { return requiredNumber(key).boolValue(); }
+bool DataDecoder::decodeBoolForKey(const StringKey& key, bool defaultValue) {
+  return decodeNumberForKey(key, defaultValue).boolValue();
+}
+
+std::int64_t DataDecoder::decodeIntForKey(const StringKey& key) { return decodeInt64ForKey(key); }
+std::int64_t DataDecoder::decodeIntForKey(const StringKey& key, std::int64_t defaultValue) {
+  return decodeInt64ForKey(key, defaultValue);
+}
+
+std::int32_t DataDecoder::decodeInt32ForKey(const StringKey& key) {
+  return requiredNumber(key).intValue();
+}
+std::int32_t DataDecoder::decodeInt32ForKey(const StringKey& key, std::int32_t defaultValue) {
+  return decodeNumberForKey(key, defaultValue).intValue();
+}
+
+std::int64_t DataDecoder::decodeInt64ForKey(const StringKey& key) {
+  return requiredNumber(key).longLongValue();
+}
+std::int64_t DataDecoder::decodeInt64ForKey(const StringKey& key, std::int64_t defaultValue) {
+  return decodeNumberForKey(key, defaultValue).longLongValue();
+}
+
+float DataDecoder::decodeFloatForKey(const StringKey& key) { return requiredNumber(key).floatValue(); }
+float DataDecoder::decodeFloatForKey(const StringKey& key, float defaultValue) {
+  return decodeNumberForKey(key, defaultValue).floatValue();
+}
+
+double DataDecoder::decodeDoubleForKey(const StringKey& key) {
+  return requiredNumber(key).doubleValue();
+}
+double DataDecoder::decodeDoubleForKey(const StringKey& key, double defaultValue) {
+  return decodeNumberForKey(key, defaultValue).doubleValue();
+}
+
+CGRect DataDecoder::decodeCGRectForKey(const StringKey& key) { return requiredRecord<CGRect>(key); }
+CGRect DataDecoder::decodeCGRectForKey(const StringKey& key, const CGRect& defaultValue) {
+  return recordOrNil<CGRect>(key).value_or(defaultValue);
+}
+
+CGPoint DataDecoder::decodeCGPointForKey(const StringKey& key) {
+  return requiredRecord<CGPoint>(key);
+}
+CGPoint DataDecoder::decodeCGPointForKey(const StringKey& key, const CGPoint& defaultValue) {
+  return recordOrNil<CGPoint>(key).value_or(defaultValue);
+}
+
+CGSize DataDecoder::decodeCGSizeForKey(const StringKey& key) { return requiredRecord<CGSize>(key); }
+CGSize DataDecoder::decodeCGSizeForKey(const StringKey& key, const CGSize& defaultValue) {
+  return recordOrNil<CGSize>(key).value_or(defaultValue);
+}
+
+NSRange DataDecoder::decodeRangeForKey(const StringKey& key) { return requiredRecord<NSRange>(key); }
+NSRange DataDecoder::decodeRangeForKey(const StringKey& key, const NSRange& defaultValue) {
+  return recordOrNil<NSRange>(key).value_or(defaultValue);
+}
+
+}  // namespace zeb::detail

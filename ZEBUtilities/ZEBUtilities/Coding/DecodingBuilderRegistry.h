@@ -1,0 +1,104 @@
+#pragma once
+
+#include <ZEBUtilities/Coding/DecodingBuilder.h>
+
+#include <initializer_list>
+#include <type_traits>
+#include <unordered_map>
+
+namespace zeb {
+
+/// Knows the builder for each encodable name. Must not change while an unarchiver reads.
+class DecodingBuilderRegistry : public NSObject {
+ public:
+  /// Nil when the name is unknown.
+  virtual Ref<DecodingBuilder> decodingBuilder(const NSString& forEncodableName) const = 0;
+};
+
+/// One entry of a registry.
+class BuilderSpec {
+ public:
+  /// The type's own name and constructor. For a primitive kind the entry exists, but building stops the
+  /// process: decoders read those directly.
+  template <class T>
+    requires(ZEBDecodableType<T> || std::is_arithmetic_v<T> || std::derived_from<T, Value> ||
+             BoxableRecord<T> || std::same_as<T, Ref<CLLocation>>)
+  static BuilderSpec decodableType();
+  static BuilderSpec buildFunction(const NSString& encodableName,
+                                   Block<ZEBEncodable(ZEBDecoder&)> buildFunction);
+  static BuilderSpec objCBuildFunction(const NSString& encodableName,
+                                       Block<Ref<ZEBObjCEncodable>(ZEBDecoder&)> buildFunction);
+  /// The given builder under the given name, whatever the builder's own one is.
+  static BuilderSpec builder(const NSString& encodableName, Ref<DecodingBuilder> builder);
+
+  const NSString& encodableName() const noexcept { return encodableName_; }
+  const Ref<DecodingBuilder>& decodingBuilder() const noexcept { return builder_; }
+
+ private:
+  BuilderSpec(const NSString& encodableName, Ref<DecodingBuilder> builder)
+      : encodableName_(encodableName), builder_(std::move(builder)) {}
+
+  NSString encodableName_;
+  Ref<DecodingBuilder> builder_;
+};
+
+/// A registry made of entries that may stand in front of another registry: it answers its own names
+/// first and the other's for the rest, through chains of any length. Of two entries with one name the
+/// later one counts. Immutable; any thread.
+class BasicDecodingBuilderRegistry final : public DecodingBuilderRegistry {
+ public:
+  using Builders = std::unordered_map<NSString, Ref<DecodingBuilder>>;
+
+  /// An empty registry with nothing behind it.
+  BasicDecodingBuilderRegistry() = default;
+  explicit BasicDecodingBuilderRegistry(std::initializer_list<BuilderSpec> builderSpecs,
+                                        Ref<DecodingBuilderRegistry> inFrontOf = nullptr);
+
+  const Builders& encodableNameToDecodingBuilder() const noexcept { return builders_; }
+  const Ref<DecodingBuilderRegistry>& inFrontOf() const noexcept { return inFrontOf_; }
+
+  Ref<DecodingBuilder> decodingBuilder(const NSString& forEncodableName) const override;
+
+ private:
+  Builders builders_;
+  const Ref<DecodingBuilderRegistry> inFrontOf_;
+};
+
+namespace detail {
+
+[[noreturn]] void stopForPrimitive() noexcept;
+
+/// The name under which a primitive kind would be registered.
+template <class T>
+constexpr const char* primitiveName() noexcept {
+  if constexpr (std::same_as<T, bool>) return "Bool";
+  if constexpr (std::same_as<T, float>) return "Float";
+  if constexpr (std::same_as<T, double>) return "Double";
+  if constexpr (std::is_integral_v<T>) return sizeof(T) == 4 ? "Int32" : "Int";
+  if constexpr (std::same_as<T, NSString>) return "String";
+  if constexpr (std::same_as<T, NSData>) return "Data";
+  if constexpr (std::same_as<T, NSDate>) return "Date";
+  if constexpr (std::same_as<T, CGRect>) return "CGRect";
+  if constexpr (std::same_as<T, CGPoint>) return "CGPoint";
+  if constexpr (std::same_as<T, CGSize>) return "CGSize";
+  if constexpr (std::same_as<T, NSRange>) return "NSRange";
+  if constexpr (std::same_as<T, Ref<CLLocation>>) return "CLLocation";
+  return "Number";
+}
+
+}  // namespace detail
+
+template <class T>
+  requires(ZEBDecodableType<T> || std::is_arithmetic_v<T> || std::derived_from<T, Value> ||
+           BoxableRecord<T> || std::same_as<T, Ref<CLLocation>>)
+BuilderSpec BuilderSpec::decodableType() {
+  if constexpr (ZEBDecodableType<T>) {
+    return buildFunction(T::encodableName(),
+                         [](ZEBDecoder& decoder) { return ZEBEncodable(T(decoder)); });
+  } else {
+    return buildFunction(detail::primitiveName<T>(),
+                         [](ZEBDecoder&) -> ZEBEncodable { detail::stopForPrimitive(); });
+  }
+}
+
+}  // namespace zeb

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <ZEBUtilities/Coding/ZEBEncodable.h>
+
+#include <utility>
+#include <variant>
+
+namespace zeb {
+
+/// What a decoding builder makes: a value-model object or a shared object.
+class ZEBEitherEncodable {
+ public:
+  static ZEBEitherEncodable native(ZEBEncodable encodable) {
+    return ZEBEitherEncodable(std::move(encodable));
+  }
+  static ZEBEitherEncodable legacy(Ref<ZEBObjCEncodable> encodable) {
+    return ZEBEitherEncodable(std::move(encodable));
+  }
+
+  bool isNative() const noexcept { return std::holds_alternative<ZEBEncodable>(encodable_); }
+  bool isLegacy() const noexcept { return !isNative(); }
+  /// Nil for the other case.
+  ZEBEncodable native() const {
+    return isNative() ? std::get<ZEBEncodable>(encodable_) : ZEBEncodable();
+  }
+  Ref<ZEBObjCEncodable> legacy() const {
+    return isLegacy() ? std::get<Ref<ZEBObjCEncodable>>(encodable_) : nullptr;
+  }
+
+  /// Whichever it is, as a value.
+  Value value() const { return isNative() ? native().value() : Value(legacy()); }
+
+ private:
+  explicit ZEBEitherEncodable(std::variant<ZEBEncodable, Ref<ZEBObjCEncodable>> encodable) noexcept
+      : encodable_(std::move(encodable)) {}
+
+  std::variant<ZEBEncodable, Ref<ZEBObjCEncodable>> encodable_;
+};
+
+}  // namespace zeb

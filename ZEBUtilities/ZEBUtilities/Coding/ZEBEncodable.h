@@ -1,0 +1,206 @@
+#pragma once
+
+#include <Foundation/NSArray.h>
+#include <Foundation/NSData.h>
+#include <Foundation/NSDate.h>
+#include <Foundation/NSDictionary.h>
+#include <Geometry/CLLocation.h>
+#include <Geometry/NSValue.h>
+#include <ZEBUtilities/Coding/ZEBDecoder.h>
+#include <ZEBUtilities/Coding/ZEBEncoder.h>
+
+#include <concepts>
+#include <optional>
+#include <ranges>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+namespace zeb {
+
+/// A value-model type that can be archived: it states its encodable name, which is stored in documents
+/// and so must never change, and writes its fields into an encoder. There is no default for the name.
+///
+///     struct Profile {
+///       static const char* encodableName() { return "Profile"; }
+///       void encode(ZEBEncoder& encoder) const { encoder.encodeString(name, "name"); }
+///       explicit Profile(ZEBDecoder& decoder) : name(decoder.decodeStringForKey("name")) {}
+///       NSString name;
+///     };
+template <class T>
+concept ZEBEncodableType = requires(const T& object, ZEBEncoder& encoder) {
+  { T::encodableName() } -> std::convertible_to<NSString>;
+  object.encode(encoder);
+};
+
+/// An encodable type that can be rebuilt. The constructor may throw.
+template <class T>
+concept ZEBDecodableType = ZEBEncodableType<T> && std::constructible_from<T, ZEBDecoder&>;
+
+/// Base of shared objects that can be archived.
+class ZEBObjCEncodable : public NSObject {
+ public:
+  /// The same for all objects of a class, and never changed: it is stored in documents.
+  virtual NSString encodableName() const = 0;
+  virtual void encodeWithEncoder(ZEBEncoder& encoder) const = 0;
+};
+
+namespace detail {
+
+/// An encodable object of any value-model type, as an object that collections can hold.
+class EncodableBox : public NSObject {
+ public:
+  virtual NSString encodableName() const = 0;
+  virtual void encode(ZEBEncoder& encoder) const = 0;
+};
+
+template <class T>
+class OwningBox final : public EncodableBox {
+ public:
+  template <class Source>
+  explicit OwningBox(Source&& source) : object(std::forward<Source>(source)) {}
+  NSString encodableName() const override { return T::encodableName(); }
+  void encode(ZEBEncoder& encoder) const override { object.encode(encoder); }
+  bool isEqual(const NSObject& other) const noexcept override {
+    if constexpr (std::equality_comparable<T>) {
+      const auto* box = dynamic_cast<const OwningBox*>(&other);
+      return box && box->object == object;
+    } else {
+      return this == &other;
+    }
+  }
+  std::size_t hash() const noexcept override {
+    // All that equal objects are known to have in common.
+    if constexpr (std::equality_comparable<T>) return encodableName().hash();
+    return NSObject::hash();
+  }
+
+  T object;
+};
+
+/// An object that somebody else owns and that outlives the encoding.
+template <class T>
+class BorrowingBox final : public EncodableBox {
+ public:
+  explicit BorrowingBox(const T& borrowed) noexcept : object_(borrowed) {}
+  NSString encodableName() const override { return T::encodableName(); }
+  void encode(ZEBEncoder& encoder) const override { object_.encode(encoder); }
+
+ private:
+  const T& object_;
+};
+
+}  // namespace detail
+
+/// Any encodable value: the type-erased form of `ZEBEncodableType`, and of the primitive kinds
+/// (booleans, integers, floats, doubles, strings, numbers, data, dates, rectangles, points, sizes, ranges,
+/// locations), which can be passed as encodables but are written by the encoder itself. A nullable shared
+/// handle to an immutable object.
+class ZEBEncodable {
+ public:
+  ZEBEncodable() noexcept = default;
+  ZEBEncodable(std::nullptr_t) noexcept {}
+  template <ZEBEncodableType T>
+  ZEBEncodable(T object) : value_(makeRef<detail::OwningBox<T>>(std::move(object))) {}
+  template <class Primitive>
+    requires(std::is_arithmetic_v<Primitive> || std::same_as<Primitive, NSString> ||
+             std::same_as<Primitive, NSNumber> || std::same_as<Primitive, NSData> ||
+             std::same_as<Primitive, NSDate>)
+  ZEBEncodable(Primitive primitive) : value_(std::move(primitive)) {}
+  template <BoxableRecord Record>
+    requires(!std::same_as<Record, CGAffineTransform>)
+  ZEBEncodable(const Record& record) : value_(boxed(record)) {}
+  ZEBEncodable(Ref<CLLocation> location) : value_(std::move(location)) {}
+
+  bool isNil() const noexcept { return value_.isNil(); }
+
+  /// Stop the process on a primitive: encoders write those directly.
+  NSString encodableName() const;
+  void encode(ZEBEncoder& encoder) const;
+
+  /// The object when it is of this type, else null. Valid as long as this handle.
+  template <ZEBEncodableType T>
+  const T* as() const noexcept {
+    const auto* box = dynamic_cast<const detail::OwningBox<T>*>(value_.objectPointer());
+    return box ? &box->object : nullptr;
+  }
+
+  /// As an element for collections, and back (nil when the value holds no encodable object).
+  const Value& value() const noexcept { return value_; }
+  static ZEBEncodable from(const Value& value) noexcept;
+
+ private:
+  Value value_;
+};
+
+// What `ZEBEncoder::encodeObject` takes: each answers the thing as a value. Of encodable objects the
+// value only borrows, so that it must not outlive them.
+
+template <std::derived_from<Value> Handle>
+Value encodableValue(const Handle& handle) {
+  return handle;
+}
+template <class Number>
+  requires std::is_arithmetic_v<Number>
+Value encodableValue(Number number) {
+  return number;
+}
+inline Value encodableValue(const char* utf8) { return utf8; }
+inline Value encodableValue(const std::string& utf8) { return utf8; }
+template <BoxableRecord Record>
+Value encodableValue(const Record& record) {
+  return boxed(record);
+}
+template <std::derived_from<NSObject> Object>
+Value encodableValue(const Ref<Object>& object) {
+  return Value(object);
+}
+inline Value encodableValue(const ZEBEncodable& encodable) { return encodable.value(); }
+template <ZEBEncodableType T>
+Value encodableValue(const T& object) {
+  return makeRef<detail::BorrowingBox<T>>(object);
+}
+template <class T>
+Value encodableValue(const std::optional<T>& object);
+/// Sequences become arrays; sequences of pairs, such as maps, become dictionaries.
+template <std::ranges::input_range Sequence>
+  requires(!std::derived_from<Sequence, Value> && !std::convertible_to<const Sequence&, const char*>)
+Value encodableValue(const Sequence& sequence);
+
+namespace detail {
+
+template <class Element>
+concept KeyedElement = requires(const Element& element) {
+  element.first;
+  element.second;
+};
+
+}  // namespace detail
+
+template <class T>
+Value encodableValue(const std::optional<T>& object) {
+  return object ? encodableValue(*object) : Value();
+}
+
+template <std::ranges::input_range Sequence>
+  requires(!std::derived_from<Sequence, Value> && !std::convertible_to<const Sequence&, const char*>)
+Value encodableValue(const Sequence& sequence) {
+  if constexpr (detail::KeyedElement<std::ranges::range_value_t<Sequence>>) {
+    NSMutableDictionary dictionary;
+    for (const auto& [key, object] : sequence) {
+      dictionary.setObject(encodableValue(object), encodableValue(key));
+    }
+    return dictionary;
+  } else {
+    NSMutableArray array;
+    for (const auto& object : sequence) array.addObject(encodableValue(object));
+    return array;
+  }
+}
+
+template <class T>
+Value encodableObject(const T& object) {
+  return encodableValue(object);
+}
+
+}  // namespace zeb

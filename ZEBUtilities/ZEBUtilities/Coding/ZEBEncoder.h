@@ -1,0 +1,51 @@
+#pragma once
+
+#include <Foundation/NSNumber.h>
+#include <Foundation/NSRange.h>
+#include <Foundation/NSString.h>
+#include <Foundation/StringKey.h>
+#include <Foundation/Value.h>
+#include <Geometry/CGGeometry.h>
+
+#include <cstdint>
+
+namespace zeb {
+
+/// Defined in <ZEBUtilities/Coding/ZEBEncodable.h>.
+template <class T>
+Value encodableObject(const T& object);
+
+/// What an object writes its fields into, each under a key of its own. Keys of different objects never
+/// meet, and no key can collide with the document's own.
+///
+/// A nil string, number or object writes nothing, so that its key reads back as absent. A key written
+/// twice keeps the later value. Valid only during the `encode` call that it is passed to.
+class ZEBEncoder {
+ public:
+  virtual ~ZEBEncoder() = default;
+
+  /// Any value, encodable object, array or dictionary.
+  virtual void encodeObject(const Value& object, const StringKey& forKey) = 0;
+  /// The same for statically typed things: whatever `encodableValue` in
+  /// <ZEBUtilities/Coding/ZEBEncodable.h> takes.
+  template <class T>
+  void encodeObject(const T& object, const StringKey& forKey) {
+    const Value value = encodableObject(object);
+    encodeObject(value, forKey);
+  }
+
+  virtual void encodeString(const NSString& string, const StringKey& forKey) = 0;
+  virtual void encodeNumber(const NSNumber& number, const StringKey& forKey) = 0;
+  virtual void encodeBool(bool boolean, const StringKey& forKey) = 0;
+  virtual void encodeInt(std::int64_t integer, const StringKey& forKey) = 0;
+  virtual void encodeInt32(std::int32_t integer, const StringKey& forKey) = 0;
+  virtual void encodeInt64(std::int64_t integer, const StringKey& forKey) = 0;
+  virtual void encodeFloat(float number, const StringKey& forKey) = 0;
+  virtual void encodeDouble(double number, const StringKey& forKey) = 0;
+  virtual void encodeCGRect(const CGRect& rect, const StringKey& forKey) = 0;
+  virtual void encodeCGPoint(const CGPoint& point, const StringKey& forKey) = 0;
+  virtual void encodeCGSize(const CGSize& size, const StringKey& forKey) = 0;
+  virtual void encodeRange(const NSRange& range, const StringKey& forKey) = 0;
+};
+
+}  // namespace zeb

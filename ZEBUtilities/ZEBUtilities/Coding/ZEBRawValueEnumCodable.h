@@ -1,0 +1,87 @@
+#pragma once
+
+#include <ZEBUtilities/Coding/ZEBEncodable.h>
+#include <ZEBUtilities/Coding/ZEBUnarchiverError.h>
+
+#include <concepts>
+#include <cstdint>
+#include <type_traits>
+
+namespace zeb {
+
+/// The keys that an archived enumeration uses.
+struct ZEBRawValueEnumCodableCoderKeys {
+  static constexpr const char* rawValue() noexcept { return "rawValue"; }
+};
+
+/// What makes an enumeration archivable; specialised for each, with
+///   - `static const char* encodableName()`, which is stored in documents and must never change;
+///   - `cases`, a range of all enumerators, or of (enumerator, string) pairs when its raw values are
+///     strings.
+template <class Enumeration>
+struct ZEBRawValueEnumTraits;
+
+/// An enumeration as an encodable: archives its raw value under "rawValue".
+///
+///     enum class Mood : std::int32_t { calm = 1, excited = 2 };
+///     template <>
+///     struct zeb::ZEBRawValueEnumTraits<Mood> {
+///       static const char* encodableName() { return "Mood"; }
+///       static constexpr std::array cases{Mood::calm, Mood::excited};
+///     };
+///     encoder.encodeObject(ZEBRawValueEnumCodable(mood), "mood");
+template <class Enumeration>
+  requires std::is_enum_v<Enumeration>
+class ZEBRawValueEnumCodable {
+ public:
+  using Traits = ZEBRawValueEnumTraits<Enumeration>;
+  using RawInteger = std::underlying_type_t<Enumeration>;
+
+  ZEBRawValueEnumCodable(Enumeration enumerator) noexcept : enumerator_(enumerator) {}
+
+  /// Throws `missingRequiredData` when there is no raw value, and `unexpectedContent` when it names no
+  /// case, both with the key "rawValue".
+  explicit ZEBRawValueEnumCodable(ZEBDecoder& decoder) : enumerator_(decoded(decoder)) {}
+
+  static NSString encodableName() { return Traits::encodableName(); }
+
+  void encode(ZEBEncoder& encoder) const {
+    if constexpr (hasStrings) {
+      for (const auto& [enumerator, text] : Traits::cases) {
+        if (enumerator == enumerator_) return encoder.encodeString(NSString(text), "rawValue");
+      }
+    } else if constexpr (std::same_as<RawInteger, std::int32_t>) {
+      encoder.encodeInt32(static_cast<std::int32_t>(enumerator_), "rawValue");
+    } else if constexpr (std::same_as<RawInteger, std::uint64_t>) {
+      encoder.encodeNumber(static_cast<std::uint64_t>(enumerator_), "rawValue");
+    } else {
+      encoder.encodeInt64(static_cast<std::int64_t>(enumerator_), "rawValue");
+    }
+  }
+
+  operator Enumeration() const noexcept { return enumerator_; }
+  friend bool operator==(const ZEBRawValueEnumCodable&, const ZEBRawValueEnumCodable&) = default;
+
+ private:
+  static constexpr bool hasStrings = requires { Traits::cases[0].second; };
+
+  static Enumeration decoded(ZEBDecoder& decoder) {
+    if constexpr (hasStrings) {
+      const NSString raw = decoder.decodeStringForKey("rawValue");
+      for (const auto& [enumerator, text] : Traits::cases) {
+        if (raw == NSString(text)) return enumerator;
+      }
+    } else {
+      const NSNumber raw = decoder.decodeNumberOptionalForKey("rawValue");
+      if (raw.isNil()) throw ZEBUnarchiverError::missingRequiredData("rawValue");
+      for (const Enumeration enumerator : Traits::cases) {
+        if (raw.isEqual(Value(static_cast<RawInteger>(enumerator)))) return enumerator;
+      }
+    }
+    throw ZEBUnarchiverError::unexpectedContent("rawValue");
+  }
+
+  Enumeration enumerator_;
+};
+
+}  // namespace zeb
