@@ -116,7 +116,8 @@ class Formatter {
 
     const bool known = std::string_view("@diuxXocCsSpfFeEgGaA").find(directive.conversion) !=
                        std::string_view::npos;
-    const FormatArgument* argument = known && directive.conversion ? nextArgument(position) : nullptr;
+    const FormatArgument* argument =
+        known && directive.conversion ? nextArgument(position) : nullptr;
     if (!argument) {
       output_ += directive.text;
     } else {
@@ -183,9 +184,9 @@ class Formatter {
       return pad(directive, character);
     }
     if (std::string_view("fFeEgGaA").find(conversion) != std::string_view::npos) {
-      return printNumber(directive, isSigned ? static_cast<double>(
-                                                   static_cast<std::int64_t>(argument.bits_))
-                                             : static_cast<double>(argument.bits_));
+      return printNumber(directive,
+                         isSigned ? static_cast<double>(static_cast<std::int64_t>(argument.bits_))
+                                  : static_cast<double>(argument.bits_));
     }
     // An argument is never cut to a narrower directive, only reinterpreted at its own width.
     const std::size_t width =

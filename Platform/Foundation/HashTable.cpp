@@ -25,8 +25,7 @@ std::uint32_t keyedHashOfKey(const Value& key) noexcept {
     return static_cast<std::uint32_t>(keyedHash(NSString(key).utf8()));
   }
   const std::uint64_t hash = key.hash();
-  return static_cast<std::uint32_t>(
-      keyedHash({reinterpret_cast<const char*>(&hash), sizeof hash}));
+  return static_cast<std::uint32_t>(keyedHash({reinterpret_cast<const char*>(&hash), sizeof hash}));
 }
 
 std::uint32_t indexHash(const DictionaryStorage& table, const Value& key) noexcept {
@@ -93,8 +92,7 @@ void compactEntries(DictionaryStorage& table) noexcept {
 
 void growEntries(DictionaryStorage& table, std::size_t capacity) {
   if (capacity > UINT32_MAX / 2) throw std::length_error("too many dictionary entries");
-  auto* entries =
-      static_cast<DictionaryEntry*>(std::malloc(capacity * sizeof(DictionaryEntry)));
+  auto* entries = static_cast<DictionaryEntry*>(std::malloc(capacity * sizeof(DictionaryEntry)));
   if (!entries) throw std::bad_alloc();
   std::uint32_t* index = nullptr;
   const std::uint32_t slots =
@@ -167,7 +165,8 @@ DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
   if (table.used == table.capacity) {
     // Many removed entries: sliding them out makes room enough.
     const bool mostlyDead = table.count < table.used / 2;
-    growEntries(table, mostlyDead ? table.capacity : std::max<std::size_t>(4, std::size_t{table.capacity} * 2));
+    growEntries(table, mostlyDead ? table.capacity
+                                  : std::max<std::size_t>(4, std::size_t{table.capacity} * 2));
   }
   Value ownKey = key.copy();
   ownKey.setKeyHash(keyHashOf(ownKey));
@@ -199,7 +198,8 @@ void removeAllEntries(DictionaryStorage& table) noexcept {
   table.count = table.capacity = table.indexMask = 0;
   table.keyedHash = false;
   ++table.mutations;
-  for (std::uint32_t position = 0; position < used; ++position) entries[position].~DictionaryEntry();
+  for (std::uint32_t position = 0; position < used; ++position)
+    entries[position].~DictionaryEntry();
   std::free(entries);
 }
 

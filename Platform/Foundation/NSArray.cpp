@@ -17,7 +17,8 @@ constexpr std::size_t mostElements = std::size_t{1} << 31;
 
 Value* allocateValues(std::size_t capacity) {
   if (capacity > mostElements) throw std::length_error("too many array elements");
-  auto* values = static_cast<Value*>(std::malloc(std::max<std::size_t>(capacity, 1) * sizeof(Value)));
+  auto* values =
+      static_cast<Value*>(std::malloc(std::max<std::size_t>(capacity, 1) * sizeof(Value)));
   if (!values) throw std::bad_alloc();
   return values;
 }
@@ -47,9 +48,10 @@ NSArray NSArray::arrayWithObjects(std::span<const Value> elements) {
   if (elements.size() > mostElements) throw std::length_error("too many array elements");
   void* memory = std::malloc(sizeof(detail::ArrayStorage) + elements.size_bytes());
   if (!memory) throw std::bad_alloc();
-  auto* values = reinterpret_cast<Value*>(static_cast<char*>(memory) + sizeof(detail::ArrayStorage));
-  auto* array = new (memory)
-      detail::ArrayStorage(0, static_cast<std::uint32_t>(elements.size()), values);
+  auto* values =
+      reinterpret_cast<Value*>(static_cast<char*>(memory) + sizeof(detail::ArrayStorage));
+  auto* array =
+      new (memory) detail::ArrayStorage(0, static_cast<std::uint32_t>(elements.size()), values);
   std::uninitialized_copy(elements.begin(), elements.end(), values);
   return NSArray(static_cast<detail::Storage*>(array));
 }

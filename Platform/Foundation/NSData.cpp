@@ -41,9 +41,8 @@ using detail::JoinedDataStorage;
 
 JoinedDataStorage* joinedStorage(const DataStorage* data) noexcept {
   if (!(data->flags & detail::StorageIndirect)) return nullptr;
-  return dynamic_cast<JoinedDataStorage*>(
-      const_cast<detail::IndirectDataStorage*>(
-          static_cast<const detail::IndirectDataStorage*>(data)));
+  return dynamic_cast<JoinedDataStorage*>(const_cast<detail::IndirectDataStorage*>(
+      static_cast<const detail::IndirectDataStorage*>(data)));
 }
 
 }  // namespace
@@ -59,8 +58,8 @@ NSData NSData::dataWithBytes(std::span<const std::byte> bytes) {
 }
 
 NSData NSData::dataWithBytesNoCopy(std::span<const std::byte> bytes, Block<void()> release) {
-  return NSData(static_cast<detail::Storage*>(
-      new detail::ForeignDataStorage(bytes, std::move(release))));
+  return NSData(
+      static_cast<detail::Storage*>(new detail::ForeignDataStorage(bytes, std::move(release))));
 }
 
 NSData NSData::dataByJoining(std::span<const NSData> parts) {

@@ -60,7 +60,8 @@ NSMutableDictionary NSMutableDictionary::from(const Value& value) noexcept {
 
 NSMutableDictionary NSMutableDictionary::dictionaryWithCapacity(std::size_t capacity) {
   NSMutableDictionary result(nullptr);
-  static_cast<Value&>(result) = Value(adoptStorage, detail::newTable(ValueKind::Dictionary, capacity));
+  static_cast<Value&>(result) =
+      Value(adoptStorage, detail::newTable(ValueKind::Dictionary, capacity));
   return result;
 }
 

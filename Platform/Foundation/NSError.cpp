@@ -25,7 +25,8 @@ class NSError::Details final : public NSObject {
   }
   std::string className() const override { return "NSError"; }
   std::string description() const override {
-    return NSString::stringWithFormat("Error Domain=%@ Code=%lld \"%s\"", domain, code, text).utf8();
+    return NSString::stringWithFormat("Error Domain=%@ Code=%lld \"%s\"", domain, code, text)
+        .utf8();
   }
 
   const NSString domain;
@@ -37,8 +38,8 @@ class NSError::Details final : public NSObject {
   NSString describe() const {
     const NSString given(userInfo[NSString(NSLocalizedDescriptionKey)]);
     if (!given.isNil()) return given;
-    return NSString::stringWithFormat("The operation couldn't be completed. (%@ error %lld.)", domain,
-                                      code);
+    return NSString::stringWithFormat("The operation couldn't be completed. (%@ error %lld.)",
+                                      domain, code);
   }
 };
 

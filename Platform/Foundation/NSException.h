@@ -17,8 +17,7 @@ extern const char* const NSGenericException;
 /// platform exception, and the library's guards let it pass. A shared immutable handle.
 class NSException : public std::exception {
  public:
-  NSException(const NSString& name, const NSString& reason,
-              const NSDictionary& userInfo = nullptr);
+  NSException(const NSString& name, const NSString& reason, const NSDictionary& userInfo = nullptr);
 
   NSString name() const;
   NSString reason() const;

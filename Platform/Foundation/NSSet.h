@@ -56,8 +56,7 @@ class NSSet : public Value {
   };
 
   Iterator begin() const noexcept {
-    return isNil() ? Iterator()
-                   : Iterator({table().entries, table().entries + table().used});
+    return isNil() ? Iterator() : Iterator({table().entries, table().entries + table().used});
   }
   Iterator end() const noexcept {
     if (isNil()) return Iterator();

@@ -102,8 +102,7 @@ bool StringKey::matches(const detail::StringStorage& candidate) const noexcept {
   return utf8 == std::string_view(utf8_, length_);
 }
 
-NSString::NSString(std::u16string_view units)
-    : Value(adoptStorage, detail::newString(units)) {}
+NSString::NSString(std::u16string_view units) : Value(adoptStorage, detail::newString(units)) {}
 
 NSString NSString::stringWithUTF8(std::string_view bytes) {
   if (detail::findMalformedUTF8(bytes) != std::string_view::npos) return nullptr;
@@ -166,8 +165,8 @@ bool NSString::containsString(const NSString& part) const noexcept {
 
 NSRange NSString::rangeOfString(const NSString& part) const noexcept {
   if (part.length() == 0 || part.length() > length()) return {NSNotFound, 0};
-  const std::size_t place = isASCII() && part.isASCII() ? asciiView().find(part.asciiView())
-                                                        : utf16().find(part.utf16());
+  const std::size_t place =
+      isASCII() && part.isASCII() ? asciiView().find(part.asciiView()) : utf16().find(part.utf16());
   if (place == std::string_view::npos) return {NSNotFound, 0};
   return {place, part.length()};
 }

@@ -96,9 +96,7 @@ class NSString : public Value {
     return static_cast<const Value&>(left) == static_cast<const Value&>(right);
   }
 
-  const detail::StringStorage& text() const noexcept {
-    return *storageAs<detail::StringStorage>();
-  }
+  const detail::StringStorage& text() const noexcept { return *storageAs<detail::StringStorage>(); }
 
  protected:
   explicit NSString(detail::Storage* adopted) noexcept : Value(adoptStorage, adopted) {}

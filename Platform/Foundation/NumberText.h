@@ -8,7 +8,8 @@ namespace zeb::detail {
 
 /// Readings of the number that a text begins with, after white space; 0 when it begins with none.
 /// Integers saturate. Locale plays no part.
-std::int64_t leadingInteger(std::string_view text, std::int64_t lowest, std::int64_t highest) noexcept;
+std::int64_t leadingInteger(std::string_view text, std::int64_t lowest,
+                            std::int64_t highest) noexcept;
 double leadingDouble(std::string_view text) noexcept;
 bool leadingBoolean(std::string_view text) noexcept;
 

@@ -45,7 +45,8 @@ class TreeRebuild {
     if (collection.isArray()) {
       level.collection = NSMutableArray::arrayWithCapacity(NSArray(collection).count());
     } else if (collection.isDictionary()) {
-      level.collection = NSMutableDictionary::dictionaryWithCapacity(NSDictionary(collection).count());
+      level.collection =
+          NSMutableDictionary::dictionaryWithCapacity(NSDictionary(collection).count());
     } else {
       level.collection = NSMutableSet();
     }

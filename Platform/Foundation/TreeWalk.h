@@ -23,7 +23,7 @@ template <class Visitor>
 void walkTree(const Value& root, Visitor& visitor) {
   struct Level {
     const Value* collection = nullptr;
-    const Value* value = nullptr;           ///< of an array: the next element
+    const Value* value = nullptr;            ///< of an array: the next element
     const DictionaryEntry* entry = nullptr;  ///< of the others: the next entry
     const void* end = nullptr;
     std::uint32_t position = 0;  ///< elements visited

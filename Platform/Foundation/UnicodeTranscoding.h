@@ -8,8 +8,8 @@ namespace zeb::detail {
 
 /// What a decoder meets at some place of a UTF-8 text.
 struct DecodedScalar {
-  char32_t scalar;         ///< U+FFFD when malformed
-  std::size_t length;      ///< bytes taken; of a malformed sequence its longest well-begun part
+  char32_t scalar;     ///< U+FFFD when malformed
+  std::size_t length;  ///< bytes taken; of a malformed sequence its longest well-begun part
   bool wellFormed;
 };
 

@@ -86,9 +86,7 @@ class Value {
   explicit operator bool() const noexcept { return !isNil(); }
 
   bool isNull() const noexcept { return kind() == Kind::Null; }
-  bool isNumber() const noexcept {
-    return kind() >= Kind::Boolean && kind() <= Kind::Double;
-  }
+  bool isNumber() const noexcept { return kind() >= Kind::Boolean && kind() <= Kind::Double; }
   bool isBoolean() const noexcept { return kind() == Kind::Boolean; }
   bool isDate() const noexcept { return kind() == Kind::Date; }
   bool isString() const noexcept { return kind() == Kind::String; }
@@ -178,16 +176,15 @@ class Value {
       : head_(head), payload_(payload) {}
 
   static constexpr std::uint64_t headOf(Kind kind, char typeCode = 0) noexcept {
-    return static_cast<std::uint64_t>(kind) | std::uint64_t{static_cast<unsigned char>(typeCode)} << 8;
+    return static_cast<std::uint64_t>(kind) | std::uint64_t{static_cast<unsigned char>(typeCode)}
+                                                  << 8;
   }
   static constexpr bool isCountedHead(std::uint64_t head) noexcept { return head & 0x10; }
 
   bool isCounted() const noexcept { return isCountedHead(head_); }
   char typeCode() const noexcept { return static_cast<char>(head_ >> 8); }
   std::uint64_t payload() const noexcept { return payload_; }
-  detail::Storage* storage() const noexcept {
-    return reinterpret_cast<detail::Storage*>(payload_);
-  }
+  detail::Storage* storage() const noexcept { return reinterpret_cast<detail::Storage*>(payload_); }
   template <class StorageType>
   StorageType* storageAs() const noexcept {
     return static_cast<StorageType*>(storage());
@@ -206,8 +203,10 @@ class Value {
   template <class Integer>
   static constexpr char typeCodeOf() noexcept {
     constexpr char codes[] = {'c', 's', 'i', 'q'};
-    constexpr std::size_t width =
-        sizeof(Integer) == 1 ? 0 : sizeof(Integer) == 2 ? 1 : sizeof(Integer) == 4 ? 2 : 3;
+    constexpr std::size_t width = sizeof(Integer) == 1   ? 0
+                                  : sizeof(Integer) == 2 ? 1
+                                  : sizeof(Integer) == 4 ? 2
+                                                         : 3;
     return std::is_signed_v<Integer> ? codes[width] : static_cast<char>(codes[width] - 'a' + 'A');
   }
 

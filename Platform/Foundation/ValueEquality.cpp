@@ -98,7 +98,8 @@ std::uint64_t shallowHash(const Value& value) noexcept {
       return detail::mixHash(kind, NSURL(value).absoluteString().hash());
     case ValueKind::Data: {
       const std::string_view start = NSData(value).view().substr(0, 80);
-      return detail::mixHash(NSData(value).length(), detail::hashOfUTF8(start.data(), start.size()));
+      return detail::mixHash(NSData(value).length(),
+                             detail::hashOfUTF8(start.data(), start.size()));
     }
     case ValueKind::Array:
       return detail::mixHash(kind, value.storageAs<detail::ArrayStorage>()->count);

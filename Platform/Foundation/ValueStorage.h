@@ -42,7 +42,7 @@ namespace detail {
 class Arena;
 
 enum StorageFlags : std::uint8_t {
-  StorageInArena = 1,   ///< lives and dies with its arena; `countOrOffset` leads there
+  StorageInArena = 1,  ///< lives and dies with its arena; `countOrOffset` leads there
   StorageMutable = 2,
   StorageWide = 4,      ///< string of 16-bit units
   StorageIndirect = 8,  ///< content lies elsewhere, behind a pointer after the header
@@ -56,7 +56,8 @@ struct Storage {
   std::atomic<std::uint32_t> countOrOffset;
   ValueKind kind;
   std::uint8_t flags;
-  std::uint16_t mutations = 0;  ///< of a mutable collection, wrapping: tells a changed one from enumerators
+  std::uint16_t mutations =
+      0;  ///< of a mutable collection, wrapping: tells a changed one from enumerators
 
   bool isMutable() const noexcept { return flags & StorageMutable; }
 };
@@ -79,9 +80,9 @@ struct StringStorage : Storage {
 struct MutableStringStorage : StringStorage {
   MutableStringStorage() noexcept : StringStorage(StorageMutable | StorageIndirect, 0) {}
 
-  const void* data = "";   ///< of `narrow` or `wide`; must stay the first field
-  std::string narrow;      ///< the content while all units are below 128
-  std::u16string wide;     ///< the content since one was not
+  const void* data = "";  ///< of `narrow` or `wide`; must stay the first field
+  std::string narrow;     ///< the content while all units are below 128
+  std::u16string wide;    ///< the content since one was not
   void contentsChanged() noexcept;
 };
 
@@ -115,11 +116,11 @@ struct DictionaryStorage : Storage {
                     std::uint32_t references = 1) noexcept
       : Storage(dictionaryOrSet, storageFlags, references) {}
 
-  std::uint32_t count = 0;      ///< living entries
-  std::uint32_t used = 0;       ///< entries in use, removed ones (nil keys) included
+  std::uint32_t count = 0;  ///< living entries
+  std::uint32_t used = 0;   ///< entries in use, removed ones (nil keys) included
   std::uint32_t capacity = 0;
   std::uint32_t indexMask = 0;  ///< slots - 1, or 0 without an index
-  bool keyedHash = false;       ///< the index goes by the seeded hash: somebody chose colliding keys
+  bool keyedHash = false;  ///< the index goes by the seeded hash: somebody chose colliding keys
   DictionaryEntry* entries = nullptr;
   std::uint32_t* index = nullptr;  ///< entry position + 1, or 0
 };
@@ -133,7 +134,6 @@ struct DataStorage : Storage {
   std::size_t length;
   const std::byte* bytes = nullptr;  ///< null while the parts have not been joined
 };
-
 
 /// Called by the release of the last reference.
 void destroyStorage(Storage* storage) noexcept;

@@ -20,11 +20,11 @@ class CLLocation final : public NSObject {
  public:
   struct Fields {
     CLLocationCoordinate2D coordinate;
-    double altitude = 0;             ///< metres above sea level
-    double horizontalAccuracy = 0;   ///< metres; negative: the coordinate is invalid
-    double verticalAccuracy = -1;    ///< metres; negative: the altitude is invalid
-    double course = -1;              ///< degrees clockwise from north; negative: unknown
-    double speed = -1;               ///< metres a second; negative: unknown
+    double altitude = 0;            ///< metres above sea level
+    double horizontalAccuracy = 0;  ///< metres; negative: the coordinate is invalid
+    double verticalAccuracy = -1;   ///< metres; negative: the altitude is invalid
+    double course = -1;             ///< degrees clockwise from north; negative: unknown
+    double speed = -1;              ///< metres a second; negative: unknown
     NSDate timestamp = NSDate::date();
 
     bool operator==(const Fields&) const = default;

@@ -40,9 +40,7 @@ std::size_t NSValue::hash() const noexcept {
           },
           [&](const CGPoint& point) { return mixed({point.x, point.y}); },
           [&](const CGSize& size) { return mixed({size.width, size.height}); },
-          [&](const NSRange& range) {
-            return detail::mixHash(range.location, range.length);
-          },
+          [&](const NSRange& range) { return detail::mixHash(range.location, range.length); },
           [&](const CGAffineTransform& matrix) {
             return mixed({matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty});
           },

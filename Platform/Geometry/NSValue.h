@@ -13,9 +13,9 @@ namespace zeb {
 
 /// The plain records that can travel inside a `Value`.
 template <class T>
-concept BoxableRecord = std::same_as<T, CGRect> || std::same_as<T, CGPoint> ||
-                        std::same_as<T, CGSize> || std::same_as<T, NSRange> ||
-                        std::same_as<T, CGAffineTransform>;
+concept BoxableRecord =
+    std::same_as<T, CGRect> || std::same_as<T, CGPoint> || std::same_as<T, CGSize> ||
+    std::same_as<T, NSRange> || std::same_as<T, CGAffineTransform>;
 
 /// A plain record as an object, so that collections can hold it. Immutable; any thread.
 class NSValue final : public NSObject {

@@ -57,7 +57,8 @@ char* writeDigits(char* target, std::uint64_t number) noexcept {
 
 constexpr std::array<std::uint64_t, 20> powersOfTen = [] {
   std::array<std::uint64_t, 20> powers{1};
-  for (std::size_t index = 1; index < powers.size(); ++index) powers[index] = powers[index - 1] * 10;
+  for (std::size_t index = 1; index < powers.size(); ++index)
+    powers[index] = powers[index - 1] * 10;
   return powers;
 }();
 
@@ -157,7 +158,9 @@ char* writeJsonInteger(char* target, std::int64_t number) noexcept {
   return writeJsonUnsigned(target, 0 - static_cast<std::uint64_t>(number));
 }
 
-char* writeJsonDouble(char* target, double number) noexcept { return writeShortest(target, number); }
+char* writeJsonDouble(char* target, double number) noexcept {
+  return writeShortest(target, number);
+}
 char* writeJsonFloat(char* target, float number) noexcept { return writeShortest(target, number); }
 
 }  // namespace zeb::detail

@@ -125,7 +125,9 @@ ByteBlock needsDecoding(ByteBlock block) noexcept {
   return reinterpret_cast<ByteBlock>((block == '\\') | (block >= 0x80));
 }
 
-constexpr std::uint64_t everyByte(std::uint64_t byte) noexcept { return byte * 0x0101010101010101u; }
+constexpr std::uint64_t everyByte(std::uint64_t byte) noexcept {
+  return byte * 0x0101010101010101u;
+}
 
 /// Whether one of a word's eight bytes begins an escape.
 constexpr bool hasBackslash(std::uint64_t word) noexcept {
@@ -219,7 +221,8 @@ class TreeReader {
           if (!readWord(at, "true", {Value::headOf(ValueKind::Boolean, 'c'), 1}, top)) return false;
           break;
         case 'f':
-          if (!readWord(at, "false", {Value::headOf(ValueKind::Boolean, 'c'), 0}, top)) return false;
+          if (!readWord(at, "false", {Value::headOf(ValueKind::Boolean, 'c'), 0}, top))
+            return false;
           break;
         case 'n':
           if (!readWord(at, "null", {Value::headOf(ValueKind::Null), 0}, top)) return false;
@@ -518,8 +521,8 @@ class TreeReader {
   Words newArray(const Words* first, std::uint32_t count) {
     void* memory = arena_->allocate(sizeof(ArrayStorage) + count * sizeof(Words));
     void* values = static_cast<char*>(memory) + sizeof(ArrayStorage);
-    auto* array = new (memory) ArrayStorage(StorageInArena, count, static_cast<Value*>(values),
-                                            arena_->offsetOf(memory));
+    auto* array = new (memory)
+        ArrayStorage(StorageInArena, count, static_cast<Value*>(values), arena_->offsetOf(memory));
     copyWords(values, first, count);
     return {static_cast<std::uint64_t>(ValueKind::Array), reinterpret_cast<std::uint64_t>(array)};
   }
@@ -527,8 +530,8 @@ class TreeReader {
   Words newDictionary(const Words* first, std::uint32_t count) {
     const std::size_t entriesSize = count * sizeof(DictionaryEntry);
     const std::size_t slots = count > largestUnindexedTable ? indexSlots(count) : 0;
-    void* memory = arena_->allocate(sizeof(DictionaryStorage) + entriesSize +
-                                    slots * sizeof(std::uint32_t));
+    void* memory =
+        arena_->allocate(sizeof(DictionaryStorage) + entriesSize + slots * sizeof(std::uint32_t));
     auto* table = new (memory)
         DictionaryStorage(ValueKind::Dictionary, StorageInArena, arena_->offsetOf(memory));
     char* const entries = static_cast<char*>(memory) + sizeof(DictionaryStorage);

@@ -11,7 +11,7 @@ namespace zeb::detail {
 inline constexpr std::size_t deepestJsonNesting = 512;
 
 struct JsonReading {
-  Value value;      ///< nil when there was a fault
+  Value value;  ///< nil when there was a fault
   JsonFault fault;
 };
 

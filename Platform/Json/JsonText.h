@@ -8,7 +8,13 @@
 namespace zeb::detail {
 
 /// The encoding forms that a JSON document may come in (RFC 4627, section 3).
-enum class JsonEncoding : std::uint8_t { UTF8, UTF16LittleEndian, UTF16BigEndian, UTF32LittleEndian, UTF32BigEndian };
+enum class JsonEncoding : std::uint8_t {
+  UTF8,
+  UTF16LittleEndian,
+  UTF16BigEndian,
+  UTF32LittleEndian,
+  UTF32BigEndian
+};
 
 /// A document as UTF-8 without byte-order mark, and the way back to the places in the bytes it came
 /// from.

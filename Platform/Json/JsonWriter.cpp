@@ -3,9 +3,9 @@
 #include <Foundation/NSException.h>
 #include <Foundation/NSNumber.h>
 #include <Foundation/NSString.h>
+#include <Foundation/StringHash.h>
 #include <Foundation/TreeRebuild.h>
 #include <Foundation/UnicodeTranscoding.h>
-#include <Foundation/StringHash.h>
 #include <Json/ByteBlock.h>
 #include <Json/JsonNumberText.h>
 #include <Json/JsonReader.h>
@@ -37,7 +37,9 @@ constexpr std::array<char, 128> escapes = [] {
   return table;
 }();
 
-constexpr std::uint64_t everyByte(std::uint64_t byte) noexcept { return byte * 0x0101010101010101u; }
+constexpr std::uint64_t everyByte(std::uint64_t byte) noexcept {
+  return byte * 0x0101010101010101u;
+}
 
 class DocumentWriter {
  public:

@@ -17,8 +17,8 @@ inline constexpr bool isKnownVersion =
     simdjson::SIMDJSON_VERSION_MAJOR == 3 && simdjson::SIMDJSON_VERSION_MINOR == 0;
 
 /// The double nearest to ±mantissa × 10^exponent. False when that can't be told quickly.
-[[gnu::always_inline]] inline bool nearestDouble(std::int64_t exponent, std::uint64_t mantissa, bool negative,
-                          double& result) noexcept {
+[[gnu::always_inline]] inline bool nearestDouble(std::int64_t exponent, std::uint64_t mantissa,
+                                                 bool negative, double& result) noexcept {
   constexpr std::int64_t lowest = -342;
   constexpr std::int64_t highest = 308;
   if (!isKnownVersion || exponent < lowest || exponent > highest) return false;

@@ -16,7 +16,8 @@ ObjectExtras& ObjectExtras::of(const NSObject& object) {
   if (ObjectExtras* existing = ifAny(object)) return *existing;
   ObjectExtras* fresh = new ObjectExtras(object);
   ObjectExtras* expected = nullptr;
-  if (object.extras_.compare_exchange_strong(expected, fresh, std::memory_order_acq_rel)) return *fresh;
+  if (object.extras_.compare_exchange_strong(expected, fresh, std::memory_order_acq_rel))
+    return *fresh;
   delete fresh;
   return *expected;
 }
@@ -78,21 +79,21 @@ void NSObject::release() const noexcept {
   if (strongCount_.fetch_sub(1, std::memory_order_release) != 1) return;
   std::atomic_thread_fence(std::memory_order_acquire);
   // Weak references are cut before any destructor runs, so that none sees a half-destroyed object.
-  if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire)) extras->objectIsDying();
+  if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire))
+    extras->objectIsDying();
   delete this;
 }
 
 bool NSObject::retainUnlessDying() const noexcept {
   std::uint32_t count = strongCount_.load(std::memory_order_relaxed);
   while (count != 0) {
-    if (strongCount_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+    if (strongCount_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed))
+      return true;
   }
   return false;
 }
 
-std::size_t NSObject::hash() const noexcept {
-  return reinterpret_cast<std::uintptr_t>(this) >> 4;
-}
+std::size_t NSObject::hash() const noexcept { return reinterpret_cast<std::uintptr_t>(this) >> 4; }
 
 std::string NSObject::className() const {
   const char* mangled = typeid(*this).name();

@@ -11,8 +11,9 @@ Value objectAtPath(Value value, std::span<const NSString> keys) {
   for (const NSString& key : keys) {
     const NSDictionary dictionary(value);
     const bool hasStringKeys =
-        !dictionary.isNil() && std::all_of(dictionary.begin(), dictionary.end(),
-                                           [](const DictionaryEntry& entry) { return entry.key.isString(); });
+        !dictionary.isNil() &&
+        std::all_of(dictionary.begin(), dictionary.end(),
+                    [](const DictionaryEntry& entry) { return entry.key.isString(); });
     if (!hasStringKeys) return {};
     value = dictionary.objectForKey(key);
   }

@@ -91,9 +91,7 @@ class ZEBCircularFIFOBuffer : public NSObject {
  private:
   explicit ZEBCircularFIFOBuffer(std::size_t size) noexcept : size_(size) {}
 
-  std::size_t slotIndex(std::size_t position) const noexcept {
-    return (start_ + position) % size_;
-  }
+  std::size_t slotIndex(std::size_t position) const noexcept { return (start_ + position) % size_; }
   const Value& slot(std::size_t position) const noexcept { return buffer_[slotIndex(position)]; }
   void tellDelegate(const Value& purged);
 

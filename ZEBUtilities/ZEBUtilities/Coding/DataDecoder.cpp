@@ -31,7 +31,8 @@ NSString stringFromUTF16(const NSData& data) {
 /// One dictionary further down, for as long as it lives. Throws when the stack would not bear it.
 class DataDecoder::Step {
  public:
-  Step(DataDecoder& decoder, const NSDictionary& dictionary, const StringKey& key, std::size_t index)
+  Step(DataDecoder& decoder, const NSDictionary& dictionary, const StringKey& key,
+       std::size_t index)
       : decoder_(decoder) {
     if (remainingStack() < leastRemainingStack) {
       throw ZEBUnarchiverError::unexpectedContent(key.string());
@@ -175,8 +176,9 @@ double DataDecoder::doubleComponent(const NSString& name) {
 std::uint64_t DataDecoder::unsignedComponent(const NSString& name, std::uint64_t highest) {
   const NSNumber number(component(name));
   if (number.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name);
-  const bool isUnsigned = number.kind() == ValueKind::UnsignedInteger ||
-                          (number.kind() == ValueKind::SignedInteger && number.longLongValue() >= 0);
+  const bool isUnsigned =
+      number.kind() == ValueKind::UnsignedInteger ||
+      (number.kind() == ValueKind::SignedInteger && number.longLongValue() >= 0);
   if (!isUnsigned || number.unsignedLongLongValue() > highest) {
     throw ZEBUnarchiverError::unexpectedContent(name);
   }
@@ -298,7 +300,9 @@ std::int64_t DataDecoder::decodeInt64ForKey(const StringKey& key, std::int64_t d
   return decodeNumberForKey(key, defaultValue).longLongValue();
 }
 
-float DataDecoder::decodeFloatForKey(const StringKey& key) { return requiredNumber(key).floatValue(); }
+float DataDecoder::decodeFloatForKey(const StringKey& key) {
+  return requiredNumber(key).floatValue();
+}
 float DataDecoder::decodeFloatForKey(const StringKey& key, float defaultValue) {
   return decodeNumberForKey(key, defaultValue).floatValue();
 }
@@ -327,7 +331,9 @@ CGSize DataDecoder::decodeCGSizeForKey(const StringKey& key, const CGSize& defau
   return recordOrNil<CGSize>(key).value_or(defaultValue);
 }
 
-NSRange DataDecoder::decodeRangeForKey(const StringKey& key) { return requiredRecord<NSRange>(key); }
+NSRange DataDecoder::decodeRangeForKey(const StringKey& key) {
+  return requiredRecord<NSRange>(key);
+}
 NSRange DataDecoder::decodeRangeForKey(const StringKey& key, const NSRange& defaultValue) {
   return recordOrNil<NSRange>(key).value_or(defaultValue);
 }

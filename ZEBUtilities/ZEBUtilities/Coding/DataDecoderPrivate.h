@@ -88,7 +88,8 @@ class DataDecoder final : public ZEBDecoder {
   const Ref<DecodingBuilderRegistry> decodingBuilderRegistry_;
   std::vector<NSDictionary> stack_;  ///< of the dictionaries around the current one
   NSDictionary currentDictionary_;
-  std::vector<std::pair<const StringKey*, std::size_t>> steps_;  ///< keys and list indexes on the way here
+  std::vector<std::pair<const StringKey*, std::size_t>>
+      steps_;  ///< keys and list indexes on the way here
 };
 
 }  // namespace zeb::detail

@@ -44,8 +44,9 @@ class DataEncoder::Nesting {
   explicit Nesting(DataEncoder& encoder) : encoder_(encoder) {
     constexpr std::size_t deepest = 512;  // levels of JSON; every level here makes at least one
     if (encoder_.depth_ == deepest || remainingStack() < leastRemainingStack) {
-      throw NSError(NSCocoaErrorDomain, NSPropertyListWriteInvalidError,
-                    {{NSLocalizedDescriptionKey, "The objects are nested too deeply to be archived."}});
+      throw NSError(
+          NSCocoaErrorDomain, NSPropertyListWriteInvalidError,
+          {{NSLocalizedDescriptionKey, "The objects are nested too deeply to be archived."}});
     }
     ++encoder_.depth_;
   }
@@ -102,7 +103,8 @@ void DataEncoder::encodeRange(const NSRange& range, const StringKey& forKey) {
 }
 
 Value DataEncoder::tagged(const NSString& type, std::initializer_list<Component> components) const {
-  NSMutableDictionary dictionary = NSMutableDictionary::dictionaryWithCapacity(components.size() + 1);
+  NSMutableDictionary dictionary =
+      NSMutableDictionary::dictionaryWithCapacity(components.size() + 1);
   dictionary.setObject(type, names_.type);
   for (const Component& component : components) {
     dictionary.setObject(component.value, component.name);
@@ -176,8 +178,8 @@ Value DataEncoder::encodedBox(const NSValue& box) const {
                                               {names_.height, encodedDouble(rect.size.height)}});
           },
           [&](const CGPoint& point) {
-            return tagged(names_.typeCGPoint, {{names_.x, encodedDouble(point.x)},
-                                               {names_.y, encodedDouble(point.y)}});
+            return tagged(names_.typeCGPoint,
+                          {{names_.x, encodedDouble(point.x)}, {names_.y, encodedDouble(point.y)}});
           },
           [&](const CGSize& size) {
             return tagged(names_.typeCGSize, {{names_.width, encodedDouble(size.width)},
@@ -196,16 +198,15 @@ Value DataEncoder::encodedBox(const NSValue& box) const {
 }
 
 Value DataEncoder::encodedLocation(const CLLocation& location) const {
-  return tagged(
-      names_.typeCLLocation,
-      {{names_.latitude, encodedDouble(location.coordinate().latitude)},
-       {names_.longitude, encodedDouble(location.coordinate().longitude)},
-       {names_.interval, encodedDouble(location.timestamp().timeIntervalSince1970())},
-       {names_.altitude, encodedDouble(location.altitude())},
-       {names_.horizontalAccuracy, encodedDouble(location.horizontalAccuracy())},
-       {names_.verticalAccuracy, encodedDouble(location.verticalAccuracy())},
-       {names_.course, encodedDouble(location.course())},
-       {names_.speed, encodedDouble(location.speed())}});
+  return tagged(names_.typeCLLocation,
+                {{names_.latitude, encodedDouble(location.coordinate().latitude)},
+                 {names_.longitude, encodedDouble(location.coordinate().longitude)},
+                 {names_.interval, encodedDouble(location.timestamp().timeIntervalSince1970())},
+                 {names_.altitude, encodedDouble(location.altitude())},
+                 {names_.horizontalAccuracy, encodedDouble(location.horizontalAccuracy())},
+                 {names_.verticalAccuracy, encodedDouble(location.verticalAccuracy())},
+                 {names_.course, encodedDouble(location.course())},
+                 {names_.speed, encodedDouble(location.speed())}});
 }
 
 Value DataEncoder::encodedArray(const NSArray& array) {

@@ -10,16 +10,16 @@ BasicDecodingBuilder::BasicDecodingBuilder(const NSString& encodableName,
 
 BasicDecodingBuilder::BasicDecodingBuilder(const NSString& encodableName,
                                            Block<ZEBEncodable(ZEBDecoder&)> buildFunction)
-    : BasicDecodingBuilder(
-          encodableName, BuildFunction([build = std::move(buildFunction)](ZEBDecoder& decoder) {
-            return ZEBEitherEncodable::native(build(decoder));
-          })) {}
+    : BasicDecodingBuilder(encodableName,
+                           BuildFunction([build = std::move(buildFunction)](ZEBDecoder& decoder) {
+                             return ZEBEitherEncodable::native(build(decoder));
+                           })) {}
 
 BasicDecodingBuilder::BasicDecodingBuilder(const NSString& encodableName,
                                            Block<Ref<ZEBObjCEncodable>(ZEBDecoder&)> buildFunction)
-    : BasicDecodingBuilder(
-          encodableName, BuildFunction([build = std::move(buildFunction)](ZEBDecoder& decoder) {
-            return ZEBEitherEncodable::legacy(build(decoder));
-          })) {}
+    : BasicDecodingBuilder(encodableName,
+                           BuildFunction([build = std::move(buildFunction)](ZEBDecoder& decoder) {
+                             return ZEBEitherEncodable::legacy(build(decoder));
+                           })) {}
 
 }  // namespace zeb

@@ -38,7 +38,8 @@ class BasicDecodingBuilder final : public DecodingBuilder {
   using BuildFunction = Block<ZEBEitherEncodable(ZEBDecoder&)>;
 
   BasicDecodingBuilder(const NSString& encodableName, BuildFunction buildFunction);
-  BasicDecodingBuilder(const NSString& encodableName, Block<ZEBEncodable(ZEBDecoder&)> buildFunction);
+  BasicDecodingBuilder(const NSString& encodableName,
+                       Block<ZEBEncodable(ZEBDecoder&)> buildFunction);
   BasicDecodingBuilder(const NSString& encodableName,
                        Block<Ref<ZEBObjCEncodable>(ZEBDecoder&)> buildFunction);
 

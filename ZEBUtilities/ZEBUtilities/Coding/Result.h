@@ -9,12 +9,8 @@ namespace zeb {
 template <class Success, class Failure>
 class Result {
  public:
-  static Result success(Success value) {
-    return Result(std::in_place_index<0>, std::move(value));
-  }
-  static Result failure(Failure error) {
-    return Result(std::in_place_index<1>, std::move(error));
-  }
+  static Result success(Success value) { return Result(std::in_place_index<0>, std::move(value)); }
+  static Result failure(Failure error) { return Result(std::in_place_index<1>, std::move(error)); }
 
   bool isSuccess() const noexcept { return content_.index() == 0; }
   bool isFailure() const noexcept { return !isSuccess(); }

@@ -108,7 +108,8 @@ struct DecodedValueAs<Map> {
     if (!value.isDictionary()) return std::nullopt;
     Map map;
     for (const auto& [key, object] : NSDictionary(value)) {
-      std::optional<typename Map::key_type> typedKey = DecodedValueAs<typename Map::key_type>::of(key);
+      std::optional<typename Map::key_type> typedKey =
+          DecodedValueAs<typename Map::key_type>::of(key);
       std::optional<typename Map::mapped_type> typedObject =
           DecodedValueAs<typename Map::mapped_type>::of(object);
       if (!typedKey || !typedObject) return std::nullopt;

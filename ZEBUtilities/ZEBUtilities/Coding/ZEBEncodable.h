@@ -164,7 +164,8 @@ template <class T>
 Value encodableValue(const std::optional<T>& object);
 /// Sequences become arrays; sequences of pairs, such as maps, become dictionaries.
 template <std::ranges::input_range Sequence>
-  requires(!std::derived_from<Sequence, Value> && !std::convertible_to<const Sequence&, const char*>)
+  requires(!std::derived_from<Sequence, Value> &&
+           !std::convertible_to<const Sequence&, const char*>)
 Value encodableValue(const Sequence& sequence);
 
 namespace detail {
@@ -183,7 +184,8 @@ Value encodableValue(const std::optional<T>& object) {
 }
 
 template <std::ranges::input_range Sequence>
-  requires(!std::derived_from<Sequence, Value> && !std::convertible_to<const Sequence&, const char*>)
+  requires(!std::derived_from<Sequence, Value> &&
+           !std::convertible_to<const Sequence&, const char*>)
 Value encodableValue(const Sequence& sequence) {
   if constexpr (detail::KeyedElement<std::ranges::range_value_t<Sequence>>) {
     NSMutableDictionary dictionary;
