@@ -3,6 +3,7 @@
 #include <ZEBUtilities/Coding/DecodingBuilder.h>
 
 #include <initializer_list>
+#include <string>
 #include <type_traits>
 #include <unordered_map>
 
@@ -58,6 +59,7 @@ class BasicDecodingBuilderRegistry final : public DecodingBuilderRegistry {
   const Ref<DecodingBuilderRegistry>& inFrontOf() const noexcept { return inFrontOf_; }
 
   Ref<DecodingBuilder> decodingBuilder(const NSString& forEncodableName) const override;
+  std::string className() const override { return "ZEBBasicDecodingBuilderRegistry"; }
 
  private:
   Builders builders_;

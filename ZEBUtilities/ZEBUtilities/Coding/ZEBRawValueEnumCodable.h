@@ -11,7 +11,7 @@ namespace zeb {
 
 /// The keys that an archived enumeration uses.
 struct ZEBRawValueEnumCodableCoderKeys {
-  static constexpr const char* rawValue() noexcept { return "rawValue"; }
+  static constexpr char rawValue[] = "rawValue";
 };
 
 /// What makes an enumeration archivable; specialised for each, with
@@ -36,6 +36,7 @@ class ZEBRawValueEnumCodable {
  public:
   using Traits = ZEBRawValueEnumTraits<Enumeration>;
   using RawInteger = std::underlying_type_t<Enumeration>;
+  using CoderKeys = ZEBRawValueEnumCodableCoderKeys;
 
   ZEBRawValueEnumCodable(Enumeration enumerator) noexcept : enumerator_(enumerator) {}
 
@@ -48,14 +49,15 @@ class ZEBRawValueEnumCodable {
   void encode(ZEBEncoder& encoder) const {
     if constexpr (hasStrings) {
       for (const auto& [enumerator, text] : Traits::cases) {
-        if (enumerator == enumerator_) return encoder.encodeString(NSString(text), "rawValue");
+        if (enumerator == enumerator_)
+          return encoder.encodeString(NSString(text), CoderKeys::rawValue);
       }
     } else if constexpr (std::same_as<RawInteger, std::int32_t>) {
-      encoder.encodeInt32(static_cast<std::int32_t>(enumerator_), "rawValue");
+      encoder.encodeInt32(static_cast<std::int32_t>(enumerator_), CoderKeys::rawValue);
     } else if constexpr (std::same_as<RawInteger, std::uint64_t>) {
-      encoder.encodeNumber(static_cast<std::uint64_t>(enumerator_), "rawValue");
+      encoder.encodeNumber(static_cast<std::uint64_t>(enumerator_), CoderKeys::rawValue);
     } else {
-      encoder.encodeInt64(static_cast<std::int64_t>(enumerator_), "rawValue");
+      encoder.encodeInt64(static_cast<std::int64_t>(enumerator_), CoderKeys::rawValue);
     }
   }
 
@@ -67,18 +69,18 @@ class ZEBRawValueEnumCodable {
 
   static Enumeration decoded(ZEBDecoder& decoder) {
     if constexpr (hasStrings) {
-      const NSString raw = decoder.decodeStringForKey("rawValue");
+      const NSString raw = decoder.decodeStringForKey(CoderKeys::rawValue);
       for (const auto& [enumerator, text] : Traits::cases) {
         if (raw == NSString(text)) return enumerator;
       }
     } else {
-      const NSNumber raw = decoder.decodeNumberOptionalForKey("rawValue");
-      if (raw.isNil()) throw ZEBUnarchiverError::missingRequiredData("rawValue");
+      const NSNumber raw = decoder.decodeNumberOptionalForKey(CoderKeys::rawValue);
+      if (raw.isNil()) throw ZEBUnarchiverError::missingRequiredData(CoderKeys::rawValue);
       for (const Enumeration enumerator : Traits::cases) {
         if (raw.isEqual(Value(static_cast<RawInteger>(enumerator)))) return enumerator;
       }
     }
-    throw ZEBUnarchiverError::unexpectedContent("rawValue");
+    throw ZEBUnarchiverError::unexpectedContent(CoderKeys::rawValue);
   }
 
   Enumeration enumerator_;
