@@ -76,8 +76,7 @@ NSObject::~NSObject() {
 }
 
 void NSObject::release() const noexcept {
-  if (strongCount_.fetch_sub(1, std::memory_order_release) != 1) return;
-  std::atomic_thread_fence(std::memory_order_acquire);
+  if (strongCount_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
   // Weak references are cut before any destructor runs, so that none sees a half-destroyed object.
   if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire))
     extras->objectIsDying();
