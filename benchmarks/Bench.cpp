@@ -1,0 +1,170 @@
+#include "Bench.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <stdexcept>
+#include <string_view>
+
+#include "Picture.h"
+
+namespace zeb::bench {
+
+namespace {
+
+constexpr double secondsOfTurn = 0.003;
+constexpr int turns = 15;
+
+std::map<std::string, std::function<void(Report&)>>& cases() {
+  static std::map<std::string, std::function<void(Report&)>> all;
+  return all;
+}
+
+double secondsOf(const std::function<void()>& work, std::size_t calls) {
+  const auto start = std::chrono::steady_clock::now();
+  for (std::size_t call = 0; call < calls; ++call) work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// How many calls fill a turn. Finding out is the warm-up.
+std::size_t callsOfTurn(const std::function<void()>& work) {
+  work();
+  std::size_t calls = 1;
+  while (secondsOf(work, calls) < secondsOfTurn) calls *= 2;
+  return calls;
+}
+
+double geometricMean(const Comparison& comparison, double Comparison::Sample::* member) {
+  double logarithms = 0;
+  for (const auto& sample : comparison.samples) logarithms += std::log(sample.*member);
+  return std::exp(logarithms / static_cast<double>(comparison.samples.size()));
+}
+
+void printLine(std::FILE* stream, const Comparison& comparison) {
+  const double values[] = {comparison.ourValue(), comparison.peerValue()};
+  std::fprintf(stream, "%s\t%s\t%s\t%s", comparison.caseName.c_str(), comparison.metric.name,
+               comparison.ours.c_str(), comparison.peer.c_str());
+  for (const double value : values) std::fprintf(stream, value < 1000 ? "\t%.4g" : "\t%.0f", value);
+  std::fprintf(stream, "\t%.3g\n", comparison.ratio());
+  std::fflush(stream);
+}
+
+}  // namespace
+
+double Comparison::ourValue() const { return geometricMean(*this, &Sample::ours); }
+double Comparison::peerValue() const { return geometricMean(*this, &Sample::peer); }
+double Comparison::ratio() const {
+  return metric.moreIsBetter ? ourValue() / peerValue() : peerValue() / ourValue();
+}
+
+void Report::add(Comparison comparison) {
+  if (verbose_ && comparison.samples.size() > 1) {
+    for (const auto& sample : comparison.samples) {
+      printLine(stderr, {comparison.metric,
+                         comparison.ours,
+                         comparison.peer,
+                         {sample},
+                         caseName_ + " " + sample.input});
+    }
+  }
+  comparison.caseName = caseName_;
+  printLine(stdout, comparison);
+  comparisons_.push_back(std::move(comparison));
+}
+
+void Report::skip(const std::string& peer) {
+  std::fprintf(stderr, "zeb_bench: %s is left out: %s is not installed\n", caseName_.c_str(),
+               peer.c_str());
+}
+
+Case::Case(std::string name, std::function<void(Report&)> run) {
+  cases().emplace(std::move(name), std::move(run));
+}
+
+Seconds measureInTurns(const std::function<void()>& ours, const std::function<void()>& peer) {
+  const std::size_t ourCalls = callsOfTurn(ours);
+  const std::size_t peerCalls = callsOfTurn(peer);
+  std::vector<double> ourSeconds, peerSeconds;
+  for (int turn = 0; turn < turns; ++turn) {
+    ourSeconds.push_back(secondsOf(ours, ourCalls) / static_cast<double>(ourCalls));
+    peerSeconds.push_back(secondsOf(peer, peerCalls) / static_cast<double>(peerCalls));
+  }
+  return {median(std::move(ourSeconds)), median(std::move(peerSeconds))};
+}
+
+double median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+void require(bool condition, const std::string& complaint) {
+  if (!condition) throw std::runtime_error(complaint);
+}
+
+}  // namespace zeb::bench
+
+namespace {
+
+constexpr const char* usage =
+    "usage: zeb_bench [--verbose] [--svg FILE] [NAME…]\n"
+    "Measures us against our peers in the cases whose names begin with a NAME, or in all of them.\n"
+    "  --verbose   prints every input's result to standard error\n"
+    "  --svg FILE  also draws the results\n"
+    "ZEB_BENCH_DATA names the folder of JSON documents to read, instead of ../shared/data.\n"
+    "Cases:";
+
+int explain(std::FILE* stream, int status) {
+  std::fputs(usage, stream);
+  for (const auto& [name, run] : zeb::bench::cases()) std::fprintf(stream, " %s", name.c_str());
+  std::fputc('\n', stream);
+  return status;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  bool verbose = false;
+  std::string picture;
+  std::vector<std::string> names;
+  for (int index = 1; index < count; ++index) {
+    const std::string_view argument = arguments[index];
+    if (argument == "--help") return explain(stdout, 0);
+    if (argument == "--verbose") {
+      verbose = true;
+    } else if (argument == "--svg" && index + 1 < count) {
+      picture = arguments[++index];
+    } else if (argument.starts_with("-")) {
+      return explain(stderr, 2);
+    } else {
+      names.emplace_back(argument);
+    }
+  }
+  const auto& cases = zeb::bench::cases();
+  for (const std::string& name : names) {
+    const auto found = cases.lower_bound(name);
+    if (found == cases.end() || !found->first.starts_with(name)) return explain(stderr, 2);
+  }
+
+  std::puts("case\tmetric\tours\tpeer\tour value\tpeer value\tratio");
+  zeb::bench::Report report(verbose);
+  bool failed = false;
+  for (const auto& [caseName, run] : cases) {
+    const auto isWanted = [&](const std::string& name) { return caseName.starts_with(name); };
+    if (!names.empty() && std::none_of(names.begin(), names.end(), isWanted)) continue;
+    report.startCase(caseName);
+    try {
+      run(report);
+    } catch (const std::exception& error) {
+      std::fprintf(stderr, "zeb_bench: %s failed: %s\n", caseName.c_str(), error.what());
+      failed = true;
+    }
+  }
+  if (!picture.empty() && !zeb::bench::drawPicture(report.comparisons(), picture)) {
+    std::fprintf(stderr, "zeb_bench: %s can't be written\n", picture.c_str());
+    failed = true;
+  }
+  return failed ? 1 : 0;
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Bench.h"
+
+namespace zeb::bench {
+
+/// One JSON library with one document: the text in the form that the library likes best, made
+/// beforehand, and the tree once it is kept.
+class JsonLibrary {
+ public:
+  virtual ~JsonLibrary() = default;
+
+  /// Parses the text and frees the tree.
+  virtual void parse() = 0;
+  /// Parses the text and keeps the tree for the functions below.
+  virtual void keepTree() = 0;
+  /// Scalars and containers in the tree, without keys; 0 when the text could not be read.
+  virtual std::size_t countValues() = 0;
+  /// Writes the tree compactly into new memory and frees that.
+  virtual void write() = 0;
+  virtual std::string written() = 0;
+};
+
+/// A `JsonLibrary` out of what is particular to one: the types `Text` and `Tree`, `parse(text)`,
+/// `count(tree)`, `write(tree)` and `copy(whatWriteAnswered)`.
+template <class Particulars>
+class JsonAdapter : public JsonLibrary {
+ public:
+  explicit JsonAdapter(std::string_view text) : text_(text) {}
+  void parse() override { consume(particulars_.parse(text_)); }
+  void keepTree() override { tree_ = particulars_.parse(text_); }
+  std::size_t countValues() override { return particulars_.count(tree_); }
+  void write() override { consume(particulars_.write(tree_)); }
+  std::string written() override { return particulars_.copy(particulars_.write(tree_)); }
+
+ protected:
+  Particulars particulars_;
+  typename Particulars::Text text_;
+  typename Particulars::Tree tree_;
+};
+
+using MakeJsonLibrary = std::unique_ptr<JsonLibrary> (*)(std::string_view text);
+
+template <class Library>
+std::unique_ptr<JsonLibrary> makeJsonLibrary(std::string_view text) {
+  return std::make_unique<Library>(text);
+}
+
+struct JsonPeer {
+  const char* name;
+  MakeJsonLibrary make;  ///< null when the library is not installed
+};
+
+std::vector<JsonPeer> jsonReaders();
+std::vector<JsonPeer> jsonWriters();
+/// The one whose tree in memory ours is compared with.
+JsonPeer jsonTreeOwner();
+
+std::unique_ptr<JsonLibrary> makeQtJson(std::string_view text);
+
+}  // namespace zeb::bench
