@@ -1,42 +1,34 @@
 #include <Foundation/Arena.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace zeb::detail {
 
-namespace {
-
-constexpr std::size_t smallestChunk = 512;
-constexpr std::size_t largestChunk = std::size_t{64} << 20;
-
-}  // namespace
-
-Arena* Arena::create(std::size_t expectedBytes) {
+Arena* Arena::create(std::size_t bytes) {
   // The arena itself lies in front of its first chunk, so that a small document is one allocation.
-  const std::size_t firstChunk =
-      (std::clamp(expectedBytes, smallestChunk, largestChunk) + 7) & ~std::size_t{7};
-  const std::size_t size = sizeof(Arena) + sizeof(ChunkHeader) + firstChunk + slack;
+  const std::size_t room = (bytes + 7) & ~std::size_t{7};
+  const std::size_t size = sizeof(Arena) + sizeof(ChunkHeader) + room + slack;
   void* memory = std::malloc(size);
   if (!memory) throw std::bad_alloc();
   Arena* arena = new (memory) Arena;
   arena->chunk_ = static_cast<char*>(memory) + sizeof(Arena);
   new (arena->chunk_) ChunkHeader{arena, nullptr};
   arena->cursor_ = arena->chunk_ + sizeof(ChunkHeader);
-  arena->limit_ = arena->cursor_ + firstChunk;
-  arena->nextChunkSize_ = std::min(firstChunk * 2, largestChunk);
+  arena->limit_ = arena->cursor_ + room;
+  arena->nextChunkSize_ = room;
   arena->footprint_ = size;
   return arena;
 }
 
 void* Arena::allocateInNewChunk(std::size_t size) {
-  const std::size_t room = std::max(nextChunkSize_, size);
+  const std::size_t room = (std::max(nextChunkSize_, size) + 7) & ~std::size_t{7};
   void* memory = std::malloc(sizeof(ChunkHeader) + room + slack);
   if (!memory) throw std::bad_alloc();
   new (memory) ChunkHeader{this, chunk_};
   chunk_ = static_cast<char*>(memory);
   cursor_ = chunk_ + sizeof(ChunkHeader) + size;
   limit_ = chunk_ + sizeof(ChunkHeader) + room;
-  nextChunkSize_ = std::min(nextChunkSize_ * 2, largestChunk);
   footprint_ += sizeof(ChunkHeader) + room + slack;
   return chunk_ + sizeof(ChunkHeader);
 }

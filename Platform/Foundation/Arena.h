@@ -2,7 +2,6 @@
 
 #include <Foundation/ValueStorage.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -16,9 +15,8 @@ namespace zeb::detail {
 /// `Value::detachedCopy`).
 class Arena {
  public:
-  /// Starts with one reference, for whoever builds the document. `expectedBytes` sizes the first
-  /// chunk; later chunks double.
-  static Arena* create(std::size_t expectedBytes);
+  /// Starts with one reference, for whoever builds the document, and room for `bytes`.
+  static Arena* create(std::size_t bytes);
 
   /// Behind every allocation there are so many bytes that may be overwritten until the next one.
   static constexpr std::size_t slack = 64;
@@ -31,6 +29,12 @@ class Arena {
     cursor_ += size;
     return result;
   }
+
+  bool hasRoom(std::size_t size) const noexcept {
+    return size + 7 <= static_cast<std::size_t>(limit_ - cursor_);
+  }
+  /// How large the next chunk will be at least, when there is one.
+  void setNextChunkSize(std::size_t bytes) noexcept { nextChunkSize_ = bytes; }
 
   /// Returns the unneeded end of the latest allocation, of which `used` bytes stay.
   void shrinkLatest(void* latest, std::size_t used) noexcept {

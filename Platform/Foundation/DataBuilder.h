@@ -34,6 +34,17 @@ class DataBuilder {
   char* cursor() const noexcept { return cursor_; }
   void setCursor(char* cursor) noexcept { cursor_ = cursor; }
 
+  /// Bytes written so far.
+  std::size_t size() const noexcept {
+    return memory_ ? static_cast<std::size_t>(cursor_ - content()) : 0;
+  }
+  /// The bytes written so far, until the next change.
+  std::string_view written() const noexcept { return {memory_ ? content() : "", size()}; }
+  /// Takes back what was written from `start` on.
+  void truncate(std::size_t start) noexcept {
+    if (memory_) cursor_ = content() + start;
+  }
+
   /// The data; the builder is empty again.
   NSData finish() {
     require(0);
@@ -48,9 +59,6 @@ class DataBuilder {
   }
 
  private:
-  std::size_t size() const noexcept {
-    return memory_ ? static_cast<std::size_t>(cursor_ - content()) : 0;
-  }
   char* content() const noexcept { return static_cast<char*>(memory_) + sizeof(DataStorage); }
 
   void grow(std::size_t bytes) {

@@ -11,4 +11,8 @@ struct DictionaryEntry {
   Value value;
 };
 
+inline std::uint32_t* detail::DictionaryStorage::index() const noexcept {
+  return reinterpret_cast<std::uint32_t*>(entries + capacity);
+}
+
 }  // namespace zeb

@@ -29,7 +29,7 @@ std::uint32_t keyedHashOfKey(const Value& key) noexcept {
 }
 
 std::uint32_t indexHash(const DictionaryStorage& table, const Value& key) noexcept {
-  return table.keyedHash ? keyedHashOfKey(key) : key.keyHash();
+  return table.hasKeyedHash() ? keyedHashOfKey(key) : key.keyHash();
 }
 
 /// `hash` is the key hash; `indexed` answers the hash that a keyed index goes by.
@@ -43,8 +43,8 @@ DictionaryEntry* find(const DictionaryStorage& table, std::uint32_t hash, const 
     }
     return nullptr;
   }
-  std::uint32_t slot = (table.keyedHash ? keyed() : hash) & table.indexMask;
-  while (const std::uint32_t position = table.index[slot]) {
+  std::uint32_t slot = (table.hasKeyedHash() ? keyed() : hash) & table.indexMask;
+  while (const std::uint32_t position = table.index()[slot]) {
     DictionaryEntry& entry = table.entries[position - 1];
     if (entry.key.keyHash() == hash && matches(entry.key)) return &entry;
     slot = (slot + 1) & table.indexMask;
@@ -56,16 +56,16 @@ DictionaryEntry* find(const DictionaryStorage& table, std::uint32_t hash, const 
 bool indexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
   std::uint32_t slot = indexHash(table, table.entries[position].key) & table.indexMask;
   std::uint32_t probes = 0;
-  while (table.index[slot]) {
-    if (++probes > longestTrustedProbe && !table.keyedHash) return false;
+  while (table.index()[slot]) {
+    if (++probes > longestTrustedProbe && !table.hasKeyedHash()) return false;
     slot = (slot + 1) & table.indexMask;
   }
-  table.index[slot] = position + 1;
+  table.index()[slot] = position + 1;
   return true;
 }
 
 void clearIndex(DictionaryStorage& table) noexcept {
-  std::memset(table.index, 0, sizeof(std::uint32_t) * (std::size_t{table.indexMask} + 1));
+  std::memset(table.index(), 0, sizeof(std::uint32_t) * (std::size_t{table.indexMask} + 1));
 }
 
 /// Fills the cleared index with all living entries, if need be by the seeded hash.
@@ -74,7 +74,7 @@ void rebuildIndex(DictionaryStorage& table) noexcept {
   for (std::uint32_t position = 0; position < table.used; ++position) {
     if (table.entries[position].key.isNil()) continue;
     if (indexEntry(table, position)) continue;
-    table.keyedHash = true;
+    table.flags |= StorageKeyedHash;
     return rebuildIndex(table);
   }
 }
@@ -92,18 +92,11 @@ void compactEntries(DictionaryStorage& table) noexcept {
 
 void growEntries(DictionaryStorage& table, std::size_t capacity) {
   if (capacity > UINT32_MAX / 2) throw std::length_error("too many dictionary entries");
-  auto* entries = static_cast<DictionaryEntry*>(std::malloc(capacity * sizeof(DictionaryEntry)));
+  const auto room = static_cast<std::uint32_t>(capacity);
+  const std::uint32_t slots = room > largestUnindexedTable ? indexSlots(room) : 0;
+  auto* entries = static_cast<DictionaryEntry*>(
+      std::malloc(room * sizeof(DictionaryEntry) + slots * sizeof(std::uint32_t)));
   if (!entries) throw std::bad_alloc();
-  std::uint32_t* index = nullptr;
-  const std::uint32_t slots =
-      capacity > largestUnindexedTable ? indexSlots(static_cast<std::uint32_t>(capacity)) : 0;
-  if (slots) {
-    index = static_cast<std::uint32_t*>(std::malloc(slots * sizeof(std::uint32_t)));
-    if (!index) {
-      std::free(entries);
-      throw std::bad_alloc();
-    }
-  }
   compactEntries(table);
   // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
   if (table.used) {
@@ -111,10 +104,8 @@ void growEntries(DictionaryStorage& table, std::size_t capacity) {
                 table.used * sizeof(DictionaryEntry));
   }
   std::free(table.entries);
-  std::free(table.index);
   table.entries = entries;
-  table.index = index;
-  table.capacity = static_cast<std::uint32_t>(capacity);
+  table.capacity = room;
   table.indexMask = slots ? slots - 1 : 0;
   if (slots) rebuildIndex(table);
 }
@@ -175,7 +166,7 @@ DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
   ++table.count;
   ++table.mutations;
   if (table.indexMask && !indexEntry(table, table.used - 1)) {
-    table.keyedHash = true;
+    table.flags |= StorageKeyedHash;
     rebuildIndex(table);
   }
   return *entry;
@@ -194,9 +185,8 @@ bool removeEntry(DictionaryStorage& table, const Value& key) noexcept {
 void removeAllEntries(DictionaryStorage& table) noexcept {
   DictionaryEntry* entries = std::exchange(table.entries, nullptr);
   const std::uint32_t used = std::exchange(table.used, 0);
-  std::free(std::exchange(table.index, nullptr));
   table.count = table.capacity = table.indexMask = 0;
-  table.keyedHash = false;
+  table.flags &= static_cast<std::uint8_t>(~StorageKeyedHash);
   ++table.mutations;
   for (std::uint32_t position = 0; position < used; ++position)
     entries[position].~DictionaryEntry();
@@ -207,9 +197,9 @@ void reserveEntries(DictionaryStorage& table, std::size_t capacity) {
   if (capacity > table.capacity) growEntries(table, capacity);
 }
 
-void finishBorrowedEntries(DictionaryStorage& table, std::uint32_t* slots) noexcept {
-  if (slots) {
-    table.index = slots;
+void finishBorrowedEntries(DictionaryStorage& table) noexcept {
+  table.capacity = table.used;
+  if (table.used > largestUnindexedTable) {
     table.indexMask = indexSlots(table.used) - 1;
     clearIndex(table);
   }
@@ -233,11 +223,11 @@ void finishBorrowedEntries(DictionaryStorage& table, std::uint32_t* slots) noexc
     }
     ++table.used;
     if (table.indexMask && !indexEntry(table, table.used - 1)) {
-      table.keyedHash = true;
+      table.flags |= StorageKeyedHash;
       rebuildIndex(table);
     }
   }
-  table.count = table.capacity = table.used;
+  table.count = table.used;
 }
 
 }  // namespace zeb::detail

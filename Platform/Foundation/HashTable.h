@@ -40,8 +40,9 @@ void removeAllEntries(DictionaryStorage& table) noexcept;
 void reserveEntries(DictionaryStorage& table, std::size_t capacity);
 
 /// Turns `table.used` entries, written by a builder in order and with their key hashes set, into a
-/// table: equal keys are merged (the last value wins, at the first one's place) and, when `slots` is
-/// given (room for `indexSlots(used)` numbers), indexed. The entries hold no references of their own.
-void finishBorrowedEntries(DictionaryStorage& table, std::uint32_t* slots) noexcept;
+/// table: equal keys are merged (the last value wins, at the first one's place) and, above
+/// `largestUnindexedTable`, indexed, for which there must be room for `indexSlots(used)` numbers behind
+/// the entries. The entries hold no references of their own.
+void finishBorrowedEntries(DictionaryStorage& table) noexcept;
 
 }  // namespace zeb::detail

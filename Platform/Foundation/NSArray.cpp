@@ -23,12 +23,12 @@ Value* allocateValues(std::size_t capacity) {
   return values;
 }
 
-detail::ArrayStorage* newMutableArray(std::size_t capacity) {
-  void* memory = std::malloc(sizeof(detail::ArrayStorage));
+detail::MutableArrayStorage* newMutableArray(std::size_t capacity) {
+  void* memory = std::malloc(sizeof(detail::MutableArrayStorage));
   if (!memory) throw std::bad_alloc();
-  auto* array = new (memory) detail::ArrayStorage(detail::StorageMutable, 0, nullptr);
+  auto* array = new (memory) detail::MutableArrayStorage;
   try {
-    if (capacity) array->values = allocateValues(capacity);
+    if (capacity) array->buffer = allocateValues(capacity);
   } catch (...) {
     std::free(memory);
     throw;
@@ -48,11 +48,8 @@ NSArray NSArray::arrayWithObjects(std::span<const Value> elements) {
   if (elements.size() > mostElements) throw std::length_error("too many array elements");
   void* memory = std::malloc(sizeof(detail::ArrayStorage) + elements.size_bytes());
   if (!memory) throw std::bad_alloc();
-  auto* values =
-      reinterpret_cast<Value*>(static_cast<char*>(memory) + sizeof(detail::ArrayStorage));
-  auto* array =
-      new (memory) detail::ArrayStorage(0, static_cast<std::uint32_t>(elements.size()), values);
-  std::uninitialized_copy(elements.begin(), elements.end(), values);
+  auto* array = new (memory) detail::ArrayStorage(0, static_cast<std::uint32_t>(elements.size()));
+  std::uninitialized_copy(elements.begin(), elements.end(), array->values());
   return NSArray(static_cast<detail::Storage*>(array));
 }
 
@@ -116,25 +113,25 @@ NSMutableArray NSMutableArray::arrayWithCapacity(std::size_t capacity) {
 }
 
 void NSMutableArray::grow(std::size_t capacity) {
-  detail::ArrayStorage& array = array_();
+  detail::MutableArrayStorage& array = contents();
   if (capacity <= array.capacity) return;
   capacity = std::max({capacity, std::size_t{array.capacity} * 2, std::size_t{4}});
   Value* values = allocateValues(std::min(capacity, mostElements));
   // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
   if (array.count) {
-    std::memcpy(static_cast<void*>(values), static_cast<const void*>(array.values),
+    std::memcpy(static_cast<void*>(values), static_cast<const void*>(array.buffer),
                 array.count * sizeof(Value));
   }
-  std::free(std::exchange(array.values, values));
+  std::free(std::exchange(array.buffer, values));
   array.capacity = static_cast<std::uint32_t>(std::min(capacity, mostElements));
 }
 
 void NSMutableArray::addObject(Value object) {
   requireObject(object);
   if (isNil()) return;
-  detail::ArrayStorage& array = array_();
+  detail::MutableArrayStorage& array = contents();
   if (array.count == array.capacity) grow(std::size_t{array.count} + 1);
-  new (&array.values[array.count++]) Value(std::move(object));
+  new (&array.buffer[array.count++]) Value(std::move(object));
   ++array.mutations;
 }
 
@@ -149,7 +146,7 @@ void NSMutableArray::insertObject(Value object, std::size_t index) {
   if (!isNil() && index > count()) raiseRange(index, count());
   addObject(std::move(object));
   if (isNil()) return;
-  Value* values = array_().values;
+  Value* values = contents().buffer;
   std::rotate(values + index, values + count() - 1, values + count());
 }
 
@@ -158,15 +155,15 @@ void NSMutableArray::replaceObjectAtIndex(std::size_t index, Value object) {
   if (isNil()) return;
   if (index >= count()) raiseRange(index, count());
   ++array_().mutations;
-  array_().values[index].swap(object);
+  contents().buffer[index].swap(object);
 }
 
 void NSMutableArray::removeObjectAtIndex(std::size_t index) {
   if (isNil()) return;
   if (index >= count()) raiseRange(index, count());
-  detail::ArrayStorage& array = array_();
-  std::rotate(array.values + index, array.values + index + 1, array.values + array.count);
-  const Value removed = std::move(array.values[--array.count]);
+  detail::MutableArrayStorage& array = contents();
+  std::rotate(array.buffer + index, array.buffer + index + 1, array.buffer + array.count);
+  const Value removed = std::move(array.buffer[--array.count]);
   ++array.mutations;
 }
 
@@ -178,8 +175,8 @@ void NSMutableArray::removeLastObject() {
 
 void NSMutableArray::removeAllObjects() {
   if (isNil()) return;
-  detail::ArrayStorage& array = array_();
-  Value* values = std::exchange(array.values, nullptr);
+  detail::MutableArrayStorage& array = contents();
+  Value* values = std::exchange(array.buffer, nullptr);
   const std::uint32_t removed = std::exchange(array.count, 0);
   array.capacity = 0;
   ++array.mutations;
@@ -191,7 +188,7 @@ void NSMutableArray::exchangeObjectAtIndex(std::size_t first, std::size_t second
   if (isNil()) return;
   if (std::max(first, second) >= count()) raiseRange(std::max(first, second), count());
   ++array_().mutations;
-  array_().values[first].swap(array_().values[second]);
+  contents().buffer[first].swap(contents().buffer[second]);
 }
 
 }  // namespace zeb

@@ -41,8 +41,10 @@ class NSArray : public Value {
   std::size_t indexOfObject(const Value& object) const noexcept;
 
   /// The elements themselves, valid as long as the array lives and is not changed.
-  const Value* begin() const noexcept { return isNil() ? nullptr : array_().values; }
-  const Value* end() const noexcept { return isNil() ? nullptr : array_().values + array_().count; }
+  const Value* begin() const noexcept { return isNil() ? nullptr : array_().values(); }
+  const Value* end() const noexcept {
+    return isNil() ? nullptr : array_().values() + array_().count;
+  }
 
   NSArray arrayByAddingObject(const Value& object) const;
   /// The elements' descriptions with `separator` between them.
@@ -80,6 +82,9 @@ class NSMutableArray : public NSArray {
   void exchangeObjectAtIndex(std::size_t first, std::size_t second);
 
  private:
+  detail::MutableArrayStorage& contents() const noexcept {
+    return *storageAs<detail::MutableArrayStorage>();
+  }
   void grow(std::size_t capacity);
 };
 

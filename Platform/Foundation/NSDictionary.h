@@ -41,12 +41,12 @@ class NSDictionary : public Value {
   Value objectForKey(const StringKey& key) const noexcept { return valueOrNil(find(key)); }
   template <std::derived_from<Value> Key>
   Value objectForKey(const Key& key) const noexcept {
-    return valueOrNil(findValue(key));
+    return valueOrNil(find(key));
   }
   Value operator[](const StringKey& key) const noexcept { return valueOrNil(find(key)); }
   template <std::derived_from<Value> Key>
   Value operator[](const Key& key) const noexcept {
-    return valueOrNil(findValue(key));
+    return valueOrNil(find(key));
   }
 
   /// As `objectForKey`, but borrowed: the stored value itself, valid as long as the dictionary lives
@@ -54,6 +54,7 @@ class NSDictionary : public Value {
   const Value* find(const StringKey& key) const noexcept;
   template <std::derived_from<Value> Key>
   const Value* find(const Key& key) const noexcept {
+    if constexpr (std::derived_from<Key, NSString>) return find(StringKey(key));
     return findValue(key);
   }
 

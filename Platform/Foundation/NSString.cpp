@@ -85,18 +85,14 @@ Value::Value(std::string_view utf8) : Value(adoptStorage, detail::newStringFromU
 Value::Value(const char* utf8) : Value(utf8 ? Value(std::string_view(utf8)) : Value()) {}
 
 NSString StringKey::string() const {
-  if (utf8_) return NSString(std::string_view(utf8_, length_));
-  if (!storage_) return nullptr;
+  if (!storage_) return utf8_ ? NSString(std::string_view(utf8_, length_)) : NSString();
   auto* storage = const_cast<detail::StringStorage*>(storage_);
   detail::retainStorage(storage);
   return NSString(Value(Value::adoptStorage, storage));
 }
 
-bool StringKey::matches(const detail::StringStorage& candidate) const noexcept {
+bool StringKey::matchesWide(const detail::StringStorage& candidate) const noexcept {
   if (storage_) return detail::equalStrings(*storage_, candidate);
-  if (!candidate.isWide()) {
-    return candidate.length == length_ && std::memcmp(candidate.ascii(), utf8_, length_) == 0;
-  }
   std::string utf8;
   detail::appendUTF8(utf8, std::u16string_view(candidate.units(), candidate.length));
   return utf8 == std::string_view(utf8_, length_);

@@ -132,7 +132,18 @@ class NSMutableString : public NSString {
 inline StringKey::StringKey(const NSString& string) noexcept {
   if (string.isNil()) return;
   storage_ = &string.text();
-  hash_ = detail::hashOfString(*storage_);
+  if (!storage_->isWide()) {
+    utf8_ = storage_->ascii();
+    length_ = storage_->length;
+  }
+  const bool isKnown = !storage_->isMutable();
+  hash_ = isKnown ? storage_->hash.load(std::memory_order_relaxed) : 0;
+  if (hash_ == 0) hash_ = detail::hashOfString(*storage_);
+}
+
+inline bool StringKey::matches(const detail::StringStorage& candidate) const noexcept {
+  if (candidate.isWide() || !utf8_) return matchesWide(candidate);
+  return candidate.length == length_ && detail::equalBytes(candidate.ascii(), utf8_, length_);
 }
 
 inline namespace literals {

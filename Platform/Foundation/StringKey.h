@@ -38,14 +38,20 @@ class StringKey {
   bool isNil() const noexcept { return !utf8_ && !storage_; }
   std::uint32_t hash() const noexcept { return hash_; }
 
+  /// The text itself; empty when it came from a string of 16-bit units.
+  std::string_view utf8() const noexcept {
+    return utf8_ ? std::string_view(utf8_, length_) : std::string_view();
+  }
   /// The same text as an owned string.
   NSString string() const;
 
   /// Whether a stored string is this text.
-  bool matches(const detail::StringStorage& candidate) const noexcept;
+  inline bool matches(const detail::StringStorage& candidate) const noexcept;
 
  private:
-  const char* utf8_ = nullptr;
+  bool matchesWide(const detail::StringStorage& candidate) const noexcept;
+
+  const char* utf8_ = nullptr;                      ///< null for a string of 16-bit units
   const detail::StringStorage* storage_ = nullptr;  ///< set when it came from an `NSString`
   std::uint32_t length_ = 0;                        ///< of `utf8_`, in bytes
   std::uint32_t hash_ = 0;

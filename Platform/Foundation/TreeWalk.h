@@ -41,8 +41,8 @@ void walkTree(const Value& root, Visitor& visitor) {
       level.collection = value;
       if (value->isArray()) {
         const auto& array = *value->storageAs<ArrayStorage>();
-        level.value = array.values;
-        level.end = array.values + array.count;
+        level.value = array.values();
+        level.end = level.value + array.count;
       } else {
         const auto& table = *value->storageAs<DictionaryStorage>();
         level.entry = table.entries;

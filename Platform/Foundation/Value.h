@@ -193,6 +193,13 @@ class Value {
     return isObject() ? reinterpret_cast<NSObject*>(payload_) : nullptr;
   }
 
+  /// Whether this is the only reference to what it names, so that it may be taken apart.
+  bool isUniquelyReferenced() const noexcept {
+    if (isObject()) return objectPointer()->isUniquelyReferenced();
+    return isCounted() && !(storage()->flags & detail::StorageInArena) &&
+           storage()->countOrOffset.load(std::memory_order_acquire) == 1;
+  }
+
   /// The 32-bit hash that a dictionary keeps in its keys; 0 when this value is not such a key.
   std::uint32_t keyHash() const noexcept { return static_cast<std::uint32_t>(head_ >> 32); }
   void setKeyHash(std::uint32_t hash) noexcept {

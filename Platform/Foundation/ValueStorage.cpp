@@ -12,9 +12,9 @@ namespace zeb::detail {
 namespace {
 
 void destroyArray(ArrayStorage* array) noexcept {
-  for (std::uint32_t index = 0; index < array->count; ++index) array->values[index].~Value();
-  const void* behind = array + 1;
-  if (array->values != behind) std::free(array->values);
+  Value* values = array->values();
+  for (std::uint32_t index = 0; index < array->count; ++index) values[index].~Value();
+  if (array->flags & StorageIndirect) std::free(values);
   std::free(array);
 }
 

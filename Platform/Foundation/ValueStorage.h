@@ -46,6 +46,8 @@ enum StorageFlags : std::uint8_t {
   StorageMutable = 2,
   StorageWide = 4,      ///< string of 16-bit units
   StorageIndirect = 8,  ///< content lies elsewhere, behind a pointer after the header
+  StorageKeyedHash =
+      16,  ///< dictionary whose index goes by the seeded hash: somebody chose colliding keys
 };
 
 /// Header of every counted value that is not an `NSObject`.
@@ -96,18 +98,29 @@ inline const char16_t* StringStorage::units() const noexcept {
   return reinterpret_cast<const char16_t*>(ascii());
 }
 
+/// Elements directly behind this header, or in the buffer of a mutable array.
 struct ArrayStorage : Storage {
-  ArrayStorage(std::uint8_t storageFlags, std::uint32_t elements, Value* first,
+  ArrayStorage(std::uint8_t storageFlags, std::uint32_t elements,
                std::uint32_t references = 1) noexcept
-      : Storage(ValueKind::Array, storageFlags, references),
-        count(elements),
-        capacity(elements),
-        values(first) {}
+      : Storage(ValueKind::Array, storageFlags, references), count(elements) {}
 
   std::uint32_t count;
-  std::uint32_t capacity;
-  Value* values;
+  std::uint32_t capacity = 0;  ///< of a mutable array's buffer
+
+  inline Value* values() const noexcept;
 };
+
+struct MutableArrayStorage : ArrayStorage {
+  MutableArrayStorage() noexcept : ArrayStorage(StorageMutable | StorageIndirect, 0) {}
+
+  Value* buffer = nullptr;  ///< must stay the first field
+};
+
+inline Value* ArrayStorage::values() const noexcept {
+  const void* behind = this + 1;
+  return static_cast<Value*>(flags & StorageIndirect ? *static_cast<void* const*>(behind)
+                                                     : const_cast<void*>(behind));
+}
 
 /// Entries in insertion order, and above a few of them a hash index. Serves dictionaries and sets
 /// (whose entries have no value).
@@ -116,13 +129,15 @@ struct DictionaryStorage : Storage {
                     std::uint32_t references = 1) noexcept
       : Storage(dictionaryOrSet, storageFlags, references) {}
 
-  std::uint32_t count = 0;  ///< living entries
-  std::uint32_t used = 0;   ///< entries in use, removed ones (nil keys) included
-  std::uint32_t capacity = 0;
+  std::uint32_t count = 0;      ///< living entries
+  std::uint32_t used = 0;       ///< entries in use, removed ones (nil keys) included
+  std::uint32_t capacity = 0;   ///< entries that there is room for
   std::uint32_t indexMask = 0;  ///< slots - 1, or 0 without an index
-  bool keyedHash = false;  ///< the index goes by the seeded hash: somebody chose colliding keys
   DictionaryEntry* entries = nullptr;
-  std::uint32_t* index = nullptr;  ///< entry position + 1, or 0
+
+  bool hasKeyedHash() const noexcept { return flags & StorageKeyedHash; }
+  /// The index's slots, behind the entries' room: each an entry's position + 1, or 0.
+  inline std::uint32_t* index() const noexcept;
 };
 
 /// Bytes: own ones behind the header, or foreign ones with a release function, or several data one

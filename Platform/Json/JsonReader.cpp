@@ -8,6 +8,7 @@
 #include <Json/JsonReader.h>
 #include <Json/KeyTable.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
@@ -77,6 +78,9 @@ struct Scratch {
 };
 
 constexpr std::size_t mostKeptScratch = std::size_t{32} << 20;
+
+/// A tree up to this size may waste half of it.
+constexpr std::size_t smallTree = 8192;
 
 class ScratchLease {
  public:
@@ -153,8 +157,7 @@ class TreeReader {
       : text_(text),
         limit_(text.data() + text.size()),
         scratch_(scratch),
-        // What trees of ordinary documents take; hostile ones take more, in further chunks.
-        arena_(Arena::create(text.size() + text.size() / 2)) {
+        arena_(Arena::create(std::min(2 * text.size(), smallTree + text.size() / 4) + 64)) {
     scratch_.keys.startDocument();
   }
   TreeReader(const TreeReader&) = delete;
@@ -204,6 +207,7 @@ class TreeReader {
       // A value begins here.
       if (next == end) return fail("A value is missing at the end", text_.size());
       const std::uint32_t at = *next++;
+      place_ = at;
       switch (text[at]) {
         case '"':
           if (!readString(at, next, end, top)) return false;
@@ -286,6 +290,19 @@ class TreeReader {
     return true;
   }
 
+  /// Memory for a node. Chunks after the first are as large as the rest of the text will take if it
+  /// goes on as it has so far, so that a tree wastes little.
+  void* allocate(std::size_t size) {
+    if (!arena_->hasRoom(size)) {
+      const double progress =
+          static_cast<double>(place_ + 1) / static_cast<double>(text_.size() + 1);
+      const double rest = static_cast<double>(arena_->footprint()) * (1 - progress) / progress;
+      arena_->setNextChunkSize(std::min(static_cast<std::size_t>(rest * 1.05), 2 * text_.size()) +
+                               smallTree / 8);
+    }
+    return arena_->allocate(size);
+  }
+
   /// What stands between the quotes, of a string at `at`: its end is found from the next token.
   std::string_view stringAt(std::uint32_t at, const std::uint32_t* next,
                             const std::uint32_t* end) const noexcept {
@@ -302,7 +319,7 @@ class TreeReader {
 
   StringStorage* newString(std::size_t bytes, std::uint8_t flags, std::size_t units) {
     static_assert(sizeof(ByteBlock) <= Arena::slack);
-    void* memory = arena_->allocate(sizeof(StringStorage) + bytes);
+    void* memory = allocate(sizeof(StringStorage) + bytes);
     return new (memory) StringStorage(static_cast<std::uint8_t>(flags | StorageInArena),
                                       static_cast<std::uint32_t>(units), arena_->offsetOf(memory));
   }
@@ -401,16 +418,20 @@ class TreeReader {
     StringStorage* string = newString(raw.size() * sizeof(char16_t), StorageWide, 0);
     char16_t* const units = contentOf<char16_t>(string);
     char16_t* target = units;
-    while (!raw.empty()) {
-      const auto byte = static_cast<unsigned char>(raw.front());
-      if (byte == '\\') {
-        if (!takeEscape(raw, *target)) return nullptr;
-        ++target;
-      } else if (byte < 0x80) {
-        *target++ = byte;
-        raw.remove_prefix(1);
+    const char* at = raw.data();
+    const char* const end = at + raw.size();
+    while (at != end) {
+      const auto lead = static_cast<unsigned char>(*at);
+      if (lead >= 0x80) {
+        at = takeMultiByte(at, target);
+      } else if (lead != '\\') {
+        *target++ = lead;
+        ++at;
       } else {
-        takeMultiByte(raw, target);
+        std::string_view rest(at, static_cast<std::size_t>(end - at));
+        if (!takeEscape(rest, *target)) return nullptr;
+        ++target;
+        at = rest.data();
       }
     }
     string->length = static_cast<std::uint32_t>(target - units);
@@ -418,22 +439,26 @@ class TreeReader {
     return string;
   }
 
-  /// Takes a sequence of two to four bytes, which the first pass found well-formed.
-  static void takeMultiByte(std::string_view& raw, char16_t*& target) noexcept {
-    const auto bits = [&](std::size_t index) { return static_cast<unsigned>(raw[index]) & 0x3Fu; };
-    const auto lead = static_cast<unsigned char>(raw.front());
-    if (lead < 0xE0) {
-      *target++ = static_cast<char16_t>((lead & 0x1Fu) << 6 | bits(1));
-      raw.remove_prefix(2);
-    } else if (lead < 0xF0) {
-      *target++ = static_cast<char16_t>((lead & 0x0Fu) << 12 | bits(1) << 6 | bits(2));
-      raw.remove_prefix(3);
-    } else {
+  /// Takes a sequence of two to four bytes, which the first pass found well-formed; answers where the
+  /// next one begins.
+  [[gnu::always_inline]] static const char* takeMultiByte(const char* at,
+                                                          char16_t*& target) noexcept {
+    const auto bits = [at](std::size_t index) {
+      return static_cast<unsigned>(static_cast<unsigned char>(at[index])) & 0x3Fu;
+    };
+    const unsigned lead = static_cast<unsigned char>(*at);
+    if (lead >= 0xF0) {
       const unsigned scalar = (lead & 0x07u) << 18 | bits(1) << 12 | bits(2) << 6 | bits(3);
       *target++ = static_cast<char16_t>(0xD7C0 + (scalar >> 10));
       *target++ = static_cast<char16_t>(0xDC00 + (scalar & 0x3FF));
-      raw.remove_prefix(4);
+      return at + 4;
     }
+    if (lead >= 0xE0) {
+      *target++ = static_cast<char16_t>((lead & 0x0Fu) << 12 | bits(1) << 6 | bits(2));
+      return at + 3;
+    }
+    *target++ = static_cast<char16_t>((lead & 0x1Fu) << 6 | bits(1));
+    return at + 2;
   }
 
   /// Takes one escape. Escaped surrogates are units like any other, in pairs or alone.
@@ -519,11 +544,9 @@ class TreeReader {
   }
 
   Words newArray(const Words* first, std::uint32_t count) {
-    void* memory = arena_->allocate(sizeof(ArrayStorage) + count * sizeof(Words));
-    void* values = static_cast<char*>(memory) + sizeof(ArrayStorage);
-    auto* array = new (memory)
-        ArrayStorage(StorageInArena, count, static_cast<Value*>(values), arena_->offsetOf(memory));
-    copyWords(values, first, count);
+    void* memory = allocate(sizeof(ArrayStorage) + count * sizeof(Words));
+    auto* array = new (memory) ArrayStorage(StorageInArena, count, arena_->offsetOf(memory));
+    copyWords(array + 1, first, count);
     return {static_cast<std::uint64_t>(ValueKind::Array), reinterpret_cast<std::uint64_t>(array)};
   }
 
@@ -531,15 +554,14 @@ class TreeReader {
     const std::size_t entriesSize = count * sizeof(DictionaryEntry);
     const std::size_t slots = count > largestUnindexedTable ? indexSlots(count) : 0;
     void* memory =
-        arena_->allocate(sizeof(DictionaryStorage) + entriesSize + slots * sizeof(std::uint32_t));
+        allocate(sizeof(DictionaryStorage) + entriesSize + slots * sizeof(std::uint32_t));
     auto* table = new (memory)
         DictionaryStorage(ValueKind::Dictionary, StorageInArena, arena_->offsetOf(memory));
     char* const entries = static_cast<char*>(memory) + sizeof(DictionaryStorage);
     table->entries = reinterpret_cast<DictionaryEntry*>(entries);
     table->used = count;
     copyWords(entries, first, 2 * std::size_t{count});
-    finishBorrowedEntries(
-        *table, slots ? reinterpret_cast<std::uint32_t*>(entries + entriesSize) : nullptr);
+    finishBorrowedEntries(*table);
     return {static_cast<std::uint64_t>(ValueKind::Dictionary),
             reinterpret_cast<std::uint64_t>(table)};
   }
@@ -549,6 +571,7 @@ class TreeReader {
   Scratch& scratch_;
   Arena* arena_;
   JsonFault fault_;
+  std::uint32_t place_ = 0;  ///< of the value that is being read
 };
 
 }  // namespace

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <Foundation/NSData.h>
+#include <Foundation/NSError.h>
 #include <Foundation/Value.h>
 
 #include <cstdint>
 
 namespace zeb::detail {
+
+/// What writing too deep a tree answers.
+NSError nestingError();
 
 /// The document, as `NSJSONSerialization::dataWithJSONObject` describes it. Throws NSException for what
 /// JSON can't hold, and NSError for what is nested too deeply.

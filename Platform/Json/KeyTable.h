@@ -49,7 +49,7 @@ class KeyTable {
         return &entry;
       }
       if (entry.hash == hash && entry.start == start && entry.length == key.size() &&
-          sameRest(entry.bytes, key)) {
+          equalBytes(entry.bytes, key.data(), key.size())) {
         return &entry;
       }
       slot = (slot + 1) & mask;
@@ -58,16 +58,6 @@ class KeyTable {
   }
 
  private:
-  /// Whether equally long keys with the same first eight bytes are the same.
-  static bool sameRest(const char* bytes, std::string_view key) noexcept {
-    std::size_t offset = 8;
-    for (; offset + 8 <= key.size(); offset += 8) {
-      if (loadWord(bytes + offset) != loadWord(key.data() + offset)) return false;
-    }
-    return offset >= key.size() ||
-           loadWord(bytes + key.size() - 8) == loadWord(key.data() + key.size() - 8);
-  }
-
   static constexpr std::size_t fewestEntries = 256;
   static constexpr std::size_t mostKeptEntries = 16384;
   static constexpr int longestProbe = 32;

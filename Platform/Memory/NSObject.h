@@ -26,6 +26,12 @@ class NSObject {
   void retain() const noexcept { strongCount_.fetch_add(1, std::memory_order_relaxed); }
   void release() const noexcept;
 
+  /// Whether the caller's reference is the only one, so that nobody else can come to see a change.
+  bool isUniquelyReferenced() const noexcept {
+    return strongCount_.load(std::memory_order_acquire) == 1 &&
+           !extras_.load(std::memory_order_acquire);
+  }
+
   /// Equality of content; identity unless a class says otherwise. Equal objects have equal hashes.
   virtual bool isEqual(const NSObject& other) const noexcept { return this == &other; }
   virtual std::size_t hash() const noexcept;

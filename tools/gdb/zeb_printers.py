@@ -37,6 +37,12 @@ def string_at(payload):
     return '"' + text.replace('"', '\\"') + '"' + ("..." if shown < length else "")
 
 
+def elements(array):
+    if int(array["flags"]) & STORAGE_INDIRECT:
+        return storage(int(array), "MutableArrayStorage")["buffer"]
+    return (array + 1).cast(gdb.lookup_type("zeb::Value").pointer())
+
+
 class ValuePrinter:
     """A zeb::Value or one of the handles that derive from it."""
 
@@ -87,7 +93,7 @@ class ValuePrinter:
         if self.kind == "Array":
             array = storage(self.payload, "ArrayStorage")
             for index in range(int(array["count"])):
-                yield f"[{index}]", array["values"][index]
+                yield f"[{index}]", elements(array)[index]
         elif self.kind in ("Dictionary", "Set"):
             table = storage(self.payload, "DictionaryStorage")
             for index in range(int(table["used"])):

@@ -9,12 +9,16 @@ const ArchiveNames& ArchiveNames::shared() {
   return *names;
 }
 
-NSString FieldKeys::stored(const StringKey& key) {
-  if (const Value* known = stored_.find(key)) return NSString(*known);
-  const NSString own = key.string();
-  const NSString prefixed(std::string(prefix) + own.utf8());
-  if (!own.isNil()) stored_.setObject(prefixed, own);
-  return prefixed;
+const NSString& FieldKeys::stored(const StringKey& key) {
+  Remembered& place = remembered_[key.hash() % remembered_.size()];
+  const bool isKnown =
+      place.hash == key.hash() && !place.own.isNil() && key.matches(place.own.text());
+  if (!isKnown) {
+    place.hash = key.hash();
+    place.own = key.string();
+    place.stored = NSString(std::string(prefix) + place.own.utf8());
+  }
+  return place.stored;
 }
 
 }  // namespace zeb::detail

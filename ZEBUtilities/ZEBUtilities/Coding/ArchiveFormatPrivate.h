@@ -1,12 +1,14 @@
 #pragma once
 
-#include <Foundation/NSDictionary.h>
 #include <Foundation/NSString.h>
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
-/// The names that archive documents are made of. An external format: none of them may ever change.
+/// The names that archive documents are made of, as the reader looks for them and `DataEncoder` writes
+/// them. An external format: none of them may ever change.
 namespace zeb::detail {
 
 struct ArchiveNames {
@@ -51,15 +53,21 @@ struct ArchiveNames {
 };
 
 /// The keys of objects' own fields as documents have them: prefixed, so that they can't meet a reserved
-/// one. Each is made once.
+/// one. Remembers those that it was asked for lately.
 class FieldKeys {
  public:
-  NSString stored(const StringKey& key);
+  /// Valid until the next call.
+  const NSString& stored(const StringKey& key);
 
  private:
   static constexpr std::string_view prefix = "c_";
+  struct Remembered {
+    std::uint32_t hash = 0;
+    NSString own;
+    NSString stored;
+  };
 
-  NSMutableDictionary stored_;
+  std::array<Remembered, 64> remembered_;
 };
 
 /// Going down into objects' own code stops, with an error, when less of the stack than this is left.

@@ -1,13 +1,19 @@
 #include <Foundation/NSData.h>
 #include <Foundation/NSError.h>
-#include <Foundation/TreeRebuild.h>
+#include <Foundation/UnicodeTranscoding.h>
+#include <Json/JsonReader.h>
+#include <Json/JsonWriter.h>
 #include <Linux/Console.h>
 #include <Linux/Stack.h>
+#include <ZEBUtilities/Coding/ArchiveFormatPrivate.h>
 #include <ZEBUtilities/Coding/DataEncoderPrivate.h>
 
+#include <algorithm>
 #include <bit>
+#include <span>
 #include <string>
 #include <typeinfo>
+#include <utility>
 #include <variant>
 
 namespace zeb::detail {
@@ -19,10 +25,12 @@ struct Overloaded : Visitors... {
   using Visitors::operator()...;
 };
 
-constexpr std::size_t usualFieldCount = 8;
-
 [[noreturn]] void stopFor(const char* message, const Value& value) {
   fatal(std::string(message) + " " + value.description().utf8());
+}
+
+[[noreturn]] void stopForUnsupported(const Value& value) {
+  stopFor("Object must be either Encodable, ZEBObjCEncodable, Array, or Dictionary:", value);
 }
 
 bool mayBeKey(const Value& key) {
@@ -37,213 +45,326 @@ NSData utf16Data(const NSString& string) {
 
 }  // namespace
 
-/// One level further down, for as long as it lives. Throws when that is too deep: for the stack, or
-/// because no document that deep could be read back.
+/// So many levels of JSON further down, for as long as it lives. Throws when that is too deep: for the
+/// stack, or because no document that deep could be read back.
 class DataEncoder::Nesting {
  public:
-  explicit Nesting(DataEncoder& encoder) : encoder_(encoder) {
-    constexpr std::size_t deepest = 512;  // levels of JSON; every level here makes at least one
-    if (encoder_.depth_ == deepest || remainingStack() < leastRemainingStack) {
-      throw NSError(
-          NSCocoaErrorDomain, NSPropertyListWriteInvalidError,
-          {{NSLocalizedDescriptionKey, "The objects are nested too deeply to be archived."}});
-    }
-    ++encoder_.depth_;
+  Nesting(DataEncoder& encoder, std::size_t levels) : encoder_(encoder), levels_(levels) {
+    const bool fits = encoder_.depth_ + levels_ <= deepestJsonNesting;
+    if (!fits || remainingStack() < leastRemainingStack) throw nestingError();
+    encoder_.depth_ += levels_;
   }
   Nesting(const Nesting&) = delete;
   Nesting& operator=(const Nesting&) = delete;
-  ~Nesting() { --encoder_.depth_; }
+  ~Nesting() { encoder_.depth_ -= levels_; }
 
  private:
   DataEncoder& encoder_;
+  std::size_t levels_;
 };
 
-DataEncoder::DataEncoder() = default;
+NSData DataEncoder::encodeRoot(const Value& root) {
+  const NSObject* object = root.objectPointer();
+  // A primitive is not an error, but there is no object whose dictionary the document could be.
+  if (!object || !writeIfObject(*object)) text_.put("{}");
+  return text_.finish();
+}
 
-void DataEncoder::store(Value encoded, const StringKey& forKey) {
-  currentDictionary_.setObject(std::move(encoded), fieldKeys_.stored(forKey));
+template <class WriteValue>
+void DataEncoder::writeField(const StringKey& key, const WriteValue& writeValue) {
+  text_.put(',');
+  Field field{key.hash(), text_.size(), 0, 0};
+  writeKey(key);
+  field.valueStart = text_.size();
+  writeValue();
+  field.end = text_.size();
+  finishField(field);
+}
+
+void DataEncoder::writeKey(const StringKey& key) {
+  text_.put("\"c_");
+  const std::string_view utf8 = key.utf8();
+  if (!utf8.empty() && isASCII(utf8)) {
+    text_.writeASCII(utf8);
+  } else if (const NSString string = key.string(); !string.isNil()) {
+    text_.writeContent(string.text());
+  }
+  text_.put("\":");
+}
+
+void DataEncoder::finishField(const Field& field) {
+  for (std::size_t index = firstField_; index < fields_.size(); ++index) {
+    const Field& earlier = fields_[index];
+    if (earlier.keyHash != field.keyHash) continue;
+    const std::string_view text = text_.output().written();
+    const auto keyOf = [&](const Field& one) {
+      return text.substr(one.keyStart, one.valueStart - one.keyStart);
+    };
+    if (keyOf(earlier) == keyOf(field)) return replaceField(index, field);
+  }
+  fields_.push_back(field);
+}
+
+/// Moves the later value to the earlier one's place, where dictionaries keep it.
+void DataEncoder::replaceField(std::size_t earlier, const Field& later) {
+  const std::string_view text = text_.output().written();
+  const Field old = fields_[earlier];
+  const std::string value(text.substr(later.valueStart, later.end - later.valueStart));
+  const std::string between(text.substr(old.end, later.keyStart - 1 - old.end));
+  text_.output().truncate(old.valueStart);
+  text_.put(value);
+  text_.put(between);
+  fields_[earlier].end = old.valueStart + value.size();
+  for (std::size_t index = earlier + 1; index < fields_.size(); ++index) {
+    for (std::size_t* place :
+         {&fields_[index].keyStart, &fields_[index].valueStart, &fields_[index].end}) {
+      *place = *place - old.end + fields_[earlier].end;
+    }
+  }
 }
 
 void DataEncoder::encodeObject(const Value& object, const StringKey& forKey) {
-  if (!object.isNil()) store(encoded(object), forKey);
+  if (!object.isNil()) writeField(forKey, [&] { write(object); });
 }
 void DataEncoder::encodeString(const NSString& string, const StringKey& forKey) {
-  if (!string.isNil()) store(encodedString(string), forKey);
+  if (!string.isNil()) writeField(forKey, [&] { writeString(string); });
 }
 void DataEncoder::encodeNumber(const NSNumber& number, const StringKey& forKey) {
-  if (!number.isNil()) store(encodedNumber(number), forKey);
+  if (!number.isNil()) writeField(forKey, [&] { writeNumber(number); });
 }
-void DataEncoder::encodeBool(bool boolean, const StringKey& forKey) { store(boolean, forKey); }
+void DataEncoder::encodeBool(bool boolean, const StringKey& forKey) {
+  writeField(forKey, [&] { text_.put(boolean ? "true" : "false"); });
+}
 void DataEncoder::encodeInt(std::int64_t integer, const StringKey& forKey) {
-  store(integer, forKey);
+  encodeInt64(integer, forKey);
 }
 void DataEncoder::encodeInt32(std::int32_t integer, const StringKey& forKey) {
-  store(integer, forKey);
+  encodeInt64(integer, forKey);
 }
 void DataEncoder::encodeInt64(std::int64_t integer, const StringKey& forKey) {
-  store(integer, forKey);
+  writeField(forKey, [&] { text_.writeInteger(integer); });
 }
 void DataEncoder::encodeFloat(float number, const StringKey& forKey) {
-  store(encodedNumber(number), forKey);
+  writeField(forKey, [&] { writeFloat(number); });
 }
 void DataEncoder::encodeDouble(double number, const StringKey& forKey) {
-  store(encodedNumber(number), forKey);
+  writeField(forKey, [&] { writeDouble(number); });
 }
 void DataEncoder::encodeCGRect(const CGRect& rect, const StringKey& forKey) {
-  encodeObject(boxed(rect), forKey);
+  writeField(forKey, [&] { writeRect(rect); });
 }
 void DataEncoder::encodeCGPoint(const CGPoint& point, const StringKey& forKey) {
-  encodeObject(boxed(point), forKey);
+  writeField(forKey, [&] { writePoint(point); });
 }
 void DataEncoder::encodeCGSize(const CGSize& size, const StringKey& forKey) {
-  encodeObject(boxed(size), forKey);
+  writeField(forKey, [&] { writeSize(size); });
 }
 void DataEncoder::encodeRange(const NSRange& range, const StringKey& forKey) {
-  encodeObject(boxed(range), forKey);
+  writeField(forKey, [&] { writeRange(range); });
 }
 
-Value DataEncoder::tagged(const NSString& type, std::initializer_list<Component> components) const {
-  NSMutableDictionary dictionary =
-      NSMutableDictionary::dictionaryWithCapacity(components.size() + 1);
-  dictionary.setObject(type, names_.type);
-  for (const Component& component : components) {
-    dictionary.setObject(component.value, component.name);
-  }
-  return frozen(std::move(dictionary));
-}
-
-Value DataEncoder::encoded(const Value& value) {
+void DataEncoder::write(const Value& value) {
   switch (value.kind()) {
     case ValueKind::Boolean:
     case ValueKind::SignedInteger:
     case ValueKind::UnsignedInteger:
     case ValueKind::Float:
     case ValueKind::Double:
-      return encodedNumber(NSNumber(value));
+      return writeNumber(NSNumber(value));
     case ValueKind::String:
-      return encodedString(NSString(value));
+      return writeString(NSString(value));
     case ValueKind::Data:
-      return tagged(names_.typeData, {{names_.bytes, NSData(value).base64EncodedString()}});
-    case ValueKind::Date:
-      return tagged(names_.typeDate,
-                    {{names_.interval, encodedDouble(NSDate(value).timeIntervalSince1970())}});
+      return writeBytes("Data", NSData(value));
+    case ValueKind::Date: {
+      const Nesting nesting(*this, 1);
+      openTagged("Date");
+      component("interval", NSDate(value).timeIntervalSince1970());
+      return text_.put('}');
+    }
     case ValueKind::Array:
-      return encodedArray(NSArray(value));
+      return writeArray(NSArray(value));
     case ValueKind::Dictionary:
-      return encodedDictionary(NSDictionary(value));
+      return writeDictionary(NSDictionary(value));
     case ValueKind::Object:
       break;
     default:
-      stopFor("Object must be either Encodable, ZEBObjCEncodable, Array, or Dictionary:", value);
+      stopForUnsupported(value);
   }
-  const NSObject* object = value.objectPointer();
-  if (typeid(*object) == typeid(NSValue)) return encodedBox(*static_cast<const NSValue*>(object));
-  if (typeid(*object) == typeid(CLLocation)) {
-    return encodedLocation(*static_cast<const CLLocation*>(object));
+  const NSObject& object = *value.objectPointer();
+  if (typeid(object) == typeid(NSValue)) {
+    return std::visit(Overloaded{
+                          [&](const CGRect& rect) { writeRect(rect); },
+                          [&](const CGPoint& point) { writePoint(point); },
+                          [&](const CGSize& size) { writeSize(size); },
+                          [&](const NSRange& range) { writeRange(range); },
+                          [&](const CGAffineTransform&) { stopForUnsupported(value); },
+                      },
+                      static_cast<const NSValue&>(object).content());
   }
-  if (const auto* native = dynamic_cast<const EncodableBox*>(object)) {
-    return encodedFields(native->encodableName(), [&] { native->encode(*this); });
+  if (typeid(object) == typeid(CLLocation)) {
+    return writeLocation(static_cast<const CLLocation&>(object));
   }
-  if (const auto* legacy = dynamic_cast<const ZEBObjCEncodable*>(object)) {
-    return encodedFields(legacy->encodableName(), [&] { legacy->encodeWithEncoder(*this); });
-  }
-  stopFor("Object must be either Encodable, ZEBObjCEncodable, Array, or Dictionary:", value);
+  if (!writeIfObject(object)) stopForUnsupported(value);
 }
 
-Value DataEncoder::encodedNumber(const NSNumber& number) const {
+bool DataEncoder::writeIfObject(const NSObject& object) {
+  if (const auto* native = dynamic_cast<const EncodableBox*>(&object)) {
+    writeFields(native->encodableName(), [&] { native->encode(*this); });
+  } else if (const auto* legacy = dynamic_cast<const ZEBObjCEncodable*>(&object)) {
+    writeFields(legacy->encodableName(), [&] { legacy->encodeWithEncoder(*this); });
+  } else {
+    return false;
+  }
+  return true;
+}
+
+/// An object's own dictionary.
+template <class EncodeFields>
+void DataEncoder::writeFields(const NSString& encodableName, const EncodeFields& encodeFields) {
+  const Nesting nesting(*this, 1);
+  const std::size_t outerFirstField = std::exchange(firstField_, fields_.size());
+  text_.put("{\"encodableName\":");
+  text_.writeString(encodableName.text());
+  encodeFields();
+  text_.put('}');
+  fields_.resize(firstField_);
+  firstField_ = outerFirstField;
+}
+
+void DataEncoder::writeArray(const NSArray& array) {
+  const Nesting nesting(*this, 2);
+  openTagged("Array");
+  text_.put(",\"arrayValues\":[");
+  for (const Value& element : array) {
+    if (&element != array.begin()) text_.put(',');
+    write(element);
+  }
+  text_.put("]}");
+}
+
+void DataEncoder::writeDictionary(const NSDictionary& dictionary) {
+  const Nesting nesting(*this, 2);
+  openTagged("Dictionary");
+  text_.put(",\"keys\":[");
+  const char* separator = "";
+  for (const auto& [key, value] : dictionary) {
+    if (!mayBeKey(key)) stopFor("Dictionary keys must be either Int, Int64, or String:", key);
+    text_.put(std::exchange(separator, ","));
+    write(key);
+  }
+  text_.put("],\"values\":[");
+  separator = "";
+  for (const auto& [key, value] : dictionary) {
+    text_.put(std::exchange(separator, ","));
+    write(value);
+  }
+  text_.put("]}");
+}
+
+void DataEncoder::writeNumber(const NSNumber& number) {
   switch (number.objCType()) {
     case 'f':
-      return tagged(names_.typeFloat,
-                    {{names_.bits, std::bit_cast<std::uint32_t>(number.floatValue())}});
+      return writeFloat(number.floatValue());
     case 'd':
-      return tagged(names_.typeDouble,
-                    {{names_.bits, std::bit_cast<std::uint64_t>(number.doubleValue())}});
+      return writeDouble(number.doubleValue());
     default:
-      return number;
+      return text_.writeScalar(number);
   }
 }
 
-Value DataEncoder::encodedString(const NSString& string) const {
-  if (string.isWellFormed()) return string.copy();
-  return tagged(names_.typeUTF16String, {{names_.bytes, utf16Data(string).base64EncodedString()}});
+void DataEncoder::writeString(const NSString& string) {
+  if (string.isWellFormed()) return text_.writeString(string.text());
+  writeBytes("UTF16String", utf16Data(string));
 }
 
-Value DataEncoder::encodedBox(const NSValue& box) const {
-  return std::visit(
-      Overloaded{
-          [&](const CGRect& rect) {
-            return tagged(names_.typeCGRect, {{names_.x, encodedDouble(rect.origin.x)},
-                                              {names_.y, encodedDouble(rect.origin.y)},
-                                              {names_.width, encodedDouble(rect.size.width)},
-                                              {names_.height, encodedDouble(rect.size.height)}});
-          },
-          [&](const CGPoint& point) {
-            return tagged(names_.typeCGPoint,
-                          {{names_.x, encodedDouble(point.x)}, {names_.y, encodedDouble(point.y)}});
-          },
-          [&](const CGSize& size) {
-            return tagged(names_.typeCGSize, {{names_.width, encodedDouble(size.width)},
-                                              {names_.height, encodedDouble(size.height)}});
-          },
-          [&](const NSRange& range) {
-            return tagged(names_.typeNSRange, {{names_.location, std::uint64_t{range.location}},
-                                               {names_.length, std::uint64_t{range.length}}});
-          },
-          [&](const CGAffineTransform&) -> Value {
-            stopFor("Object must be either Encodable, ZEBObjCEncodable, Array, or Dictionary:",
-                    boxed(box.content()));
-          },
-      },
-      box.content());
+void DataEncoder::writeFloat(float number) {
+  const Nesting nesting(*this, 1);
+  openTagged("Float");
+  component("bits", std::uint64_t{std::bit_cast<std::uint32_t>(number)});
+  text_.put('}');
 }
 
-Value DataEncoder::encodedLocation(const CLLocation& location) const {
-  return tagged(names_.typeCLLocation,
-                {{names_.latitude, encodedDouble(location.coordinate().latitude)},
-                 {names_.longitude, encodedDouble(location.coordinate().longitude)},
-                 {names_.interval, encodedDouble(location.timestamp().timeIntervalSince1970())},
-                 {names_.altitude, encodedDouble(location.altitude())},
-                 {names_.horizontalAccuracy, encodedDouble(location.horizontalAccuracy())},
-                 {names_.verticalAccuracy, encodedDouble(location.verticalAccuracy())},
-                 {names_.course, encodedDouble(location.course())},
-                 {names_.speed, encodedDouble(location.speed())}});
+void DataEncoder::writeDouble(double number) {
+  const Nesting nesting(*this, 1);
+  text_.put("{\"type\":\"Double\",\"bits\":");
+  text_.writeUnsigned(std::bit_cast<std::uint64_t>(number));
+  text_.put('}');
 }
 
-Value DataEncoder::encodedArray(const NSArray& array) {
-  const Nesting nesting(*this);
-  NSMutableArray elements = NSMutableArray::arrayWithCapacity(array.count());
-  for (const Value& element : array) elements.addObject(encoded(element));
-  return tagged(names_.typeArray, {{names_.arrayValues, frozen(std::move(elements))}});
+void DataEncoder::writeBytes(std::string_view type, const NSData& bytes) {
+  const Nesting nesting(*this, 1);
+  openTagged(type);
+  text_.put(",\"bytes\":");
+  text_.writeString(bytes.base64EncodedString().text());
+  text_.put('}');
 }
 
-Value DataEncoder::encodedDictionary(const NSDictionary& dictionary) {
-  const Nesting nesting(*this);
-  NSMutableArray keys = NSMutableArray::arrayWithCapacity(dictionary.count());
-  NSMutableArray values = NSMutableArray::arrayWithCapacity(dictionary.count());
-  for (const auto& [key, value] : dictionary) {
-    if (!mayBeKey(key)) {
-      stopFor("Dictionary keys must be either Int, Int64, or String:", key);
-    }
-    keys.addObject(encoded(key));
-    values.addObject(encoded(value));
-  }
-  return tagged(names_.typeDictionary, {{names_.keys, frozen(std::move(keys))},
-                                        {names_.values, frozen(std::move(values))}});
+void DataEncoder::writeRect(const CGRect& rect) {
+  const Nesting nesting(*this, 1);
+  openTagged("CGRect");
+  component("x", rect.origin.x);
+  component("y", rect.origin.y);
+  component("width", rect.size.width);
+  component("height", rect.size.height);
+  text_.put('}');
 }
 
-/// An object's own dictionary: its fields go into a fresh current dictionary, which then makes room for
-/// the one before. Where there was none before, it is the document.
-template <class EncodeFields>
-Value DataEncoder::encodedFields(const NSString& encodableName, const EncodeFields& encodeFields) {
-  const Nesting nesting(*this);
-  stack_.push_back(std::exchange(currentDictionary_,
-                                 NSMutableDictionary::dictionaryWithCapacity(usualFieldCount)));
-  currentDictionary_.setObject(encodableName.copy(), names_.encodableName);
-  encodeFields();
-  Value finished = frozen(std::exchange(currentDictionary_, std::move(stack_.back())));
-  stack_.pop_back();
-  if (stack_.empty()) rootDictionary_ = NSDictionary(finished);
-  return finished;
+void DataEncoder::writePoint(const CGPoint& point) {
+  const Nesting nesting(*this, 1);
+  openTagged("CGPoint");
+  component("x", point.x);
+  component("y", point.y);
+  text_.put('}');
+}
+
+void DataEncoder::writeSize(const CGSize& size) {
+  const Nesting nesting(*this, 1);
+  openTagged("CGSize");
+  component("width", size.width);
+  component("height", size.height);
+  text_.put('}');
+}
+
+void DataEncoder::writeRange(const NSRange& range) {
+  const Nesting nesting(*this, 1);
+  openTagged("NSRange");
+  component("location", std::uint64_t{range.location});
+  component("length", std::uint64_t{range.length});
+  text_.put('}');
+}
+
+void DataEncoder::writeLocation(const CLLocation& location) {
+  const Nesting nesting(*this, 1);
+  openTagged("CLLocation");
+  component("lat", location.coordinate().latitude);
+  component("long", location.coordinate().longitude);
+  component("interval", location.timestamp().timeIntervalSince1970());
+  component("altitude", location.altitude());
+  component("horizontalAccuracy", location.horizontalAccuracy());
+  component("verticalAccuracy", location.verticalAccuracy());
+  component("course", location.course());
+  component("speed", location.speed());
+  text_.put('}');
+}
+
+void DataEncoder::openTagged(std::string_view type) {
+  text_.put("{\"type\":\"");
+  text_.put(type);
+  text_.put('"');
+}
+
+void DataEncoder::component(std::string_view name, double number) {
+  text_.put(",\"");
+  text_.put(name);
+  text_.put("\":");
+  writeDouble(number);
+}
+
+void DataEncoder::component(std::string_view name, std::uint64_t number) {
+  text_.put(",\"");
+  text_.put(name);
+  text_.put("\":");
+  text_.writeUnsigned(number);
 }
 
 }  // namespace zeb::detail

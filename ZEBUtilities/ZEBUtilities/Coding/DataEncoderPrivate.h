@@ -1,21 +1,29 @@
 #pragma once
 
-#include <Foundation/NSDictionary.h>
 #include <Geometry/CLLocation.h>
-#include <ZEBUtilities/Coding/ArchiveFormatPrivate.h>
+#include <Json/JsonTextWriter.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 #include <ZEBUtilities/Coding/ZEBEncoder.h>
 
-#include <initializer_list>
-#include <utility>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
 #include <vector>
 
 namespace zeb::detail {
 
-/// Turns one graph of objects into the dictionary that an archive document is. Used for one graph only.
+/// Writes one graph of objects as an archive document. Used for one graph only.
+///
+/// The document is written straight away, object by object: there is no tree of it in between. An object's
+/// fields are remembered while it is open, because a key that comes again takes the place of its earlier
+/// value.
 class DataEncoder final : public ZEBEncoder {
  public:
-  DataEncoder();
+  DataEncoder() = default;
+
+  /// The document of a root object; an empty one for a root that is no object. Throws NSError for too
+  /// deep nesting.
+  NSData encodeRoot(const Value& root);
 
   using ZEBEncoder::encodeObject;
   void encodeObject(const Value& object, const StringKey& forKey) override;
@@ -32,35 +40,46 @@ class DataEncoder final : public ZEBEncoder {
   void encodeCGSize(const CGSize& size, const StringKey& forKey) override;
   void encodeRange(const NSRange& range, const StringKey& forKey) override;
 
-  /// The root object's own dictionary; empty while no object has been encoded.
-  const NSDictionary& rootDictionary() const noexcept { return rootDictionary_; }
-
  private:
   class Nesting;
-  struct Component {
-    const NSString& name;
-    Value value;
+  /// Where a field of an open object stands in the text.
+  struct Field {
+    std::uint32_t keyHash;
+    std::size_t keyStart;
+    std::size_t valueStart;
+    std::size_t end;
   };
 
-  void store(Value encoded, const StringKey& forKey);
-  Value encoded(const Value& value);
-  Value encodedNumber(const NSNumber& number) const;
-  Value encodedString(const NSString& string) const;
-  Value encodedBox(const NSValue& box) const;
-  Value encodedLocation(const CLLocation& location) const;
-  Value encodedArray(const NSArray& array);
-  Value encodedDictionary(const NSDictionary& dictionary);
-  template <class EncodeFields>
-  Value encodedFields(const NSString& encodableName, const EncodeFields& encodeFields);
-  Value encodedDouble(double number) const { return encodedNumber(NSNumber(number)); }
-  Value tagged(const NSString& type, std::initializer_list<Component> components) const;
+  template <class WriteValue>
+  void writeField(const StringKey& key, const WriteValue& writeValue);
+  void writeKey(const StringKey& key);
+  void finishField(const Field& field);
+  void replaceField(std::size_t earlier, const Field& later);
 
-  const ArchiveNames& names_ = ArchiveNames::shared();
-  FieldKeys fieldKeys_;
-  std::vector<NSMutableDictionary> stack_;  ///< of the objects around the current one
-  NSMutableDictionary currentDictionary_;
-  NSDictionary rootDictionary_ = NSDictionary::dictionary();
-  std::size_t depth_ = 0;
+  void write(const Value& value);
+  bool writeIfObject(const NSObject& object);
+  template <class EncodeFields>
+  void writeFields(const NSString& encodableName, const EncodeFields& encodeFields);
+  void writeArray(const NSArray& array);
+  void writeDictionary(const NSDictionary& dictionary);
+  void writeNumber(const NSNumber& number);
+  void writeString(const NSString& string);
+  void writeFloat(float number);
+  void writeDouble(double number);
+  void writeBytes(std::string_view type, const NSData& bytes);
+  void writeRect(const CGRect& rect);
+  void writePoint(const CGPoint& point);
+  void writeSize(const CGSize& size);
+  void writeRange(const NSRange& range);
+  void writeLocation(const CLLocation& location);
+  void openTagged(std::string_view type);
+  void component(std::string_view name, double number);
+  void component(std::string_view name, std::uint64_t number);
+
+  JsonTextWriter text_{true};
+  std::vector<Field> fields_;   ///< of the objects that are open, inner ones last
+  std::size_t firstField_ = 0;  ///< of the innermost open object
+  std::size_t depth_ = 0;       ///< levels of JSON that are open
 };
 
 }  // namespace zeb::detail

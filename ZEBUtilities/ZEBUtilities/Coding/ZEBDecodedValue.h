@@ -4,6 +4,7 @@
 #include <ZEBUtilities/Coding/ZEBUnarchiverError.h>
 
 #include <optional>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <unordered_map>
@@ -12,15 +13,25 @@
 
 namespace zeb {
 
-/// How a decoded value becomes a static type; empty when it is of another kind. Values and their
+/// How a decoded value becomes a static type; empty when it is of another kind. An object that nobody
+/// else refers to is moved out of the value instead of being copied. Values and their
 /// handles, arithmetic types (from numbers), boxed records, `Ref`s to objects, decodable types, vectors
 /// of these, and maps from strings or 64-bit integers to these.
 template <class T>
 struct DecodedValueAs;
 
+namespace detail {
+
+/// An element of an array: moved out of it when nobody else can see the array, else shared.
+inline Value taken(const Value& element, const Value& array) {
+  return array.isUniquelyReferenced() ? std::move(const_cast<Value&>(element)) : element;
+}
+
+}  // namespace detail
+
 template <std::derived_from<Value> Handle>
 struct DecodedValueAs<Handle> {
-  static std::optional<Handle> of(const Value& value) {
+  static std::optional<Handle> of(Value&& value) {
     Handle handle(value);
     if (handle.isNil()) return std::nullopt;
     return handle;
@@ -30,7 +41,7 @@ struct DecodedValueAs<Handle> {
 template <class Number>
   requires std::is_arithmetic_v<Number>
 struct DecodedValueAs<Number> {
-  static std::optional<Number> of(const Value& value) {
+  static std::optional<Number> of(Value&& value) {
     if (!value.isNumber()) return std::nullopt;
     if constexpr (std::same_as<Number, bool>) return value.boolValue();
     if constexpr (std::same_as<Number, float>) return value.floatValue();
@@ -44,7 +55,7 @@ struct DecodedValueAs<Number> {
 
 template <BoxableRecord Record>
 struct DecodedValueAs<Record> {
-  static std::optional<Record> of(const Value& value) {
+  static std::optional<Record> of(Value&& value) {
     const Record* record = unboxed<Record>(value);
     return record ? std::optional<Record>(*record) : std::nullopt;
   }
@@ -52,7 +63,7 @@ struct DecodedValueAs<Record> {
 
 template <std::derived_from<NSObject> Object>
 struct DecodedValueAs<Ref<Object>> {
-  static std::optional<Ref<Object>> of(const Value& value) {
+  static std::optional<Ref<Object>> of(Value&& value) {
     Ref<Object> object = value.object<Object>();
     if (!object) return std::nullopt;
     return object;
@@ -61,14 +72,14 @@ struct DecodedValueAs<Ref<Object>> {
 
 template <>
 struct DecodedValueAs<std::string> {
-  static std::optional<std::string> of(const Value& value) {
+  static std::optional<std::string> of(Value&& value) {
     return value.isString() ? std::optional(NSString(value).utf8()) : std::nullopt;
   }
 };
 
 template <>
 struct DecodedValueAs<ZEBEncodable> {
-  static std::optional<ZEBEncodable> of(const Value& value) {
+  static std::optional<ZEBEncodable> of(Value&& value) {
     ZEBEncodable encodable = ZEBEncodable::from(value);
     if (encodable.isNil()) return std::nullopt;
     return encodable;
@@ -77,20 +88,23 @@ struct DecodedValueAs<ZEBEncodable> {
 
 template <ZEBEncodableType T>
 struct DecodedValueAs<T> {
-  static std::optional<T> of(const Value& value) {
-    const auto* box = dynamic_cast<const detail::OwningBox<T>*>(value.objectPointer());
-    return box ? std::optional<T>(box->object) : std::nullopt;
+  static std::optional<T> of(Value&& value) {
+    auto* box = dynamic_cast<detail::OwningBox<T>*>(value.objectPointer());
+    if (!box) return std::nullopt;
+    if (value.isUniquelyReferenced()) return std::move(box->object);
+    return box->object;
   }
 };
 
 template <class Element>
 struct DecodedValueAs<std::vector<Element>> {
-  static std::optional<std::vector<Element>> of(const Value& value) {
+  static std::optional<std::vector<Element>> of(Value&& value) {
     if (!value.isArray()) return std::nullopt;
+    const auto& array = *value.storageAs<detail::ArrayStorage>();
     std::vector<Element> elements;
-    elements.reserve(NSArray(value).count());
-    for (const Value& object : NSArray(value)) {
-      std::optional<Element> element = DecodedValueAs<Element>::of(object);
+    elements.reserve(array.count);
+    for (const Value& object : std::span(array.values(), array.count)) {
+      std::optional<Element> element = DecodedValueAs<Element>::of(detail::taken(object, value));
       if (!element) return std::nullopt;
       elements.push_back(std::move(*element));
     }
@@ -104,14 +118,14 @@ template <class Map>
     typename Map::mapped_type;
   }
 struct DecodedValueAs<Map> {
-  static std::optional<Map> of(const Value& value) {
+  static std::optional<Map> of(Value&& value) {
     if (!value.isDictionary()) return std::nullopt;
     Map map;
     for (const auto& [key, object] : NSDictionary(value)) {
       std::optional<typename Map::key_type> typedKey =
-          DecodedValueAs<typename Map::key_type>::of(key);
+          DecodedValueAs<typename Map::key_type>::of(Value(key));
       std::optional<typename Map::mapped_type> typedObject =
-          DecodedValueAs<typename Map::mapped_type>::of(object);
+          DecodedValueAs<typename Map::mapped_type>::of(Value(object));
       if (!typedKey || !typedObject) return std::nullopt;
       map.insert_or_assign(std::move(*typedKey), std::move(*typedObject));
     }
@@ -120,8 +134,8 @@ struct DecodedValueAs<Map> {
 };
 
 template <class T>
-std::optional<T> decodedValueAs(const Value& value) {
-  return DecodedValueAs<T>::of(value);
+std::optional<T> decodedValueAs(Value value) {
+  return DecodedValueAs<T>::of(std::move(value));
 }
 
 namespace detail {
