@@ -1,3 +1,4 @@
+#include <Foundation/HashTable.h>
 #include <Foundation/TreeRebuild.h>
 #include <Linux/Stack.h>
 #include <ZEBUtilities/Coding/DataDecoderPrivate.h>
@@ -31,19 +32,19 @@ NSString stringFromUTF16(const NSData& data) {
 /// One dictionary further down, for as long as it lives. Throws when the stack would not bear it.
 class DataDecoder::Step {
  public:
-  Step(DataDecoder& decoder, const NSDictionary& dictionary, const StringKey& key,
+  Step(DataDecoder& decoder, const DictionaryStorage& dictionary, const StringKey& key,
        std::size_t index)
       : decoder_(decoder) {
     if (remainingStack() < leastRemainingStack) {
       throw ZEBUnarchiverError::unexpectedContent(key.string());
     }
     decoder_.steps_.emplace_back(&key, index);
-    decoder_.stack_.push_back(std::exchange(decoder_.currentDictionary_, dictionary));
+    decoder_.stack_.push_back(std::exchange(decoder_.currentDictionary_, &dictionary));
   }
   Step(const Step&) = delete;
   Step& operator=(const Step&) = delete;
   ~Step() {
-    decoder_.currentDictionary_ = std::move(decoder_.stack_.back());
+    decoder_.currentDictionary_ = decoder_.stack_.back();
     decoder_.stack_.pop_back();
     decoder_.steps_.pop_back();
   }
@@ -76,10 +77,10 @@ Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t
   if (value.isString()) return value.detachedCopy();
   if (value.isNumber() || value.isData() || value.isDate()) return value;
   if (!value.isDictionary()) throw ZEBUnarchiverError::unexpectedContent(key.string());
-  const Step step(*this, NSDictionary(value), key, index);
+  const Step step(*this, *value.storageAs<DictionaryStorage>(), key, index);
   try {
-    const NSString type(currentDictionary_[names_.type]);
-    return type.isNil() ? decodedObject(key) : decodedTagged(type, key);
+    const Value* type = find(names_.type);
+    return type && type->isString() ? decodedTagged(NSString(*type), key) : decodedObject(key);
   } catch (ZEBUnarchiverError& error) {
     if (error.path().empty()) error.setPath(path());
     throw;
@@ -87,7 +88,7 @@ Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t
 }
 
 Value DataDecoder::decodedObject(const StringKey& key) {
-  const Value* stored = currentDictionary_.find(names_.encodableName);
+  const Value* stored = find(names_.encodableName);
   if (!stored) throw ZEBUnarchiverError::missingEncodableName(key.string());
   const NSString name(*stored);
   if (name.isNil()) throw ZEBUnarchiverError::unexpectedDataType(names_.encodableName);
@@ -162,7 +163,7 @@ Value DataDecoder::decodedLocation() {
 }
 
 Value DataDecoder::component(const NSString& name) {
-  const Value* value = currentDictionary_.find(name);
+  const Value* value = find(name);
   if (!value) throw ZEBUnarchiverError::missingRequiredData(name);
   return decoded(*value, name);
 }
@@ -198,7 +199,7 @@ NSData DataDecoder::bytesComponent() {
 }
 
 NSArray DataDecoder::listComponent(const NSString& name, const StringKey& key) {
-  const Value* value = currentDictionary_.find(name);
+  const Value* value = find(name);
   if (!value) throw ZEBUnarchiverError::missingRequiredData(name);
   const NSArray list(*value);
   if (list.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name);
@@ -209,8 +210,13 @@ NSArray DataDecoder::listComponent(const NSString& name, const StringKey& key) {
   return NSArray(frozen(std::move(elements)));
 }
 
+const Value* DataDecoder::find(const NSString& storedKey) const noexcept {
+  const DictionaryEntry* entry = findEntry(*currentDictionary_, StringKey(storedKey));
+  return entry ? &entry->value : nullptr;
+}
+
 const Value* DataDecoder::stored(const StringKey& key) const {
-  return currentDictionary_.find(fieldKeys_.stored(key));
+  return find(fieldKeys_.stored(key));
 }
 
 bool DataDecoder::containsValueForKey(const StringKey& key) const { return stored(key) != nullptr; }

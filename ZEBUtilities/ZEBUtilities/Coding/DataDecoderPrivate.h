@@ -20,7 +20,7 @@ class DataDecoder final : public ZEBDecoder {
  public:
   explicit DataDecoder(Ref<DecodingBuilderRegistry> decodingBuilderRegistry);
 
-  /// The object that the document describes. Throws `ZEBUnarchiverError` with its path, and whatever
+  /// The object that the document, which must outlive this, describes. Throws `ZEBUnarchiverError` with its path, and whatever
   /// builders throw.
   Value decodeRoot(const NSDictionary& document);
 
@@ -56,6 +56,8 @@ class DataDecoder final : public ZEBDecoder {
  private:
   class Step;
 
+  /// In the current dictionary, by its key there and by an object's own key.
+  const Value* find(const NSString& storedKey) const noexcept;
   const Value* stored(const StringKey& key) const;
   /// The value under the key as one kind of handle or record; nil when absent. Throws when it is of
   /// another kind.
@@ -86,8 +88,9 @@ class DataDecoder final : public ZEBDecoder {
   const ArchiveNames& names_ = ArchiveNames::shared();
   mutable FieldKeys fieldKeys_;
   const Ref<DecodingBuilderRegistry> decodingBuilderRegistry_;
-  std::vector<NSDictionary> stack_;  ///< of the dictionaries around the current one
-  NSDictionary currentDictionary_;
+  // Borrowed from the document, which the caller keeps.
+  std::vector<const DictionaryStorage*> stack_;  ///< of the dictionaries around the current one
+  const DictionaryStorage* currentDictionary_ = nullptr;
   std::vector<std::pair<const StringKey*, std::size_t>>
       steps_;  ///< keys and list indexes on the way here
 };

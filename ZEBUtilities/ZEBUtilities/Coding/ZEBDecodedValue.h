@@ -89,7 +89,7 @@ struct DecodedValueAs<ZEBEncodable> {
 template <ZEBEncodableType T>
 struct DecodedValueAs<T> {
   static std::optional<T> of(Value&& value) {
-    auto* box = dynamic_cast<detail::OwningBox<T>*>(value.objectPointer());
+    auto* box = detail::owningBox<T>(value);
     if (!box) return std::nullopt;
     if (value.isUniquelyReferenced()) return std::move(box->object);
     return box->object;

@@ -14,6 +14,7 @@
 #include <ranges>
 #include <string>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 namespace zeb {
@@ -78,6 +79,15 @@ class OwningBox final : public EncodableBox {
   T object;
 };
 
+/// The box in a value, when it holds a `T`.
+template <class T>
+OwningBox<T>* owningBox(const Value& value) noexcept {
+  if (!value.isObject()) return nullptr;
+  NSObject& object = *value.objectPointer();
+  // The class is final, so that its name decides, which is quicker to ask than its bases.
+  return typeid(object) == typeid(OwningBox<T>) ? static_cast<OwningBox<T>*>(&object) : nullptr;
+}
+
 /// An object that somebody else owns and that outlives the encoding.
 template <class T>
 class BorrowingBox final : public EncodableBox {
@@ -121,7 +131,7 @@ class ZEBEncodable {
   /// The object when it is of this type, else null. Valid as long as this handle.
   template <ZEBEncodableType T>
   const T* as() const noexcept {
-    const auto* box = dynamic_cast<const detail::OwningBox<T>*>(value_.objectPointer());
+    const auto* box = detail::owningBox<T>(value_);
     return box ? &box->object : nullptr;
   }
 
