@@ -51,6 +51,7 @@ class NSArray : public Value {
   NSString componentsJoinedByString(const NSString& separator) const;
 
   NSArray copy() const { return NSArray(Value::copy()); }
+  NSArray detachedCopy() const { return NSArray(Value::detachedCopy()); }
   NSMutableArray mutableCopy() const;
 
  protected:

@@ -57,6 +57,7 @@ class NSData : public Value {
   NSString base64EncodedString() const;
 
   NSData copy() const { return NSData(Value::copy()); }
+  NSData detachedCopy() const { return NSData(Value::detachedCopy()); }
   NSMutableData mutableCopy() const;
 
  protected:

@@ -105,6 +105,7 @@ class NSDictionary : public Value {
   }
 
   NSDictionary copy() const { return NSDictionary(Value::copy()); }
+  NSDictionary detachedCopy() const { return NSDictionary(Value::detachedCopy()); }
   NSMutableDictionary mutableCopy() const;
 
  protected:

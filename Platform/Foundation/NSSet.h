@@ -65,6 +65,7 @@ class NSSet : public Value {
   }
 
   NSSet copy() const { return NSSet(Value::copy()); }
+  NSSet detachedCopy() const { return NSSet(Value::detachedCopy()); }
   NSMutableSet mutableCopy() const;
 
  protected:

@@ -87,6 +87,7 @@ class NSString : public Value {
   static NSString stringWithFormat(std::string_view format, const Arguments&... arguments);
 
   NSString copy() const { return NSString(Value::copy()); }
+  NSString detachedCopy() const { return NSString(Value::detachedCopy()); }
   NSMutableString mutableCopy() const;
 
   friend std::strong_ordering operator<=>(const NSString& left, const NSString& right) noexcept {

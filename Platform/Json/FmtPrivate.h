@@ -5,6 +5,28 @@
 //
 // The conversion is compiled here and not taken from fmt's library, because the library's goes by a
 // compressed table, which makes it a third slower. Hidden, so that nobody else's fmt meets ours.
+// What fmt includes is included first, so that it stays visible.
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <iterator>
+#include <limits>
+#include <locale>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <type_traits>
+#include <utility>
+
 #define FMT_HEADER_ONLY
 #define FMT_USE_FULL_CACHE_DRAGONBOX 1
 #pragma GCC visibility push(hidden)

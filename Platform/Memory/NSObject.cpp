@@ -108,7 +108,12 @@ std::string NSObject::className() const {
 std::string NSObject::description() const {
   char address[2 + 2 * sizeof(void*) + 1];
   std::snprintf(address, sizeof address, "%p", static_cast<const void*>(this));
-  return "<" + className() + ": " + address + ">";
+  std::string text = "<";
+  text += className();
+  text += ": ";
+  text += address;
+  text += '>';
+  return text;
 }
 
 void setAssociatedObject(const NSObject& owner, const void* key, Ref<NSObject> associated) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <type_traits>
 #include <utility>
 
@@ -73,6 +74,12 @@ class Ref {
 template <class T, class... Arguments>
 Ref<T> makeRef(Arguments&&... arguments) {
   return Ref<T>::adopt(new T(std::forward<Arguments>(arguments)...));
+}
+
+/// The same with a list in braces as the first argument, whose type could not be deduced otherwise.
+template <class T, class Element, class... Arguments>
+Ref<T> makeRef(std::initializer_list<Element> list, Arguments&&... arguments) {
+  return Ref<T>::adopt(new T(list, std::forward<Arguments>(arguments)...));
 }
 
 }  // namespace zeb

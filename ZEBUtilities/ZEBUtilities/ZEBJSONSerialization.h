@@ -25,7 +25,8 @@ class ZEBJSONSerialization {
                                   NSError* error = nullptr);
 
   /// The tree, nil on failure. Malformed data gives the platform reader's error. No data at all gives
-  /// nil without an error. Parsing on the main thread without permission is logged but done.
+  /// nil without an error. Parsing on the main thread without permission is logged but done; with it, only
+  /// what takes longer than 10 ms is logged.
   static Value JSONObjectWithData(const NSData& data, bool permitMainThread, std::uint64_t options,
                                   NSError* error = nullptr);
 };

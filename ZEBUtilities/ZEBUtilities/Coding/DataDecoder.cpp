@@ -94,7 +94,7 @@ Value DataDecoder::decodedObject(const StringKey& key) {
   if (name.isNil()) throw ZEBUnarchiverError::unexpectedDataType(names_.encodableName);
   const Ref<DecodingBuilder> builder =
       decodingBuilderRegistry_ ? decodingBuilderRegistry_->decodingBuilder(name) : nullptr;
-  if (!builder) throw ZEBUnarchiverError::missingDecodingBuilder(NSString(name.detachedCopy()));
+  if (!builder) throw ZEBUnarchiverError::missingDecodingBuilder(name.detachedCopy());
   return builder->build(*this).value();
 }
 
@@ -131,7 +131,7 @@ Value DataDecoder::decodedTagged(const NSString& type, const StringKey& key) {
   }
   if (type == names_.typeCLLocation) return decodedLocation();
   // Deliberately the type's name in place of the key: diagnostics show it.
-  throw ZEBUnarchiverError::unexpectedContent(NSString(type.detachedCopy()));
+  throw ZEBUnarchiverError::unexpectedContent(type.detachedCopy());
 }
 
 Value DataDecoder::decodedDictionary(const StringKey& key) {

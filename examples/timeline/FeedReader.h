@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Fields.h"
+#include "Registry.h"
+
+namespace zeb::timeline {
+
+/// Makes a timeline out of a parsed document of one of two shapes: a dictionary with "posts", or an
+/// array of a code hosting site's events. What is missing or wrong gets a default.
+class FeedReader {
+ public:
+  static bool canRead(const Value& document);
+
+  Timeline timeline(const Value& document);
+
+  /// In all that was read so far.
+  const Gaps& gaps() const noexcept { return gaps_; }
+  std::size_t authorCount() const noexcept { return authors_->count(); }
+
+ private:
+  Post post(const Fields& fields);
+  Post event(const Fields& fields);
+  Ref<Author> author(const Fields& fields, const StringKey& handleKey);
+  void addLink(Post& post, const Fields& fields, const StringKey& titleKey);
+
+  Gaps gaps_;
+  Ref<AuthorPool> authors_ = makeRef<AuthorPool>();
+};
+
+}  // namespace zeb::timeline

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <Foundation/NSDate.h>
+#include <Foundation/NSDictionary.h>
+
+namespace zeb::timeline {
+
+/// What a feed had, but not in a usable form.
+struct Gaps {
+  std::size_t nulls = 0;
+  std::size_t unusable = 0;       ///< of the wrong kind, or without sense
+  std::size_t dropped = 0;        ///< elements of arrays
+  std::size_t numbersAsText = 0;  ///< usable: for curiosity only
+
+  std::size_t total() const noexcept { return nulls + unusable + dropped; }
+};
+
+/// Reads a loosely typed dictionary through the library's typed accessors, and takes note of what had
+/// to be replaced by a default; a missing field is no gap. Strings are detached from their document,
+/// whose memory they would otherwise keep.
+class Fields {
+ public:
+  Fields(const Value& dictionary, Gaps& gaps) : dictionary_(dictionary), gaps_(gaps) {}
+
+  const NSDictionary& dictionary() const noexcept { return dictionary_; }
+  NSString string(const StringKey& key, const NSString& defaultValue = "") const;
+  std::int64_t integer(const StringKey& key) const;
+  NSDate dateFromMilliseconds(const StringKey& key) const;
+  Fields fields(const StringKey& key) const;
+  NSArray dictionaries(const StringKey& key) const;
+  NSArray strings(const StringKey& key) const;
+
+ private:
+  bool hasNumber(const StringKey& key) const;
+  /// Passes the result of an accessor on.
+  template <class Handle>
+  const Handle& noted(const StringKey& key, const Handle& result) const;
+
+  NSDictionary dictionary_;
+  Gaps& gaps_;
+};
+
+}  // namespace zeb::timeline

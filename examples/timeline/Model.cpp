@@ -1,0 +1,91 @@
+#include "Model.h"
+
+#include <ZEBUtilities/Coding/ZEBDecodedValue.h>
+#include <ZEBUtilities/Coding/ZEBUnarchiverError.h>
+
+namespace zeb::timeline {
+
+using ArchivedKind = ZEBRawValueEnumCodable<PostKind>;
+
+Author::Author(ZEBDecoder& decoder)
+    : handle(decoder.decodeStringForKey("handle")),
+      name(decoder.decodeStringForKey("name")),
+      home(decoder.decodeStringForKey("home")) {}
+
+void Author::encodeWithEncoder(ZEBEncoder& encoder) const {
+  encoder.encodeString(handle, "handle");
+  encoder.encodeString(name, "name");
+  encoder.encodeString(home, "home");
+}
+
+bool Author::isEqual(const NSObject& other) const noexcept {
+  const auto* author = dynamic_cast<const Author*>(&other);
+  return author && author->handle == handle && author->name == name && author->home == home;
+}
+
+// An archive is input from outside like any other: a text that is no URL is refused.
+Link::Link(ZEBDecoder& decoder)
+    : title(decoder.decodeStringForKey("title")),
+      url(NSURL::URLWithString(decoder.decodeStringForKey("url"))) {
+  if (url.isNil()) throw ZEBUnarchiverError::unexpectedContent("url");
+}
+
+void Link::encode(ZEBEncoder& encoder) const {
+  encoder.encodeString(title, "title");
+  encoder.encodeString(url.absoluteString(), "url");
+}
+
+NSString Link::host() const {
+  const NSArray parts = url.absoluteString().componentsSeparatedByString("/");
+  if (parts.count() < 3) return "";
+  return NSString(NSString(parts[2]).componentsSeparatedByString(":").firstObject());
+}
+
+Post::Post(ZEBDecoder& decoder)
+    : identifier(decoder.decodeInt64ForKey("identifier")),
+      kind(decoder.decodeObjectForKey<ArchivedKind>("kind")),
+      author(decoder.decodeObjectForKey<Ref<Author>>("author")),
+      date(decoder.decodeObjectForKey<std::optional<NSDate>>("date").value_or(nullptr)),
+      text(decoder.decodeStringForKey("text")),
+      links(decoder.decodeObjectForKey<std::vector<Link>>("links")),
+      tags(decoder.decodeObjectForKey<std::vector<NSString>>("tags")),
+      mediaSize(decoder.decodeObjectForKey<std::optional<CGSize>>("mediaSize")),
+      likes(decoder.decodeInt64ForKey("likes")),
+      shares(decoder.decodeInt64ForKey("shares")),
+      replies(decoder.decodeInt64ForKey("replies")),
+      gaps(decoder.decodeInt64ForKey("gaps", 0)) {}
+
+void Post::encode(ZEBEncoder& encoder) const {
+  encoder.encodeInt64(identifier, "identifier");
+  encoder.encodeObject(ArchivedKind(kind), "kind");
+  encoder.encodeObject(author, "author");
+  encoder.encodeObject(date, "date");
+  encoder.encodeString(text, "text");
+  encoder.encodeObject(links, "links");
+  encoder.encodeObject(tags, "tags");
+  encoder.encodeObject(mediaSize, "mediaSize");
+  encoder.encodeInt64(likes, "likes");
+  encoder.encodeInt64(shares, "shares");
+  encoder.encodeInt64(replies, "replies");
+  encoder.encodeInt64(gaps, "gaps");
+}
+
+// Written out because references are equal only when they lead to the same author, and here an equal
+// one will do.
+bool Post::operator==(const Post& other) const {
+  return author->isEqual(*other.author) && identifier == other.identifier && kind == other.kind &&
+         date == other.date && text == other.text && links == other.links && tags == other.tags &&
+         mediaSize == other.mediaSize && likes == other.likes && shares == other.shares &&
+         replies == other.replies && gaps == other.gaps;
+}
+
+Timeline::Timeline(ZEBDecoder& decoder)
+    : title(decoder.decodeStringForKey("title")),
+      posts(decoder.decodeObjectForKey<std::vector<Post>>("posts")) {}
+
+void Timeline::encode(ZEBEncoder& encoder) const {
+  encoder.encodeString(title, "title");
+  encoder.encodeObject(posts, "posts");
+}
+
+}  // namespace zeb::timeline

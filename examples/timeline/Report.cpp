@@ -1,0 +1,137 @@
+#include "Report.h"
+
+#include <Foundation/Format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+
+#include "Text.h"
+
+namespace zeb::timeline {
+
+namespace {
+
+constexpr std::ptrdiff_t mostRows = 40;
+constexpr std::size_t widthBesideTexts = 55;
+
+Cell dateCell(const NSDate& date) {
+  if (date.isNil()) return {{"no date", faint}};
+  const auto moment = std::chrono::floor<std::chrono::seconds>(date.timePoint());
+  const auto midnight = std::chrono::floor<std::chrono::days>(moment);
+  const std::chrono::year_month_day day(midnight);
+  const std::chrono::hh_mm_ss time(moment - midnight);
+  return {{NSString::stringWithFormat("%04d-%02u-%02u", static_cast<int>(day.year()),
+                                      static_cast<unsigned>(day.month()),
+                                      static_cast<unsigned>(day.day()))},
+          {NSString::stringWithFormat("%02ld:%02ld:%02ld", time.hours().count(),
+                                      time.minutes().count(), time.seconds().count()),
+           faint}};
+}
+
+Cell textCell(const Post& post) {
+  Cell cell{{post.text, plain, 3}};
+  for (const Link& link : post.links) {
+    const char* separator = link.title.length() > 0 ? " · " : "";
+    cell.push_back(
+        {NSString::stringWithFormat("→ %@%s%@", link.title, separator, link.host()), faint});
+  }
+  NSMutableArray details;
+  if (post.mediaSize) {
+    details.addObject(
+        NSString::stringWithFormat("▣ %.0f × %.0f", post.mediaSize->width, post.mediaSize->height));
+  }
+  for (const NSString& tag : post.tags) details.addObject("#"_ns.stringByAppendingString(tag));
+  cell.push_back({details.componentsJoinedByString("  "), faint});
+  return cell;
+}
+
+Cell responseCell(const Post& post) {
+  Cell cell;
+  if (post.likes) cell.push_back({NSString::stringWithFormat("%lld ♥", post.likes)});
+  if (post.shares) cell.push_back({NSString::stringWithFormat("%lld ⇄", post.shares)});
+  if (post.replies) cell.push_back({NSString::stringWithFormat("%lld ↩", post.replies)});
+  return cell;
+}
+
+const char* nameOf(PostKind kind) {
+  const auto& cases = ZEBRawValueEnumTraits<PostKind>::cases;
+  return std::ranges::find(cases, kind, &std::pair<PostKind, const char*>::first)->second;
+}
+
+const char* nameOfKind(const Value& value) {
+  if (value.isArray()) return "arrays";
+  if (value.isDictionary()) return "dictionaries";
+  if (value.isString()) return "strings";
+  if (value.isBoolean()) return "booleans";
+  if (value.isNull()) return "nulls";
+  return NSNumber(value).objCType() == 'd' ? "fractions" : "integers";
+}
+
+}  // namespace
+
+void printTimeline(std::ostream& out, const Screen& screen, const Timeline& timeline,
+                   const Gaps& gaps) {
+  const NSString title = printable(timeline.title);
+  out << title << '\n' << std::string(displayWidth(title), '=') << "\n\n";
+  Table table({{"WHEN", 10},
+               {"WHO", 18},
+               {"WHAT", 7},
+               {"TEXT", screen.width - widthBesideTexts},
+               {"", 9, true},
+               {"GAPS", 4, true}});
+  for (const Post& post : timeline.posts) {
+    if (&post - timeline.posts.data() == mostRows) break;
+    const Author& author = *post.author;
+    table.addRow({dateCell(post.date),
+                  {{author.name, strong},
+                   {NSString::stringWithFormat("@%@", author.handle), faint},
+                   {author.home, faint}},
+                  {{nameOf(post.kind)}},
+                  textCell(post),
+                  responseCell(post),
+                  {{post.gaps ? NSNumber(post.gaps).stringValue() : "", warning}}});
+  }
+  table.print(out, screen);
+  const std::ptrdiff_t notShown = std::ssize(timeline.posts) - mostRows;
+  if (notShown > 0) out << "… and " << notShown << " more\n";
+  if (gaps.total() > 0) {
+    out << "\nGaps filled with defaults: " << gaps.nulls << " null, " << gaps.unusable
+        << " of a wrong kind or without sense, " << gaps.dropped << " elements dropped.\n";
+  }
+  if (gaps.numbersAsText > 0) out << "Numbers that came as text: " << gaps.numbersAsText << ".\n";
+}
+
+void printOverview(std::ostream& out, const Screen& screen, const Value& document) {
+  std::map<std::string, std::size_t> counts;
+  std::size_t values = 0, deepest = 0, largestArray = 0;
+  NSString longestString("");
+  std::vector<std::pair<const Value*, std::size_t>> ahead{{&document, 0}};
+  while (!ahead.empty()) {
+    const auto [value, depth] = ahead.back();
+    ahead.pop_back();
+    ++counts[nameOfKind(*value)];
+    ++values;
+    const NSArray array(*value);
+    const NSDictionary dictionary(*value);
+    if (!array.isNil() || !dictionary.isNil()) deepest = std::max(deepest, depth + 1);
+    largestArray = std::max(largestArray, array.count());
+    for (const Value& element : array) ahead.emplace_back(&element, depth + 1);
+    for (const auto& [key, object] : dictionary) ahead.emplace_back(&object, depth + 1);
+    if (NSString(*value).length() > longestString.length()) longestString = NSString(*value);
+  }
+
+  Table table({{"DOCUMENT"}, {"", 12, true}, {"", screen.width - 40}});
+  const auto add = [&table](const NSString& name, std::size_t count, const NSString& remark = "") {
+    table.addRow({{{name}}, {{NSNumber(count).stringValue()}}, {{remark, faint}}});
+  };
+  add("values", values,
+      NSString::stringWithFormat("the root is one of the %s", nameOfKind(document)));
+  for (const auto& [kind, count] : counts) add("- " + kind, count);
+  add("levels of nesting", deepest);
+  add("largest array", largestArray, "elements");
+  add("longest string", longestString.length(), longestString);
+  table.print(out, screen);
+}
+
+}  // namespace zeb::timeline

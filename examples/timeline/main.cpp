@@ -1,0 +1,151 @@
+// Reads a feed, makes objects of it, archives them, reads them back, and shows what it found.
+
+#include <Foundation/Format.h>
+#include <Logging/OLGLogging.h>
+#include <ZEBUtilities/Coding/ZEBArchiver.h>
+#include <ZEBUtilities/Coding/ZEBUnarchiver.h>
+#include <ZEBUtilities/ZEBJSONSerialization.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+#include <new>
+#include <sstream>
+#include <stdexcept>
+
+#include "BundledFeed.h"
+#include "Files.h"
+#include "Report.h"
+#include "Steps.h"
+#include "Text.h"
+
+namespace zeb::timeline {
+
+namespace {
+
+constexpr const char* usage =
+    "usage: timeline [--keep] [file…]\n"
+    "Shows a feed, or what any other JSON file consists of; without a file, a feed of its own.\n"
+    "  --keep  leave the archive in the temporary directory and tell its path\n";
+
+Value parsed(const NSData& data) {
+  // No data is no error to the serializer: it is what an answer without a body has.
+  if (data.isEmpty()) throw std::runtime_error("No value at line 1, column 1 (byte offset 0).");
+  constexpr bool permitMainThread = true;  // nobody waits for this program's main thread
+  NSError error;
+  const Value document = ZEBJSONSerialization::JSONObjectWithData(
+      data, permitMainThread, NSJSONReadingFragmentsAllowed, &error);
+  if (document.isNil()) throw error;
+  return document;
+}
+
+/// Sends the objects through a file and back.
+void archive(const Timeline& timeline, bool keepsArchive, Steps& steps) {
+  steps.start();
+  const NSData archived = ZEBArchiver().archivedData(timeline);
+  steps.finish("archive", archived.length());
+
+  steps.start();
+  TemporaryFile file(archived);
+  steps.finish("write", archived.length());
+  if (keepsArchive) {
+    file.keep();
+    steps.remark(file.path());
+  }
+
+  const auto authors = makeRef<AuthorPool>();
+  const ZEBUnarchiver unarchiver(sharingRegistry(authors));
+  steps.start();
+  const auto restored = unarchiver.unarchivedRootObject<Timeline>(contentsOfFile(file.path()));
+  steps.finish("read back", archived.length());
+  if (restored != timeline) throw std::runtime_error("The archive gave back something else.");
+  steps.remark(NSString::stringWithFormat("equal, with as many authors: %tu", authors->count()));
+}
+
+/// About the bundled feed when `path` is null.
+std::string report(const std::string* path, bool keepsArchive, const Screen& screen) {
+  std::ostringstream out;
+  Steps steps;
+  steps.start();
+  const NSData data = path ? contentsOfFile(*path) : NSData::dataWithBytes(bundledFeed);
+  steps.finish("read", data.length());
+  steps.start();
+  const Value document = parsed(data);
+  steps.finish("parse", data.length());
+
+  if (FeedReader::canRead(document)) {
+    FeedReader reader;
+    steps.start();
+    const Timeline timeline = reader.timeline(document);
+    steps.finish("build", data.length());
+    steps.remark(NSString::stringWithFormat("posts: %tu, authors: %tu", timeline.posts.size(),
+                                            reader.authorCount()));
+    archive(timeline, keepsArchive, steps);
+    printTimeline(out, screen, timeline, reader.gaps());
+  } else {
+    printOverview(out, screen, document);
+  }
+  out << '\n';
+  steps.print(out, screen);
+  return out.str();
+}
+
+/// Writes to standard output. A reader that has seen enough, such as `head`, is no failure.
+bool show(const std::string& text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  if (std::fflush(stdout) == 0 || errno == EPIPE) return true;
+  std::perror("timeline: standard output");
+  return false;
+}
+
+bool showReport(const std::string* path, bool keepsArchive, const Screen& screen) {
+  NSString reason;
+  try {
+    return show(report(path, keepsArchive, screen));
+  } catch (const std::bad_alloc&) {
+    reason = "Not enough memory";
+  } catch (const std::exception& error) {
+    reason = error.what();
+  }
+  std::cerr << "timeline: " << printable(path ? *path : "the bundled feed") << ": "
+            << printable(reason) << '\n';
+  return false;
+}
+
+int run(int argumentCount, char** arguments) {
+  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe ends one write, not the process
+  OLGSetLevel(OLGLevelError);     // and not warnings of a busy main thread
+  bool keepsArchive = false;
+  std::vector<std::string> paths;
+  for (int index = 1; index < argumentCount; ++index) {
+    const std::string argument = arguments[index];
+    if (argument == "--keep") {
+      keepsArchive = true;
+    } else if (argument == "--help") {
+      return show(usage) ? 0 : 1;
+    } else if (argument.starts_with('-')) {
+      std::cerr << "timeline: unknown option " << printable(argument) << '\n' << usage;
+      return 2;
+    } else {
+      paths.push_back(argument);
+    }
+  }
+
+  const Screen screen = Screen::ofStandardOutput();
+  if (paths.empty()) return showReport(nullptr, keepsArchive, screen) ? 0 : 1;
+  int status = 0;
+  for (const std::string& path : paths) {
+    if (paths.size() > 1) show("\n== " + printable(path).utf8() + "\n");
+    if (!showReport(&path, keepsArchive, screen)) status = 1;
+  }
+  return status;
+}
+
+}  // namespace
+
+}  // namespace zeb::timeline
+
+int main(int argumentCount, char** arguments) {
+  return zeb::timeline::run(argumentCount, arguments);
+}
