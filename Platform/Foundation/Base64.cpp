@@ -45,8 +45,9 @@ NSString NSData::base64EncodedString() const {
 }
 
 NSData NSData::dataWithBase64EncodedString(const NSString& text) {
-  if (text.isNil() || (!text.isASCII() && text.length() > 0)) return nullptr;
-  std::string_view digits = text.asciiView();
+  if (text.isNil()) return nullptr;
+  const std::string characters = text.utf8();
+  std::string_view digits = characters;
   if (digits.size() % 4 != 0) return nullptr;
   std::size_t padding = 0;
   while (padding < 2 && digits.ends_with('=')) {

@@ -42,7 +42,6 @@ struct MutableDataStorage final : IndirectDataStorage {
   void contentsChanged() noexcept {
     bytes = buffer.data();
     length = buffer.size();
-    ++mutations;
   }
   std::vector<std::byte> buffer;
 };

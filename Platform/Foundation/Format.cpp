@@ -5,10 +5,22 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
+#include <span>
 
 namespace zeb {
 
 namespace {
+
+/// How many UTF-16 units a text has: one for each scalar, and one more for each of four bytes.
+std::size_t utf16Length(std::string_view utf8) noexcept {
+  std::size_t length = 0;
+  for (const char byte : utf8) {
+    const auto value = static_cast<unsigned char>(byte);
+    length += (value & 0xC0) != 0x80;
+    length += value >= 0xF0;
+  }
+  return length;
+}
 
 constexpr bool isDigit(char character) noexcept { return character >= '0' && character <= '9'; }
 
@@ -161,7 +173,8 @@ class Formatter {
 
   void pad(const Directive& directive, const std::string& text) {
     const auto width = static_cast<std::size_t>(directive.width.value_or(0));
-    const std::size_t fill = text.size() < width ? width - text.size() : 0;
+    const std::size_t length = utf16Length(text);
+    const std::size_t fill = length < width ? width - length : 0;
     const bool left = directive.flags.find('-') != std::string::npos;
     if (!left) output_.append(fill, ' ');
     output_ += text;
@@ -237,8 +250,9 @@ class Formatter {
   std::string output_;
 };
 
-std::string formattedText(std::string_view format, std::span<const FormatArgument> arguments) {
-  return Formatter(format, arguments).run();
+std::string formattedText(std::string_view format,
+                          std::initializer_list<FormatArgument> arguments) {
+  return Formatter(format, std::span(arguments.begin(), arguments.size())).run();
 }
 
 }  // namespace zeb

@@ -2,17 +2,17 @@
 
 #include <Foundation/NSString.h>
 
-#include <array>
 #include <concepts>
 #include <cstdint>
-#include <span>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <type_traits>
 
 namespace zeb {
 
-/// One argument of a formatted text, with the type it was passed as.
+/// One argument of a formatted text, with the type it was passed as. Borrows what it was made of: only for
+/// use within the expression that makes it.
 class FormatArgument {
  public:
   template <std::integral Integer>
@@ -60,19 +60,18 @@ class FormatArgument {
 /// width and precision as numbers or "*", and positions (%1$@). Arguments carry their own types, so a
 /// directive that does not fit its argument prints the argument by its own type instead of reading
 /// garbage; a directive without argument prints as it stands.
-std::string formattedText(std::string_view format, std::span<const FormatArgument> arguments);
+std::string formattedText(std::string_view format, std::initializer_list<FormatArgument> arguments);
 
 template <class... Arguments>
 NSString NSString::stringWithFormat(std::string_view format, const Arguments&... arguments) {
-  const std::array<FormatArgument, sizeof...(Arguments)> list{FormatArgument(arguments)...};
-  return NSString(std::string_view(formattedText(format, list)));
+  // One expression, because arguments may be looked at through temporaries.
+  return NSString(std::string_view(formattedText(format, {FormatArgument(arguments)...})));
 }
 
 template <class... Arguments>
 NSMutableString& NSMutableString::appendFormat(std::string_view format,
                                                const Arguments&... arguments) {
-  const std::array<FormatArgument, sizeof...(Arguments)> list{FormatArgument(arguments)...};
-  return appendUTF8(formattedText(format, list));
+  return appendUTF8(formattedText(format, {FormatArgument(arguments)...}));
 }
 
 }  // namespace zeb

@@ -164,7 +164,6 @@ DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
   DictionaryEntry* entry = new (&table.entries[table.used]) DictionaryEntry{std::move(ownKey), {}};
   ++table.used;
   ++table.count;
-  ++table.mutations;
   if (table.indexMask && !indexEntry(table, table.used - 1)) {
     table.flags |= StorageKeyedHash;
     rebuildIndex(table);
@@ -178,7 +177,6 @@ bool removeEntry(DictionaryStorage& table, const Value& key) noexcept {
   // The key stays in the index as a dead position, which no search matches, until the next growth.
   const DictionaryEntry removed = std::move(*entry);
   --table.count;
-  ++table.mutations;
   return true;
 }
 
@@ -187,7 +185,6 @@ void removeAllEntries(DictionaryStorage& table) noexcept {
   const std::uint32_t used = std::exchange(table.used, 0);
   table.count = table.capacity = table.indexMask = 0;
   table.flags &= static_cast<std::uint8_t>(~StorageKeyedHash);
-  ++table.mutations;
   for (std::uint32_t position = 0; position < used; ++position)
     entries[position].~DictionaryEntry();
   std::free(entries);

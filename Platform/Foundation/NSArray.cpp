@@ -132,7 +132,6 @@ void NSMutableArray::addObject(Value object) {
   detail::MutableArrayStorage& array = contents();
   if (array.count == array.capacity) grow(std::size_t{array.count} + 1);
   new (&array.buffer[array.count++]) Value(std::move(object));
-  ++array.mutations;
 }
 
 void NSMutableArray::addObjectsFromArray(const NSArray& other) {
@@ -154,7 +153,6 @@ void NSMutableArray::replaceObjectAtIndex(std::size_t index, Value object) {
   requireObject(object);
   if (isNil()) return;
   if (index >= count()) raiseRange(index, count());
-  ++array_().mutations;
   contents().buffer[index].swap(object);
 }
 
@@ -164,7 +162,6 @@ void NSMutableArray::removeObjectAtIndex(std::size_t index) {
   detail::MutableArrayStorage& array = contents();
   std::rotate(array.buffer + index, array.buffer + index + 1, array.buffer + array.count);
   const Value removed = std::move(array.buffer[--array.count]);
-  ++array.mutations;
 }
 
 void NSMutableArray::removeLastObject() {
@@ -179,7 +176,6 @@ void NSMutableArray::removeAllObjects() {
   Value* values = std::exchange(array.buffer, nullptr);
   const std::uint32_t removed = std::exchange(array.count, 0);
   array.capacity = 0;
-  ++array.mutations;
   for (std::uint32_t index = 0; index < removed; ++index) values[index].~Value();
   std::free(values);
 }
@@ -187,7 +183,6 @@ void NSMutableArray::removeAllObjects() {
 void NSMutableArray::exchangeObjectAtIndex(std::size_t first, std::size_t second) {
   if (isNil()) return;
   if (std::max(first, second) >= count()) raiseRange(std::max(first, second), count());
-  ++array_().mutations;
   contents().buffer[first].swap(contents().buffer[second]);
 }
 

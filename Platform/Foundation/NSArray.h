@@ -13,7 +13,7 @@ class NSMutableArray;
 /// Immutable ordered collection of non-nil values.
 ///
 /// `NSArray{a, b}` lists elements; mind that `NSArray{other}` therefore makes an array that holds
-/// `other`, and `NSArray(other)` copies the handle. Nil as an element throws NSException
+/// `other`, and `NSArray(other)` copies the handle. `NSArray{}` is nil; `NSArray::array()` is empty. Nil as an element throws NSException
 /// (NSInvalidArgumentException). At most 2³¹ elements.
 class NSArray : public Value {
  public:

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <new>
 
 namespace zeb {
@@ -137,7 +138,10 @@ NSMutableData NSMutableData::from(const Value& value) noexcept {
 void NSMutableData::appendBytes(std::span<const std::byte> bytes) {
   if (isNil()) return;
   auto& data = *storageAs<detail::MutableDataStorage>();
-  if (bytes.data() == data.buffer.data()) {  // appended to itself: the source would move
+  const std::byte* const start = data.buffer.data();
+  const bool isOwn = !std::less<>()(bytes.data(), start) &&
+                     std::less<>()(bytes.data(), start + data.buffer.size());
+  if (isOwn) {  // appended to itself: the source would move
     const std::vector<std::byte> own(bytes.begin(), bytes.end());
     data.buffer.insert(data.buffer.end(), own.begin(), own.end());
   } else {

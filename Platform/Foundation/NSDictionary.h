@@ -13,7 +13,7 @@ namespace zeb {
 class NSMutableDictionary;
 
 /// Immutable mapping from keys (any non-nil values, in practice strings) to non-nil values, which
-/// remembers the order of insertion. A key given again keeps its place and takes the later value.
+/// remembers the order of insertion. `NSDictionary{}` is nil; `NSDictionary::dictionary()` is empty. A key given again keeps its place and takes the later value.
 ///
 /// Lookup goes by hash, and for literal keys without making a string. Keys that somebody chose to
 /// collide do not slow it down for long: the table then changes to a secret hash. Nil as key or value

@@ -75,7 +75,6 @@ void MutableStringStorage::contentsChanged() noexcept {
   const bool isWideNow = flags & StorageWide;
   data = isWideNow ? static_cast<const void*>(wide.data()) : narrow.data();
   length = static_cast<std::uint32_t>(isWideNow ? wide.size() : narrow.size());
-  ++mutations;
 }
 
 }  // namespace detail
@@ -237,15 +236,20 @@ void NSMutableString::replaceCharactersInRange(NSRange range, const NSString& re
   if (isNil()) return;
   if (range.location > length()) raiseRange(range.location, length());
   if (range.length > length() - range.location) raiseRange(range.location + range.length, length());
+  const NSString own = replacement.copy();  // which may be this very text
   detail::MutableStringStorage& text = contents();
   if (length() - range.length + replacement.length() > UINT32_MAX) {
     throw std::length_error("string too long");
   }
-  const bool staysNarrow = !text.isWide() && (replacement.isNil() || replacement.isASCII());
+  if (range.length == length()) {
+    text.clear();
+    range = {0, 0};
+  }
+  const bool staysNarrow = !text.isWide() && (own.isNil() || own.isASCII());
   if (staysNarrow) {
-    text.narrow.replace(range.location, range.length, std::string(replacement.asciiView()));
+    text.narrow.replace(range.location, range.length, std::string(own.asciiView()));
   } else {
-    const std::u16string units = replacement.utf16();
+    const std::u16string units = own.utf16();
     if (!text.isWide()) {
       text.wide.assign(text.narrow.begin(), text.narrow.end());
       text.narrow = std::string();

@@ -1,5 +1,6 @@
 #include <Foundation/NumberText.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -61,13 +62,8 @@ double leadingDouble(std::string_view text) noexcept {
   const std::from_chars_result result =
       std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec == std::errc::result_out_of_range) {
-    // Too large or too small: the exponent's sign tells, and without one, only large ones fail.
-    const std::string_view number(text.data(), result.ptr);
-    const std::size_t exponent = number.find_first_of("eE");
-    const bool tiny = exponent == std::string_view::npos
-                          ? number.find_first_not_of("0.") > number.find('.')
-                          : number[exponent + 1] == '-';
-    value = tiny ? 0 : std::numeric_limits<double>::infinity();
+    const bool isTiny = isTinyDecimal({text.data(), result.ptr});
+    value = isTiny ? 0 : std::numeric_limits<double>::infinity();
   }
   return minus ? -value : value;
 }
@@ -80,6 +76,19 @@ bool leadingBoolean(std::string_view text) noexcept {
   takeSign(text);
   const std::size_t nonZero = text.find_first_not_of('0');
   return nonZero != std::string_view::npos && isDigit(text[nonZero]);
+}
+
+bool isTinyDecimal(std::string_view number) noexcept {
+  const std::size_t mark = std::min(number.find_first_of("eE"), number.size());
+  const std::string_view exponentText = number.substr(std::min(mark + 1, number.size()));
+  const std::int64_t exponent = leadingInteger(exponentText, -1'000'000'000'000, 1'000'000'000'000);
+  const std::string_view digits = number.substr(0, mark);
+  const std::size_t point = std::min(digits.find('.'), digits.size());
+  const std::size_t first = digits.find_first_of("123456789");
+  // The power of ten that the first digit which counts stands for.
+  const std::int64_t magnitude = first < point ? static_cast<std::int64_t>(point - first)
+                                               : -static_cast<std::int64_t>(first - point);
+  return magnitude + exponent < 0;
 }
 
 std::string shortestText(double number) { return shortest(number); }

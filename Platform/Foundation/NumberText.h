@@ -17,6 +17,10 @@ bool leadingBoolean(std::string_view text) noexcept;
 std::string shortestText(double number);
 std::string shortestText(float number);
 
+/// Whether a decimal number that is out of a double's range is so for being small. `number` is digits with
+/// or without a point and an exponent, not all zeros.
+bool isTinyDecimal(std::string_view number) noexcept;
+
 /// Saturating conversions; not a number gives 0.
 std::int64_t saturatedInteger(double number) noexcept;
 std::uint64_t saturatedUnsigned(double number) noexcept;

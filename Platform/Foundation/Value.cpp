@@ -4,6 +4,7 @@
 #include <Foundation/UnicodeTranscoding.h>
 #include <Foundation/Value.h>
 
+#include <algorithm>
 #include <bit>
 #include <limits>
 #include <ostream>
@@ -99,10 +100,13 @@ std::int64_t Value::longLongValue() const noexcept {
 
 float Value::floatValue() const noexcept {
   const double number = doubleValue();
-  // Beyond the largest float the conversion would be undefined.
-  if (number > std::numeric_limits<float>::max()) return std::numeric_limits<float>::infinity();
-  if (number < std::numeric_limits<float>::lowest()) return -std::numeric_limits<float>::infinity();
-  return static_cast<float>(number);
+  using Limits = std::numeric_limits<float>;
+  // From half a step beyond the largest float on, rounding gives infinity; the conversion itself would be
+  // undefined already behind the largest.
+  constexpr double end = 0x1.ffffffp127;
+  if (number >= end) return Limits::infinity();
+  if (number <= -end) return -Limits::infinity();
+  return static_cast<float>(std::clamp<double>(number, Limits::lowest(), Limits::max()));
 }
 
 double Value::doubleValue() const noexcept {

@@ -130,8 +130,8 @@ class Value {
     return left.isNil() ? right.isNil() : left.isEqual(right);
   }
 
-  /// Equal values have equal hashes. Collections hash a bounded sample of their elements, without
-  /// looking into nested ones.
+  /// Equal values have equal hashes. Arrays hash a bounded sample of their elements, a few levels deep;
+  /// dictionaries and sets their keys.
   std::size_t hash() const noexcept;
 
   /// An immutable value with this content: an immutable value itself, a mutable one's snapshot (its
@@ -154,7 +154,7 @@ class Value {
   }
 
   /// Text for people and logs, as "%@" prints it: strings bare, collections over several lines with
-  /// four spaces a level, nil as "(null)". Nesting is printed 512 levels deep, below that as "…".
+  /// four spaces a level (up to 32), nil as "(null)". Nesting is printed 512 levels deep, below that as "…".
   NSString description() const;
 
   // What the rooms of the library build values with. ------------------------------------------------

@@ -6,6 +6,7 @@
 #include <Foundation/NumberText.h>
 #include <Foundation/TreeWalk.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -16,6 +17,8 @@ namespace zeb {
 namespace {
 
 constexpr std::size_t deepestPrintedLevel = 512;
+/// Lest the text of a deep tree grow out of all proportion.
+constexpr std::size_t deepestIndentation = 32;
 
 std::string describeNumber(const Value& number) {
   switch (number.kind()) {
@@ -137,7 +140,7 @@ class DescriptionPrinter {
 
   void newLine() {
     text += '\n';
-    text.append(4 * indentation_, ' ');
+    text.append(4 * std::min(indentation_, deepestIndentation), ' ');
   }
 
   void appendLeaf(const Value& value) {

@@ -112,15 +112,36 @@ std::uint64_t shallowHash(const Value& value) noexcept {
   return 0;
 }
 
+/// Looks into so many levels of arrays and at so many elements in all.
+std::uint64_t sampledHash(const Value& value, int levels, std::size_t& budget) noexcept {
+  std::uint64_t hash = shallowHash(value);
+  if (levels == 0) return hash;
+  if (value.isArray()) {
+    for (const Value& element : NSArray(value)) {
+      if (budget == 0) break;
+      --budget;
+      hash = detail::mixHash(hash, sampledHash(element, levels - 1, budget));
+    }
+  } else if (value.isDictionary() || value.isSet()) {
+    // A sum, because equal tables may have different orders; so all keys take part.
+    const auto& table = *value.storageAs<detail::DictionaryStorage>();
+    std::uint64_t sum = 0;
+    for (std::uint32_t position = 0; position < table.used; ++position) {
+      if (!table.entries[position].key.isNil()) sum += shallowHash(table.entries[position].key);
+    }
+    hash = detail::mixHash(hash, sum);
+  }
+  return hash;
+}
+
 }  // namespace
 
 bool Value::isEqual(const Value& other) const noexcept {
   std::vector<Pair> rest;
-  if (!equalSoFar(*this, other, rest)) return false;
-  if (rest.empty()) return true;
-  if (keyNesting >= deepestKeyNesting) return false;
+  if (!isArray() && !isDictionary() && !isSet()) return equalSoFar(*this, other, rest);
+  if (keyNesting == deepestKeyNesting) return isIdenticalTo(other);
   ++keyNesting;
-  bool equal = true;
+  bool equal = equalSoFar(*this, other, rest);
   while (equal && !rest.empty()) {
     const auto [left, right] = rest.back();
     rest.pop_back();
@@ -135,23 +156,8 @@ bool Value::isIdenticalTo(const Value& other) const noexcept {
 }
 
 std::size_t Value::hash() const noexcept {
-  constexpr std::size_t sample = 16;
-  std::uint64_t hash = shallowHash(*this);
-  if (isArray()) {
-    const NSArray array(*this);
-    for (std::size_t index = 0; index < std::min(sample, array.count()); ++index) {
-      hash = detail::mixHash(hash, shallowHash(array.begin()[index]));
-    }
-  } else if (isDictionary() || isSet()) {
-    // A sum, because equal tables may have different orders; so all keys take part.
-    const auto& table = *storageAs<detail::DictionaryStorage>();
-    std::uint64_t sum = 0;
-    for (std::uint32_t position = 0; position < table.used; ++position) {
-      if (!table.entries[position].key.isNil()) sum += shallowHash(table.entries[position].key);
-    }
-    hash = detail::mixHash(hash, sum);
-  }
-  return hash;
+  std::size_t budget = 32;
+  return sampledHash(*this, 4, budget);
 }
 
 }  // namespace zeb

@@ -58,8 +58,6 @@ struct Storage {
   std::atomic<std::uint32_t> countOrOffset;
   ValueKind kind;
   std::uint8_t flags;
-  std::uint16_t mutations =
-      0;  ///< of a mutable collection, wrapping: tells a changed one from enumerators
 
   bool isMutable() const noexcept { return flags & StorageMutable; }
 };
@@ -86,6 +84,13 @@ struct MutableStringStorage : StringStorage {
   std::string narrow;     ///< the content while all units are below 128
   std::u16string wide;    ///< the content since one was not
   void contentsChanged() noexcept;
+  /// Back to an empty text of bytes.
+  void clear() noexcept {
+    narrow.clear();
+    wide.clear();
+    flags &= static_cast<std::uint8_t>(~StorageWide);
+    contentsChanged();
+  }
 };
 
 inline const char* StringStorage::ascii() const noexcept {

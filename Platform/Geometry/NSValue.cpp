@@ -13,10 +13,6 @@ struct Overloaded : Visitors... {
   using Visitors::operator()...;
 };
 
-std::string text(std::string_view format, std::initializer_list<FormatArgument> arguments) {
-  return formattedText(format, std::span(arguments.begin(), arguments.size()));
-}
-
 }  // namespace
 
 bool NSValue::isEqual(const NSObject& other) const noexcept {
@@ -52,15 +48,17 @@ std::string NSValue::description() const {
   return std::visit(
       Overloaded{
           [](const CGRect& rect) {
-            return text("{{%@, %@}, {%@, %@}}",
-                        {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height});
+            return formattedText("{{%@, %@}, {%@, %@}}",
+                                 {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height});
           },
-          [](const CGPoint& point) { return text("{%@, %@}", {point.x, point.y}); },
-          [](const CGSize& size) { return text("{%@, %@}", {size.width, size.height}); },
-          [](const NSRange& range) { return text("{%tu, %tu}", {range.location, range.length}); },
+          [](const CGPoint& point) { return formattedText("{%@, %@}", {point.x, point.y}); },
+          [](const CGSize& size) { return formattedText("{%@, %@}", {size.width, size.height}); },
+          [](const NSRange& range) {
+            return formattedText("{%tu, %tu}", {range.location, range.length});
+          },
           [](const CGAffineTransform& matrix) {
-            return text("[%@, %@, %@, %@, %@, %@]",
-                        {matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty});
+            return formattedText("[%@, %@, %@, %@, %@, %@]",
+                                 {matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty});
           },
       },
       content_);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Foundation/NumberText.h>
 #include <Foundation/Value.h>
 #include <Json/SimdjsonPrivate.h>
 
@@ -79,12 +80,7 @@ struct Target {
   double number = 0;
   const std::from_chars_result result = std::from_chars(start, end, number);
   if (result.ec == std::errc::result_out_of_range) {
-    // That is too large or too small: the exponent's sign tells, and where the exponent is missing,
-    // the place of the first digit that counts.
-    const std::string_view text(start, static_cast<std::size_t>(end - start));
-    const std::size_t exponent = text.find_first_of("eE");
-    const bool tiny = exponent != text.npos ? text[exponent + 1] == '-'
-                                            : text.find_first_of("123456789") > text.find('.');
+    const bool tiny = isTinyDecimal({start, static_cast<std::size_t>(end - start)});
     if (!tiny) return malformed("Number too large for a double");
     number = *start == '-' ? -0.0 : 0.0;
   }

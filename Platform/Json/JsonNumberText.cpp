@@ -105,6 +105,9 @@ class SeventeenDigits {
   std::uint64_t last_;
 };
 
+/// From here on plain digits would be read as an integer that may not be the double.
+constexpr double firstInexactInteger = 9007199254740992.0;  // 2^53
+
 template <class Number>
 char* writeShortest(char* target, Number number) noexcept {
   *target = '-';
@@ -128,7 +131,7 @@ char* writeShortest(char* target, Number number) noexcept {
     digits.write(target + 2 - point);
     return target + 2 - point + count;
   }
-  if (point >= count && point <= 17) {
+  if (point >= count && number < firstInexactInteger) {
     digits.write(target);
     return target + point;
   }

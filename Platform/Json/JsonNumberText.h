@@ -11,7 +11,7 @@ inline constexpr std::size_t longestJsonNumber = 48;
 /// Each writes a number as JSON at `target` and answers the place behind it.
 char* writeJsonInteger(char* target, std::int64_t number) noexcept;
 char* writeJsonUnsigned(char* target, std::uint64_t number) noexcept;
-/// The fewest digits that read back the same, in plain notation from 10⁻⁶ up to 10¹⁷ and otherwise
+/// The fewest digits that read back the same, in plain notation from 10⁻⁶ up to 2⁵³ and otherwise
 /// with an exponent. Must be finite.
 char* writeJsonDouble(char* target, double number) noexcept;
 char* writeJsonFloat(char* target, float number) noexcept;

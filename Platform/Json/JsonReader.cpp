@@ -168,7 +168,7 @@ class TreeReader {
     JsonReading reading;
     const std::span<const std::uint32_t> indexes = scratch_.structure.indexes();
     if (indexes.empty()) {
-      reading.fault = {"No value", text_.size()};
+      reading.fault = {"No value", text_.size(), true};
       return reading;
     }
     if (!permitFragments && text_[indexes[0]] != '{' && text_[indexes[0]] != '[') {
@@ -189,7 +189,7 @@ class TreeReader {
 
  private:
   [[gnu::cold]] bool fail(const char* message, std::size_t offset) noexcept {
-    fault_ = {message, offset};
+    fault_ = {message, offset, offset == text_.size()};
     return false;
   }
 

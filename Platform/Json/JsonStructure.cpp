@@ -59,10 +59,10 @@ JsonFault JsonStructure::scanPlainly(std::string_view utf8) {
       }
       offset += utf8[offset] == '\\' ? 2 : 1;
     }
-    if (offset >= utf8.size()) return {"Unterminated string", start};
+    if (offset >= utf8.size()) return {"Unterminated string", start, true};
     ++offset;
   }
-  if (own_.empty()) return {"No value", utf8.size()};
+  if (own_.empty()) return {"No value", utf8.size(), true};
   const std::size_t found = own_.size();
   own_.push_back(static_cast<std::uint32_t>(utf8.size()));
   indexes_ = {own_.data(), found};

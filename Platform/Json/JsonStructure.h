@@ -12,6 +12,7 @@ namespace zeb::detail {
 struct JsonFault {
   const char* message = nullptr;
   std::size_t offset = 0;
+  bool isEndOfText = false;  ///< it is only wrong because the text ends
 };
 
 /// Finds the places in a JSON text where something begins: every bracket, colon and comma, every

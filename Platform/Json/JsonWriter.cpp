@@ -73,7 +73,10 @@ class DocumentWriter {
 
   void newLine() {
     text_.put('\n');
-    for (std::size_t level = 0; level < indentation_; ++level) text_.put("  ");
+    // Indented no further than so, lest a deep document grow out of all proportion.
+    constexpr std::size_t deepestIndentation = 32;
+    const std::size_t levels = std::min(indentation_, deepestIndentation);
+    for (std::size_t level = 0; level < levels; ++level) text_.put("  ");
   }
 
   const bool pretty_;

@@ -40,8 +40,8 @@ Value NSJSONSerialization::JSONObjectWithData(const NSData& data, std::uint64_t 
   const detail::JsonText text(data.view());
   detail::JsonReading reading =
       detail::readJson(text.utf8(), options & NSJSONReadingFragmentsAllowed);
-  if (text.malformedAt() != std::string_view::npos) {
-    // Whatever is wrong before that place is only wrong because the text ends there.
+  const bool isMalformed = text.malformedAt() != std::string_view::npos;
+  if (isMalformed && (!reading.fault.message || reading.fault.isEndOfText)) {
     reading.fault = {"Malformed UTF-16 or UTF-32", text.utf8().size()};
   }
   if (reading.fault.message) {

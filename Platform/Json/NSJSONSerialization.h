@@ -20,7 +20,7 @@ enum NSJSONReadingOptions : std::uint64_t {
 
 /// How JSON is written; bits to combine.
 enum NSJSONWritingOptions : std::uint64_t {
-  /// Line breaks, and two spaces a level.
+  /// Line breaks, and two spaces a level (up to 32).
   NSJSONWritingPrettyPrinted = 1,
   /// Dictionaries in the order of their keys' code units.
   NSJSONWritingSortedKeys = 2,
@@ -42,7 +42,7 @@ class NSJSONSerialization {
   /// as signed or unsigned 64-bit numbers; larger ones, fractions and -0 become the nearest double, and
   /// a number beyond every double is an error. Of equal keys the last one's value wins, at the first
   /// one's place. Escaped surrogates survive unpaired. Nesting deeper than 512 is an error. Takes at
-  /// most 48 times the data's size in memory.
+  /// most 48 times the data's size in memory, and a few KiB.
   ///
   /// Without mutable options, the result's strings and collections share the document's memory, which
   /// goes when the last of them does: see `Value::detachedCopy`.

@@ -4,8 +4,11 @@
 #include <spdlog/sinks/ansicolor_sink.h>
 
 #include <atomic>
+#include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <shared_mutex>
 #include <string>
 
 namespace zeb {
@@ -16,12 +19,25 @@ using Handler = Block<void(const OLGRecord& record)>;
 
 std::atomic<std::int32_t> leastSeriousLevel{OLGLevelInformation};
 
+std::atomic<bool> anyChannelLevel{false};
+
+struct ChannelLevels {
+  std::shared_mutex mutex;
+  std::map<std::string, std::int32_t, std::less<>> levels;
+};
+
+/// Never destroyed: other static objects may log while the process ends.
+ChannelLevels& channelLevels() {
+  static auto* levels = new ChannelLevels;
+  return *levels;
+}
+
 struct HandlerSlot {
   std::mutex mutex;
   Handler handler;
 };
 
-/// Never destroyed: other static objects may log while the process ends.
+/// Never destroyed, likewise.
 HandlerSlot& handlerSlot() {
   static auto* slot = new HandlerSlot;
   return *slot;
@@ -53,8 +69,26 @@ void logToStandardError(const OLGRecord& record) {
 
 }  // namespace
 
-bool OLGCanLog(const void*, std::int32_t level, std::string_view) noexcept {
+bool OLGCanLog(const void*, std::int32_t level, std::string_view channel) noexcept {
+  if (anyChannelLevel.load(std::memory_order_acquire)) {
+    std::shared_lock guard(channelLevels().mutex);
+    const auto found = channelLevels().levels.find(channel);
+    if (found != channelLevels().levels.end()) return level <= found->second;
+  }
   return level <= leastSeriousLevel.load(std::memory_order_relaxed);
+}
+
+void OLGSetChannelLevel(std::string_view channel, std::int32_t level) {
+  std::unique_lock guard(channelLevels().mutex);
+  channelLevels().levels.insert_or_assign(std::string(channel), level);
+  anyChannelLevel.store(true, std::memory_order_release);
+}
+
+void OLGResetChannelLevel(std::string_view channel) {
+  std::unique_lock guard(channelLevels().mutex);
+  const auto found = channelLevels().levels.find(channel);
+  if (found != channelLevels().levels.end()) channelLevels().levels.erase(found);
+  anyChannelLevel.store(!channelLevels().levels.empty(), std::memory_order_release);
 }
 
 void OLGSetLevel(std::int32_t level) noexcept {

@@ -4,9 +4,7 @@
 #include <Foundation/NSString.h>
 #include <Memory/Block.h>
 
-#include <array>
 #include <cstdint>
-#include <span>
 #include <string_view>
 
 namespace zeb {
@@ -34,7 +32,8 @@ struct OLGRecord {
   std::string_view message;
 };
 
-/// Whether a line would be logged: asked before any formatting, costs a comparison. Any thread.
+/// Whether a line would be logged: asked before any formatting, costs a comparison while no channel has a
+/// level of its own. Any thread.
 bool OLGCanLog(const void* context, std::int32_t level, std::string_view channel) noexcept;
 
 /// Logs `message` as it is. Any thread; nothing is thrown.
@@ -45,12 +44,18 @@ template <class... Arguments>
 void OLGLogEx(const void* context, std::int32_t level, std::string_view channel,
               std::string_view file, std::string_view function, std::int32_t line,
               std::string_view format, const Arguments&... arguments) {
-  const std::array<FormatArgument, sizeof...(Arguments)> list{FormatArgument(arguments)...};
-  OLGLogMessage({context, level, channel, file, function, line, formattedText(format, list)});
+  // One expression, because arguments may be looked at through temporaries.
+  OLGLogMessage({context, level, channel, file, function, line,
+                 formattedText(format, {FormatArgument(arguments)...})});
 }
 
 /// The least serious level that is logged; OLGLevelInformation at first. Any thread.
 void OLGSetLevel(std::int32_t level) noexcept;
+
+/// The same for one channel, whatever the general level is; a negative level silences it. Any thread.
+void OLGSetChannelLevel(std::string_view channel, std::int32_t level);
+/// Lets the channel go by the general level again.
+void OLGResetChannelLevel(std::string_view channel);
 
 /// Lets the host take the lines over: from now on every line goes to `handler`, on the thread that
 /// logs it and possibly from several at once; nil gives them back to standard error. The handler is

@@ -39,8 +39,8 @@ void ZEBCircularFIFOBuffer::addObject(const Value& object) {
   }
   const Value purged = std::exchange(buffer_[start_], object);
   start_ = slotIndex(1);
-  ++mutatingInteger_;
   tellDelegate(purged);
+  ++mutatingInteger_;
 }
 
 Value ZEBCircularFIFOBuffer::removeObject() {

@@ -13,7 +13,7 @@ namespace zeb {
 class ZEBCircularFIFOBuffer;
 
 /// Is told what a full buffer drops.
-class ZEBCircularFIFOBufferDelegate : public NSObject {
+class ZEBCircularFIFOBufferDelegate : public virtual NSObject {
  public:
   /// Optional. Called on the thread that adds, after the new object has taken its place.
   virtual void circularFIFOBuffer(ZEBCircularFIFOBuffer& buffer, const Value& purgedObject) {

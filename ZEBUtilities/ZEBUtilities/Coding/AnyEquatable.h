@@ -3,7 +3,7 @@
 #include <Memory/NSObject.h>
 
 #include <any>
-#include <concepts>
+#include <utility>
 
 namespace zeb {
 
@@ -28,10 +28,21 @@ class AnyEquatableAdopter : public AnyEquatable {
   }
 };
 
-/// Shared objects compare by their own equality: with the object in a `Ref<NSObject>`.
-inline bool isEqual(const NSObject& object, const std::any& to) noexcept {
-  const auto* other = std::any_cast<Ref<NSObject>>(&to);
-  return other && *other && object.isEqual(**other);
-}
+/// A shared object as something that can be compared with anything: by the object's own equality, with what
+/// `AnyEquatableObject::any` makes of another object.
+class AnyEquatableObject : public AnyEquatable {
+ public:
+  explicit AnyEquatableObject(Ref<NSObject> object) noexcept : object_(std::move(object)) {}
+
+  static std::any any(Ref<NSObject> object) { return object; }
+
+  bool isEqual(const std::any& to) const override {
+    const auto* other = std::any_cast<Ref<NSObject>>(&to);
+    return object_ && other && *other && object_->isEqual(**other);
+  }
+
+ private:
+  Ref<NSObject> object_;
+};
 
 }  // namespace zeb

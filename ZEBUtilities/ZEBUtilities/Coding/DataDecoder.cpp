@@ -95,7 +95,9 @@ Value DataDecoder::decodedObject(const StringKey& key) {
   const Ref<DecodingBuilder> builder =
       decodingBuilderRegistry_ ? decodingBuilderRegistry_->decodingBuilder(name) : nullptr;
   if (!builder) throw ZEBUnarchiverError::missingDecodingBuilder(name.detachedCopy());
-  return builder->build(*this).value();
+  Value object = builder->build(*this).value();
+  if (object.isNil()) throw ZEBUnarchiverError::unexpectedContent(key.string());
+  return object;
 }
 
 Value DataDecoder::decodedTagged(const NSString& type, const StringKey& key) {

@@ -1,5 +1,6 @@
 #include <Foundation/NSData.h>
 #include <Foundation/NSError.h>
+#include <Foundation/NSException.h>
 #include <Foundation/UnicodeTranscoding.h>
 #include <Json/JsonReader.h>
 #include <Json/JsonWriter.h>
@@ -70,14 +71,44 @@ NSData DataEncoder::encodeRoot(const Value& root) {
   return text_.finish();
 }
 
+/// Takes back a field whose value could not be written, so that the document stays whole for whoever
+/// catches the error.
+class DataEncoder::FieldGuard {
+ public:
+  explicit FieldGuard(DataEncoder& encoder) noexcept
+      : encoder_(encoder),
+        textSize_(encoder.text_.size()),
+        fieldCount_(encoder.fields_.size()),
+        firstField_(encoder.firstField_) {}
+  FieldGuard(const FieldGuard&) = delete;
+  FieldGuard& operator=(const FieldGuard&) = delete;
+  ~FieldGuard() {
+    if (isWritten_) return;
+    encoder_.text_.output().truncate(textSize_);
+    encoder_.fields_.resize(fieldCount_);
+    encoder_.firstField_ = firstField_;
+  }
+
+  void fieldIsWritten() noexcept { isWritten_ = true; }
+
+ private:
+  DataEncoder& encoder_;
+  const std::size_t textSize_;
+  const std::size_t fieldCount_;
+  const std::size_t firstField_;
+  bool isWritten_ = false;
+};
+
 template <class WriteValue>
 void DataEncoder::writeField(const StringKey& key, const WriteValue& writeValue) {
+  FieldGuard guard(*this);
   text_.put(',');
   Field field{key.hash(), text_.size(), 0, 0};
   writeKey(key);
   field.valueStart = text_.size();
   writeValue();
   field.end = text_.size();
+  guard.fieldIsWritten();
   finishField(field);
 }
 
@@ -221,6 +252,7 @@ bool DataEncoder::writeIfObject(const NSObject& object) {
 /// An object's own dictionary.
 template <class EncodeFields>
 void DataEncoder::writeFields(const NSString& encodableName, const EncodeFields& encodeFields) {
+  if (encodableName.isNil()) raiseInvalidArgument("An object's encodable name can't be nil");
   const Nesting nesting(*this, 1);
   const std::size_t outerFirstField = std::exchange(firstField_, fields_.size());
   text_.put("{\"encodableName\":");

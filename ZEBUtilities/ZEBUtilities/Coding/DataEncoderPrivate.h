@@ -42,6 +42,7 @@ class DataEncoder final : public ZEBEncoder {
 
  private:
   class Nesting;
+  class FieldGuard;
   /// Where a field of an open object stands in the text.
   struct Field {
     std::uint32_t keyHash;

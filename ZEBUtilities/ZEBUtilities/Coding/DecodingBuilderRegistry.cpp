@@ -24,7 +24,7 @@ BuilderSpec BuilderSpec::builder(const NSString& encodableName, Ref<DecodingBuil
 }
 
 BasicDecodingBuilderRegistry::BasicDecodingBuilderRegistry(
-    std::initializer_list<BuilderSpec> builderSpecs, Ref<DecodingBuilderRegistry> inFrontOf)
+    std::span<const BuilderSpec> builderSpecs, Ref<DecodingBuilderRegistry> inFrontOf)
     : inFrontOf_(std::move(inFrontOf)) {
   for (const BuilderSpec& spec : builderSpecs) {
     builders_.insert_or_assign(spec.encodableName().copy(), spec.decodingBuilder());

@@ -3,9 +3,11 @@
 #include <ZEBUtilities/Coding/DecodingBuilder.h>
 
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <unordered_map>
+#include <utility>
 
 namespace zeb {
 
@@ -22,8 +24,7 @@ class BuilderSpec {
   /// The type's own name and constructor. For a primitive kind the entry exists, but building stops the
   /// process: decoders read those directly.
   template <class T>
-    requires(ZEBDecodableType<T> || std::is_arithmetic_v<T> || std::derived_from<T, Value> ||
-             BoxableRecord<T> || std::same_as<T, Ref<CLLocation>>)
+    requires(ZEBDecodableType<T> || PrimitiveType<T>)
   static BuilderSpec decodableType();
   static BuilderSpec buildFunction(const NSString& encodableName,
                                    Block<ZEBEncodable(ZEBDecoder&)> buildFunction);
@@ -52,8 +53,12 @@ class BasicDecodingBuilderRegistry final : public DecodingBuilderRegistry {
 
   /// An empty registry with nothing behind it.
   BasicDecodingBuilderRegistry() = default;
-  explicit BasicDecodingBuilderRegistry(std::initializer_list<BuilderSpec> builderSpecs,
+  explicit BasicDecodingBuilderRegistry(std::span<const BuilderSpec> builderSpecs,
                                         Ref<DecodingBuilderRegistry> inFrontOf = nullptr);
+  explicit BasicDecodingBuilderRegistry(std::initializer_list<BuilderSpec> builderSpecs,
+                                        Ref<DecodingBuilderRegistry> inFrontOf = nullptr)
+      : BasicDecodingBuilderRegistry(std::span(builderSpecs.begin(), builderSpecs.size()),
+                                     std::move(inFrontOf)) {}
 
   const Builders& encodableNameToDecodingBuilder() const noexcept { return builders_; }
   const Ref<DecodingBuilderRegistry>& inFrontOf() const noexcept { return inFrontOf_; }
@@ -70,35 +75,35 @@ namespace detail {
 
 [[noreturn]] void stopForPrimitive() noexcept;
 
-/// The name under which a primitive kind would be registered.
+/// Some value of a primitive kind.
 template <class T>
-constexpr const char* primitiveName() noexcept {
-  if constexpr (std::same_as<T, bool>) return "Bool";
-  if constexpr (std::same_as<T, float>) return "Float";
-  if constexpr (std::same_as<T, double>) return "Double";
-  if constexpr (std::is_integral_v<T>) return sizeof(T) == 4 ? "Int32" : "Int";
-  if constexpr (std::same_as<T, NSString>) return "String";
-  if constexpr (std::same_as<T, NSData>) return "Data";
-  if constexpr (std::same_as<T, NSDate>) return "Date";
-  if constexpr (std::same_as<T, CGRect>) return "CGRect";
-  if constexpr (std::same_as<T, CGPoint>) return "CGPoint";
-  if constexpr (std::same_as<T, CGSize>) return "CGSize";
-  if constexpr (std::same_as<T, NSRange>) return "NSRange";
-  if constexpr (std::same_as<T, Ref<CLLocation>>) return "CLLocation";
-  return "Number";
+Value samplePrimitive() {
+  if constexpr (std::same_as<T, NSString>)
+    return "";
+  else if constexpr (std::same_as<T, NSData>)
+    return NSData::data();
+  else if constexpr (std::same_as<T, NSDate>)
+    return NSDate::dateWithTimeIntervalSince1970(0);
+  else if constexpr (std::same_as<T, NSNumber>)
+    return 0;
+  else if constexpr (BoxableRecord<T>)
+    return boxed(T());
+  else if constexpr (std::is_arithmetic_v<T>)
+    return T();
+  else
+    return makeRef<CLLocation>(CLLocation::Fields());
 }
 
 }  // namespace detail
 
 template <class T>
-  requires(ZEBDecodableType<T> || std::is_arithmetic_v<T> || std::derived_from<T, Value> ||
-           BoxableRecord<T> || std::same_as<T, Ref<CLLocation>>)
+  requires(ZEBDecodableType<T> || PrimitiveType<T>)
 BuilderSpec BuilderSpec::decodableType() {
   if constexpr (ZEBDecodableType<T>) {
     return buildFunction(T::encodableName(),
                          [](ZEBDecoder& decoder) { return ZEBEncodable(T(decoder)); });
   } else {
-    return buildFunction(detail::primitiveName<T>(),
+    return buildFunction(detail::primitiveName(detail::samplePrimitive<T>()),
                          [](ZEBDecoder&) -> ZEBEncodable { detail::stopForPrimitive(); });
   }
 }

@@ -38,8 +38,17 @@ concept ZEBEncodableType = requires(const T& object, ZEBEncoder& encoder) {
 template <class T>
 concept ZEBDecodableType = ZEBEncodableType<T> && std::constructible_from<T, ZEBDecoder&>;
 
-/// Base of shared objects that can be archived.
-class ZEBObjCEncodable : public NSObject {
+/// The primitive kinds, which can be passed as encodables but which encoders and decoders handle themselves.
+template <class T>
+concept PrimitiveType =
+    std::is_arithmetic_v<T> || std::same_as<T, NSString> || std::same_as<T, NSNumber> ||
+    std::same_as<T, NSData> || std::same_as<T, NSDate> || std::same_as<T, CGRect> ||
+    std::same_as<T, CGPoint> || std::same_as<T, CGSize> || std::same_as<T, NSRange> ||
+    std::same_as<T, Ref<CLLocation>>;
+
+/// What shared objects that can be archived implement. A protocol derives virtually from the root class, so
+/// that a class may implement several.
+class ZEBObjCEncodable : public virtual NSObject {
  public:
   /// The same for all objects of a class, and never changed: it is stored in documents.
   virtual NSString encodableName() const = 0;
@@ -47,6 +56,9 @@ class ZEBObjCEncodable : public NSObject {
 };
 
 namespace detail {
+
+/// The encodable name that a primitive kind has; nil for nil.
+NSString primitiveName(const Value& primitive);
 
 /// An encodable object of any value-model type, as an object that collections can hold.
 class EncodableBox : public NSObject {
@@ -102,47 +114,6 @@ class BorrowingBox final : public EncodableBox {
 
 }  // namespace detail
 
-/// Any encodable value: the type-erased form of `ZEBEncodableType`, and of the primitive kinds
-/// (booleans, integers, floats, doubles, strings, numbers, data, dates, rectangles, points, sizes, ranges,
-/// locations), which can be passed as encodables but are written by the encoder itself. A nullable shared
-/// handle to an immutable object.
-class ZEBEncodable {
- public:
-  ZEBEncodable() noexcept = default;
-  ZEBEncodable(std::nullptr_t) noexcept {}
-  template <ZEBEncodableType T>
-  ZEBEncodable(T object) : value_(makeRef<detail::OwningBox<T>>(std::move(object))) {}
-  template <class Primitive>
-    requires(std::is_arithmetic_v<Primitive> || std::same_as<Primitive, NSString> ||
-             std::same_as<Primitive, NSNumber> || std::same_as<Primitive, NSData> ||
-             std::same_as<Primitive, NSDate>)
-  ZEBEncodable(Primitive primitive) : value_(std::move(primitive)) {}
-  template <BoxableRecord Record>
-    requires(!std::same_as<Record, CGAffineTransform>)
-  ZEBEncodable(const Record& record) : value_(boxed(record)) {}
-  ZEBEncodable(Ref<CLLocation> location) : value_(std::move(location)) {}
-
-  bool isNil() const noexcept { return value_.isNil(); }
-
-  /// Stop the process on a primitive: encoders write those directly.
-  NSString encodableName() const;
-  void encode(ZEBEncoder& encoder) const;
-
-  /// The object when it is of this type, else null. Valid as long as this handle.
-  template <ZEBEncodableType T>
-  const T* as() const noexcept {
-    const auto* box = detail::owningBox<T>(value_);
-    return box ? &box->object : nullptr;
-  }
-
-  /// As an element for collections, and back (nil when the value holds no encodable object).
-  const Value& value() const noexcept { return value_; }
-  static ZEBEncodable from(const Value& value) noexcept;
-
- private:
-  Value value_;
-};
-
 // What `ZEBEncoder::encodeObject` takes: each answers the thing as a value. Of encodable objects the
 // value only borrows, so that it must not outlive them.
 
@@ -165,6 +136,41 @@ template <std::derived_from<NSObject> Object>
 Value encodableValue(const Ref<Object>& object) {
   return Value(object);
 }
+/// Any encodable value: the type-erased form of `ZEBEncodableType`, and of the primitive kinds
+/// (booleans, integers, floats, doubles, strings, numbers, data, dates, rectangles, points, sizes, ranges,
+/// locations), which can be passed as encodables but are written by the encoder itself. A nullable shared
+/// handle to an immutable object.
+class ZEBEncodable {
+ public:
+  ZEBEncodable() noexcept = default;
+  ZEBEncodable(std::nullptr_t) noexcept {}
+  template <ZEBEncodableType T>
+  ZEBEncodable(T object) : value_(makeRef<detail::OwningBox<T>>(std::move(object))) {}
+  template <PrimitiveType Primitive>
+  ZEBEncodable(const Primitive& primitive) : value_(encodableValue(primitive)) {}
+
+  bool isNil() const noexcept { return value_.isNil(); }
+
+  /// Nil for nil.
+  NSString encodableName() const;
+  /// Nothing for nil. Stops the process on a primitive: encoders write those directly.
+  void encode(ZEBEncoder& encoder) const;
+
+  /// The object when it is of this type, else null. Valid as long as this handle.
+  template <ZEBEncodableType T>
+  const T* as() const noexcept {
+    const auto* box = detail::owningBox<T>(value_);
+    return box ? &box->object : nullptr;
+  }
+
+  /// As an element for collections, and back (nil when the value holds no encodable object).
+  const Value& value() const noexcept { return value_; }
+  static ZEBEncodable from(const Value& value) noexcept;
+
+ private:
+  Value value_;
+};
+
 inline Value encodableValue(const ZEBEncodable& encodable) { return encodable.value(); }
 template <ZEBEncodableType T>
 Value encodableValue(const T& object) {
@@ -172,10 +178,22 @@ Value encodableValue(const T& object) {
 }
 template <class T>
 Value encodableValue(const std::optional<T>& object);
-/// Sequences become arrays; sequences of pairs, such as maps, become dictionaries.
-template <std::ranges::input_range Sequence>
-  requires(!std::derived_from<Sequence, Value> &&
-           !std::convertible_to<const Sequence&, const char*>)
+namespace detail {
+
+/// Sequences whose elements stay where they are, so that they can be borrowed; or need not be.
+template <class Sequence>
+concept EncodableSequence =
+    std::ranges::input_range<const Sequence> && !std::derived_from<Sequence, Value> &&
+    !std::convertible_to<const Sequence&, const char*> &&
+    (std::is_lvalue_reference_v<std::ranges::range_reference_t<const Sequence>> ||
+     std::is_arithmetic_v<std::ranges::range_value_t<Sequence>> ||
+     std::derived_from<std::ranges::range_value_t<Sequence>, Value>);
+
+}  // namespace detail
+
+/// Sequences become arrays; sequences of pairs, such as maps, become dictionaries. A view that makes its
+/// elements on the fly is not taken, unless they are values or numbers.
+template <detail::EncodableSequence Sequence>
 Value encodableValue(const Sequence& sequence);
 
 namespace detail {
@@ -193,9 +211,7 @@ Value encodableValue(const std::optional<T>& object) {
   return object ? encodableValue(*object) : Value();
 }
 
-template <std::ranges::input_range Sequence>
-  requires(!std::derived_from<Sequence, Value> &&
-           !std::convertible_to<const Sequence&, const char*>)
+template <detail::EncodableSequence Sequence>
 Value encodableValue(const Sequence& sequence) {
   if constexpr (detail::KeyedElement<std::ranges::range_value_t<Sequence>>) {
     NSMutableDictionary dictionary;

@@ -14,8 +14,9 @@ class ZEBUnarchiverError : public std::exception {
   enum class Case : std::uint8_t {
     /// A typed read found a value of another kind under the key.
     unexpectedDataType,
-    /// A value that is neither plain nor a dictionary, a component that makes no sense, or an enumeration
-    /// value that names no case, under the key; for an unknown type name, deliberately, the type name
+    /// A value that is neither plain nor a dictionary, a component that makes no sense, an enumeration value
+    /// that names no case, an object that its builder made nothing of, or nesting that the stack can't bear,
+    /// under the key; for an unknown type name, deliberately, the type name
     /// stands in place of the key.
     unexpectedContent,
     /// The dictionary under the key should be an object but names no encodable.
