@@ -104,8 +104,8 @@ std::int64_t saturatedInteger(double number) noexcept {
 
 std::uint64_t saturatedUnsigned(double number) noexcept {
   constexpr double end = 18446744073709551616.0;
+  if (!(number > 0)) return 0;
   if (number >= end) return std::numeric_limits<std::uint64_t>::max();
-  if (!(number > -1)) return number < 0 ? static_cast<std::uint64_t>(saturatedInteger(number)) : 0;
   return static_cast<std::uint64_t>(number);
 }
 
