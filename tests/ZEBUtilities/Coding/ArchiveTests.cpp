@@ -1,0 +1,443 @@
+#include <Foundation/NSNull.h>
+#include <Foundation/NSSet.h>
+#include <Foundation/NSURL.h>
+#include <ZEBUtilities/Coding/ZEBArchiver.h>
+#include <ZEBUtilities/Coding/ZEBRawValueEnumCodable.h>
+#include <ZEBUtilities/Coding/ZEBUnarchiver.h>
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <map>
+#include <regex>
+#include <sstream>
+
+#include "../../Platform/Support.h"
+
+namespace zeb {
+namespace {
+
+enum class Mood : std::uint64_t { calm = 1, excited = UINT64_MAX };
+enum class Color : std::uint8_t { red, green };
+using AnyMood = ZEBRawValueEnumCodable<Mood>;
+using AnyColor = ZEBRawValueEnumCodable<Color>;
+
+}  // namespace
+
+template <>
+struct ZEBRawValueEnumTraits<Mood> {
+  static const char* encodableName() { return "Mood"; }
+  static constexpr std::array cases{Mood::calm, Mood::excited};
+};
+template <>
+struct ZEBRawValueEnumTraits<Color> {
+  static const char* encodableName() { return "Color"; }
+  static constexpr std::array cases{std::pair{Color::red, "r"}, std::pair{Color::green, "g"}};
+};
+
+namespace {
+
+/// An object with one field of any type.
+template <class T>
+struct Holder {
+  static const char* encodableName() { return "Holder"; }
+  explicit Holder(T held) : value(std::move(held)) {}
+  explicit Holder(ZEBDecoder& decoder) : value(decoder.decodeObjectForKey<T>("v")) {}
+  void encode(ZEBEncoder& encoder) const { encoder.encodeObject(value, "v"); }
+  bool operator==(const Holder&) const = default;
+  T value;
+};
+
+/// The same as a shared object, which goes to its field from a frame that soon fills a small stack.
+struct Node : ZEBObjCEncodable {
+  explicit Node(Value held) : value(std::move(held)) {}
+  explicit Node(ZEBDecoder& decoder) {
+    volatile char frame[4096] = {};
+    value = decoder.decodeObjectForKey("v");
+    frame[1] = frame[0];
+  }
+  NSString encodableName() const override { return "Node"; }
+  void encodeWithEncoder(ZEBEncoder& encoder) const override {
+    volatile char frame[4096] = {};
+    encoder.encodeObject(value, "v");
+    frame[1] = frame[0];
+  }
+  Value value;
+};
+
+/// Whose fields are written by a function.
+struct Writer {
+  static const char* encodableName() { return ""; }
+  void encode(ZEBEncoder& encoder) const { write(encoder); }
+  std::function<void(ZEBEncoder&)> write;
+};
+
+static_assert(ZEBEncodableType<Writer> && !ZEBDecodableType<Writer> && !ZEBEncodableType<Mood>);
+static_assert(ZEBDecodableType<AnyMood> && !std::is_constructible_v<ZEBEncodable, Mood>);
+
+using Registry = BasicDecodingBuilderRegistry;
+NSData bytes(std::string_view document) { return NSData::dataWithBytes(document); }
+
+template <class T>
+std::string archived(const T& root) {
+  return std::string(ZEBArchiver().archivedData(root).view());
+}
+/// What the document's `Holder` holds.
+template <class T>
+T unarchived(std::string_view document) {
+  static const auto models = makeRef<Registry>(
+      {BuilderSpec::decodableType<Holder<Value>>(), BuilderSpec::decodableType<AnyMood>(),
+       BuilderSpec::decodableType<AnyColor>(),
+       BuilderSpec::objCBuildFunction("Node", [](ZEBDecoder& decoder) -> Ref<ZEBObjCEncodable> {
+         return makeRef<Node>(decoder);
+       })});
+  const ZEBUnarchiver unarchiver(
+      makeRef<Registry>({BuilderSpec::decodableType<Holder<T>>()}, models));
+  return unarchiver.unarchivedRootObject<Holder<T>>(bytes(document)).value;
+}
+
+/// Document text out of a shorthand: "@X" opens a value of type X, "%X" an object of that name, and "<1>"
+/// stands for an archived double.
+std::string expanded(std::string text) {
+  text = std::regex_replace(text, std::regex("@(\\w+)"), R"({"type":"$1")");
+  text = std::regex_replace(text, std::regex("%(\\w+)"), R"({"encodableName":"$1")");
+  for (std::size_t at; (at = text.find('<')) != std::string::npos;) {
+    const std::size_t end = text.find('>', at);
+    const auto bits = std::bit_cast<std::uint64_t>(std::stod(text.substr(at + 1, end - at - 1)));
+    text.replace(at, end - at + 1, R"({"type":"Double","bits":)" + std::to_string(bits) + "}");
+  }
+  return text;
+}
+/// The document of a `Holder` with this field.
+std::string held(const std::string& field) { return expanded("%Holder,\"c_v\":" + field + "}"); }
+
+/// What goes wrong: "NSError <code>", or an unarchiver error's case, payload and path.
+std::string errorOf(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const NSError& error) {
+    return "NSError " + std::to_string(error.code());
+  } catch (const ZEBUnarchiverError& error) {
+    return error.what();
+  }
+  return "";
+}
+template <class T = Value>
+std::string readingError(std::string_view document) {
+  return errorOf([&] { unarchived<T>(document); });
+}
+
+const NSDate date = NSDate::dateWithTimeIntervalSince1970(0.5);
+
+TEST(Archive, EveryKindHasItsText) {
+  const CLLocation::Fields fields{{1, 2}, -HUGE_VAL, 4, 5, 6, 7, date};
+  const NSDictionary dictionary{{1, NSArray{"a"}}, {7u, 0.5}, {NSString(u"\xDC00"), true}};
+  const std::pair<Value, const char*> rows[] = {
+      {true, "true"},
+      {UINT64_MAX, "18446744073709551615"},
+      {0.1, R"(@Double,"bits":4591870180066957722})"},
+      {std::bit_cast<double>(0x7FF0'0000'0000'0001), R"(@Double,"bits":9218868437227405313})"},
+      {1.5f, R"(@Float,"bits":1069547520})"},
+      {std::bit_cast<float>(0x7F800001), R"(@Float,"bits":2139095041})"},
+      {"a/é\n", R"("a\/é\n")"},
+      {NSString(u"\xD800x"), R"(@UTF16String,"bytes":"\/\/4A2HgA"})"},
+      {bytes("\xFF\xEF!!"), R"(@Data,"bytes":"\/+8hIQ=="})"},
+      {date, R"(@Date,"interval":<0.5>})"},
+      {boxed(CGRect{{1, 2}, {3, -0.0}}), R"(@CGRect,"x":<1>,"y":<2>,"width":<3>,"height":<-0.0>})"},
+      {boxed(CGPoint{1, 2}), R"(@CGPoint,"x":<1>,"y":<2>})"},
+      {boxed(CGSize{1, 2}), R"(@CGSize,"width":<1>,"height":<2>})"},
+      {boxed(NSRange{5, SIZE_MAX}), R"(@NSRange,"location":5,"length":18446744073709551615})"},
+      {makeRef<CLLocation>(fields),
+       R"(@CLLocation,"lat":<1>,"long":<2>,"interval":<0.5>,"altitude":<-inf>,)"
+       R"("horizontalAccuracy":<4>,"verticalAccuracy":<5>,"course":<6>,"speed":<7>})"},
+      {NSArray::array(), R"(@Array,"arrayValues":[]})"},
+      {NSDictionary::dictionary(), R"(@Dictionary,"keys":[],"values":[]})"},
+      {dictionary, R"(@Dictionary,"keys":[1,7,@UTF16String,"bytes":"\/\/4A3A=="}],)"
+                   R"("values":[@Array,"arrayValues":["a"]},<0.5>,true]})"},
+      {makeRef<Node>(makeRef<Node>(1)), R"(%Node,"c_v":%Node,"c_v":1}})"},
+      {ZEBEncodable(AnyMood(Mood::excited)).value(), R"(%Mood,"c_rawValue":18446744073709551615})"},
+      {ZEBEncodable(AnyColor(Color::green)).value(), R"(%Color,"c_rawValue":"g"})"}};
+  for (const auto& [value, text] : rows) {
+    const std::string document = archived(Holder<Value>(value));
+    EXPECT_EQ(document, held(text));
+    const Value back = unarchived<Value>(document);
+    EXPECT_EQ(archived(Holder<Value>(back)), document) << "not the same bits";
+    EXPECT_TRUE(value.isObject() || std::isnan(value.doubleValue()) || back == value) << back;
+  }
+}
+
+TEST(Archive, StaticTypesComeBack) {
+  const auto expectBack = []<class... T>(const T&... values) {
+    EXPECT_TRUE(((unarchived<T>(archived(Holder<T>(values))) == values) && ...));
+  };
+  expectBack(true, std::int8_t{-8}, 0xFFFFFFFFu, INT64_MIN, UINT64_MAX, -HUGE_VALF, 0.1, date);
+  expectBack(std::string("é"), NSNumber(1.5f), CGRect{{1, 2}, {3, 4}}, AnyMood(Mood::calm));
+  expectBack(std::vector<std::vector<double>>{{1, -0.5}, {}}, std::vector<bool>{true, false});
+  expectBack(
+      std::map<std::string, std::vector<AnyColor>>{{"a", {AnyColor(Color::red)}}, {"b", {}}});
+  expectBack(std::unordered_map<std::int64_t, std::map<NSString, NSDate>>{{-1, {{"d", date}}}});
+  using Sizes = std::optional<std::vector<std::map<std::string, CGSize>>>;
+  expectBack(Sizes({{{"s", {1, 2}}}, {}}), Sizes());
+  const auto node = makeRef<Node>(NSArray{makeRef<Node>(1)});
+  EXPECT_EQ(archived(unarchived<Ref<Node>>(archived(Holder(node)))), archived(node));
+  const AnyMood calm = Mood::calm;
+  const auto any = unarchived<ZEBEncodable>(archived(Holder(ZEBEncodable(calm))));
+  EXPECT_TRUE(any.as<AnyMood>() && *any.as<AnyMood>() == calm && !any.as<AnyColor>());
+}
+
+TEST(Archive, FieldsAreStoredUnderTheirOwnKeys) {
+  const NSString odd(u"\xD800");
+  const Writer root{[&](ZEBEncoder& encoder) {
+    encoder.encodeString("s", "string");
+    encoder.encodeNumber(2u, "number");
+    encoder.encodeBool(true, "type");
+    encoder.encodeInt(-3, "encodableName");
+    encoder.encodeInt64(5, odd);
+    encoder.encodeString(nullptr, "number");
+    encoder.encodeObject(std::optional<int>(), "number");
+    encoder.encodeObject(Writer{[](ZEBEncoder& inner) { inner.encodeInt32(1, "number"); }}, "o");
+    encoder.encodeObject("a longer one", "string");
+    encoder.encodeInt(6, "type");
+    const Writer failing{[](ZEBEncoder& inner) {
+      inner.encodeInt(1, "lost");
+      throw std::runtime_error("left out");
+    }};
+    EXPECT_THROW(encoder.encodeObject(failing, "child"), std::runtime_error);
+  }};
+  EXPECT_EQ(archived(root),
+            R"({"encodableName":"","c_string":"a longer one","c_number":2,"c_type":6,)"
+            R"("c_encodableName":-3,"c_\ud800":5,"c_o":{"encodableName":"","c_number":1}})");
+  const auto reader = BuilderSpec::buildFunction("", [&](ZEBDecoder& decoder) -> ZEBEncodable {
+    EXPECT_FALSE(decoder.containsValueForKey(NSString(u"\xD801")));
+    return Holder<Value>(decoder.decodeObjectForKey(odd));
+  });
+  const ZEBUnarchiver unarchiver(makeRef<Registry>({reader}));
+  EXPECT_EQ(unarchiver.unarchivedRootObject<Holder<Value>>(bytes(archived(root))).value, Value(5));
+  EXPECT_EQ(archived(ZEBEncodable(5)) + archived(ZEBEncodable()), "{}{}");
+  EXPECT_EQ(archived(ZEBEncodable(Holder(1))) + archived(makeRef<Node>(1)),
+            held("1") + R"({"encodableName":"Node","c_v":1})");
+}
+
+TEST(Archive, TooDeepNestingIsAnError) {
+  const auto errorAfterAll = [](const Value& content) {
+    return errorOf([&] { unarchived<Value>(archived(Holder<Value>(content))); });
+  };
+  Value objects = 1;
+  for (int i = 0; i < 511; ++i) objects = makeRef<Node>(objects);
+  const std::string deepest = archived(Holder<Value>(objects));
+  EXPECT_EQ(errorAfterAll(objects), "");
+  EXPECT_EQ(errorAfterAll(makeRef<Node>(objects)), "NSError 3852");
+  EXPECT_EQ(readingError(held(deepest)), "NSError 3840");
+  Value arrays = 1;
+  for (int i = 0; i < 255; ++i) arrays = NSArray{arrays};
+  EXPECT_EQ(errorAfterAll(arrays), "") << "an array makes two levels of JSON";
+  EXPECT_EQ(errorAfterAll(NSArray{arrays}), "NSError 3852");
+  const auto cycle = makeRef<Node>(nullptr);
+  cycle->value = NSArray{cycle};
+  EXPECT_EQ(errorAfterAll(cycle), "NSError 3852");
+  cycle->value = nullptr;
+  test::runOnSmallStack([&] {
+    EXPECT_EQ(errorAfterAll(objects), "NSError 3852");
+    const std::string error = readingError(deepest);
+    EXPECT_TRUE(error.starts_with(R"(unexpectedContent(key: "v") at root.v.v.)")) << error;
+  });
+}
+
+TEST(ArchiveDeathTest, ProgrammingErrorsStopTheProcess) {
+  const auto stops = testing::KilledBySignal(SIGABRT);
+  const auto archive = [](const Value& value) { archived(Holder<Value>(value)); };
+  const std::string kind =
+      "^Object must be either Encodable, ZEBObjCEncodable, Array, or Dictionary: ";
+  EXPECT_EXIT(archive(NSNull::null()), stops, kind + "<null>\n$");
+  EXPECT_EXIT(archive(NSURL::URLWithString("http://host/")), stops, kind + "http://host/\n$");
+  EXPECT_EXIT(archive(NSArray{NSSet{1}}), stops,
+              kind + R"(\{\()"
+                     "\n    1\n"
+                     R"(\)\})"
+                     "\n$");
+  EXPECT_EXIT(archive(boxed(CGAffineTransform())), stops,
+              kind + R"(\[0, 0, 0, 0, 0, 0\])"
+                     "\n$");
+  const std::string key = "^Dictionary keys must be either Int, Int64, or String: ";
+  EXPECT_EXIT(archive(NSDictionary{{1.5, 1}}), stops, key + "1.5\n$");
+  EXPECT_EXIT(archive(NSDictionary{{true, 1}}), stops, key + "1\n$");
+  EXPECT_EXIT(archive(NSDictionary{{UINT64_MAX, 1}}), stops, key + "18446744073709551615\n$");
+  const Writer direct{[](ZEBEncoder& encoder) { ZEBEncodable(5).encode(encoder); }};
+  EXPECT_EXIT(archived(direct), stops, "^Encoders should directly encode primitives\n$");
+  const ZEBUnarchiver unarchiver(makeRef<Registry>({BuilderSpec::decodableType<double>()}));
+  EXPECT_EXIT(unarchiver.unarchivedRootObject<Value>(bytes(expanded("%Double}"))), stops,
+              "^Encoders should directly encode and decode primitives\n$");
+}
+
+TEST(Unarchiver, MalformedDocumentsFailWithCasePayloadAndPath) {
+  // An error, and the documents that give it.
+  constexpr auto documents = R"(NSError 3840|null|"text"| |
+unexpectedRootDataType|[]
+missingRootObject|@Array,"arrayValues":[]}|%Node,"c_v":1}
+missingEncodableName(key: "root") at root|{}|{"type":5}
+missingDecodingBuilder(encodableName: "Nobody") at root|%Nobody}
+unexpectedDataType(key: "encodableName") at root|{"encodableName":5}
+missingRequiredData(key: "v") at root|%Holder}|%Holder,"v":1})";
+  // An error, and the fields of a `Holder` that give it.
+  constexpr auto fields = R"(missingEncodableName(key: "v") at root.v|{}
+unexpectedContent(key: "v") at root|null|[1]
+unexpectedContent(key: "Blob") at root.v|@Blob}
+missingRequiredData(key: "bits") at root.v|@Double}|@Float}
+unexpectedDataType(key: "bits") at root.v|@Double,"bits":"1"}
+unexpectedContent(key: "bits") at root.v|@Double,"bits":-1}|@Double,"bits":1.5}|@Double,"bits":true}
+unexpectedContent(key: "bits") at root.v|@Double,"bits":null}|@Float,"bits":4294967296}
+missingRequiredData(key: "bytes") at root.v|@Data}|@UTF16String}
+unexpectedDataType(key: "bytes") at root.v|@Data,"bytes":5}|@UTF16String,"bytes":<1>}
+unexpectedContent(key: "bytes") at root.v|@Data,"bytes":"AA"}|@UTF16String,"bytes":"AA=="}
+unexpectedDataType(key: "interval") at root.v|@Date,"interval":"x"}
+missingRequiredData(key: "bits") at root.v.interval|@Date,"interval":@Double}}
+missingRequiredData(key: "height") at root.v|@CGRect,"x":<1>,"y":<1>,"width":<1>}|@CGSize,"width":<1>}
+unexpectedContent(key: "x") at root.v|@CGPoint,"x":[],"y":<1>}
+unexpectedContent(key: "location") at root.v|@NSRange,"location":-1,"length":0}
+missingRequiredData(key: "altitude") at root.v|@CLLocation,"lat":<1>,"long":<1>,"interval":<1>}
+unexpectedDataType(key: "arrayValues") at root.v|@Array,"arrayValues":{}}
+missingEncodableName(key: "v") at root.v[1]|@Array,"arrayValues":[1,{}]}
+missingRequiredData(key: "values") at root.v|@Dictionary,"keys":[]}
+unexpectedContent(key: "v") at root.v|@Array,"arrayValues":[1,null]}|@Dictionary,"keys":[1],"values":[]}
+unexpectedContent(key: "v") at root.v|@Dictionary,"keys":[true],"values":[1]}|@Dictionary,"keys":[<1>],"values":[1]}
+missingDecodingBuilder(encodableName: "X") at root.v[0].v|@Array,"arrayValues":[%Node,"c_v":%X}}]}
+missingRequiredData(key: "rawValue") at root.v|%Mood}|%Color,"rawValue":1}
+unexpectedContent(key: "rawValue") at root.v|%Mood,"c_rawValue":2}|%Mood,"c_rawValue":-1}|%Color,"c_rawValue":"b"})";
+  for (const auto table : {documents, fields}) {
+    std::istringstream lines(table);
+    for (std::string line, error, text; std::getline(lines, line);) {
+      std::istringstream cells(line);
+      for (std::getline(cells, error, '|'); std::getline(cells, text, '|');) {
+        EXPECT_EQ(readingError(table == fields ? held(text) : expanded(text)), error) << text;
+      }
+    }
+  }
+  const std::string otherType = R"(unexpectedDataType(key: "v") at root)";
+  EXPECT_EQ(readingError<AnyMood>(held(R"(%Color,"c_rawValue":"g"})")), otherType);
+  EXPECT_EQ(readingError<std::vector<int>>(held(R"(@Array,"arrayValues":[1,"2"]})")), otherType);
+  using Map = std::map<std::string, int>;
+  EXPECT_EQ(readingError<Map>(held(R"(@Dictionary,"keys":[1],"values":[1]})")), otherType);
+  EXPECT_EQ(readingError<std::optional<int>>(held("null")),
+            R"(unexpectedContent(key: "v") at root)");
+}
+
+/// Reads a field of this text, an absent one and ones of other types, in the form that requires the field
+/// and in the one with a default.
+template <class T, class Default>
+void expectReads(const char* text, T value, T defaultValue,
+                 T (ZEBDecoder::*require)(const StringKey&),
+                 T (ZEBDecoder::*readOr)(const StringKey&, Default)) {
+  for (const bool isRequired : {true, false}) {
+    T result{};
+    const auto spec =
+        BuilderSpec::buildFunction("Holder", [&](ZEBDecoder& decoder) -> ZEBEncodable {
+          result = isRequired ? (decoder.*require)("v") : (decoder.*readOr)("v", defaultValue);
+          return Holder<Value>(1);
+        });
+    const auto error = [&](const std::string& document) {
+      const ZEBUnarchiver unarchiver(makeRef<Registry>({spec}));
+      return errorOf([&] { unarchiver.unarchivedRootObject<ZEBEncodable>(bytes(document)); });
+    };
+    EXPECT_TRUE(error(held(text)).empty() && result == value) << text;
+    EXPECT_EQ(error(expanded("%Holder}")),
+              isRequired ? R"(missingRequiredData(key: "v") at root)" : "");
+    EXPECT_EQ(result, isRequired ? value : defaultValue) << text;
+    for (const char* other : {"null", "[]", R"(@Data,"bytes":""})"}) {
+      EXPECT_EQ(error(held(other)), R"(unexpectedDataType(key: "v") at root)");
+    }
+  }
+}
+
+TEST(Unarchiver, TypedReadsRequireOrDefault) {
+  using D = ZEBDecoder;
+  expectReads<NSString>(R"("s")", "s", "d", &D::decodeStringForKey, &D::decodeStringForKey);
+  expectReads("2", true, false, &D::decodeBoolForKey, &D::decodeBoolForKey);
+  expectReads("-9223372036854775808", INT64_MIN, 9L, &D::decodeIntForKey, &D::decodeIntForKey);
+  expectReads("4294967301", 5, 9, &D::decodeInt32ForKey, &D::decodeInt32ForKey);
+  expectReads("18446744073709551615", -1L, 9L, &D::decodeInt64ForKey, &D::decodeInt64ForKey);
+  expectReads("<1.5>", 1.5f, 9.0f, &D::decodeFloatForKey, &D::decodeFloatForKey);
+  expectReads("3", 3.0, 9.0, &D::decodeDoubleForKey, &D::decodeDoubleForKey);
+  expectReads(R"(@CGRect,"x":1,"y":<2>,"width":3,"height":4})", CGRect{{1, 2}, {3, 4}}, CGRect(),
+              &D::decodeCGRectForKey, &D::decodeCGRectForKey);
+  expectReads(R"(@CGPoint,"x":1,"y":2})", CGPoint{1, 2}, {}, &D::decodeCGPointForKey,
+              &D::decodeCGPointForKey);
+  expectReads(R"(@CGSize,"width":1,"height":2})", CGSize{1, 2}, {}, &D::decodeCGSizeForKey,
+              &D::decodeCGSizeForKey);
+  expectReads(R"(@NSRange,"location":1,"length":2})", NSRange{1, 2}, {}, &D::decodeRangeForKey,
+              &D::decodeRangeForKey);
+}
+
+TEST(Unarchiver, BrokenDocumentsFailAsDocumentedAndNoneIsKept) {
+  const Value everything = NSDictionary{
+      {"a key", NSArray{makeRef<Node>(0.1), NSString(u"\xD800"), bytes("\1\2"), "a longer text"}},
+      {1, NSArray{boxed(CGRect()), boxed(NSRange()), makeRef<CLLocation>(CLLocation::Fields())}},
+      {2, NSArray{ZEBEncodable(AnyMood(Mood::calm)).value(), 1.5f, true}}};
+  const std::string document = archived(Holder<Value>(everything));
+  for (std::size_t i = 0; i < document.size(); ++i) {
+    EXPECT_EQ(readingError(std::string_view(document).substr(0, i)), "NSError 3840");
+    for (const char other : {'"', '0', '}', 'n', '\xFF'}) {
+      std::string broken = document;
+      broken[i] = other;
+      readingError(broken);  // throws what else comes
+    }
+  }
+  const auto read = unarchived<NSDictionary>(document);
+  const auto& [key, value] = *read.begin();
+  for (const Value& part : {key, value, NSArray(value)[3]}) {
+    EXPECT_FALSE(part.storage()->flags & detail::StorageInArena) << part;
+  }
+}
+
+Ref<DecodingBuilder> builderOf(const char* text) {
+  return makeRef<BasicDecodingBuilder>(
+      "own name", [text](ZEBDecoder&) -> ZEBEncodable { return Holder<Value>(text); });
+}
+
+TEST(Registry, TheLaterEntryAndTheFrontRegistryWin) {
+  struct Native : NativeDecodingBuilder {
+    NSString encodableName() const override { return "own name"; }
+    ZEBEncodable buildNative(ZEBDecoder&) const override { return Holder<Value>("native"); }
+  };
+  struct Base : DecodingBuilderRegistry {
+    Ref<DecodingBuilder> decodingBuilder(const NSString& name) const override {
+      return name == "base" ? builderOf("base") : nullptr;
+    }
+  };
+  const auto middle = makeRef<Registry>({BuilderSpec::builder("a", builderOf("hidden")),
+                                         BuilderSpec::builder("middle", builderOf("middle"))},
+                                        makeRef<Base>());
+  const auto front = makeRef<Registry>({BuilderSpec::builder("a", builderOf("first")),
+                                        BuilderSpec::builder("a", builderOf("second")),
+                                        BuilderSpec::builder("native", makeRef<Native>())},
+                                       middle);
+  std::string built;
+  for (const char* name : {"%a}", "%native}", "%middle}", "%base}"}) {
+    const NSData document = bytes(expanded(name));
+    built += archived(ZEBUnarchiver(front).unarchivedRootObject<ZEBEncodable>(document));
+  }
+  EXPECT_EQ(built,
+            held(R"("second")") + held(R"("native")") + held(R"("middle")") + held(R"("base")"));
+  EXPECT_FALSE(front->decodingBuilder("own name"));
+}
+
+TEST(Registry, ChainsMayHaveAnyLength) {
+  auto chain = makeRef<Registry>({BuilderSpec::builder("last", builderOf("last"))});
+  for (int i = 0; i < 100000; ++i)
+    chain = makeRef<Registry>({BuilderSpec::builder("other", nullptr)}, chain);
+  test::runOnSmallStack([&] {
+    EXPECT_TRUE(chain->decodingBuilder("last"));
+    EXPECT_FALSE(chain->decodingBuilder("none"));
+    chain = nullptr;
+  });
+}
+
+TEST(Registry, BuildersThatMakeNothingAreAnErrorOfReading) {
+  const auto none = BuilderSpec::buildFunction("nil", [](ZEBDecoder&) { return ZEBEncodable(); });
+  const ZEBUnarchiver unarchiver(
+      makeRef<Registry>({none, BuilderSpec::decodableType<Holder<Value>>()}));
+  const auto document = bytes(held(R"({"type":"Array","arrayValues":[{"encodableName":"nil"}]})"));
+  EXPECT_THROW(unarchiver.unarchivedRootObject<Value>(document), ZEBUnarchiverError);
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,44 @@
+#include "FakeSystem.h"
+
+#include <sys/syscall.h>
+#include <syslog.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+namespace zeb::test {
+
+constinit thread_local std::uint64_t fakeClock = 0;
+constinit thread_local std::uint64_t fakeClockStep = 0;
+
+// Written before any initialiser of this program runs.
+static constinit char systemLog[1000] = {};
+
+std::string greetingAtLoad() { return systemLog; }
+
+}  // namespace zeb::test
+
+// These stand in front of the C library's own for the whole test program.
+
+extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
+  using namespace zeb::test;
+  if (clock != CLOCK_MONOTONIC || fakeClock == 0) {
+    return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+  }
+  fakeClock += fakeClockStep;
+  now->tv_sec = static_cast<time_t>(fakeClock / 1'000'000'000);
+  now->tv_nsec = static_cast<long>(fakeClock % 1'000'000'000);
+  return 0;
+}
+
+extern "C" void syslog(int priority, const char* format, ...) {
+  char* const end = zeb::test::systemLog + std::strlen(zeb::test::systemLog);
+  va_list arguments;
+  va_start(arguments, format);
+  const int length = std::snprintf(end, 20, "%d:", priority);
+  std::vsnprintf(end + length, 200, format, arguments);
+  va_end(arguments);
+}

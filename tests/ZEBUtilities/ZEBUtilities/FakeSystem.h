@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace zeb::test {
+
+/// The calling thread's monotonic clock in nanoseconds; goes by the real one while this is 0.
+extern constinit thread_local std::uint64_t fakeClock;
+/// What each reading, itself included, adds to it.
+extern constinit thread_local std::uint64_t fakeClockStep;
+
+/// What the system's log got while the library was loaded: "priority:text" for each line.
+std::string greetingAtLoad();
+
+}  // namespace zeb::test
