@@ -127,8 +127,8 @@ void NSMutableArray::grow(std::size_t capacity) {
 }
 
 void NSMutableArray::addObject(Value object) {
-  requireObject(object);
   if (isNil()) return;
+  requireObject(object);
   detail::MutableArrayStorage& array = contents();
   if (array.count == array.capacity) grow(std::size_t{array.count} + 1);
   new (&array.buffer[array.count++]) Value(std::move(object));
@@ -142,16 +142,16 @@ void NSMutableArray::addObjectsFromArray(const NSArray& other) {
 }
 
 void NSMutableArray::insertObject(Value object, std::size_t index) {
-  if (!isNil() && index > count()) raiseRange(index, count());
-  addObject(std::move(object));
   if (isNil()) return;
+  if (index > count()) raiseRange(index, count());
+  addObject(std::move(object));
   Value* values = contents().buffer;
   std::rotate(values + index, values + count() - 1, values + count());
 }
 
 void NSMutableArray::replaceObjectAtIndex(std::size_t index, Value object) {
-  requireObject(object);
   if (isNil()) return;
+  requireObject(object);
   if (index >= count()) raiseRange(index, count());
   contents().buffer[index].swap(object);
 }

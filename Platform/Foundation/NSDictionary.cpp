@@ -66,9 +66,9 @@ NSMutableDictionary NSMutableDictionary::dictionaryWithCapacity(std::size_t capa
 }
 
 void NSMutableDictionary::setObject(Value object, const Value& key) {
+  if (isNil()) return;
   if (key.isNil()) raiseInvalidArgument("a dictionary key can't be nil");
   if (object.isNil()) raiseInvalidArgument("a dictionary can't hold nil");
-  if (isNil()) return;
   // The old value goes when everything is in place: its release may run anybody's code.
   detail::findOrAddEntry(table(), key).value.swap(object);
 }

@@ -135,6 +135,7 @@ class NSMutableDictionary : public NSDictionary {
   /// (NSInvalidArgumentException). On a nil dictionary all of these do nothing.
   void setObject(Value object, const Value& key);
   void addEntriesFromDictionary(const NSDictionary& other);
+  /// Nothing for a key that is not there, or nil.
   void removeObjectForKey(const Value& key);
   void removeAllObjects();
 };

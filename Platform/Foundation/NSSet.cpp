@@ -46,8 +46,9 @@ NSMutableSet NSMutableSet::from(const Value& value) noexcept {
 }
 
 void NSMutableSet::addObject(const Value& object) {
+  if (isNil()) return;
   if (object.isNil()) raiseInvalidArgument("a set can't hold nil");
-  if (!isNil()) detail::findOrAddEntry(table(), object);
+  detail::findOrAddEntry(table(), object);
 }
 
 void NSMutableSet::removeObject(const Value& object) {

@@ -44,8 +44,8 @@ class NSString : public Value {
   /// Throws NSRangeException past the end; on nil answers 0.
   char16_t characterAtIndex(std::size_t index) const;
 
-  /// A UTF-8 copy. Unpaired surrogates come as their three-byte form, so that nothing is lost and
-  /// `NSString(…)` of it differs only there.
+  /// A UTF-8 copy. Unpaired surrogates come as their three-byte form, which `NSString(…)` turns back, so
+  /// that nothing is lost.
   std::string utf8() const;
   std::u16string utf16() const;
 

@@ -8,9 +8,17 @@ namespace zeb {
 
 namespace {
 
+/// White space and control characters beyond ASCII (Unicode's Zs, Zl, Zp and Cc).
+bool isWideSpaceOrControl(char16_t unit) noexcept {
+  constexpr std::u16string_view spaces = u"\u1680\u2028\u2029\u202F\u205F\u3000";
+  return (unit >= 0x7F && unit <= 0xA0) || (unit >= 0x2000 && unit <= 0x200A) ||
+         spaces.find(unit) != std::u16string_view::npos;
+}
+
 bool mayStandInURL(char16_t unit) noexcept {
   constexpr std::u16string_view forbidden = u"\"<>\\^`{|}";
-  return unit > 0x20 && unit != 0x7F && forbidden.find(unit) == std::u16string_view::npos;
+  return unit > 0x20 && forbidden.find(unit) == std::u16string_view::npos &&
+         !isWideSpaceOrControl(unit);
 }
 
 }  // namespace

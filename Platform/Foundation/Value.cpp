@@ -32,13 +32,21 @@ auto readString(const Value& value, const Read& read) {
   return read(std::string_view(asciiPrefix(text)));
 }
 
-double inlineDouble(const Value& value) noexcept { return std::bit_cast<double>(value.payload()); }
+float inlineFloat(const Value& value) noexcept {
+  return std::bit_cast<float>(static_cast<std::uint32_t>(value.payload()));
+}
+
+/// Of a float or a double.
+double inlineNumber(const Value& value) noexcept {
+  return value.kind() == ValueKind::Float ? double{inlineFloat(value)}
+                                          : std::bit_cast<double>(value.payload());
+}
 
 }  // namespace
 
-// A float lies inside as a double, which holds it exactly.
+// A float lies inside as its own bits: on the way through a double some would change.
 Value::Value(float number) noexcept
-    : head_(headOf(Kind::Float, 'f')), payload_(std::bit_cast<std::uint64_t>(double{number})) {}
+    : head_(headOf(Kind::Float, 'f')), payload_(std::bit_cast<std::uint32_t>(number)) {}
 
 Value::Value(double number) noexcept
     : head_(headOf(Kind::Double, 'd')), payload_(std::bit_cast<std::uint64_t>(number)) {}
@@ -51,7 +59,7 @@ bool Value::boolValue() const noexcept {
       return payload_ != 0;
     case Kind::Float:
     case Kind::Double:
-      return inlineDouble(*this) != 0;
+      return inlineNumber(*this) != 0;
     case Kind::String:
       return readString(*this, detail::leadingBoolean);
     default:
@@ -64,7 +72,7 @@ std::int32_t Value::intValue() const noexcept {
   switch (kind()) {
     case Kind::Float:
     case Kind::Double: {
-      const double number = inlineDouble(*this);
+      const double number = inlineNumber(*this);
       if (number >= Limits::max()) return Limits::max();
       if (number <= Limits::min()) return Limits::min();
       return static_cast<std::int32_t>(detail::saturatedInteger(number));
@@ -88,7 +96,7 @@ std::int64_t Value::longLongValue() const noexcept {
       return static_cast<std::int64_t>(payload_);
     case Kind::Float:
     case Kind::Double:
-      return detail::saturatedInteger(inlineDouble(*this));
+      return detail::saturatedInteger(inlineNumber(*this));
     case Kind::String:
       return readString(*this, [](std::string_view text) {
         return detail::leadingInteger(text, Limits::min(), Limits::max());
@@ -99,6 +107,7 @@ std::int64_t Value::longLongValue() const noexcept {
 }
 
 float Value::floatValue() const noexcept {
+  if (kind() == Kind::Float) return inlineFloat(*this);
   const double number = doubleValue();
   using Limits = std::numeric_limits<float>;
   // From half a step beyond the largest float on, rounding gives infinity; the conversion itself would be
@@ -118,7 +127,7 @@ double Value::doubleValue() const noexcept {
       return static_cast<double>(payload_);
     case Kind::Float:
     case Kind::Double:
-      return inlineDouble(*this);
+      return inlineNumber(*this);
     case Kind::String:
       return readString(*this, detail::leadingDouble);
     default:
@@ -130,7 +139,7 @@ std::uint64_t NSNumber::unsignedLongLongValue() const noexcept {
   switch (kind()) {
     case Kind::Float:
     case Kind::Double:
-      return detail::saturatedUnsigned(inlineDouble(*this));
+      return detail::saturatedUnsigned(inlineNumber(*this));
     default:
       return payload();
   }

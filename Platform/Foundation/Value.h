@@ -49,7 +49,8 @@ class Value {
   Value(float number) noexcept;
   Value(double number) noexcept;
 
-  /// UTF-8 text; malformed sequences become U+FFFD. A null pointer makes nil.
+  /// UTF-8 text; malformed sequences become U+FFFD, but for the three-byte forms of surrogates, which become
+  /// these. A null pointer makes nil.
   Value(const char* utf8);
   Value(std::string_view utf8);
   Value(const std::string& utf8) : Value(std::string_view(utf8)) {}
@@ -142,7 +143,8 @@ class Value {
   /// kinds are answered as they are. Elements are shared.
   Value mutableCopy() const;
 
-  /// An equal tree that owns all its memory. Values read from one JSON document share the document's
+  /// An equal tree that owns all its memory (but for collections that serve as dictionary keys within
+  /// each other more than 64 levels deep). Values read from one JSON document share the document's
   /// memory, so that one kept string keeps all of it: detach what outlives the rest. Mutable
   /// collections become immutable; objects are shared.
   Value detachedCopy() const;

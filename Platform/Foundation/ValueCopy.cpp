@@ -21,6 +21,22 @@ Value detachedLeaf(const Value& leaf) {
   return isInDocument ? copiedString(NSString(leaf)) : leaf.copy();
 }
 
+bool isCollection(const Value& value) noexcept {
+  return value.kind() >= ValueKind::Array && value.kind() <= ValueKind::Set;
+}
+
+struct DetachingRules : detail::TreeRules {
+  static constexpr int deepestKeyNesting = 64;
+  int keyNesting = 0;
+
+  Value leaf(const Value& value) const {
+    if (!isCollection(value) || keyNesting == deepestKeyNesting) return detachedLeaf(value);
+    DetachingRules inner;  // a collection that is a key
+    inner.keyNesting = keyNesting + 1;
+    return detail::rebuildTree(value, inner);
+  }
+};
+
 }  // namespace
 
 Value Value::copy() const {
@@ -57,11 +73,7 @@ Value Value::mutableCopy() const {
 }
 
 Value Value::detachedCopy() const {
-  struct Rules : detail::TreeRules {
-    static Value leaf(const Value& value) { return detachedLeaf(value); }
-  };
-  return kind() < Kind::Array || kind() > Kind::Set ? detachedLeaf(*this)
-                                                    : detail::rebuildTree(*this, Rules());
+  return isCollection(*this) ? detail::rebuildTree(*this, DetachingRules()) : detachedLeaf(*this);
 }
 
 }  // namespace zeb

@@ -42,7 +42,7 @@ class NSJSONSerialization {
   /// as signed or unsigned 64-bit numbers; larger ones, fractions and -0 become the nearest double, and
   /// a number beyond every double is an error. Of equal keys the last one's value wins, at the first
   /// one's place. Escaped surrogates survive unpaired. Nesting deeper than 512 is an error. Takes at
-  /// most 48 times the data's size in memory, and a few KiB.
+  /// most 48 times the data's size in memory (64 times with mutable options), and a few KiB.
   ///
   /// Without mutable options, the result's strings and collections share the document's memory, which
   /// goes when the last of them does: see `Value::detachedCopy`.

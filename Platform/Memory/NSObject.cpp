@@ -3,6 +3,7 @@
 
 #include <cxxabi.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -99,10 +100,10 @@ std::string NSObject::className() const {
   int status = 0;
   const std::unique_ptr<char, decltype(&std::free)> demangled(
       abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &std::free);
-  std::string name = status == 0 ? demangled.get() : mangled;
-  constexpr std::string_view ownNamespace = "zeb::";
-  if (name.starts_with(ownNamespace)) name.erase(0, ownNamespace.size());
-  return name;
+  const std::string name = status == 0 ? demangled.get() : mangled;
+  const std::size_t arguments = std::min(name.find('<'), name.size());
+  const std::size_t lastColon = name.rfind(':', arguments);
+  return lastColon == std::string::npos ? name : name.substr(lastColon + 1);
 }
 
 std::string NSObject::description() const {

@@ -24,20 +24,20 @@ void ZEBCircularFIFOBuffer::setSize(std::size_t size) {
   for (std::size_t index = 0; index < dropped; ++index) tellDelegate(objects.begin()[index]);
 }
 
-void ZEBCircularFIFOBuffer::addObject(const Value& object) {
+void ZEBCircularFIFOBuffer::addObject(Value object) {
   if (object.isNil()) raiseInvalidArgument("nil object is not allowed");
   if (count_ != size_) {
     const std::size_t index = slotIndex(count_);
     if (index >= buffer_.size()) {
-      buffer_.push_back(object);
+      buffer_.push_back(std::move(object));
     } else {
-      buffer_[index] = object;
+      buffer_[index] = std::move(object);
     }
     ++count_;
     ++mutatingInteger_;
     return;
   }
-  const Value purged = std::exchange(buffer_[start_], object);
+  const Value purged = std::exchange(buffer_[start_], std::move(object));
   start_ = slotIndex(1);
   tellDelegate(purged);
   ++mutatingInteger_;

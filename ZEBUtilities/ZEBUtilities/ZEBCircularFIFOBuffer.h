@@ -44,7 +44,7 @@ class ZEBCircularFIFOBuffer : public NSObject {
   void setDelegate(const Ref<ZEBCircularFIFOBufferDelegate>& delegate) { delegate_ = delegate; }
 
   /// Nil throws NSException (NSInvalidArgumentException, "nil object is not allowed").
-  void addObject(const Value& object);
+  void addObject(Value object);
   /// Takes the oldest object out, nil when empty. The delegate is not told.
   Value removeObject();
   /// The oldest object, nil when empty.

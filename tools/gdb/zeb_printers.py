@@ -67,7 +67,9 @@ class ValuePrinter:
             return str(struct.unpack("<q", bits)[0])
         if self.kind == "UnsignedInteger":
             return str(self.payload)
-        if self.kind in ("Float", "Double"):
+        if self.kind == "Float":
+            return repr(struct.unpack("<f", bits[:4])[0])
+        if self.kind == "Double":
             return repr(struct.unpack("<d", bits)[0])
         if self.kind == "Date":
             seconds = struct.unpack("<d", bits)[0]

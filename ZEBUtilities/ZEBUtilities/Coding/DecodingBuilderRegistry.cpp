@@ -31,6 +31,16 @@ BasicDecodingBuilderRegistry::BasicDecodingBuilderRegistry(
   }
 }
 
+// A long chain is taken down link by link, not by each link's destructor calling the next one's.
+BasicDecodingBuilderRegistry::~BasicDecodingBuilderRegistry() {
+  Ref<DecodingBuilderRegistry> next = std::move(inFrontOf_);
+  while (next && next->isUniquelyReferenced()) {
+    auto* link = dynamic_cast<BasicDecodingBuilderRegistry*>(next.get());
+    if (!link) return;
+    next = std::exchange(link->inFrontOf_, nullptr);
+  }
+}
+
 Ref<DecodingBuilder> BasicDecodingBuilderRegistry::decodingBuilder(
     const NSString& forEncodableName) const {
   const BasicDecodingBuilderRegistry* registry = this;

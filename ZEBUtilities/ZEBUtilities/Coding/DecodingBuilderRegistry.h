@@ -60,6 +60,8 @@ class BasicDecodingBuilderRegistry final : public DecodingBuilderRegistry {
       : BasicDecodingBuilderRegistry(std::span(builderSpecs.begin(), builderSpecs.size()),
                                      std::move(inFrontOf)) {}
 
+  ~BasicDecodingBuilderRegistry() override;
+
   const Builders& encodableNameToDecodingBuilder() const noexcept { return builders_; }
   const Ref<DecodingBuilderRegistry>& inFrontOf() const noexcept { return inFrontOf_; }
 
@@ -68,7 +70,7 @@ class BasicDecodingBuilderRegistry final : public DecodingBuilderRegistry {
 
  private:
   Builders builders_;
-  const Ref<DecodingBuilderRegistry> inFrontOf_;
+  Ref<DecodingBuilderRegistry> inFrontOf_;
 };
 
 namespace detail {
