@@ -16,6 +16,8 @@ namespace {
 /// Nobody's keys collide this often by chance at half load.
 constexpr std::uint32_t longestTrustedProbe = 128;
 
+}  // namespace
+
 std::uint32_t keyedHashOfKey(const Value& key) noexcept {
   if (key.isString()) {
     const auto& text = *key.storageAs<StringStorage>();
@@ -28,14 +30,16 @@ std::uint32_t keyedHashOfKey(const Value& key) noexcept {
   return static_cast<std::uint32_t>(keyedHash({reinterpret_cast<const char*>(&hash), sizeof hash}));
 }
 
+namespace {
+
 std::uint32_t indexHash(const DictionaryStorage& table, const Value& key) noexcept {
   return table.hasKeyedHash() ? keyedHashOfKey(key) : key.keyHash();
 }
 
-/// `hash` is the key hash; `indexed` answers the hash that a keyed index goes by.
+/// The entry whose key has this key hash and matches; `keyed` answers the hash that a keyed index goes by.
 template <class Matches, class IndexHash>
-DictionaryEntry* find(const DictionaryStorage& table, std::uint32_t hash, const Matches& matches,
-                      const IndexHash& keyed) noexcept {
+DictionaryEntry* findEntry(const DictionaryStorage& table, std::uint32_t hash,
+                           const Matches& matches, const IndexHash& keyed) noexcept {
   if (!table.indexMask) {
     for (std::uint32_t position = 0; position < table.used; ++position) {
       DictionaryEntry& entry = table.entries[position];
@@ -134,9 +138,9 @@ DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity) {
   return table;
 }
 
-DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept {
+DictionaryEntry* findEntryPlainly(const DictionaryStorage& table, const StringKey& key) noexcept {
   if (key.isNil()) return nullptr;
-  return find(
+  return findEntry(
       table, key.hash(),
       [&](const Value& candidate) {
         return candidate.isString() && key.matches(*candidate.storageAs<StringStorage>());
@@ -146,7 +150,7 @@ DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key)
 
 DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) noexcept {
   if (key.isNil()) return nullptr;
-  return find(
+  return findEntry(
       table, keyHashOf(key), [&](const Value& candidate) { return sameKey(candidate, key); },
       [&] { return keyedHashOfKey(key); });
 }
@@ -205,7 +209,7 @@ void finishBorrowedEntries(DictionaryStorage& table) noexcept {
   for (std::uint32_t position = 0; position < written; ++position) {
     DictionaryEntry& entry = table.entries[position];
     const Value& key = entry.key;
-    DictionaryEntry* earlier = find(
+    DictionaryEntry* earlier = findEntry(
         table, key.keyHash(), [&](const Value& candidate) { return sameKey(candidate, key); },
         [&] { return keyedHashOfKey(key); });
     // Raw copies: borrowed entries count no references.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Foundation/DictionaryEntry.h>
+#include <Foundation/NSString.h>
 #include <Foundation/ValueStorage.h>
 
 #include <cstddef>
@@ -19,6 +20,9 @@ constexpr std::uint32_t indexSlots(std::uint32_t entries) noexcept {
   return slots;
 }
 
+/// The hash that a keyed index goes by.
+std::uint32_t keyedHashOfKey(const Value& key) noexcept;
+
 /// The hash that entries are found by; never 0.
 std::uint32_t keyHashOf(const Value& key) noexcept;
 
@@ -26,7 +30,9 @@ std::uint32_t keyHashOf(const Value& key) noexcept;
 /// std::bad_alloc or std::length_error.
 DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity);
 
-DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept;
+inline DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept;
+/// The same for tables without an index and those with a keyed one.
+DictionaryEntry* findEntryPlainly(const DictionaryStorage& table, const StringKey& key) noexcept;
 DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) noexcept;
 
 /// Entry for `key`, a new one with a nil value when there was none. The key must not be nil; a
@@ -44,5 +50,22 @@ void reserveEntries(DictionaryStorage& table, std::size_t capacity);
 /// `largestUnindexedTable`, indexed, for which there must be room for `indexSlots(used)` numbers behind
 /// the entries. The entries hold no references of their own.
 void finishBorrowedEntries(DictionaryStorage& table) noexcept;
+
+// The commonest search by far: what is rare in it is kept out of line.
+[[gnu::always_inline]] inline DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept {
+  const std::uint32_t hash = key.hash();  // of a nil key 0, which no entry has
+  if (!table.indexMask || table.hasKeyedHash()) return findEntryPlainly(table, key);
+  const std::uint32_t* const index = table.index();
+  std::uint32_t slot = hash & table.indexMask;
+  while (const std::uint32_t position = index[slot]) {
+    DictionaryEntry& entry = table.entries[position - 1];
+    if (entry.key.keyHash() == hash && entry.key.isString() &&
+        key.matches(*entry.key.storageAs<StringStorage>())) {
+      return &entry;
+    }
+    slot = (slot + 1) & table.indexMask;
+  }
+  return nullptr;
+}
 
 }  // namespace zeb::detail

@@ -143,6 +143,7 @@ inline StringKey::StringKey(const NSString& string) noexcept {
 }
 
 inline bool StringKey::matches(const detail::StringStorage& candidate) const noexcept {
+  if (&candidate == storage_) return true;
   if (candidate.isWide() || !utf8_) return matchesWide(candidate);
   return candidate.length == length_ && detail::equalBytes(candidate.ascii(), utf8_, length_);
 }

@@ -49,7 +49,7 @@ class StringKey {
   inline bool matches(const detail::StringStorage& candidate) const noexcept;
 
  private:
-  bool matchesWide(const detail::StringStorage& candidate) const noexcept;
+  [[gnu::cold]] bool matchesWide(const detail::StringStorage& candidate) const noexcept;
 
   const char* utf8_ = nullptr;                      ///< null for a string of 16-bit units
   const detail::StringStorage* storage_ = nullptr;  ///< set when it came from an `NSString`

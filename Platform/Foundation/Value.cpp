@@ -87,13 +87,9 @@ std::int32_t Value::intValue() const noexcept {
   }
 }
 
-std::int64_t Value::longLongValue() const noexcept {
+std::int64_t Value::convertedInteger() const noexcept {
   using Limits = std::numeric_limits<std::int64_t>;
   switch (kind()) {
-    case Kind::Boolean:
-    case Kind::SignedInteger:
-    case Kind::UnsignedInteger:
-      return static_cast<std::int64_t>(payload_);
     case Kind::Float:
     case Kind::Double:
       return detail::saturatedInteger(inlineNumber(*this));

@@ -113,7 +113,10 @@ class Value {
   bool boolValue() const noexcept;
   std::int32_t intValue() const noexcept;
   std::int64_t integerValue() const noexcept { return longLongValue(); }
-  std::int64_t longLongValue() const noexcept;
+  std::int64_t longLongValue() const noexcept {
+    const bool isInteger = kind() >= Kind::Boolean && kind() <= Kind::UnsignedInteger;
+    return isInteger ? static_cast<std::int64_t>(payload_) : convertedInteger();
+  }
   float floatValue() const noexcept;
   double doubleValue() const noexcept;
 
@@ -218,6 +221,9 @@ class Value {
                                                          : 3;
     return std::is_signed_v<Integer> ? codes[width] : static_cast<char>(codes[width] - 'a' + 'A');
   }
+
+  /// The 64-bit reading of what is no integer.
+  std::int64_t convertedInteger() const noexcept;
 
   void retainPayload() const noexcept {
     if (kind() == Kind::Object) {

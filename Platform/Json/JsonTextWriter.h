@@ -1,11 +1,15 @@
 #pragma once
 
 #include <Foundation/DataBuilder.h>
+#include <Foundation/StringHash.h>
 #include <Foundation/Value.h>
 #include <Foundation/ValueStorage.h>
+#include <Json/ByteBlock.h>
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 namespace zeb::detail {
@@ -27,26 +31,35 @@ class JsonTextWriter {
   }
 
   /// With quotes and escapes. Unpaired surrogates become numbered escapes.
-  void writeString(const StringStorage& string);
+  inline void writeString(const StringStorage& string);
   /// What stands between the quotes.
-  void writeContent(const StringStorage& string);
-  void writeASCII(std::string_view text);
+  inline void writeContent(const StringStorage& string);
+  inline void writeASCII(std::string_view text);
 
   void writeInteger(std::int64_t number);
   void writeUnsigned(std::uint64_t number);
-  /// Finite ones only.
+  /// Finite ones only, which `isFinite` tells.
   void writeDouble(double number);
   void writeFloat(float number);
-  /// A boolean, number or null, which must be finite.
-  void writeScalar(const Value& value);
+  /// A boolean, number or null.
+  inline void writeScalar(const Value& value);
+
+  static bool isFinite(const Value& number) noexcept {
+    // Of the bits, those of the exponent: only infinities and not-a-number have them all set.
+    constexpr std::uint64_t doubleExponent = std::uint64_t{0x7FF} << 52;
+    constexpr std::uint64_t floatExponent = std::uint64_t{0xFF} << 23;
+    const std::uint64_t bits = number.payload();
+    if (number.kind() == ValueKind::Double) return (bits & doubleExponent) != doubleExponent;
+    return number.kind() != ValueKind::Float || (bits & floatExponent) != floatExponent;
+  }
 
   std::size_t size() const noexcept { return output_.size(); }
   DataBuilder& output() noexcept { return output_; }
   NSData finish() { return output_.finish(); }
 
  private:
-  bool needsEscapes(std::uint64_t word) const noexcept;
-  char* writeShort(char* target, const char* at, const char* end) const noexcept;
+  inline bool needsEscapes(std::uint64_t word) const noexcept;
+  inline char* writeShort(char* target, const char* at, const char* end) const noexcept;
   char* writeCharacters(char* target, const char* at, const char* end) const noexcept;
   char* writeCharacter(char* target, char character) const noexcept;
   char* writeScalarValue(char* target, char32_t scalar) const noexcept;
@@ -55,5 +68,112 @@ class JsonTextWriter {
   const bool escapesSlashes_;
   DataBuilder output_;
 };
+
+// What runs for every string and number of a document is inline.
+
+namespace json_text {
+
+inline constexpr std::size_t pieceLength = 4096;  // units that room is made for at once
+inline constexpr std::size_t longestEscape = 6;
+
+constexpr std::uint64_t everyByte(std::uint64_t byte) noexcept {
+  return byte * 0x0101010101010101u;
+}
+
+/// Letters where a word of fewer than eight characters has none.
+constexpr std::uint64_t shortWordFill(std::size_t length) noexcept {
+  return everyByte('a') << (8 * length);
+}
+
+inline ByteBlock needsEscape(ByteBlock block, bool slashes) noexcept {
+  const auto found = (block < 0x20) | (block == '"') | (block == '\\');
+  return reinterpret_cast<ByteBlock>(slashes ? found | (block == '/') : found);
+}
+
+}  // namespace json_text
+
+inline void JsonTextWriter::writeString(const StringStorage& string) {
+  put('"');
+  writeContent(string);
+  put('"');
+}
+
+inline void JsonTextWriter::writeContent(const StringStorage& string) {
+  if (string.isWide()) {
+    writeWide({string.units(), string.length});
+  } else {
+    writeASCII({string.ascii(), string.length});
+  }
+}
+
+inline bool JsonTextWriter::needsEscapes(std::uint64_t word) const noexcept {
+  const auto zeroByteIn = [](std::uint64_t bytes) {
+    return (bytes - json_text::everyByte(1)) & ~bytes & json_text::everyByte(0x80);
+  };
+  std::uint64_t found = ((word - json_text::everyByte(0x20)) & ~word & json_text::everyByte(0x80)) |
+                        zeroByteIn(word ^ json_text::everyByte('"')) |
+                        zeroByteIn(word ^ json_text::everyByte('\\'));
+  if (escapesSlashes_) found |= zeroByteIn(word ^ json_text::everyByte('/'));
+  return found != 0;
+}
+
+/// Whole blocks while nothing in them needs an escape, else character by character.
+inline void JsonTextWriter::writeASCII(std::string_view text) {
+  while (!text.empty()) {
+    const std::string_view piece = text.substr(0, json_text::pieceLength);
+    text.remove_prefix(piece.size());
+    output_.require(piece.size() * json_text::longestEscape + sizeof(ByteBlock));
+    const char* at = piece.data();
+    const char* const end = at + piece.size();
+    char* target = output_.cursor();
+    while (static_cast<std::size_t>(end - at) >= sizeof(ByteBlock)) {
+      const ByteBlock block = loadBlock(at);
+      std::memcpy(target, &block, sizeof block);
+      if (anySet(json_text::needsEscape(block, escapesSlashes_))) {
+        target = writeCharacters(target, at, at + sizeof block);
+      } else {
+        target += sizeof block;
+      }
+      at += sizeof block;
+    }
+    output_.setCursor(writeShort(target, at, end));
+  }
+}
+
+/// Less than a block: by one or two words that may overlap.
+inline char* JsonTextWriter::writeShort(char* target, const char* at,
+                                        const char* end) const noexcept {
+  const auto length = static_cast<std::size_t>(end - at);
+  if (length < 8) {
+    const std::uint64_t word = loadTail(at, length);
+    if (needsEscapes(word | json_text::shortWordFill(length)))
+      return writeCharacters(target, at, end);
+    std::memcpy(target, &word, sizeof word);
+    return target + length;
+  }
+  const std::uint64_t first = loadWord(at);
+  const std::uint64_t last = loadWord(end - 8);
+  if (needsEscapes(first) || needsEscapes(last)) return writeCharacters(target, at, end);
+  std::memcpy(target, &first, sizeof first);
+  std::memcpy(target + length - 8, &last, sizeof last);
+  return target + length;
+}
+
+inline void JsonTextWriter::writeScalar(const Value& value) {
+  switch (value.kind()) {
+    case ValueKind::Boolean:
+      return put(value.payload() ? "true" : "false");
+    case ValueKind::SignedInteger:
+      return writeInteger(static_cast<std::int64_t>(value.payload()));
+    case ValueKind::UnsignedInteger:
+      return writeUnsigned(value.payload());
+    case ValueKind::Float:
+      return writeFloat(std::bit_cast<float>(static_cast<std::uint32_t>(value.payload())));
+    case ValueKind::Double:
+      return writeDouble(std::bit_cast<double>(value.payload()));
+    default:
+      return put("null");
+  }
+}
 
 }  // namespace zeb::detail

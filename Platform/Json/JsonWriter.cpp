@@ -8,7 +8,6 @@
 #include <Json/NSJSONSerialization.h>
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 namespace zeb::detail {
@@ -58,9 +57,7 @@ class DocumentWriter {
   [[gnu::always_inline]] void leaf(const Value& value) {
     if (value.isString()) return text_.writeString(*value.storageAs<StringStorage>());
     if (!value.isNumber() && !value.isNull()) raiseUnwritable(value);
-    const bool mayBeInfinite =
-        value.kind() == ValueKind::Float || value.kind() == ValueKind::Double;
-    if (mayBeInfinite && !std::isfinite(value.doubleValue())) {
+    if (!JsonTextWriter::isFinite(value)) {
       raiseInvalidArgument(NSString::stringWithFormat("JSON has no number %@", value));
     }
     text_.writeScalar(value);

@@ -1,6 +1,5 @@
 #include <Foundation/NSNull.h>
 #include <Foundation/NSSet.h>
-#include <Foundation/NSURL.h>
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
 #include <ZEBUtilities/Coding/ZEBRawValueEnumCodable.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiver.h>
@@ -44,7 +43,6 @@ struct Holder {
   explicit Holder(T held) : value(std::move(held)) {}
   explicit Holder(ZEBDecoder& decoder) : value(decoder.decodeObjectForKey<T>("v")) {}
   void encode(ZEBEncoder& encoder) const { encoder.encodeObject(value, "v"); }
-  bool operator==(const Holder&) const = default;
   T value;
 };
 
@@ -75,7 +73,9 @@ struct Writer {
 static_assert(ZEBEncodableType<Writer> && !ZEBDecodableType<Writer> && !ZEBEncodableType<Mood>);
 static_assert(ZEBDecodableType<AnyMood> && !std::is_constructible_v<ZEBEncodable, Mood>);
 
+using Any = Holder<Value>;
 using Registry = BasicDecodingBuilderRegistry;
+using Spec = BuilderSpec;
 NSData bytes(std::string_view document) { return NSData::dataWithBytes(document); }
 
 template <class T>
@@ -86,13 +86,10 @@ std::string archived(const T& root) {
 template <class T>
 T unarchived(std::string_view document) {
   static const auto models = makeRef<Registry>(
-      {BuilderSpec::decodableType<Holder<Value>>(), BuilderSpec::decodableType<AnyMood>(),
-       BuilderSpec::decodableType<AnyColor>(),
-       BuilderSpec::objCBuildFunction("Node", [](ZEBDecoder& decoder) -> Ref<ZEBObjCEncodable> {
-         return makeRef<Node>(decoder);
-       })});
-  const ZEBUnarchiver unarchiver(
-      makeRef<Registry>({BuilderSpec::decodableType<Holder<T>>()}, models));
+      {Spec::decodableType<Any>(), Spec::decodableType<AnyMood>(), Spec::decodableType<AnyColor>(),
+       Spec::buildFunction("Nil", [](ZEBDecoder&) { return ZEBEncodable(); }),
+       Spec::objCBuildFunction("Node", [](ZEBDecoder& from) { return makeRef<Node>(from); })});
+  const ZEBUnarchiver unarchiver(makeRef<Registry>({Spec::decodableType<Holder<T>>()}, models));
   return unarchiver.unarchivedRootObject<Holder<T>>(bytes(document)).value;
 }
 
@@ -158,11 +155,11 @@ TEST(Archive, EveryKindHasItsText) {
       {ZEBEncodable(AnyMood(Mood::excited)).value(), R"(%Mood,"c_rawValue":18446744073709551615})"},
       {ZEBEncodable(AnyColor(Color::green)).value(), R"(%Color,"c_rawValue":"g"})"}};
   for (const auto& [value, text] : rows) {
-    const std::string document = archived(Holder<Value>(value));
+    const std::string document = archived(Any(value));
     EXPECT_EQ(document, held(text));
     const Value back = unarchived<Value>(document);
-    EXPECT_EQ(archived(Holder<Value>(back)), document) << "not the same bits";
-    EXPECT_TRUE(value.isObject() || std::isnan(value.doubleValue()) || back == value) << back;
+    EXPECT_EQ(archived(Any(back)), document) << "not the same bits";
+    EXPECT_TRUE(value.object<Node>() || std::isnan(value.doubleValue()) || back == value) << back;
   }
 }
 
@@ -180,9 +177,8 @@ TEST(Archive, StaticTypesComeBack) {
   expectBack(Sizes({{{"s", {1, 2}}}, {}}), Sizes());
   const auto node = makeRef<Node>(NSArray{makeRef<Node>(1)});
   EXPECT_EQ(archived(unarchived<Ref<Node>>(archived(Holder(node)))), archived(node));
-  const AnyMood calm = Mood::calm;
-  const auto any = unarchived<ZEBEncodable>(archived(Holder(ZEBEncodable(calm))));
-  EXPECT_TRUE(any.as<AnyMood>() && *any.as<AnyMood>() == calm && !any.as<AnyColor>());
+  const auto any = unarchived<ZEBEncodable>(archived(Holder(ZEBEncodable(AnyMood(Mood::calm)))));
+  EXPECT_TRUE(any.as<AnyMood>() && !any.as<AnyColor>());
 }
 
 TEST(Archive, FieldsAreStoredUnderTheirOwnKeys) {
@@ -207,31 +203,25 @@ TEST(Archive, FieldsAreStoredUnderTheirOwnKeys) {
   EXPECT_EQ(archived(root),
             R"({"encodableName":"","c_string":"a longer one","c_number":2,"c_type":6,)"
             R"("c_encodableName":-3,"c_\ud800":5,"c_o":{"encodableName":"","c_number":1}})");
-  const auto reader = BuilderSpec::buildFunction("", [&](ZEBDecoder& decoder) -> ZEBEncodable {
+  const auto reader = Spec::buildFunction("", [&](ZEBDecoder& decoder) -> ZEBEncodable {
     EXPECT_FALSE(decoder.containsValueForKey(NSString(u"\xD801")));
-    return Holder<Value>(decoder.decodeObjectForKey(odd));
+    return Any(decoder.decodeObjectForKey(odd));
   });
   const ZEBUnarchiver unarchiver(makeRef<Registry>({reader}));
-  EXPECT_EQ(unarchiver.unarchivedRootObject<Holder<Value>>(bytes(archived(root))).value, Value(5));
-  EXPECT_EQ(archived(ZEBEncodable(5)) + archived(ZEBEncodable()), "{}{}");
-  EXPECT_EQ(archived(ZEBEncodable(Holder(1))) + archived(makeRef<Node>(1)),
-            held("1") + R"({"encodableName":"Node","c_v":1})");
+  EXPECT_EQ(unarchiver.unarchivedRootObject<Any>(bytes(archived(root))).value, Value(5));
+  EXPECT_EQ(archived(ZEBEncodable(5)) + archived(ZEBEncodable()), "{}{}") << "no object";
 }
 
 TEST(Archive, TooDeepNestingIsAnError) {
   const auto errorAfterAll = [](const Value& content) {
-    return errorOf([&] { unarchived<Value>(archived(Holder<Value>(content))); });
+    return errorOf([&] { unarchived<Value>(archived(Any(content))); });
   };
   Value objects = 1;
   for (int i = 0; i < 511; ++i) objects = makeRef<Node>(objects);
-  const std::string deepest = archived(Holder<Value>(objects));
-  EXPECT_EQ(errorAfterAll(objects), "");
+  const std::string deepest = archived(Any(objects));
+  EXPECT_EQ(readingError(deepest), "");
   EXPECT_EQ(errorAfterAll(makeRef<Node>(objects)), "NSError 3852");
   EXPECT_EQ(readingError(held(deepest)), "NSError 3840");
-  Value arrays = 1;
-  for (int i = 0; i < 255; ++i) arrays = NSArray{arrays};
-  EXPECT_EQ(errorAfterAll(arrays), "") << "an array makes two levels of JSON";
-  EXPECT_EQ(errorAfterAll(NSArray{arrays}), "NSError 3852");
   const auto cycle = makeRef<Node>(nullptr);
   cycle->value = NSArray{cycle};
   EXPECT_EQ(errorAfterAll(cycle), "NSError 3852");
@@ -244,29 +234,24 @@ TEST(Archive, TooDeepNestingIsAnError) {
 }
 
 TEST(ArchiveDeathTest, ProgrammingErrorsStopTheProcess) {
-  const auto stops = testing::KilledBySignal(SIGABRT);
-  const auto archive = [](const Value& value) { archived(Holder<Value>(value)); };
+  const auto expectStop = [](const std::string& message, const std::function<void()>& work) {
+    EXPECT_EXIT(work(), testing::KilledBySignal(SIGABRT), "^" + message + "\n$");
+  };
   const std::string kind =
-      "^Object must be either Encodable, ZEBObjCEncodable, Array, or Dictionary: ";
-  EXPECT_EXIT(archive(NSNull::null()), stops, kind + "<null>\n$");
-  EXPECT_EXIT(archive(NSURL::URLWithString("http://host/")), stops, kind + "http://host/\n$");
-  EXPECT_EXIT(archive(NSArray{NSSet{1}}), stops,
-              kind + R"(\{\()"
-                     "\n    1\n"
-                     R"(\)\})"
-                     "\n$");
-  EXPECT_EXIT(archive(boxed(CGAffineTransform())), stops,
-              kind + R"(\[0, 0, 0, 0, 0, 0\])"
-                     "\n$");
-  const std::string key = "^Dictionary keys must be either Int, Int64, or String: ";
-  EXPECT_EXIT(archive(NSDictionary{{1.5, 1}}), stops, key + "1.5\n$");
-  EXPECT_EXIT(archive(NSDictionary{{true, 1}}), stops, key + "1\n$");
-  EXPECT_EXIT(archive(NSDictionary{{UINT64_MAX, 1}}), stops, key + "18446744073709551615\n$");
+      "Object must be either Encodable, ZEBObjCEncodable, Array, or Dictionary: ";
+  const std::string key = "Dictionary keys must be either Int, Int64, or String: ";
+  const std::pair<std::string, Value> rows[] = {
+      {kind + "<null>", NSNull::null()},
+      {kind + "\\{\\(\n    1\n\\)\\}", NSArray{NSSet{1}}},
+      {kind + "\\[0, 0, 0, 0, 0, 0\\]", boxed(CGAffineTransform())},
+      {key + "1.5", NSDictionary{{1.5, 1}}},
+      {key + "1", NSDictionary{{true, 1}}}};
+  for (const auto& [message, value] : rows) expectStop(message, [&] { archived(Any(value)); });
   const Writer direct{[](ZEBEncoder& encoder) { ZEBEncodable(5).encode(encoder); }};
-  EXPECT_EXIT(archived(direct), stops, "^Encoders should directly encode primitives\n$");
-  const ZEBUnarchiver unarchiver(makeRef<Registry>({BuilderSpec::decodableType<double>()}));
-  EXPECT_EXIT(unarchiver.unarchivedRootObject<Value>(bytes(expanded("%Double}"))), stops,
-              "^Encoders should directly encode and decode primitives\n$");
+  expectStop("Encoders should directly encode primitives", [&] { archived(direct); });
+  const ZEBUnarchiver unarchiver(makeRef<Registry>({Spec::decodableType<double>()}));
+  expectStop("Encoders should directly encode and decode primitives",
+             [&] { unarchiver.unarchivedRootObject<Value>(bytes(expanded("%Double}"))); });
 }
 
 TEST(Unarchiver, MalformedDocumentsFailWithCasePayloadAndPath) {
@@ -282,20 +267,15 @@ missingRequiredData(key: "v") at root|%Holder}|%Holder,"v":1})";
   constexpr auto fields = R"(missingEncodableName(key: "v") at root.v|{}
 unexpectedContent(key: "v") at root|null|[1]
 unexpectedContent(key: "Blob") at root.v|@Blob}
-missingRequiredData(key: "bits") at root.v|@Double}|@Float}
 unexpectedDataType(key: "bits") at root.v|@Double,"bits":"1"}
 unexpectedContent(key: "bits") at root.v|@Double,"bits":-1}|@Double,"bits":1.5}|@Double,"bits":true}
 unexpectedContent(key: "bits") at root.v|@Double,"bits":null}|@Float,"bits":4294967296}
-missingRequiredData(key: "bytes") at root.v|@Data}|@UTF16String}
 unexpectedDataType(key: "bytes") at root.v|@Data,"bytes":5}|@UTF16String,"bytes":<1>}
 unexpectedContent(key: "bytes") at root.v|@Data,"bytes":"AA"}|@UTF16String,"bytes":"AA=="}
-unexpectedDataType(key: "interval") at root.v|@Date,"interval":"x"}
 missingRequiredData(key: "bits") at root.v.interval|@Date,"interval":@Double}}
 missingRequiredData(key: "height") at root.v|@CGRect,"x":<1>,"y":<1>,"width":<1>}|@CGSize,"width":<1>}
-unexpectedContent(key: "x") at root.v|@CGPoint,"x":[],"y":<1>}
 unexpectedContent(key: "location") at root.v|@NSRange,"location":-1,"length":0}
-missingRequiredData(key: "altitude") at root.v|@CLLocation,"lat":<1>,"long":<1>,"interval":<1>}
-unexpectedDataType(key: "arrayValues") at root.v|@Array,"arrayValues":{}}
+unexpectedContent(key: "v") at root.v[1]|@Array,"arrayValues":[1,%Nil}]}
 missingEncodableName(key: "v") at root.v[1]|@Array,"arrayValues":[1,{}]}
 missingRequiredData(key: "values") at root.v|@Dictionary,"keys":[]}
 unexpectedContent(key: "v") at root.v|@Array,"arrayValues":[1,null]}|@Dictionary,"keys":[1],"values":[]}
@@ -312,39 +292,34 @@ unexpectedContent(key: "rawValue") at root.v|%Mood,"c_rawValue":2}|%Mood,"c_rawV
       }
     }
   }
-  const std::string otherType = R"(unexpectedDataType(key: "v") at root)";
-  EXPECT_EQ(readingError<AnyMood>(held(R"(%Color,"c_rawValue":"g"})")), otherType);
-  EXPECT_EQ(readingError<std::vector<int>>(held(R"(@Array,"arrayValues":[1,"2"]})")), otherType);
-  using Map = std::map<std::string, int>;
-  EXPECT_EQ(readingError<Map>(held(R"(@Dictionary,"keys":[1],"values":[1]})")), otherType);
-  EXPECT_EQ(readingError<std::optional<int>>(held("null")),
-            R"(unexpectedContent(key: "v") at root)");
+  for (const std::string field :
+       {R"(%Color,"c_rawValue":"g"})", R"(@Array,"arrayValues":[1,"2"]})"}) {
+    constexpr auto otherType = R"(unexpectedDataType(key: "v") at root)";
+    EXPECT_EQ(readingError<AnyMood>(held(field)), otherType);
+    EXPECT_EQ(readingError<std::vector<int>>(held(field)), otherType);
+  }
 }
 
-/// Reads a field of this text, an absent one and ones of other types, in the form that requires the field
-/// and in the one with a default.
+/// Reads a field of this text, an absent one and ones of other types, with a default and without.
 template <class T, class Default>
-void expectReads(const char* text, T value, T defaultValue,
-                 T (ZEBDecoder::*require)(const StringKey&),
+void expectReads(const char* text, T value, T absent, T (ZEBDecoder::*require)(const StringKey&),
                  T (ZEBDecoder::*readOr)(const StringKey&, Default)) {
-  for (const bool isRequired : {true, false}) {
-    T result{};
-    const auto spec =
-        BuilderSpec::buildFunction("Holder", [&](ZEBDecoder& decoder) -> ZEBEncodable {
-          result = isRequired ? (decoder.*require)("v") : (decoder.*readOr)("v", defaultValue);
-          return Holder<Value>(1);
-        });
-    const auto error = [&](const std::string& document) {
-      const ZEBUnarchiver unarchiver(makeRef<Registry>({spec}));
-      return errorOf([&] { unarchiver.unarchivedRootObject<ZEBEncodable>(bytes(document)); });
-    };
-    EXPECT_TRUE(error(held(text)).empty() && result == value) << text;
-    EXPECT_EQ(error(expanded("%Holder}")),
-              isRequired ? R"(missingRequiredData(key: "v") at root)" : "");
-    EXPECT_EQ(result, isRequired ? value : defaultValue) << text;
-    for (const char* other : {"null", "[]", R"(@Data,"bytes":""})"}) {
-      EXPECT_EQ(error(held(other)), R"(unexpectedDataType(key: "v") at root)");
-    }
+  T required{};
+  T defaulted{};
+  const auto spec = Spec::buildFunction("Holder", [&](ZEBDecoder& decoder) -> ZEBEncodable {
+    defaulted = (decoder.*readOr)("v", absent);
+    required = (decoder.*require)("v");
+    return Any(1);
+  });
+  const ZEBUnarchiver unarchiver(makeRef<Registry>({spec}));
+  const auto error = [&](const std::string& document) {
+    return errorOf([&] { unarchiver.unarchivedRootObject<Any>(bytes(document)); });
+  };
+  EXPECT_TRUE(error(held(text)).empty() && required == value && defaulted == value) << text;
+  EXPECT_EQ(error(expanded("%Holder}")), R"(missingRequiredData(key: "v") at root)");
+  EXPECT_EQ(defaulted, absent);
+  for (const char* other : {"null", "[]", R"(@Data,"bytes":""})"}) {
+    EXPECT_EQ(error(held(other)), R"(unexpectedDataType(key: "v") at root)") << other;
   }
 }
 
@@ -357,14 +332,14 @@ TEST(Unarchiver, TypedReadsRequireOrDefault) {
   expectReads("18446744073709551615", -1L, 9L, &D::decodeInt64ForKey, &D::decodeInt64ForKey);
   expectReads("<1.5>", 1.5f, 9.0f, &D::decodeFloatForKey, &D::decodeFloatForKey);
   expectReads("3", 3.0, 9.0, &D::decodeDoubleForKey, &D::decodeDoubleForKey);
-  expectReads(R"(@CGRect,"x":1,"y":<2>,"width":3,"height":4})", CGRect{{1, 2}, {3, 4}}, CGRect(),
-              &D::decodeCGRectForKey, &D::decodeCGRectForKey);
-  expectReads(R"(@CGPoint,"x":1,"y":2})", CGPoint{1, 2}, {}, &D::decodeCGPointForKey,
-              &D::decodeCGPointForKey);
-  expectReads(R"(@CGSize,"width":1,"height":2})", CGSize{1, 2}, {}, &D::decodeCGSizeForKey,
-              &D::decodeCGSizeForKey);
-  expectReads(R"(@NSRange,"location":1,"length":2})", NSRange{1, 2}, {}, &D::decodeRangeForKey,
-              &D::decodeRangeForKey);
+  const auto rect = R"(@CGRect,"x":1,"y":<2>,"width":3,"height":4})";
+  expectReads(rect, CGRect{{1, 2}, {3, 4}}, {}, &D::decodeCGRectForKey, &D::decodeCGRectForKey);
+  const auto point = R"(@CGPoint,"x":1,"y":2})";
+  expectReads(point, CGPoint{1, 2}, {}, &D::decodeCGPointForKey, &D::decodeCGPointForKey);
+  const auto size = R"(@CGSize,"width":3,"height":4})";
+  expectReads(size, CGSize{3, 4}, {}, &D::decodeCGSizeForKey, &D::decodeCGSizeForKey);
+  const auto range = R"(@NSRange,"location":1,"length":2})";
+  expectReads(range, NSRange{1, 2}, {}, &D::decodeRangeForKey, &D::decodeRangeForKey);
 }
 
 TEST(Unarchiver, BrokenDocumentsFailAsDocumentedAndNoneIsKept) {
@@ -372,7 +347,7 @@ TEST(Unarchiver, BrokenDocumentsFailAsDocumentedAndNoneIsKept) {
       {"a key", NSArray{makeRef<Node>(0.1), NSString(u"\xD800"), bytes("\1\2"), "a longer text"}},
       {1, NSArray{boxed(CGRect()), boxed(NSRange()), makeRef<CLLocation>(CLLocation::Fields())}},
       {2, NSArray{ZEBEncodable(AnyMood(Mood::calm)).value(), 1.5f, true}}};
-  const std::string document = archived(Holder<Value>(everything));
+  const std::string document = archived(Any(everything));
   for (std::size_t i = 0; i < document.size(); ++i) {
     EXPECT_EQ(readingError(std::string_view(document).substr(0, i)), "NSError 3840");
     for (const char other : {'"', '0', '}', 'n', '\xFF'}) {
@@ -382,61 +357,38 @@ TEST(Unarchiver, BrokenDocumentsFailAsDocumentedAndNoneIsKept) {
     }
   }
   const auto read = unarchived<NSDictionary>(document);
-  const auto& [key, value] = *read.begin();
-  for (const Value& part : {key, value, NSArray(value)[3]}) {
-    EXPECT_FALSE(part.storage()->flags & detail::StorageInArena) << part;
-  }
+  const Value text = NSArray(read["a key"])[3];
+  EXPECT_FALSE((text.storage()->flags | read.storage()->flags) & detail::StorageInArena);
 }
 
 Ref<DecodingBuilder> builderOf(const char* text) {
-  return makeRef<BasicDecodingBuilder>(
-      "own name", [text](ZEBDecoder&) -> ZEBEncodable { return Holder<Value>(text); });
+  return makeRef<BasicDecodingBuilder>("own name",
+                                       [text](ZEBDecoder&) -> ZEBEncodable { return Any(text); });
 }
 
 TEST(Registry, TheLaterEntryAndTheFrontRegistryWin) {
-  struct Native : NativeDecodingBuilder {
-    NSString encodableName() const override { return "own name"; }
-    ZEBEncodable buildNative(ZEBDecoder&) const override { return Holder<Value>("native"); }
+  struct Other : DecodingBuilderRegistry {
+    Ref<DecodingBuilder> decodingBuilder(const NSString&) const override { return builderOf("c"); }
   };
-  struct Base : DecodingBuilderRegistry {
-    Ref<DecodingBuilder> decodingBuilder(const NSString& name) const override {
-      return name == "base" ? builderOf("base") : nullptr;
-    }
-  };
-  const auto middle = makeRef<Registry>({BuilderSpec::builder("a", builderOf("hidden")),
-                                         BuilderSpec::builder("middle", builderOf("middle"))},
-                                        makeRef<Base>());
-  const auto front = makeRef<Registry>({BuilderSpec::builder("a", builderOf("first")),
-                                        BuilderSpec::builder("a", builderOf("second")),
-                                        BuilderSpec::builder("native", makeRef<Native>())},
-                                       middle);
+  const auto hidden = Spec::builder("a", builderOf("hidden"));
+  const auto middle =
+      makeRef<Registry>({hidden, Spec::builder("b", builderOf("b"))}, makeRef<Other>());
+  const auto front = makeRef<Registry>({hidden, Spec::builder("a", builderOf("later"))}, middle);
   std::string built;
-  for (const char* name : {"%a}", "%native}", "%middle}", "%base}"}) {
+  for (const char* name : {"%a}", "%b}", "%c}"}) {
     const NSData document = bytes(expanded(name));
     built += archived(ZEBUnarchiver(front).unarchivedRootObject<ZEBEncodable>(document));
   }
-  EXPECT_EQ(built,
-            held(R"("second")") + held(R"("native")") + held(R"("middle")") + held(R"("base")"));
-  EXPECT_FALSE(front->decodingBuilder("own name"));
+  EXPECT_EQ(built, held(R"("later")") + held(R"("b")") + held(R"("c")"));
 }
 
 TEST(Registry, ChainsMayHaveAnyLength) {
-  auto chain = makeRef<Registry>({BuilderSpec::builder("last", builderOf("last"))});
-  for (int i = 0; i < 100000; ++i)
-    chain = makeRef<Registry>({BuilderSpec::builder("other", nullptr)}, chain);
+  auto chain = makeRef<Registry>({Spec::builder("last", builderOf("last"))});
+  for (int i = 0; i < 100000; ++i) chain = makeRef<Registry>({Spec::builder("b", nullptr)}, chain);
   test::runOnSmallStack([&] {
-    EXPECT_TRUE(chain->decodingBuilder("last"));
-    EXPECT_FALSE(chain->decodingBuilder("none"));
+    EXPECT_TRUE(chain->decodingBuilder("last") && !chain->decodingBuilder("none"));
     chain = nullptr;
   });
-}
-
-TEST(Registry, BuildersThatMakeNothingAreAnErrorOfReading) {
-  const auto none = BuilderSpec::buildFunction("nil", [](ZEBDecoder&) { return ZEBEncodable(); });
-  const ZEBUnarchiver unarchiver(
-      makeRef<Registry>({none, BuilderSpec::decodableType<Holder<Value>>()}));
-  const auto document = bytes(held(R"({"type":"Array","arrayValues":[{"encodableName":"nil"}]})"));
-  EXPECT_THROW(unarchiver.unarchivedRootObject<Value>(document), ZEBUnarchiverError);
 }
 
 }  // namespace

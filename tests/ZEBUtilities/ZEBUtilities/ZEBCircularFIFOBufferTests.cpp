@@ -51,7 +51,7 @@ TEST(ZEBCircularFIFOBuffer, BehavesAsAQueueThatDropsItsOldest) {
   }
 }
 
-TEST(ZEBCircularFIFOBuffer, RefusesWhatItCannotHoldAndTakesItsOwnOldest) {
+TEST(ZEBCircularFIFOBuffer, RefusesWhatItCannotHoldAndLetsGo) {
   EXPECT_FALSE(ZEBCircularFIFOBuffer::initWithSize(0));
   const auto buffer = ZEBCircularFIFOBuffer::initWithSize(1);
   EXPECT_EQ(test::raisedName([&] { buffer->setSize(0); }), NSInvalidArgumentException);
@@ -61,39 +61,28 @@ TEST(ZEBCircularFIFOBuffer, RefusesWhatItCannotHoldAndTakesItsOwnOldest) {
   } catch (const NSException& exception) {
     EXPECT_STREQ(exception.what(), "NSInvalidArgumentException: nil object is not allowed");
   }
-  EXPECT_EQ(buffer->count(), 0u);
   buffer->addObject("only");
   buffer->addObject(*buffer->begin());
   EXPECT_EQ(buffer->peekObject(), "only");
+  buffer->setDelegate(makeRef<Recorder>());
+  EXPECT_FALSE(buffer->delegate()) << "held weakly";
+  std::atomic<int> deaths = 0;
+  for (int i = 0; i < 3; ++i) buffer->addObject(makeRef<test::Probe>(deaths));
+  buffer->removeObject();
+  EXPECT_EQ(deaths, 3) << "dropped and removed objects die";
 }
 
 TEST(ZEBCircularFIFOBuffer, ChangesEndAnEnumeration) {
   for (const int change : {0, 1, 2, 3}) {
-    for (const int changeAt : {1, 3}) {  // at the first and at the last object
-      const auto buffer = ZEBCircularFIFOBuffer::initWithSize(3);
-      for (const int object : {1, 2, 3}) buffer->addObject(object);
-      EXPECT_EQ(test::raisedName([&] {
-                  for (const Value& object : *buffer) {
-                    if (object != Value(changeAt)) continue;
-                    if (change == 0) buffer->addObject(4);
-                    if (change == 1) buffer->removeObject();
-                    if (change == 2) buffer->removeAllObjects();
-                    if (change == 3) buffer->setSize(9);
-                  }
-                }),
-                NSGenericException);
-    }
+    const auto buffer = ZEBCircularFIFOBuffer::initWithSize(1);
+    buffer->addObject("first and last");
+    auto next = buffer->begin();
+    if (change == 0) buffer->addObject(4);
+    if (change == 1) buffer->removeObject();
+    if (change == 2) buffer->removeAllObjects();
+    if (change == 3) buffer->setSize(9);
+    EXPECT_EQ(test::raisedName([&] { ++next; }), NSGenericException);
   }
-}
-
-TEST(ZEBCircularFIFOBuffer, LetsGoOfObjectsAndItsDelegate) {
-  std::atomic<int> deaths = 0;
-  const auto buffer = ZEBCircularFIFOBuffer::initWithSize(2);
-  buffer->setDelegate(makeRef<Recorder>());
-  EXPECT_FALSE(buffer->delegate()) << "held weakly";
-  for (int i = 0; i < 4; ++i) buffer->addObject(makeRef<test::Probe>(deaths));
-  buffer->removeObject();
-  EXPECT_EQ(deaths, 3) << "dropped and removed objects die";
 }
 
 }  // namespace
