@@ -52,7 +52,8 @@ void reserveEntries(DictionaryStorage& table, std::size_t capacity);
 void finishBorrowedEntries(DictionaryStorage& table) noexcept;
 
 // The commonest search by far: what is rare in it is kept out of line.
-[[gnu::always_inline]] inline DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept {
+[[gnu::always_inline]] inline DictionaryEntry* findEntry(const DictionaryStorage& table,
+                                                         const StringKey& key) noexcept {
   const std::uint32_t hash = key.hash();  // of a nil key 0, which no entry has
   if (!table.indexMask || table.hasKeyedHash()) return findEntryPlainly(table, key);
   const std::uint32_t* const index = table.index();

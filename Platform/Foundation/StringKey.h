@@ -24,8 +24,8 @@ class StringKey {
   template <std::size_t Size>
   consteval StringKey(const char (&literal)[Size]) noexcept
       : utf8_(literal),
-        length_(static_cast<std::uint32_t>(Size - 1)),
-        hash_(detail::hashOfUTF8(literal, Size - 1)) {}
+        length_(static_cast<std::uint32_t>(lengthWithoutPadding(literal, Size))),
+        hash_(detail::hashOfUTF8(literal, length_)) {}
 
   StringKey(const NSString& string) noexcept;
 
@@ -49,6 +49,11 @@ class StringKey {
   inline bool matches(const detail::StringStorage& candidate) const noexcept;
 
  private:
+  /// Without the zeros that an array may be longer by than its text.
+  static consteval std::size_t lengthWithoutPadding(const char* text, std::size_t size) noexcept {
+    while (size > 0 && text[size - 1] == 0) --size;
+    return size;
+  }
   [[gnu::cold]] bool matchesWide(const detail::StringStorage& candidate) const noexcept;
 
   const char* utf8_ = nullptr;                      ///< null for a string of 16-bit units

@@ -21,8 +21,8 @@ struct TreeRules {
   /// What stands for a leaf or a dictionary key (which may be a collection); nil drops the element or
   /// entry.
   static Value leaf(const Value& value) { return value; }
-  /// Whether a collection goes into the new tree at all.
-  static bool keeps(const Value&) { return true; }
+  /// Whether a collection, so many levels down, goes into the new tree at all.
+  static bool keeps(const Value&, std::size_t) { return true; }
   /// What the new tree holds, made of the filled mutable collection.
   static Value finished(Value collection) { return frozen(std::move(collection)); }
 };
@@ -38,8 +38,8 @@ class TreeRebuild {
     return std::move(result_);
   }
 
-  bool enter(const Value& collection, std::size_t) {
-    if (!rules_.keeps(collection)) return false;
+  bool enter(const Value& collection, std::size_t depth) {
+    if (!rules_.keeps(collection, depth)) return false;
     Level level;
     level.key = std::move(pendingKey_);
     if (collection.isArray()) {

@@ -1,5 +1,4 @@
 #include <Foundation/UnicodeTranscoding.h>
-#include <Json/JsonNumberText.h>
 #include <Json/JsonTextWriter.h>
 
 #include <algorithm>
@@ -81,26 +80,6 @@ char* JsonTextWriter::writeScalarValue(char* target, char32_t scalar) const noex
   }
   byte(0x80 | (scalar & 0x3F));
   return target;
-}
-
-void JsonTextWriter::writeInteger(std::int64_t number) {
-  output_.require(longestJsonNumber);
-  output_.setCursor(writeJsonInteger(output_.cursor(), number));
-}
-
-void JsonTextWriter::writeUnsigned(std::uint64_t number) {
-  output_.require(longestJsonNumber);
-  output_.setCursor(writeJsonUnsigned(output_.cursor(), number));
-}
-
-void JsonTextWriter::writeDouble(double number) {
-  output_.require(longestJsonNumber);
-  output_.setCursor(writeJsonDouble(output_.cursor(), number));
-}
-
-void JsonTextWriter::writeFloat(float number) {
-  output_.require(longestJsonNumber);
-  output_.setCursor(writeJsonFloat(output_.cursor(), number));
 }
 
 }  // namespace zeb::detail

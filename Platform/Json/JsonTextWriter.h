@@ -5,6 +5,7 @@
 #include <Foundation/Value.h>
 #include <Foundation/ValueStorage.h>
 #include <Json/ByteBlock.h>
+#include <Json/JsonNumberText.h>
 
 #include <bit>
 #include <cstddef>
@@ -30,19 +31,21 @@ class JsonTextWriter {
     output_.put(text);
   }
 
-  /// With quotes and escapes. Unpaired surrogates become numbered escapes.
-  inline void writeString(const StringStorage& string);
+  /// With quotes and escapes, and a character behind it. Unpaired surrogates become numbered escapes.
+  inline void writeString(const StringStorage& string, char behind);
+  void writeString(const StringStorage& string) {
+    put('"');
+    writeContent(string);
+    put('"');
+  }
   /// What stands between the quotes.
   inline void writeContent(const StringStorage& string);
   inline void writeASCII(std::string_view text);
 
-  void writeInteger(std::int64_t number);
-  void writeUnsigned(std::uint64_t number);
-  /// Finite ones only, which `isFinite` tells.
-  void writeDouble(double number);
-  void writeFloat(float number);
-  /// A boolean, number or null.
-  inline void writeScalar(const Value& value);
+  inline void writeInteger(std::int64_t number);
+  inline void writeUnsigned(std::uint64_t number);
+  /// A boolean, number or null, and a character behind it. Finite numbers only, which `isFinite` tells.
+  inline void writeScalar(const Value& value, char behind);
 
   static bool isFinite(const Value& number) noexcept {
     // Of the bits, those of the exponent: only infinities and not-a-number have them all set.
@@ -59,6 +62,7 @@ class JsonTextWriter {
 
  private:
   inline bool needsEscapes(std::uint64_t word) const noexcept;
+  inline char* writePiece(char* target, std::string_view piece) const noexcept;
   inline char* writeShort(char* target, const char* at, const char* end) const noexcept;
   char* writeCharacters(char* target, const char* at, const char* end) const noexcept;
   char* writeCharacter(char* target, char character) const noexcept;
@@ -92,10 +96,19 @@ inline ByteBlock needsEscape(ByteBlock block, bool slashes) noexcept {
 
 }  // namespace json_text
 
-inline void JsonTextWriter::writeString(const StringStorage& string) {
-  put('"');
-  writeContent(string);
-  put('"');
+inline void JsonTextWriter::writeString(const StringStorage& string, char behind) {
+  if (string.isWide() || string.length > json_text::pieceLength) {
+    writeString(string);
+    put(behind);
+    return;
+  }
+  output_.require(string.length * json_text::longestEscape + sizeof(ByteBlock) + 3);
+  char* target = output_.cursor();
+  *target++ = '"';
+  target = writePiece(target, {string.ascii(), string.length});
+  *target++ = '"';
+  *target++ = behind;
+  output_.setCursor(target);
 }
 
 inline void JsonTextWriter::writeContent(const StringStorage& string) {
@@ -117,27 +130,30 @@ inline bool JsonTextWriter::needsEscapes(std::uint64_t word) const noexcept {
   return found != 0;
 }
 
-/// Whole blocks while nothing in them needs an escape, else character by character.
 inline void JsonTextWriter::writeASCII(std::string_view text) {
   while (!text.empty()) {
     const std::string_view piece = text.substr(0, json_text::pieceLength);
     text.remove_prefix(piece.size());
     output_.require(piece.size() * json_text::longestEscape + sizeof(ByteBlock));
-    const char* at = piece.data();
-    const char* const end = at + piece.size();
-    char* target = output_.cursor();
-    while (static_cast<std::size_t>(end - at) >= sizeof(ByteBlock)) {
-      const ByteBlock block = loadBlock(at);
-      std::memcpy(target, &block, sizeof block);
-      if (anySet(json_text::needsEscape(block, escapesSlashes_))) {
-        target = writeCharacters(target, at, at + sizeof block);
-      } else {
-        target += sizeof block;
-      }
-      at += sizeof block;
-    }
-    output_.setCursor(writeShort(target, at, end));
+    output_.setCursor(writePiece(output_.cursor(), piece));
   }
+}
+
+/// Whole blocks while nothing in them needs an escape, else character by character.
+inline char* JsonTextWriter::writePiece(char* target, std::string_view piece) const noexcept {
+  const char* at = piece.data();
+  const char* const end = at + piece.size();
+  while (static_cast<std::size_t>(end - at) >= sizeof(ByteBlock)) {
+    const ByteBlock block = loadBlock(at);
+    std::memcpy(target, &block, sizeof block);
+    if (anySet(json_text::needsEscape(block, escapesSlashes_))) {
+      target = writeCharacters(target, at, at + sizeof block);
+    } else {
+      target += sizeof block;
+    }
+    at += sizeof block;
+  }
+  return writeShort(target, at, end);
 }
 
 /// Less than a block: by one or two words that may overlap.
@@ -159,21 +175,44 @@ inline char* JsonTextWriter::writeShort(char* target, const char* at,
   return target + length;
 }
 
-inline void JsonTextWriter::writeScalar(const Value& value) {
+inline void JsonTextWriter::writeInteger(std::int64_t number) {
+  output_.require(longestJsonNumber);
+  output_.setCursor(writeJsonInteger(output_.cursor(), number));
+}
+
+inline void JsonTextWriter::writeUnsigned(std::uint64_t number) {
+  output_.require(longestJsonNumber);
+  output_.setCursor(writeJsonUnsigned(output_.cursor(), number));
+}
+
+inline void JsonTextWriter::writeScalar(const Value& value, char behind) {
+  output_.require(longestJsonNumber + 1);
+  char* target = output_.cursor();
+  const auto word = [&](std::string_view text) {
+    std::memcpy(target, text.data(), text.size());
+    target += text.size();
+  };
   switch (value.kind()) {
     case ValueKind::Boolean:
-      return put(value.payload() ? "true" : "false");
+      word(value.payload() ? "true" : "false");
+      break;
     case ValueKind::SignedInteger:
-      return writeInteger(static_cast<std::int64_t>(value.payload()));
+      target = writeJsonInteger(target, static_cast<std::int64_t>(value.payload()));
+      break;
     case ValueKind::UnsignedInteger:
-      return writeUnsigned(value.payload());
+      target = writeJsonUnsigned(target, value.payload());
+      break;
     case ValueKind::Float:
-      return writeFloat(std::bit_cast<float>(static_cast<std::uint32_t>(value.payload())));
+      target = writeJsonFloat(target, value.floatValue());
+      break;
     case ValueKind::Double:
-      return writeDouble(std::bit_cast<double>(value.payload()));
+      target = writeJsonDouble(target, std::bit_cast<double>(value.payload()));
+      break;
     default:
-      return put("null");
+      word("null");
   }
+  *target++ = behind;
+  output_.setCursor(target);
 }
 
 }  // namespace zeb::detail

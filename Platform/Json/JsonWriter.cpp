@@ -14,53 +14,57 @@ namespace zeb::detail {
 
 namespace {
 
-/// Visits a tree and writes it.
+/// Visits a tree and writes it. Every value is written with a comma behind it, which the end of its
+/// collection takes the place of: so each takes one look at the room that is left.
 class DocumentWriter {
  public:
   explicit DocumentWriter(std::uint64_t options)
       : pretty_(options & NSJSONWritingPrettyPrinted),
         text_(!(options & NSJSONWritingWithoutEscapingSlashes)) {}
 
-  NSData finish() { return text_.finish(); }
+  NSData finish() {
+    text_.output().truncate(text_.size() - 1);
+    return text_.finish();
+  }
 
   bool enter(const Value& collection, std::size_t depth) {
     if (collection.isSet()) raiseUnwritable(collection);
     if (depth >= deepestJsonNesting) throw nestingError();
     text_.put(collection.isArray() ? '[' : '{');
     indentation_ = depth + 1;
-    isEmpty_ = true;
     return true;
   }
 
   void leave(const Value& collection, std::size_t depth) {
     indentation_ = depth;
-    if (pretty_ && !isEmpty_) newLine();
-    isEmpty_ = false;
-    text_.put(collection.isArray() ? ']' : '}');
+    const bool isEmpty = text_.output().written().back() != ',';
+    if (!isEmpty) text_.output().truncate(text_.size() - 1);
+    if (pretty_ && !isEmpty) newLine();
+    text_.put(collection.isArray() ? std::string_view("],") : std::string_view("},"));
   }
 
-  void element(std::size_t position) {
-    if (position) text_.put(',');
+  void element(std::size_t) {
     if (pretty_) newLine();
-    isEmpty_ = false;
   }
 
-  void key(const Value& key, std::size_t position) {
-    element(position);
+  void key(const Value& key, std::size_t) {
     if (!key.isString()) {
       raiseInvalidArgument(NSString::stringWithFormat("JSON keys must be strings: %@", key));
     }
-    text_.writeString(*key.storageAs<StringStorage>());
-    text_.put(pretty_ ? std::string_view(" : ") : std::string_view(":"));
+    const auto& text = *key.storageAs<StringStorage>();
+    if (!pretty_) return text_.writeString(text, ':');
+    newLine();
+    text_.writeString(text, ' ');
+    text_.put(": ");
   }
 
   [[gnu::always_inline]] void leaf(const Value& value) {
-    if (value.isString()) return text_.writeString(*value.storageAs<StringStorage>());
+    if (value.isString()) return text_.writeString(*value.storageAs<StringStorage>(), ',');
     if (!value.isNumber() && !value.isNull()) raiseUnwritable(value);
     if (!JsonTextWriter::isFinite(value)) {
       raiseInvalidArgument(NSString::stringWithFormat("JSON has no number %@", value));
     }
-    text_.writeScalar(value);
+    text_.writeScalar(value, ',');
   }
 
  private:
@@ -79,12 +83,15 @@ class DocumentWriter {
   const bool pretty_;
   JsonTextWriter text_;
   std::size_t indentation_ = 0;
-  bool isEmpty_ = true;
 };
 
 /// Dictionaries with their entries in the order of their keys, which are strings or, in what will be
 /// refused anyway, in any order.
 struct SortedKeysRules : TreeRules {
+  static bool keeps(const Value&, std::size_t depth) {
+    if (depth >= deepestJsonNesting) throw nestingError();
+    return true;
+  }
   static Value finished(Value collection) {
     if (!collection.isDictionary()) return frozen(std::move(collection));
     std::vector<DictionaryEntry> entries;

@@ -36,7 +36,8 @@ struct OLGRecord {
 /// level of its own. Any thread.
 bool OLGCanLog(const void* context, std::int32_t level, std::string_view channel) noexcept;
 
-/// Logs `message` as it is. Any thread; nothing is thrown.
+/// Logs `message` as it is. Any thread; nothing is thrown. In the child of a fork that another thread of the
+/// parent logged through, this may wait for ever, as everything may that takes a lock.
 void OLGLogMessage(const OLGRecord& record) noexcept;
 
 /// Logs a line after a format (see Foundation/Format.h). Does not ask `OLGCanLog`.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Memory/FunctionView.h>
 #include <Memory/NSObject.h>
 
 #include <type_traits>
@@ -10,7 +11,8 @@ namespace zeb {
 template <class Signature>
 class Block;
 
-/// Nullable closure that is kept for later. Copies share one closure and its captured state; the
+/// Nullable closure that is kept for later; nil also when made of a null function pointer or of an empty
+/// wrapper. Copies share one closure and its captured state; the
 /// state dies with the last copy, on whichever thread that is. Calling a nil block is a programming
 /// error. Calling one block from several threads is as safe as the closure itself.
 template <class Result, class... Arguments>
@@ -22,8 +24,12 @@ class Block<Result(Arguments...)> {
   template <class Callable>
     requires(!std::is_same_v<std::remove_cvref_t<Callable>, Block> &&
              std::is_invocable_r_v<Result, std::decay_t<Callable>&, Arguments...>)
-  Block(Callable&& callable)
-      : closure_(makeRef<Closure<std::decay_t<Callable>>>(std::forward<Callable>(callable))) {}
+  Block(Callable&& callable) {
+    if constexpr (detail::NullableCallable<std::remove_cvref_t<Callable>>) {
+      if (!callable) return;
+    }
+    closure_ = makeRef<Closure<std::decay_t<Callable>>>(std::forward<Callable>(callable));
+  }
 
   explicit operator bool() const noexcept { return static_cast<bool>(closure_); }
   Result operator()(Arguments... arguments) const {

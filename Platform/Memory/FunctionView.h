@@ -7,10 +7,19 @@
 
 namespace zeb {
 
+namespace detail {
+
+/// Callables that may hold nothing to call: function pointers, and wrappers that say so.
+template <class Callable>
+concept NullableCallable = std::is_pointer_v<Callable> || std::is_member_pointer_v<Callable> ||
+                           requires { &Callable::operator bool; };
+
+}  // namespace detail
+
 template <class Signature>
 class FunctionView;
 
-/// Nullable view of a callable that is called only while the call it was passed to lasts. Owns
+/// Nullable view of a callable (nil also when made of a null function pointer or of an empty wrapper) that is called only while the call it was passed to lasts. Owns
 /// nothing and allocates nothing, so that iterating with a closure costs what a loop costs. For a
 /// closure that is kept, see `Block`.
 template <class Result, class... Arguments>
@@ -24,6 +33,9 @@ class FunctionView<Result(Arguments...)> {
              std::is_invocable_r_v<Result, Callable&, Arguments...>)
   FunctionView(Callable&& callable) noexcept {
     using Target = std::remove_reference_t<Callable>;
+    if constexpr (detail::NullableCallable<std::remove_cvref_t<Callable>>) {
+      if (!callable) return;
+    }
     if constexpr (std::is_function_v<Target>) {
       target_.function = reinterpret_cast<void (*)()>(&callable);
       invoke_ = [](Storage target, Arguments... arguments) -> Result {

@@ -11,6 +11,14 @@
 
 namespace zeb {
 
+namespace {
+
+/// The count of a dying object: so high that its destructor may take references to it for a while without
+/// deleting it again.
+constexpr std::uint32_t beingDestroyed = std::uint32_t{1} << 30;
+
+}  // namespace
+
 namespace detail {
 
 ObjectExtras& ObjectExtras::of(const NSObject& object) {
@@ -81,12 +89,13 @@ void NSObject::release() const noexcept {
   // Weak references are cut before any destructor runs, so that none sees a half-destroyed object.
   if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire))
     extras->objectIsDying();
+  strongCount_.store(beingDestroyed, std::memory_order_relaxed);
   delete this;
 }
 
 bool NSObject::retainUnlessDying() const noexcept {
   std::uint32_t count = strongCount_.load(std::memory_order_relaxed);
-  while (count != 0) {
+  while (count != 0 && count < beingDestroyed) {
     if (strongCount_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed))
       return true;
   }

@@ -20,6 +20,7 @@ class ObjectExtras;
 /// object is as thread-safe as its class says.
 class NSObject {
  public:
+  /// A destructor may hand its object to code that takes a reference for a while; one that is kept dangles.
   NSObject(const NSObject&) = delete;
   NSObject& operator=(const NSObject&) = delete;
 

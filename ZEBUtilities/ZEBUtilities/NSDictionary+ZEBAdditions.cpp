@@ -36,7 +36,7 @@ struct PropertyListRules : detail::TreeRules {
   static constexpr int deepestKeyNesting = 64;
   int keyNesting = 0;
 
-  static bool keeps(const Value& collection) { return !collection.isSet(); }
+  static bool keeps(const Value& collection, std::size_t) { return !collection.isSet(); }
   Value leaf(const Value& value) const {
     if (isPropertyListLeaf(value)) return value;
     const bool isKey = value.isArray() || value.isDictionary();
@@ -149,7 +149,8 @@ NSArray zeb_mapBlock(const NSDictionary& dictionary,
   if (dictionary.isNil()) return nullptr;
   NSMutableArray results;
   if (block) {
-    for (const auto& [key, object] : dictionary) {
+    const NSDictionary snapshot = dictionary.copy();  // the block may change the dictionary
+    for (const auto& [key, object] : snapshot) {
       Value result = block(key, object);
       if (!result.isNil()) results.addObject(std::move(result));
     }

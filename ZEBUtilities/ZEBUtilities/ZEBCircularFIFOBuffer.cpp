@@ -14,6 +14,7 @@ Ref<ZEBCircularFIFOBuffer> ZEBCircularFIFOBuffer::initWithSize(std::size_t size)
 
 void ZEBCircularFIFOBuffer::setSize(std::size_t size) {
   if (size == 0) raiseInvalidArgument("size 0 is not allowed");
+  const Ref<ZEBCircularFIFOBuffer> alive(this);  // the delegate may drop everybody else's reference
   const NSArray objects = allObjects();
   const std::size_t dropped = objects.count() - std::min(objects.count(), size);
   size_ = size;
@@ -37,6 +38,7 @@ void ZEBCircularFIFOBuffer::addObject(Value object) {
     ++mutatingInteger_;
     return;
   }
+  const Ref<ZEBCircularFIFOBuffer> alive(this);  // the delegate may drop everybody else's reference
   const Value purged = std::exchange(buffer_[start_], std::move(object));
   start_ = slotIndex(1);
   tellDelegate(purged);

@@ -93,8 +93,8 @@ std::string report(const std::string* path, bool keepsArchive, const Screen& scr
 
 /// Writes to standard output. A reader that has seen enough, such as `head`, is no failure.
 bool show(const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), stdout);
-  if (std::fflush(stdout) == 0 || errno == EPIPE) return true;
+  const bool isTaken = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  if ((std::fflush(stdout) == 0 && isTaken) || errno == EPIPE) return true;
   std::perror("timeline: standard output");
   return false;
 }

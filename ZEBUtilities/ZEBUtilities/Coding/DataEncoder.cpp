@@ -300,7 +300,8 @@ void DataEncoder::writeNumber(const NSNumber& number) {
     case 'd':
       return writeDouble(number.doubleValue());
     default:
-      return text_.writeScalar(number);
+      text_.writeScalar(number, ' ');
+      return text_.output().truncate(text_.size() - 1);
   }
 }
 

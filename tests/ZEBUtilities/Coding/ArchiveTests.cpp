@@ -130,7 +130,6 @@ TEST(Archive, EveryKindHasItsText) {
   const CLLocation::Fields fields{{1, 2}, -HUGE_VAL, 4, 5, 6, 7, date};
   const NSDictionary dictionary{{1, NSArray{"a"}}, {7u, 0.5}, {NSString(u"\xDC00"), true}};
   const std::pair<Value, const char*> rows[] = {
-      {true, "true"},
       {UINT64_MAX, "18446744073709551615"},
       {0.1, R"(@Double,"bits":4591870180066957722})"},
       {std::bit_cast<double>(0x7FF0'0000'0000'0001), R"(@Double,"bits":9218868437227405313})"},
@@ -152,8 +151,8 @@ TEST(Archive, EveryKindHasItsText) {
       {dictionary, R"(@Dictionary,"keys":[1,7,@UTF16String,"bytes":"\/\/4A3A=="}],)"
                    R"("values":[@Array,"arrayValues":["a"]},<0.5>,true]})"},
       {makeRef<Node>(makeRef<Node>(1)), R"(%Node,"c_v":%Node,"c_v":1}})"},
-      {ZEBEncodable(AnyMood(Mood::excited)).value(), R"(%Mood,"c_rawValue":18446744073709551615})"},
-      {ZEBEncodable(AnyColor(Color::green)).value(), R"(%Color,"c_rawValue":"g"})"}};
+      {ZEBEncodable(AnyMood(Mood::excited)).value(),
+       R"(%Mood,"c_rawValue":18446744073709551615})"}};
   for (const auto& [value, text] : rows) {
     const std::string document = archived(Any(value));
     EXPECT_EQ(document, held(text));
@@ -172,7 +171,6 @@ TEST(Archive, StaticTypesComeBack) {
   expectBack(std::vector<std::vector<double>>{{1, -0.5}, {}}, std::vector<bool>{true, false});
   expectBack(
       std::map<std::string, std::vector<AnyColor>>{{"a", {AnyColor(Color::red)}}, {"b", {}}});
-  expectBack(std::unordered_map<std::int64_t, std::map<NSString, NSDate>>{{-1, {{"d", date}}}});
   using Sizes = std::optional<std::vector<std::map<std::string, CGSize>>>;
   expectBack(Sizes({{{"s", {1, 2}}}, {}}), Sizes());
   const auto node = makeRef<Node>(NSArray{makeRef<Node>(1)});
@@ -240,12 +238,10 @@ TEST(ArchiveDeathTest, ProgrammingErrorsStopTheProcess) {
   const std::string kind =
       "Object must be either Encodable, ZEBObjCEncodable, Array, or Dictionary: ";
   const std::string key = "Dictionary keys must be either Int, Int64, or String: ";
-  const std::pair<std::string, Value> rows[] = {
-      {kind + "<null>", NSNull::null()},
-      {kind + "\\{\\(\n    1\n\\)\\}", NSArray{NSSet{1}}},
-      {kind + "\\[0, 0, 0, 0, 0, 0\\]", boxed(CGAffineTransform())},
-      {key + "1.5", NSDictionary{{1.5, 1}}},
-      {key + "1", NSDictionary{{true, 1}}}};
+  const std::pair<std::string, Value> rows[] = {{kind + "<null>", NSNull::null()},
+                                                {kind + "\\{\\(\n    1\n\\)\\}", NSArray{NSSet{1}}},
+                                                {key + "1.5", NSDictionary{{1.5, 1}}},
+                                                {key + "1", NSDictionary{{true, 1}}}};
   for (const auto& [message, value] : rows) expectStop(message, [&] { archived(Any(value)); });
   const Writer direct{[](ZEBEncoder& encoder) { ZEBEncodable(5).encode(encoder); }};
   expectStop("Encoders should directly encode primitives", [&] { archived(direct); });
@@ -255,22 +251,19 @@ TEST(ArchiveDeathTest, ProgrammingErrorsStopTheProcess) {
 }
 
 TEST(Unarchiver, MalformedDocumentsFailWithCasePayloadAndPath) {
-  // An error, and the documents that give it.
-  constexpr auto documents = R"(NSError 3840|null|"text"| |
-unexpectedRootDataType|[]
-missingRootObject|@Array,"arrayValues":[]}|%Node,"c_v":1}
-missingEncodableName(key: "root") at root|{}|{"type":5}
-missingDecodingBuilder(encodableName: "Nobody") at root|%Nobody}
-unexpectedDataType(key: "encodableName") at root|{"encodableName":5}
-missingRequiredData(key: "v") at root|%Holder}|%Holder,"v":1})";
-  // An error, and the fields of a `Holder` that give it.
-  constexpr auto fields = R"(missingEncodableName(key: "v") at root.v|{}
+  // An error, and the fields of a `Holder` or, after "!", the whole documents that give it.
+  std::istringstream lines(R"(NSError 3840|!null|!"text"|!
+unexpectedRootDataType|![]
+missingRootObject|!@Array,"arrayValues":[]}|!%Node,"c_v":1}
+missingEncodableName(key: "root") at root|!{}|!{"type":5}
+missingDecodingBuilder(encodableName: "Nobody") at root|!%Nobody}
+unexpectedDataType(key: "encodableName") at root|!{"encodableName":5}
+missingRequiredData(key: "v") at root|!%Holder}|!%Holder,"v":1}
 unexpectedContent(key: "v") at root|null|[1]
+missingEncodableName(key: "v") at root.v|{}
 unexpectedContent(key: "Blob") at root.v|@Blob}
 unexpectedDataType(key: "bits") at root.v|@Double,"bits":"1"}
-unexpectedContent(key: "bits") at root.v|@Double,"bits":-1}|@Double,"bits":1.5}|@Double,"bits":true}
-unexpectedContent(key: "bits") at root.v|@Double,"bits":null}|@Float,"bits":4294967296}
-unexpectedDataType(key: "bytes") at root.v|@Data,"bytes":5}|@UTF16String,"bytes":<1>}
+unexpectedContent(key: "bits") at root.v|@Double,"bits":-1}|@Double,"bits":1.5}|@Double,"bits":true}|@Double,"bits":null}|@Float,"bits":4294967296}
 unexpectedContent(key: "bytes") at root.v|@Data,"bytes":"AA"}|@UTF16String,"bytes":"AA=="}
 missingRequiredData(key: "bits") at root.v.interval|@Date,"interval":@Double}}
 missingRequiredData(key: "height") at root.v|@CGRect,"x":<1>,"y":<1>,"width":<1>}|@CGSize,"width":<1>}
@@ -278,25 +271,20 @@ unexpectedContent(key: "location") at root.v|@NSRange,"location":-1,"length":0}
 unexpectedContent(key: "v") at root.v[1]|@Array,"arrayValues":[1,%Nil}]}
 missingEncodableName(key: "v") at root.v[1]|@Array,"arrayValues":[1,{}]}
 missingRequiredData(key: "values") at root.v|@Dictionary,"keys":[]}
-unexpectedContent(key: "v") at root.v|@Array,"arrayValues":[1,null]}|@Dictionary,"keys":[1],"values":[]}
-unexpectedContent(key: "v") at root.v|@Dictionary,"keys":[true],"values":[1]}|@Dictionary,"keys":[<1>],"values":[1]}
+unexpectedContent(key: "v") at root.v|@Array,"arrayValues":[1,null]}|@Dictionary,"keys":[1],"values":[]}|@Dictionary,"keys":[true],"values":[1]}|@Dictionary,"keys":[<1>],"values":[1]}
 missingDecodingBuilder(encodableName: "X") at root.v[0].v|@Array,"arrayValues":[%Node,"c_v":%X}}]}
 missingRequiredData(key: "rawValue") at root.v|%Mood}|%Color,"rawValue":1}
-unexpectedContent(key: "rawValue") at root.v|%Mood,"c_rawValue":2}|%Mood,"c_rawValue":-1}|%Color,"c_rawValue":"b"})";
-  for (const auto table : {documents, fields}) {
-    std::istringstream lines(table);
-    for (std::string line, error, text; std::getline(lines, line);) {
-      std::istringstream cells(line);
-      for (std::getline(cells, error, '|'); std::getline(cells, text, '|');) {
-        EXPECT_EQ(readingError(table == fields ? held(text) : expanded(text)), error) << text;
-      }
+unexpectedContent(key: "rawValue") at root.v|%Mood,"c_rawValue":2}|%Mood,"c_rawValue":-1}|%Color,"c_rawValue":"b"})");
+  for (std::string line, error, text; std::getline(lines, line);) {
+    std::istringstream cells(line);
+    for (std::getline(cells, error, '|'); std::getline(cells, text, '|');) {
+      const std::string document = text[0] == '!' ? expanded(text.substr(1)) : held(text);
+      EXPECT_EQ(readingError(document), error) << document;
     }
   }
-  for (const std::string field :
-       {R"(%Color,"c_rawValue":"g"})", R"(@Array,"arrayValues":[1,"2"]})"}) {
-    constexpr auto otherType = R"(unexpectedDataType(key: "v") at root)";
-    EXPECT_EQ(readingError<AnyMood>(held(field)), otherType);
-    EXPECT_EQ(readingError<std::vector<int>>(held(field)), otherType);
+  for (const std::string field : {"7", R"(@Array,"arrayValues":[1,"2"]})"}) {
+    EXPECT_EQ(readingError<std::vector<int>>(held(field)),
+              R"(unexpectedDataType(key: "v") at root)");
   }
 }
 
@@ -336,8 +324,6 @@ TEST(Unarchiver, TypedReadsRequireOrDefault) {
   expectReads(rect, CGRect{{1, 2}, {3, 4}}, {}, &D::decodeCGRectForKey, &D::decodeCGRectForKey);
   const auto point = R"(@CGPoint,"x":1,"y":2})";
   expectReads(point, CGPoint{1, 2}, {}, &D::decodeCGPointForKey, &D::decodeCGPointForKey);
-  const auto size = R"(@CGSize,"width":3,"height":4})";
-  expectReads(size, CGSize{3, 4}, {}, &D::decodeCGSizeForKey, &D::decodeCGSizeForKey);
   const auto range = R"(@NSRange,"location":1,"length":2})";
   expectReads(range, NSRange{1, 2}, {}, &D::decodeRangeForKey, &D::decodeRangeForKey);
 }
@@ -356,9 +342,8 @@ TEST(Unarchiver, BrokenDocumentsFailAsDocumentedAndNoneIsKept) {
       readingError(broken);  // throws what else comes
     }
   }
-  const auto read = unarchived<NSDictionary>(document);
-  const Value text = NSArray(read["a key"])[3];
-  EXPECT_FALSE((text.storage()->flags | read.storage()->flags) & detail::StorageInArena);
+  const Value text = NSArray(unarchived<NSDictionary>(document)["a key"])[3];
+  EXPECT_FALSE(text.storage()->flags & detail::StorageInArena) << "keeps the document's memory";
 }
 
 Ref<DecodingBuilder> builderOf(const char* text) {
