@@ -50,8 +50,13 @@ class DataBuilder {
     require(0);
     if (!memory_) return NSData::data();
     const std::size_t length = size();
-    void* fitting = std::realloc(memory_, sizeof(DataStorage) + length);
-    auto* data = new (fitting ? fitting : memory_) DataStorage(0, length);
+    // Giving back a little is not worth the way to the heap.
+    constexpr std::size_t little = std::size_t{128} << 10;
+    const auto unused = static_cast<std::size_t>(limit_ - cursor_);
+    if (unused > std::min(length / 4, little)) {
+      if (void* fitting = std::realloc(memory_, sizeof(DataStorage) + length)) memory_ = fitting;
+    }
+    auto* data = new (memory_) DataStorage(0, length);
     data->bytes = reinterpret_cast<const std::byte*>(data + 1);
     memory_ = nullptr;
     cursor_ = limit_ = nullptr;

@@ -17,6 +17,12 @@ const Value* NSDictionary::find(const StringKey& key) const noexcept {
   return entry ? &entry->value : nullptr;
 }
 
+const Value* NSDictionary::findString(const NSString& key) const noexcept {
+  if (isNil()) return nullptr;
+  const DictionaryEntry* entry = detail::findEntry(table(), StringKey(key));
+  return entry ? &entry->value : nullptr;
+}
+
 const Value* NSDictionary::findValue(const Value& key) const noexcept {
   if (isNil()) return nullptr;
   const DictionaryEntry* entry = detail::findEntry(table(), key);

@@ -54,7 +54,7 @@ class NSDictionary : public Value {
   const Value* find(const StringKey& key) const noexcept;
   template <std::derived_from<Value> Key>
   const Value* find(const Key& key) const noexcept {
-    if constexpr (std::derived_from<Key, NSString>) return find(StringKey(key));
+    if constexpr (std::derived_from<Key, NSString>) return findString(key);
     return findValue(key);
   }
 
@@ -116,6 +116,7 @@ class NSDictionary : public Value {
 
  private:
   static Value valueOrNil(const Value* found) noexcept { return found ? *found : Value(); }
+  const Value* findString(const NSString& key) const noexcept;
   const Value* findValue(const Value& key) const noexcept;
 };
 

@@ -69,7 +69,7 @@ TEST_F(JSONTest, SlowWorkOnTheMainThreadIsLogged) {
     const Value foreign = NSArray{makeRef<Indescribable>()};
     EXPECT_THROW(Json::dataWithJSONObject(foreign, 0, &error), std::runtime_error);
   };
-  for (const unsigned nanoseconds : {10'000'001, 15'999'999, 1'234'500'000}) {
+  for (const unsigned nanoseconds : {10'000'001u, 15'999'999u, 1'234'500'000u}) {
     workThreeTimes(nanoseconds);
     const auto shown = std::to_string(nanoseconds / 1'000'000);
     const std::string slow = " on main thread is slow! " + shown + "ms";
