@@ -96,10 +96,10 @@ struct SortedKeysRules : TreeRules {
     if (!collection.isDictionary()) return frozen(std::move(collection));
     std::vector<DictionaryEntry> entries;
     for (const DictionaryEntry& entry : NSDictionary(collection)) entries.push_back(entry);
-    std::stable_sort(entries.begin(), entries.end(),
-                     [](const DictionaryEntry& left, const DictionaryEntry& right) {
-                       return NSString(left.key) < NSString(right.key);
-                     });
+    std::sort(entries.begin(), entries.end(),
+              [](const DictionaryEntry& left, const DictionaryEntry& right) {
+                return NSString(left.key) < NSString(right.key);
+              });
     return NSDictionary::dictionaryWithEntries(entries);
   }
 };

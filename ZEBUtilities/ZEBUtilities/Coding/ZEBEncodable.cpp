@@ -33,7 +33,7 @@ NSString detail::primitiveName(const Value& primitive) {
     case ValueKind::Date:
       return "Date";
     case ValueKind::Object:
-      return "CLLocation";
+      return primitive.object<CLLocation>() ? NSString("CLLocation") : NSString();
     default:
       return nullptr;
   }
@@ -53,7 +53,7 @@ void ZEBEncodable::encode(ZEBEncoder& encoder) const {
 
 ZEBEncodable ZEBEncodable::from(const Value& value) noexcept {
   ZEBEncodable encodable;
-  if (dynamic_cast<const detail::EncodableBox*>(value.objectPointer())) encodable.value_ = value;
+  if (boxOf(value) || !detail::primitiveName(value).isNil()) encodable.value_ = value;
   return encodable;
 }
 

@@ -13,6 +13,7 @@
 #include <optional>
 #include <ranges>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
@@ -128,6 +129,7 @@ Value encodableValue(Number number) {
 }
 inline Value encodableValue(const char* utf8) { return utf8; }
 inline Value encodableValue(const std::string& utf8) { return utf8; }
+inline Value encodableValue(std::string_view utf8) { return utf8; }
 template <BoxableRecord Record>
 Value encodableValue(const Record& record) {
   return boxed(record);
@@ -163,7 +165,8 @@ class ZEBEncodable {
     return box ? &box->object : nullptr;
   }
 
-  /// As an element for collections, and back (nil when the value holds no encodable object).
+  /// As an element for collections, and back (nil when the value is neither an encodable object nor
+  /// a primitive).
   const Value& value() const noexcept { return value_; }
   static ZEBEncodable from(const Value& value) noexcept;
 

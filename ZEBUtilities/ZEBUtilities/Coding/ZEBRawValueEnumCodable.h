@@ -63,6 +63,9 @@ class ZEBRawValueEnumCodable {
 
   operator Enumeration() const noexcept { return enumerator_; }
   friend bool operator==(const ZEBRawValueEnumCodable&, const ZEBRawValueEnumCodable&) = default;
+  friend bool operator==(const ZEBRawValueEnumCodable& left, Enumeration right) noexcept {
+    return left.enumerator_ == right;
+  }
 
  private:
   static constexpr bool hasStrings = requires { Traits::cases[0].second; };
