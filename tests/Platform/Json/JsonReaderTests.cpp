@@ -117,7 +117,7 @@ TEST(JsonReader, RejectsAndTellsWhatAndWhere) {
 }
 
 TEST(JsonReader, EndsAtTheStatedDepth) {
-  const auto nested = [](int depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+  const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
   EXPECT_FALSE(read(nested(512)).isNil());
   std::string wide = "[";
   for (int turn = 0; turn < 1000; ++turn) wide += nested(511) + ",";
@@ -170,7 +170,7 @@ TEST(JsonReader, DefendsItselfAgainstChosenKeys) {
 }
 
 TEST(JsonReader, MakesMutableWhatIsAsked) {
-  for (const std::uint64_t options : {0, 1, 2, 3}) {
+  for (const std::uint64_t options : {0u, 1u, 2u, 3u}) {
     const NSDictionary root(read("{\"list\":[\"text\",{\"k\":\"\xC3\xA9\"},1]}", options));
     const NSArray list(root["list"]);
     const NSDictionary inner(list[1]);
