@@ -57,11 +57,11 @@ void finishBorrowedEntries(DictionaryStorage& table) noexcept;
   const std::uint32_t hash = key.hash();  // of a nil key 0, which no entry has
   if (!table.indexMask || table.hasKeyedHash()) return findEntryPlainly(table, key);
   const std::uint32_t* const index = table.index();
+  const std::uint64_t wantedHead = Value::headOfKey(ValueKind::String, hash);
   std::uint32_t slot = hash & table.indexMask;
   while (const std::uint32_t position = index[slot]) {
     DictionaryEntry& entry = table.entries[position - 1];
-    if (entry.key.keyHash() == hash && entry.key.isString() &&
-        key.matches(*entry.key.storageAs<StringStorage>())) {
+    if (entry.key.head() == wantedHead && key.matches(*entry.key.storageAs<StringStorage>())) {
       return &entry;
     }
     slot = (slot + 1) & table.indexMask;

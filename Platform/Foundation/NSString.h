@@ -137,8 +137,8 @@ inline StringKey::StringKey(const NSString& string) noexcept {
     utf8_ = storage_->ascii();
     length_ = storage_->length;
   }
-  const bool isKnown = !storage_->isMutable();
-  hash_ = isKnown ? storage_->hash.load(std::memory_order_relaxed) : 0;
+  // Mutable strings never note theirs.
+  hash_ = storage_->hash.load(std::memory_order_relaxed);
   if (hash_ == 0) hash_ = detail::hashOfString(*storage_);
 }
 

@@ -49,6 +49,11 @@ static_assert(std::endian::native == std::endian::little, "the word loads assume
 /// As memcmp() == 0, without a call: for texts, which are mostly short.
 inline bool equalBytes(const char* left, const char* right, std::size_t count) noexcept {
   if (count < 8) return loadTail(left, count) == loadTail(right, count);
+  if (count <= 16) {
+    const std::uint64_t first = loadWord(left) ^ loadWord(right);
+    const std::uint64_t last = loadWord(left + count - 8) ^ loadWord(right + count - 8);
+    return (first | last) == 0;
+  }
   for (std::size_t offset = 0; offset + 8 < count; offset += 8) {
     if (loadWord(left + offset) != loadWord(right + offset)) return false;
   }

@@ -184,10 +184,15 @@ class Value {
     return static_cast<std::uint64_t>(kind) | std::uint64_t{static_cast<unsigned char>(typeCode)}
                                                   << 8;
   }
+  /// Of a key in a dictionary, where no type code takes part.
+  static constexpr std::uint64_t headOfKey(Kind kind, std::uint32_t hash) noexcept {
+    return static_cast<std::uint64_t>(kind) | std::uint64_t{hash} << 32;
+  }
   static constexpr bool isCountedHead(std::uint64_t head) noexcept { return head & 0x10; }
 
   bool isCounted() const noexcept { return isCountedHead(head_); }
   char typeCode() const noexcept { return static_cast<char>(head_ >> 8); }
+  std::uint64_t head() const noexcept { return head_; }
   std::uint64_t payload() const noexcept { return payload_; }
   detail::Storage* storage() const noexcept { return reinterpret_cast<detail::Storage*>(payload_); }
   template <class StorageType>
