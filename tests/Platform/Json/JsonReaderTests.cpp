@@ -117,7 +117,9 @@ TEST(JsonReader, RejectsAndTellsWhatAndWhere) {
 }
 
 TEST(JsonReader, EndsAtTheStatedDepth) {
-  const auto nested = [](std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+  const auto nested = [](std::size_t depth) {
+    return std::string(depth, '[') + std::string(depth, ']');
+  };
   EXPECT_FALSE(read(nested(512)).isNil());
   std::string wide = "[";
   for (int turn = 0; turn < 1000; ++turn) wide += nested(511) + ",";
