@@ -40,6 +40,8 @@ class DataBuilder {
   }
   /// The bytes written so far, until the next change.
   std::string_view written() const noexcept { return {memory_ ? content() : "", size()}; }
+  /// The last byte; something must have been written.
+  char last() const noexcept { return cursor_[-1]; }
   /// Takes back what was written from `start` on.
   void truncate(std::size_t start) noexcept {
     if (memory_) cursor_ = content() + start;

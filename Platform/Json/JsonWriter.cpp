@@ -37,7 +37,7 @@ class DocumentWriter {
 
   void leave(const Value& collection, std::size_t depth) {
     indentation_ = depth;
-    const bool isEmpty = text_.output().written().back() != ',';
+    const bool isEmpty = text_.output().last() != ',';
     if (!isEmpty) text_.output().truncate(text_.size() - 1);
     if (pretty_ && !isEmpty) newLine();
     text_.put(collection.isArray() ? std::string_view("],") : std::string_view("},"));
