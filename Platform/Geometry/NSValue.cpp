@@ -1,19 +1,11 @@
 #include <Foundation/Format.h>
 #include <Foundation/StringHash.h>
 #include <Geometry/NSValue.h>
+#include <Memory/Overloaded.h>
 
 #include <bit>
 
 namespace zeb {
-
-namespace {
-
-template <class... Visitors>
-struct Overloaded : Visitors... {
-  using Visitors::operator()...;
-};
-
-}  // namespace
 
 bool NSValue::isEqual(const NSObject& other) const noexcept {
   const auto* value = dynamic_cast<const NSValue*>(&other);

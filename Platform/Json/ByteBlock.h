@@ -17,6 +17,15 @@ inline ByteBlock loadBlock(const char* from) noexcept {
   return block;
 }
 
+constexpr std::uint64_t everyByte(std::uint64_t byte) noexcept {
+  return byte * 0x0101010101010101u;
+}
+
+/// Whether one of a word's eight bytes is zero, as bits that are set where it is.
+constexpr std::uint64_t zeroBytes(std::uint64_t word) noexcept {
+  return (word - everyByte(1)) & ~word & everyByte(0x80);
+}
+
 inline bool anySet(ByteBlock block) noexcept {
   std::uint64_t halves[2];
   std::memcpy(halves, &block, sizeof block);

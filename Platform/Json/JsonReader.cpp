@@ -133,14 +133,9 @@ ByteBlock needsDecoding(ByteBlock block) noexcept {
   return reinterpret_cast<ByteBlock>((block == '\\') | (block >= 0x80));
 }
 
-constexpr std::uint64_t everyByte(std::uint64_t byte) noexcept {
-  return byte * 0x0101010101010101u;
-}
-
 /// Whether one of a word's eight bytes begins an escape.
 constexpr bool hasBackslash(std::uint64_t word) noexcept {
-  const std::uint64_t zeroWhereEqual = word ^ everyByte('\\');
-  return ((zeroWhereEqual - everyByte(1)) & ~zeroWhereEqual & everyByte(0x80)) != 0;
+  return zeroBytes(word ^ everyByte('\\')) != 0;
 }
 
 /// As `loadTail`, of bytes that have a whole word's room behind them.

@@ -80,10 +80,6 @@ namespace json_text {
 inline constexpr std::size_t pieceLength = 4096;  // units that room is made for at once
 inline constexpr std::size_t longestEscape = 6;
 
-constexpr std::uint64_t everyByte(std::uint64_t byte) noexcept {
-  return byte * 0x0101010101010101u;
-}
-
 /// Letters where a word of fewer than eight characters has none.
 constexpr std::uint64_t shortWordFill(std::size_t length) noexcept {
   return everyByte('a') << (8 * length);
@@ -120,13 +116,9 @@ inline void JsonTextWriter::writeContent(const StringStorage& string) {
 }
 
 inline bool JsonTextWriter::needsEscapes(std::uint64_t word) const noexcept {
-  const auto zeroByteIn = [](std::uint64_t bytes) {
-    return (bytes - json_text::everyByte(1)) & ~bytes & json_text::everyByte(0x80);
-  };
-  std::uint64_t found = ((word - json_text::everyByte(0x20)) & ~word & json_text::everyByte(0x80)) |
-                        zeroByteIn(word ^ json_text::everyByte('"')) |
-                        zeroByteIn(word ^ json_text::everyByte('\\'));
-  if (escapesSlashes_) found |= zeroByteIn(word ^ json_text::everyByte('/'));
+  std::uint64_t found = ((word - everyByte(0x20)) & ~word & everyByte(0x80)) |
+                        zeroBytes(word ^ everyByte('"')) | zeroBytes(word ^ everyByte('\\'));
+  if (escapesSlashes_) found |= zeroBytes(word ^ everyByte('/'));
   return found != 0;
 }
 

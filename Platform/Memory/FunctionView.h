@@ -19,9 +19,9 @@ concept NullableCallable = std::is_pointer_v<Callable> || std::is_member_pointer
 template <class Signature>
 class FunctionView;
 
-/// Nullable view of a callable (nil also when made of a null function pointer or of an empty wrapper) that is called only while the call it was passed to lasts. Owns
-/// nothing and allocates nothing, so that iterating with a closure costs what a loop costs. For a
-/// closure that is kept, see `Block`.
+/// Nullable view of a callable that is called only while the call it was passed to lasts; nil also when
+/// made of a null function pointer or of an empty wrapper. Owns nothing and allocates nothing, so that
+/// iterating with a closure costs what a loop costs. For a closure that is kept, see `Block`.
 template <class Result, class... Arguments>
 class FunctionView<Result(Arguments...)> {
  public:

@@ -20,8 +20,8 @@ class DataDecoder final : public ZEBDecoder {
  public:
   explicit DataDecoder(Ref<DecodingBuilderRegistry> decodingBuilderRegistry);
 
-  /// The object that the document, which must outlive this, describes. Throws `ZEBUnarchiverError` with its path, and whatever
-  /// builders throw.
+  /// The object that the document, which must outlive this, describes. Throws
+  /// `ZEBUnarchiverError` with its path, and whatever builders throw.
   Value decodeRoot(const NSDictionary& document);
 
   using ZEBDecoder::decodeObjectForKey;

@@ -6,6 +6,7 @@
 #include <Json/JsonWriter.h>
 #include <Linux/Console.h>
 #include <Linux/Stack.h>
+#include <Memory/Overloaded.h>
 #include <ZEBUtilities/Coding/ArchiveFormatPrivate.h>
 #include <ZEBUtilities/Coding/DataEncoderPrivate.h>
 
@@ -20,11 +21,6 @@
 namespace zeb::detail {
 
 namespace {
-
-template <class... Visitors>
-struct Overloaded : Visitors... {
-  using Visitors::operator()...;
-};
 
 [[noreturn]] void stopFor(const char* message, const Value& value) {
   fatal(std::string(message) + " " + value.description().utf8());
