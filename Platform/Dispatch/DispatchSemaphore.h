@@ -1,0 +1,38 @@
+#pragma once
+
+#include <Dispatch/DispatchTime.h>
+#include <Memory/NSObject.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+namespace zeb {
+
+/// A counting semaphore. While a block waits on one, the pool runs another thread in its place.
+class DispatchSemaphore final : public NSObject {
+ public:
+  explicit DispatchSemaphore(std::int64_t value) noexcept : value_(value) {}
+
+  bool wait(dispatch_time_t timeout);
+  bool signal();
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable signalled_;
+  std::int64_t value_;  ///< less than 0: how many wait
+};
+
+using dispatch_semaphore_t = Ref<DispatchSemaphore>;
+
+/// Nil for a negative value.
+dispatch_semaphore_t dispatch_semaphore_create(std::int64_t value);
+
+/// Takes one, waiting until `timeout` for it. 0 if it got one, another number if time ran out.
+std::int64_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore,
+                                     dispatch_time_t timeout);
+
+/// Gives one. Not 0 if that woke a waiting thread.
+std::int64_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore);
+
+}  // namespace zeb
