@@ -14,13 +14,16 @@ class DispatchSemaphore final : public NSObject {
  public:
   explicit DispatchSemaphore(std::int64_t value) noexcept : value_(value) {}
 
+  /// Whether it got one before `timeout`.
   bool wait(dispatch_time_t timeout);
+  /// Whether that woke a waiting thread.
   bool signal();
 
  private:
   std::mutex mutex_;
-  std::condition_variable signalled_;
-  std::int64_t value_;  ///< less than 0: how many wait
+  std::condition_variable available_;
+  std::int64_t value_;
+  std::int64_t waiting_ = 0;
 };
 
 using dispatch_semaphore_t = Ref<DispatchSemaphore>;

@@ -17,7 +17,18 @@ namespace zeb {
 /// Made suspended; it runs after the first `dispatch_resume`. Releasing the last reference cancels it.
 /// All functions may be called from any thread, from the handlers too. After `dispatch_source_cancel` no
 /// further handler starts; one that runs already goes on. The handlers are released then.
-class DispatchTimerSource;
+class DispatchTimerSource final : public NSObject {
+ public:
+  explicit DispatchTimerSource(dispatch_queue_t queue);
+  ~DispatchTimerSource() override;
+
+  /// What the timers and the queue hold, so that the handle's end can cancel it.
+  class State;
+  State& state() const noexcept { return *state_; }
+
+ private:
+  const Ref<State> state_;
+};
 using dispatch_source_t = Ref<DispatchTimerSource>;
 
 /// A timer source without a schedule. A nil queue means the global queue of default priority.

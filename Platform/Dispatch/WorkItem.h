@@ -6,24 +6,43 @@
 
 namespace zeb::detail {
 
-/// One piece of work on its way through a queue, linked to the next one. Frees itself when it is done.
-class WorkItem {
+class WorkItem;
+
+/// Whoever runs items in a way of its own: a concurrent queue, which counts them.
+class WorkRunner {
  public:
-  WorkItem(const WorkItem&) = delete;
-  WorkItem& operator=(const WorkItem&) = delete;
-
-  /// Calls the closure and destroys it; the item itself stays, as a link.
-  void run() noexcept { operate_(*this, Operation::run); }
-  /// Frees the item.
-  void dispose() noexcept { operate_(*this, Operation::dispose); }
-
-  std::atomic<WorkItem*> next{nullptr};
+  /// Runs and disposes of the item.
+  virtual void runItem(WorkItem& item) noexcept = 0;
 
  protected:
-  enum class Operation { run, dispose };
+  ~WorkRunner() = default;
+};
+
+/// One piece of work on its way through a queue: a closure of any type, to be run once on some thread.
+/// Exactly one of `run()` and `discard()` is called, then `dispose()`.
+class WorkItem {
+ public:
+  enum class Operation { run, discard, dispose };
   using Operate = void (*)(WorkItem& item, Operation operation) noexcept;
 
   explicit WorkItem(Operate operate) noexcept : operate_(operate) {}
+  WorkItem(const WorkItem&) = delete;
+  WorkItem& operator=(const WorkItem&) = delete;
+
+  /// Calls the closure and destroys it. The item itself stays, for it may be a link of a list.
+  void run() noexcept { operate_(*this, Operation::run); }
+  /// Destroys the closure without a call.
+  void discard() noexcept { operate_(*this, Operation::discard); }
+  /// Gives the item's memory back.
+  void dispose() noexcept { operate_(*this, Operation::dispose); }
+
+  bool isOperatedBy(Operate operate) const noexcept { return operate_ == operate; }
+
+  /// The list or the queue that holds the item uses these.
+  std::atomic<WorkItem*> next{nullptr};
+  WorkRunner* runner = nullptr;
+
+ protected:
   ~WorkItem() = default;
 
  private:
@@ -36,9 +55,9 @@ template <class Closure>
 class ClosureItem final : public WorkItem {
  public:
   template <class Source>
-  explicit ClosureItem(Source&& source) : WorkItem(&operate) {
-    new (&closure_) Closure(std::forward<Source>(source));
-  }
+  explicit ClosureItem(Source&& source)
+      : WorkItem(&operate), closure_(std::forward<Source>(source)) {}
+  ~ClosureItem() {}
 
  private:
   static void operate(WorkItem& item, Operation operation) noexcept {
@@ -47,17 +66,14 @@ class ClosureItem final : public WorkItem {
       delete &self;
       return;
     }
-    self.closure_();
+    if (operation == Operation::run) self.closure_();
     self.closure_.~Closure();
   }
 
-  // The closure dies when it has run, before the item.
+  // The closure dies before the item, as soon as it has run.
   union {
     Closure closure_;
   };
-
- public:
-  ~ClosureItem() {}
 };
 
 template <class Closure>

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <Dispatch/DispatchQueue.h>
+#include <Dispatch/QueueFrame.h>
+#include <Dispatch/ThreadPool.h>
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+
+namespace zeb::detail {
+
+class ThreadGate;
+
+/// A concurrent queue with barriers: a lock that is open to many shared holders or to one exclusive one,
+/// where whoever finds it closed waits in line, threads and blocks alike. While no barrier is about,
+/// blocks go straight to the pool and nothing is locked.
+class ConcurrentQueue final : public DispatchQueue {
+ public:
+  ConcurrentQueue(std::string_view label, Urgency urgency);
+
+  void async(WorkItem& item) noexcept override;
+  void sync(FunctionView<void()> block) override;
+  void barrierAsync(WorkItem& item) noexcept override;
+  void barrierSync(FunctionView<void()> block) override;
+
+ private:
+  using Access = QueueFrame::Access;
+
+  /// In line: a block for the pool, or a thread at its gate.
+  struct Waiting {
+    WorkItem* item;
+    ThreadGate* gate;
+    Access access;
+  };
+
+  /// Runs the queue's blocks on the pool, with one kind of access.
+  class Runner final : public WorkRunner {
+   public:
+    Runner(ConcurrentQueue& queue, Access access) noexcept : queue_(queue), access_(access) {}
+    void runItem(WorkItem& item) noexcept override;
+
+   private:
+    ConcurrentQueue& queue_;
+    const Access access_;
+  };
+
+  bool tryEnter(Access access) noexcept;
+  void enterOrQueue(Waiting waiting);
+  void start(const Waiting& waiting) noexcept;
+  void leave() noexcept;
+  void admit();
+  void runInside(Access access, FunctionView<void()> block);
+
+  /// Set while a barrier runs or waits: new arrivals stand in line.
+  static constexpr std::uint64_t closed = std::uint64_t{1} << 63;
+
+  const Urgency urgency_;
+  Runner sharedRunner_{*this, Access::shared};
+  Runner exclusiveRunner_{*this, Access::exclusive};
+  alignas(64) std::atomic<std::uint64_t> state_{0};  ///< how many run, and `closed`
+  std::mutex mutex_;
+  std::deque<Waiting> line_;
+};
+
+}  // namespace zeb::detail

@@ -1,0 +1,222 @@
+#include <Dispatch/DispatchSource.h>
+#include <Dispatch/DispatchTimers.h>
+#include <Linux/Clock.h>
+#include <Linux/Console.h>
+
+#include <mutex>
+#include <utility>
+
+namespace zeb {
+
+namespace {
+
+using detail::DispatchTimer;
+using detail::DispatchTimers;
+
+}  // namespace
+
+/// Everything but the queue is guarded by the timers' lock.
+///
+/// At most one event is under way, from its submission to the handler's return; what falls due
+/// meanwhile is remembered as one missed firing. So a handler never runs twice at once, and a busy
+/// queue never gets a burst.
+class DispatchTimerSource::State final : public NSObject, public DispatchTimer {
+ public:
+  explicit State(dispatch_queue_t queue) : queue_(std::move(queue)) {}
+
+  void setTimer(dispatch_time_t start, std::uint64_t interval, std::uint64_t leewayNanoseconds) {
+    std::lock_guard guard(timers().mutex());
+    if (isCancelled_) return;
+    hasSchedule_ = start != DISPATCH_TIME_FOREVER;
+    deadline = start == DISPATCH_TIME_NOW ? mach_absolute_time() : start;
+    leeway = leewayNanoseconds;
+    interval_ = interval == 0 ? 1 : interval;
+    hasMissed_ = false;
+    ++schedule_;
+    armOrDisarm();
+  }
+
+  void setEventHandler(Block<void()> handler) {
+    std::lock_guard guard(timers().mutex());
+    if (!isCancelled_) std::swap(eventHandler_, handler);
+  }
+
+  void setCancelHandler(Block<void()> handler) {
+    std::lock_guard guard(timers().mutex());
+    if (!isCancelled_) std::swap(cancelHandler_, handler);
+  }
+
+  void suspend() {
+    std::lock_guard guard(timers().mutex());
+    ++suspensions_;
+    armOrDisarm();
+  }
+
+  void resume() {
+    std::lock_guard guard(timers().mutex());
+    if (suspensions_ == 0) fatal("dispatch_resume: the source is not suspended.");
+    --suspensions_;
+    armOrDisarm();
+    if (suspensions_ > 0) return;
+    if (std::exchange(hasMissed_, false)) submitEvent();
+    if (isCancelled_) submitCancellation();
+  }
+
+  void cancel() {
+    Block<void()> handler;  // released after the lock: what it captured may come back here
+    std::lock_guard guard(timers().mutex());
+    if (std::exchange(isCancelled_, true)) return;
+    std::swap(handler, eventHandler_);
+    timers().disarm(*this);
+    submitCancellation();
+  }
+
+  bool isCancelled() const {
+    std::lock_guard guard(timers().mutex());
+    return isCancelled_;
+  }
+
+ private:
+  static DispatchTimers& timers() { return DispatchTimers::shared(); }
+
+  void armOrDisarm() {
+    if (hasSchedule_ && suspensions_ == 0 && !isCancelled_) {
+      timers().arm(*this);
+    } else {
+      timers().disarm(*this);
+    }
+  }
+
+  void becomeDue(std::uint64_t now) noexcept override {
+    if (interval_ == DISPATCH_TIME_FOREVER) {
+      hasSchedule_ = false;
+    } else {
+      // The next point of the grid that lies ahead: those that were missed are one firing, this one.
+      const std::uint64_t missed = (now - deadline) / interval_;
+      const std::uint64_t most = (DISPATCH_TIME_FOREVER - deadline) / interval_;
+      if (missed >= most) {
+        hasSchedule_ = false;
+      } else {
+        deadline += (missed + 1) * interval_;
+        timers().arm(*this);
+      }
+    }
+    submitEvent();
+  }
+
+  void submitEvent() {
+    if (isUnderWay_) {
+      hasMissed_ = true;
+      return;
+    }
+    isUnderWay_ = true;
+    dispatch_async(
+        queue_, [self = Ref<State>(this), schedule = schedule_] { self->handleEvent(schedule); });
+  }
+
+  void handleEvent(std::uint64_t schedule) {
+    Block<void()> handler;
+    {
+      std::lock_guard guard(timers().mutex());
+      if (suspensions_ > 0) {
+        hasMissed_ = schedule == schedule_;  // for the resume
+      } else if (schedule == schedule_) {
+        handler = eventHandler_;
+      }
+    }
+    if (handler) handler();
+    std::lock_guard guard(timers().mutex());
+    isUnderWay_ = false;
+    if (isCancelled_) {
+      submitCancellation();
+    } else if (suspensions_ == 0 && std::exchange(hasMissed_, false)) {
+      submitEvent();
+    }
+  }
+
+  /// Not before the last event is over, and only once.
+  void submitCancellation() {
+    if (isUnderWay_ || suspensions_ > 0 || !cancelHandler_) return;
+    dispatch_async(queue_, [handler = std::exchange(cancelHandler_, nullptr)] { handler(); });
+  }
+
+  const dispatch_queue_t queue_;
+  Block<void()> eventHandler_;
+  Block<void()> cancelHandler_;
+  std::uint64_t interval_ = DISPATCH_TIME_FOREVER;
+  std::uint64_t schedule_ = 0;  ///< counts the calls of `setTimer`
+  std::uint32_t suspensions_ = 1;
+  bool hasSchedule_ = false;
+  bool isCancelled_ = false;
+  bool isUnderWay_ = false;
+  bool hasMissed_ = false;
+};
+
+DispatchTimerSource::DispatchTimerSource(dispatch_queue_t queue)
+    : state_(makeRef<State>(queue ? std::move(queue)
+                                  : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT))) {}
+
+DispatchTimerSource::~DispatchTimerSource() { state_->cancel(); }
+
+dispatch_source_t dispatch_source_create_timer(const dispatch_queue_t& queue) {
+  return makeRef<DispatchTimerSource>(queue);
+}
+
+void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start,
+                               std::uint64_t interval, std::uint64_t leeway) {
+  source->state().setTimer(start, interval, leeway);
+}
+
+void dispatch_source_set_event_handler(const dispatch_source_t& source, Block<void()> handler) {
+  source->state().setEventHandler(std::move(handler));
+}
+
+void dispatch_source_set_cancel_handler(const dispatch_source_t& source, Block<void()> handler) {
+  source->state().setCancelHandler(std::move(handler));
+}
+
+void dispatch_resume(const dispatch_source_t& source) { source->state().resume(); }
+
+void dispatch_suspend(const dispatch_source_t& source) { source->state().suspend(); }
+
+void dispatch_source_cancel(const dispatch_source_t& source) {
+  if (source) source->state().cancel();
+}
+
+bool dispatch_source_testcancel(const dispatch_source_t& source) noexcept {
+  return !source || source->state().isCancelled();
+}
+
+namespace {
+
+/// A block on its way to `dispatch_after`'s moment.
+class DelayedBlock final : public DispatchTimer {
+ public:
+  DelayedBlock(dispatch_time_t when, const dispatch_queue_t& queue, Block<void()> block)
+      : queue_(queue), block_(std::move(block)) {
+    deadline = when;
+  }
+
+ private:
+  void becomeDue(std::uint64_t) noexcept override {
+    dispatch_async(queue_, std::move(block_));
+    delete this;
+  }
+
+  const dispatch_queue_t queue_;
+  Block<void()> block_;
+};
+
+}  // namespace
+
+void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, Block<void()> block) {
+  if (when <= mach_absolute_time()) {
+    dispatch_async(queue, std::move(block));
+  } else if (when != DISPATCH_TIME_FOREVER) {
+    auto* delayed = new DelayedBlock(when, queue, std::move(block));
+    std::lock_guard guard(DispatchTimers::shared().mutex());
+    DispatchTimers::shared().arm(*delayed);
+  }
+}
+
+}  // namespace zeb

@@ -1,0 +1,36 @@
+#include <Dispatch/DispatchTimers.h>
+#include <Linux/Clock.h>
+
+#include <thread>
+
+namespace zeb::detail {
+
+DispatchTimers& DispatchTimers::shared() {
+  static auto* timers = new DispatchTimers;
+  return *timers;
+}
+
+DispatchTimers::DispatchTimers() {
+  std::thread([this] { wait(); }).detach();
+}
+
+void DispatchTimers::arm(DispatchTimer& timer) {
+  heap_.put(timer);
+  // A later first deadline needs no system call: the thread wakes up once for nothing.
+  if (heap_.nextWakeUp() >= wakeUp_) return;
+  wakeUp_ = heap_.nextWakeUp();
+  descriptor_.setMoment(wakeUp_);
+}
+
+void DispatchTimers::wait() noexcept {
+  for (;;) {
+    descriptor_.wait();
+    std::lock_guard guard(mutex_);
+    const std::uint64_t now = mach_absolute_time();
+    while (DeadlineNode* due = heap_.takeDue(now)) static_cast<DispatchTimer*>(due)->becomeDue(now);
+    wakeUp_ = heap_.nextWakeUp();
+    descriptor_.setMoment(wakeUp_);
+  }
+}
+
+}  // namespace zeb::detail

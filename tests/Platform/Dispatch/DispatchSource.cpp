@@ -1,0 +1,157 @@
+#include <Dispatch/DeadlineHeap.h>
+#include <Dispatch/DispatchSemaphore.h>
+#include <Dispatch/DispatchSource.h>
+#include <Linux/Clock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace zeb {
+namespace {
+
+const dispatch_queue_t& defaultQueue() {
+  static const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  return queue;
+}
+
+TEST(DeadlineHeap, AnswersInOrderWhateverWasMovedOrRemoved) {
+  std::mt19937 random(3);
+  std::vector<detail::DeadlineNode> nodes(10'000);
+  detail::DeadlineHeap heap;
+  for (auto& node : nodes) {
+    node.deadline = random() % 5000;
+    heap.put(node);
+  }
+  for (std::size_t index = 0; index < nodes.size(); index += 3) {
+    nodes[index].deadline = random() % 5000;
+    heap.put(nodes[index]);
+    heap.remove(nodes[index + (index + 1 < nodes.size())]);
+  }
+  std::vector<std::uint64_t> expected;
+  for (const auto& node : nodes) {
+    if (node.isInHeap()) expected.push_back(node.deadline);
+  }
+  std::sort(expected.begin(), expected.end());
+  std::vector<std::uint64_t> taken;
+  while (const auto* node = heap.takeDue(4000)) taken.push_back(node->deadline);
+  EXPECT_GT(heap.nextWakeUp(), 4000u);
+  while (const auto* node = heap.takeDue(5000)) taken.push_back(node->deadline);
+  EXPECT_EQ(taken, expected);
+  EXPECT_EQ(heap.nextWakeUp(), UINT64_MAX);
+}
+
+TEST(DispatchSource, ABusyQueueGetsOneLateFiringAndNoBurst) {
+  const dispatch_queue_t queue = dispatch_queue_create("timer");
+  const dispatch_source_t timer = dispatch_source_create_timer(queue);
+  const dispatch_semaphore_t fired = dispatch_semaphore_create(0);
+  std::vector<std::uint64_t> moments;
+  dispatch_source_set_event_handler(timer, [&] {
+    moments.push_back(mach_absolute_time());
+    dispatch_semaphore_signal(fired);
+  });
+  const std::uint64_t interval = NSEC_PER_MSEC;
+  const dispatch_time_t start = dispatch_time(DISPATCH_TIME_NOW, 0);
+  dispatch_source_set_timer(timer, start, interval, 0);
+  dispatch_sync(queue, [&] {
+    dispatch_resume(timer);
+    while (mach_absolute_time() < start + 20 * interval) std::this_thread::yield();
+  });
+  for (int firing = 0; firing < 3; ++firing) {
+    dispatch_semaphore_wait(fired, DISPATCH_TIME_FOREVER);
+  }
+  dispatch_source_cancel(timer);
+  dispatch_sync(queue, [&] {
+    // The late one, at most one that fell due while that was on its way, then the grid again.
+    EXPECT_GE(moments[0], start + 20 * interval);
+    EXPECT_GE(moments[2], start + 21 * interval);
+  });
+}
+
+TEST(DispatchSource, CancelSuspendAndReplaceFromInsideTheHandler) {
+  const dispatch_queue_t queue = dispatch_queue_create("timer");
+  dispatch_source_t timer = dispatch_source_create_timer(queue);
+  const dispatch_semaphore_t cancelled = dispatch_semaphore_create(0);
+  const auto captured = std::make_shared<int>(0);
+  dispatch_source_set_event_handler(timer, [&timer, captured] {
+    switch (++*captured) {
+      case 1:  // once more, as a one-shot timer
+        dispatch_source_set_timer(timer, DISPATCH_TIME_NOW, DISPATCH_TIME_FOREVER, 0);
+        break;
+      case 2:
+        dispatch_suspend(timer);
+        dispatch_source_set_timer(timer, DISPATCH_TIME_NOW, 1, 0);
+        dispatch_resume(timer);
+        break;
+      default:
+        dispatch_source_cancel(timer);
+    }
+  });
+  dispatch_source_set_cancel_handler(timer, [&] { dispatch_semaphore_signal(cancelled); });
+  dispatch_source_set_timer(timer, DISPATCH_TIME_NOW, 1, 0);
+  dispatch_resume(timer);
+  dispatch_semaphore_wait(cancelled, DISPATCH_TIME_FOREVER);
+  EXPECT_TRUE(dispatch_source_testcancel(timer));
+  dispatch_source_cancel(timer);
+  dispatch_source_cancel(nullptr);
+  dispatch_sync(queue, [] {});
+  EXPECT_EQ(*captured, 3);
+  EXPECT_EQ(captured.use_count(), 1);
+}
+
+TEST(DispatchSource, TenThousandTimersAreMadeFiredAndReleasedByFourThreads) {
+  std::atomic<int> fired{0};
+  std::atomic<int> released{0};
+  {
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+      threads.emplace_back([&, thread] {
+        std::mt19937 random(static_cast<unsigned>(thread));
+        std::vector<dispatch_source_t> timers;
+        for (int count = 0; count < 2500; ++count) {
+          const auto timer = dispatch_source_create_timer(defaultQueue());
+          const std::shared_ptr<int> guard(new int(0), [&](int* pointer) {
+            delete pointer;
+            ++released;
+          });
+          dispatch_source_set_event_handler(timer, [&, guard] { ++fired; });
+          dispatch_source_set_timer(timer, dispatch_time(DISPATCH_TIME_NOW, random() % 2'000'000),
+                                    random() % 2'000'000, random() % 1000);
+          dispatch_resume(timer);
+          timers.push_back(timer);
+          if (random() % 4 == 0) timers[random() % timers.size()] = timer;
+        }
+      });
+    }
+  }
+  while (released < 10'000) std::this_thread::yield();
+  EXPECT_GT(fired, 0);
+}
+
+TEST(DispatchSource, AfterKeepsToItsMomentAndOrder) {
+  const dispatch_queue_t queue = dispatch_queue_create("after");
+  const dispatch_semaphore_t done = dispatch_semaphore_create(0);
+  const dispatch_time_t now = dispatch_time(DISPATCH_TIME_NOW, 0);
+  std::vector<int> order;
+  const auto add = [&](int milliseconds) {
+    const dispatch_time_t moment = dispatch_time(now, milliseconds * std::int64_t{NSEC_PER_MSEC});
+    dispatch_after(moment, queue, [&, milliseconds, moment] {
+      EXPECT_GE(mach_absolute_time(), moment);
+      order.push_back(milliseconds);
+      dispatch_semaphore_signal(done);
+    });
+  };
+  for (const int milliseconds : {30, 20, 10, -1}) add(milliseconds);
+  for (int block = 0; block < 4; ++block) dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(order, (std::vector{-1, 10, 20, 30}));
+  EXPECT_EQ(dispatch_time(DISPATCH_TIME_FOREVER, -5), DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(dispatch_time(100, INT64_MIN), 1u);
+  EXPECT_EQ(dispatch_time(UINT64_MAX - 5, 10), DISPATCH_TIME_FOREVER);
+}
+
+}  // namespace
+}  // namespace zeb
