@@ -65,9 +65,13 @@ void SerialQueue::schedule() noexcept {
   ThreadPool::shared().submit(turn_, urgency_);
 }
 
-void SerialQueue::Turn::operate(WorkItem& item, Operation operation) noexcept {
-  if (operation != Operation::run) return;
-  SerialQueue& queue = static_cast<Turn&>(item).queue_;
+SerialQueue::Turn::Turn(SerialQueue& queue) noexcept : WorkItem(nullptr), queue_(queue) {
+  runner = this;
+}
+
+void SerialQueue::Turn::runItem(WorkItem& item) noexcept {
+  SerialQueue& queue =
+      queue_;  // the turn itself belongs to the next thread as soon as it is submitted
   while (queue.runItems(itemsPerTurn)) {
     if (!ThreadPool::shared().hasWaitingWork()) continue;
     ThreadPool::shared().submit(item, queue.urgency_);

@@ -32,12 +32,12 @@ class SerialQueue : public DispatchQueue {
   class Waiter;
 
   /// What the pool gets to run this queue's items.
-  class Turn final : public WorkItem {
+  class Turn final : public WorkItem, private WorkRunner {
    public:
-    explicit Turn(SerialQueue& queue) noexcept : WorkItem(&operate), queue_(queue) {}
+    explicit Turn(SerialQueue& queue) noexcept;
 
    private:
-    static void operate(WorkItem& item, Operation operation) noexcept;
+    void runItem(WorkItem& item) noexcept override;
     SerialQueue& queue_;
   };
 
