@@ -20,45 +20,6 @@ thread_local bool isPoolThread = false;
 
 }  // namespace
 
-ThreadPool::Ring::Ring() noexcept {
-  for (std::size_t index = 0; index < capacity; ++index) {
-    cells_[index].turn.store(index, std::memory_order_relaxed);
-  }
-}
-
-// A cell's turn says whose it is: equal to the position, the producer's; one more, the consumer's.
-bool ThreadPool::Ring::push(WorkItem& item) noexcept {
-  std::size_t position = tail_.load(std::memory_order_relaxed);
-  for (;;) {
-    Cell& cell = cells_[position % capacity];
-    const std::size_t turn = cell.turn.load(std::memory_order_acquire);
-    if (turn == position) {
-      if (!tail_.compare_exchange_weak(position, position + 1, std::memory_order_relaxed)) continue;
-      cell.item = &item;
-      cell.turn.store(position + 1, std::memory_order_release);
-      return true;
-    }
-    if (turn < position) return false;  // full
-    position = tail_.load(std::memory_order_relaxed);
-  }
-}
-
-WorkItem* ThreadPool::Ring::pop() noexcept {
-  std::size_t position = head_.load(std::memory_order_relaxed);
-  for (;;) {
-    Cell& cell = cells_[position % capacity];
-    const std::size_t turn = cell.turn.load(std::memory_order_acquire);
-    if (turn == position + 1) {
-      if (!head_.compare_exchange_weak(position, position + 1, std::memory_order_relaxed)) continue;
-      WorkItem* item = cell.item;
-      cell.turn.store(position + capacity, std::memory_order_release);
-      return item;
-    }
-    if (turn < position + 1) return nullptr;  // empty
-    position = head_.load(std::memory_order_relaxed);
-  }
-}
-
 ThreadPool& ThreadPool::shared() {
   static auto* pool = new ThreadPool;
   return *pool;
@@ -68,24 +29,16 @@ ThreadPool::ThreadPool() : processors_(std::max(1u, std::thread::hardware_concur
   std::thread([this] { watch(); }).detach();
 }
 
+// Waking is by the order of sequentially consistent operations: a producer first appends, then looks for
+// threads that look for work; a thread first notes that it stops looking, then looks a last time.
 void ThreadPool::submit(WorkItem& item, Urgency urgency) {
-  const auto index = static_cast<std::size_t>(urgency);
-  // Counted first, so that whoever finds nothing may sleep only when nothing is on its way.
-  waitingItems_.fetch_add(1, std::memory_order_seq_cst);
-  // What has overflowed is older, so later items must not overtake it through the ring.
-  if (overflowItems_.load(std::memory_order_relaxed) > 0 || !rings_[index].push(item)) {
-    item.next.store(nullptr, std::memory_order_relaxed);
-    std::lock_guard guard(mutex_);
-    Overflow& overflow = overflows_[index];
-    if (overflow.back) {
-      overflow.back->next.store(&item, std::memory_order_relaxed);
-    } else {
-      overflow.front = &item;
-    }
-    overflow.back = &item;
-    overflowItems_.fetch_add(1, std::memory_order_relaxed);
-  }
+  waiting_[static_cast<std::size_t>(urgency)].push(item);
   wakeOrGrow();
+}
+
+bool ThreadPool::hasWaitingWork() const noexcept {
+  return std::any_of(waiting_.begin(), waiting_.end(),
+                     [](const WorkList& list) { return !list.isEmpty(); });
 }
 
 void ThreadPool::wakeOrGrow() {
@@ -134,7 +87,7 @@ void ThreadPool::watch() {
       std::unique_lock lock(watchMutex_);
       watch_.wait(lock, [this] { return isWatched_.load(); });
     }
-    while (waitingItems_.load(std::memory_order_seq_cst) > 0) {
+    while (hasWaitingWork()) {
       std::this_thread::sleep_for(watchInterval);
       std::size_t runnable = 0;
       {
@@ -147,34 +100,15 @@ void ThreadPool::watch() {
       startThread();
     }
     isWatched_.store(false);
-    if (waitingItems_.load() > 0) wakeOrGrow();  // what came meanwhile saw a watcher
+    if (hasWaitingWork()) wakeOrGrow();  // what came meanwhile saw a watcher
   }
 }
 
-WorkItem* ThreadPool::takeOverflow() {
-  if (overflowItems_.load(std::memory_order_relaxed) == 0) return nullptr;
-  std::lock_guard guard(mutex_);
-  for (Overflow& overflow : overflows_) {
-    WorkItem* item = overflow.front;
-    if (!item) continue;
-    overflow.front = item->next.load(std::memory_order_relaxed);
-    if (!overflow.front) overflow.back = nullptr;
-    overflowItems_.fetch_sub(1, std::memory_order_relaxed);
-    return item;
+WorkItem* ThreadPool::take() noexcept {
+  for (WorkList& list : waiting_) {
+    if (WorkItem* item = list.pop()) return item;
   }
   return nullptr;
-}
-
-WorkItem* ThreadPool::take() {
-  if (waitingItems_.load(std::memory_order_relaxed) == 0) return nullptr;
-  WorkItem* item = nullptr;
-  for (Ring& ring : rings_) {
-    item = ring.pop();
-    if (item) break;
-  }
-  if (!item) item = takeOverflow();
-  if (item) waitingItems_.fetch_sub(1, std::memory_order_relaxed);
-  return item;
 }
 
 void ThreadPool::work() {
@@ -192,7 +126,7 @@ void ThreadPool::work() {
       }
       spinning_.fetch_sub(1, std::memory_order_seq_cst);
       // Producers relied on this thread's looking: there may be more than what it found.
-      if (item && waitingItems_.load(std::memory_order_seq_cst) > 0) wakeOrGrow();
+      if (item && hasWaitingWork()) wakeOrGrow();
     } else if (!item) {
       spinning_.fetch_sub(1, std::memory_order_seq_cst);  // one that looks is enough
     }
@@ -211,13 +145,13 @@ void ThreadPool::work() {
 bool ThreadPool::sleepUntilWoken() {
   std::unique_lock lock(mutex_);
   sleeping_.fetch_add(1, std::memory_order_seq_cst);
-  bool isNeeded = waitingItems_.load(std::memory_order_seq_cst) > 0;
+  bool isNeeded = hasWaitingWork();
   if (!isNeeded) {
     isNeeded = wake_.wait_for(lock, surplusLifetime, [this] { return wakeUps_ > 0; });
     if (isNeeded) --wakeUps_;
   }
   sleeping_.fetch_sub(1, std::memory_order_seq_cst);
-  if (isNeeded || waitingItems_.load(std::memory_order_seq_cst) > 0) return true;
+  if (isNeeded || hasWaitingWork()) return true;
   if (threads_.load(std::memory_order_relaxed) <= processors_) return true;
   threads_.fetch_sub(1, std::memory_order_relaxed);
   std::erase(threadIdentifiers_, currentThreadIdentifier());
@@ -228,7 +162,7 @@ ThreadPool::BlockingScope::BlockingScope() noexcept {
   if (!isPoolThread) return;
   ThreadPool& pool = shared();
   pool.blocked_.fetch_add(1, std::memory_order_seq_cst);
-  if (pool.waitingItems_.load(std::memory_order_seq_cst) > 0) pool.wakeOrGrow();
+  if (pool.hasWaitingWork()) pool.wakeOrGrow();
 }
 
 ThreadPool::BlockingScope::~BlockingScope() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Dispatch/WorkItem.h>
+#include <Dispatch/WorkList.h>
 
 #include <array>
 #include <atomic>
@@ -31,7 +32,7 @@ class ThreadPool {
   void submit(WorkItem& item, Urgency urgency);
 
   /// Whether somebody else's work waits for a thread.
-  bool hasWaitingWork() const noexcept { return waitingItems_.load(std::memory_order_relaxed) > 0; }
+  bool hasWaitingWork() const noexcept;
 
   /// For as long as it lives, the calling thread counts as blocked and another one takes its place. Does
   /// nothing on threads that are not the pool's.
@@ -46,33 +47,8 @@ class ThreadPool {
  private:
   ThreadPool();
 
-  /// A bounded queue for several producers and consumers that takes no lock.
-  class Ring {
-   public:
-    Ring() noexcept;
-    bool push(WorkItem& item) noexcept;
-    WorkItem* pop() noexcept;
-
-   private:
-    static constexpr std::size_t capacity = 1024;
-    struct Cell {
-      std::atomic<std::size_t> turn;
-      WorkItem* item;
-    };
-    std::array<Cell, capacity> cells_;
-    alignas(64) std::atomic<std::size_t> head_{0};
-    alignas(64) std::atomic<std::size_t> tail_{0};
-  };
-
-  /// What does not fit into a ring, in order.
-  struct Overflow {
-    WorkItem* front = nullptr;
-    WorkItem* back = nullptr;
-  };
-
   void work();
-  WorkItem* take();
-  WorkItem* takeOverflow();
+  WorkItem* take() noexcept;
   bool sleepUntilWoken();
   void wakeOrGrow();
   bool growIfShort();
@@ -80,9 +56,7 @@ class ThreadPool {
   void watch();
 
   const std::size_t processors_;
-  std::array<Ring, urgencyCount> rings_;
-  alignas(64) std::atomic<std::size_t> waitingItems_{0};
-  std::atomic<std::size_t> overflowItems_{0};
+  std::array<WorkList, urgencyCount> waiting_;
   alignas(64) std::atomic<std::size_t> spinning_{0};
   std::atomic<std::size_t> sleeping_{0};
   std::atomic<std::size_t> threads_{0};
@@ -92,7 +66,6 @@ class ThreadPool {
   std::mutex mutex_;
   std::condition_variable wake_;
   std::size_t wakeUps_ = 0;  ///< given and not yet taken
-  std::array<Overflow, urgencyCount> overflows_;
   std::vector<int> threadIdentifiers_;
 
   std::mutex watchMutex_;

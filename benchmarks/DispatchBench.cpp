@@ -1,0 +1,206 @@
+#include <Dispatch/DispatchQueue.h>
+#include <Dispatch/DispatchSemaphore.h>
+#include <Dispatch/DispatchSource.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <latch>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "Bench.h"
+
+#if ZEB_BENCH_HAVE_ASIO
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/strand.hpp>
+#include <boost/asio/thread_pool.hpp>
+#endif
+
+namespace zeb::bench {
+
+namespace {
+
+constexpr std::size_t posts = 200'000;
+
+Comparison nanosecondsEach(std::string ours, std::string peer, Seconds seconds, std::size_t count,
+                           std::string input = {}) {
+  const double scale = 1e9 / static_cast<double>(count);
+  return {nanoseconds, std::move(ours), std::move(peer),
+          {{std::move(input), seconds.ours * scale, seconds.peer * scale}}};
+}
+
+/// Calls `post` `posts` times altogether, from as many threads at once.
+void postFrom(int producers, const std::function<void(std::size_t)>& postMany) {
+  std::vector<std::jthread> threads;
+  for (int other = 1; other < producers; ++other) {
+    threads.emplace_back([&] { postMany(posts / static_cast<std::size_t>(producers)); });
+  }
+  postMany(posts / static_cast<std::size_t>(producers));
+}
+
+#if ZEB_BENCH_HAVE_ASIO
+
+namespace asio = boost::asio;
+
+asio::thread_pool& asioPool() {
+  static auto* pool = new asio::thread_pool(std::thread::hardware_concurrency());
+  return *pool;
+}
+
+const Case serialAsync("dispatch.serial.async", [](Report& report) {
+  for (const int producers : {1, 2}) {
+    const dispatch_queue_t queue = dispatch_queue_create("bench");
+    std::uint64_t ourSum = 0;
+    const auto ours = [&] {
+      postFrom(producers, [&](std::size_t count) {
+        for (std::size_t number = 0; number < count; ++number) {
+          dispatch_async(queue, [&ourSum, number] { ourSum += number; });
+        }
+      });
+      dispatch_sync(queue, [] {});
+    };
+    auto strand = asio::make_strand(asioPool());
+    std::uint64_t theirSum = 0;
+    const auto theirs = [&] {
+      postFrom(producers, [&](std::size_t count) {
+        for (std::size_t number = 0; number < count; ++number) {
+          asio::post(strand, [&theirSum, number] { theirSum += number; });
+        }
+      });
+      std::latch done(1);
+      asio::post(strand, [&] { done.count_down(); });
+      done.wait();
+    };
+    ours();
+    theirs();
+    require(ourSum == theirSum, "the sums differ");
+    report.add(nanosecondsEach("serial queue", "Boost.Asio strand", measureInTurns(ours, theirs),
+                               posts, std::to_string(producers) + " producers"));
+  }
+});
+
+const Case concurrentAsync("dispatch.concurrent.async", [](Report& report) {
+  const dispatch_queue_t global = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  const dispatch_queue_t own = dispatch_queue_create("bench", DispatchQueueKind::concurrent);
+  const auto on = [](const dispatch_queue_t& queue) {
+    return [&queue] {
+      std::latch done(posts);
+      for (std::size_t number = 0; number < posts; ++number) {
+        dispatch_async(queue, [&done] { done.count_down(); });
+      }
+      done.wait();
+    };
+  };
+  const auto theirs = [] {
+    std::latch done(posts);
+    for (std::size_t number = 0; number < posts; ++number) {
+      asio::post(asioPool(), [&done] { done.count_down(); });
+    }
+    done.wait();
+  };
+  report.add(nanosecondsEach("global queue", "Boost.Asio thread_pool",
+                             measureInTurns(on(global), theirs), posts));
+  report.add(nanosecondsEach("own concurrent queue", "Boost.Asio thread_pool",
+                             measureInTurns(on(own), theirs), posts));
+});
+
+const Case timerCreateCancel("timer.create_cancel", [](Report& report) {
+  constexpr std::size_t timers = 100'000;
+  const dispatch_queue_t queue = dispatch_queue_create("bench");
+  const auto ours = [&] {
+    std::vector<dispatch_source_t> sources;
+    sources.reserve(timers);
+    for (std::size_t number = 0; number < timers; ++number) {
+      dispatch_source_t& source = sources.emplace_back(dispatch_source_create_timer(queue));
+      const auto delay = static_cast<std::int64_t>(3600 * NSEC_PER_SEC + number * 7919 % 1000'003);
+      dispatch_source_set_timer(source, dispatch_time(DISPATCH_TIME_NOW, delay),
+                                DISPATCH_TIME_FOREVER, 0);
+      dispatch_source_set_event_handler(source, [number] { consume(number); });
+      dispatch_resume(source);
+    }
+    for (const dispatch_source_t& source : sources) dispatch_source_cancel(source);
+  };
+  const auto theirs = [&] {
+    asio::io_context context;
+    std::vector<asio::steady_timer> sources;
+    sources.reserve(timers);
+    for (std::size_t number = 0; number < timers; ++number) {
+      asio::steady_timer& source = sources.emplace_back(context);
+      source.expires_after(std::chrono::hours(1) +
+                           std::chrono::nanoseconds(number * 7919 % 1000'003));
+      source.async_wait([number](boost::system::error_code) { consume(number); });
+    }
+    for (asio::steady_timer& source : sources) source.cancel();
+    context.run();
+  };
+  report.add(nanosecondsEach("dispatch timer source", "Boost.Asio steady_timer",
+                             measureInTurns(ours, theirs), timers));
+});
+
+#else
+
+const Case asioCases("dispatch.async", [](Report& report) { report.skip("Boost.Asio"); });
+
+#endif
+
+/// A thread that does one thing at a time for whoever waits for it.
+class HandOff {
+ public:
+  void doSync(const std::function<void()>& work) {
+    std::unique_lock lock(mutex_);
+    work_ = &work;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return !work_; });
+  }
+  ~HandOff() {
+    std::lock_guard guard(mutex_);
+    isOver_ = true;
+    changed_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  const std::function<void()>* work_ = nullptr;
+  bool isOver_ = false;
+  std::jthread thread_{[this] {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+      changed_.wait(lock, [this] { return work_ || isOver_; });
+      if (isOver_) return;
+      (*work_)();
+      work_ = nullptr;
+      changed_.notify_all();
+    }
+  }};
+};
+
+const Case sync("dispatch.sync", [](Report& report) {
+  constexpr std::size_t calls = 1000;
+  const dispatch_queue_t queue = dispatch_queue_create("bench");
+  HandOff handOff;
+  std::uint64_t ourSum = 0;
+  std::uint64_t theirSum = 0;
+  const Seconds seconds = measureInTurns(
+      [&] {
+        for (std::size_t number = 0; number < calls; ++number) {
+          dispatch_sync(queue, [&] { ourSum += number; });
+        }
+      },
+      [&] {
+        for (std::size_t number = 0; number < calls; ++number) {
+          handOff.doSync([&] { theirSum += number; });
+        }
+      });
+  report.add(nanosecondsEach("dispatch_sync", "std::mutex with std::condition_variable", seconds,
+                             calls));
+});
+
+}  // namespace
+
+}  // namespace zeb::bench
