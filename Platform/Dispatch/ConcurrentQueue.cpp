@@ -9,16 +9,19 @@ namespace zeb::detail {
 ConcurrentQueue::ConcurrentQueue(std::string_view label, Urgency urgency)
     : DispatchQueue(label), urgency_(urgency) {}
 
+/// The queue refers to itself while anything is inside, from the first one's entrance on. The caller
+/// has a reference of its own.
 bool ConcurrentQueue::tryEnter(Access access) noexcept {
   std::uint64_t state = state_.load(std::memory_order_relaxed);
-  if (access == Access::exclusive) {
-    state = 0;
-    return state_.compare_exchange_strong(state, closed | 1, std::memory_order_acquire);
+  for (;;) {
+    const bool isFree = access == Access::exclusive ? state == 0 : !(state & closed);
+    if (!isFree) return false;
+    const std::uint64_t entered = access == Access::exclusive ? closed | 1 : state + 1;
+    const bool isFirst = state == 0;
+    if (isFirst) retain();
+    if (state_.compare_exchange_weak(state, entered, std::memory_order_acquire)) return true;
+    if (isFirst) release();
   }
-  while (!(state & closed)) {
-    if (state_.compare_exchange_weak(state, state + 1, std::memory_order_acquire)) return true;
-  }
-  return false;
 }
 
 /// Starts it now, or puts it in line.
@@ -35,7 +38,9 @@ void ConcurrentQueue::enterOrQueue(Waiting waiting) {
     // If the last one inside has left an open queue just now, nobody else will admit the line.
     mustAdmit = state_.fetch_or(closed, std::memory_order_acq_rel) == 0;
   }
-  if (mustAdmit) admit();
+  if (!mustAdmit) return;
+  retain();
+  admit();
 }
 
 void ConcurrentQueue::start(const Waiting& waiting) noexcept {
@@ -49,6 +54,7 @@ void ConcurrentQueue::start(const Waiting& waiting) noexcept {
 /// The last one inside has left a closed queue: lets in the next barrier, or all up to it.
 void ConcurrentQueue::admit() {
   std::vector<Waiting> admitted;
+  bool isEmpty = false;
   {
     std::lock_guard guard(mutex_);
     if (!line_.empty() && line_.front().access == Access::exclusive) {
@@ -61,18 +67,24 @@ void ConcurrentQueue::admit() {
         line_.pop_front();
       }
       const std::uint64_t running = admitted.size();
+      isEmpty = line_.empty() && running == 0;
       state_.store(line_.empty() ? running : closed | running, std::memory_order_release);
     }
   }
   for (const Waiting& waiting : admitted) start(waiting);
+  if (isEmpty) release();
 }
 
 void ConcurrentQueue::leave() noexcept {
-  if (state_.fetch_sub(1, std::memory_order_acq_rel) == (closed | 1)) admit();
+  const std::uint64_t before = state_.fetch_sub(1, std::memory_order_acq_rel);
+  if (before == (closed | 1)) {
+    admit();
+  } else if (before == 1) {
+    release();
+  }
 }
 
 void ConcurrentQueue::async(WorkItem& item) noexcept {
-  retain();  // until the item has run
   item.runner = &sharedRunner_;
   if (tryEnter(Access::shared)) {
     ThreadPool::shared().submit(item, urgency_);
@@ -82,7 +94,6 @@ void ConcurrentQueue::async(WorkItem& item) noexcept {
 }
 
 void ConcurrentQueue::barrierAsync(WorkItem& item) noexcept {
-  retain();  // until the item has run
   item.runner = &exclusiveRunner_;
   enterOrQueue({&item, nullptr, Access::exclusive});
 }
@@ -94,7 +105,6 @@ void ConcurrentQueue::Runner::runItem(WorkItem& item) noexcept {
     item.dispose();
   }
   queue_.leave();
-  queue_.release();
 }
 
 void ConcurrentQueue::sync(FunctionView<void()> block) {
@@ -114,7 +124,6 @@ void ConcurrentQueue::barrierSync(FunctionView<void()> block) {
 }
 
 void ConcurrentQueue::runInside(Access access, FunctionView<void()> block) {
-  const dispatch_queue_t alive(this);  // even if the block lets the caller's reference go
   if (!tryEnter(access)) {
     ThreadGate gate;
     enterOrQueue({nullptr, &gate, access});

@@ -9,6 +9,9 @@ namespace {
 
 /// After so many items a queue lets others have its thread, if any wait.
 constexpr int itemsPerTurn = 128;
+/// How long a thread that has run the last item looks for a next one: about as long as it takes to get a
+/// thread from the pool.
+constexpr int spinsForNext = 100;
 
 }  // namespace
 
@@ -89,6 +92,10 @@ bool SerialQueue::runItems(int most) noexcept {
       return false;
     }
     item->run();
+    for (int spin = 0; spin < spinsForNext; ++spin) {
+      if (item->next.load(std::memory_order_relaxed)) break;
+      relaxProcessor();
+    }
     WorkItem* next = removeFront(*item);
     item->dispose();
     if (!next) return false;

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <Dispatch/WorkItemMemory.h>
+
 #include <atomic>
+#include <cstddef>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -59,7 +63,18 @@ class ClosureItem final : public WorkItem {
       : WorkItem(&operate), closure_(std::forward<Source>(source)) {}
   ~ClosureItem() {}
 
+  static void* operator new(std::size_t size) {
+    return fitsBlock ? WorkItemMemory::allocate() : ::operator new(size);
+  }
+  static void operator delete(void* item) noexcept {
+    fitsBlock ? WorkItemMemory::free(item) : ::operator delete(item);
+  }
+
  private:
+  static constexpr bool fitsBlock =
+      sizeof(WorkItem) + sizeof(Closure) <= WorkItemMemory::blockSize &&
+      alignof(Closure) <= alignof(WorkItem);
+
   static void operate(WorkItem& item, Operation operation) noexcept {
     auto& self = static_cast<ClosureItem&>(item);
     if (operation == Operation::dispose) {
