@@ -1,6 +1,7 @@
 #include <Dispatch/DeadlineHeap.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace zeb::detail {
 
@@ -13,7 +14,7 @@ constexpr std::size_t arity = 4;
 
 void DeadlineHeap::place(std::size_t index, Entry entry) noexcept {
   entries_[index] = entry;
-  entry.node->index_ = index;
+  if (entry.node) entry.node->index_ = index;
 }
 
 void DeadlineHeap::siftUp(std::size_t index, Entry entry) noexcept {
@@ -59,25 +60,31 @@ void DeadlineHeap::put(DeadlineNode& node) {
 
 void DeadlineHeap::remove(DeadlineNode& node) noexcept {
   if (!node.isInHeap()) return;
-  const std::size_t index = node.index_;
-  node.index_ = DeadlineNode::absent;
-  const Entry last = entries_.back();
-  const std::uint64_t removed = entries_[index].latest;
-  entries_.pop_back();
-  if (index == entries_.size()) return;
-  if (last.latest < removed) {
-    siftUp(index, last);
-  } else {
-    siftDown(index, last);
-  }
+  entries_[std::exchange(node.index_, DeadlineNode::absent)].node = nullptr;
+  ++gaps_;
+  if (gaps_ > 64 && gaps_ > entries_.size() / 4 * 3) removeGaps();
+}
+
+void DeadlineHeap::removeGaps() noexcept {
+  std::erase_if(entries_, [](const Entry& entry) { return !entry.node; });
+  gaps_ = 0;
+  for (std::size_t index = entries_.size(); index-- > 0;) siftDown(index, entries_[index]);
 }
 
 DeadlineNode* DeadlineHeap::takeDue(std::uint64_t now) noexcept {
-  if (entries_.empty()) return nullptr;
-  DeadlineNode& first = *entries_.front().node;
-  if (first.deadline > now) return nullptr;
-  remove(first);
-  return &first;
+  while (!entries_.empty()) {
+    const Entry first = entries_.front();
+    if ((first.node ? first.node->deadline : first.latest) > now) return nullptr;
+    const Entry last = entries_.back();
+    entries_.pop_back();
+    if (!entries_.empty()) siftDown(0, last);
+    if (first.node) {
+      first.node->index_ = DeadlineNode::absent;
+      return first.node;
+    }
+    --gaps_;
+  }
+  return nullptr;
 }
 
 }  // namespace zeb::detail

@@ -28,13 +28,13 @@ class DeadlineNode {
   std::size_t index_ = absent;
 };
 
-/// Timers by their deadlines: the next one at once, any one added, moved or removed in logarithmic time.
-/// Owns nothing and locks nothing.
+/// Timers by their deadlines: the next one at once, any one added or moved in logarithmic time, removed in
+/// constant time on the average. Owns nothing and locks nothing.
 class DeadlineHeap {
  public:
-  bool isEmpty() const noexcept { return entries_.empty(); }
+  bool isEmpty() const noexcept { return entries_.size() == gaps_; }
 
-  /// The moment to wake up at, or `UINT64_MAX`.
+  /// The moment to wake up at, or `UINT64_MAX`. Too early, once, if the first node was removed meanwhile.
   std::uint64_t nextWakeUp() const noexcept {
     return entries_.empty() ? UINT64_MAX : entries_.front().latest;
   }
@@ -47,7 +47,8 @@ class DeadlineHeap {
   DeadlineNode* takeDue(std::uint64_t now) noexcept;
 
  private:
-  /// The moment stands beside the node, so that sifting reads no node.
+  /// The moment stands beside the node, so that sifting reads no node. A removed node leaves its entry behind
+  /// without a node, until the entry comes to the front or the gaps are too many.
   struct Entry {
     std::uint64_t latest;
     DeadlineNode* node;
@@ -57,7 +58,10 @@ class DeadlineHeap {
   void siftUp(std::size_t index, Entry entry) noexcept;
   void siftDown(std::size_t index, Entry entry) noexcept;
 
+  void removeGaps() noexcept;
+
   std::vector<Entry> entries_;
+  std::size_t gaps_ = 0;
 };
 
 }  // namespace zeb::detail

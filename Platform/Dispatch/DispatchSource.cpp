@@ -13,16 +13,18 @@ namespace {
 using detail::DispatchTimer;
 using detail::DispatchTimers;
 
-}  // namespace
-
 /// Everything but the queue is guarded by the timers' lock.
 ///
 /// At most one event is under way, from its submission to the handler's return; what falls due
 /// meanwhile is remembered as one missed firing. So a handler never runs twice at once, and a busy
 /// queue never gets a burst.
-class DispatchTimerSource::State final : public NSObject, public DispatchTimer {
+class TimerSource final : public DispatchSource, public DispatchTimer {
  public:
-  explicit State(dispatch_queue_t queue) : queue_(std::move(queue)) {}
+  explicit TimerSource(dispatch_queue_t queue) : queue_(std::move(queue)) {}
+  ~TimerSource() override {
+    std::lock_guard guard(timers().mutex());
+    timers().disarm(*this);
+  }
 
   void setTimer(dispatch_time_t start, std::uint64_t interval, std::uint64_t leewayNanoseconds) {
     std::lock_guard guard(timers().mutex());
@@ -71,7 +73,7 @@ class DispatchTimerSource::State final : public NSObject, public DispatchTimer {
     submitCancellation();
   }
 
-  bool isCancelled() const {
+  bool isCancelled() {
     std::lock_guard guard(timers().mutex());
     return isCancelled_;
   }
@@ -109,15 +111,18 @@ class DispatchTimerSource::State final : public NSObject, public DispatchTimer {
       hasMissed_ = true;
       return;
     }
+    if (!retainUnlessDying()) return;  // its destructor waits for the lock
     isUnderWay_ = true;
-    dispatch_async(
-        queue_, [self = Ref<State>(this), schedule = schedule_] { self->handleEvent(schedule); });
+    dispatch_async(queue_, [self = Ref<TimerSource>::adopt(this), schedule = schedule_] {
+      self->handleEvent(schedule);
+    });
   }
 
   void handleEvent(std::uint64_t schedule) {
     Block<void()> handler;
     {
       std::lock_guard guard(timers().mutex());
+      if (isUniquelyReferenced()) return;  // by this event: everybody else has let the source go
       if (suspensions_ > 0) {
         hasMissed_ = schedule == schedule_;  // for the resume
       } else if (schedule == schedule_) {
@@ -152,39 +157,40 @@ class DispatchTimerSource::State final : public NSObject, public DispatchTimer {
   bool hasMissed_ = false;
 };
 
-DispatchTimerSource::DispatchTimerSource(dispatch_queue_t queue)
-    : state_(makeRef<State>(queue ? std::move(queue)
-                                  : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT))) {}
+TimerSource& timerSource(const dispatch_source_t& source) noexcept {
+  return static_cast<TimerSource&>(*source);
+}
 
-DispatchTimerSource::~DispatchTimerSource() { state_->cancel(); }
+}  // namespace
 
 dispatch_source_t dispatch_source_create_timer(const dispatch_queue_t& queue) {
-  return makeRef<DispatchTimerSource>(queue);
+  return makeRef<TimerSource>(queue ? queue
+                                    : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT));
 }
 
 void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start,
                                std::uint64_t interval, std::uint64_t leeway) {
-  source->state().setTimer(start, interval, leeway);
+  timerSource(source).setTimer(start, interval, leeway);
 }
 
 void dispatch_source_set_event_handler(const dispatch_source_t& source, Block<void()> handler) {
-  source->state().setEventHandler(std::move(handler));
+  timerSource(source).setEventHandler(std::move(handler));
 }
 
 void dispatch_source_set_cancel_handler(const dispatch_source_t& source, Block<void()> handler) {
-  source->state().setCancelHandler(std::move(handler));
+  timerSource(source).setCancelHandler(std::move(handler));
 }
 
-void dispatch_resume(const dispatch_source_t& source) { source->state().resume(); }
+void dispatch_resume(const dispatch_source_t& source) { timerSource(source).resume(); }
 
-void dispatch_suspend(const dispatch_source_t& source) { source->state().suspend(); }
+void dispatch_suspend(const dispatch_source_t& source) { timerSource(source).suspend(); }
 
 void dispatch_source_cancel(const dispatch_source_t& source) {
-  if (source) source->state().cancel();
+  if (source) timerSource(source).cancel();
 }
 
 bool dispatch_source_testcancel(const dispatch_source_t& source) noexcept {
-  return !source || source->state().isCancelled();
+  return !source || timerSource(source).isCancelled();
 }
 
 namespace {

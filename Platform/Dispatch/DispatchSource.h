@@ -14,22 +14,15 @@ namespace zeb {
 /// that were missed because the machine or the queue was busy become one late firing, never a burst.
 /// With a leeway the timer may fire that much later, so that several share one wake-up.
 ///
-/// Made suspended; it runs after the first `dispatch_resume`. Releasing the last reference cancels it.
+/// Made suspended; it runs after the first `dispatch_resume`. Releasing the last reference cancels it,
+/// without a call of the cancel handler.
 /// All functions may be called from any thread, from the handlers too. After `dispatch_source_cancel` no
 /// further handler starts; one that runs already goes on. The handlers are released then.
-class DispatchTimerSource final : public NSObject {
- public:
-  explicit DispatchTimerSource(dispatch_queue_t queue);
-  ~DispatchTimerSource() override;
-
-  /// What the timers and the queue hold, so that the handle's end can cancel it.
-  class State;
-  State& state() const noexcept { return *state_; }
-
- private:
-  const Ref<State> state_;
+class DispatchSource : public NSObject {
+ protected:
+  DispatchSource() noexcept = default;
 };
-using dispatch_source_t = Ref<DispatchTimerSource>;
+using dispatch_source_t = Ref<DispatchSource>;
 
 /// A timer source without a schedule. A nil queue means the global queue of default priority.
 dispatch_source_t dispatch_source_create_timer(const dispatch_queue_t& queue);

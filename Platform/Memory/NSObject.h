@@ -47,10 +47,12 @@ class NSObject {
   NSObject() noexcept = default;
   virtual ~NSObject();
 
+  /// For somebody who knows the object without a reference, and whom its destructor waits for: false when
+  /// the destruction has begun.
+  bool retainUnlessDying() const noexcept;
+
  private:
   friend class detail::ObjectExtras;
-
-  bool retainUnlessDying() const noexcept;
 
   mutable std::atomic<std::uint32_t> strongCount_{1};
   /// Weak references and associated objects: most objects never have any.
