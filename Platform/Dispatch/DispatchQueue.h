@@ -74,10 +74,11 @@ const dispatch_queue_t& dispatch_get_main_queue();
 const char* dispatch_queue_get_label(const dispatch_queue_t& queue) noexcept;
 
 /// Runs the block later, in the queue's order, and returns at once. The block (anything that can be
-/// called without arguments) is moved in and destroyed right after its run. A nil queue is a programming
-/// error here and below.
+/// called without arguments) is moved in and destroyed right after its run. Here and below: a nil block is
+/// nothing to do, a nil queue is a programming error.
 template <class Callable>
 void dispatch_async(const dispatch_queue_t& queue, Callable&& block) {
+  if (detail::isNilCallable(block)) return;
   queue->async(*detail::newWorkItem(std::forward<Callable>(block)));
 }
 
@@ -86,18 +87,19 @@ void dispatch_async(const dispatch_queue_t& queue, Callable&& block) {
 /// the caller. From a block of the same serial queue it would wait for itself, which stops the process
 /// with a message instead.
 inline void dispatch_sync(const dispatch_queue_t& queue, FunctionView<void()> block) {
-  queue->sync(block);
+  if (block) queue->sync(block);
 }
 
 /// On a concurrent queue: the block runs alone, after all earlier blocks and before all later ones.
 template <class Callable>
 void dispatch_barrier_async(const dispatch_queue_t& queue, Callable&& block) {
+  if (detail::isNilCallable(block)) return;
   queue->barrierAsync(*detail::newWorkItem(std::forward<Callable>(block)));
 }
 
 /// The same, and returns when the block is done; as `dispatch_sync` otherwise.
 inline void dispatch_barrier_sync(const dispatch_queue_t& queue, FunctionView<void()> block) {
-  queue->barrierSync(block);
+  if (block) queue->barrierSync(block);
 }
 
 }  // namespace zeb

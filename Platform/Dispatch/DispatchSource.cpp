@@ -216,6 +216,7 @@ class DelayedBlock final : public DispatchTimer {
 }  // namespace
 
 void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, Block<void()> block) {
+  if (!block) return;
   if (when <= mach_absolute_time()) {
     dispatch_async(queue, std::move(block));
   } else if (when != DISPATCH_TIME_FOREVER) {

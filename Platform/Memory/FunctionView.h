@@ -14,6 +14,13 @@ template <class Callable>
 concept NullableCallable = std::is_pointer_v<Callable> || std::is_member_pointer_v<Callable> ||
                            requires { &Callable::operator bool; };
 
+/// Whether the callable holds nothing to call.
+template <class Callable>
+constexpr bool isNilCallable(const Callable& callable) noexcept {
+  if constexpr (NullableCallable<Callable>) return !callable;
+  return false;
+}
+
 }  // namespace detail
 
 template <class Signature>
