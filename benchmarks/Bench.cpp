@@ -94,6 +94,14 @@ Seconds measureInTurns(const std::function<void()>& ours, const std::function<vo
   return {median(std::move(ourSeconds)), median(std::move(peerSeconds))};
 }
 
+Comparison nanosecondsEach(std::string ours, std::string peer, Seconds seconds, std::size_t count) {
+  const double scale = 1e9 / static_cast<double>(count);
+  return {nanoseconds,
+          std::move(ours),
+          std::move(peer),
+          {{{}, seconds.ours * scale, seconds.peer * scale}}};
+}
+
 double median(std::vector<double> values) {
   const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
   std::nth_element(values.begin(), middle, values.end());

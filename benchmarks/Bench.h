@@ -72,6 +72,9 @@ struct Seconds {
 /// milliseconds, and the median turn of each counts.
 Seconds measureInTurns(const std::function<void()>& ours, const std::function<void()>& peer);
 
+/// The nanoseconds of one of the `count` things that a call does.
+Comparison nanosecondsEach(std::string ours, std::string peer, Seconds seconds, std::size_t count);
+
 double median(std::vector<double> values);
 
 /// Throws std::runtime_error unless the condition holds.
