@@ -5,7 +5,11 @@
 namespace zeb {
 
 const char* const NSCocoaErrorDomain = "NSCocoaErrorDomain";
+const char* const NSPOSIXErrorDomain = "NSPOSIXErrorDomain";
+const char* const NSURLErrorDomain = "NSURLErrorDomain";
+const char* const kCFErrorDomainCFNetwork = "kCFErrorDomainCFNetwork";
 const char* const NSLocalizedDescriptionKey = "NSLocalizedDescription";
+const char* const NSLocalizedFailureReasonErrorKey = "NSLocalizedFailureReason";
 const char* const NSUnderlyingErrorKey = "NSUnderlyingError";
 
 class NSError::Details final : public NSObject {
@@ -58,6 +62,10 @@ NSDictionary NSError::userInfo() const { return details_ ? details()->userInfo :
 
 NSString NSError::localizedDescription() const {
   return details_ ? NSString(std::string_view(details()->text)) : NSString();
+}
+
+NSString NSError::localizedFailureReason() const {
+  return NSString(userInfo()[NSString(NSLocalizedFailureReasonErrorKey)]);
 }
 
 NSError NSError::underlyingError() const {

@@ -10,6 +10,10 @@ namespace zeb {
 
 /// The platform's own domain, and the codes of it that this library reports.
 extern const char* const NSCocoaErrorDomain;
+/// Domains of system error numbers, of loading URLs, and of the network services.
+extern const char* const NSPOSIXErrorDomain;
+extern const char* const NSURLErrorDomain;
+extern const char* const kCFErrorDomainCFNetwork;
 
 enum : std::int64_t {
   /// Bytes that should be a document are malformed; the description says what and where.
@@ -21,6 +25,7 @@ enum : std::int64_t {
 
 /// Keys of an error's details.
 extern const char* const NSLocalizedDescriptionKey;
+extern const char* const NSLocalizedFailureReasonErrorKey;
 extern const char* const NSUnderlyingErrorKey;
 
 /// Why an operation failed: a domain, a code in it, and details. A nullable shared handle; immutable,
@@ -41,6 +46,8 @@ class NSError : public std::exception {
   NSDictionary userInfo() const;
   /// The details' description, else a sentence made of domain and code.
   NSString localizedDescription() const;
+  /// The details' reason; nil without one.
+  NSString localizedFailureReason() const;
   NSError underlyingError() const;
 
   /// The localized description as UTF-8.

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+namespace zeb {
+
+/// The dynamic loader: opening shared objects at run time and looking up what they export. Modes are the
+/// loader's own RTLD_… flags; a program that includes <dlfcn.h> passes those. Any thread.
+
+/// RTLD_LAZY | RTLD_LOCAL: for those who don't include <dlfcn.h>.
+extern const int dynamicLoaderLazyLocalMode;
+
+/// A handle to the shared object, or null; `dynamicLoaderError` then tells why. Opening it again counts.
+/// A path without "/" is searched as the loader searches libraries.
+void* openSharedObject(const char* path, int mode) noexcept;
+
+/// The address of an exported symbol; null when the handle is null or has no such symbol.
+void* symbolInSharedObject(void* handle, const char* name) noexcept;
+
+/// Ends one opening. Not 0 on failure; `dynamicLoaderError` then tells why.
+int closeSharedObject(void* handle) noexcept;
+
+/// The calling thread's last loader error, which is forgotten with this; empty when there is none.
+std::string dynamicLoaderError();
+
+/// The absolute folder of the program or shared object that the address lies in, without a trailing "/";
+/// empty when it lies in none.
+std::string folderOfImageHolding(const void* address);
+
+}  // namespace zeb

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace zeb {
+
+/// Reads a whole regular file into `content`. Answers 0, or the error number: EFBIG for a file of more than
+/// `maximumSize` bytes, EINVAL for what is no regular file. Never waits for a pipe or a device. `content` is
+/// empty after a failure. Any thread.
+int readWholeFile(const std::string& path, std::size_t maximumSize, std::string& content);
+
+/// The system's text for an error number.
+std::string textOfErrorNumber(int number);
+
+}  // namespace zeb
