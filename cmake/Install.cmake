@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 
 set(zeb_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZEBUtilities")
 set(zeb_header_dir "${CMAKE_INSTALL_INCLUDEDIR}/zebutilities")
+set(zeb_frameworks_dir "${CMAKE_INSTALL_LIBDIR}/zebutilities/Frameworks")
 
 install(TARGETS ZEBPlatform ZEBUtilities EXPORT ZEBUtilitiesTargets
   FILE_SET HEADERS DESTINATION "${zeb_header_dir}")
@@ -34,7 +35,7 @@ if(NOT BUILD_SHARED_LIBS)
 endif()
 
 configure_package_config_file(cmake/ZEBUtilitiesConfig.cmake.in cmake/ZEBUtilitiesConfig.cmake
-  INSTALL_DESTINATION "${zeb_package_dir}" NO_SET_AND_CHECK_MACRO)
+  INSTALL_DESTINATION "${zeb_package_dir}" PATH_VARS zeb_frameworks_dir NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/cmake/ZEBUtilitiesConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
 install(FILES
