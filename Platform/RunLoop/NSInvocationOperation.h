@@ -1,0 +1,58 @@
+#pragma once
+
+#include <Foundation/NSException.h>
+#include <Foundation/Value.h>
+#include <Memory/Block.h>
+#include <RunLoop/NSOperation.h>
+
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+namespace zeb {
+
+/// Raised when the result of a cancelled invocation is asked for.
+extern const char* const NSInvocationOperationCancelledException;
+
+/// An operation that calls something which answers a value, and keeps the answer. The callable is released
+/// when the operation has run.
+class NSInvocationOperation : public NSOperation {
+ public:
+  /// Anything that can be called without arguments; what answers nothing answers nil.
+  template <class Callable>
+    requires std::is_invocable_v<std::decay_t<Callable>&>
+  explicit NSInvocationOperation(Callable&& callable)
+      : invocation_(invocation(std::forward<Callable>(callable))) {}
+
+  /// Calls a method of the object, which is kept alive until then.
+  template <class Target, class Class, class Result>
+  NSInvocationOperation(Ref<Target> target, Result (Class::*method)())
+      : NSInvocationOperation(
+            [target = std::move(target), method] { return (target.get()->*method)(); }) {}
+
+  /// What the call answered; nil before the operation has finished. Throws what the call threw, if that was
+  /// an NSException, and NSException (NSInvocationOperationCancelledException) if it was cancelled before.
+  Value result() const;
+
+  void main() override;
+
+ private:
+  template <class Callable>
+  static Block<Value()> invocation(Callable&& callable) {
+    if constexpr (std::is_void_v<std::invoke_result_t<std::decay_t<Callable>&>>) {
+      return [callable = std::forward<Callable>(callable)]() mutable {
+        callable();
+        return Value();
+      };
+    } else {
+      return std::forward<Callable>(callable);
+    }
+  }
+
+  Block<Value()> invocation_;
+  Value result_;
+  std::optional<NSException> exception_;
+  bool hasRun_ = false;
+};
+
+}  // namespace zeb

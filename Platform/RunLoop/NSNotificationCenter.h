@@ -1,0 +1,85 @@
+#pragma once
+
+#include <Foundation/NSDictionary.h>
+#include <Foundation/NSString.h>
+#include <Foundation/Value.h>
+#include <Memory/Block.h>
+#include <Memory/NSObject.h>
+#include <Memory/WeakRef.h>
+#include <RunLoop/NSNotification.h>
+#include <RunLoop/NSOperationQueue.h>
+
+#include <mutex>
+#include <unordered_map>
+#include <vector>
+
+namespace zeb {
+
+/// Tells everybody who asked what happened, without the parties knowing each other.
+///
+/// A registration has two filters. A name: nil takes every name. An object: nil takes every object, any
+/// other is compared by identity (`Value::isIdenticalTo`) with the one that is posted. An `NSObject` as
+/// filter is not kept alive, other values are.
+///
+/// Any thread may call anything, also from inside an observer's block; no lock is held while one runs.
+/// Without a queue, observers are called on the posting thread before the post returns, in no promised
+/// order; what one throws reaches the poster, and the rest are not called. With a queue, the block is put on
+/// it as an operation and the post does not wait, not even when it comes from that queue: a poster that
+/// waited would hang whenever the queue waits for the poster.
+///
+/// Posting reaches who is registered when it begins. Who is removed before its turn is not called, on a queue
+/// neither; a call that has begun on another thread goes on, and removing does not wait for it.
+class NSNotificationCenter : public NSObject {
+ public:
+  using Handler = Block<void(const Ref<NSNotification>& notification)>;
+
+  /// An empty centre; most programs need only the default one.
+  NSNotificationCenter();
+  ~NSNotificationCenter() override;
+
+  /// The process's shared centre.
+  static const Ref<NSNotificationCenter>& defaultCenter();
+
+  /// Calls the block for as long as the observer lives or until it is removed. The observer is held weakly,
+  /// and strongly while the block runs, so that the block may use a plain pointer to it. A nil observer or
+  /// block: nothing.
+  void addObserver(const Ref<NSObject>& observer, Handler block, const NSString& name,
+                   const Value& object = nullptr);
+
+  /// Calls the block until the answered token is removed; dropping the token does not end it. A nil queue
+  /// means the posting thread. A nil block: nothing, and a nil token.
+  Ref<NSObject> addObserverForName(const NSString& name, const Value& object,
+                                   const Ref<NSOperationQueue>& queue, Handler block);
+
+  /// Ends all registrations of the observer or token. Nil or a stranger: nothing. Observers that die need
+  /// not be removed.
+  void removeObserver(const Ref<NSObject>& observer) { removeObserver(observer, nullptr, nullptr); }
+  /// Ends those with this name and this object as filters; nil stands for all names or all objects.
+  void removeObserver(const Ref<NSObject>& observer, const NSString& name, const Value& object);
+
+  /// A nil notification or name throws NSException (NSInvalidArgumentException).
+  void postNotification(const Ref<NSNotification>& notification);
+  void postNotificationName(const NSString& name, const Value& object = nullptr,
+                            const NSDictionary& userInfo = nullptr);
+
+ private:
+  class Registration;
+  struct Entry;
+  struct List;
+
+  void add(const NSString& name, const void* observer, Ref<Registration> registration);
+  void removeDead();
+  template <class Predicate>
+  void removeEntries(const NSString& name, const Predicate& isUnwanted);
+  template <class Predicate>
+  static void removeEntries(Ref<List>& list, const Predicate& isUnwanted,
+                            std::vector<Entry>& removed);
+  Ref<List> listForName(const NSString& name) const;
+
+  mutable std::mutex mutex_;
+  std::unordered_map<NSString, Ref<List>> listsByName_;  ///< under nil: those for every name
+  std::size_t count_ = 0;
+  std::size_t countForSweep_;  ///< at how many registrations the dead ones are looked for
+};
+
+}  // namespace zeb

@@ -1,0 +1,153 @@
+#include <Foundation/NSException.h>
+#include <Linux/Thread.h>
+#include <Logging/OLGLogging.h>
+#include <RunLoop/CurrentOperationPrivate.h>
+#include <RunLoop/NSOperation.h>
+#include <RunLoop/NSOperationQueue.h>
+#include <RunLoop/OperationDependencyPrivate.h>
+#include <RunLoop/OperationExceptionsPrivate.h>
+
+#include <utility>
+
+namespace zeb {
+
+NSOperation::NSOperation() noexcept = default;
+
+NSOperation::~NSOperation() { releaseDependencies(); }
+
+/// Makes the caller the one who runs the operation.
+void NSOperation::claim() {
+  const State before = state_.fetch_or(claimedFlag, std::memory_order_acq_rel);
+  if (!(before & claimedFlag)) return;
+  const char* problem = before & finishedFlag    ? "has finished"
+                        : before & executingFlag ? "is executing"
+                                                 : "is on a queue";
+  raiseInvalidArgument(NSString::stringWithFormat("%s %s", description(), problem));
+}
+
+void NSOperation::start() {
+  if (isFinished()) return;
+  if (!isReady()) {
+    raiseInvalidArgument(NSString::stringWithFormat("%s is not ready", description()));
+  }
+  claim();
+  const Ref<NSOperation> alive(this);
+  execute(nullptr);
+}
+
+void NSOperation::execute(NSOperationQueue* queue) {
+  if (!isCancelled()) {
+    state_.fetch_or(executingFlag, std::memory_order_acq_rel);
+    const bool goesOn = isAsynchronous();
+    const detail::CurrentOperation current(*this, queue);
+    try {
+      if (detail::loggingExceptions(*this, [this] { main(); }) && goesOn) return;
+    } catch (...) {
+      end();
+      throw;
+    }
+  }
+  end();
+}
+
+bool detail::loggingExceptions(const NSOperation& operation, FunctionView<void()> body) {
+  try {
+    body();
+    return true;
+  } catch (const NSException& exception) {
+    constexpr const char* channel = "NSOperation";
+    if (OLGCanLog(nullptr, OLGLevelError, channel)) {
+      OLGLogEx(nullptr, OLGLevelError, channel, "Platform/RunLoop/NSOperation",
+               "-[NSOperation main]", __LINE__, "exception thrown in %s: %s",
+               operation.description(), exception.what());
+    }
+    return false;
+  }
+}
+
+void NSOperation::finish() {
+  if (isExecuting()) end();
+}
+
+void NSOperation::end() {
+  const Ref<NSOperation> alive(this);
+  NSOperation* readyOperations = nullptr;
+  std::vector<dispatch_semaphore_t> waiters;
+  Block<void()> completionBlock;
+  {
+    std::lock_guard guard(mutex_);
+    if (state_.fetch_or(finishedFlag, std::memory_order_acq_rel) & finishedFlag) return;
+    readyOperations = unlinkDependents();
+    waiters.swap(waiters_);
+    completionBlock = std::exchange(completionBlock_, nullptr);
+  }
+  for (const dispatch_semaphore_t& waiter : waiters) dispatch_semaphore_signal(waiter);
+  NSOperationQueue::submit(readyOperations);
+  if (queue_) queue_->remove(*this);
+  if (completionBlock) completionBlock();
+}
+
+void NSOperation::cancel() {
+  const State before = state_.fetch_or(cancelledFlag, std::memory_order_acq_rel);
+  if (shallSubmit(before | cancelledFlag)) NSOperationQueue::submit(this);
+}
+
+void NSOperation::waitUntilFinished() {
+  if (isFinished()) return;
+  requireThatWaitingCanEnd();
+  const dispatch_semaphore_t finished = dispatch_semaphore_create(0);
+  {
+    std::lock_guard guard(mutex_);
+    if (isFinished()) return;
+    waiters_.push_back(finished);
+  }
+  dispatch_semaphore_wait(finished, DISPATCH_TIME_FOREVER);
+}
+
+void NSOperation::requireThatWaitingCanEnd() const {
+  const NSOperationQueue* queue = flags() & enqueuedFlag ? queue_ : nullptr;
+  bool isHopeless = queue && isMainThread() && queue == NSOperationQueue::mainQueue().get();
+  for (auto* current = detail::CurrentOperation::current(); current; current = current->outer) {
+    if (&current->operation == this) isHopeless = true;
+    if (queue && current->queue == queue && !isExecuting() &&
+        queue->maxConcurrentOperationCount() == 1 && !current->operation.isAsynchronous()) {
+      isHopeless = true;
+    }
+  }
+  if (!isHopeless) return;
+  throw NSException(NSGenericException, NSString::stringWithFormat(
+                                            "waiting here for %s would never end", description()));
+}
+
+void NSOperation::setCompletionBlock(Block<void()> block) {
+  std::lock_guard guard(mutex_);
+  std::swap(completionBlock_, block);  // the old one is released after the lock
+}
+
+Block<void()> NSOperation::completionBlock() const {
+  std::lock_guard guard(mutex_);
+  return completionBlock_;
+}
+
+NSString NSOperation::name() const {
+  std::lock_guard guard(mutex_);
+  return name_;
+}
+
+void NSOperation::setName(const NSString& name) {
+  std::lock_guard guard(mutex_);
+  name_ = name.copy();
+}
+
+std::string NSOperation::description() const {
+  const NSString itsName = name();
+  return itsName.isNil() ? NSObject::description() : itsName.utf8();
+}
+
+void NSOperation::Ticket::operate(WorkItem& item, Operation operation) noexcept {
+  NSOperation& owner = static_cast<Ticket&>(item).owner;
+  if (operation == Operation::run) owner.queue_->useTicket();
+  if (operation == Operation::dispose) owner.release();
+}
+
+}  // namespace zeb

@@ -1,0 +1,258 @@
+#include <Foundation/NSException.h>
+#include <RunLoop/NSOperation.h>
+#include <RunLoop/NSOperationQueue.h>
+#include <RunLoop/OperationDependencyPrivate.h>
+
+#include <memory>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+namespace zeb {
+
+namespace {
+
+[[noreturn]] void raiseCircle(const std::vector<Ref<NSOperation>>& circle) {
+  std::string text = "operations wait for each other: ";
+  for (const Ref<NSOperation>& operation : circle) text += operation->description() + " -> ";
+  raiseInvalidArgument(text + circle.front()->description());
+}
+
+}  // namespace
+
+// Circles. -----------------------------------------------------------------------------------------
+//
+// Before an operation is enqueued, it and everything that it waits for is marked as free of circles. Mostly
+// all that it depends on is marked already, and a look at the marks is enough. Otherwise one thread at a
+// time searches.
+
+class NSOperation::CircleSearch {
+ public:
+  CircleSearch() : lock_(mutex()) {}
+
+  /// Marks the operation and whatever it waits for, or throws.
+  void requireNoneFrom(NSOperation& root) {
+    std::vector<Step> path{{Ref(&root)}};
+    while (!path.empty()) {
+      Step& step = path.back();
+      NSOperation& operation = *step.operation;
+      if (!step.isEntered) {
+        if (operation.flags() & settledFlags) {
+          path.pop_back();
+          continue;
+        }
+        if (operation.flags() & onPathFlag) reportEnd(path);
+        operation.state_.fetch_or(onPathFlag, std::memory_order_relaxed);
+        step.isEntered = true;
+      }
+      if (operation.markCircleFreeIfDependenciesAre()) {
+        operation.state_.fetch_and(~onPathFlag, std::memory_order_relaxed);
+        path.pop_back();
+        continue;
+      }
+      for (Ref<NSOperation>& dependency : operation.dependenciesWithout(settledFlags)) {
+        path.push_back({std::move(dependency)});
+      }
+    }
+  }
+
+  /// Throws if `from` waits for `target`.
+  void requireNoPath(NSOperation& from, NSOperation& target) {
+    std::vector<Ref<NSOperation>> waiting{Ref(&from)};
+    std::unordered_map<NSOperation*, Ref<NSOperation>> reachedFrom{{&from, Ref(&target)}};
+    while (!waiting.empty()) {
+      const Ref<NSOperation> operation = std::move(waiting.back());
+      waiting.pop_back();
+      for (Ref<NSOperation>& dependency : operation->dependenciesWithout(finishedFlag)) {
+        if (!reachedFrom.emplace(dependency.get(), operation).second) continue;
+        if (dependency.get() == &target) reportPath(reachedFrom, target);
+        waiting.push_back(std::move(dependency));
+      }
+    }
+  }
+
+ private:
+  /// Nothing below such an operation needs a look.
+  static constexpr State settledFlags = circleFreeFlag | finishedFlag;
+
+  /// Those that are entered wait each for the next one; the others still have to be looked at.
+  struct Step {
+    Ref<NSOperation> operation;
+    bool isEntered = false;
+  };
+
+  static std::mutex& mutex() {
+    static auto* mutex = new std::mutex;
+    return *mutex;
+  }
+
+  /// The path's last operation was met on it before.
+  [[noreturn]] void reportEnd(const std::vector<Step>& path) {
+    std::vector<Ref<NSOperation>> circle;
+    for (const Step& step : path) {
+      if (!step.isEntered) continue;
+      step.operation->state_.fetch_and(~onPathFlag, std::memory_order_relaxed);
+      if (!circle.empty() || step.operation == path.back().operation) {
+        circle.push_back(step.operation);
+      }
+    }
+    lock_.unlock();
+    raiseCircle(circle);
+  }
+
+  [[noreturn]] void reportPath(
+      const std::unordered_map<NSOperation*, Ref<NSOperation>>& reachedFrom, NSOperation& target) {
+    std::vector<Ref<NSOperation>> circle{Ref(&target)};
+    Ref<NSOperation> operation = reachedFrom.at(&target);
+    for (; operation.get() != &target; operation = reachedFrom.at(operation.get())) {
+      circle.insert(circle.begin() + 1, operation);
+    }
+    lock_.unlock();
+    raiseCircle(circle);
+  }
+
+  std::unique_lock<std::mutex> lock_;
+};
+
+std::vector<Ref<NSOperation>> NSOperation::dependenciesWithout(State unwantedFlags) const {
+  std::vector<Ref<NSOperation>> operations;
+  std::lock_guard guard(mutex_);
+  for (const Dependency* dependency = dependencies_; dependency; dependency = dependency->next) {
+    if (!(dependency->operation->flags() & unwantedFlags))
+      operations.push_back(dependency->operation);
+  }
+  return operations;
+}
+
+bool NSOperation::markCircleFreeIfDependenciesAre() {
+  std::lock_guard guard(mutex_);
+  for (const Dependency* dependency = dependencies_; dependency; dependency = dependency->next) {
+    if (!(dependency->operation->flags() & (circleFreeFlag | finishedFlag))) return false;
+  }
+  state_.fetch_or(circleFreeFlag, std::memory_order_release);
+  return true;
+}
+
+void NSOperation::requireNoCircle() {
+  if (!markCircleFreeIfDependenciesAre()) CircleSearch().requireNoneFrom(*this);
+}
+
+// Dependencies. The mutexes of both sides guard one that is in both lists. ---------------------------
+
+void NSOperation::addDependency(const Ref<NSOperation>& operation) {
+  if (!operation) return;
+  if (operation.get() == this) raiseCircle({Ref(this)});
+  if (insertDependency(operation, circleFreeFlag)) return;
+  // What waits for this one may be running already, so nobody would look for circles later.
+  CircleSearch search;
+  search.requireNoneFrom(*operation);
+  search.requireNoPath(*operation, *this);
+  insertDependency(operation, 0);
+}
+
+/// False, and nothing is done, when the operation has one of the flags.
+bool NSOperation::insertDependency(const Ref<NSOperation>& operation, State flagsAgainst) {
+  auto dependency = std::make_unique<Dependency>(operation, this);
+  std::scoped_lock guard(mutex_, operation->mutex_);
+  if (flags() & flagsAgainst) return false;
+  if (!operation->isFinished()) {
+    operation->addDependent(*dependency);
+    state_.fetch_add(oneDependency, std::memory_order_acq_rel);
+  }
+  *dependenciesEnd_ = dependency.get();
+  dependenciesEnd_ = &dependency.release()->next;
+  return true;
+}
+
+void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
+  if (!operation || operation.get() == this) return;
+  Dependency* removed = nullptr;
+  State state = 0;
+  {
+    std::scoped_lock guard(mutex_, operation->mutex_);
+    state = flags();
+    for (Dependency** link = &dependencies_; *link;) {
+      Dependency* dependency = *link;
+      if (dependency->operation != operation) {
+        link = &dependency->next;
+        continue;
+      }
+      *link = std::exchange(dependency->next, removed);
+      removed = dependency;
+      if (!dependency->link) continue;
+      operation->removeDependent(*dependency);
+      state = state_.fetch_sub(oneDependency, std::memory_order_acq_rel) - oneDependency;
+    }
+    dependenciesEnd_ = &dependencies_;
+    while (*dependenciesEnd_) dependenciesEnd_ = &(*dependenciesEnd_)->next;
+  }
+  while (removed) delete std::exchange(removed, removed->next);
+  if (shallSubmit(state)) NSOperationQueue::submit(this);
+}
+
+std::vector<Ref<NSOperation>> NSOperation::dependencies() const {
+  std::vector<Ref<NSOperation>> operations;
+  std::unordered_set<const NSOperation*> seen;
+  std::lock_guard guard(mutex_);
+  for (const Dependency* dependency = dependencies_; dependency; dependency = dependency->next) {
+    if (seen.insert(dependency->operation.get()).second)
+      operations.push_back(dependency->operation);
+  }
+  return operations;
+}
+
+void NSOperation::addDependent(Dependency& dependency) noexcept {
+  dependency.nextDependent = dependents_;
+  if (dependents_) dependents_->link = &dependency.nextDependent;
+  dependency.link = &dependents_;
+  dependents_ = &dependency;
+}
+
+void NSOperation::removeDependent(Dependency& dependency) noexcept {
+  *dependency.link = dependency.nextDependent;
+  if (dependency.nextDependent) dependency.nextDependent->link = dependency.link;
+  dependency.link = nullptr;
+}
+
+/// Under the mutex, as the operation finishes: those that have nothing left to wait for, oldest first.
+NSOperation* NSOperation::unlinkDependents() noexcept {
+  NSOperation* readyOperations = nullptr;
+  while (Dependency* dependency = dependents_) {
+    // Touched before the count, after which the dependent may finish and go, but for our mutex.
+    removeDependent(*dependency);
+    NSOperation& dependent = *dependency->dependent;
+    const State before = dependent.state_.fetch_sub(oneDependency, std::memory_order_acq_rel);
+    if (!dependent.shallSubmit(before - oneDependency)) continue;
+    dependent.nextReady_ = readyOperations;
+    readyOperations = &dependent;
+  }
+  return readyOperations;
+}
+
+/// Forgets what the operation depends on. Operations that die of it are released one after the other and
+/// not from within each other: chains may be long.
+void NSOperation::releaseDependencies() noexcept {
+  static constinit thread_local Dependency** released = nullptr;
+  Dependency* list = nullptr;
+  {
+    std::lock_guard guard(mutex_);
+    list = std::exchange(dependencies_, nullptr);
+    dependenciesEnd_ = &dependencies_;
+  }
+  if (!list) return;
+  Dependency** end = &list;
+  while (Dependency* dependency = *end) {
+    std::lock_guard guard(dependency->operation->mutex_);
+    if (dependency->link) dependency->operation->removeDependent(*dependency);
+    end = &dependency->next;
+  }
+  if (released) {
+    *end = std::exchange(*released, list);
+    return;
+  }
+  released = &list;
+  while (list) delete std::exchange(list, list->next);
+  released = nullptr;
+}
+
+}  // namespace zeb
