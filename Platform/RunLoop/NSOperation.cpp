@@ -82,8 +82,11 @@ void NSOperation::end() {
     completionBlock = std::exchange(completionBlock_, nullptr);
   }
   for (const dispatch_semaphore_t& waiter : waiters) dispatch_semaphore_signal(waiter);
-  NSOperationQueue::submit(readyOperations);
-  if (queue_) queue_->remove(*this);
+  if (flags() & enqueuedFlag) {
+    queue_->remove(*this, readyOperations);
+  } else {
+    NSOperationQueue::submit(readyOperations);
+  }
   if (completionBlock) completionBlock();
 }
 
@@ -142,12 +145,6 @@ void NSOperation::setName(const NSString& name) {
 std::string NSOperation::description() const {
   const NSString itsName = name();
   return itsName.isNil() ? NSObject::description() : itsName.utf8();
-}
-
-void NSOperation::Ticket::operate(WorkItem& item, Operation operation) noexcept {
-  NSOperation& owner = static_cast<Ticket&>(item).owner;
-  if (operation == Operation::run) owner.queue_->useTicket();
-  if (operation == Operation::dispose) owner.release();
 }
 
 }  // namespace zeb

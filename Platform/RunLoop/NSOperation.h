@@ -1,7 +1,6 @@
 #pragma once
 
 #include <Dispatch/DispatchSemaphore.h>
-#include <Dispatch/WorkItem.h>
 #include <Foundation/NSString.h>
 #include <Memory/Block.h>
 #include <Memory/NSObject.h>
@@ -110,14 +109,7 @@ class NSOperation : public NSObject {
   friend class NSOperationQueue;
   class CircleSearch;
   struct Dependency;
-
-  /// What the thread pool runs for an operation that got ready: not the operation itself, but whichever of
-  /// its queue's comes first at that moment.
-  struct Ticket final : detail::WorkItem {
-    explicit Ticket(NSOperation& itsOwner) noexcept : WorkItem(&operate), owner(itsOwner) {}
-    static void operate(WorkItem& item, Operation operation) noexcept;
-    NSOperation& owner;
-  };
+  struct Dependencies;
 
   // The state is one word, so that every step and what it leads to are one atomic operation: flags, and
   // above them the number of unfinished dependencies.
@@ -143,6 +135,7 @@ class NSOperation : public NSObject {
   }
 
   void claim();
+  void unclaim() noexcept { state_.fetch_and(~claimedFlag, std::memory_order_acq_rel); }
   void execute(NSOperationQueue* queue);
   void end();
   void requireThatWaitingCanEnd() const;
@@ -159,8 +152,8 @@ class NSOperation : public NSObject {
   std::atomic<State> state_{0};
   mutable std::mutex mutex_;
   // Under the mutex:
-  Dependency* dependencies_ = nullptr;
-  Dependency** dependenciesEnd_ = &dependencies_;
+  Dependencies* dependencies_ = nullptr;
+  Dependencies* lastDependencies_ = nullptr;
   Dependency* dependents_ = nullptr;  ///< those that wait for this operation
   std::vector<dispatch_semaphore_t> waiters_;
   Block<void()> completionBlock_;
@@ -174,10 +167,8 @@ class NSOperation : public NSObject {
   // Its queue's, under the queue's mutex:
   NSOperation* nextInQueue_ = nullptr;
   NSOperation* previousInQueue_ = nullptr;
-  NSOperation* nextTicket_ = nullptr;
-  bool isTicketUsed_ = false;
+
   bool isBarrier_ = false;
-  Ticket ticket_{*this};
 };
 
 }  // namespace zeb

@@ -3,7 +3,6 @@
 #include <RunLoop/NSOperationQueue.h>
 #include <RunLoop/OperationDependencyPrivate.h>
 
-#include <memory>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -117,17 +116,22 @@ class NSOperation::CircleSearch {
 std::vector<Ref<NSOperation>> NSOperation::dependenciesWithout(State unwantedFlags) const {
   std::vector<Ref<NSOperation>> operations;
   std::lock_guard guard(mutex_);
-  for (const Dependency* dependency = dependencies_; dependency; dependency = dependency->next) {
-    if (!(dependency->operation->flags() & unwantedFlags))
-      operations.push_back(dependency->operation);
+  for (Dependencies* block = dependencies_; block; block = block->next) {
+    for (const Dependency& dependency : *block) {
+      if (!dependency.operation || (dependency.operation->flags() & unwantedFlags)) continue;
+      operations.push_back(dependency.operation);
+    }
   }
   return operations;
 }
 
 bool NSOperation::markCircleFreeIfDependenciesAre() {
   std::lock_guard guard(mutex_);
-  for (const Dependency* dependency = dependencies_; dependency; dependency = dependency->next) {
-    if (!(dependency->operation->flags() & (circleFreeFlag | finishedFlag))) return false;
+  for (Dependencies* block = dependencies_; block; block = block->next) {
+    for (const Dependency& dependency : *block) {
+      if (!dependency.operation) continue;
+      if (!(dependency.operation->flags() & (circleFreeFlag | finishedFlag))) return false;
+    }
   }
   state_.fetch_or(circleFreeFlag, std::memory_order_release);
   return true;
@@ -152,52 +156,47 @@ void NSOperation::addDependency(const Ref<NSOperation>& operation) {
 
 /// False, and nothing is done, when the operation has one of the flags.
 bool NSOperation::insertDependency(const Ref<NSOperation>& operation, State flagsAgainst) {
-  auto dependency = std::make_unique<Dependency>(operation, this);
   std::scoped_lock guard(mutex_, operation->mutex_);
   if (flags() & flagsAgainst) return false;
+  if (!lastDependencies_ || lastDependencies_->isFull()) {
+    auto* block = new Dependencies;
+    (lastDependencies_ ? lastDependencies_->next : dependencies_) = block;
+    lastDependencies_ = block;
+  }
+  Dependency& dependency = lastDependencies_->entries[lastDependencies_->used++];
+  dependency.operation = operation;
+  dependency.dependent = this;
   if (!operation->isFinished()) {
-    operation->addDependent(*dependency);
+    operation->addDependent(dependency);
     state_.fetch_add(oneDependency, std::memory_order_acq_rel);
   }
-  *dependenciesEnd_ = dependency.get();
-  dependenciesEnd_ = &dependency.release()->next;
   return true;
 }
 
 void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
   if (!operation || operation.get() == this) return;
-  Dependency* removed = nullptr;
   State state = 0;
   {
     std::scoped_lock guard(mutex_, operation->mutex_);
-    state = flags();
-    for (Dependency** link = &dependencies_; *link;) {
-      Dependency* dependency = *link;
-      if (dependency->operation != operation) {
-        link = &dependency->next;
-        continue;
+    for (Dependencies* block = dependencies_; block; block = block->next) {
+      for (Dependency& dependency : *block) {
+        if (dependency.operation != operation) continue;
+        dependency.operation = nullptr;  // not the last reference: the caller has one
+        if (!dependency.link) continue;
+        removeDependent(dependency);
+        state = state_.fetch_sub(oneDependency, std::memory_order_acq_rel) - oneDependency;
       }
-      *link = std::exchange(dependency->next, removed);
-      removed = dependency;
-      if (!dependency->link) continue;
-      operation->removeDependent(*dependency);
-      state = state_.fetch_sub(oneDependency, std::memory_order_acq_rel) - oneDependency;
     }
-    dependenciesEnd_ = &dependencies_;
-    while (*dependenciesEnd_) dependenciesEnd_ = &(*dependenciesEnd_)->next;
   }
-  while (removed) delete std::exchange(removed, removed->next);
   if (shallSubmit(state)) NSOperationQueue::submit(this);
 }
 
 std::vector<Ref<NSOperation>> NSOperation::dependencies() const {
-  std::vector<Ref<NSOperation>> operations;
   std::unordered_set<const NSOperation*> seen;
-  std::lock_guard guard(mutex_);
-  for (const Dependency* dependency = dependencies_; dependency; dependency = dependency->next) {
-    if (seen.insert(dependency->operation.get()).second)
-      operations.push_back(dependency->operation);
-  }
+  auto operations = dependenciesWithout(0);
+  std::erase_if(operations, [&](const Ref<NSOperation>& operation) {
+    return !seen.insert(operation.get()).second;
+  });
   return operations;
 }
 
@@ -232,22 +231,28 @@ NSOperation* NSOperation::unlinkDependents() noexcept {
 /// Forgets what the operation depends on. Operations that die of it are released one after the other and
 /// not from within each other: chains may be long.
 void NSOperation::releaseDependencies() noexcept {
-  static constinit thread_local Dependency** released = nullptr;
-  Dependency* list = nullptr;
+  static constinit thread_local Dependencies** released = nullptr;
+  Dependencies* list = nullptr;
+  Dependencies* last = nullptr;
   {
     std::lock_guard guard(mutex_);
     list = std::exchange(dependencies_, nullptr);
-    dependenciesEnd_ = &dependencies_;
+    last = std::exchange(lastDependencies_, nullptr);
   }
   if (!list) return;
-  Dependency** end = &list;
-  while (Dependency* dependency = *end) {
-    std::lock_guard guard(dependency->operation->mutex_);
-    if (dependency->link) dependency->operation->removeDependent(*dependency);
-    end = &dependency->next;
+  // One that ran in the ordinary way has been left by all that it waited for.
+  const State state = state_.load(std::memory_order_acquire);
+  const bool isInNoList =
+      (state & finishedFlag) && !(state & cancelledFlag) && state < oneDependency;
+  for (Dependencies* block = isInNoList ? nullptr : list; block; block = block->next) {
+    for (Dependency& dependency : *block) {
+      if (!dependency.operation) continue;
+      std::lock_guard guard(dependency.operation->mutex_);
+      if (dependency.link) removeDependent(dependency);
+    }
   }
   if (released) {
-    *end = std::exchange(*released, list);
+    last->next = std::exchange(*released, list);
     return;
   }
   released = &list;

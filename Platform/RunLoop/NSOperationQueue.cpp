@@ -3,6 +3,7 @@
 #include <RunLoop/CurrentOperationPrivate.h>
 #include <RunLoop/NSBlockOperation.h>
 #include <RunLoop/NSOperationQueue.h>
+#include <RunLoop/ShortLockPrivate.h>
 
 #include <algorithm>
 #include <utility>
@@ -10,6 +11,13 @@
 namespace zeb {
 
 namespace {
+
+/// Those that wait in the thread pool's own queue show it that there is work for another thread; more would
+/// show no more.
+constexpr std::int64_t mostTickets = 4;
+
+/// After so many operations somebody else's work gets the thread.
+constexpr int operationsPerTicket = 32;
 
 dispatch_queue_t globalQueueFor(NSQualityOfService service) {
   dispatch_queue_t queue = dispatch_get_global_queue(service);
@@ -25,51 +33,32 @@ std::size_t rank(NSOperationQueuePriority priority) noexcept {
 
 }  // namespace
 
-/// Tickets that are counted under the queue's mutex and given to the thread pool after it.
+/// Tickets that are counted under the queue's mutex and given to the thread pool after it. A ticket runs what
+/// is first in the queue by then, and not the operation for which it was made.
 class NSOperationQueue::Tickets {
  public:
-  explicit Tickets(NSOperationQueue& queue) : queue_(queue) {}
-
-  /// Under the mutex.
-  void add(NSOperation* readyOperation) {
-    if (!target_) {
-      aliveTarget_ = queue_.underlyingQueue_;
-      target_ = aliveTarget_ ? aliveTarget_.get() : queue_.globalQueue_.get();
+  /// Under the mutex: as many as there is room for.
+  void add(NSOperationQueue& queue) {
+    if (!queue.hasRoomForTicket()) return;
+    queue_ = &queue;
+    target_ = queue.underlyingQueue_ ? queue.underlyingQueue_ : queue.globalQueue_;
+    const NSQualityOfService service = queue.firstReady()->qualityOfService();
+    if (!queue.underlyingQueue_ && service != NSQualityOfServiceDefault) {
+      target_ = globalQueueFor(service);
     }
-    ++queue_.ticketCount_;
-    if (!readyOperation || readyOperation->isTicketUsed_) {
-      ++withoutOperation_;
-      return;
-    }
-    readyOperation->isTicketUsed_ = true;
-    readyOperation->retain();
-    readyOperation->nextTicket_ = nullptr;
-    *end_ = readyOperation;
-    end_ = &readyOperation->nextTicket_;
+    for (; queue.hasRoomForTicket(); ++queue.ticketCount_) ++count_;
   }
 
   void post() {
-    while (NSOperation* operation = first_) {
-      first_ = operation->nextTicket_;
-      targetFor(*operation).async(operation->ticket_);
-    }
-    for (; withoutOperation_ > 0; --withoutOperation_) {
-      target_->async(*detail::newWorkItem([queue = &queue_] { queue->useTicket(); }));
+    for (; count_ > 0; --count_) {
+      dispatch_async(target_, [queue = queue_] { queue->useTicket(); });
     }
   }
 
  private:
-  DispatchQueue& targetFor(const NSOperation& operation) const {
-    if (aliveTarget_ || operation.qualityOfService() == NSQualityOfServiceDefault) return *target_;
-    return *globalQueueFor(operation.qualityOfService());
-  }
-
-  NSOperationQueue& queue_;
-  dispatch_queue_t aliveTarget_;
-  DispatchQueue* target_ = nullptr;
-  NSOperation* first_ = nullptr;
-  NSOperation** end_ = &first_;
-  std::int64_t withoutOperation_ = 0;
+  NSOperationQueue* queue_ = nullptr;  // lives as long as it has tickets
+  dispatch_queue_t target_;
+  std::int64_t count_ = 0;
 };
 
 NSOperationQueue::NSOperationQueue() : globalQueue_(globalQueueFor(qualityOfService_)) {}
@@ -96,17 +85,35 @@ Ref<NSOperationQueue> NSOperationQueue::currentQueue() {
 // Adding. ------------------------------------------------------------------------------------------
 
 void NSOperationQueue::addOperation(const Ref<NSOperation>& operation) {
-  if (!operation) return;
-  operation->claim();
-  Ref<NSOperation> awaitedBarrier = latestBarrier();
+  addOperations({&operation, 1}, false);
+}
+
+void NSOperationQueue::addOperations(std::span<const Ref<NSOperation>> operations,
+                                     bool waitUntilFinished) {
+  std::size_t claimed = 0;
   try {
-    operation->addDependency(awaitedBarrier);
-    operation->requireNoCircle();
-    while (!append(*operation, awaitedBarrier)) operation->addDependency(awaitedBarrier);
+    Ref<NSOperation> awaitedBarrier = latestBarrier();
+    for (const Ref<NSOperation>& operation : operations) {
+      if (operation) operation->claim();
+      ++claimed;
+      if (!operation) continue;
+      operation->addDependency(awaitedBarrier);
+      operation->requireNoCircle();
+    }
+    while (!append(operations, &awaitedBarrier)) {
+      for (const Ref<NSOperation>& operation : operations) {
+        if (operation) operation->addDependency(awaitedBarrier);
+      }
+    }
   } catch (...) {
-    operation->removeDependency(awaitedBarrier);
-    operation->state_.fetch_and(~NSOperation::claimedFlag, std::memory_order_acq_rel);
+    for (const Ref<NSOperation>& operation : operations.first(claimed)) {
+      if (operation) operation->unclaim();
+    }
     throw;
+  }
+  if (!waitUntilFinished) return;
+  for (const Ref<NSOperation>& operation : operations) {
+    if (operation) operation->waitUntilFinished();
   }
 }
 
@@ -115,39 +122,38 @@ Ref<NSOperation> NSOperationQueue::latestBarrier() const {
   return barrier_;
 }
 
-/// False when there is a barrier other than the awaited one; then that is the one to wait for.
-bool NSOperationQueue::append(NSOperation& operation, Ref<NSOperation>& awaitedBarrier) {
-  Tickets tickets(*this);
+/// All at once, so that those who run them don't fight for the mutex over every one. False when there is a
+/// barrier other than the awaited one; then that is the one to wait for. A barrier itself awaits none.
+bool NSOperationQueue::append(std::span<const Ref<NSOperation>> operations,
+                              Ref<NSOperation>* awaitedBarrier) {
+  Tickets tickets;
   {
-    std::lock_guard guard(mutex_);
-    if (barrier_ && barrier_ != awaitedBarrier && !operation.isBarrier_) {
-      awaitedBarrier = barrier_;
+    const detail::ShortLock lock(mutex_);
+    if (barrier_ && awaitedBarrier && barrier_ != *awaitedBarrier) {
+      *awaitedBarrier = barrier_;
       return false;
     }
-    operation.queue_ = this;
-    operation.retain();
-    operation.previousInQueue_ = last_;
-    (last_ ? last_->nextInQueue_ : first_) = &operation;
-    last_ = &operation;
-    ++count_;
-    if (!self_) self_ = Ref(this);
-    const auto state =
-        operation.state_.fetch_or(NSOperation::enqueuedFlag, std::memory_order_acq_rel);
-    if (operation.shallSubmit(state | NSOperation::enqueuedFlag)) {
-      pushReady(operation);
-      if (hasRoomForTicket()) tickets.add(&operation);
+    for (const Ref<NSOperation>& operation : operations) {
+      if (operation) append(*operation);
     }
+    if (count_ > 0 && !self_) self_ = Ref(this);
+    tickets.add(*this);
   }
   tickets.post();
   return true;
 }
 
-void NSOperationQueue::addOperations(std::span<const Ref<NSOperation>> operations,
-                                     bool waitUntilFinished) {
-  for (const Ref<NSOperation>& operation : operations) addOperation(operation);
-  if (!waitUntilFinished) return;
-  for (const Ref<NSOperation>& operation : operations) {
-    if (operation) operation->waitUntilFinished();
+void NSOperationQueue::append(NSOperation& operation) noexcept {
+  operation.retain();
+  operation.queue_ = this;
+  operation.previousInQueue_ = last_;
+  (last_ ? last_->nextInQueue_ : first_) = &operation;
+  last_ = &operation;
+  ++count_;
+  const auto enqueued = NSOperation::enqueuedFlag;
+  if (operation.shallSubmit(operation.state_.fetch_or(enqueued, std::memory_order_acq_rel) |
+                            enqueued)) {
+    pushReady(operation);
   }
 }
 
@@ -157,25 +163,24 @@ void NSOperationQueue::addOperationWithBlock(Block<void()> block) {
 
 void NSOperationQueue::addBarrierBlock(Block<void()> block) {
   if (!block) return;
-  Ref<NSOperation> barrier = makeRef<NSBlockOperation>(std::move(block));
+  const Ref<NSOperation> barrier = makeRef<NSBlockOperation>(std::move(block));
   barrier->isBarrier_ = true;
   barrier->claim();
   std::vector<Ref<NSOperation>> earlier;
   {
     std::lock_guard guard(mutex_);
     earlier = allOperations();
-    if (barrier_) earlier.push_back(barrier_);
-    barrier_ = barrier;
+    earlier.push_back(std::exchange(barrier_, barrier));
   }
   try {
     for (const Ref<NSOperation>& operation : earlier) barrier->addDependency(operation);
     barrier->requireNoCircle();
   } catch (...) {
-    barrier->cancel();  // others wait for it already
-    append(*barrier, barrier);
+    barrier->cancel();  // others may wait for it already
+    append({&barrier, 1}, nullptr);
     throw;
   }
-  append(*barrier, barrier);
+  append({&barrier, 1}, nullptr);
 }
 
 // Running. -----------------------------------------------------------------------------------------
@@ -184,46 +189,54 @@ void NSOperationQueue::addBarrierBlock(Block<void()> block) {
 void NSOperationQueue::submit(NSOperation* readyOperations) {
   while (readyOperations) {
     NSOperationQueue& queue = *readyOperations->queue_;
-    Tickets tickets(queue);
+    Tickets tickets;
     {
-      std::lock_guard guard(queue.mutex_);
-      do {
-        NSOperation& operation = *readyOperations;
-        readyOperations = std::exchange(operation.nextReady_, nullptr);
-        queue.pushReady(operation);
-        if (queue.hasRoomForTicket()) tickets.add(&operation);
-      } while (readyOperations && readyOperations->queue_ == &queue);
+      const detail::ShortLock lock(queue.mutex_);
+      readyOperations = queue.pushReadyOfOwn(readyOperations);
+      tickets.add(queue);
     }
     tickets.post();
   }
 }
 
-/// On a thread of the pool.
+/// On a thread of the pool: runs what comes first, and some more where that keeps nobody waiting.
 void NSOperationQueue::useTicket() {
-  Ref<NSOperationQueue> idle;
-  Ref<NSOperation> operation;
-  {
-    std::lock_guard guard(mutex_);
-    --ticketCount_;
-    const bool mayRun = !isSuspended_ && (limit_ < 0 || executingCount_ < limit_);
-    operation = Ref(mayRun ? takeReady() : nullptr);
-    if (operation) {
-      ++executingCount_;
-    } else {
-      idle = referenceIfIdle();
+  const Ref<NSOperationQueue> alive(this);
+  bool hasTicket = true;
+  for (int most = operationsPerTicket; most > 0; --most) {
+    Ref<NSOperation> operation;
+    Ref<NSOperationQueue> self;
+    Tickets tickets;
+    {
+      const detail::ShortLock lock(mutex_);
+      if (std::exchange(hasTicket, false)) --ticketCount_;
+      if (!isSuspended_ && (limit_ < 0 || executingCount_ < limit_)) {
+        operation = Ref(takeReady());
+      }
+      if (operation) {
+        ++executingCount_;
+      } else {
+        self = referenceIfIdle();
+      }
+      // A limited queue has posted a ticket for the place that becomes free, and on somebody else's queue
+      // others wait for their turn.
+      if (limit_ >= 0 || underlyingQueue_) most = 1;
+      tickets.add(*this);
     }
+    tickets.post();
+    if (!operation) return;
+    operation->execute(this);
   }
-  if (operation) operation->execute(this);
 }
 
-/// The operation has finished.
-void NSOperationQueue::remove(NSOperation& operation) {
-  Ref<NSOperationQueue> idle;
+/// The operation has finished, and these have got ready by that.
+void NSOperationQueue::remove(NSOperation& operation, NSOperation* readyOperations) {
+  Ref<NSOperationQueue> self;
   std::vector<dispatch_semaphore_t> waiters;
   Ref<NSOperation> barrier;
-  Tickets tickets(*this);
+  Tickets tickets;
   {
-    std::lock_guard guard(mutex_);
+    const detail::ShortLock lock(mutex_);
     (operation.previousInQueue_ ? operation.previousInQueue_->nextInQueue_ : first_) =
         operation.nextInQueue_;
     (operation.nextInQueue_ ? operation.nextInQueue_->previousInQueue_ : last_) =
@@ -231,14 +244,26 @@ void NSOperationQueue::remove(NSOperation& operation) {
     --executingCount_;
     if (--count_ == 0) waiters.swap(waiters_);
     if (barrier_.get() == &operation) std::swap(barrier, barrier_);
-    if (hasRoomForTicket()) tickets.add(firstReady());
-    idle = referenceIfIdle();
+    readyOperations = pushReadyOfOwn(readyOperations);
+    tickets.add(*this);
+    self = referenceIfIdle();
   }
   tickets.post();
+  submit(readyOperations);
   for (const dispatch_semaphore_t& waiter : waiters) dispatch_semaphore_signal(waiter);
   // Later operations depend on the barrier: it must not keep all that was before it alive.
   if (operation.isBarrier_) operation.releaseDependencies();
   operation.release();
+}
+
+/// Takes those that are this queue's from the front of the list. Answers the rest.
+NSOperation* NSOperationQueue::pushReadyOfOwn(NSOperation* readyOperations) noexcept {
+  while (readyOperations && readyOperations->queue_ == this) {
+    NSOperation& operation = *readyOperations;
+    readyOperations = std::exchange(operation.nextReady_, nullptr);
+    pushReady(operation);
+  }
+  return readyOperations;
 }
 
 void NSOperationQueue::pushReady(NSOperation& operation) noexcept {
@@ -269,7 +294,7 @@ NSOperation* NSOperationQueue::takeReady() noexcept {
 
 /// Whether one ticket more would have something to run.
 bool NSOperationQueue::hasRoomForTicket() const noexcept {
-  return !isSuspended_ && ticketCount_ < readyCount_ &&
+  return !isSuspended_ && ticketCount_ < std::min(readyCount_, mostTickets) &&
          (limit_ < 0 || ticketCount_ + executingCount_ < limit_);
 }
 
@@ -345,11 +370,11 @@ void NSOperationQueue::setSuspended(bool suspended) {
 
 /// Changes what decides how many may run, and lets those run that may do so now.
 void NSOperationQueue::change(FunctionView<void()> step) {
-  Tickets tickets(*this);
+  Tickets tickets;
   {
     std::lock_guard guard(mutex_);
     step();
-    for (NSOperation* operation = nullptr; hasRoomForTicket();) tickets.add(operation);
+    tickets.add(*this);
   }
   tickets.post();
 }

@@ -38,7 +38,7 @@ class NSOperationQueue : public NSObject {
   /// Nil: nothing. An operation that is on a queue, executes or has finished, or that waits in a circle, throws
   /// NSException (NSInvalidArgumentException) and is not added.
   void addOperation(const Ref<NSOperation>& operation);
-  /// All of them, in this order; an exception leaves those before its cause enqueued.
+  /// All of them, in this order; after an exception, none.
   void addOperations(std::span<const Ref<NSOperation>> operations, bool waitUntilFinished);
   void addOperations(std::initializer_list<Ref<NSOperation>> operations, bool waitUntilFinished) {
     addOperations(std::span(operations.begin(), operations.size()), waitUntilFinished);
@@ -93,15 +93,17 @@ class NSOperationQueue : public NSObject {
   explicit NSOperationQueue(OfMainThread);
 
   static void submit(NSOperation* readyOperations);
-  bool append(NSOperation& operation, Ref<NSOperation>& awaitedBarrier);
+  bool append(std::span<const Ref<NSOperation>> operations, Ref<NSOperation>* awaitedBarrier);
   void useTicket();
-  void remove(NSOperation& operation);
+  void remove(NSOperation& operation, NSOperation* readyOperations);
   void change(FunctionView<void()> step);
   void requireThatWaitingCanEnd() const;
   Ref<NSOperation> latestBarrier() const;
 
   // Under the mutex.
+  void append(NSOperation& operation) noexcept;
   void pushReady(NSOperation& operation) noexcept;
+  NSOperation* pushReadyOfOwn(NSOperation* readyOperations) noexcept;
   NSOperation* firstReady() const noexcept;
   NSOperation* takeReady() noexcept;
   bool hasRoomForTicket() const noexcept;

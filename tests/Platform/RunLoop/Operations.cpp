@@ -1,0 +1,332 @@
+#include <Dispatch/MainQueue.h>
+#include <RunLoop/NSBlockOperation.h>
+#include <RunLoop/NSInvocationOperation.h>
+#include <RunLoop/NSOperationQueue.h>
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <thread>
+
+#include "../Logging/LogRecorder.h"
+#include "../Support.h"
+
+namespace zeb {
+namespace {
+
+using Operations = std::vector<Ref<NSOperation>>;
+
+Ref<NSOperation> operation(Block<void()> block = [] {}) {
+  return NSBlockOperation::blockOperationWithBlock(std::move(block));
+}
+
+Ref<NSOperation> named(const char* name) {
+  const auto made = operation();
+  made->setName(name);
+  return made;
+}
+
+/// The text of the NSException that the call throws.
+template <class Call>
+std::string raised(const Call& call) {
+  try {
+    call();
+  } catch (const NSException& exception) {
+    return exception.what();
+  }
+  return "nothing";
+}
+
+std::string state(const NSOperation& operation) {
+  std::string text;
+  if (operation.isReady()) text += "ready ";
+  if (operation.isExecuting()) text += "executing ";
+  if (operation.isCancelled()) text += "cancelled ";
+  if (operation.isFinished()) text += "finished ";
+  return text;
+}
+
+TEST(NSOperation, RunsOnceAndTellsWhereItIs) {
+  std::atomic<int> deaths = 0;
+  std::string during, inCompletion;
+  Ref<NSOperation> work;
+  work = operation([&, state_ = Ref<NSObject>(makeRef<test::Probe>(deaths))] {
+    during = state(*work);
+    EXPECT_NE(raised([&] { work->start(); }).find("is executing"), std::string::npos);
+  });
+  work->setCompletionBlock([&, state_ = Ref<NSObject>(makeRef<test::Probe>(deaths))] {
+    inCompletion = state(*work);
+    EXPECT_FALSE(work->completionBlock());
+  });
+  EXPECT_EQ(state(*work), "ready ");
+  work->start();
+  EXPECT_EQ(during, "ready executing ");
+  EXPECT_EQ(inCompletion, "ready finished ");
+  EXPECT_EQ(deaths, 2) << "both blocks are released";
+  work->start();
+  work->cancel();
+  EXPECT_EQ(state(*work), "ready cancelled finished ");
+}
+
+TEST(NSOperation, RefusesToBeRunTwice) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setSuspended(true);
+  const auto first = named("first"), second = named("second"), done = named("done");
+  second->addDependency(first);
+  EXPECT_EQ(raised([&] { second->start(); }), "NSInvalidArgumentException: second is not ready");
+  queue->addOperation(first);
+  EXPECT_EQ(raised([&] { queue->addOperation(first); }),
+            "NSInvalidArgumentException: first is on a queue");
+  EXPECT_EQ(raised([&] { first->start(); }), "NSInvalidArgumentException: first is on a queue");
+  done->start();
+  EXPECT_EQ(raised([&] { queue->addOperations({second, done}, false); }),
+            "NSInvalidArgumentException: done has finished");
+  EXPECT_EQ(queue->operationCount(), 1u) << "none of them is added";
+  queue->addOperation(second);
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+TEST(NSOperation, WaitsForWhatItDependsOn) {
+  const auto queue = makeRef<NSOperationQueue>(), otherQueue = makeRef<NSOperationQueue>();
+  std::string order;
+  const auto first = operation([&] { order += '1'; }), second = operation([&] { order += '2'; }),
+             third = operation([&] { order += '3'; });
+  third->addDependency(second);
+  third->addDependency(first);
+  third->addDependency(second);
+  third->addDependency(nullptr);
+  second->addDependency(first);
+  EXPECT_EQ(third->dependencies(), (Operations{second, first}));
+  const auto unneeded = operation();
+  third->addDependency(unneeded);
+  queue->addOperations({third, nullptr, second}, false);
+  EXPECT_FALSE(third->isReady() || second->isReady());
+  {
+    const auto dropped = operation();  // that waits for what finishes later
+    for (int i = 0; i < 9; ++i) dropped->addDependency(first);
+    dropped->removeDependency(operation());
+    dropped->removeDependency(first);
+    EXPECT_TRUE(dropped->isReady() && dropped->dependencies().empty());
+    dropped->addDependency(first);
+  }
+  otherQueue->addOperation(first);
+  second->waitUntilFinished();
+  EXPECT_FALSE(third->isReady());
+  third->removeDependency(unneeded);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(order, "123");
+  EXPECT_EQ(third->dependencies(), (Operations{second, first})) << "also when they have finished";
+  const auto late = operation();
+  late->addDependency(third);
+  EXPECT_TRUE(late->isReady());
+}
+
+TEST(NSOperation, FinishesUnrunWhenCancelled) {
+  const auto queue = makeRef<NSOperationQueue>();
+  const auto neverStarted = operation();
+  std::atomic<int> runs = 0, completions = 0;
+  const auto cancelled = operation([&] { ++runs; }), after = operation([&] { runs += 10; });
+  cancelled->addDependency(neverStarted);
+  cancelled->setCompletionBlock([&] { ++completions; });
+  after->addDependency(cancelled);
+  queue->addOperations({after, cancelled}, false);
+  EXPECT_FALSE(cancelled->isReady());
+  cancelled->cancel();
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(runs, 10);
+  EXPECT_EQ(completions, 1);
+  EXPECT_EQ(state(*cancelled), "ready cancelled finished ");
+
+  const auto cancelledBefore = operation([&] { ++runs; });
+  cancelledBefore->addDependency(neverStarted);
+  cancelledBefore->cancel();
+  queue->addOperations({cancelledBefore}, true);
+  EXPECT_EQ(runs, 10);
+}
+
+TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
+  test::LogRecorder log;
+  const auto queue = makeRef<NSOperationQueue>();
+  const auto raising = operation([] { raiseInvalidArgument("no such thing"); });
+  raising->setName("raising");
+  const auto several = makeRef<NSBlockOperation>();
+  several->addExecutionBlock([] {});
+  several->addExecutionBlock([] { raiseInvalidArgument("either"); });
+  several->addDependency(raising);
+  queue->addOperations({raising, several}, true);
+  ASSERT_EQ(log.lines.size(), 2u);
+  EXPECT_EQ(
+      log.lines[0],
+      "3|NSOperation|Platform/RunLoop/NSOperation|-[NSOperation main]|exception thrown in raising: "
+      "NSInvalidArgumentException: no such thing");
+
+  const auto throwing = operation([] { throw 1; });
+  EXPECT_THROW(throwing->start(), int);
+  EXPECT_TRUE(throwing->isFinished());
+}
+
+TEST(NSOperation, ReportsCirclesInsteadOfHanging) {
+  const auto queue = makeRef<NSOperationQueue>();
+  const auto a = named("a"), b = named("b"), c = named("c"), d = named("d");
+  EXPECT_EQ(raised([&] { a->addDependency(a); }),
+            "NSInvalidArgumentException: operations wait for each other: a -> a");
+  a->addDependency(b);
+  b->addDependency(c);
+  b->addDependency(d);
+  c->addDependency(a);
+  d->addDependency(operation());
+  const auto outside = named("outside");
+  outside->addDependency(d);
+  outside->addDependency(a);
+  for (const auto& [enqueued, circle] :
+       {std::pair(a, "a -> b -> c -> a"), std::pair(c, "c -> a -> b -> c"),
+        std::pair(outside, "a -> b -> c -> a")}) {
+    EXPECT_EQ(raised([&] { queue->addOperations({operation(), enqueued}, true); }),
+              std::string("NSInvalidArgumentException: operations wait for each other: ") + circle);
+  }
+  EXPECT_EQ(queue->operationCount(), 0u);
+  c->removeDependency(a);
+  queue->addOperations({outside, a, b}, false);
+  EXPECT_EQ(
+      raised([&] { c->addDependency(outside); }),
+      "NSInvalidArgumentException: operations wait for each other: c -> outside -> a -> b -> c")
+      << "which runs as soon as c and d are enqueued";
+  c->addDependency(d);
+  queue->addOperations({c, d, d->dependencies()[0]}, false);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+/// Every operation waits for later ones; all are reached from the first one that is enqueued.
+TEST(NSOperation, LooksThroughLargeGraphsOnce) {
+  const auto queue = makeRef<NSOperationQueue>();
+  std::mt19937 random(1);
+  Operations operations;
+  std::atomic<int> next = 20'000;
+  for (int i = 0; i < 20'000; ++i) {
+    operations.push_back(operation([&next, &operations, i] {
+      for (const auto& earlier : operations[i]->dependencies()) EXPECT_TRUE(earlier->isFinished());
+      --next;
+    }));
+  }
+  for (std::size_t i = 0; i + 1 < operations.size(); ++i) {
+    for (int edge = 0; edge < 5; ++edge) {
+      const std::size_t later = i + 1 + random() % (operations.size() - i - 1);
+      operations[i]->addDependency(operations[edge == 0 ? i + 1 : later]);
+    }
+  }
+  queue->addOperations(operations, false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(next, 0);
+}
+
+TEST(NSOperation, ChainsOfAnyLengthDieOnASmallStack) {
+  test::runOnSmallStack([] {
+    std::atomic<int> deaths = 0;
+    Ref<NSOperation> last;
+    for (int i = 0; i < 100'000; ++i) {
+      auto link = operation([probe = makeRef<test::Probe>(deaths)] {});
+      link->addDependency(last);
+      last = std::move(link);
+    }
+    last = nullptr;
+    EXPECT_EQ(deaths, 100'000);
+  });
+}
+
+TEST(NSOperation, RefusesToWaitForEver) {
+  const auto queue = makeRef<NSOperationQueue>(), serial = makeRef<NSOperationQueue>();
+  serial->setMaxConcurrentOperationCount(1);
+  const auto later = named("later"), onMain = named("on main");
+  std::vector<std::string> reports;
+  Ref<NSOperation> asking;
+  asking = operation([&] {
+    serial->addOperation(later);
+    for (const auto& wait : std::vector<std::function<void()>>{
+             [&] { asking->waitUntilFinished(); }, [&] { later->waitUntilFinished(); },
+             [&] { serial->waitUntilAllOperationsAreFinished(); }}) {
+      reports.push_back(raised(wait));
+    }
+    queue->addOperations({operation()}, true);
+    queue->waitUntilAllOperationsAreFinished();
+  });
+  asking->setName("asking");
+  serial->setName("serial");
+  serial->addOperations({asking}, true);
+  const std::string wait = "NSGenericException: waiting here for ", end = " would never end";
+  EXPECT_EQ(reports,
+            (std::vector{wait + "asking" + end, wait + "later" + end, wait + "serial" + end}));
+  serial->waitUntilAllOperationsAreFinished();
+
+  onMain->addDependency(operation());
+  NSOperationQueue::mainQueue()->addOperation(onMain);
+  EXPECT_EQ(raised([&] { onMain->waitUntilFinished(); }), wait + "on main" + end);
+  EXPECT_EQ(raised([&] { NSOperationQueue::mainQueue()->waitUntilAllOperationsAreFinished(); }),
+            wait + "NSOperationQueue Main Queue" + end);
+  onMain->cancel();
+  while (!onMain->isFinished()) detail::runMainQueue();
+}
+
+TEST(NSBlockOperation, RunsItsBlocksAtOnce) {
+  std::latch everybody(3);
+  const auto several = makeRef<NSBlockOperation>();
+  several->addExecutionBlock(nullptr);
+  for (int i = 0; i < 3; ++i) several->addExecutionBlock([&] { everybody.arrive_and_wait(); });
+  const auto none = makeRef<NSBlockOperation>();
+  makeRef<NSOperationQueue>()->addOperations({several, none}, true);
+  EXPECT_TRUE(everybody.try_wait());
+}
+
+TEST(NSInvocationOperation, KeepsWhatTheCallAnswered) {
+  struct Adder : NSObject {
+    Value next() { return ++sum; }
+    int sum = 41;
+  };
+  const auto adder = makeRef<Adder>();
+  const auto method = makeRef<NSInvocationOperation>(adder, &Adder::next);
+  const auto nothing = makeRef<NSInvocationOperation>([&] { adder->sum = 0; });
+  const auto raising = makeRef<NSInvocationOperation>([]() -> Value { raiseRange(3, 2); });
+  const auto cancelled = makeRef<NSInvocationOperation>([] { return Value(1); });
+  EXPECT_EQ(method->result(), Value());
+  cancelled->cancel();
+  test::LogRecorder log;
+  for (const auto& each : {method, nothing, raising, cancelled}) each->start();
+  EXPECT_EQ(method->result(), 42);
+  EXPECT_EQ(nothing->result(), Value());
+  EXPECT_EQ(adder->sum, 0);
+  EXPECT_EQ(test::raisedName([&] { raising->result(); }), NSRangeException);
+  EXPECT_EQ(test::raisedName([&] { cancelled->result(); }),
+            NSInvocationOperationCancelledException);
+}
+
+/// Ends on another thread than the one that began it.
+class Download final : public NSOperation {
+ public:
+  bool isAsynchronous() const noexcept override { return true; }
+  void main() override { hasBegun.count_down(); }
+  void cancel() override {
+    NSOperation::cancel();
+    finish();
+  }
+  void arrive() { finish(); }
+  std::latch hasBegun{1};
+};
+
+TEST(NSOperation, GoesOnAfterMainWhenAsynchronous) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setMaxConcurrentOperationCount(1);
+  const auto download = makeRef<Download>(), cancelled = makeRef<Download>();
+  std::atomic<bool> hasRun = false;
+  queue->addOperations({download, cancelled, operation([&] { hasRun = true; })}, false);
+  cancelled->cancel();  // finishes when its turn comes, and not before
+  EXPECT_FALSE(cancelled->isFinished());
+  download->hasBegun.wait();
+  EXPECT_EQ(state(*download), "ready executing ");
+  EXPECT_FALSE(hasRun) << "the place is taken";
+  download->arrive();
+  download->arrive();
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_TRUE(hasRun && cancelled->isFinished() && !cancelled->hasBegun.try_wait());
+}
+
+}  // namespace
+}  // namespace zeb
