@@ -1,3 +1,4 @@
+#include <Dispatch/DispatchQueue.h>
 #include <Foundation/NSException.h>
 #include <Linux/Clock.h>
 #include <Linux/Thread.h>
@@ -7,6 +8,7 @@
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
 #include <string_view>
+#include <utility>
 
 namespace zeb {
 
@@ -47,6 +49,19 @@ class MainThreadTimer {
 void storeException(NSError* error, std::int64_t code, const NSException& exception) {
   if (!error || !error->isNil()) return;
   *error = NSError(NSCocoaErrorDomain, code, {{exceptionKey, static_cast<Value>(exception)}});
+}
+
+template <class Completion, class Work>
+void completeOnMainQueue(Completion completion, Work work) {
+  if (!completion) raiseInvalidArgument("a completion is needed");
+  dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT),
+                 [completion = std::move(completion), work = std::move(work)]() mutable {
+                   NSError error;
+                   auto result = work(&error);
+                   dispatch_async(dispatch_get_main_queue(),
+                                  [completion = std::move(completion), result = std::move(result),
+                                   error = std::move(error)] { completion(result, error); });
+                 });
 }
 
 }  // namespace
@@ -92,6 +107,20 @@ Value ZEBJSONSerialization::JSONObjectWithData(const NSData& data, bool permitMa
     storeException(error, NSPropertyListReadCorruptError, exception);
     return {};
   }
+}
+
+void ZEBJSONSerialization::encodeJSONObject(const Value& object, std::uint64_t options,
+                                            EncodingCompletion completion) {
+  completeOnMainQueue(std::move(completion), [object, options](NSError* error) {
+    return dataWithJSONObject(object, options, error);
+  });
+}
+
+void ZEBJSONSerialization::decodeJSONData(const NSData& data, std::uint64_t options,
+                                          DecodingCompletion completion) {
+  completeOnMainQueue(std::move(completion), [data, options](NSError* error) {
+    return JSONObjectWithData(data, options, error);
+  });
 }
 
 }  // namespace zeb

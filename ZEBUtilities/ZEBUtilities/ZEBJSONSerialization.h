@@ -4,6 +4,7 @@
 #include <Foundation/NSError.h>
 #include <Foundation/Value.h>
 #include <Json/NSJSONSerialization.h>
+#include <Memory/Block.h>
 
 #include <cstdint>
 
@@ -29,6 +30,17 @@ class ZEBJSONSerialization {
   /// what takes longer than 10 ms is logged.
   static Value JSONObjectWithData(const NSData& data, bool permitMainThread, std::uint64_t options,
                                   NSError* error = nullptr);
+
+  using EncodingCompletion = Block<void(const NSData& data, const NSError& error)>;
+  using DecodingCompletion = Block<void(const Value& object, const NSError& error)>;
+
+  /// The same on a thread of the pool; the completion is called once, on the main queue, with the result or
+  /// the error, each nil when there is none. Object, data and completion are kept until then; mutable ones
+  /// must not be changed meanwhile. A nil completion throws NSException (NSInvalidArgumentException).
+  static void encodeJSONObject(const Value& object, std::uint64_t options,
+                               EncodingCompletion completion);
+  static void decodeJSONData(const NSData& data, std::uint64_t options,
+                             DecodingCompletion completion);
 };
 
 }  // namespace zeb

@@ -24,11 +24,16 @@
 #include <ZEBUtilities/NSDictionary+ZEBAdditions.h>
 #include <ZEBUtilities/NSError+ZEBAdditions.h>
 #include <ZEBUtilities/NSMutableDictionary+ZEBAdditions.h>
+#include <ZEBUtilities/OperationDependencyGraph.h>
+#include <ZEBUtilities/ZEBBackgroundQueue.h>
+#include <ZEBUtilities/ZEBBackgroundTaskHandle.h>
 #include <ZEBUtilities/ZEBCircularFIFOBuffer.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <ZEBUtilities/ZEBGeometryDictionaries.h>
 #include <ZEBUtilities/ZEBJSONSerialization.h>
 #include <ZEBUtilities/ZEBLaunchTime.h>
 #include <ZEBUtilities/ZEBProcessEnvironment.h>
+#include <ZEBUtilities/ZEBRecordingStopwatch.h>
+#include <ZEBUtilities/ZEBSafeOperation.h>
 #include <ZEBUtilities/ZEBStopwatch.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>

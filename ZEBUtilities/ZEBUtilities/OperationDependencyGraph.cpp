@@ -1,0 +1,107 @@
+#include <ZEBUtilities/OperationDependencyGraph.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace zeb {
+
+namespace {
+
+using Operations = OperationDependencyGraph::Operations;
+using Graphs = OperationDependencyGraph::Graphs;
+
+bool areEqual(const Operations& left, const Operations& right) {
+  return std::ranges::equal(left, right, [](const auto& one, const auto& other) {
+    return one == other || (one && other && one->isEqual(*other));
+  });
+}
+
+/// The dependents of one step, those with equal operations folded into the first of them.
+std::vector<std::pair<const Operations*, Graphs>> merged(const Graphs& graphs) {
+  std::vector<std::pair<const Operations*, Graphs>> entries;
+  for (const OperationDependencyGraph& graph : graphs) {
+    const auto same = std::ranges::find_if(
+        entries, [&](const auto& entry) { return areEqual(*entry.first, graph.operations()); });
+    const Graphs& dependents = graph.dependentOperations();
+    if (same == entries.end()) {
+      entries.emplace_back(&graph.operations(), dependents);
+    } else {
+      same->second.insert(same->second.end(), dependents.begin(), dependents.end());
+    }
+  }
+  return entries;
+}
+
+void addDependencies(const Operations& operations, const Operations& dependents) {
+  for (const Ref<NSOperation>& operation : operations) {
+    for (const Ref<NSOperation>& dependent : dependents) {
+      if (dependent) dependent->addDependency(operation);
+    }
+  }
+}
+
+}  // namespace
+
+/// Shared by all copies of a graph and never changed, so that a chain of any length is quickly made.
+class OperationDependencyGraph::Node final : public NSObject {
+ public:
+  Node(Operations itsOperations, Graphs itsDependents)
+      : operations(std::move(itsOperations)), dependents(std::move(itsDependents)) {}
+
+  /// Graphs that die with this one do so one after the other: chains may be long.
+  ~Node() override {
+    Graphs dying = std::move(dependents);
+    while (!dying.empty()) {
+      const OperationDependencyGraph graph = std::move(dying.back());
+      dying.pop_back();
+      if (!graph.node_->isUniquelyReferenced()) continue;
+      std::ranges::move(graph.node_->dependents, std::back_inserter(dying));
+    }
+  }
+
+  const Operations operations;
+  mutable Graphs dependents;  ///< taken out by the destructor
+};
+
+OperationDependencyGraph::OperationDependencyGraph(Operations operations,
+                                                   Graphs dependentOperations)
+    : node_(makeRef<const Node>(std::move(operations), std::move(dependentOperations))) {}
+
+OperationDependencyGraph::OperationDependencyGraph(Ref<NSOperation> operation)
+    : OperationDependencyGraph(Operations{std::move(operation)}, {}) {}
+
+const Operations& OperationDependencyGraph::operations() const noexcept {
+  return node_->operations;
+}
+
+const Graphs& OperationDependencyGraph::dependentOperations() const noexcept {
+  return node_->dependents;
+}
+
+OperationDependencyGraph OperationDependencyGraph::dependingOn(Operations operations) const {
+  return OperationDependencyGraph(std::move(operations), {*this});
+}
+
+void OperationDependencyGraph::establishDependencies() const {
+  struct Step {
+    const Operations* operations;
+    const Operations* dependents;
+    Graphs theirDependents;
+  };
+  std::vector<Step> steps;
+  const auto pushSteps = [&steps](const Operations& operations, const Graphs& dependents) {
+    auto entries = merged(dependents);
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+      steps.push_back({&operations, entry->first, std::move(entry->second)});
+    }
+  };
+  pushSteps(operations(), dependentOperations());
+  while (!steps.empty()) {
+    const Step step = std::move(steps.back());
+    steps.pop_back();
+    addDependencies(*step.operations, *step.dependents);
+    pushSteps(*step.dependents, step.theirDependents);
+  }
+}
+
+}  // namespace zeb

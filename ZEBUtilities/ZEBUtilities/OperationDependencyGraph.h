@@ -1,0 +1,59 @@
+#pragma once
+
+#include <Memory/Ref.h>
+#include <RunLoop/NSOperation.h>
+
+#include <concepts>
+#include <utility>
+#include <vector>
+
+namespace zeb {
+
+/// Declares that operations run after others, and then makes them depend on each other in one call:
+///
+///     dependingOn(upload, compress, login).dependingOn(read).establishDependencies();
+///
+/// lets `upload` wait for `compress` and `login`, and these for `read`. A value that is cheap to copy; the
+/// operations are kept alive. Nil operations are allowed and skipped. One thread at a time.
+class OperationDependencyGraph {
+ public:
+  using Operations = std::vector<Ref<NSOperation>>;
+  using Graphs = std::vector<OperationDependencyGraph>;
+
+  /// The operations of the dependent graphs wait for these.
+  OperationDependencyGraph(Operations operations, Graphs dependentOperations);
+  explicit OperationDependencyGraph(Ref<NSOperation> operation);
+
+  const Operations& operations() const noexcept;
+  const Graphs& dependentOperations() const noexcept;
+
+  /// A graph in which everything of this one runs after the given operations.
+  OperationDependencyGraph dependingOn(Operations operations) const;
+  template <class... Operation>
+    requires(std::convertible_to<Operation, Ref<NSOperation>> && ...)
+  OperationDependencyGraph dependingOn(Operation&&... operations) const {
+    return dependingOn(Operations{std::forward<Operation>(operations)...});
+  }
+
+  /// Adds the dependencies (`NSOperation::addDependency`); starts and enqueues nothing. Dependents with equal
+  /// operations count as one. Where that closes a circle of operations on queues, NSException is thrown, and
+  /// those added before remain.
+  void establishDependencies() const;
+
+ private:
+  class Node;
+  Ref<const Node> node_;
+};
+
+/// The operation as a graph, after the given ones.
+inline OperationDependencyGraph dependingOn(const Ref<NSOperation>& operation,
+                                            OperationDependencyGraph::Operations operations) {
+  return OperationDependencyGraph(operation).dependingOn(std::move(operations));
+}
+template <class... Operation>
+  requires(std::convertible_to<Operation, Ref<NSOperation>> && ...)
+OperationDependencyGraph dependingOn(const Ref<NSOperation>& operation, Operation&&... operations) {
+  return OperationDependencyGraph(operation).dependingOn(std::forward<Operation>(operations)...);
+}
+
+}  // namespace zeb

@@ -1,0 +1,15 @@
+#include <ZEBUtilities/ZEBBackgroundQueue.h>
+#include <ZEBUtilities/ZEBUtilitiesConstants.h>
+
+#include <string>
+
+namespace zeb {
+
+const dispatch_queue_t& ZEBBackgroundQueue::sharedBackgroundQueue() {
+  // Never destroyed: work may be queued while the process ends.
+  static const auto* queue = new dispatch_queue_t(
+      dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".queue.background"));
+  return *queue;
+}
+
+}  // namespace zeb

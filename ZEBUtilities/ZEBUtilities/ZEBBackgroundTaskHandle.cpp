@@ -1,0 +1,16 @@
+#include <ZEBUtilities/ZEBBackgroundTaskHandle.h>
+
+namespace zeb {
+
+ZEBBackgroundTaskHandle::ZEBBackgroundTaskHandle(
+    const NSString& identifier, const NSString& name,
+    const Ref<ZEBBackgroundTaskHandleDelegate>& delegate)
+    : identifier_(identifier.copy()), name_(name.copy()), delegate_(delegate) {}
+
+ZEBBackgroundTaskHandle::~ZEBBackgroundTaskHandle() {
+  if (const Ref<ZEBBackgroundTaskHandleDelegate> delegate = delegate_.lock()) {
+    delegate->backgroundTaskHandleWillBeDeallocated(identifier_);
+  }
+}
+
+}  // namespace zeb

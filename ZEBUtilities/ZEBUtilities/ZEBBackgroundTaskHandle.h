@@ -1,0 +1,39 @@
+#pragma once
+
+#include <Foundation/NSString.h>
+#include <Memory/NSObject.h>
+#include <Memory/WeakRef.h>
+
+namespace zeb {
+
+/// Is told when a background task's handle goes, so that the task can be ended.
+class ZEBBackgroundTaskHandleDelegate : public virtual NSObject {
+ public:
+  /// On the thread that released the handle's last reference. Must not throw.
+  virtual void backgroundTaskHandleWillBeDeallocated(const NSString& identifier) = 0;
+};
+
+/// A token for a background task, which lasts as long as somebody holds the token. The delegate may be
+/// changed by one thread at a time.
+class ZEBBackgroundTaskHandle : public NSObject {
+ public:
+  ZEBBackgroundTaskHandle() = delete;
+  ZEBBackgroundTaskHandle(const NSString& identifier, const NSString& name,
+                          const Ref<ZEBBackgroundTaskHandleDelegate>& delegate);
+  /// Tells the delegate, if it still exists.
+  ~ZEBBackgroundTaskHandle() override;
+
+  const NSString& identifier() const noexcept { return identifier_; }
+  const NSString& name() const noexcept { return name_; }
+
+  /// Held weakly.
+  Ref<ZEBBackgroundTaskHandleDelegate> delegate() const noexcept { return delegate_.lock(); }
+  void setDelegate(const Ref<ZEBBackgroundTaskHandleDelegate>& delegate) { delegate_ = delegate; }
+
+ private:
+  const NSString identifier_;
+  const NSString name_;
+  WeakRef<ZEBBackgroundTaskHandleDelegate> delegate_;
+};
+
+}  // namespace zeb

@@ -1,0 +1,104 @@
+#include <Dispatch/DispatchQueue.h>
+#include <Memory/WeakRef.h>
+#include <ZEBUtilities/ZEBRecordingStopwatch.h>
+#include <ZEBUtilities/ZEBStopwatch.h>
+#include <ZEBUtilities/ZEBUtilitiesConstants.h>
+
+namespace zeb {
+
+namespace {
+
+/// Never destroyed: blocks may be timed while the process ends.
+struct Recording {
+  const dispatch_queue_t queue =
+      dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".ZEBRecordingStopwatch",
+                            DispatchQueueKind::serial, QOS_CLASS_BACKGROUND);
+  std::vector<WeakRef<ZEBRecordingStopwatch>> registry;  ///< on the queue only
+};
+
+Recording& recording() {
+  static auto* recording = new Recording;
+  return *recording;
+}
+
+}  // namespace
+
+ZEBRecordingStopwatch::ZEBRecordingStopwatch(const NSString& name, double shortestRecordable,
+                                             double tooSlow, std::size_t tooSlowMinimumCount)
+    : name_(name.copy()),
+      shortestRecordable_(shortestRecordable),
+      tooSlow_(tooSlow),
+      tooSlowMinimumCount_(tooSlowMinimumCount) {
+  auto& registry = recording().registry;
+  dispatch_sync(recording().queue, [&] {
+    // The dead ones go when there would be no room without growing.
+    if (registry.size() == registry.capacity()) {
+      std::erase_if(registry, [](const auto& stopwatch) { return !stopwatch.lock(); });
+    }
+    registry.emplace_back(this);
+  });
+}
+
+void ZEBRecordingStopwatch::runBlock(FunctionView<void()> block) {
+  if (!block) return;
+  ZEBStopwatch watch;
+  block();
+  const double duration = watch.timeInterval();
+  if (duration < shortestRecordable_) return;
+  dispatch_async(recording().queue, [self = Ref(this), duration] {
+    self->sums_.total += duration;
+    ++self->sums_.count;
+  });
+}
+
+void ZEBRecordingStopwatch::runBlock(FunctionView<void()> block,
+                                     const Ref<ZEBRecordingStopwatch>& stopwatch) {
+  if (stopwatch) {
+    stopwatch->runBlock(block);
+  } else if (block) {
+    block();
+  }
+}
+
+ZEBRecordingStopwatch::Sums ZEBRecordingStopwatch::sums() const {
+  Sums sums;
+  dispatch_sync(recording().queue, [&] { sums = sums_; });
+  return sums;
+}
+
+double ZEBRecordingStopwatch::total() const { return sums().total; }
+
+std::size_t ZEBRecordingStopwatch::count() const { return sums().count; }
+
+double ZEBRecordingStopwatch::average() const { return sums().average(); }
+
+std::vector<Ref<ZEBRecordingStopwatch>> ZEBRecordingStopwatch::recordingStopwatches() {
+  std::vector<Ref<ZEBRecordingStopwatch>> alive;
+  dispatch_sync(recording().queue, [&] {
+    for (const auto& stopwatch : recording().registry) alive.push_back(stopwatch.lock());
+  });
+  std::erase(alive, nullptr);
+  return alive;
+}
+
+std::vector<Ref<ZEBRecordingStopwatch>> ZEBRecordingStopwatch::tooSlowRecordingStopwatches() {
+  auto stopwatches = recordingStopwatches();
+  std::erase_if(stopwatches, [](const Ref<ZEBRecordingStopwatch>& stopwatch) {
+    const Sums sums = stopwatch->sums();
+    return !(stopwatch->tooSlow_ > 0 && sums.count >= stopwatch->tooSlowMinimumCount_ &&
+             sums.average() >= stopwatch->tooSlow_);
+  });
+  return stopwatches;
+}
+
+std::string ZEBRecordingStopwatch::description() const {
+  const Sums current = sums();
+  const NSString suffix =
+      tooSlow_ > 0 ? NSString::stringWithFormat(", too slow = %0.6f s", tooSlow_) : NSString("");
+  return NSString::stringWithFormat("%@(name = \"%@\", count = %zd, average = %0.6f s%@)",
+                                    NSObject::description(), name_, current.count,
+                                    current.average(), suffix)
+      .utf8();
+}
+
+}  // namespace zeb
