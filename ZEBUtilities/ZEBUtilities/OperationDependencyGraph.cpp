@@ -42,26 +42,20 @@ void addDependencies(const Operations& operations, const Operations& dependents)
 
 }  // namespace
 
-/// Shared by all copies of a graph and never changed, so that a chain of any length is quickly made.
-class OperationDependencyGraph::Node final : public NSObject {
- public:
-  Node(Operations itsOperations, Graphs itsDependents)
-      : operations(std::move(itsOperations)), dependents(std::move(itsDependents)) {}
+OperationDependencyGraph::Node::Node(Operations itsOperations, Graphs itsDependents)
+    : operations(std::move(itsOperations)), dependents(std::move(itsDependents)) {}
 
-  /// Graphs that die with this one do so one after the other: chains may be long.
-  ~Node() override {
-    Graphs dying = std::move(dependents);
-    while (!dying.empty()) {
-      const OperationDependencyGraph graph = std::move(dying.back());
-      dying.pop_back();
-      if (!graph.node_->isUniquelyReferenced()) continue;
-      std::ranges::move(graph.node_->dependents, std::back_inserter(dying));
-    }
+/// Graphs that die with this one do so one after the other: chains may be long.
+OperationDependencyGraph::Node::~Node() {
+  Graphs dying = std::move(dependents);
+  while (!dying.empty()) {
+    const OperationDependencyGraph graph = std::move(dying.back());
+    dying.pop_back();
+    if (!graph.node_->isUniquelyReferenced()) continue;
+    std::ranges::move(graph.node_->dependents, std::back_inserter(dying));
+    graph.node_->dependents.clear();
   }
-
-  const Operations operations;
-  mutable Graphs dependents;  ///< taken out by the destructor
-};
+}
 
 OperationDependencyGraph::OperationDependencyGraph(Operations operations,
                                                    Graphs dependentOperations)

@@ -41,7 +41,14 @@ class OperationDependencyGraph {
   void establishDependencies() const;
 
  private:
-  class Node;
+  /// Shared by all copies of a graph and never changed, so that a chain of any length is quickly made.
+  struct Node final : NSObject {
+    Node(Operations itsOperations, Graphs itsDependents);
+    ~Node() override;
+
+    const Operations operations;
+    mutable Graphs dependents;  ///< taken out by the destructor
+  };
   Ref<const Node> node_;
 };
 

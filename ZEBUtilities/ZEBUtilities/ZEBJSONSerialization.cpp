@@ -58,8 +58,10 @@ void completeOnMainQueue(Completion completion, Work work) {
                  [completion = std::move(completion), work = std::move(work)]() mutable {
                    NSError error;
                    auto result = work(&error);
+                   // The work goes along, because it keeps the input, which lives as long as the completion.
                    dispatch_async(dispatch_get_main_queue(),
-                                  [completion = std::move(completion), result = std::move(result),
+                                  [completion = std::move(completion), work = std::move(work),
+                                   result = std::move(result),
                                    error = std::move(error)] { completion(result, error); });
                  });
 }

@@ -1,5 +1,7 @@
+#include <Dispatch/MainQueue.h>
 #include <Foundation/NSException.h>
 #include <Foundation/NSSet.h>
+#include <Linux/Thread.h>
 #include <ZEBUtilities/NSData+ZEBAdditions.h>
 #include <ZEBUtilities/NSData+ZEBJSONAdditions.h>
 #include <ZEBUtilities/ZEBJSONSerialization.h>
@@ -11,6 +13,7 @@
 #include <thread>
 
 #include "../../Platform/Logging/LogRecorder.h"
+#include "../../Platform/Support.h"
 #include "FakeSystem.h"
 
 namespace zeb {
@@ -103,6 +106,33 @@ TEST_F(JSONTest, ParsingIsLoggedOnTheMainThreadAndWantsARootOfItsKind) {
             "{\n  \"k\" : [\n    1,\n    \"é\"\n  ]\n}");
   EXPECT_FALSE(zeb_prettyPrintedJSONString(bytes("{")) || zeb_prettyPrintedJSONString(bytes("5")));
   EXPECT_EQ(log.take(), Lines()) << "for diagnostics, without guards";
+}
+
+TEST_F(JSONTest, WorksAsynchronouslyAndCompletesOnTheMainThread) {
+  std::vector<std::string> answers;
+  const auto answer = [&](const Value& result, const NSError& error) {
+    EXPECT_TRUE(isMainThread());
+    answers.push_back(NSString::stringWithFormat("%@ %lld", result, error.code()).utf8());
+  };
+  const auto complete = [&](const NSData& data, const NSError& error) {
+    answer(data.isNil() ? Value() : Value(data.view()), error);
+  };
+  Json::decodeJSONData(bytes("[1]"), 0, answer);
+  Json::decodeJSONData(bytes("[1"), 0, answer);
+  Json::decodeJSONData(NSData(), 0, answer);
+  Json::encodeJSONObject(NSArray{1, 2}, 0, complete);
+  OLGSetLevel(OLGLevelCritical);
+  Json::encodeJSONObject(NSSet{1}, 0, complete);
+  EXPECT_TRUE(answers.empty()) << "never from within the call";
+  while (answers.size() < 5) detail::runMainQueue();
+  std::ranges::sort(answers);
+  EXPECT_EQ(answers, (Lines{"(\n    1\n) 0", "(null) 0", "(null) 3840", "(null) 3852", "[1,2] 0"}));
+  EXPECT_EQ(log.take(), Lines{}) << "the pool's threads may parse";
+  for (const auto& call :
+       std::vector<std::function<void()>>{[] { Json::decodeJSONData(bytes("[]"), 0, nullptr); },
+                                          [] { Json::encodeJSONObject(NSArray{1}, 0, nullptr); }}) {
+    EXPECT_EQ(test::raisedName(call), NSInvalidArgumentException);
+  }
 }
 
 }  // namespace
