@@ -72,9 +72,9 @@ const Case serialAsync("dispatch.serial.async", [](Report& report) {
     ours();
     theirs();
     require(ourSum == theirSum, "the sums differ");
-    report.add(nanosecondsEach(
-        producers == 1 ? "serial queue, 1 producer" : "serial queue, 2 producers",
-        "Boost.Asio strand", measureInTurns(ours, theirs), posts));
+    report.add(
+        nanosecondsEach(producers == 1 ? "serial queue, 1 producer" : "serial queue, 2 producers",
+                        "Boost.Asio strand", measureInTurns(ours, theirs), posts));
   }
 });
 
@@ -191,8 +191,8 @@ const Case sync("dispatch.sync", [](Report& report) {
           handOff.doSync([&] { theirSum += number; });
         }
       });
-  report.add(nanosecondsEach("dispatch_sync", "std::mutex with std::condition_variable", seconds,
-                             calls));
+  report.add(
+      nanosecondsEach("dispatch_sync", "std::mutex with std::condition_variable", seconds, calls));
 });
 
 }  // namespace
