@@ -1,13 +1,9 @@
 #include <Memory/NSObject.h>
 #include <Memory/ObjectExtras.h>
-
-#include <cxxabi.h>
+#include <Memory/TypeName.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
-#include <typeinfo>
 
 namespace zeb {
 
@@ -105,11 +101,7 @@ bool NSObject::retainUnlessDying() const noexcept {
 std::size_t NSObject::hash() const noexcept { return reinterpret_cast<std::uintptr_t>(this) >> 4; }
 
 std::string NSObject::className() const {
-  const char* mangled = typeid(*this).name();
-  int status = 0;
-  const std::unique_ptr<char, decltype(&std::free)> demangled(
-      abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &std::free);
-  const std::string name = status == 0 ? demangled.get() : mangled;
+  const std::string name = typeName(typeid(*this));
   const std::size_t arguments = std::min(name.find('<'), name.size());
   const std::size_t lastColon = name.rfind(':', arguments);
   return lastColon == std::string::npos ? name : name.substr(lastColon + 1);

@@ -9,6 +9,8 @@
 
 namespace zeb {
 
+class Class;
+
 namespace detail {
 class ObjectExtras;
 }
@@ -36,6 +38,10 @@ class NSObject {
   /// Equality of content; identity unless a class says otherwise. Equal objects have equal hashes.
   virtual bool isEqual(const NSObject& other) const noexcept { return this == &other; }
   virtual std::size_t hash() const noexcept;
+
+  /// The object's class in the dynamic runtime. Nil for a C++ class that takes no part in it: its objects
+  /// count as plain `NSObject`s there.
+  virtual Class* classObject() const { return nullptr; }
 
   /// The name of the object's class, without namespace.
   virtual std::string className() const;

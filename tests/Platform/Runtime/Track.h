@@ -1,0 +1,61 @@
+#pragma once
+
+#include <Foundation/NSArray.h>
+#include <Runtime/Registration.h>
+
+#include <atomic>
+
+namespace zeb::test {
+
+/// A registered class with properties of several types.
+class Track : public NSObject {
+ public:
+  static Class* runtimeClass() {
+    static Class* const cls = registerClass(
+        "Track",
+        {
+            classMethod("trackWithTitle:", &Track::trackWithTitle),
+            property("title", &Track::title, &Track::setTitle),
+            property(
+                "plays", [](const Track& self) { return self.plays_.load(); },
+                [](Track& self, std::int64_t plays) { self.plays_ = plays; }),
+            property(
+                "next", [](const Track& self) { return self.next_; },
+                [](Track& self, const Ref<Track>& next) { self.next_ = next; }),
+            property(
+                "rank", [](const Track& self) { return self.rank_; }, &Track::setRank,
+                KeyValueNotification::manual),
+            property("capitals", [](const Track& self) { return self.title_.length() > 0; }),
+            method("titleWithPrefix:times:",
+                   [](const Track& self, const std::string& prefix, std::uint8_t times) {
+                     NSString text = self.title();
+                     for (int i = 0; i < times; ++i)
+                       text = NSString(prefix).stringByAppendingString(text);
+                     return text;
+                   }),
+            method("isBefore:",
+                   [](const Track& self, const Track& other) { return self.rank_ < other.rank_; }),
+        });
+    return cls;
+  }
+  Class* classObject() const override { return runtimeClass(); }
+
+  static Ref<Track> trackWithTitle(const NSString& title) {
+    auto track = makeRef<Track>();
+    track->title_ = title;
+    return track;
+  }
+  NSString title() const { return title_; }
+  void setTitle(const NSString& title) { title_ = title; }
+  void setRank(double rank) noexcept;
+
+ private:
+  NSString title_;
+  std::atomic<std::int64_t> plays_{0};
+  Ref<Track> next_;
+  double rank_ = 0;
+};
+
+inline void Track::setRank(double rank) noexcept { rank_ = rank; }
+
+}  // namespace zeb::test
