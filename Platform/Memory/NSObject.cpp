@@ -57,12 +57,21 @@ Ref<NSObject> ObjectExtras::associated(const void* key) {
   return nullptr;
 }
 
+NSObject& ObjectExtras::setObservationsOnce(Ref<NSObject> fresh) noexcept {
+  NSObject* existing = nullptr;
+  if (!observations_.compare_exchange_strong(existing, fresh.get(), std::memory_order_acq_rel)) {
+    return *existing;
+  }
+  return *fresh.leak();
+}
+
 void ObjectExtras::objectIsDying() noexcept {
   std::lock_guard guard(mutex_);
   object_ = nullptr;
 }
 
 void ObjectExtras::objectIsGone() noexcept {
+  (void)Ref<NSObject>::adopt(observations_.exchange(nullptr, std::memory_order_acq_rel));
   {
     std::vector<std::pair<const void*, Ref<NSObject>>> associations;
     std::lock_guard guard(mutex_);

@@ -28,6 +28,11 @@ class ObjectExtras {
   void setAssociated(const void* key, Ref<NSObject> associated);
   Ref<NSObject> associated(const void* key);
 
+  /// Who observes the object's properties: one more associated object, found without a lock.
+  NSObject* observations() const noexcept { return observations_.load(std::memory_order_acquire); }
+  /// Sets it if there is none yet; answers the one that is there now.
+  NSObject& setObservationsOnce(Ref<NSObject> fresh) noexcept;
+
   /// Called when no strong reference is left: from here on `lock()` answers nil.
   void objectIsDying() noexcept;
   /// Called by the root destructor: drops the associated objects and the object's own reference.
@@ -38,6 +43,7 @@ class ObjectExtras {
   ~ObjectExtras() = default;
 
   std::atomic<std::uint32_t> count_{1};
+  std::atomic<NSObject*> observations_{nullptr};
   std::mutex mutex_;
   const NSObject* object_;
   std::vector<std::pair<const void*, Ref<NSObject>>> associations_;

@@ -40,6 +40,8 @@ Registry& registry() {
   return all;
 }
 
+std::atomic<std::uint64_t> hiddenCount{0};
+
 void requireFitting(SEL selector, const MethodBody& body) {
   if (!selector) raiseInvalidArgument("a method needs a selector");
   if (!body.implementation()) {
@@ -59,6 +61,8 @@ std::mutex& classChanges() {
   static std::mutex& mutex = *new std::mutex;
   return mutex;
 }
+
+std::uint64_t methodsHidden() noexcept { return hiddenCount.load(std::memory_order_acquire); }
 
 Class* createClass(std::string_view name, Class* superclass) {
   std::lock_guard guard(classChanges());
@@ -100,12 +104,14 @@ Method Class::findMethod(SEL selector) const noexcept {
   return nullptr;
 }
 
+const detail::PropertyRecord* Class::findOwnProperty(const StringKey& key) const noexcept {
+  return properties_.find(
+      key.hash(), [&](const detail::PropertyRecord& one) { return key.matches(one.name.text()); });
+}
+
 const detail::PropertyRecord* Class::findProperty(const StringKey& key) const noexcept {
-  const auto isNamed = [&](const detail::PropertyRecord& one) {
-    return key.matches(one.name.text());
-  };
   for (const Class* cls = this; cls; cls = cls->superclass_) {
-    if (const auto* property = cls->properties_.find(key.hash(), isNamed)) return property;
+    if (const auto* property = cls->findOwnProperty(key)) return property;
   }
   return nullptr;
 }
@@ -115,12 +121,14 @@ Method Class::addOwnMethod(SEL selector, const MethodBody& body) {
   const Method inherited = superclass_ ? superclass_->findMethod(selector) : nullptr;
   std::string types = body.types();
   if (types.empty()) types = "@@:" + std::string(selector.argumentCount(), '@');
-  return &methods_.add(std::unique_ptr<detail::MethodRecord>(
+  Method added = &methods_.add(std::unique_ptr<detail::MethodRecord>(
       new detail::MethodRecord{selector.hash(),
                                selector,
                                std::move(types),
                                {kept(body.implementation())},
                                {inherited ? inherited->setterOf.load() : nullptr}}));
+  if (inherited) ++hiddenCount;
+  return added;
 }
 
 const detail::PropertyRecord& Class::addOwnProperty(
@@ -134,11 +142,11 @@ Class* objc_lookUpClass(std::string_view name) {
 }
 
 Class* object_getClass(const Value& value) noexcept {
-  const detail::FoundationClasses& classes = detail::foundationClasses();
   if (value.isObject()) {
-    Class* cls = value.objectPointer()->classObject();
-    return cls ? cls : classes.root;
+    if (Class* cls = value.objectPointer()->classObject()) return cls;
+    return detail::foundationClasses().root;
   }
+  const detail::FoundationClasses& classes = detail::foundationClasses();
   const auto kind = static_cast<std::size_t>(value.kind());
   return value.isMutable() ? classes.mutableKinds[kind] : classes.immutableKinds[kind];
 }

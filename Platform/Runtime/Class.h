@@ -8,6 +8,7 @@
 #include <Runtime/SEL.h>
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -38,6 +39,12 @@ struct MethodRecord {
   std::atomic<const PropertyRecord*> setterOf;  ///< whose observers a call has to tell, or null
 };
 
+}  // namespace detail
+
+namespace detail {
+/// Grows whenever a class gets a method that hides an inherited one: while it stays the same, a method that
+/// was found is still the one that would be found.
+std::uint64_t methodsHidden() noexcept;
 }  // namespace detail
 
 /// A method of a class; nullable, valid for good. What it calls can be replaced and exchanged.
@@ -74,6 +81,7 @@ class Class final : public NSObject {
   const detail::PropertyRecord* findProperty(const StringKey& key) const noexcept;
 
   Method findOwnMethod(SEL selector) const noexcept;
+  const detail::PropertyRecord* findOwnProperty(const StringKey& key) const noexcept;
   // Additions take turns, by the caller's lock.
   Method addOwnMethod(SEL selector, const MethodBody& body);
   const detail::PropertyRecord& addOwnProperty(std::unique_ptr<detail::PropertyRecord> property);

@@ -9,6 +9,7 @@
 #include <Foundation/NSURL.h>
 #include <Runtime/ClassRegistryPrivate.h>
 #include <Runtime/FoundationClasses.h>
+#include <Runtime/NSKeyValueCoding.h>
 #include <Runtime/Registration.h>
 #include <Runtime/Send.h>
 
@@ -45,6 +46,12 @@ void addRootMethods(Class* root) {
                  }),
           method("doesNotRecognizeSelector:",
                  [](const Value& self, SEL selector) { doesNotRecognizeSelector(self, selector); }),
+          method("valueForKey:",
+                 [](const Value& self, const NSString& key) { return valueForKey(self, key); }),
+          method("setValue:forKey:", [](const Value& self, const Value& value,
+                                        const NSString& key) { setValueForKey(self, value, key); }),
+          method("valueForKeyPath:", &valueForKeyPath),
+          method("setValue:forKeyPath:", &setValueForKeyPath),
           method("isEqual:", &Value::isEqual),
           method("hash", &Value::hash),
           method("description", &Value::description),

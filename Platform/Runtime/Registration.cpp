@@ -1,6 +1,8 @@
+#include <Foundation/NSException.h>
 #include <Runtime/ClassRegistryPrivate.h>
 #include <Runtime/FoundationClasses.h>
 #include <Runtime/Registration.h>
+#include <Runtime/SetterName.h>
 
 #include <string>
 #include <utility>
@@ -9,17 +11,13 @@ namespace zeb {
 
 namespace {
 
-/// "setTitle:" for "title".
-std::string setterName(std::string name) {
-  if (!name.empty() && name[0] >= 'a' && name[0] <= 'z')
-    name[0] = static_cast<char>(name[0] - 'a' + 'A');
-  return "set" + name + ":";
-}
-
 void addProperty(Class& cls, const ClassMember& member) {
   const std::string name = member.name.utf8();
+  if (cls.findOwnProperty(member.name)) {
+    raiseInvalidArgument(std::string(cls.name()) + " has the property " + name + " already");
+  }
   const SEL getter = sel_registerName(name);
-  const SEL setter = member.setter ? sel_registerName(setterName(name)) : SEL();
+  const SEL setter = member.setter ? sel_registerName(detail::setterName(name)) : SEL();
   class_replaceMethod(&cls, getter, member.body);
   if (setter) class_replaceMethod(&cls, setter, *member.setter);
 

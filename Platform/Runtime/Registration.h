@@ -71,8 +71,9 @@ Class* registerClass(std::string_view name, Class* superclass,
                      std::initializer_list<ClassMember> members = {});
 Class* registerClass(std::string_view name, std::initializer_list<ClassMember> members = {});
 
-/// Adds methods and properties to a class that is there, or replaces those of the same name: a category.
-/// Nil: nothing.
+/// Adds methods and properties to a class that is there, and replaces methods of the same name: a category.
+/// Throws NSException (NSInvalidArgumentException) for a property that the class itself has already. Nil:
+/// nothing.
 void extendClass(Class* cls, std::initializer_list<ClassMember> members);
 
 }  // namespace zeb

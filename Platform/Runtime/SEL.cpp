@@ -8,20 +8,39 @@
 
 namespace zeb {
 
-SEL sel_registerName(std::string_view name) {
-  struct Names {
-    detail::GrowingIndex<detail::SelectorRecord> index;
-    std::mutex additions;
-  };
-  static Names& names = *new Names;  // never destroyed: selectors are used until the very end
+namespace {
 
-  const std::size_t hash = detail::hashOfUTF8(name.data(), name.size());
-  const auto isNamed = [&](const detail::SelectorRecord& record) { return record.name == name; };
-  if (const auto* known = names.index.find(hash, isNamed)) return SEL(known);
-  std::lock_guard guard(names.additions);
-  if (const auto* known = names.index.find(hash, isNamed)) return SEL(known);
+struct Names {
+  detail::GrowingIndex<detail::SelectorRecord> index;
+  std::mutex additions;
+
+  const detail::SelectorRecord* find(std::string_view name, std::size_t hash) const noexcept {
+    return index.find(hash, [&](const auto& record) { return record.name == name; });
+  }
+};
+
+Names& names() {
+  static Names& all = *new Names;  // never destroyed: selectors are used until the very end
+  return all;
+}
+
+std::size_t hashOfName(std::string_view name) noexcept {
+  return detail::hashOfUTF8(name.data(), name.size());
+}
+
+}  // namespace
+
+SEL detail::findSelector(std::string_view name) noexcept {
+  return SEL(names().find(name, hashOfName(name)));
+}
+
+SEL sel_registerName(std::string_view name) {
+  const std::size_t hash = hashOfName(name);
+  if (const auto* known = names().find(name, hash)) return SEL(known);
+  std::lock_guard guard(names().additions);
+  if (const auto* known = names().find(name, hash)) return SEL(known);
   const auto arguments = static_cast<std::size_t>(std::count(name.begin(), name.end(), ':'));
-  return SEL(&names.index.add(std::make_unique<detail::SelectorRecord>(
+  return SEL(&names().index.add(std::make_unique<detail::SelectorRecord>(
       detail::SelectorRecord{std::string(name), hash, arguments})));
 }
 

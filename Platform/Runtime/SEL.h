@@ -40,6 +40,12 @@ class SEL {
 
 /// The selector of this name, the same for equal names. UTF-8.
 SEL sel_registerName(std::string_view name);
+
+namespace detail {
+/// The selector of this name if there is one already, else nil.
+SEL findSelector(std::string_view name) noexcept;
+}  // namespace detail
+
 inline const char* sel_getName(SEL selector) noexcept { return selector.name(); }
 
 namespace detail {

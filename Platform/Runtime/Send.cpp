@@ -1,6 +1,7 @@
 #include <Foundation/NSException.h>
 #include <Linux/Console.h>
 #include <Memory/TypeName.h>
+#include <Runtime/ObservedChange.h>
 #include <Runtime/Send.h>
 
 #include <algorithm>
@@ -67,6 +68,14 @@ Value sendMessage(const Value& receiver, SEL selector, std::span<const Value> ar
   if (receiver.isNil()) return {};
   const Method method = object_getClass(receiver)->findMethod(selector);
   if (!method) reportUnrecognized(receiver, selector);
+  if (const PropertyRecord* property = method->setterOf.load(std::memory_order_acquire)) {
+    if (receiver.isObject() && isObserved(*receiver.objectPointer())) {
+      ObservedChange change(*receiver.objectPointer(), property->name);
+      (*method->implementation.load(std::memory_order_acquire))(receiver, selector, arguments);
+      if (change.concernsAnybody()) change.tell();
+      return {};
+    }
+  }
   return (*method->implementation.load(std::memory_order_acquire))(receiver, selector, arguments);
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <Foundation/NSArray.h>
+#include <Runtime/NSKeyValueObserving.h>
 #include <Runtime/Registration.h>
 
 #include <atomic>
+#include <mutex>
 
 namespace zeb::test {
 
@@ -19,9 +21,7 @@ class Track : public NSObject {
             property(
                 "plays", [](const Track& self) { return self.plays_.load(); },
                 [](Track& self, std::int64_t plays) { self.plays_ = plays; }),
-            property(
-                "next", [](const Track& self) { return self.next_; },
-                [](Track& self, const Ref<Track>& next) { self.next_ = next; }),
+            property("next", &Track::next, &Track::setNext),
             property(
                 "rank", [](const Track& self) { return self.rank_; }, &Track::setRank,
                 KeyValueNotification::manual),
@@ -47,15 +47,25 @@ class Track : public NSObject {
   }
   NSString title() const { return title_; }
   void setTitle(const NSString& title) { title_ = title; }
-  void setRank(double rank) noexcept;
+  Ref<Track> next() const {
+    std::lock_guard guard(mutex_);
+    return next_;
+  }
+  void setNext(Ref<Track> next) {
+    std::lock_guard guard(mutex_);
+    std::swap(next_, next);
+  }
+  void setRank(double rank) {
+    const KeyValueChangeScope change(*this, "rank");
+    rank_ = rank;
+  }
 
  private:
   NSString title_;
   std::atomic<std::int64_t> plays_{0};
+  mutable std::mutex mutex_;  ///< storms change `next` from everywhere
   Ref<Track> next_;
   double rank_ = 0;
 };
-
-inline void Track::setRank(double rank) noexcept { rank_ = rank; }
 
 }  // namespace zeb::test

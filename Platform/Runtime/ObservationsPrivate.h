@@ -1,0 +1,159 @@
+#pragma once
+
+#include <Foundation/NSString.h>
+#include <Memory/NSObject.h>
+#include <Memory/WeakRef.h>
+#include <Runtime/Class.h>
+#include <Runtime/NSKeyValueObserving.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace zeb::detail {
+
+/// One addition of an observer. Along a key path it keeps one registration on every object of the path and
+/// moves these when an object on the way is replaced.
+class Observation final : public NSObject {
+ public:
+  Observation(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
+              const NSString& keyPath, NSKeyValueObservingOptions options, void* context);
+
+  const NSString& keyPath() const noexcept { return keyPath_; }
+  bool wants(NSKeyValueObservingOptions option) const noexcept { return options_ & option; }
+  bool isOf(const NSKeyValueObserver* observer, const NSString& keyPath,
+            const std::optional<void*>& context) const noexcept;
+  bool isObserverAlive() const noexcept { return static_cast<bool>(observer_.lock()); }
+
+  const NSString& keyAt(std::size_t level) const noexcept { return keys_[level]; }
+  bool isLast(std::size_t level) const noexcept { return level + 1 == keys_.size(); }
+  /// Whether the path has more than one key.
+  bool isAlongPath() const noexcept { return keys_.size() > 1; }
+  /// The value at the end of the path, seen from the object at a level.
+  Value valueFrom(const Value& object, std::size_t level) const;
+
+  /// Calls the observer; false when it is dead.
+  bool tell(const Value& object, const KeyValueChange& change) const {
+    const Ref<NSKeyValueObserver> observer = observer_.lock();
+    if (observer) observer->observeValueForKeyPath(keyPath_, object, change, context_);
+    return static_cast<bool>(observer);
+  }
+  /// The object at the path's beginning, nil when it is dead. For paths of several keys.
+  Value object() const { return object_.lock(); }
+
+  /// Moves the registrations beyond the first object to the objects that are on the path now.
+  void followPath();
+  /// Takes them all back, for good.
+  void leavePath();
+
+ private:
+  /// Under the lock. Answers references that have to be released after it.
+  std::vector<Ref<NSObject>> moveTo(const std::vector<Ref<NSObject>>& objects);
+
+  WeakRef<NSKeyValueObserver> observer_;
+  const NSKeyValueObserver* const
+      observerAddress_;  ///< also of an observer that is being destroyed
+  const NSString keyPath_;
+  std::vector<NSString> keys_;
+  const NSKeyValueObservingOptions options_;
+  void* const context_;
+
+  WeakRef<NSObject> object_;
+  std::mutex pathMutex_;  ///< guards what follows
+  std::vector<WeakRef<NSObject>> objectsOnPath_;
+  std::uint64_t latestMove_ = 0;
+  bool hasLeft_ = false;
+};
+
+/// An observation's claim on one key of one object.
+struct Registration final : NSObject {
+  Registration(Ref<Observation> whose, std::size_t levelOfObject) noexcept
+      : observation(std::move(whose)), level(levelOfObject) {}
+
+  /// Whether the key is the last of the observation's path.
+  bool isLast() const noexcept { return observation->isLast(level); }
+
+  const Ref<Observation> observation;
+  const std::size_t level;  ///< of the object on the observation's path
+  std::atomic<bool> isActive{true};
+};
+
+/// Who observes a key of an object. Immutable.
+struct KeyObservers final : NSObject {
+  KeyObservers(const NSObject& object, const NSString& observedKey,
+               std::vector<Ref<Registration>> observers);
+  /// The same key with others.
+  KeyObservers(const KeyObservers& before, std::vector<Ref<Registration>> observers);
+
+  bool isFor(const StringKey& other) const noexcept {
+    return other.hash() == keyHash && other.matches(key.text());
+  }
+  /// The object's value under the key.
+  Value valueIn(const Value& object) const;
+
+  const NSString key;
+  const std::uint32_t keyHash;
+  const std::vector<Ref<Registration>> registrations;
+  /// Whether somebody wants to know the value before a change, or of the change beforehand.
+  const bool looksBefore;
+
+ private:
+  /// The getter, as long as no method was added that might hide it.
+  const std::uint64_t methodsHidden_;
+  const Method getter_;  ///< null when the key is no property's
+};
+
+using KeyObserversList = std::vector<Ref<KeyObservers>>;
+
+/// Everything registered on one object. Changes replace the list; changes of properties read the list
+/// without a lock, and the last reader of a replaced one has it freed.
+class Observations final : public NSObject {
+ public:
+  static Observations& of(const NSObject& object);
+  static Observations* ifAny(const NSObject& object) noexcept;
+  Observations() = default;
+  ~Observations() override;
+
+  void add(const NSObject& object, const NSString& key, Ref<Registration> registration);
+  /// Removes the latest observation of the object that fits, and answers it, or nil.
+  Ref<Observation> remove(const NSKeyValueObserver* observer, const NSString& keyPath,
+                          const std::optional<void*>& context);
+  /// Removes the observation's registration for this level of its path.
+  void remove(const Observation& observation, std::size_t level);
+  /// Drops what observers that died have left.
+  void removeInactive();
+
+  const KeyObserversList* pin() noexcept;
+  void unpin() noexcept;
+
+  /// Changes that began as one call and will end as another.
+  void begin(std::unique_ptr<ObservedChange> change);
+  std::unique_ptr<ObservedChange> takeBegun(const StringKey& key);
+
+ private:
+  using Lists = std::vector<std::unique_ptr<const KeyObserversList>>;
+  struct Begun {
+    std::thread::id thread;
+    std::unique_ptr<ObservedChange> change;
+  };
+
+  /// Under the lock; what it answers is to be freed after it.
+  Lists replaceList(std::unique_ptr<const KeyObserversList> list);
+  void deactivateDead();
+
+  std::atomic<const KeyObserversList*> list_{nullptr};
+  std::atomic<std::uint32_t> readers_{0};
+  std::atomic<bool> hasReplaced_{false};
+  std::mutex mutex_;  ///< guards what follows, and changes of the list
+  Lists replaced_;
+  std::vector<Begun> begun_;
+  std::size_t additions_ = 0;
+  std::size_t nextCheck_ = 8;  ///< at how many additions dead observers are looked for
+};
+
+}  // namespace zeb::detail

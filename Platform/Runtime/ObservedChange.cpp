@@ -1,0 +1,97 @@
+#include <Runtime/ObservationsPrivate.h>
+
+#include <algorithm>
+
+namespace zeb::detail {
+
+ObservedChange::ObservedChange(const NSObject& object, const StringKey& key)
+    : observers_(Observations::ifAny(object), key) {
+  if (!observers_) return;
+  retainObject(object);
+  if (!observers_->looksBefore) return;
+  for (const Ref<Registration>& registration : observers_->registrations) {
+    if (isConcerned(registration)) prepare(*registration);
+  }
+}
+
+bool ObservedChange::isOf(const StringKey& key) const noexcept { return observers_->isFor(key); }
+
+void ObservedChange::retainObject(const NSObject& object) noexcept {
+  object_ = Ref<NSObject>(const_cast<NSObject*>(&object));
+}
+
+bool ObservedChange::isConcerned(const Ref<Registration>& registration) const noexcept {
+  if (!registration->isActive) return false;
+  if (!registration->observation->isAlongPath()) return true;
+  // A path that comes to this key of this object twice is told of once.
+  const Ref<Registration>* first = observers_->registrations.data();
+  return std::none_of(first, &registration, [&](const Ref<Registration>& earlier) {
+    return earlier->observation == registration->observation && earlier->isActive;
+  });
+}
+
+void ObservedChange::prepare(const Registration& registration) {
+  const Observation& observation = *registration.observation;
+  if (observation.wants(NSKeyValueObservingOptionOld)) {
+    if (!registration.isLast()) {
+      oldValuesAlongPaths_.emplace_back(&registration,
+                                        observation.valueFrom(object_, registration.level));
+    } else if (!oldValue_) {
+      oldValue_ = observers_->valueIn(object_);
+    }
+  }
+  if (observation.wants(NSKeyValueObservingOptionPrior)) {
+    tell(registration, KeyValueChange(oldValueFor(registration), nullptr, true));
+  }
+}
+
+const Value* ObservedChange::oldValueFor(const Registration& registration) const noexcept {
+  if (!registration.observation->wants(NSKeyValueObservingOptionOld)) return nullptr;
+  if (registration.isLast()) return &*oldValue_;
+  for (const auto& [whose, value] : oldValuesAlongPaths_) {
+    if (whose == &registration) return &value;
+  }
+  return nullptr;
+}
+
+bool ObservedChange::tell(const Registration& registration, const KeyValueChange& change) const {
+  if (registration.level == 0) return registration.observation->tell(object_, change);
+  const Value first = registration.observation->object();
+  return first && registration.observation->tell(first, change);
+}
+
+bool ObservedChange::tellAlongPath(const Registration& registration) const {
+  Observation& observation = *registration.observation;
+  observation.followPath();
+  const bool wantsNew = observation.wants(NSKeyValueObservingOptionNew);
+  const Value value = wantsNew ? observation.valueFrom(object_, registration.level) : Value();
+  return tell(registration,
+              KeyValueChange(oldValueFor(registration), wantsNew ? &value : nullptr, false));
+}
+
+void ObservedChange::tell() {
+  std::optional<Value> newValue;
+  std::optional<KeyValueChange> change;
+  bool foundDead = false;
+  for (const Ref<Registration>& registration : observers_->registrations) {
+    if (!isConcerned(registration)) continue;
+    bool isAlive;
+    if (registration->isLast()) {
+      const bool wantsNew = registration->observation->wants(NSKeyValueObservingOptionNew);
+      if (wantsNew && !newValue) newValue = observers_->valueIn(object_);
+      const Value* oldValue = oldValueFor(*registration);
+      const Value* value = wantsNew ? &*newValue : nullptr;
+      if (!change || !change->holds(oldValue, value)) change.emplace(oldValue, value, false);
+      isAlive = tell(*registration, *change);
+    } else {
+      isAlive = tellAlongPath(*registration);
+    }
+    if (!isAlive) {
+      registration->isActive = false;
+      foundDead = true;
+    }
+  }
+  if (foundDead) Observations::ifAny(*object_.objectPointer())->removeInactive();
+}
+
+}  // namespace zeb::detail
