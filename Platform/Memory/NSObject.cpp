@@ -29,8 +29,9 @@ ObjectExtras& ObjectExtras::of(const NSObject& object) {
 
 Ref<NSObject> ObjectExtras::lock() noexcept {
   std::lock_guard guard(mutex_);
-  if (!object_ || !object_->retainUnlessDying()) return nullptr;
-  return Ref<NSObject>::adopt(const_cast<NSObject*>(object_));
+  const NSObject* object = object_.load(std::memory_order_relaxed);
+  if (!object || !object->retainUnlessDying()) return nullptr;
+  return Ref<NSObject>::adopt(const_cast<NSObject*>(object));
 }
 
 void ObjectExtras::setAssociated(const void* key, Ref<NSObject> associated) {
@@ -67,7 +68,7 @@ NSObject& ObjectExtras::setObservationsOnce(Ref<NSObject> fresh) noexcept {
 
 void ObjectExtras::objectIsDying() noexcept {
   std::lock_guard guard(mutex_);
-  object_ = nullptr;
+  object_.store(nullptr, std::memory_order_release);
 }
 
 void ObjectExtras::objectIsGone() noexcept {

@@ -24,6 +24,8 @@ class ObjectExtras {
 
   /// A strong reference to the object, or nil once its last release has begun.
   Ref<NSObject> lock() noexcept;
+  /// Whether `lock()` would have found the object just now.
+  bool isObjectAlive() const noexcept { return object_.load(std::memory_order_acquire) != nullptr; }
 
   void setAssociated(const void* key, Ref<NSObject> associated);
   Ref<NSObject> associated(const void* key);
@@ -45,7 +47,7 @@ class ObjectExtras {
   std::atomic<std::uint32_t> count_{1};
   std::atomic<NSObject*> observations_{nullptr};
   std::mutex mutex_;
-  const NSObject* object_;
+  std::atomic<const NSObject*> object_;  ///< changes under the mutex
   std::vector<std::pair<const void*, Ref<NSObject>>> associations_;
 };
 

@@ -27,6 +27,9 @@ class WeakRef {
     return Ref<T>::adopt(object_);
   }
 
+  /// Whether the object has not begun to die. It may do so right afterwards: to use it, `lock()` it.
+  bool isAlive() const noexcept { return extras_ && extras_->isObjectAlive(); }
+
   /// Whether it never named an object. A `WeakRef` whose object has died is not empty.
   bool isEmpty() const noexcept { return !extras_; }
 

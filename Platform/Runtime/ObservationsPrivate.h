@@ -28,7 +28,7 @@ class Observation final : public NSObject {
   bool wants(NSKeyValueObservingOptions option) const noexcept { return options_ & option; }
   bool isOf(const NSKeyValueObserver* observer, const NSString& keyPath,
             const std::optional<void*>& context) const noexcept;
-  bool isObserverAlive() const noexcept { return static_cast<bool>(observer_.lock()); }
+  bool isObserverAlive() const noexcept { return observer_.isAlive(); }
 
   const NSString& keyAt(std::size_t level) const noexcept { return keys_[level]; }
   bool isLast(std::size_t level) const noexcept { return level + 1 == keys_.size(); }

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <Foundation/Value.h>
+#include <Memory/Block.h>
+#include <Memory/NSObject.h>
+#include <Memory/WeakRef.h>
+#include <Runtime/SEL.h>
+
+#include <concepts>
+#include <cstddef>
+
+namespace zeb {
+
+namespace detail {
+class CallbackTable;
+}
+
+/// Keeps blocks by observer and calls all of them when it is fired. Observers are held weakly and told
+/// apart by identity: one that is destroyed takes its blocks with it.
+///
+/// Any thread. Additions and removals take effect asynchronously but in order: whoever fires after them, on
+/// the same thread, sees them. Blocks are called on the firing thread, observer by observer in the order in
+/// which the observers came, while nothing is locked: they may add, remove and fire, and what they add or
+/// remove counts from the next firing on. A block is not called once its observer is destroyed; one whose
+/// observer may die on another thread meanwhile refers to it weakly.
+class ZEBCallbackDispatcher : public NSObject {
+ public:
+  /// Gets the user info, which may be nil.
+  using CallbackBlock = Block<void(const Value& userInfo)>;
+
+  ZEBCallbackDispatcher();
+  ~ZEBCallbackDispatcher() override;
+
+  /// Adds a block to the observer's. Nothing when either is nil.
+  void addObserver(const Ref<NSObject>& observer, CallbackBlock block);
+  void addObserver(const Ref<NSObject>&, std::nullptr_t) noexcept {}
+  /// Adds a block that sends the selector, with the user info if it takes an argument, to the observer.
+  void addObserver(const Ref<NSObject>& observer, SEL selector);
+  /// Adds a block that calls the member function.
+  template <class Observer, class Class, class Parameter>
+    requires std::derived_from<Observer, Class>
+  void addObserver(const Ref<Observer>& observer, void (Class::*method)(Parameter)) {
+    addObserver(observer,
+                CallbackBlock([weak = WeakRef<Observer>(observer), method](const Value& userInfo) {
+                  if (const Ref<Observer> alive = weak.lock()) (alive.get()->*method)(userInfo);
+                }));
+  }
+
+  /// Drops the observer and all its blocks; nothing when it is unknown.
+  void removeObserver(const Ref<NSObject>& observer);
+
+  void fire() { fireWithUserInfo(nullptr); }
+  /// What a block throws goes to the caller; the blocks after it are not called.
+  void fireWithUserInfo(const Value& userInfo);
+
+ private:
+  const Ref<detail::CallbackTable> observerToBlocksTable_;
+};
+
+}  // namespace zeb

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <Memory/Block.h>
+#include <Memory/NSObject.h>
+
+namespace zeb {
+
+/// Calls a block when it is destroyed; attached to another object, when that one is destroyed.
+///
+/// The callback runs on the thread that releases the object last, while the object is being destroyed: it
+/// must not use the object, and must not throw. One hook belongs to one thread at a time.
+class ZEBDeallocHook : public NSObject {
+ public:
+  explicit ZEBDeallocHook(Block<void()> callback) noexcept;
+  ~ZEBDeallocHook() override;
+
+  /// Attaches a hook to the object under the key, an address that the caller owns. Destroys the hook that
+  /// was there, which calls that one's callback. Nil object: nothing, and nothing is called. Any thread.
+  static void attachTo(const Ref<NSObject>& object, const void* key, Block<void()> callback);
+  /// Removes the hook under the key without calling anything; nothing where there is none. Any thread.
+  static void unattachFrom(const Ref<NSObject>& object, const void* key);
+
+  const Block<void()>& callback() const noexcept { return callback_; }
+  void setCallback(Block<void()> callback) noexcept { callback_ = std::move(callback); }
+  void removeCallback() noexcept { callback_ = nullptr; }
+
+ private:
+  Block<void()> callback_;
+};
+
+}  // namespace zeb

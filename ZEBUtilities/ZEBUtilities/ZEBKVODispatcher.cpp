@@ -1,0 +1,85 @@
+#include <Foundation/NSException.h>
+#include <Linux/Console.h>
+#include <Runtime/NSAssertionHandler.h>
+#include <ZEBUtilities/ZEBKVODispatcher.h>
+
+#include <utility>
+
+namespace zeb {
+
+ZEBKVODispatcher::ZEBKVODispatcher(const NSString& keyPath, const Ref<NSObject>& object,
+                                   NSKeyValueObservingOptions options, void* context,
+                                   DispatchBlock dispatchBlock)
+    : keyPath_(keyPath.copy()),
+      weakObject_(object),
+      dispatchBlock_(std::move(dispatchBlock)),
+      options_(options),
+      context_(context) {}
+
+Ref<ZEBKVODispatcher> ZEBKVODispatcher::initToObserveValueForKeyPath_ofWeakObject(
+    const NSString& keyPath, const Ref<NSObject>& object, NSKeyValueObservingOptions options,
+    void* context, bool suspended, DispatchBlock dispatchBlock) {
+  if (!keyPath || !object || !dispatchBlock) {
+    raiseInvalidArgument("Must provide keyPath, object and dispatchBlock");
+  }
+  auto dispatcher = Ref<ZEBKVODispatcher>::adopt(
+      new ZEBKVODispatcher(keyPath, object, options, context, std::move(dispatchBlock)));
+  dispatcher->setSuspendDispatching(suspended);
+  return dispatcher;
+}
+
+Ref<ZEBKVODispatcher> ZEBKVODispatcher::initToObserveValueForKeyPath_ofObject(
+    const NSString& keyPath, const Ref<NSObject>& object, NSKeyValueObservingOptions options,
+    void* context, bool suspended, DispatchBlock dispatchBlock) {
+  Ref<ZEBKVODispatcher> dispatcher = initToObserveValueForKeyPath_ofWeakObject(
+      keyPath, object, options, context, suspended, std::move(dispatchBlock));
+  dispatcher->object_ = object;
+  return dispatcher;
+}
+
+ZEBKVODispatcher::~ZEBKVODispatcher() {
+  // A destructor can't throw.
+  if (!suspendDispatching_ && !stopObserving()) fatal(reasonForGoneObject().utf8());
+}
+
+void ZEBKVODispatcher::setSuspendDispatching(bool suspendDispatching) {
+  if (suspendDispatching == suspendDispatching_) return;
+  suspendDispatching_ = suspendDispatching;
+  if (suspendDispatching) {
+    if (!stopObserving()) throw NSException(NSGenericException, reasonForGoneObject());
+    return;
+  }
+  try {
+    zeb::addObserver(weakObject_.lock(), Ref<ZEBKVODispatcher>(this), keyPath_, options_, context_);
+  } catch (...) {
+    suspendDispatching_ = true;  // an unknown key
+    throw;
+  }
+}
+
+bool ZEBKVODispatcher::stopObserving() {
+  const Ref<NSObject> object = weakObject_.lock();
+  if (object) removeObserver(object, Ref<ZEBKVODispatcher>(this), keyPath_);
+  return static_cast<bool>(object);
+}
+
+NSString ZEBKVODispatcher::reasonForGoneObject() const {
+  // The two arguments stand in each other's place; this is the text that people know.
+  return NSString::stringWithFormat(
+      "Unable to remove KVO for keyPath %s,  you need to remove all references to this %@ before "
+      "observee is deallocated.",
+      className(), keyPath_);
+}
+
+void ZEBKVODispatcher::observeValueForKeyPath(const NSString& keyPath, const Value& object,
+                                              const KeyValueChange& change, void* context) {
+  if (suspendDispatching_) return;
+  if (!keyPath.isEqualToString(keyPath_)) {
+    handleFailureInMethod("observeValueForKeyPath:ofObject:change:context:"_sel,
+                          Ref<ZEBKVODispatcher>(this), "ZEBUtilities/ZEBUtilities/ZEBKVODispatcher",
+                          76, "Observed keyPath doesn't match registered keyPath");
+  }
+  dispatchBlock_(keyPath, object, change, context);
+}
+
+}  // namespace zeb

@@ -1,0 +1,55 @@
+#include <ZEBUtilities/ZEBDeallocHook.h>
+#include <ZEBUtilities/ZEBWeakValueObject.h>
+
+#include "../../Platform/Support.h"
+
+namespace zeb {
+namespace {
+
+TEST(ZEBDeallocHook, RunsWhenItsOwnerDiesUnlessTakenAway) {
+  const char keys[3] = {};
+  std::string log;
+  std::atomic<int> deaths = 0;
+  Ref<NSObject> owner = makeRef<test::Probe>(deaths);
+  const auto hook = [&](const char* text) {
+    return [&log, &deaths, text] { log += text + std::to_string(deaths); };
+  };
+  ZEBDeallocHook::attachTo(owner, &keys[0], hook("first"));
+  ZEBDeallocHook::attachTo(owner, &keys[0], hook(" second"));
+  ZEBDeallocHook::attachTo(owner, &keys[1], hook(" unheard"));
+  ZEBDeallocHook::attachTo(nullptr, &keys[1], hook(" unheard"));
+  EXPECT_EQ(log, "first0") << "replaced";
+  setAssociatedObject(*owner, &keys[2], makeRef<ZEBWeakValueObject>(owner));
+  ZEBDeallocHook::unattachFrom(owner, &keys[1]);
+  ZEBDeallocHook::unattachFrom(owner, &keys[2]);
+  EXPECT_TRUE(associatedObject(*owner, &keys[2])) << "somebody else's";
+  ZEBDeallocHook::unattachFrom(nullptr, &keys[0]);
+  owner = nullptr;
+  EXPECT_EQ(log, "first0 second1");
+
+  {
+    ZEBDeallocHook plain(nullptr);
+  }
+  auto changed = makeRef<ZEBDeallocHook>(hook(" unheard"));
+  changed->removeCallback();
+  EXPECT_FALSE(changed->callback());
+  changed->setCallback(hook(" third"));
+  changed = nullptr;
+  EXPECT_EQ(log, "first0 second1 third1");
+}
+
+TEST(ZEBWeakValueObject, ReadsNilOnceItsValueIsGone) {
+  std::atomic<int> deaths = 0;
+  Ref<NSObject> value = makeRef<test::Probe>(deaths);
+  const auto box = ZEBWeakValueObject::withValue(value);
+  EXPECT_EQ(box->value(), value);
+  value = nullptr;
+  EXPECT_TRUE(deaths == 1 && !box->value());
+  value = makeRef<test::Probe>(deaths);
+  box->setValue(value);
+  EXPECT_EQ(box->value(), value);
+  EXPECT_FALSE(makeRef<ZEBWeakValueObject>(nullptr)->value());
+}
+
+}  // namespace
+}  // namespace zeb
