@@ -40,8 +40,6 @@ Registry& registry() {
   return all;
 }
 
-std::atomic<std::uint64_t> hiddenCount{0};
-
 void requireFitting(SEL selector, const MethodBody& body) {
   if (!selector) raiseInvalidArgument("a method needs a selector");
   if (!body.implementation()) {
@@ -61,8 +59,6 @@ std::mutex& classChanges() {
   static std::mutex& mutex = *new std::mutex;
   return mutex;
 }
-
-std::uint64_t methodsHidden() noexcept { return hiddenCount.load(std::memory_order_acquire); }
 
 Class* createClass(std::string_view name, Class* superclass) {
   std::lock_guard guard(classChanges());
@@ -127,7 +123,7 @@ Method Class::addOwnMethod(SEL selector, const MethodBody& body) {
                                std::move(types),
                                {kept(body.implementation())},
                                {inherited ? inherited->setterOf.load() : nullptr}}));
-  if (inherited) ++hiddenCount;
+  if (inherited) ++detail::methodsHiddenCount;
   return added;
 }
 

@@ -1,4 +1,3 @@
-#include <Runtime/NSKeyValueCoding.h>
 #include <Runtime/ObservationsPrivate.h>
 
 #include <algorithm>
@@ -65,38 +64,10 @@ KeyObservers::KeyObservers(const KeyObservers& before, std::vector<Ref<Registrat
       methodsHidden_(before.methodsHidden_),
       getter_(before.getter_) {}
 
-Value KeyObservers::valueIn(const Value& object) const {
-  if (!getter_ || methodsHidden_ != methodsHidden()) return valueForKey(object, key);
-  const IMP& implementation = *getter_->implementation.load(std::memory_order_acquire);
-  return implementation(object, getter_->selector, {});
-}
-
-PinnedObservers::PinnedObservers(Observations* observations, const StringKey& key) noexcept
-    : observations_(observations) {
-  if (!observations_) return;
-  if (const KeyObserversList* list = observations_->pin()) {
-    for (const Ref<KeyObservers>& one : *list) {
-      if (!one->isFor(key)) continue;
-      observers_ = one.get();
-      return;
-    }
-  }
-  observations_->unpin();
-}
-
-PinnedObservers::~PinnedObservers() {
-  if (observers_) observations_->unpin();
-}
-
 Observations& Observations::of(const NSObject& object) {
   if (Observations* existing = ifAny(object)) return *existing;
   return static_cast<Observations&>(
       ObjectExtras::of(object).setObservationsOnce(makeRef<Observations>()));
-}
-
-Observations* Observations::ifAny(const NSObject& object) noexcept {
-  const ObjectExtras* extras = ObjectExtras::ifAny(object);
-  return extras ? static_cast<Observations*>(extras->observations()) : nullptr;
 }
 
 Observations::~Observations() {
@@ -110,15 +81,7 @@ Observations::~Observations() {
   }
 }
 
-const KeyObserversList* Observations::pin() noexcept {
-  // Sequentially consistent, as all accesses to these fields: who replaces the list and then sees no reader
-  // knows that later readers see the new one.
-  readers_.fetch_add(1);
-  return list_.load();
-}
-
-void Observations::unpin() noexcept {
-  if (readers_.fetch_sub(1) != 1 || !hasReplaced_.load()) return;
+void Observations::freeReplaced() noexcept {
   Lists garbage;
   std::lock_guard guard(mutex_);
   if (readers_.load() != 0) return;

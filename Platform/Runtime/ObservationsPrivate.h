@@ -4,6 +4,7 @@
 #include <Memory/NSObject.h>
 #include <Memory/WeakRef.h>
 #include <Runtime/Class.h>
+#include <Runtime/NSKeyValueCoding.h>
 #include <Runtime/NSKeyValueObserving.h>
 
 #include <atomic>
@@ -94,7 +95,11 @@ struct KeyObservers final : NSObject {
     return other.hash() == keyHash && other.matches(key.text());
   }
   /// The object's value under the key.
-  Value valueIn(const Value& object) const;
+  Value valueIn(const Value& object) const {
+    if (!getter_ || methodsHidden_ != methodsHidden()) return valueForKey(object, key);
+    const IMP& implementation = *getter_->implementation.load(std::memory_order_acquire);
+    return implementation(object, getter_->selector, {});
+  }
 
   const NSString key;
   const std::uint32_t keyHash;
@@ -115,7 +120,10 @@ using KeyObserversList = std::vector<Ref<KeyObservers>>;
 class Observations final : public NSObject {
  public:
   static Observations& of(const NSObject& object);
-  static Observations* ifAny(const NSObject& object) noexcept;
+  static Observations* ifAny(const NSObject& object) noexcept {
+    const ObjectExtras* extras = ObjectExtras::ifAny(object);
+    return extras ? static_cast<Observations*>(extras->observations()) : nullptr;
+  }
   Observations() = default;
   ~Observations() override;
 
@@ -128,8 +136,16 @@ class Observations final : public NSObject {
   /// Drops what observers that died have left.
   void removeInactive();
 
-  const KeyObserversList* pin() noexcept;
-  void unpin() noexcept;
+  /// The list as it is now, which stays as long as it is pinned; null for none.
+  const KeyObserversList* pin() noexcept {
+    // Sequentially consistent, as all accesses to these fields: who replaces the list and then sees no
+    // reader knows that later readers see the new one.
+    readers_.fetch_add(1);
+    return list_.load();
+  }
+  void unpin() noexcept {
+    if (readers_.fetch_sub(1) == 1 && hasReplaced_.load()) freeReplaced();
+  }
 
   /// Changes that began as one call and will end as another.
   void begin(std::unique_ptr<ObservedChange> change);
@@ -144,6 +160,7 @@ class Observations final : public NSObject {
 
   /// Under the lock; what it answers is to be freed after it.
   Lists replaceList(std::unique_ptr<const KeyObserversList> list);
+  void freeReplaced() noexcept;
   void deactivateDead();
 
   std::atomic<const KeyObserversList*> list_{nullptr};
@@ -155,5 +172,22 @@ class Observations final : public NSObject {
   std::size_t additions_ = 0;
   std::size_t nextCheck_ = 8;  ///< at how many additions dead observers are looked for
 };
+
+inline PinnedObservers::PinnedObservers(Observations* observations, const StringKey& key) noexcept
+    : observations_(observations) {
+  if (!observations_) return;
+  if (const KeyObserversList* list = observations_->pin()) {
+    for (const Ref<KeyObservers>& one : *list) {
+      if (!one->isFor(key)) continue;
+      observers_ = one.get();
+      return;
+    }
+  }
+  observations_->unpin();
+}
+
+inline PinnedObservers::~PinnedObservers() {
+  if (observers_) observations_->unpin();
+}
 
 }  // namespace zeb::detail

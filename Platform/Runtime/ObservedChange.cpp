@@ -14,6 +14,8 @@ ObservedChange::ObservedChange(const NSObject& object, const StringKey& key)
   }
 }
 
+ObservedChange::~ObservedChange() = default;
+
 bool ObservedChange::isOf(const StringKey& key) const noexcept { return observers_->isFor(key); }
 
 void ObservedChange::retainObject(const NSObject& object) noexcept {
@@ -79,7 +81,7 @@ void ObservedChange::tell() {
     if (registration->isLast()) {
       const bool wantsNew = registration->observation->wants(NSKeyValueObservingOptionNew);
       if (wantsNew && !newValue) newValue = observers_->valueIn(object_);
-      const Value* oldValue = oldValueFor(*registration);
+      const Value* oldValue = observers_->looksBefore ? oldValueFor(*registration) : nullptr;
       const Value* value = wantsNew ? &*newValue : nullptr;
       if (!change || !change->holds(oldValue, value)) change.emplace(oldValue, value, false);
       isAlive = tell(*registration, *change);

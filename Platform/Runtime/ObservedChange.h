@@ -48,6 +48,7 @@ class ObservedChange {
  public:
   /// Takes note of old values, and tells those who want to know beforehand.
   ObservedChange(const NSObject& object, const StringKey& key);
+  ~ObservedChange();
   ObservedChange(const ObservedChange&) = delete;
   ObservedChange& operator=(const ObservedChange&) = delete;
 
