@@ -2,6 +2,12 @@
 
 // Everything that the library offers. Larger programs include the headers that they need.
 
+#include <Observation/ObjectiveCObserverQueue.h>
+#include <Observation/ObjectiveCTypeErasedObservable.h>
+#include <Observation/Observable.h>
+#include <Observation/ObservableInput.h>
+#include <Observation/Observer.h>
+#include <Observation/ObserverQueue.h>
 #include <ZEBUtilities/Coding/AnyEquatable.h>
 #include <ZEBUtilities/Coding/DecodingBuilder.h>
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>

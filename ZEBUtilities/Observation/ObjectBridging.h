@@ -1,0 +1,25 @@
+#pragma once
+
+#include <Foundation/Value.h>
+#include <Observation/ObservedValue.h>
+#include <Runtime/ValueConversion.h>
+
+#include <concepts>
+
+namespace zeb::detail {
+
+/// The value in the box as an object: what `ValueConversion` knows becomes that; of other types it is the box
+/// itself, an `ObservedValue<T>`.
+template <class T>
+Value bridgedObject(const Ref<NSObject>& boxedValue) {
+  const T& value = ObservedValue<T>::in(*boxedValue);
+  if constexpr (std::convertible_to<const T&, Value>) {
+    return value;
+  } else if constexpr (requires { ValueConversion<T>::toValue(value); }) {
+    return ValueConversion<T>::toValue(value);
+  } else {
+    return boxedValue;
+  }
+}
+
+}  // namespace zeb::detail

@@ -1,0 +1,22 @@
+#include <Observation/ObjectiveCObserverQueue.h>
+#include <Observation/PlainInitPrivate.h>
+#include <Runtime/Registration.h>
+
+namespace zeb {
+
+Class* ObjectiveCObserverQueue::runtimeClass() {
+  static Class* const cls = registerClass(
+      "ZEBObserverQueue",
+      {
+          classMethod("initWithDispatchQueue:",
+                      [](const dispatch_queue_t& queue) {
+                        return makeRef<ObjectiveCObserverQueue>(queue);
+                      }),
+          property("observerQueue", &ObjectiveCObserverQueue::observerQueue),
+          method("init", [](const Value&) { detail::stopForPlainInit("ObjectiveCObserverQueue"); }),
+          classMethod("new", [] { detail::stopForPlainInit("ObjectiveCObserverQueue"); }),
+      });
+  return cls;
+}
+
+}  // namespace zeb

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <Memory/Block.h>
+#include <Memory/WeakRef.h>
+#include <Observation/AnyObjectiveCThrowingObservable.h>
+#include <Observation/ObserverQueue.h>
+
+#include <cstdint>
+#include <string>
+#include <typeinfo>
+#include <unordered_map>
+#include <utility>
+
+namespace zeb {
+class ObjectiveCTypeErasedObservable;
+}
+
+/// What observables and observers of all element types have in common. Behind Observable.h.
+namespace zeb::detail {
+
+class ObservableCore;
+
+class ObserverCore : public NSObject {
+ public:
+  std::intptr_t hashValue() const noexcept { return reinterpret_cast<std::intptr_t>(this); }
+  bool operator==(const ObserverCore& other) const noexcept { return this == &other; }
+
+ protected:
+  explicit ObserverCore(Ref<ObservableCore> observable);
+  /// Unregisters.
+  ~ObserverCore() override;
+
+ private:
+  friend class ObservableCore;
+
+  /// With an `ObservedValue` of the element type.
+  virtual void receive(const Ref<NSObject>& boxedValue) = 0;
+
+  Ref<ObservableCore> observable_;  ///< cleared on the observable's queue
+  const WeakRef<ObservableCore> weakObservable_;
+};
+
+class ObservableCore : public AnyObjectiveCThrowingObservable {
+ public:
+  std::intptr_t hashValue() const noexcept { return reinterpret_cast<std::intptr_t>(this); }
+  bool operator==(const ObservableCore& other) const noexcept { return this == &other; }
+
+  /// This observable for callers of the dynamic runtime.
+  Ref<ObjectiveCTypeErasedObservable> objectiveCBridgedObservable();
+
+  using AnyObjectiveCThrowingObservable::addObserver;
+  Ref<NSObject> addObserver(ObjectUpdate update) final;
+  Ref<NSObject> addObserver(const dispatch_queue_t& queue, ObjectUpdate update) final;
+
+ protected:
+  ObservableCore(Ref<NSObject> boxedValue, Block<void(std::intptr_t)> deinitEvent);
+  ~ObservableCore() override;
+
+  void pushBoxed(Ref<NSObject> boxedValue);
+  /// A nil queue means the shared main one.
+  void registerObserver(Ref<ObserverCore> observer, const Ref<ObserverQueue>& queue);
+  void unregisterObserver(std::intptr_t observerHashValue);
+  [[noreturn]] static void raiseTypeMismatch(const std::type_info& expected, const Value& observer);
+
+ private:
+  friend class ObserverCore;
+  class ObserverSet;
+
+  /// The observers that are called on one queue; kept for good, even when there are none left.
+  struct QueueEntry {
+    Ref<ObserverQueue> queue;
+    Ref<ObserverSet> observers;
+  };
+  /// Found by the observer's address, also when the observer has gone.
+  struct WeakObserverWrapper {
+    WeakRef<ObserverCore> observer;
+    Ref<ObserverQueue> observerQueue;
+  };
+
+  // On the observable's queue.
+  void setValue(Ref<NSObject> boxedValue);
+  void insert(const Ref<ObserverCore>& observer, const Ref<ObserverQueue>& queue);
+  void erase(std::intptr_t observerHashValue);
+
+  const dispatch_queue_t observableQueue_;
+  const Block<void(std::intptr_t)> deinitEvent_;
+  // On that queue only:
+  Ref<NSObject> value_;
+  std::unordered_map<const ObserverQueue*, QueueEntry> observersMap_;
+  std::unordered_map<std::intptr_t, WeakObserverWrapper> allObservers_;
+};
+
+}  // namespace zeb::detail

@@ -1,0 +1,111 @@
+#include <Foundation/NSException.h>
+#include <Foundation/NSNumber.h>
+#include <Observation/ObjectiveCTypeErasedObservable.h>
+#include <Runtime/Send.h>
+
+#include "../../Platform/Support.h"
+#include "Support.h"
+
+namespace zeb {
+namespace {
+
+static_assert(!std::is_default_constructible_v<ZEBObservable> &&
+              !std::is_default_constructible_v<ZEBObserverQueue>);
+
+/// What observers of the bridge get for a value.
+template <class T>
+Value bridged(T value) {
+  const auto held = makeRef<test::HeldQueue>();
+  Value result;
+  auto [input, observable] = Observable<T>::create(std::move(value));
+  const auto token = observable->objectiveCBridgedObservable()->addObserverWithDispatchQueue(
+      held, [&](const Value& object) { result = object; });
+  held->awaitAndRun(1);
+  return result;
+}
+
+TEST(ZEBObservable, GivesValuesAsObjects) {
+  enum class Colour : std::uint8_t { red, green };
+  struct Point {
+    int x;
+  };
+  const auto object = makeRef<ObserverQueue>(dispatch_get_main_queue());
+  EXPECT_EQ(bridged(5), 5);
+  EXPECT_EQ(NSNumber(bridged(2.5)).objCType(), 'd');
+  EXPECT_EQ(bridged(std::string("text")), "text");
+  EXPECT_EQ(bridged(NSArray{1, "two"}), (NSArray{1, "two"}));
+  EXPECT_EQ(bridged(Colour::green), 1);
+  EXPECT_TRUE(bridged(object).isIdenticalTo(object));
+  EXPECT_TRUE(bridged(NSString()).isNil());
+  EXPECT_EQ(bridged(Point{7}).object<ObservedValue<Point>>()->value.x, 7);
+}
+
+TEST(ZEBObservable, ObservesThroughTheRuntime) {
+  auto [input, observable] = Observable<int>::create(1);
+  const Value bridge = observable->objectiveCBridgedObservable();
+  EXPECT_STREQ(object_getClass(bridge)->name(), "ZEBObservable");
+  const auto held = makeRef<test::HeldQueue>();
+  std::vector<Value> onMain, onDispatchQueue, onObserverQueue;
+  const auto into = [](std::vector<Value>& values) -> ZEBObservable::Update {
+    return [&values](const Value& value) { values.push_back(value); };
+  };
+  const Value queue = send(ZEBObserverQueue::runtimeClass(), "initWithDispatchQueue:"_sel, held);
+  EXPECT_EQ(send<Ref<ObserverQueue>>(queue, "observerQueue"_sel)->queue(), held);
+  Value tokens[] = {
+      send(bridge, "addObserverWithUpdate:"_sel, into(onMain)),
+      send(bridge, "addObserverWithDispatchQueue:update:"_sel, held, into(onDispatchQueue)),
+      send(bridge, "addObserverWithObserverQueue:update:"_sel, queue, into(onObserverQueue)),
+      send(bridge, "addObserverWithUpdate:"_sel, nullptr)};
+  input.update(2);
+  held->awaitAndRun(4);
+  test::runMainQueueUntil([&] { return onMain.size() == 2; });
+  for (const Value& token : tokens) send(bridge, "removeObserver:"_sel, token);
+  input.update(3);
+  held->awaitAndRun(2);
+  const std::vector<Value> expected{1, 2};
+  EXPECT_TRUE(onMain == expected && onDispatchQueue == expected && onObserverQueue == expected);
+  EXPECT_EQ(observable->objectiveCBridgedObservable()
+                ->addObserverWithObserverQueue(nullptr, nullptr)
+                ->className(),
+            "Observer<int>");
+  EXPECT_EQ(ObserverQueue::mainQueue()->objectiveCObserverQueue()->observerQueue(),
+            ObserverQueue::mainQueue());
+}
+
+TEST(ZEBObservable, RefusesTokensOfAnotherType) {
+  auto [input, observable] = Observable<int>::create();
+  auto [otherInput, other] = Observable<double>::create();
+  const auto bridge = observable->objectiveCBridgedObservable();
+  for (const auto& [token, name] :
+       {std::pair(
+            Value(other->objectiveCBridgedObservable()->addObserverWithUpdate([](const Value&) {})),
+            "zeb::Observer<double>"),
+        std::pair(Value(other), "zeb::Observable<double>"), std::pair(Value("text"), "NSString"),
+        std::pair(Value(), "nil")}) {
+    try {
+      bridge->removeObserver(token);
+      ADD_FAILURE() << name;
+    } catch (const NSException& exception) {
+      EXPECT_EQ(exception.name(), ZEBObservableTypeException);
+      EXPECT_EQ(exception.reason().utf8(),
+                std::string("Mismatched observer type: expected zeb::Observer<int>, got ") + name);
+      EXPECT_TRUE(exception.userInfo().isNil());
+    }
+  }
+}
+
+TEST(ZEBObservableDeathTest, CannotBeMadeOfNothing) {
+  const auto report = [](const char* name) {
+    return std::string("Use of unimplemented initializer 'init\\(\\)' for class 'ZEBUtilities\\.") +
+           name;
+  };
+  const Value bridge = Observable<int>::create().second->objectiveCBridgedObservable();
+  EXPECT_DEATH(send(bridge, "init"_sel), report("ObjectiveCTypeErasedObservable"));
+  EXPECT_DEATH(send(ZEBObservable::runtimeClass(), "new"_sel),
+               report("ObjectiveCTypeErasedObservable"));
+  EXPECT_DEATH(send(ZEBObserverQueue::runtimeClass(), "new"_sel),
+               report("ObjectiveCObserverQueue"));
+}
+
+}  // namespace
+}  // namespace zeb

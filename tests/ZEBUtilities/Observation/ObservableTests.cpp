@@ -1,0 +1,299 @@
+#include <latch>
+#include <memory>
+
+#include "../../Platform/Support.h"
+#include "Support.h"
+
+namespace zeb {
+namespace {
+
+using Values = std::vector<int>;
+
+/// A queue to observe on, whose blocks run when the test wants it.
+struct ObservableTest : testing::Test {
+  const Ref<test::HeldQueue> held = makeRef<test::HeldQueue>();
+  const Ref<ObserverQueue> queue = makeRef<ObserverQueue>(held);
+
+  static Block<void(const int&)> into(Values& values) {
+    return [&values](int value) { values.push_back(value); };
+  }
+};
+
+TEST_F(ObservableTest, TellsTheCurrentValueFirstAndThenAllOthers) {
+  Values early, late, without;
+  auto [input, observable] = Observable<int>::create();
+  const auto earlyToken = observable->observe(queue, into(early));
+  for (const int value : {1, 1, 2}) input.update(value);
+  held->awaitAndRun(3);
+  EXPECT_EQ(early, (Values{1, 1, 2})) << "equal values count";
+  const auto lateToken = observable->observe(queue, into(late));
+  input.update(3);
+  held->awaitAndRun(2);
+  EXPECT_EQ(late, (Values{2, 3}));
+
+  auto [otherInput, other] = Observable<int>::create(5);
+  const auto token = other->observe(queue, into(without));
+  otherInput.update(6);
+  held->await(2);
+  EXPECT_TRUE(without.empty()) << "never from within observe";
+  held->run(2);
+  EXPECT_EQ(without, (Values{5, 6}));
+  const auto silent = other->observe(queue, nullptr);
+  held->awaitAndRun(1);
+}
+
+TEST_F(ObservableTest, PostsOnceForEachObserverQueueForGood) {
+  auto [input, observable] = Observable<int>::create();
+  const auto sameDispatchQueue = makeRef<ObserverQueue>(held);
+  Values values;
+  std::vector<Ref<Observer<int>>> tokens;
+  for (int i = 0; i < 10; ++i) tokens.push_back(observable->observe(queue, into(values)));
+  input.update(1);
+  held->awaitAndRun(1);
+  EXPECT_EQ(values, Values(10, 1));
+  tokens.push_back(observable->observe(sameDispatchQueue, into(values)));
+  input.update(2);
+  held->awaitAndRun(3);  // the new observer's first value, and one block for each observer queue
+  EXPECT_EQ(values.size(), 22u);
+  tokens.clear();
+  input.update(3);
+  held->awaitAndRun(2);
+  EXPECT_EQ(values.size(), 22u) << "entries stay when their observers go";
+}
+
+TEST_F(ObservableTest, DroppedTokensAreNotCalledAgain) {
+  auto [input, observable] = Observable<int>::create(1);
+  Values first, dropped, kept;
+  (void)observable->observe(queue, into(first));
+  held->awaitAndRun(1);
+  EXPECT_EQ(first, Values{1}) << "the first value comes all the same";
+  auto token = observable->observe(queue, into(dropped));
+  const auto other = observable->observe(queue, into(kept));
+  held->awaitAndRun(2);
+  input.update(2);
+  held->await(1);
+  token = nullptr;  // while the delivery is on its way
+  held->run(1);
+  EXPECT_EQ(dropped, Values{1});
+  EXPECT_EQ(kept, (Values{1, 2}));
+}
+
+TEST_F(ObservableTest, RemovedObserversAreNotCalledAgainAndHoldNothing) {
+  auto [input, observable] = Observable<int>::create(1);
+  auto [otherInput, other] = Observable<int>::create();
+  Values removed, kept;
+  const auto token = observable->observe(queue, into(removed));
+  const auto keptToken = observable->observe(queue, into(kept));
+  other->remove(token);
+  observable->remove(nullptr);
+  for (int i = 0; i < 2; ++i) observable->remove(token);
+  input.update(2);
+  held->awaitAndRun(3);
+  EXPECT_EQ(removed, Values{1});
+  EXPECT_EQ(kept, (Values{1, 2}));
+  observable->remove(keptToken);
+  const WeakRef<Observable<int>> weak(observable);
+  observable = nullptr;
+  while (weak.lock()) std::this_thread::yield();  // the tokens let it go on its own queue
+  input.update(3);
+  held->await(0);
+  EXPECT_EQ(kept, (Values{1, 2}));
+}
+
+TEST_F(ObservableTest, LivesAsLongAsSomebodyHoldsItAndSaysGoodbye) {
+  std::atomic<std::intptr_t> ended = 0;
+  std::atomic<int> ends = 0;
+  auto [input, observable] = Observable<int>::create(std::nullopt, [&](std::intptr_t address) {
+    ended = address;
+    ++ends;
+  });
+  const std::intptr_t address = observable->hashValue();
+  Values values, lateValues;
+  auto token = observable->observe(queue, into(values));
+  auto derived = observable->filter(queue, [](int) { return true; });
+  const Value asKey = observable;
+  EXPECT_TRUE(*observable == *observable && asKey.isEqual(observable) && !asKey.isEqual(derived));
+  observable = nullptr;
+  input.update(1);
+  held->awaitAndRun(1);
+  EXPECT_EQ(values, Values{1}) << "a token keeps it";
+  const_cast<Value&>(asKey) = nullptr;
+  input.update(2);
+  held->await(1);
+  token = nullptr;
+  derived = nullptr;
+  held->run(1);
+  while (ends == 0) std::this_thread::yield();
+  EXPECT_EQ(ended, address);
+  input.update(3);
+  EXPECT_EQ(values, Values{1});
+
+  std::thread::id thread;
+  auto [secondInput, second] =
+      Observable<int>::create(1, [&](std::intptr_t) { thread = std::this_thread::get_id(); });
+  std::thread last([released = std::move(second)]() mutable { released = nullptr; });
+  const std::thread::id expected = last.get_id();
+  last.join();
+  EXPECT_EQ(thread, expected);
+  EXPECT_EQ(ends, 1);
+}
+
+TEST_F(ObservableTest, MapsAndFilters) {
+  auto [input, observable] = Observable<int>::create(3);
+  const auto otherHeld = makeRef<test::HeldQueue>();
+  const auto otherQueue = makeRef<ObserverQueue>(otherHeld);
+  std::vector<std::string> texts;
+  Values odd, late;
+  const auto mapped = observable->map(queue, [](int value) { return std::to_string(value) + "!"; });
+  auto filtered = observable->filter(queue, [](int value) { return value % 2 == 1; });
+  held->awaitAndRun(2);
+  const auto textToken =
+      mapped->observe(otherQueue, [&](const std::string& text) { texts.push_back(text); });
+  const auto oddToken = filtered->observe(otherQueue, into(odd));
+  otherHeld->awaitAndRun(2);
+  input.update(5);
+  held->awaitAndRun(1);
+  otherHeld->awaitAndRun(2);
+  input.update(6);
+  held->awaitAndRun(1);
+  otherHeld->awaitAndRun(1);
+  EXPECT_EQ(texts, (std::vector<std::string>{"3!", "5!", "6!"}));
+  EXPECT_EQ(odd, (Values{3, 5}));
+  const auto lateToken = filtered->observe(otherQueue, into(late));
+  otherHeld->awaitAndRun(1);
+  EXPECT_EQ(late, Values{5}) << "the last accepted one";
+}
+
+TEST_F(ObservableTest, UsesTheMainQueueUnlessToldOtherwise) {
+  auto [input, observable] = Observable<int>::create(1);
+  std::vector<std::string> calls;
+  const auto note = [&](const char* what) {
+    EXPECT_TRUE(isMainThread());
+    calls.emplace_back(what);
+  };
+  const auto mapped = observable->map([&](int value) {
+    note("map");
+    return value;
+  });
+  const auto filtered = observable->filter([&](int) {
+    note("filter");
+    return false;
+  });
+  const auto token = observable->observe([&](int) { note("observe"); });
+  const auto mappedToken = mapped->observe(nullptr, [&](int) { note("mapped"); });
+  test::runMainQueueUntil([&] { return calls.size() == 4; });
+  std::ranges::sort(calls);
+  EXPECT_EQ(calls, (std::vector<std::string>{"filter", "map", "mapped", "observe"}));
+  EXPECT_EQ(ObserverQueue::mainQueue(), ObserverQueue::mainQueue());
+  EXPECT_EQ(ObserverQueue::mainQueue()->queue(), dispatch_get_main_queue());
+  EXPECT_EQ(test::raisedName([] { makeRef<ObserverQueue>(nullptr); }), NSInvalidArgumentException);
+}
+
+/// Has no equality, can't be copied, and all observers and what is filtered see the same one.
+TEST_F(ObservableTest, TakesAnyTypeAndSharesOneValue) {
+  struct Unique {
+    std::unique_ptr<int> number;
+  };
+  std::vector<const Unique*> seen;
+  const auto see = [&](const Unique& value) { seen.push_back(&value); };
+  auto [input, observable] = Observable<Unique>::create();
+  const auto filtered =
+      observable->filter(queue, [](const Unique& value) { return *value.number > 1; });
+  std::vector<Ref<Observer<Unique>>> tokens{observable->observe(queue, see),
+                                            observable->observe(queue, see),
+                                            filtered->observe(queue, see)};
+  input.update({std::make_unique<int>(2)});
+  held->awaitAndRun(1);
+  held->awaitAndRun(1);
+  EXPECT_EQ(seen.size(), 3u);
+  EXPECT_TRUE(seen[0] == seen[1] && seen[1] == seen[2] && *seen[0]->number == 2);
+}
+
+TEST_F(ObservableTest, DeliversInOrderOnASerialQueue) {
+  auto [input, observable] = Observable<int>::create(0);
+  const auto serial = dispatch_queue_create("serial");
+  Values values;
+  std::latch done(1);
+  const auto token = observable->observe(makeRef<ObserverQueue>(serial), [&](int value) {
+    values.push_back(value);
+    if (value == 10'000) done.count_down();
+  });
+  for (int i = 1; i <= 10'000; ++i) input.update(i);
+  done.wait();
+  EXPECT_EQ(values.size(), 10'001u);
+  EXPECT_TRUE(std::ranges::is_sorted(values));
+}
+
+/// Four threads push, observe, remove and drop, also from callbacks; tokens die while they are delivered to.
+TEST_F(ObservableTest, StandsAStorm) {
+  std::atomic<int> deaths = 0, made = 0, calls = 0, ended = 0;
+  {
+    auto [input, observable] = Observable<int>::create(0, [&](std::intptr_t) { ++ended; });
+    const Ref<ObserverQueue> queues[] = {
+        makeRef<ObserverQueue>(dispatch_queue_create("one")),
+        makeRef<ObserverQueue>(dispatch_queue_create("two", DispatchQueueKind::concurrent))};
+    struct Tokens {
+      void drop(std::size_t index) {
+        Ref<Observer<int>> dropped;
+        std::lock_guard guard(mutex);
+        if (index < all.size()) std::swap(dropped, all[index]);
+      }
+      std::mutex mutex;
+      std::vector<Ref<Observer<int>>> all;
+    };
+    const auto storm = [&, input = input, observable = observable](unsigned seed) {
+      std::mt19937 random(seed);
+      const auto tokens = std::make_shared<Tokens>();
+      std::vector<Ref<Observable<int>>> derived;
+      for (int step = 0; step < 2000; ++step) {
+        switch (random() % 5) {
+          case 0: {
+            ++made;
+            const std::size_t index = tokens->all.size();
+            const auto weakTokens = std::weak_ptr(tokens);
+            auto token = observable->observe(
+                queues[random() % 2], [&calls, input, probe = makeRef<test::Probe>(deaths),
+                                       weakTokens, index, act = random() % 4](int value) {
+                  EXPECT_TRUE(probe->isAlive);
+                  ++calls;
+                  if (act == 0 && value % 64 == 1) input.update(2);
+                  const auto mine = act == 1 ? weakTokens.lock() : nullptr;
+                  if (mine) mine->drop(index);
+                });
+            std::lock_guard guard(tokens->mutex);
+            tokens->all.push_back(std::move(token));
+            break;
+          }
+          case 1:
+            tokens->drop(random() % 1000);
+            break;
+          case 2: {
+            Ref<Observer<int>> removed;
+            {
+              std::lock_guard guard(tokens->mutex);
+              if (!tokens->all.empty()) removed = tokens->all[random() % tokens->all.size()];
+            }
+            observable->remove(removed);
+            break;
+          }
+          case 3:
+            if (step % 10 == 0) {
+              derived.push_back(observable->map(queues[0], [](int value) { return value; }));
+            }
+            if (step % 50 == 0) derived.clear();
+            break;
+          default:
+            input.update(step);
+        }
+      }
+    };
+    std::vector<std::thread> threads;
+    for (unsigned seed = 1; seed <= 4; ++seed) threads.emplace_back(storm, seed);
+    for (std::thread& thread : threads) thread.join();
+  }
+  while (ended == 0 || deaths < made) std::this_thread::yield();
+  EXPECT_GT(calls, 1000);
+}
+
+}  // namespace
+}  // namespace zeb
