@@ -7,6 +7,20 @@ namespace zeb {
 
 NSDate NSDate::date() noexcept { return dateWithTimeIntervalSince1970(secondsSince1970()); }
 
+namespace {
+
+constexpr NSTimeInterval twoThousandYears = 63113904000;
+
+}  // namespace
+
+NSDate NSDate::distantPast() noexcept {
+  return dateWithTimeIntervalSinceReferenceDate(-twoThousandYears);
+}
+
+NSDate NSDate::distantFuture() noexcept {
+  return dateWithTimeIntervalSinceReferenceDate(twoThousandYears);
+}
+
 NSDate NSDate::dateWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) noexcept {
   return NSDate(Value(adoptWords, headOf(Kind::Date), std::bit_cast<std::uint64_t>(seconds)));
 }

@@ -26,6 +26,9 @@ class NSDate : public Value {
             std::chrono::duration<double>(moment.time_since_epoch()).count())) {}
 
   static NSDate date() noexcept;
+  /// A moment centuries before or after all others, to mean "at once" or "never".
+  static NSDate distantPast() noexcept;
+  static NSDate distantFuture() noexcept;
   static NSDate dateWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) noexcept;
   static NSDate dateWithTimeIntervalSince1970(NSTimeInterval seconds) noexcept;
 

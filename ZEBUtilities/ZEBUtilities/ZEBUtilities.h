@@ -41,10 +41,12 @@
 #include <ZEBUtilities/ZEBJSONSerialization.h>
 #include <ZEBUtilities/ZEBKVODispatcher.h>
 #include <ZEBUtilities/ZEBLaunchTime.h>
+#include <ZEBUtilities/ZEBMainThreadRunLoopDeferredTask.h>
 #include <ZEBUtilities/ZEBProcessEnvironment.h>
 #include <ZEBUtilities/ZEBRecordingStopwatch.h>
 #include <ZEBUtilities/ZEBSafeOperation.h>
 #include <ZEBUtilities/ZEBStopwatch.h>
 #include <ZEBUtilities/ZEBSwizzle.h>
+#include <ZEBUtilities/ZEBThread.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 #include <ZEBUtilities/ZEBWeakValueObject.h>

@@ -1,0 +1,36 @@
+#include <Dispatch/DispatchQueue.h>
+#include <Memory/WeakRef.h>
+#include <RunLoop/NSRunLoop.h>
+#include <ZEBUtilities/ZEBMainThreadRunLoopDeferredTask.h>
+
+#include <utility>
+
+namespace zeb {
+
+ZEBMainThreadRunLoopDeferredTask::ZEBMainThreadRunLoopDeferredTask(Block<void()> task)
+    : task_(std::move(task)) {
+  schedule();
+}
+
+ZEBMainThreadRunLoopDeferredTask::~ZEBMainThreadRunLoopDeferredTask() {
+  if (observer_) observer_->invalidate();
+}
+
+void ZEBMainThreadRunLoopDeferredTask::schedule() {
+  const WeakRef<ZEBMainThreadRunLoopDeferredTask> weakSelf(this);
+  const auto submit = [weakSelf](const Ref<RunLoopObserver>&, RunLoopActivity) {
+    dispatch_async(dispatch_get_main_queue(), [weakSelf] {
+      if (const auto self = weakSelf.lock()) self->invokeDeferredTask();
+    });
+  };
+  observer_ = makeRef<RunLoopObserver>(RunLoopBeforeWaiting, false, 0, submit);
+  NSRunLoop::currentRunLoop()->addObserver(observer_, NSRunLoopCommonModes);
+}
+
+void ZEBMainThreadRunLoopDeferredTask::invokeDeferredTask() {
+  if (const Ref<RunLoopObserver> observer = std::exchange(observer_, nullptr))
+    observer->invalidate();
+  if (task_) task_();
+}
+
+}  // namespace zeb

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <Memory/Block.h>
+#include <Memory/NSObject.h>
+#include <RunLoop/RunLoopObserver.h>
+
+namespace zeb {
+
+/// Runs a block once, on the main queue, the next time that the run loop of the thread which made it has
+/// nothing left to do: for work that should wait until the current burst of events has been handled. The
+/// loop must run in a common mode for that; a thread that runs no loop never gets there.
+///
+/// Whoever makes it must keep it until the block has run: a task that is released earlier never runs its block.
+/// It may be released on any thread.
+class ZEBMainThreadRunLoopDeferredTask : public NSObject {
+ public:
+  ZEBMainThreadRunLoopDeferredTask() = delete;
+  /// Schedules the block at once. A nil block: nothing will happen.
+  explicit ZEBMainThreadRunLoopDeferredTask(Block<void()> task);
+  ~ZEBMainThreadRunLoopDeferredTask() override;
+
+  const Block<void()>& task() const noexcept { return task_; }
+
+ private:
+  void schedule();
+  void invokeDeferredTask();
+
+  const Block<void()> task_;
+  Ref<RunLoopObserver> observer_;  ///< nil once the task has run
+};
+
+}  // namespace zeb

@@ -1,0 +1,279 @@
+#include <Linux/Clock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <semaphore>
+#include <vector>
+
+#include "../Support.h"
+#include "FakeClock.h"
+#include "LoopSupport.h"
+
+namespace zeb::test {
+
+namespace {
+
+Ref<NSTimer> addTimer(NSTimeInterval interval, bool repeats,
+                      std::function<void(const Ref<NSTimer>&)> block,
+                      const NSString& mode = NSDefaultRunLoopMode) {
+  const auto timer = NSTimer::timerWithTimeInterval(interval, repeats, std::move(block));
+  NSRunLoop::currentRunLoop()->addTimer(timer, mode);
+  return timer;
+}
+
+/// Seconds from now to the date, rounded to a microsecond.
+double distance(const NSDate& date) {
+  return std::round(date.timeIntervalSinceDate(NSDate::date()) * 1e6) / 1e6;
+}
+
+}  // namespace
+
+TEST(RunLoopTimers, RepeatOnTheirGridAndMissedFiringsBecomeOneLateOne) {
+  onNewThread([] {
+    FakeClock clock;
+    int firings = 0;
+    const auto timer = addTimer(1.0, true, [&](auto&) { ++firings; });
+    struct {
+      double passes;
+      int firings;
+      double next;
+    } const steps[] = {
+        {0.9, 0, 0.1}, {0.1, 1, 1.0}, {1.3, 2, 0.7}, {0.6, 2, 0.1},
+        {0.1, 3, 1.0}, {5.5, 4, 0.5},  // five were missed: one late firing, and on with the grid
+        {0.5, 5, 1.0},
+    };
+    for (const auto& step : steps) {
+      clock.advance(step.passes);
+      runOnce();
+      runOnce();
+      EXPECT_EQ(firings, step.firings);
+      EXPECT_EQ(distance(timer->fireDate()), step.next) << firings;
+      const NSDate limit = NSRunLoop::currentRunLoop()->limitDateForMode(NSDefaultRunLoopMode);
+      EXPECT_EQ(distance(limit), step.next);
+    }
+    clock.setWallClockForward(1000);  // the moment stays
+    runOnce();
+    EXPECT_EQ(firings, 5);
+    clock.advance(1.0);
+    runOnce();
+    EXPECT_EQ(firings, 6);
+    timer->invalidate();
+    EXPECT_FALSE(runOnce());
+  });
+}
+
+TEST(RunLoopTimers, PropertiesAndOddArguments) {
+  onNewThread([] {
+    FakeClock clock;
+    int firings = 0;
+    const auto count = [&](const Ref<NSTimer>&) { ++firings; };
+    const auto timer = makeRef<NSTimer>(nullptr, -1, true, count, "info");
+    EXPECT_EQ(timer->timeInterval(), 0.0001);
+    EXPECT_EQ(timer->userInfo(), Value("info"));
+    EXPECT_EQ(timer->tolerance(), 0);
+    timer->setTolerance(-5);
+    EXPECT_EQ(timer->tolerance(), 0);
+    timer->fire();
+    timer->fire();
+    EXPECT_EQ(firings, 2);
+    EXPECT_TRUE(timer->isValid());
+    timer->invalidate();
+    timer->fire();
+    timer->setFireDate(NSDate::distantFuture());
+    EXPECT_EQ(distance(timer->fireDate()), 0);
+
+    const auto once = makeRef<NSTimer>(NSDate::distantFuture(), NAN, false, count);
+    EXPECT_EQ(once->timeInterval(), 0);
+    once->fire();
+    once->fire();
+    EXPECT_EQ(firings, 3);
+    EXPECT_FALSE(once->isValid());
+
+    const auto never = makeRef<NSTimer>(NSDate::date(), INFINITY, true, count);
+    NSRunLoop::currentRunLoop()->addTimer(never, NSDefaultRunLoopMode);
+    runOnce();
+    clock.advance(1e9);
+    runOnce();
+    EXPECT_EQ(firings, 4);
+    EXPECT_TRUE(never->isValid());
+    never->invalidate();
+    const auto silent = NSTimer::scheduledTimerWithTimeInterval(1, false, nullptr);
+    clock.advance(1);
+    runOnce();
+    EXPECT_FALSE(silent->isValid());
+    NSRunLoop::currentRunLoop()->addTimer(nullptr, NSDefaultRunLoopMode);
+    NSRunLoop::currentRunLoop()->addTimer(silent, NSDefaultRunLoopMode);
+    EXPECT_FALSE(runOnce());
+  });
+}
+
+TEST(RunLoopTimers, ChangesMadeFromInsideAFiring) {
+  onNewThread([] {
+    FakeClock clock;
+    std::string log;
+    std::atomic<int> deaths{0};
+    // Invalidated inside its firing: the block lives until it ends, and not longer.
+    addTimer(1, true, [&, probe = makeRef<Probe>(deaths)](const Ref<NSTimer>& timer) {
+      timer->invalidate();
+      EXPECT_FALSE(timer->isValid());
+      log += probe->isAlive ? 'a' : '!';
+    });
+    // Invalidates another one that is due as well.
+    const auto victim = addTimer(1.2, true, [&](auto&) { log += '!'; });
+    addTimer(1.1, false, [&](const Ref<NSTimer>& timer) {
+      log += timer->isValid() ? 'b' : '!';
+      victim->invalidate();
+    });
+    // Set to the past again and again: once in each pass, so that others have their turn.
+    const auto eager = addTimer(1.3, true, [&](const Ref<NSTimer>& timer) {
+      log += 'c';
+      timer->setFireDate(NSDate::distantPast());
+    });
+    // Adds one that is due at once.
+    addTimer(1.4, false, [&](auto&) {
+      log += 'd';
+      addTimer(-1, false, [&](auto&) { log += 'e'; });
+    });
+    // Runs the loop: is left alone meanwhile, while the others are not.
+    addTimer(1.5, true, [&](const Ref<NSTimer>& timer) {
+      log += '<';
+      clock.advance(10);
+      runOnce();
+      timer->invalidate();
+      log += '>';
+    });
+    clock.advance(2);
+    runOnce();
+    EXPECT_EQ(log, "abcd<ce>");
+    EXPECT_EQ(deaths, 1);
+    eager->invalidate();
+    EXPECT_FALSE(runOnce());
+  });
+}
+
+TEST(RunLoopTimers, AreInSeveralModesAndFireOnce) {
+  onNewThread([] {
+    FakeClock clock;
+    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+    int firings = 0;
+    const auto timer = addTimer(1, true, [&](auto&) { ++firings; });
+    loop->addTimer(timer, NSRunLoopCommonModes);
+    loop->addTimer(timer, "other");
+    loop->addTimer(timer, "other");
+    for (const char* mode : {NSDefaultRunLoopMode, "other", NSDefaultRunLoopMode}) {
+      const int before = firings;
+      clock.advance(1);
+      EXPECT_FALSE(runOnce("third"));
+      runOnce(mode);
+      runOnce("other");
+      EXPECT_EQ(firings, before + 1) << mode;
+    }
+    onNewThread([&] {  // belongs to the first loop
+      NSRunLoop::currentRunLoop()->addTimer(timer, NSDefaultRunLoopMode);
+      EXPECT_FALSE(runOnce());
+    });
+    timer->invalidate();
+    EXPECT_TRUE(loop->limitDateForMode("other").isNil());
+    loop->addPort(NSPort::port(), "other");
+    EXPECT_EQ(loop->limitDateForMode("other"), NSDate::distantFuture());
+  });
+}
+
+TEST(RunLoopTimers, WakeASleepingLoopAndToleranceSharesTheWakeUp) {
+  FakeClock clock;
+  std::counting_semaphore asleep(0), fired(0);
+  std::atomic<int> wakeUps{0};
+  const LoopThread other;
+  performOnThread(
+      other.thread,
+      [&] {
+        const auto observer =
+            makeRef<RunLoopObserver>(RunLoopBeforeWaiting | RunLoopAfterWaiting, true, 0,
+                                     [&](auto&, RunLoopActivity activity) {
+                                       if (activity == RunLoopBeforeWaiting)
+                                         return asleep.release();
+                                       ++wakeUps;
+                                     });
+        other.loop->addObserver(observer, NSDefaultRunLoopMode);
+      },
+      true);
+  asleep.acquire();
+
+  const auto signal = [&](const Ref<NSTimer>&) { fired.release(); };
+  const auto tolerant = NSTimer::timerWithTimeInterval(1.0, false, signal);
+  tolerant->setTolerance(0.5);
+  const auto exact = NSTimer::timerWithTimeInterval(1.4, false, signal);
+  // Added from here: the loop wakes up for each, to see when to wake next.
+  for (const auto& timer : {tolerant, exact}) {
+    other.loop->addTimer(timer, NSDefaultRunLoopMode);
+    asleep.acquire();
+  }
+  wakeUps = 0;
+  clock.advance(1.2);
+  EXPECT_TRUE(tolerant->isValid());
+  clock.advance(0.25);
+  fired.acquire();
+  fired.acquire();
+  asleep.acquire();
+  EXPECT_EQ(wakeUps, 1);
+
+  // Moved nearer by another thread while the loop sleeps.
+  const auto moved = NSTimer::timerWithTimeInterval(1000, false, signal);
+  other.loop->addTimer(moved, NSDefaultRunLoopMode);
+  asleep.acquire();
+  moved->setFireDate(NSDate::date().dateByAddingTimeInterval(1));
+  clock.advance(1.1);
+  fired.acquire();
+}
+
+TEST(RunLoopTimers, TenThousandFireInOrder) {
+  onNewThread([] {
+    FakeClock clock;
+    constexpr int count = 10'000;
+    std::mt19937 random(7);
+    std::vector<Ref<NSTimer>> timers;
+    double last = 0;
+    int firings = 0;
+    bool isInOrder = true;
+    for (int number = 0; number < count; ++number) {
+      const double delay = 1 + static_cast<double>(random() % 1000) / 1000;
+      timers.push_back(addTimer(delay, false, [&, delay](auto&) {
+        isInOrder &= delay >= last;
+        last = delay;
+        ++firings;
+      }));
+    }
+    for (int number = 0; number < count; number += 2) timers[random() % count]->invalidate();
+    const auto left = std::ranges::count_if(timers, [](auto& timer) { return timer->isValid(); });
+    clock.advance(1.5);
+    runOnce();
+    clock.advance(1);
+    runOnce();
+    EXPECT_EQ(firings, left);
+    EXPECT_TRUE(isInOrder);
+    EXPECT_FALSE(runOnce());
+  });
+}
+
+// For the thread sanitizer, and for what a race would leave behind.
+TEST(RunLoopTimers, InvalidatingAndMovingRacesWithFiring) {
+  const LoopThread other;
+  std::atomic<int> deaths{0};
+  constexpr int rounds = 3000;
+  for (int round = 0; round < rounds; ++round) {
+    std::atomic<bool> isOver{false};
+    std::atomic<int> late{0};
+    const auto timer = NSTimer::timerWithTimeInterval(
+        0, round % 2, [&, probe = makeRef<Probe>(deaths)](const Ref<NSTimer>&) { late += isOver; });
+    other.loop->addTimer(timer, NSDefaultRunLoopMode);
+    if (round % 3 == 0) timer->setFireDate(NSDate::date());
+    if (round % 5 == 0) timer->fire();
+    timer->invalidate();
+    performOnThread(other.thread, [&] { isOver = true; }, true);  // what was under way has ended
+    performOnThread(other.thread, [&] { EXPECT_EQ(late, 0); }, true);
+  }
+  EXPECT_EQ(deaths, rounds);
+}
+
+}  // namespace zeb::test
