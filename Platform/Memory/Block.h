@@ -3,6 +3,7 @@
 #include <Memory/FunctionView.h>
 #include <Memory/NSObject.h>
 
+#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -36,12 +37,16 @@ class Block<Result(Arguments...)> {
     return closure_->invoke(std::forward<Arguments>(arguments)...);
   }
 
+  /// "<Block: 0x…>", the same for the copies of one block; "(null)" for nil.
+  std::string description() const { return closure_ ? closure_->description() : "(null)"; }
+
   /// Whether both are the same closure, or both nil.
   bool operator==(const Block& other) const noexcept { return closure_ == other.closure_; }
 
  private:
   struct ClosureBase : NSObject {
     virtual Result invoke(Arguments... arguments) = 0;
+    std::string className() const override { return "Block"; }
   };
   template <class Callable>
   struct Closure final : ClosureBase {

@@ -48,5 +48,7 @@
 #include <ZEBUtilities/ZEBStopwatch.h>
 #include <ZEBUtilities/ZEBSwizzle.h>
 #include <ZEBUtilities/ZEBThread.h>
+#include <ZEBUtilities/ZEBTimer.h>
+#include <ZEBUtilities/ZEBTimerAction.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 #include <ZEBUtilities/ZEBWeakValueObject.h>

@@ -13,6 +13,7 @@ namespace zeb::test {
 
 constinit thread_local std::uint64_t fakeClock = 0;
 constinit thread_local std::uint64_t fakeClockStep = 0;
+constinit thread_local std::int64_t fakeDate = 0;
 
 // Written before any initialiser of this program runs.
 static constinit char systemLog[1000] = {};
@@ -25,6 +26,10 @@ std::string greetingAtLoad() { return systemLog; }
 
 extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
   using namespace zeb::test;
+  if (clock == CLOCK_REALTIME && fakeDate != 0) {
+    *now = {fakeDate, 0};
+    return 0;
+  }
   if (clock != CLOCK_MONOTONIC || fakeClock == 0) {
     return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
   }

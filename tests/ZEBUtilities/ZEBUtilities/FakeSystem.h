@@ -9,6 +9,8 @@ namespace zeb::test {
 extern constinit thread_local std::uint64_t fakeClock;
 /// What each reading, itself included, adds to it.
 extern constinit thread_local std::uint64_t fakeClockStep;
+/// The calling thread's wall clock in seconds since 1970; goes by the real one while this is 0.
+extern constinit thread_local std::int64_t fakeDate;
 
 /// What the system's log got while the library was loaded: "priority:text" for each line.
 std::string greetingAtLoad();

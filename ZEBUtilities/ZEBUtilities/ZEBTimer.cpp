@@ -1,0 +1,351 @@
+#include <Linux/DynamicLoader.h>
+#include <Logging/OLGLogging.h>
+#include <RunLoop/NSNotificationCenter.h>
+#include <Runtime/Registration.h>
+#include <Runtime/Send.h>
+#include <ZEBUtilities/ZEBFrameworkLoading.h>
+#include <ZEBUtilities/ZEBProcessEnvironment.h>
+#include <ZEBUtilities/ZEBTimer.h>
+#include <ZEBUtilities/ZEBUtilitiesConstants.h>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace zeb {
+
+namespace {
+
+constexpr const char* sourceFile = "ZEBUtilities/ZEBUtilities/ZEBTimer";
+
+/// Opened when the first timer is made, for good; null in extensions.
+ZEBLibraryHandle uiKit() {
+  static const ZEBLibraryHandle handle = []() -> ZEBLibraryHandle {
+    if (ZEBAmIRunningInAnExtension()) return nullptr;
+    const NSString own = ZEBFrameworksDirectory();
+    // By its path: a bare name would be looked for in the current folder too.
+    return ZEBLoadFramework("/System/Library/Frameworks/UIKit.framework",
+                            dynamicLoaderLazyLocalMode, own.isNil() ? NSArray() : NSArray{own});
+  }();
+  return handle;
+}
+
+/// What the framework calls the notification; nil when it does not know it.
+NSString notificationName(const char* symbol) {
+  const auto* name = static_cast<const char* const*>(symbolInSharedObject(uiKit(), symbol));
+  return name ? NSString(*name) : NSString();
+}
+
+/// Cut to what the number holds; nothing is no time.
+std::int64_t nanoseconds(NSTimeInterval seconds) noexcept {
+  constexpr auto most = std::numeric_limits<std::int64_t>::max();
+  const double exact = seconds * 1e9;
+  if (std::isnan(exact)) return 0;
+  if (exact >= static_cast<double>(most)) return most;
+  if (exact <= -static_cast<double>(most)) return -most;
+  return static_cast<std::int64_t>(exact);
+}
+
+std::uint64_t nanosecondsFromZero(NSTimeInterval seconds) noexcept {
+  return static_cast<std::uint64_t>(std::max<std::int64_t>(nanoseconds(seconds), 0));
+}
+
+}  // namespace
+
+void ZEBTimerAction::operator()(NSObject& target, const Ref<ZEBTimer>& timer) const {
+  if (member_) {
+    member_(target, timer);
+  } else if (selector_) {
+    performSelector(target, selector_, timer);
+  }
+}
+
+ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, const Ref<NSObject>& target,
+                   ZEBTimerAction selector, Value userInfo, ZEBTimerBlock block, bool repeats,
+                   ZEBTimerBackgroundingBehavior backgroundingBehavior)
+    : target_(target),
+      action_(std::move(selector)),
+      userInfo_(std::move(userInfo)),
+      repeats_(repeats),
+      timeInterval_(interval),
+      backgroundingBehavior_(uiKit() ? backgroundingBehavior : ZEBTimerBackgroundingBehaviorNone),
+      block_(std::move(block)),
+      fireDate_(fireDate) {
+  if (backgroundingBehavior_ != ZEBTimerBackgroundingBehaviorNone) observeBackgrounding();
+}
+
+ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, const Ref<NSObject>& target,
+                   ZEBTimerAction selector, Value userInfo, bool repeats,
+                   ZEBTimerBackgroundingBehavior backgroundingBehavior)
+    : ZEBTimer(fireDate, interval, target, std::move(selector), std::move(userInfo), nullptr,
+               repeats, backgroundingBehavior) {}
+
+ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, ZEBTimerBlock block,
+                   bool repeats, ZEBTimerBackgroundingBehavior backgroundingBehavior)
+    : ZEBTimer(fireDate, interval, nullptr, nullptr, nullptr, std::move(block), repeats,
+               backgroundingBehavior) {}
+
+ZEBTimer::~ZEBTimer() { invalidateForGood(); }
+
+Class* ZEBTimer::runtimeClass() {
+  static Class* const cls = registerClass(
+      "ZEBTimer",
+      {
+          property("target", &ZEBTimer::target),
+          property("userInfo", &ZEBTimer::userInfo),
+          property("repeats", &ZEBTimer::repeats),
+          property("timeInterval", &ZEBTimer::timeInterval),
+          property("backgroundingBehavior", &ZEBTimer::backgroundingBehavior),
+          property("fireDate", &ZEBTimer::fireDate, &ZEBTimer::setFireDate),
+          property("tolerance", &ZEBTimer::tolerance, &ZEBTimer::setTolerance),
+          property("shouldSilenceLogging", &ZEBTimer::shouldSilenceLogging,
+                   &ZEBTimer::setShouldSilenceLogging),
+          property("backgroundDate", &ZEBTimer::backgroundDate, &ZEBTimer::setBackgroundDate),
+          method("scheduleWithCurrentRunLoop", &ZEBTimer::scheduleWithCurrentRunLoop),
+          method("fire", &ZEBTimer::fire),
+          method("invalidate", &ZEBTimer::invalidate),
+          method("isValid", &ZEBTimer::isValid),
+      });
+  return cls;
+}
+
+ZEBTimerBlock ZEBTimer::block() const {
+  const std::lock_guard guard(mutex_);
+  return block_;
+}
+
+void ZEBTimer::setBlock(ZEBTimerBlock block) {
+  const std::lock_guard guard(mutex_);
+  std::swap(block_, block);  // the old one dies after the lock
+}
+
+NSDate ZEBTimer::fireDate() const {
+  const std::lock_guard guard(mutex_);
+  return fireDate_;
+}
+
+NSTimeInterval ZEBTimer::tolerance() const {
+  const std::lock_guard guard(mutex_);
+  return tolerance_;
+}
+
+NSDate ZEBTimer::backgroundDate() const {
+  const std::lock_guard guard(mutex_);
+  return backgroundDate_;
+}
+
+void ZEBTimer::setBackgroundDate(const NSDate& date) {
+  const std::lock_guard guard(mutex_);
+  backgroundDate_ = date;
+}
+
+bool ZEBTimer::isValid() const {
+  const std::lock_guard guard(mutex_);
+  return isValidNow();
+}
+
+bool ZEBTimer::isValidNow() const {
+  if (gcdSource_) return true;
+  return nsTimer_ ? nsTimer_->isValid() : !timerWasCreated_;
+}
+
+void ZEBTimer::scheduleWithRunLoop(const Ref<NSRunLoop>& runLoop, const NSString& mode) {
+  const Ref<NSRunLoop> loop = runLoop ? runLoop : NSRunLoop::currentRunLoop();
+  const NSString modeName = mode.isNil() ? NSString(NSDefaultRunLoopMode) : mode.copy();
+  Ref<NSRunLoop> stored = loop;  // the one before is released after the lock
+  Ref<NSTimer> timer;
+  {
+    const std::lock_guard guard(mutex_);
+    if (!isValidNow() || gcdSource_) return;
+    timer = nsTimer();
+    targetRunLoopMode_ = modeName;
+    std::swap(targetRunLoop_, stored);
+  }
+  loop->addTimer(timer, modeName);
+}
+
+Ref<NSTimer> ZEBTimer::nsTimer() {
+  if (!std::exchange(timerWasCreated_, true)) {
+    // Keeps this timer until the run loop's one is invalidated.
+    nsTimer_ = makeRef<NSTimer>(
+        fireDate_, timeInterval_, repeats_,
+        [self = Ref(this)](const Ref<NSTimer>& timer) { self->_timerDidFire(timer); }, userInfo_);
+    if (tolerance_ > 0) nsTimer_->setTolerance(tolerance_);
+  }
+  return nsTimer_;
+}
+
+void ZEBTimer::applyToQueue(const dispatch_queue_t& queue) {
+  dispatch_queue_t target =
+      queue ? queue : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  const std::lock_guard guard(mutex_);
+  if (!isValidNow() || nsTimer_ || gcdSource_) return;
+  std::swap(targetGCDQueue_, target);
+  setUpGCDTimer(targetGCDQueue_);
+  timerWasCreated_ = true;
+}
+
+void ZEBTimer::setUpGCDTimer(const dispatch_queue_t& queue) {
+  gcdSource_ = dispatch_source_create_timer(queue);
+  applyGCDTimerToSource();
+  dispatch_source_set_event_handler(gcdSource_, [weak = WeakRef<ZEBTimer>(this)] {
+    if (const Ref<ZEBTimer> timer = weak.lock()) timer->_fireInternal();
+  });
+  dispatch_resume(gcdSource_);
+}
+
+void ZEBTimer::applyGCDTimerToSource() const {
+  const NSTimeInterval delay = fireDate_.timeIntervalSinceDate(NSDate::date());
+  const std::int64_t untilStart = fireDate_.isNil() ? 0 : nanoseconds(delay);
+  const std::uint64_t interval =
+      repeats_ ? nanosecondsFromZero(timeInterval_) : DISPATCH_TIME_FOREVER;
+  dispatch_source_set_timer(gcdSource_, dispatch_time(DISPATCH_TIME_NOW, untilStart), interval,
+                            nanosecondsFromZero(tolerance_));
+}
+
+void ZEBTimer::setFireDate(const NSDate& date) {
+  const std::lock_guard guard(mutex_);
+  if (date.isIdenticalTo(fireDate_)) return;
+  fireDate_ = date;
+  if (gcdSource_) {
+    applyGCDTimerToSource();
+  } else if (nsTimer_) {
+    nsTimer_->setFireDate(date);
+  }
+}
+
+void ZEBTimer::setTolerance(NSTimeInterval tolerance) {
+  const std::lock_guard guard(mutex_);
+  if (tolerance == tolerance_) return;
+  tolerance_ = tolerance;
+  if (gcdSource_) {
+    applyGCDTimerToSource();
+  } else if (nsTimer_) {
+    nsTimer_->setTolerance(tolerance);
+  }
+}
+
+void ZEBTimer::fire() {
+  if (isValid()) _fireInternal();
+}
+
+void ZEBTimer::_timerDidFire(const Ref<NSTimer>&) { _fireInternal(); }
+
+void ZEBTimer::_fireInternal() {
+  // The queue, or the run loop, and somebody's `fire()` may come here at once.
+  if (!repeats_ && hasFired_.exchange(true, std::memory_order_relaxed)) return;
+  const Ref<ZEBTimer> self(this);
+  const Ref<NSObject> target = target_.lock();
+  const ZEBTimerBlock block = this->block();
+  if (block) {
+    logFiring("(%@): fired with block: %@");
+    block(self);
+  } else if (target && action_) {
+    logFiring("(%@): fired: %@");
+    action_(*target, self);
+  } else {
+    logFiring("(%@): fired for deallocated target; invalidating: %@");
+    invalidate();
+    return;
+  }
+  if (!repeats_) invalidate();
+}
+
+void ZEBTimer::logFiring(const char* format) const {
+  const char* channel = ZEBUtilitiesLoggingChannel_Timer;
+  if (shouldSilenceLogging() || !OLGCanLog(nullptr, OLGLevelDebug, channel)) return;
+  OLGLogEx(nullptr, OLGLevelDebug, channel, sourceFile, "-[ZEBTimer _fireInternal]", __LINE__,
+           format, *this, _logProperties());
+}
+
+std::string ZEBTimer::_logProperties() const {
+  const Ref<NSObject> target = target_.lock();
+  return formattedText("timeInterval=%0.1f target=%@ selector=%@ block=%@",
+                       {timeInterval_, target ? target->className() : std::string("nil"),
+                        selector() ? selector().name() : "NULL", block().description()});
+}
+
+void ZEBTimer::invalidate() {
+  const Ref<ZEBTimer> self(this);  // the run loop may be the last one that keeps it
+  invalidateForGood();
+}
+
+void ZEBTimer::invalidateForGood() {
+  _invalidate(false);
+  ZEBTimerBlock released;  // dies after the lock
+  const std::lock_guard guard(mutex_);
+  backgroundDate_ = nullptr;
+  std::swap(block_, released);
+}
+
+bool ZEBTimer::_invalidate(bool forBackgrounding) {
+  dispatch_source_t source;
+  Ref<NSTimer> timer;
+  {
+    const std::lock_guard guard(mutex_);
+    if (forBackgrounding) {
+      // What was invalidated for good must not come back.
+      if (!isValidNow()) return false;
+      backgroundDate_ = NSDate::date();
+    }
+    if (!std::exchange(timerWasCreated_, !forBackgrounding)) return false;
+    std::swap(source, gcdSource_);
+    std::swap(timer, nsTimer_);
+  }
+  dispatch_source_cancel(source);
+  if (timer) timer->invalidate();
+  return true;
+}
+
+void ZEBTimer::observeBackgrounding() {
+  const auto observe = [this](const char* symbol, auto handle) {
+    const NSString name = notificationName(symbol);
+    // No name would mean every notification.
+    if (name.isNil()) return;
+    NSNotificationCenter::defaultCenter()->addObserver(
+        Ref<NSObject>(this),
+        [this, handle](const Ref<NSNotification>& notification) { (this->*handle)(notification); },
+        name);
+  };
+  observe("UIApplicationDidEnterBackgroundNotification", &ZEBTimer::_applicationDidBackground);
+  observe("UIApplicationWillEnterForegroundNotification", &ZEBTimer::_applicationWillForeground);
+}
+
+void ZEBTimer::_applicationDidBackground(const Ref<NSNotification>&) {
+  if (backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorPause ||
+      backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorReset) {
+    _invalidate(true);
+  }
+}
+
+void ZEBTimer::_applicationWillForeground(const Ref<NSNotification>&) {
+  NSTimeInterval delay = 0;
+  dispatch_queue_t queue;
+  Ref<NSRunLoop> runLoop;
+  NSString mode;
+  {
+    const std::lock_guard guard(mutex_);
+    const NSDate pausedAt = std::exchange(backgroundDate_, nullptr);
+    if (pausedAt.isNil() || !isValidNow()) return;
+    delay = delayAfter(pausedAt);
+    queue = targetGCDQueue_;
+    runLoop = targetRunLoop_;
+    mode = targetRunLoopMode_;
+  }
+  setFireDate(NSDate::date().dateByAddingTimeInterval(delay));
+  if (queue) {
+    applyToQueue(queue);
+  } else {
+    scheduleWithRunLoop(runLoop, mode);
+  }
+}
+
+NSTimeInterval ZEBTimer::delayAfter(const NSDate& backgroundDate) const {
+  if (backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorReset) return timeInterval_;
+  const NSTimeInterval overdue = backgroundDate.timeIntervalSinceDate(fireDate_);
+  if (overdue < 0) return -overdue;
+  // Deliberately not what is left until the next multiple of the interval.
+  return timeInterval_ > 0 ? std::fmod(overdue, timeInterval_) : 0;
+}
+
+}  // namespace zeb

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <Memory/Block.h>
+#include <RunLoop/RunLoopDescriptorSource.h>
+
+#include <initializer_list>
+
+/// Has the signals handled on the calling thread's run loop, as events among others, instead of interrupting
+/// whatever runs. To be made once, before other threads are started: they inherit what is blocked here.
+zeb::Ref<zeb::RunLoopDescriptorSource> handleSignals(std::initializer_list<int> signals,
+                                                     zeb::Block<void(int signal)> handler);
