@@ -1,10 +1,9 @@
-// Reads a feed, makes objects of it, archives them, reads them back, and shows what it found.
+// Receives a feed, makes objects of it, archives them, reads them back, and shows what it found.
 
 #include <Foundation/Format.h>
 #include <Logging/OLGLogging.h>
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiver.h>
-#include <ZEBUtilities/ZEBJSONSerialization.h>
 
 #include <cerrno>
 #include <csignal>
@@ -14,6 +13,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "Arrival.h"
 #include "BundledFeed.h"
 #include "Files.h"
 #include "Report.h"
@@ -28,17 +28,6 @@ constexpr const char* usage =
     "usage: timeline [--keep] [file…]\n"
     "Shows a feed, or what any other JSON file consists of; without a file, a feed of its own.\n"
     "  --keep  leave the archive in the temporary directory and tell its path\n";
-
-Value parsed(const NSData& data) {
-  // No data is no error to the serializer: it is what an answer without a body has.
-  if (data.isEmpty()) throw std::runtime_error("No value at line 1, column 1 (byte offset 0).");
-  constexpr bool permitMainThread = true;  // nobody waits for this program's main thread
-  NSError error;
-  const Value document = ZEBJSONSerialization::JSONObjectWithData(
-      data, permitMainThread, NSJSONReadingFragmentsAllowed, &error);
-  if (document.isNil()) throw error;
-  return document;
-}
 
 /// Sends the objects through a file and back.
 void archive(const Timeline& timeline, bool keepsArchive, Steps& steps) {
@@ -63,34 +52,6 @@ void archive(const Timeline& timeline, bool keepsArchive, Steps& steps) {
   steps.remark(NSString::stringWithFormat("equal, with as many authors: %tu", authors->count()));
 }
 
-/// About the bundled feed when `path` is null.
-std::string report(const std::string* path, bool keepsArchive, const Screen& screen) {
-  std::ostringstream out;
-  Steps steps;
-  steps.start();
-  const NSData data = path ? contentsOfFile(*path) : NSData::dataWithBytes(bundledFeed);
-  steps.finish("read", data.length());
-  steps.start();
-  const Value document = parsed(data);
-  steps.finish("parse", data.length());
-
-  if (FeedReader::canRead(document)) {
-    FeedReader reader;
-    steps.start();
-    const Timeline timeline = reader.timeline(document);
-    steps.finish("build", data.length());
-    steps.remark(NSString::stringWithFormat("posts: %tu, authors: %tu", timeline.posts.size(),
-                                            reader.authorCount()));
-    archive(timeline, keepsArchive, steps);
-    printTimeline(out, screen, timeline, reader.gaps());
-  } else {
-    printOverview(out, screen, document);
-  }
-  out << '\n';
-  steps.print(out, screen);
-  return out.str();
-}
-
 /// Writes to standard output. A reader that has seen enough, such as `head`, is no failure.
 bool show(const std::string& text) {
   const bool isTaken = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
@@ -99,10 +60,39 @@ bool show(const std::string& text) {
   return false;
 }
 
+/// Shows the file's document, or the bundled feed when `path` is null.
+bool showDocument(const std::string* path, bool keepsArchive, const Screen& screen) {
+  std::ostringstream out;
+  Steps steps;
+  steps.start();
+  const NSData data = path ? contentsOfFile(*path) : NSData::dataWithBytes(bundledFeed);
+  steps.finish("read", data.length());
+
+  bool isShown = false;
+  receive(data, screen, steps, [&](const Value& document) {
+    if (FeedReader::canRead(document)) {
+      FeedReader reader;
+      steps.start();
+      const Timeline timeline = reader.timeline(document);
+      steps.finish("build", data.length());
+      steps.remark(NSString::stringWithFormat("posts: %tu, authors: %tu", timeline.posts.size(),
+                                              reader.authorCount()));
+      archive(timeline, keepsArchive, steps);
+      printTimeline(out, screen, timeline, reader.gaps());
+    } else {
+      printOverview(out, screen, document);
+    }
+    out << '\n';
+    steps.print(out, screen);
+    isShown = show(out.str());
+  });
+  return isShown;
+}
+
 bool showReport(const std::string* path, bool keepsArchive, const Screen& screen) {
   NSString reason;
   try {
-    return show(report(path, keepsArchive, screen));
+    return showDocument(path, keepsArchive, screen);
   } catch (const std::bad_alloc&) {
     reason = "Not enough memory";
   } catch (const std::exception& error) {
