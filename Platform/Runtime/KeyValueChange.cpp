@@ -18,17 +18,20 @@ Value orNull(const Value& value) { return value ? value : Value(NSNull::null());
 
 const NSDictionary& KeyValueChange::dictionary() const {
   if (dictionary_) return dictionary_;
-  static const Value kindKey(NSKeyValueChangeKindKey);
-  static const Value newKey(NSKeyValueChangeNewKey);
-  static const Value oldKey(NSKeyValueChangeOldKey);
-  static const Value priorKey(NSKeyValueChangeNotificationIsPriorKey);
+  struct Keys {
+    const Value kind{NSKeyValueChangeKindKey};
+    const Value fresh{NSKeyValueChangeNewKey};
+    const Value old{NSKeyValueChangeOldKey};
+    const Value isPrior{NSKeyValueChangeNotificationIsPriorKey};
+  };
+  static const Keys& keys = *new Keys;  // never destroyed: properties change until the very end
 
   DictionaryEntry entries[4];
   std::size_t count = 0;
-  entries[count++] = {kindKey, std::uint64_t{kind()}};
-  if (newValue_) entries[count++] = {newKey, orNull(*newValue_)};
-  if (oldValue_) entries[count++] = {oldKey, orNull(*oldValue_)};
-  if (isPrior_) entries[count++] = {priorKey, true};
+  entries[count++] = {keys.kind, std::uint64_t{kind()}};
+  if (newValue_) entries[count++] = {keys.fresh, orNull(*newValue_)};
+  if (oldValue_) entries[count++] = {keys.old, orNull(*oldValue_)};
+  if (isPrior_) entries[count++] = {keys.isPrior, true};
   return dictionary_ = NSDictionary::dictionaryWithEntries(std::span(entries, count));
 }
 

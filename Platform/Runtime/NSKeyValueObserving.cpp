@@ -34,7 +34,7 @@ void addObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& obs
   // Keys that are unknown now are to be found before anything is registered.
   if (observation->isAlongPath()) (void)observation->valueFrom(object, 0);
   detail::Observations::of(*object).add(*object, observation->keyAt(0),
-                                        makeRef<detail::Registration>(observation, 0));
+                                        makeRef<detail::Registration>(observation, std::size_t{0}));
   if (observation->isAlongPath()) observation->followPath();
 
   if (!observation->wants(NSKeyValueObservingOptionInitial)) return;

@@ -34,6 +34,9 @@ inline const Value& asValue(const Value& value) { return value; }
 
 template <class Result>
 Result asResult(const Value& receiver, SEL selector, const Value& result) {
+  static_assert(
+      !std::is_reference_v<Result> && (!std::is_pointer_v<Result> || std::same_as<Result, Class*>),
+      "nobody else may own the result: ask for a Ref");
   if constexpr (!std::is_void_v<Result>) {
     return convert<Result>(result, [&](const std::type_info& wanted) {
       raiseWrongResult(receiver, selector, result, wanted);

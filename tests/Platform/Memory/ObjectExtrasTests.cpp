@@ -15,10 +15,10 @@ TEST(WeakRef, TellsEmptyFromAliveFromDead) {
   const WeakRef<Probe> copy = weak;
   Ref<Probe> locked = copy.lock();
   strong = nullptr;
-  EXPECT_TRUE(locked && deaths == 0);
+  EXPECT_TRUE(locked && deaths == 0 && weak.isAlive());
   locked = nullptr;
   EXPECT_EQ(deaths, 1);
-  EXPECT_FALSE(weak.isEmpty() || weak.lock() || copy.lock());
+  EXPECT_FALSE(weak.isEmpty() || weak.isAlive() || weak.lock() || copy.lock());
 }
 
 struct LooksAtItself : NSObject {
