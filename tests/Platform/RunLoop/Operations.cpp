@@ -124,17 +124,18 @@ TEST(NSOperation, WaitsForWhatItDependsOn) {
 TEST(NSOperation, FinishesUnrunWhenCancelled) {
   const auto queue = makeRef<NSOperationQueue>();
   const auto neverStarted = operation();
-  std::atomic<int> runs = 0, completions = 0;
+  std::atomic<int> runs = 0;
+  std::latch completed(1);
   const auto cancelled = operation([&] { ++runs; }), after = operation([&] { runs += 10; });
   cancelled->addDependency(neverStarted);
-  cancelled->setCompletionBlock([&] { ++completions; });
+  cancelled->setCompletionBlock([&] { completed.count_down(); });
   after->addDependency(cancelled);
   queue->addOperations({after, cancelled}, false);
   EXPECT_FALSE(cancelled->isReady());
   cancelled->cancel();
   queue->waitUntilAllOperationsAreFinished();
   EXPECT_EQ(runs, 10);
-  EXPECT_EQ(completions, 1);
+  completed.wait();
   EXPECT_EQ(state(*cancelled), "ready cancelled finished ");
 
   const auto cancelledBefore = operation([&] { ++runs; });
