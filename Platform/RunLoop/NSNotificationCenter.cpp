@@ -149,71 +149,86 @@ void NSNotificationCenter::add(const NSString& name, const void* observer,
 void NSNotificationCenter::removeObserver(const Ref<NSObject>& observer, const NSString& name,
                                           const Value& object) {
   if (!observer) return;
-  removeEntries(name, [&, wanted = detail::ObjectExtras::ifAny(*observer)](const Entry& entry) {
+  const auto isUnwanted = [&, wanted = detail::ObjectExtras::ifAny(*observer)](const Entry& entry) {
     return entry.observer == wanted &&
            (object.isNil() || entry.registration->filter().isSameAs(object));
-  });
+  };
+  if (name.isNil()) {
+    removeEntries(isUnwanted);
+  } else {
+    removeEntriesForName(name, isUnwanted);
+  }
 }
 
 void NSNotificationCenter::removeDead() {
   std::vector<Ref<NSObject>> alive;
-  removeEntries(nullptr, [&](const Entry& entry) { return entry.registration->isDead(alive); });
+  removeEntries([&](const Entry& entry) { return entry.registration->isDead(alive); });
   std::lock_guard guard(mutex_);
   countForSweep_ = std::max(smallestSweep, 2 * count_);
 }
 
 template <class Predicate>
-void NSNotificationCenter::removeEntries(const NSString& name, const Predicate& isUnwanted) {
+void NSNotificationCenter::removeEntries(const Predicate& isUnwanted) {
   std::vector<Entry> removed;  // released after the lock: a block's destruction may come back here
   std::lock_guard guard(mutex_);
-  auto list = name.isNil() ? listsByName_.begin() : listsByName_.find(name);
-  while (list != listsByName_.end()) {
-    removeEntries(list->second, isUnwanted, removed);
-    list = list->second->entries.empty() ? listsByName_.erase(list) : std::next(list);
-    if (!name.isNil()) break;
+  for (auto list = listsByName_.begin(); list != listsByName_.end();) {
+    list = removeEntries(list, isUnwanted, removed);
   }
-  for (const Entry& entry : removed) entry.registration->setRemoved();
-  count_ -= removed.size();
 }
 
 template <class Predicate>
-void NSNotificationCenter::removeEntries(Ref<List>& list, const Predicate& isUnwanted,
-                                         std::vector<Entry>& removed) {
-  if (std::ranges::none_of(list->entries, isUnwanted)) return;
-  if (!list->isUniquelyReferenced()) list = makeRef<List>(list->entries);
-  const auto unwanted = std::ranges::stable_partition(list->entries, std::not_fn(isUnwanted));
-  removed.insert(removed.end(), std::move_iterator(unwanted.begin()),
-                 std::move_iterator(unwanted.end()));
-  list->entries.erase(unwanted.begin(), unwanted.end());
+void NSNotificationCenter::removeEntriesForName(const NSString& name, const Predicate& isUnwanted) {
+  std::vector<Entry> removed;
+  std::lock_guard guard(mutex_);
+  const auto list = listsByName_.find(name);
+  if (list != listsByName_.end()) removeEntries(list, isUnwanted, removed);
+}
+
+/// Answers the next list.
+template <class Predicate>
+NSNotificationCenter::Lists::iterator NSNotificationCenter::removeEntries(
+    Lists::iterator list, const Predicate& isUnwanted, std::vector<Entry>& removed) {
+  Ref<List>& entries = list->second;
+  if (std::ranges::none_of(entries->entries, isUnwanted)) return std::next(list);
+  if (!entries->isUniquelyReferenced()) entries = makeRef<List>(entries->entries);
+  const auto unwanted = std::ranges::stable_partition(entries->entries, std::not_fn(isUnwanted));
+  for (Entry& entry : unwanted) {
+    entry.registration->setRemoved();
+    removed.push_back(std::move(entry));
+  }
+  count_ -= unwanted.size();
+  entries->entries.erase(unwanted.begin(), unwanted.end());
+  return entries->entries.empty() ? listsByName_.erase(list) : std::next(list);
 }
 
 void NSNotificationCenter::postNotification(const Ref<NSNotification>& notification) {
   if (!notification) raiseInvalidArgument("there is no notification to post");
   const Ref<NSNotification> posted = notification;  // an observer may drop the caller's
+  const NSString names[] = {posted->name(), nullptr};
   Ref<List> lists[2];
   {
     std::lock_guard guard(mutex_);
-    lists[0] = listForName(posted->name());
-    lists[1] = listForName(nullptr);
-  }
-  bool areAllAlive = true;
-  for (const Ref<List>& list : lists) {
-    if (!list) continue;
-    for (const Entry& entry : list->entries) {
-      areAllAlive = entry.registration->deliver(posted) && areAllAlive;
+    for (const std::size_t index : {0, 1}) {
+      const auto found = listsByName_.find(names[index]);
+      if (found != listsByName_.end()) lists[index] = found->second;
     }
   }
-  if (!areAllAlive) removeDead();
+  for (const std::size_t index : {0, 1}) {
+    if (!lists[index]) continue;
+    std::vector<const Registration*> dead;
+    for (const Entry& entry : lists[index]->entries) {
+      if (!entry.registration->deliver(posted)) dead.push_back(entry.registration.get());
+    }
+    if (dead.empty()) continue;
+    removeEntriesForName(names[index], [&](const Entry& entry) {
+      return std::ranges::find(dead, entry.registration.get()) != dead.end();
+    });
+  }
 }
 
 void NSNotificationCenter::postNotificationName(const NSString& name, const Value& object,
                                                 const NSDictionary& userInfo) {
   postNotification(makeRef<NSNotification>(name, object, userInfo));
-}
-
-Ref<NSNotificationCenter::List> NSNotificationCenter::listForName(const NSString& name) const {
-  const auto found = listsByName_.find(name);
-  return found == listsByName_.end() ? nullptr : found->second;
 }
 
 }  // namespace zeb

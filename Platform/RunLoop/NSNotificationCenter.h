@@ -66,18 +66,20 @@ class NSNotificationCenter : public NSObject {
   class Registration;
   struct Entry;
   struct List;
+  using Lists = std::unordered_map<NSString, Ref<List>>;
 
   void add(const NSString& name, const void* observer, Ref<Registration> registration);
   void removeDead();
   template <class Predicate>
-  void removeEntries(const NSString& name, const Predicate& isUnwanted);
+  void removeEntries(const Predicate& isUnwanted);
   template <class Predicate>
-  static void removeEntries(Ref<List>& list, const Predicate& isUnwanted,
-                            std::vector<Entry>& removed);
-  Ref<List> listForName(const NSString& name) const;
+  void removeEntriesForName(const NSString& name, const Predicate& isUnwanted);
+  template <class Predicate>
+  Lists::iterator removeEntries(Lists::iterator list, const Predicate& isUnwanted,
+                                std::vector<Entry>& removed);
 
-  mutable std::mutex mutex_;
-  std::unordered_map<NSString, Ref<List>> listsByName_;  ///< under nil: those for every name
+  std::mutex mutex_;
+  Lists listsByName_;  ///< under nil: those for every name
   std::size_t count_ = 0;
   std::size_t countForSweep_;  ///< at how many registrations the dead ones are looked for
 };
