@@ -55,15 +55,12 @@ class NSNotificationCenter::Registration final : public NSObject {
 
   const ObjectFilter& filter() const noexcept { return filter_; }
   void setRemoved() noexcept { isRemoved_.store(true, std::memory_order_release); }
+  bool isRemoved() const noexcept { return isRemoved_.load(std::memory_order_acquire); }
 
-  /// Whether there was somebody, or may be, to deliver to.
-  bool deliver(const Ref<NSNotification>& notification) {
-    if (!filter_.admits(notification->object())) return true;
+  void deliver(const Ref<NSNotification>& notification) {
+    if (isRemoved() || !filter_.admits(notification->object())) return;
     if (!queue_) return call(notification);
-    if (!isRemoved_.load(std::memory_order_acquire)) {
-      queue_->addOperationWithBlock([self = Ref(this), notification] { self->call(notification); });
-    }
-    return true;
+    queue_->addOperationWithBlock([self = Ref(this), notification] { self->call(notification); });
   }
 
   /// Whether it can never be called again. What it locked to find out is left in `alive`, because releasing
@@ -77,12 +74,14 @@ class NSNotificationCenter::Registration final : public NSObject {
   }
 
  private:
-  bool call(const Ref<NSNotification>& notification) {
-    if (isRemoved_.load(std::memory_order_acquire)) return true;
+  void call(const Ref<NSNotification>& notification) {
+    if (isRemoved()) return;
     const Ref<NSObject> observer = observer_.lock();
-    if (!observer && !observer_.isEmpty()) return false;
-    block_(notification);
-    return true;
+    if (observer || observer_.isEmpty()) {
+      block_(notification);
+    } else {
+      setRemoved();  // it has died
+    }
   }
 
   const WeakRef<NSObject> observer_;  ///< empty for a token
@@ -215,14 +214,16 @@ void NSNotificationCenter::postNotification(const Ref<NSNotification>& notificat
   }
   for (const std::size_t index : {0, 1}) {
     if (!lists[index]) continue;
-    std::vector<const Registration*> dead;
+    bool hasRemoved = false;
     for (const Entry& entry : lists[index]->entries) {
-      if (!entry.registration->deliver(posted)) dead.push_back(entry.registration.get());
+      entry.registration->deliver(posted);
+      hasRemoved = hasRemoved || entry.registration->isRemoved();
     }
-    if (dead.empty()) continue;
-    removeEntriesForName(names[index], [&](const Entry& entry) {
-      return std::ranges::find(dead, entry.registration.get()) != dead.end();
-    });
+    // Those whose observers have died; others have been taken out already.
+    if (hasRemoved) {
+      removeEntriesForName(names[index],
+                           [](const Entry& entry) { return entry.registration->isRemoved(); });
+    }
   }
 }
 
