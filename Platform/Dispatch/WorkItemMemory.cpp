@@ -1,9 +1,10 @@
 #include <Dispatch/WorkItemMemory.h>
 
-#include <array>
 #include <atomic>
+#include <cstdint>
 #include <mutex>
 #include <new>
+#include <utility>
 
 // Sanitizers follow a block from its allocation to its release only if it is not used again in between.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -18,99 +19,116 @@ namespace zeb::detail {
 
 namespace {
 
-struct Block {
-  Block* next;
-};
+constexpr std::size_t pageSize = 4096;
+constexpr std::uint32_t blocksPerPage = pageSize / WorkItemMemory::blockSize - 1;
 
-/// Free blocks in a list.
-struct Batch {
-  Block* first = nullptr;
-  std::size_t count = 0;
+/// Blocks, and in the place of the first one what is known about them.
+struct alignas(pageSize) Page {
+  std::atomic<std::uint32_t> freed{0};  ///< its thread counts the blocks that it will not use
+  Page* next = nullptr;
 
-  void push(void* memory) noexcept {
-    first = new (memory) Block{first};
-    ++count;
+  static Page& of(void* block) noexcept {
+    return *reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(block) & ~(pageSize - 1));
   }
-  Block* pop() noexcept {
-    Block* block = first;
-    first = block->next;
-    --count;
-    return block;
-  }
-  void giveBack() noexcept {
-    while (count > 0) ::operator delete(pop());
+  void* block(std::uint32_t index) noexcept {
+    return reinterpret_cast<std::byte*>(this) + (index + 1) * WorkItemMemory::blockSize;
   }
 };
 
-constexpr std::size_t blocksPerBatch = 64;
-
-/// Full batches on their way from threads that free to threads that allocate; so many at most, and the rest
-/// goes back to the system.
-class Exchange {
+/// Free pages for all threads: so many at most, and the rest goes back to the system.
+class PagePool {
  public:
-  void put(Batch batch) noexcept {
+  static PagePool& shared() {
+    static auto* pool = new PagePool;
+    return *pool;
+  }
+
+  Page* take() {
     {
       std::lock_guard guard(mutex_);
-      const std::size_t count = count_.load(std::memory_order_relaxed);
-      if (count < batches_.size()) {
-        batches_[count] = batch;
-        count_.store(count + 1, std::memory_order_relaxed);
+      if (Page* const page = first_) {
+        first_ = page->next;
+        --count_;
+        return page;
+      }
+    }
+    return new Page;
+  }
+
+  void put(Page* page) noexcept {
+    page->freed.store(0, std::memory_order_relaxed);
+    {
+      std::lock_guard guard(mutex_);
+      if (count_ < mostPages) {
+        page->next = std::exchange(first_, page);
+        ++count_;
         return;
       }
     }
-    batch.giveBack();
-  }
-
-  Batch take() noexcept {
-    if (count_.load(std::memory_order_relaxed) == 0) return {};
-    std::lock_guard guard(mutex_);
-    const std::size_t count = count_.load(std::memory_order_relaxed);
-    if (count == 0) return {};
-    count_.store(count - 1, std::memory_order_relaxed);
-    return batches_[count - 1];
+    delete page;
   }
 
  private:
+  static constexpr std::size_t mostPages = 1024;
+
   std::mutex mutex_;
-  std::atomic<std::size_t> count_{0};
-  std::array<Batch, 64> batches_;
+  Page* first_ = nullptr;
+  std::size_t count_ = 0;
 };
 
-Exchange& exchange() {
-  static auto* instance = new Exchange;
-  return *instance;
+void addFreed(Page& page, std::uint32_t count) noexcept {
+  if (page.freed.fetch_add(count, std::memory_order_acq_rel) + count == blocksPerPage) {
+    PagePool::shared().put(&page);
+  }
 }
 
-/// What a thread keeps: two batches, so that it does not exchange one at every turn of its luck.
-struct ThreadBlocks {
-  Batch current;
-  Batch spare;
+/// What a thread is at.
+struct ThreadPages {
+  Page* source = nullptr;  ///< of new blocks
+  std::uint32_t used = blocksPerPage;
+  Page* freeing = nullptr;  ///< the page of the last freed blocks, which does not know of them yet
+  std::uint32_t freed = 0;
   bool isOver = false;
 };
-constinit thread_local ThreadBlocks blocks;
+constinit thread_local ThreadPages pages;
 
-/// Gives the thread's blocks back at its end.
 struct AtThreadEnd {
   ~AtThreadEnd() {
-    blocks.isOver = true;
-    blocks.current.giveBack();
-    blocks.spare.giveBack();
+    pages.isOver = true;
+    if (pages.freeing) addFreed(*pages.freeing, pages.freed);
+    if (pages.used < blocksPerPage) addFreed(*pages.source, blocksPerPage - pages.used);
   }
   /// Only what is used is made, and destroyed.
   void use() noexcept {}
 };
 thread_local AtThreadEnd atThreadEnd;
 
+[[maybe_unused]] void* allocateFromNewPage() {
+  Page* const page = PagePool::shared().take();
+  if (pages.isOver) {
+    addFreed(*page, blocksPerPage - 1);
+    return page->block(0);
+  }
+  atThreadEnd.use();
+  pages.source = page;
+  pages.used = 1;
+  return page->block(0);
+}
+
+[[maybe_unused]] void freeInOtherPage(Page& page) noexcept {
+  if (pages.isOver) return addFreed(page, 1);
+  atThreadEnd.use();
+  if (pages.freeing) addFreed(*pages.freeing, pages.freed);
+  pages.freeing = &page;
+  pages.freed = 1;
+}
+
 }  // namespace
 
 void* WorkItemMemory::allocate() {
 #if ZEB_REUSE_BLOCKS
-  if (blocks.current.count == 0) {
-    std::swap(blocks.current, blocks.spare);
-    if (blocks.current.count == 0) blocks.current = exchange().take();
-    if (blocks.current.count == 0) return ::operator new(blockSize);
-  }
-  return blocks.current.pop();
+  if (pages.used == blocksPerPage || pages.isOver) return allocateFromNewPage();
+  return pages.source->block(pages.used++);
 #else
   return ::operator new(blockSize);
 #endif
@@ -118,18 +136,12 @@ void* WorkItemMemory::allocate() {
 
 void WorkItemMemory::free(void* block) noexcept {
 #if ZEB_REUSE_BLOCKS
-  if (blocks.current.count == blocksPerBatch) {
-    if (blocks.spare.count > 0) exchange().put(blocks.spare);
-    blocks.spare = blocks.current;
-    blocks.current = {};
-  }
-  if (blocks.current.count == 0) atThreadEnd.use();
-  if (!blocks.isOver) {
-    blocks.current.push(block);
-    return;
-  }
-#endif
+  Page& page = Page::of(block);
+  if (&page != pages.freeing || pages.isOver) return freeInOtherPage(page);
+  ++pages.freed;
+#else
   ::operator delete(block);
+#endif
 }
 
 }  // namespace zeb::detail
