@@ -19,8 +19,9 @@ struct ItemList {
 ///
 /// The newest item and what the loop's thread is up to stand in one word, so that one atomic operation
 /// both posts an item and tells whether the thread has to be woken: no wake-up is lost, and none is sent to a
-/// thread that is awake.
-class LoopInbox {
+/// thread that is awake. It has a cache line to itself, for the loop's thread writes to its neighbours all the
+/// time.
+class alignas(64) LoopInbox {
  public:
   enum class Outcome {
     done,
@@ -50,6 +51,10 @@ class LoopInbox {
   }
 
   // What follows is for the loop's thread.
+
+  bool hasItems() const noexcept {
+    return itemOf(word_.load(std::memory_order_relaxed)) != nullptr;
+  }
 
   /// The items that have come, oldest first. Counts as a look around.
   ItemList takeAll() noexcept {

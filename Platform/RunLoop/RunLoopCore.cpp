@@ -158,7 +158,8 @@ void RunLoopCore::fireDueTimers(RunFrame& frame) {
 }
 
 bool RunLoopCore::runBlocks(RunFrame& frame) {
-  takePosted();
+  // One batch after the other, each when it is needed: the next one is left to those who add to it.
+  if (!pending_.hasAny(frame.mode)) takePosted();
   bool didRun = false;
   for (std::size_t left = std::min(pending_.count(), blocksPerPass); left > 0; --left) {
     if (frame.isStopped.load(std::memory_order_relaxed)) break;
@@ -225,7 +226,7 @@ void RunLoopCore::notify(RunFrame& frame, RunLoopActivity activity) {
 }
 
 bool RunLoopCore::hasWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) noexcept {
-  if (pending_.hasAny(frame.mode) || outlook.hasSignalledSource) return true;
+  if (pending_.hasAny(frame.mode) || inbox_.hasItems() || outlook.hasSignalledSource) return true;
   if (frame.mode.isCommon && isMainQueueReady_) return true;
   return outlook.nextWakeUp != UINT64_MAX && outlook.nextWakeUp <= mach_absolute_time();
 }
