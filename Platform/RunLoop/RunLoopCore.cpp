@@ -300,6 +300,7 @@ void RunLoopCore::runPending() {
 
 /// Leaves the descriptor readable if there is something to do, and otherwise lets it become so.
 void RunLoopCore::leaveWaitingToHost() {
+  takePosted();  // requests to look around that came before this look are met by it
   RunFrame frame{modes_.named(NSDefaultRunLoopMode), frame_};
   LoopWaiter& waiter = this->waiter();
   modes_.watchMode(frame.mode, waiter.pollSet());
