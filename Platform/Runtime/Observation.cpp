@@ -10,7 +10,7 @@ Observation::Observation(const Ref<NSObject>& object, const Ref<NSKeyValueObserv
                          const NSString& keyPath, NSKeyValueObservingOptions options, void* context)
     : observer_(observer),
       observerAddress_(observer.get()),
-      keyPath_(keyPath.detachedCopy()),
+      keyPath_(keyPath.copy()),
       options_(options),
       context_(context) {
   for (const Value& key : keyPath_.componentsSeparatedByString(".")) keys_.emplace_back(key);

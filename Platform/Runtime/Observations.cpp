@@ -17,52 +17,41 @@ Method getterOf(const NSObject& object, const NSString& key) {
   return property ? object.classObject()->findMethod(property->getter) : nullptr;
 }
 
-bool lookBefore(const std::vector<Ref<Registration>>& registrations) {
-  return std::any_of(registrations.begin(), registrations.end(), [](const auto& one) {
-    return one->observation->wants(NSKeyValueObservingOptionOld | NSKeyValueObservingOptionPrior);
-  });
+std::size_t countActive(std::span<const Ref<Registration>> registrations) {
+  return static_cast<std::size_t>(
+      std::count_if(registrations.begin(), registrations.end(),
+                    [](const Ref<Registration>& one) { return one->isActive.load(); }));
 }
-
-/// All observers of an object, which stay readable as `PinnedObservers` do.
-class PinnedList {
- public:
-  explicit PinnedList(Observations& observations) noexcept
-      : observations_(observations), list_(observations.pin()) {}
-  ~PinnedList() { observations_.unpin(); }
-  PinnedList(const PinnedList&) = delete;
-  PinnedList& operator=(const PinnedList&) = delete;
-
-  template <class Visit>
-  void forEach(const Visit& visit) const {
-    if (!list_) return;
-    for (const Ref<KeyObservers>& key : *list_) {
-      for (const Ref<Registration>& registration : key->registrations) visit(*registration);
-    }
-  }
-
- private:
-  Observations& observations_;
-  const KeyObserversList* const list_;
-};
 
 }  // namespace
 
-KeyObservers::KeyObservers(const NSObject& object, const NSString& observedKey,
-                           std::vector<Ref<Registration>> observers)
-    : key(observedKey),
-      keyHash(StringKey(key).hash()),
-      registrations(std::move(observers)),
-      looksBefore(lookBefore(registrations)),
+KeyObservers::KeyObservers(const NSObject& object, const NSString& observedKey)
+    : key_(observedKey),
+      keyHash_(StringKey(key_).hash()),
       methodsHidden_(methodsHidden()),
-      getter_(getterOf(object, key)) {}
+      getter_(getterOf(object, key_)),
+      capacity_(1),
+      slots_(std::make_unique<Ref<Registration>[]>(capacity_)) {}
 
-KeyObservers::KeyObservers(const KeyObservers& before, std::vector<Ref<Registration>> observers)
-    : key(before.key),
-      keyHash(before.keyHash),
-      registrations(std::move(observers)),
-      looksBefore(lookBefore(registrations)),
+KeyObservers::KeyObservers(const KeyObservers& before)
+    : key_(before.key_),
+      keyHash_(before.keyHash_),
       methodsHidden_(before.methodsHidden_),
-      getter_(before.getter_) {}
+      getter_(before.getter_),
+      capacity_(2 * countActive(before.registrations()) + 1),
+      slots_(std::make_unique<Ref<Registration>[]>(capacity_)) {
+  for (const Ref<Registration>& registration : before.registrations()) {
+    if (registration->isActive) append(registration);
+  }
+}
+
+void KeyObservers::append(Ref<Registration> registration) {
+  constexpr auto before = NSKeyValueObservingOptionOld | NSKeyValueObservingOptionPrior;
+  if (registration->observation->wants(before)) looksBefore_ = true;
+  const std::size_t count = registrations().size();
+  slots_[count] = std::move(registration);
+  count_.store(count + 1, std::memory_order_release);
+}
 
 Observations& Observations::of(const NSObject& object) {
   if (Observations* existing = ifAny(object)) return *existing;
@@ -75,7 +64,7 @@ Observations::~Observations() {
   const std::unique_ptr<const KeyObserversList> list(list_.load());
   if (!list) return;
   for (const Ref<KeyObservers>& one : *list) {
-    for (const Ref<Registration>& registration : one->registrations) {
+    for (const Ref<Registration>& registration : one->registrations()) {
       if (registration->level == 0) registration->observation->leavePath();
     }
   }
@@ -100,84 +89,97 @@ Observations::Lists Observations::replaceList(std::unique_ptr<const KeyObservers
   return garbage;
 }
 
+Observations::Lists Observations::replacePart(const KeyObservers* part, Ref<KeyObservers> by) {
+  const KeyObserversList* old = list_.load();
+  auto list = old ? std::make_unique<KeyObserversList>(*old) : std::make_unique<KeyObserversList>();
+  const auto place =
+      std::find_if(list->begin(), list->end(), [&](const auto& one) { return one.get() == part; });
+  if (place == list->end()) {
+    list->push_back(std::move(by));
+  } else if (by->registrations().empty()) {
+    list->erase(place);
+  } else {
+    *place = std::move(by);
+  }
+  return replaceList(std::move(list));
+}
+
 void Observations::add(const NSObject& object, const NSString& key,
                        Ref<Registration> registration) {
-  deactivateDead();
+  bool mustCheck;
+  {
+    std::lock_guard guard(mutex_);
+    mustCheck = ++additions_ >= nextCheck_;
+  }
+  if (mustCheck) removeDead();
+
   Lists garbage;
   std::lock_guard guard(mutex_);
-  const KeyObserversList* old = list_.load();
-  auto list = std::make_unique<KeyObserversList>();
-  if (old) *list = *old;
-  const auto place =
-      std::find_if(list->begin(), list->end(), [&](const auto& one) { return one->key == key; });
-  if (place == list->end()) {
-    list->push_back(makeRef<KeyObservers>(object, key, std::vector{std::move(registration)}));
-  } else {
-    std::vector<Ref<Registration>> registrations = (*place)->registrations;
-    registrations.push_back(std::move(registration));
-    *place = makeRef<KeyObservers>(object, key, std::move(registrations));
-  }
-  garbage = replaceList(std::move(list));
-}
-
-void Observations::deactivateDead() {
-  {
-    std::lock_guard guard(mutex_);
-    if (++additions_ < nextCheck_) return;
-  }
-  std::size_t living = 0;
-  PinnedList(*this).forEach([&](Registration& one) {
-    if (one.observation->isObserverAlive()) {
-      ++living;
-    } else {
-      one.isActive = false;
+  KeyObservers* part = nullptr;
+  if (const KeyObserversList* list = list_.load()) {
+    for (const Ref<KeyObservers>& one : *list) {
+      if (one->key() == key) part = one.get();
     }
-  });
-  {
-    std::lock_guard guard(mutex_);
-    additions_ = living;
-    nextCheck_ = 2 * living + 8;
   }
-  removeInactive();
+  if (part && !part->isFull()) return part->append(std::move(registration));
+  auto larger = part ? makeRef<KeyObservers>(*part) : makeRef<KeyObservers>(object, key);
+  larger->append(std::move(registration));
+  garbage = replacePart(part, std::move(larger));
 }
 
-void Observations::removeInactive() {
+template <class Matches>
+Ref<Registration> Observations::removeLatest(const Matches& matches) {
+  Ref<Registration> removed;
+  Lists garbage;
+  std::lock_guard guard(mutex_);
+  const KeyObserversList* list = list_.load();
+  if (!list) return nullptr;
+  for (const Ref<KeyObservers>& part : *list) {
+    const std::span<const Ref<Registration>> all = part->registrations();
+    const auto found = std::find_if(all.rbegin(), all.rend(), [&](const Ref<Registration>& one) {
+      return one->isActive && matches(*one);
+    });
+    if (found == all.rend()) continue;
+    removed = *found;
+    removed->isActive = false;
+    if (2 * ++part->inactive > all.size())
+      garbage = replacePart(part.get(), makeRef<KeyObservers>(*part));
+    break;
+  }
+  return removed;
+}
+
+Ref<Observation> Observations::remove(const NSKeyValueObserver* observer, const NSString& keyPath,
+                                      const std::optional<void*>& context) {
+  const Ref<Registration> removed = removeLatest([&](const Registration& one) {
+    return one.level == 0 && one.observation->isOf(observer, keyPath, context);
+  });
+  return removed ? removed->observation : nullptr;
+}
+
+void Observations::remove(const Observation& observation, std::size_t level) {
+  removeLatest([&](const Registration& one) {
+    return one.observation.get() == &observation && one.level == level;
+  });
+}
+
+void Observations::removeDead() {
   Lists garbage;
   std::lock_guard guard(mutex_);
   const KeyObserversList* old = list_.load();
   if (!old) return;
   auto list = std::make_unique<KeyObserversList>();
-  for (const Ref<KeyObservers>& key : *old) {
-    std::vector<Ref<Registration>> active;
-    std::copy_if(key->registrations.begin(), key->registrations.end(), std::back_inserter(active),
-                 [](const auto& one) { return one->isActive.load(); });
-    if (active.size() == key->registrations.size()) {
-      list->push_back(key);
-    } else if (!active.empty()) {
-      list->push_back(makeRef<KeyObservers>(*key, std::move(active)));
+  additions_ = 0;
+  for (const Ref<KeyObservers>& part : *old) {
+    for (const Ref<Registration>& one : part->registrations()) {
+      if (!one->observation->isObserverAlive()) one->isActive = false;
     }
+    auto living = makeRef<KeyObservers>(*part);
+    additions_ += living->registrations().size();
+    if (!living->registrations().empty()) list->push_back(std::move(living));
   }
+  nextCheck_ = 2 * additions_ + 8;
   garbage = replaceList(std::move(list));
-}
-
-Ref<Observation> Observations::remove(const NSKeyValueObserver* observer, const NSString& keyPath,
-                                      const std::optional<void*>& context) {
-  Registration* latest = nullptr;
-  const PinnedList pinned(*this);
-  pinned.forEach([&](Registration& one) {
-    if (one.level == 0 && one.isActive && one.observation->isOf(observer, keyPath, context))
-      latest = &one;
-  });
-  if (!latest || !latest->isActive.exchange(false)) return nullptr;
-  removeInactive();
-  return latest->observation;
-}
-
-void Observations::remove(const Observation& observation, std::size_t level) {
-  PinnedList(*this).forEach([&](Registration& one) {
-    if (one.observation.get() == &observation && one.level == level) one.isActive = false;
-  });
-  removeInactive();
 }
 
 void Observations::begin(std::unique_ptr<ObservedChange> change) {

@@ -13,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <thread>
 #include <vector>
 
@@ -84,39 +85,55 @@ struct Registration final : NSObject {
   std::atomic<bool> isActive{true};
 };
 
-/// Who observes a key of an object. Immutable.
-struct KeyObservers final : NSObject {
-  KeyObservers(const NSObject& object, const NSString& observedKey,
-               std::vector<Ref<Registration>> observers);
-  /// The same key with others.
-  KeyObservers(const KeyObservers& before, std::vector<Ref<Registration>> observers);
+/// Who observes a key of an object, in the order of their adding. Grows in place up to its capacity; who has
+/// been removed stays there, inactive.
+class KeyObservers final : public NSObject {
+ public:
+  KeyObservers(const NSObject& object, const NSString& observedKey);
+  /// Those who are still active, with room for as many more.
+  explicit KeyObservers(const KeyObservers& before);
 
+  const NSString& key() const noexcept { return key_; }
   bool isFor(const StringKey& other) const noexcept {
-    return other.hash() == keyHash && other.matches(key.text());
+    return other.hash() == keyHash_ && other.matches(key_.text());
   }
+  std::span<const Ref<Registration>> registrations() const noexcept {
+    return {slots_.get(), count_.load(std::memory_order_acquire)};
+  }
+  /// Whether one of the registrations read before wants to know the value before a change, or of the change
+  /// beforehand.
+  bool looksBefore() const noexcept { return looksBefore_.load(std::memory_order_relaxed); }
+
   /// The object's value under the key.
   Value valueIn(const Value& object) const {
-    if (!getter_ || methodsHidden_ != methodsHidden()) return valueForKey(object, key);
+    if (!getter_ || methodsHidden_ != methodsHidden()) return valueForKey(object, key_);
     const IMP& implementation = *getter_->implementation.load(std::memory_order_acquire);
     return implementation(object, getter_->selector, {});
   }
 
-  const NSString key;
-  const std::uint32_t keyHash;
-  const std::vector<Ref<Registration>> registrations;
-  /// Whether somebody wants to know the value before a change, or of the change beforehand.
-  const bool looksBefore;
+  // Under the owner's lock.
+  bool isFull() const noexcept { return registrations().size() == capacity_; }
+  void append(Ref<Registration> registration);
+  /// How many have become inactive since the last counting.
+  std::size_t inactive = 0;
 
  private:
+  const NSString key_;
+  const std::uint32_t keyHash_;
   /// The getter, as long as no method was added that might hide it.
   const std::uint64_t methodsHidden_;
   const Method getter_;  ///< null when the key is no property's
+
+  const std::size_t capacity_;
+  const std::unique_ptr<Ref<Registration>[]> slots_;
+  std::atomic<std::size_t> count_{0};
+  std::atomic<bool> looksBefore_{false};
 };
 
 using KeyObserversList = std::vector<Ref<KeyObservers>>;
 
-/// Everything registered on one object. Changes replace the list; changes of properties read the list
-/// without a lock, and the last reader of a replaced one has it freed.
+/// Everything registered on one object. Who changes a property reads the list without a lock; it is replaced
+/// when a part has to grow or shrink, and the last reader of a replaced one has it freed.
 class Observations final : public NSObject {
  public:
   static Observations& of(const NSObject& object);
@@ -133,8 +150,8 @@ class Observations final : public NSObject {
                           const std::optional<void*>& context);
   /// Removes the observation's registration for this level of its path.
   void remove(const Observation& observation, std::size_t level);
-  /// Drops what observers that died have left.
-  void removeInactive();
+  /// Forgets those who died.
+  void removeDead();
 
   /// The list as it is now, which stays as long as it is pinned; null for none.
   const KeyObserversList* pin() noexcept {
@@ -158,10 +175,14 @@ class Observations final : public NSObject {
     std::unique_ptr<ObservedChange> change;
   };
 
-  /// Under the lock; what it answers is to be freed after it.
-  Lists replaceList(std::unique_ptr<const KeyObserversList> list);
+  // Under the lock; what they answer is to be freed after it.
+  [[nodiscard]] Lists replaceList(std::unique_ptr<const KeyObserversList> list);
+  /// One that is not there (null) is added; one that has become empty is left out.
+  [[nodiscard]] Lists replacePart(const KeyObservers* part, Ref<KeyObservers> by);
+
+  template <class Matches>
+  Ref<Registration> removeLatest(const Matches& matches);
   void freeReplaced() noexcept;
-  void deactivateDead();
 
   std::atomic<const KeyObserversList*> list_{nullptr};
   std::atomic<std::uint32_t> readers_{0};
@@ -170,7 +191,7 @@ class Observations final : public NSObject {
   Lists replaced_;
   std::vector<Begun> begun_;
   std::size_t additions_ = 0;
-  std::size_t nextCheck_ = 8;  ///< at how many additions dead observers are looked for
+  std::size_t nextCheck_ = 8;  ///< after how many additions dead observers are looked for
 };
 
 inline PinnedObservers::PinnedObservers(Observations* observations, const StringKey& key) noexcept

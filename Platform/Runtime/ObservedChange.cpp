@@ -7,9 +7,10 @@ namespace zeb::detail {
 ObservedChange::ObservedChange(const NSObject& object, const StringKey& key)
     : observers_(Observations::ifAny(object), key) {
   if (!observers_) return;
+  registrations_ = observers_->registrations();
   retainObject(object);
-  if (!observers_->looksBefore) return;
-  for (const Ref<Registration>& registration : observers_->registrations) {
+  if (!observers_->looksBefore()) return;
+  for (const Ref<Registration>& registration : registrations_) {
     if (isConcerned(registration)) prepare(*registration);
   }
 }
@@ -26,8 +27,7 @@ bool ObservedChange::isConcerned(const Ref<Registration>& registration) const no
   if (!registration->isActive) return false;
   if (!registration->observation->isAlongPath()) return true;
   // A path that comes to this key of this object twice is told of once.
-  const Ref<Registration>* first = observers_->registrations.data();
-  return std::none_of(first, &registration, [&](const Ref<Registration>& earlier) {
+  return std::none_of(registrations_.data(), &registration, [&](const Ref<Registration>& earlier) {
     return earlier->observation == registration->observation && earlier->isActive;
   });
 }
@@ -75,25 +75,22 @@ void ObservedChange::tell() {
   std::optional<Value> newValue;
   std::optional<KeyValueChange> change;
   bool foundDead = false;
-  for (const Ref<Registration>& registration : observers_->registrations) {
+  for (const Ref<Registration>& registration : registrations_) {
     if (!isConcerned(registration)) continue;
     bool isAlive;
     if (registration->isLast()) {
       const bool wantsNew = registration->observation->wants(NSKeyValueObservingOptionNew);
       if (wantsNew && !newValue) newValue = observers_->valueIn(object_);
-      const Value* oldValue = observers_->looksBefore ? oldValueFor(*registration) : nullptr;
+      const Value* oldValue = observers_->looksBefore() ? oldValueFor(*registration) : nullptr;
       const Value* value = wantsNew ? &*newValue : nullptr;
       if (!change || !change->holds(oldValue, value)) change.emplace(oldValue, value, false);
       isAlive = tell(*registration, *change);
     } else {
       isAlive = tellAlongPath(*registration);
     }
-    if (!isAlive) {
-      registration->isActive = false;
-      foundDead = true;
-    }
+    if (!isAlive) foundDead = true;
   }
-  if (foundDead) Observations::ifAny(*object_.objectPointer())->removeInactive();
+  if (foundDead) Observations::ifAny(*object_.objectPointer())->removeDead();
 }
 
 }  // namespace zeb::detail

@@ -7,6 +7,7 @@
 #include <Memory/ObjectExtras.h>
 
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -17,7 +18,7 @@ class KeyValueChange;
 namespace zeb::detail {
 
 class Observations;
-struct KeyObservers;
+class KeyObservers;
 struct Registration;
 
 /// Whether anybody observes, or did.
@@ -73,6 +74,8 @@ class ObservedChange {
 
   Value object_;
   PinnedObservers observers_;  ///< let go before the object
+  /// Those who are there when the change begins.
+  std::span<const Ref<Registration>> registrations_;
   std::optional<Value> oldValue_;
   /// Of registrations whose path goes on from here.
   std::vector<std::pair<const Registration*, Value>> oldValuesAlongPaths_;
