@@ -13,7 +13,7 @@ namespace zeb {
 
 NSOperation::NSOperation() noexcept = default;
 
-NSOperation::~NSOperation() { releaseDependencies(); }
+NSOperation::~NSOperation() { letGo(dependencies_); }
 
 /// Makes the caller the one who runs the operation.
 void NSOperation::claim() {
@@ -66,11 +66,12 @@ bool detail::loggingExceptions(const NSOperation& operation, FunctionView<void()
 }
 
 void NSOperation::finish() {
+  const Ref<NSOperation> alive(this);
   if (isExecuting()) end();
 }
 
+/// The caller has a reference.
 void NSOperation::end() {
-  const Ref<NSOperation> alive(this);
   NSOperation* readyOperations = nullptr;
   std::vector<dispatch_semaphore_t> waiters;
   Block<void()> completionBlock;

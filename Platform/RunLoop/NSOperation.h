@@ -4,6 +4,7 @@
 #include <Foundation/NSString.h>
 #include <Memory/Block.h>
 #include <Memory/NSObject.h>
+#include <RunLoop/ShortLock.h>
 
 #include <atomic>
 #include <cstdint>
@@ -147,10 +148,11 @@ class NSOperation : public NSObject {
   void addDependent(Dependency& dependency) noexcept;
   static void removeDependent(Dependency& dependency) noexcept;
   NSOperation* unlinkDependents() noexcept;
-  void releaseDependencies() noexcept;
+  void forgetDependencies();
+  void letGo(Dependencies* dependencies) noexcept;
 
   std::atomic<State> state_{0};
-  mutable std::mutex mutex_;
+  mutable detail::ShortLock mutex_;
   // Under the mutex:
   Dependencies* dependencies_ = nullptr;
   Dependencies* lastDependencies_ = nullptr;

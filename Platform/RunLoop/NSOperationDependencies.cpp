@@ -216,10 +216,11 @@ void NSOperation::removeDependent(Dependency& dependency) noexcept {
 /// Under the mutex, as the operation finishes: those that have nothing left to wait for, oldest first.
 NSOperation* NSOperation::unlinkDependents() noexcept {
   NSOperation* readyOperations = nullptr;
-  while (Dependency* dependency = dependents_) {
-    // Touched before the count, after which the dependent may finish and go, but for our mutex.
-    removeDependent(*dependency);
-    NSOperation& dependent = *dependency->dependent;
+  for (Dependency* next = std::exchange(dependents_, nullptr); next;) {
+    // Read before the count goes down, after which the dependent may finish and go, but for our mutex.
+    Dependency& dependency = *std::exchange(next, next->nextDependent);
+    dependency.link = nullptr;
+    NSOperation& dependent = *dependency.dependent;
     const State before = dependent.state_.fetch_sub(oneDependency, std::memory_order_acq_rel);
     if (!dependent.shallSubmit(before - oneDependency)) continue;
     dependent.nextReady_ = readyOperations;
@@ -228,23 +229,29 @@ NSOperation* NSOperation::unlinkDependents() noexcept {
   return readyOperations;
 }
 
-/// Forgets what the operation depends on. Operations that die of it are released one after the other and
-/// not from within each other: chains may be long.
-void NSOperation::releaseDependencies() noexcept {
-  static constinit thread_local Dependencies** released = nullptr;
-  Dependencies* list = nullptr;
-  Dependencies* last = nullptr;
+void NSOperation::forgetDependencies() {
+  Dependencies* forgotten = nullptr;
   {
     std::lock_guard guard(mutex_);
-    list = std::exchange(dependencies_, nullptr);
-    last = std::exchange(lastDependencies_, nullptr);
+    forgotten = std::exchange(dependencies_, nullptr);
+    lastDependencies_ = nullptr;
   }
-  if (!list) return;
+  letGo(forgotten);
+}
+
+/// Takes the operation out of all lists, and lets go of what it depended on. Operations that die of it are
+/// released one after the other and not from within each other: chains may be long.
+void NSOperation::letGo(Dependencies* dependencies) noexcept {
+  static constinit thread_local Dependencies** released = nullptr;
+  if (!dependencies) return;
   // One that ran in the ordinary way has been left by all that it waited for.
   const State state = state_.load(std::memory_order_acquire);
   const bool isInNoList =
       (state & finishedFlag) && !(state & cancelledFlag) && state < oneDependency;
-  for (Dependencies* block = isInNoList ? nullptr : list; block; block = block->next) {
+  Dependencies* last = dependencies;
+  for (Dependencies* block = dependencies; block; block = block->next) {
+    last = block;
+    if (isInNoList) continue;
     for (Dependency& dependency : *block) {
       if (!dependency.operation) continue;
       std::lock_guard guard(dependency.operation->mutex_);
@@ -252,11 +259,11 @@ void NSOperation::releaseDependencies() noexcept {
     }
   }
   if (released) {
-    last->next = std::exchange(*released, list);
+    last->next = std::exchange(*released, dependencies);
     return;
   }
-  released = &list;
-  while (list) delete std::exchange(list, list->next);
+  released = &dependencies;
+  while (dependencies) delete std::exchange(dependencies, dependencies->next);
   released = nullptr;
 }
 

@@ -3,7 +3,6 @@
 #include <RunLoop/CurrentOperationPrivate.h>
 #include <RunLoop/NSBlockOperation.h>
 #include <RunLoop/NSOperationQueue.h>
-#include <RunLoop/ShortLockPrivate.h>
 
 #include <algorithm>
 #include <utility>
@@ -129,7 +128,7 @@ bool NSOperationQueue::append(std::span<const Ref<NSOperation>> operations,
                               Ref<NSOperation>* awaitedBarrier) {
   Tickets tickets;
   {
-    const detail::ShortLock lock(mutex_);
+    std::lock_guard guard(mutex_);
     if (barrier_ && awaitedBarrier && barrier_ != *awaitedBarrier) {
       *awaitedBarrier = barrier_;
       return false;
@@ -192,7 +191,7 @@ void NSOperationQueue::submit(NSOperation* readyOperations) {
     NSOperationQueue& queue = *readyOperations->queue_;
     Tickets tickets;
     {
-      const detail::ShortLock lock(queue.mutex_);
+      std::lock_guard guard(queue.mutex_);
       readyOperations = queue.pushReadyOfOwn(readyOperations);
       tickets.add(queue);
     }
@@ -209,7 +208,7 @@ void NSOperationQueue::useTicket() {
     Ref<NSOperationQueue> self;
     Tickets tickets;
     {
-      const detail::ShortLock lock(mutex_);
+      std::lock_guard guard(mutex_);
       if (std::exchange(hasTicket, false)) --ticketCount_;
       if (!isSuspended_ && (limit_ < 0 || executingCount_ < limit_)) {
         operation = Ref(takeReady());
@@ -237,7 +236,7 @@ void NSOperationQueue::remove(NSOperation& operation, NSOperation* readyOperatio
   Ref<NSOperation> barrier;
   Tickets tickets;
   {
-    const detail::ShortLock lock(mutex_);
+    std::lock_guard guard(mutex_);
     (operation.previousInQueue_ ? operation.previousInQueue_->nextInQueue_ : first_) =
         operation.nextInQueue_;
     (operation.nextInQueue_ ? operation.nextInQueue_->previousInQueue_ : last_) =
@@ -253,7 +252,7 @@ void NSOperationQueue::remove(NSOperation& operation, NSOperation* readyOperatio
   submit(readyOperations);
   for (const dispatch_semaphore_t& waiter : waiters) dispatch_semaphore_signal(waiter);
   // Later operations depend on the barrier: it must not keep all that was before it alive.
-  if (operation.isBarrier_) operation.releaseDependencies();
+  if (operation.isBarrier_) operation.forgetDependencies();
   operation.release();
 }
 
