@@ -1,8 +1,8 @@
 #pragma once
 
 #include <Memory/NSObject.h>
+#include <Memory/ShortLock.h>
 
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -46,8 +46,8 @@ class ObjectExtras {
 
   std::atomic<std::uint32_t> count_{1};
   std::atomic<NSObject*> observations_{nullptr};
-  std::mutex mutex_;
-  std::atomic<const NSObject*> object_;  ///< changes under the mutex
+  ShortLock lock_;
+  std::atomic<const NSObject*> object_;  ///< changes under the lock
   std::vector<std::pair<const void*, Ref<NSObject>>> associations_;
 };
 

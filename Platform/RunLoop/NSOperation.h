@@ -4,7 +4,7 @@
 #include <Foundation/NSString.h>
 #include <Memory/Block.h>
 #include <Memory/NSObject.h>
-#include <RunLoop/ShortLock.h>
+#include <Memory/ShortLock.h>
 
 #include <atomic>
 #include <cstdint>

@@ -1,5 +1,5 @@
 #include <Linux/ThreadState.h>
-#include <RunLoop/ShortLock.h>
+#include <Memory/ShortLock.h>
 
 namespace zeb::detail {
 
