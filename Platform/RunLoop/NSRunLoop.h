@@ -32,8 +32,8 @@ class RunLoopCore;
 /// mode is one of them); the rest waits. Modes are made by using their names. Loops may be run from inside
 /// their own callbacks, in the same or another mode, to any depth.
 ///
-/// One pass of a loop: due timers fire, each at most once; then the blocks that are there run, and the main
-/// queue; then ready descriptors are handled. If nothing new has come meanwhile, the thread sleeps.
+/// One pass of a loop: due timers fire, each at most once; then blocks, signalled sources and the main queue
+/// run; then ready descriptors are handled. If nothing is left to do after that, the thread sleeps.
 ///
 /// Blocks may be posted and items (timers, observers, sources, ports) added and removed from any thread;
 /// `run…` and what is said to need the loop's own thread stop the process elsewhere. Callbacks are called
@@ -41,7 +41,7 @@ class RunLoopCore;
 /// its thread sleeps.
 ///
 /// The loop ends with its thread: blocks that have not run, and those that come later, are released without
-/// a call, and all items are let go. The main thread's loop never ends.
+/// a call, and all items are invalidated. The main thread's loop never ends.
 class NSRunLoop final : public NSObject {
  public:
   static Ref<NSRunLoop> currentRunLoop();

@@ -102,28 +102,31 @@ void RunLoopCore::close() noexcept {
 
 bool RunLoopCore::run(const NSString& modeName, std::uint64_t limit, bool endsAfterInput) {
   requireOwnThread();
-  RunFrame frame{modes_.named(modeName), frame_};
-  {
-    FrameScope scope(*this, frame);
-    beginRun();
-    takePosted();
-    const RunLoopModes::Outlook outlook = modes_.outlook(frame.mode);
-    if (!hasWork(frame, outlook) && !canGetWork(frame, outlook)) return false;
-    notify(frame, RunLoopEntry);
-    while (!frame.isStopped) {
-      const bool didHandleInput = pass(frame);
-      if (frame.isStopped || (endsAfterInput && didHandleInput)) break;
-      if (limit != UINT64_MAX && mach_absolute_time() >= limit) break;
-      const RunLoopModes::Outlook next = modes_.outlook(frame.mode);
-      if (hasWork(frame, next)) continue;
-      if (!canGetWork(frame, next)) break;
-      notify(frame, RunLoopBeforeWaiting);
-      wait(frame, limit);
-      notify(frame, RunLoopAfterWaiting);
-    }
-    notify(frame, RunLoopExit);
-  }
+  const bool didRun = runFrame(modes_.named(modeName), limit, endsAfterInput);
   if (isHosted_) leaveWaitingToHost();
+  return didRun;
+}
+
+bool RunLoopCore::runFrame(RunLoopMode& mode, std::uint64_t limit, bool endsAfterInput) {
+  RunFrame frame{mode, frame_};
+  FrameScope scope(*this, frame);
+  beginRun();
+  takePosted();
+  const RunLoopModes::Outlook outlook = modes_.outlook(mode);
+  if (!hasWork(frame, outlook) && !canGetWork(frame, outlook)) return false;
+  notify(frame, RunLoopEntry);
+  while (!frame.isStopped) {
+    const bool didHandleInput = pass(frame);
+    if (frame.isStopped || (endsAfterInput && didHandleInput)) break;
+    if (limit != UINT64_MAX && mach_absolute_time() >= limit) break;
+    const RunLoopModes::Outlook next = modes_.outlook(mode);
+    if (hasWork(frame, next)) continue;
+    if (!canGetWork(frame, next)) break;
+    notify(frame, RunLoopBeforeWaiting);
+    wait(frame, limit);
+    notify(frame, RunLoopAfterWaiting);
+  }
+  notify(frame, RunLoopExit);
   return true;
 }
 
@@ -158,8 +161,7 @@ void RunLoopCore::fireDueTimers(RunFrame& frame) {
 }
 
 bool RunLoopCore::runBlocks(RunFrame& frame) {
-  // One batch after the other, each when it is needed: the next one is left to those who add to it.
-  if (!pending_.hasAny(frame.mode)) takePosted();
+  takePosted();
   bool didRun = false;
   for (std::size_t left = std::min(pending_.count(), blocksPerPass); left > 0; --left) {
     if (frame.isStopped.load(std::memory_order_relaxed)) break;
@@ -269,6 +271,7 @@ void RunLoopCore::dropBlocks(const void* target) {
   requireOwnThread();
   takePosted();
   pending_.drop(target);
+  if (isHosted_) leaveWaitingToHost();
 }
 
 // For an application's own loop.

@@ -53,6 +53,7 @@ class RunLoopCore {
   void requireOwnThread() noexcept;
   LoopWaiter& waiter();
 
+  bool runFrame(RunLoopMode& mode, std::uint64_t limit, bool endsAfterInput);
   void beginRun();
   bool pass(RunFrame& frame);
   void fireDueTimers(RunFrame& frame);

@@ -94,6 +94,11 @@ TEST(RunLoopHost, TheDescriptorIsReadableExactlyWhenThereIsSomethingToDo) {
     loop->performBlock([&] { log += 'f'; });
     loop->run();
     expectWork("abcddef");
+    EXPECT_FALSE(runOnce("empty"));
+    loop->cancelPerformBlocksWithTarget(&log);
+    EXPECT_FALSE(host.isReadable());
+    loop->performBlock([&] { log += 'g'; });
+    expectWork("abcddefg");
   });
 }
 
