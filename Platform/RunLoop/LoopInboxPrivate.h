@@ -52,6 +52,9 @@ class alignas(64) LoopInbox {
 
   // What follows is for the loop's thread.
 
+  /// Whether something has come since the last look around.
+  bool hasNews() const noexcept { return word_.load(std::memory_order_relaxed) != 0; }
+
   bool hasItems() const noexcept {
     return itemOf(word_.load(std::memory_order_relaxed)) != nullptr;
   }

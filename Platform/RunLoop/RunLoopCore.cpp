@@ -2,11 +2,14 @@
 #include <Linux/Clock.h>
 #include <Linux/Console.h>
 #include <Linux/Thread.h>
+#include <Linux/ThreadState.h>
 #include <RunLoop/PerformScopePrivate.h>
 #include <RunLoop/RunLoopCorePrivate.h>
 
 #include <algorithm>
 #include <array>
+#include <thread>
+#include <utility>
 
 namespace zeb::detail {
 
@@ -170,6 +173,7 @@ bool RunLoopCore::runBlocks(RunFrame& frame) {
     PerformScope::run(*item);
     didRun = true;
   }
+  didRunBlocks_ |= didRun;
   return didRun;
 }
 
@@ -245,7 +249,20 @@ void RunLoopCore::wait(RunFrame& frame, std::uint64_t limit) {
   LoopWaiter& waiter = this->waiter();
   modes_.watchMode(frame.mode, waiter.pollSet());
   waiter.setMoment(std::min(outlook.nextWakeUp, limit));
+  if (std::exchange(didRunBlocks_, false)) lingerForNews();
   if (inbox_.tryToSleep()) waiter.pollSet().wait();
+}
+
+/// Blocks from another thread are often followed by more. Waiting for these without sleeping costs less than
+/// being woken, for as long as that would take; the processor is offered to others meanwhile.
+void RunLoopCore::lingerForNews() const noexcept {
+  for (int look = 0; look < 30; ++look) {
+    for (int rest = 0; rest < 20; ++rest) {
+      if (inbox_.hasNews()) return;
+      relaxProcessor();
+    }
+    std::this_thread::yield();
+  }
 }
 
 RunLoopModes::Outlook RunLoopCore::fireTimers(const NSString& modeName) {

@@ -68,6 +68,7 @@ class RunLoopCore {
   bool hasWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) noexcept;
   bool canGetWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) const noexcept;
   void wait(RunFrame& frame, std::uint64_t limit);
+  void lingerForNews() const noexcept;
   void leaveWaitingToHost();
 
   const bool isMain_;
@@ -86,6 +87,7 @@ class RunLoopCore {
   std::uint64_t runs_ = 0;     ///< that have begun
   /// Those whose blocks are being called.
   std::vector<RunLoopDescriptorSource*> calledSources_;
+  bool didRunBlocks_ = false;   ///< since the last wait
   bool isHosted_ = false;       ///< an application's own loop may do the waiting
   bool isHostWaiting_ = false;  ///< observers were told so
 };
