@@ -190,13 +190,17 @@ NSNotificationCenter::Lists::iterator NSNotificationCenter::removeEntries(
   Ref<List>& entries = list->second;
   if (std::ranges::none_of(entries->entries, isUnwanted)) return std::next(list);
   if (!entries->isUniquelyReferenced()) entries = makeRef<List>(entries->entries);
-  const auto unwanted = std::ranges::stable_partition(entries->entries, std::not_fn(isUnwanted));
-  for (Entry& entry : unwanted) {
-    entry.registration->setRemoved();
-    removed.push_back(std::move(entry));
+  std::vector<Entry> wanted;
+  for (Entry& entry : entries->entries) {
+    if (isUnwanted(entry)) {
+      entry.registration->setRemoved();
+      removed.push_back(std::move(entry));
+      --count_;
+    } else {
+      wanted.push_back(std::move(entry));
+    }
   }
-  count_ -= unwanted.size();
-  entries->entries.erase(unwanted.begin(), unwanted.end());
+  entries->entries.swap(wanted);
   return entries->entries.empty() ? listsByName_.erase(list) : std::next(list);
 }
 
@@ -207,12 +211,12 @@ void NSNotificationCenter::postNotification(const Ref<NSNotification>& notificat
   Ref<List> lists[2];
   {
     std::lock_guard guard(mutex_);
-    for (const std::size_t index : {0, 1}) {
+    for (const std::size_t index : {0u, 1u}) {
       const auto found = listsByName_.find(names[index]);
       if (found != listsByName_.end()) lists[index] = found->second;
     }
   }
-  for (const std::size_t index : {0, 1}) {
+  for (const std::size_t index : {0u, 1u}) {
     if (!lists[index]) continue;
     bool hasRemoved = false;
     for (const Entry& entry : lists[index]->entries) {

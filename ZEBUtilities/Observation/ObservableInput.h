@@ -9,7 +9,7 @@ namespace zeb {
 template <class T>
 class Observable;
 
-/// The producer's end of an observable, made by `Observable<T>::create`. Does not keep the observable alive:
+/// The producer's end of an observable, made by `Observable<T>::create` (Observation/Observable.h). Does not keep the observable alive:
 /// what is pushed after that has gone is dropped silently. A value; copies feed the same observable.
 template <class T>
 class ObservableInput {
@@ -30,5 +30,3 @@ class ObservableInput {
 };
 
 }  // namespace zeb
-
-#include <Observation/Observable.h>

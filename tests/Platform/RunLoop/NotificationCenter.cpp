@@ -142,7 +142,7 @@ TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
         observers.back(),
         [&, center = center.get()](const Ref<NSNotification>&) {
           if (++calls > 1) return;
-          for (int other = 1; other < 49; ++other) center->removeObserver(observers[other]);
+          for (std::size_t other = 1; other < 49; ++other) center->removeObserver(observers[other]);
           observers.back() = nullptr;  // the last one dies
           for (int late = 0; late < 100; ++late) {
             center->addObserver(observers[0], counting(lateCalls), "A");

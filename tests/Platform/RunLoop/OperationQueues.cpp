@@ -132,7 +132,8 @@ TEST(NSOperationQueue, RunsBarriersAlone) {
   }
   queue->waitUntilAllOperationsAreFinished();
   ASSERT_EQ(ranBefore.size(), 40u);
-  for (int round = 0; round < 40; ++round) EXPECT_EQ(ranBefore[round], 50 * (round / 2 + 1));
+  for (std::size_t round = 0; round < 40; ++round)
+    EXPECT_EQ(ranBefore[round], 50 * (int(round) / 2 + 1));
 
   const auto earlier = makeRef<NSBlockOperation>(), later = makeRef<NSBlockOperation>();
   earlier->addDependency(later);

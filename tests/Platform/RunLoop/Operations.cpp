@@ -203,7 +203,7 @@ TEST(NSOperation, LooksThroughLargeGraphsOnce) {
   std::mt19937 random(1);
   Operations operations;
   std::atomic<int> next = 20'000;
-  for (int i = 0; i < 20'000; ++i) {
+  for (std::size_t i = 0; i < 20'000; ++i) {
     operations.push_back(operation([&next, &operations, i] {
       for (const auto& earlier : operations[i]->dependencies()) EXPECT_TRUE(earlier->isFinished());
       --next;

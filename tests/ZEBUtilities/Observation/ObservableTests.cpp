@@ -241,7 +241,7 @@ TEST_F(ObservableTest, StandsAStorm) {
       std::mutex mutex;
       std::vector<Ref<Observer<int>>> all;
     };
-    const auto storm = [&, input = input, observable = observable](unsigned seed) {
+    const auto storm = [&, pushed = input, source = observable](unsigned seed) {
       std::mt19937 random(seed);
       const auto tokens = std::make_shared<Tokens>();
       std::vector<Ref<Observable<int>>> derived;
@@ -251,15 +251,15 @@ TEST_F(ObservableTest, StandsAStorm) {
             ++made;
             const std::size_t index = tokens->all.size();
             const auto weakTokens = std::weak_ptr(tokens);
-            auto token = observable->observe(
-                queues[random() % 2], [&calls, input, probe = makeRef<test::Probe>(deaths),
-                                       weakTokens, index, act = random() % 4](int value) {
-                  EXPECT_TRUE(probe->isAlive);
-                  ++calls;
-                  if (act == 0 && value % 64 == 1) input.update(2);
-                  const auto mine = act == 1 ? weakTokens.lock() : nullptr;
-                  if (mine) mine->drop(index);
-                });
+            auto token = source->observe(queues[random() % 2],
+                                         [&calls, pushed, probe = makeRef<test::Probe>(deaths),
+                                          weakTokens, index, act = random() % 4](int value) {
+                                           EXPECT_TRUE(probe->isAlive);
+                                           ++calls;
+                                           if (act == 0 && value % 64 == 1) pushed.update(2);
+                                           const auto mine = act == 1 ? weakTokens.lock() : nullptr;
+                                           if (mine) mine->drop(index);
+                                         });
             std::lock_guard guard(tokens->mutex);
             tokens->all.push_back(std::move(token));
             break;
@@ -273,17 +273,17 @@ TEST_F(ObservableTest, StandsAStorm) {
               std::lock_guard guard(tokens->mutex);
               if (!tokens->all.empty()) removed = tokens->all[random() % tokens->all.size()];
             }
-            observable->remove(removed);
+            source->remove(removed);
             break;
           }
           case 3:
             if (step % 10 == 0) {
-              derived.push_back(observable->map(queues[0], [](int value) { return value; }));
+              derived.push_back(source->map(queues[0], [](int value) { return value; }));
             }
             if (step % 50 == 0) derived.clear();
             break;
           default:
-            input.update(step);
+            pushed.update(step);
         }
       }
     };

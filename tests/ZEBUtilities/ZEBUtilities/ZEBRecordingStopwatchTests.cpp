@@ -43,7 +43,7 @@ TEST_F(ZEBRecordingStopwatchTest, AddsUpWhatIsLongEnough) {
 
 TEST_F(ZEBRecordingStopwatchTest, DescribesItself) {
   const auto watch = makeRef<ZEBRecordingStopwatch>("a");
-  const auto judged = makeRef<ZEBRecordingStopwatch>("b", 0, 0.5, 1);
+  const auto judged = makeRef<ZEBRecordingStopwatch>("b", 0, 0.5, 1u);
   run(*judged, 1250);
   const auto text = [](const NSObject& object, const std::string& rest) {
     EXPECT_EQ(object.description(), object.NSObject::description() + rest);
@@ -59,8 +59,8 @@ TEST_F(ZEBRecordingStopwatchTest, KnowsTheLivingAndTheSlow) {
     return text;
   };
   const auto never = makeRef<ZEBRecordingStopwatch>("n");
-  const auto slow = makeRef<ZEBRecordingStopwatch>("s", 0, 0.5, 2);
-  const auto fast = makeRef<ZEBRecordingStopwatch>("f", 0, 0.51, 0);
+  const auto slow = makeRef<ZEBRecordingStopwatch>("s", 0, 0.5, 2u);
+  const auto fast = makeRef<ZEBRecordingStopwatch>("f", 0, 0.51, 0u);
   for (int i = 0; i < 1000; ++i) (void)makeRef<ZEBRecordingStopwatch>("gone");
   EXPECT_EQ(names(ZEBRecordingStopwatch::recordingStopwatches()), "nsf");
   for (const auto& watch : {never, slow, fast}) run(*watch, 500);
