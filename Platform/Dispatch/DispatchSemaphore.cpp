@@ -31,7 +31,7 @@ bool DispatchSemaphore::wait(dispatch_time_t timeout) {
 bool DispatchSemaphore::signal() {
   std::lock_guard guard(mutex_);
   ++value_;
-  if (waiting_ == 0) return false;
+  if (waiting_ < value_) return false;  // those who wait have been signalled, and are on their way
   available_.notify_one();
   return true;
 }

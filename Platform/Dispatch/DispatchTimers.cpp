@@ -1,6 +1,8 @@
 #include <Dispatch/DispatchTimers.h>
 #include <Linux/Clock.h>
+#include <Linux/Console.h>
 
+#include <system_error>
 #include <thread>
 
 namespace zeb::detail {
@@ -11,7 +13,11 @@ DispatchTimers& DispatchTimers::shared() {
 }
 
 DispatchTimers::DispatchTimers() {
-  std::thread([this] { wait(); }).detach();
+  try {
+    std::thread([this] { wait(); }).detach();
+  } catch (const std::system_error&) {
+    fatal("No thread is left to wait for the dispatch timers.");
+  }
 }
 
 void DispatchTimers::arm(DispatchTimer& timer) {

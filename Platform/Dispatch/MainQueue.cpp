@@ -68,9 +68,8 @@ void MainQueue::setWaker(void (*wake)()) {
 }
 
 bool MainQueue::runItemsOnMainThread() {
-  if (!isReady_.load(std::memory_order_relaxed)) return false;
   // Cleared before the items run: as soon as the last one is done, a producer may set it anew.
-  isReady_.store(false);
+  if (!isReady_.exchange(false)) return false;
   if (!runItems(itemsPerTurn)) return false;
   isReady_.store(true);
   return true;

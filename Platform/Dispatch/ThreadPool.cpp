@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <system_error>
 #include <thread>
 
 namespace zeb::detail {
@@ -26,7 +27,11 @@ ThreadPool& ThreadPool::shared() {
 }
 
 ThreadPool::ThreadPool() : processors_(std::max(1u, std::thread::hardware_concurrency())) {
-  std::thread([this] { watch(); }).detach();
+  try {
+    std::thread([this] { watch(); }).detach();
+  } catch (const std::system_error&) {
+    isWatched_ = true;  // never: without a thread for it, only the waits of this library are seen
+  }
 }
 
 // Waking is by the order of sequentially consistent operations: a producer first appends, then looks for
@@ -89,11 +94,13 @@ void ThreadPool::watch() {
     }
     while (hasWaitingWork()) {
       std::this_thread::sleep_for(watchInterval);
-      std::size_t runnable = 0;
+      std::vector<int> identifiers;
       {
         std::lock_guard guard(mutex_);
-        for (const int identifier : threadIdentifiers_) runnable += isThreadRunnable(identifier);
+        identifiers = threadIdentifiers_;
       }
+      const auto runnable = static_cast<std::size_t>(
+          std::count_if(identifiers.begin(), identifiers.end(), isThreadRunnable));
       if (!hasWaitingWork() || runnable >= processors_) continue;
       if (threads_.load(std::memory_order_relaxed) >= mostThreads) continue;
       threads_.fetch_add(1, std::memory_order_relaxed);

@@ -69,6 +69,12 @@ class ClosureItem final : public WorkItem {
   static void operator delete(void* item) noexcept {
     fitsBlock ? WorkItemMemory::free(item) : ::operator delete(item);
   }
+  static void* operator new(std::size_t size, std::align_val_t alignment) {
+    return ::operator new(size, alignment);
+  }
+  static void operator delete(void* item, std::align_val_t alignment) noexcept {
+    ::operator delete(item, alignment);
+  }
 
  private:
   static constexpr bool fitsBlock =

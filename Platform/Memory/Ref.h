@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <string_view>  // for std::hash, lighter than <functional>
 #include <type_traits>
 #include <utility>
 
@@ -69,6 +70,18 @@ class Ref {
  private:
   T* object_ = nullptr;
 };
+
+}  // namespace zeb
+
+/// References as keys of tables: by identity, as they compare.
+template <class T>
+struct std::hash<zeb::Ref<T>> {
+  std::size_t operator()(const zeb::Ref<T>& reference) const noexcept {
+    return std::hash<T*>()(reference.get());
+  }
+};
+
+namespace zeb {
 
 /// Makes an object that is owned by the returned reference alone.
 template <class T, class... Arguments>

@@ -37,7 +37,7 @@ class NSOperation::CircleSearch {
       NSOperation& operation = *step.operation;
       if (!step.isEntered) {
         if (operation.flags() & settledFlags) {
-          path.pop_back();
+          leave(path);
           continue;
         }
         if (operation.flags() & onPathFlag) reportEnd(path);
@@ -46,7 +46,7 @@ class NSOperation::CircleSearch {
       }
       if (operation.markCircleFreeIfDependenciesAre()) {
         operation.state_.fetch_and(~onPathFlag, std::memory_order_relaxed);
-        path.pop_back();
+        leave(path);
         continue;
       }
       for (Ref<NSOperation>& dependency : operation.dependenciesWithout(settledFlags)) {
@@ -58,9 +58,10 @@ class NSOperation::CircleSearch {
   /// Throws if `from` waits for `target`.
   void requireNoPath(NSOperation& from, NSOperation& target) {
     std::vector<Ref<NSOperation>> waiting{Ref(&from)};
-    std::unordered_map<NSOperation*, Ref<NSOperation>> reachedFrom{{&from, Ref(&target)}};
+    auto& reachedFrom = reachedFrom_;
+    reachedFrom.emplace(&from, Ref(&target));
     while (!waiting.empty()) {
-      const Ref<NSOperation> operation = std::move(waiting.back());
+      const Ref<NSOperation> operation = visited_.emplace_back(std::move(waiting.back()));
       waiting.pop_back();
       for (Ref<NSOperation>& dependency : operation->dependenciesWithout(finishedFlag)) {
         if (!reachedFrom.emplace(dependency.get(), operation).second) continue;
@@ -79,6 +80,11 @@ class NSOperation::CircleSearch {
     Ref<NSOperation> operation;
     bool isEntered = false;
   };
+
+  void leave(std::vector<Step>& path) {
+    visited_.push_back(std::move(path.back().operation));
+    path.pop_back();
+  }
 
   static std::mutex& mutex() {
     static auto* mutex = new std::mutex;
@@ -110,6 +116,9 @@ class NSOperation::CircleSearch {
     raiseCircle(circle);
   }
 
+  // Released after the lock: the last reference to an operation may be one of these.
+  std::vector<Ref<NSOperation>> visited_;
+  std::unordered_map<NSOperation*, Ref<NSOperation>> reachedFrom_;
   std::unique_lock<std::mutex> lock_;
 };
 

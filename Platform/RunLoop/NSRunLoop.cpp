@@ -64,8 +64,12 @@ bool NSRunLoop::add(const Ref<Item>& item, const NSString& mode) {
 
 void NSRunLoop::addTimer(const Ref<NSTimer>& timer, const NSString& mode) {
   if (!add(timer, mode)) return;
-  std::lock_guard guard(timer->mutex_);
-  timer->schedule();
+  {
+    std::lock_guard guard(timer->mutex_);
+    timer->schedule();
+  }
+  // The loop may have ended in between, and then it did not see the timer.
+  if (core_->modes().isClosed()) timer->invalidate();
 }
 
 void NSRunLoop::addObserver(const Ref<RunLoopObserver>& observer, const NSString& mode) {

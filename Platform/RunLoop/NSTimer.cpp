@@ -13,7 +13,7 @@ namespace {
 constexpr NSTimeInterval shortestInterval = 0.0001;
 
 NSTimeInterval usableInterval(NSTimeInterval interval) noexcept {
-  return interval > 0 ? interval : shortestInterval;
+  return interval >= shortestInterval ? interval : shortestInterval;  // also for what is no number
 }
 
 }  // namespace

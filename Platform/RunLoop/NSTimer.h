@@ -31,7 +31,7 @@ class NSTimer final : public RunLoopItem {
   using Handler = Block<void(const Ref<NSTimer>& timer)>;
 
   /// Fires first at `fireDate` (nil or past: at once), then each `interval` seconds if it repeats; intervals
-  /// of 0 or less count as 0.0001. Does nothing until it is added to a run loop.
+  /// below 0.0001 count as that. Does nothing until it is added to a run loop.
   NSTimer(const NSDate& fireDate, NSTimeInterval interval, bool repeats, Handler handler,
           Value userInfo = nullptr);
   ~NSTimer() override;

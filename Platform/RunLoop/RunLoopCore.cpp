@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <thread>
 #include <utility>
 
 namespace zeb::detail {
@@ -189,8 +188,7 @@ bool RunLoopCore::runSources(RunFrame& frame) {
 }
 
 bool RunLoopCore::runMainQueue(RunFrame& frame) {
-  if (!frame.mode.isCommon || frame.isStopped || !isMainQueueReady_) return false;
-  isMainQueueReady_ = false;
+  if (!frame.mode.isCommon || frame.isStopped || !isMainQueueReady_.exchange(false)) return false;
   if (detail::runMainQueue()) isMainQueueReady_ = true;
   return true;
 }
@@ -200,6 +198,8 @@ bool RunLoopCore::handleDescriptors(RunFrame& frame) {
   modes_.watchMode(frame.mode, waiter().pollSet());
   std::array<ReadyDescriptor, 64> ready;
   const std::size_t count = waiter().pollSet().collect(ready);
+  // Collecting took the sign that the host's loop goes by: a callback may run that loop.
+  if (isHosted_ && count > 0) waiter().wake();
   const std::uint64_t runs = runs_;
   bool didCall = false;
   for (std::size_t index = 0; index < count; ++index) {
@@ -254,15 +254,10 @@ void RunLoopCore::wait(RunFrame& frame, std::uint64_t limit) {
 }
 
 /// Blocks from another thread are often followed by more. Waiting for these without sleeping costs less than
-/// being woken, for as long as that would take; the processor is offered to others meanwhile.
+/// being woken, for as long as that would take.
 void RunLoopCore::lingerForNews() const noexcept {
-  for (int look = 0; look < 30; ++look) {
-    for (int rest = 0; rest < 20; ++rest) {
-      if (inbox_.hasNews()) return;
-      relaxProcessor();
-    }
-    std::this_thread::yield();
-  }
+  constexpr int looks = 400;
+  for (int look = 0; look < looks && !inbox_.hasNews(); ++look) relaxProcessor();
 }
 
 RunLoopModes::Outlook RunLoopCore::fireTimers(const NSString& modeName) {
@@ -280,7 +275,7 @@ NSString RunLoopCore::currentMode() {
 
 void RunLoopCore::makeCommon(const NSString& modeName) {
   requireOwnThread();
-  modes_.makeCommon(modes_.named(modeName));
+  modes_.makeCommon(modes_.named(modeName), waiter().pollSet());
   pending_.forgetWhatWasSkipped();
 }
 

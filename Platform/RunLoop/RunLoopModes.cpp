@@ -58,9 +58,18 @@ RunLoopMode& RunLoopModes::named(const NSString& name) {
   return find(name);
 }
 
-void RunLoopModes::makeCommon(RunLoopMode& mode) {
+void RunLoopModes::makeCommon(RunLoopMode& mode, PollSet& pollSet) {
   std::lock_guard guard(mutex_);
   mode.isCommon = true;
+  if (watched_ != &mode) return;
+  for (const auto& source : listOf<RunLoopDescriptorSource>(common_)) {
+    watchNow(source->descriptor(), pollSet);
+  }
+}
+
+bool RunLoopModes::isClosed() {
+  std::lock_guard guard(mutex_);
+  return isClosed_;
 }
 
 template <class Visit>

@@ -54,10 +54,11 @@ class RunLoopModes {
 
   /// Made if it is not there; lives as long as this.
   RunLoopMode& named(const NSString& name);
-  void makeCommon(RunLoopMode& mode);
+  void makeCommon(RunLoopMode& mode, PollSet& pollSet);
 
   /// Nothing can be added any more; answers all there is.
   ReleasedItems close();
+  bool isClosed();
 
   /// Adds an item, once. False after `close`.
   template <class Item>

@@ -32,15 +32,23 @@ void addObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& obs
   const auto observation =
       makeRef<detail::Observation>(object, observer, keyPath, options, context);
   // Keys that are unknown now are to be found before anything is registered.
-  if (observation->isAlongPath()) (void)observation->valueFrom(object, 0);
+  const bool looksNow =
+      observation->isAlongPath() || observation->wants(NSKeyValueObservingOptionInitial);
+  if (looksNow) (void)observation->valueFrom(object, 0);
   detail::Observations::of(*object).add(*object, observation->keyAt(0),
                                         makeRef<detail::Registration>(observation, std::size_t{0}));
   if (observation->isAlongPath()) observation->followPath();
 
   if (!observation->wants(NSKeyValueObservingOptionInitial)) return;
   const bool wantsNew = observation->wants(NSKeyValueObservingOptionNew);
-  const Value value = wantsNew ? observation->valueFrom(object, 0) : Value();
-  observation->tell(object, KeyValueChange(nullptr, wantsNew ? &value : nullptr, false));
+  try {
+    const Value value = wantsNew ? observation->valueFrom(object, 0) : Value();
+    observation->tell(object, KeyValueChange(nullptr, wantsNew ? &value : nullptr, false));
+  } catch (...) {
+    remove(object, observer.get(), keyPath,
+           context);  // who gets an exception has not begun to observe
+    throw;
+  }
 }
 
 void removeObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,

@@ -49,7 +49,7 @@ void ObservedChange::prepare(const Registration& registration) {
 
 const Value* ObservedChange::oldValueFor(const Registration& registration) const noexcept {
   if (!registration.observation->wants(NSKeyValueObservingOptionOld)) return nullptr;
-  if (registration.isLast()) return &*oldValue_;
+  if (registration.isLast()) return oldValue_ ? &*oldValue_ : nullptr;
   for (const auto& [whose, value] : oldValuesAlongPaths_) {
     if (whose == &registration) return &value;
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Foundation/NSException.h>
 #include <Memory/Block.h>
 #include <Observation/ObjectBridging.h>
 #include <Observation/ObservableCore.h>
@@ -73,6 +74,7 @@ class Observable : public detail::ObservableCore {
   template <class Mapping>
   [[nodiscard]] auto map(const Ref<ObserverQueue>& queue, Mapping mapping) {
     using U = std::decay_t<std::invoke_result_t<Mapping&, const T&>>;
+    if (detail::isNilCallable(mapping)) raiseInvalidArgument("a map needs a mapping");
     const auto mapped = makeRef<detail::MappedObservable<T, U>>();
     mapped->sourceObserver =
         observe(orMainQueue(queue),
@@ -91,6 +93,7 @@ class Observable : public detail::ObservableCore {
   /// on the queue; without one, on the main dispatch queue.
   [[nodiscard]] Ref<Observable> filter(const Ref<ObserverQueue>& queue,
                                        Block<bool(const T& value)> predicate) {
+    if (!predicate) raiseInvalidArgument("a filter needs a predicate");
     const auto filtered = makeRef<detail::FilteredObservable<T>>();
     filtered->sourceObserver = observeBoxed(
         orMainQueue(queue), [target = WeakRef<Observable>(filtered),

@@ -38,8 +38,13 @@ Ref<ZEBKVODispatcher> ZEBKVODispatcher::initToObserveValueForKeyPath_ofObject(
 }
 
 ZEBKVODispatcher::~ZEBKVODispatcher() {
-  // A destructor can't throw.
-  if (!suspendDispatching_ && !stopObserving()) fatal(reasonForGoneObject().utf8());
+  // A destructor can't throw. That it is registered no more is no fault here: a change that goes on while it
+  // dies finds it dead and drops it.
+  if (suspendDispatching_) return;
+  try {
+    if (!stopObserving()) fatal(reasonForGoneObject().utf8());
+  } catch (const NSException&) {
+  }
 }
 
 void ZEBKVODispatcher::setSuspendDispatching(bool suspendDispatching) {
@@ -52,7 +57,7 @@ void ZEBKVODispatcher::setSuspendDispatching(bool suspendDispatching) {
   try {
     zeb::addObserver(weakObject_.lock(), Ref<ZEBKVODispatcher>(this), keyPath_, options_, context_);
   } catch (...) {
-    suspendDispatching_ = true;  // an unknown key
+    suspendDispatching_ = true;  // an unknown key, or the first call has failed
     throw;
   }
 }

@@ -33,7 +33,7 @@ ZEBRecordingStopwatch::ZEBRecordingStopwatch(const NSString& name, double shorte
   dispatch_sync(recording().queue, [&] {
     // The dead ones go when there would be no room without growing.
     if (registry.size() == registry.capacity()) {
-      std::erase_if(registry, [](const auto& stopwatch) { return !stopwatch.lock(); });
+      std::erase_if(registry, [](const auto& stopwatch) { return !stopwatch.isAlive(); });
     }
     registry.emplace_back(this);
   });

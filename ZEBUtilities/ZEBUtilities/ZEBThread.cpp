@@ -1,3 +1,4 @@
+#include <Memory/WeakRef.h>
 #include <RunLoop/NSNotificationCenter.h>
 #include <RunLoop/NSOperationQueue.h>
 #include <ZEBUtilities/ZEBThread.h>
@@ -12,22 +13,23 @@ namespace {
 
 constexpr NSTimeInterval secondsBetweenLooks = 1.0;
 
-/// An observation that its own block ends.
+/// An observation that its own block ends. The centre keeps the token.
 struct Observation : NSObject {
-  Ref<NSObject> token;
+  WeakRef<NSObject> token;
 };
 
 Ref<NSObject> announceExitOf(const Ref<NSThread>& thread) {
   const auto observation = makeRef<Observation>();
-  observation->token = NSNotificationCenter::defaultCenter()->addObserverForName(
+  Ref<NSObject> token = NSNotificationCenter::defaultCenter()->addObserverForName(
       NSThreadWillExitNotification, thread, NSOperationQueue::mainQueue(),
       [observation](const Ref<NSNotification>& notification) {
         const auto& centre = NSNotificationCenter::defaultCenter();
         const Ref<NSThread> exiting = notification->object().object<NSThread>();
         centre->postNotificationName(ZEBThreadWillExitNotification, exiting->name());
-        centre->removeObserver(std::exchange(observation->token, nullptr));
+        centre->removeObserver(observation->token.lock());
       });
-  return observation->token;
+  observation->token = token;
+  return token;
 }
 
 }  // namespace
@@ -35,7 +37,12 @@ Ref<NSObject> announceExitOf(const Ref<NSThread>& thread) {
 ZEBThread::ZEBThread()
     : thread_(makeRef<NSThread>([self = Ref<ZEBThread>(this)] { self->runLoop(); })),
       observer_(announceExitOf(thread_)) {
-  thread_->start();
+  try {
+    thread_->start();
+  } catch (...) {
+    NSNotificationCenter::defaultCenter()->removeObserver(observer_);
+    throw;
+  }
 }
 
 void ZEBThread::runLoop() {

@@ -235,6 +235,13 @@ void ZEBTimer::_fireInternal() {
   // The queue, or the run loop, and somebody's `fire()` may come here at once.
   if (!repeats_ && hasFired_.exchange(true, std::memory_order_relaxed)) return;
   const Ref<ZEBTimer> self(this);
+  // Also when the block or the method throws: a timer that can't fire again is of no use.
+  struct AfterFiring {
+    ZEBTimer& timer;
+    ~AfterFiring() {
+      if (!timer.repeats_) timer.invalidate();
+    }
+  } afterFiring{*this};
   const Ref<NSObject> target = target_.lock();
   const ZEBTimerBlock block = this->block();
   if (block) {
@@ -246,9 +253,7 @@ void ZEBTimer::_fireInternal() {
   } else {
     logFiring("(%@): fired for deallocated target; invalidating: %@");
     invalidate();
-    return;
   }
-  if (!repeats_) invalidate();
 }
 
 void ZEBTimer::logFiring(const char* format) const {
@@ -325,6 +330,10 @@ void ZEBTimer::_applicationWillForeground(const Ref<NSNotification>&) {
   NSString mode;
   {
     const std::lock_guard guard(mutex_);
+    if (backgroundingBehavior_ != ZEBTimerBackgroundingBehaviorPause &&
+        backgroundingBehavior_ != ZEBTimerBackgroundingBehaviorReset) {
+      return;
+    }
     const NSDate pausedAt = std::exchange(backgroundDate_, nullptr);
     if (pausedAt.isNil() || !isValidNow()) return;
     delay = delayAfter(pausedAt);
