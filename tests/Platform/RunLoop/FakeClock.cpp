@@ -20,20 +20,20 @@ constinit std::atomic<std::int64_t> monotonicTime{0};
 constinit std::atomic<std::int64_t> wallTime{0};
 
 std::mutex mutex;
-std::map<int, std::int64_t>& moments() {
-  static std::map<int, std::int64_t> all;
-  return all;
-}
+std::map<int, std::int64_t> moments;  ///< of the timer descriptors
 
 int setReal(int descriptor, int flags, const itimerspec* value, itimerspec* old) {
   return static_cast<int>(syscall(SYS_timerfd_settime, descriptor, flags, value, old));
 }
 
-/// Makes the descriptor readable if its moment has come, and unreadable if not.
-void settle(int descriptor, std::int64_t moment) {
-  itimerspec setting{};
-  if (moment <= monotonicTime) setting.it_value.tv_nsec = 1;
-  setReal(descriptor, 0, &setting, nullptr);
+/// Makes the descriptors readable whose moments have come.
+void fireDue() {
+  std::erase_if(moments, [](const auto& entry) {
+    if (entry.second > monotonicTime) return false;
+    const itimerspec now{.it_interval = {}, .it_value = {.tv_sec = 0, .tv_nsec = 1}};
+    setReal(entry.first, 0, &now, nullptr);
+    return true;
+  });
 }
 
 }  // namespace
@@ -47,19 +47,14 @@ FakeClock::FakeClock() {
 FakeClock::~FakeClock() {
   std::lock_guard guard(mutex);
   isFaked = false;
-  moments().clear();
+  moments.clear();
 }
 
 void FakeClock::advance(double seconds) {
   std::lock_guard guard(mutex);
-  const auto step = static_cast<std::int64_t>(seconds * second);
-  wallTime += step;
-  monotonicTime += step;
-  std::erase_if(moments(), [](const auto& entry) {
-    if (entry.second > monotonicTime) return false;
-    settle(entry.first, entry.second);
-    return true;
-  });
+  setWallClockForward(seconds);
+  monotonicTime += static_cast<std::int64_t>(seconds * second);
+  fireDue();
 }
 
 void FakeClock::setWallClockForward(double seconds) {
@@ -85,10 +80,11 @@ extern "C" int timerfd_settime(int descriptor, int flags, const itimerspec* valu
   using namespace zeb::test;
   std::lock_guard guard(mutex);
   if (!isFaked) return setReal(descriptor, flags, value, old);
+  const itimerspec never{};
   const std::int64_t moment = value->it_value.tv_sec * second + value->it_value.tv_nsec;
-  moments().erase(descriptor);
-  if (moment == 0) return setReal(descriptor, 0, value, old);
-  settle(descriptor, moment);
-  if (moment > monotonicTime) moments()[descriptor] = moment;
-  return 0;
+  moments.erase(descriptor);
+  if (moment != 0) moments[descriptor] = moment;
+  const int result = setReal(descriptor, 0, &never, old);
+  fireDue();
+  return result;
 }

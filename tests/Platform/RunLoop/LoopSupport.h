@@ -3,6 +3,7 @@
 #include <Memory/FunctionView.h>
 #include <RunLoop/NSThread.h>
 
+#include <functional>
 #include <string>
 #include <thread>
 
@@ -16,10 +17,7 @@ inline void onNewThread(FunctionView<void()> body) {
 /// A thread that runs its loop as long as the object lives, and has ended after that.
 class LoopThread {
  public:
-  LoopThread() {
-    thread->start();
-    performOnThread(thread, [] {}, true);
-  }
+  LoopThread() { thread->start(); }
   ~LoopThread() {
     loop->performBlock([itself = loop.get()] { itself->stop(); });
     performOnThread(thread, [] {}, true);  // dropped when the thread ends
@@ -43,6 +41,20 @@ inline void runUntilStopped() {
   NSRunLoop::currentRunLoop()->addPort(port, NSDefaultRunLoopMode);
   NSRunLoop::currentRunLoop()->run();
   port->invalidate();
+}
+
+/// The calling thread's loop and another one wake each other so many times, while `run` runs the former; then
+/// calls `end`. A lost wake-up hangs it.
+inline void playPingPong(int rounds, const std::function<void()>& run,
+                         const std::function<void()>& end) {
+  const LoopThread other;
+  const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+  std::function<void()> serve = [&] {
+    if (--rounds == 0) return end();
+    other.loop->performBlock([&] { loop->performBlock([&] { serve(); }); });
+  };
+  loop->performBlock([&] { serve(); });
+  run();
 }
 
 }  // namespace zeb::test

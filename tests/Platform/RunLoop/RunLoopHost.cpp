@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
-#include <atomic>
 #include <functional>
-#include <semaphore>
 
 #include "FakeClock.h"
 #include "LoopSupport.h"
@@ -15,9 +13,6 @@ namespace {
 
 /// The loop of an application that knows nothing of ours but the descriptor.
 struct Host {
-  explicit Host(const Ref<NSRunLoop>& itsLoop)
-      : loop(itsLoop), descriptor(itsLoop->pollableDescriptor()) {}
-
   bool isReadable(int milliseconds = 0) const {
     pollfd waiting{descriptor, POLLIN, 0};
     return poll(&waiting, 1, milliseconds) == 1;
@@ -29,8 +24,8 @@ struct Host {
     }
   }
 
-  const Ref<NSRunLoop> loop;
-  const int descriptor;
+  const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+  const int descriptor = loop->pollableDescriptor();
   bool isOver = false;
 };
 
@@ -41,8 +36,9 @@ TEST(RunLoopHost, TheDescriptorIsReadableExactlyWhenThereIsSomethingToDo) {
     FakeClock clock;
     const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
     std::string log;
-    loop->performBlock([&] { log += 'a'; });
-    const Host host(loop);
+    const auto note = [&](char letter) { return [&log, letter](auto&&...) { log += letter; }; };
+    loop->performBlock(note('a'));
+    const Host host;
     const auto expectWork = [&](const char* logAfterwards) {
       EXPECT_TRUE(host.isReadable()) << log;
       loop->runPending();
@@ -52,82 +48,66 @@ TEST(RunLoopHost, TheDescriptorIsReadableExactlyWhenThereIsSomethingToDo) {
     expectWork("a");
     loop->runPending();  // for nothing
     EXPECT_FALSE(host.isReadable());
-
-    loop->performBlock([&] { log += 'b'; });
+    std::thread([&] { loop->performBlock(note('b')); }).join();
     expectWork("ab");
-    std::thread([&] { loop->performBlock([&] { log += 'c'; }); }).join();
-    expectWork("abc");
-
-    const auto timer = NSTimer::scheduledTimerWithTimeInterval(1, true, [&](auto&) { log += 'd'; });
-    expectWork("abc");  // wakes the host once, to see when
+    const auto timer = NSTimer::scheduledTimerWithTimeInterval(1, true, note('c'));
+    expectWork("ab");  // wakes the host once, to see when
     clock.advance(0.9);
     EXPECT_FALSE(host.isReadable());
     clock.advance(0.2);
-    expectWork("abcd");
+    expectWork("abc");
     clock.advance(1);
-    expectWork("abcdd");
+    expectWork("abcc");
     timer->invalidate();
-    clock.advance(1);
-    loop->runPending();
-
-    const auto source = makeRef<RunLoopSource>([&] { log += 'e'; });
+    const auto source = makeRef<RunLoopSource>(note('d'));
     loop->addSource(source, NSRunLoopCommonModes);
     loop->runPending();
     source->signal();
-    expectWork("abcdde");
+    expectWork("abccd");
 
     // Work that makes work is left for the next turn, so that the host has its own.
-    int left = 3;
-    std::function<void()> more = [&] {
-      if (--left) loop->performBlock([&] { more(); });
-    };
-    loop->performBlock([&] { more(); });
-    for (int turn = 0; turn < 3; ++turn) {
-      EXPECT_TRUE(host.isReadable());
+    loop->performBlock([&] {
+      loop->performBlock([&] { loop->performBlock(note('f')); });
+      log += 'e';
+    });
+    for (const char* afterwards : {"abccde", "abccde"}) {
       loop->runPending();
-      EXPECT_EQ(left, 2 - turn);
+      EXPECT_EQ(log, afterwards);
+      EXPECT_TRUE(host.isReadable());
     }
-    EXPECT_FALSE(host.isReadable());
+    expectWork("abccdef");
 
-    // A run of the loop in between leaves the descriptor right as well.
+    // Other uses of the loop in between leave the descriptor right as well.
     loop->performBlock([&] { loop->stop(); });
-    loop->performBlock([&] { log += 'f'; });
+    loop->performBlock(note('g'));
     loop->run();
-    expectWork("abcddef");
+    expectWork("abccdefg");
     EXPECT_FALSE(runOnce("empty"));
     loop->cancelPerformBlocksWithTarget(&log);
     EXPECT_FALSE(host.isReadable());
-    loop->performBlock([&] { log += 'g'; });
-    expectWork("abcddefg");
-  });
-}
+    loop->performBlock(note('h'));
+    expectWork("abccdefgh");
 
-TEST(RunLoopHost, ObserversHearOfTheWaiting) {
-  onNewThread([] {
-    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
-    const Host host(loop);
-    std::string log;
-    const auto note = [&](auto&, RunLoopActivity activity) {
-      log += activity == RunLoopBeforeWaiting ? 'w' : activity == RunLoopAfterWaiting ? 'a' : '?';
-      if (log == "w") loop->performBlock([&] { log += 'B'; });
+    log.clear();
+    const auto hear = [&](auto&, RunLoopActivity activity) {
+      log += activity == RunLoopBeforeWaiting ? 'w' : activity == RunLoopAfterWaiting ? 'a' : '!';
+      if (log == "aw") loop->performBlock(note('B'));
     };
-    const auto waiting = RunLoopBeforeWaiting | RunLoopAfterWaiting | RunLoopEntry | RunLoopExit;
-    loop->addObserver(makeRef<RunLoopObserver>(waiting, true, 0, note), NSRunLoopCommonModes);
+    const auto heard = RunLoopBeforeWaiting | RunLoopAfterWaiting | RunLoopEntry | RunLoopExit;
+    loop->addObserver(makeRef<RunLoopObserver>(heard, true, 0, hear), NSRunLoopCommonModes);
     loop->runPending();
-    EXPECT_TRUE(host.isReadable());  // for what the observer posted
-    loop->runPending();
-    EXPECT_EQ(log, "waBw");
+    expectWork("awaBw");
   });
 }
 
 // The main queue, timers and blocks go on while a callback runs the application's loop, as dialogs do.
 TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
-  const Ref<NSRunLoop>& loop = NSRunLoop::mainRunLoop();
-  Host host(loop);
+  Host host;
+  const Ref<NSRunLoop>& loop = host.loop;
   std::string log;
   loop->performBlock([&] {
     log += '(';
-    Host dialog(loop);
+    Host dialog;
     std::thread poster;
     NSTimer::scheduledTimerWithTimeInterval(0.001, false, [&](auto&) {
       log += 't';
@@ -151,7 +131,7 @@ TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
   log.clear();
   dispatch_async(dispatch_get_main_queue(), [&] {
     // Inside a block of the main queue its next one has to wait, the rest has not.
-    Host dialog(loop);
+    Host dialog;
     dispatch_async(dispatch_get_main_queue(), [&] {
       log += 'n';
       host.isOver = true;
@@ -167,19 +147,10 @@ TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
   EXPECT_EQ(log, "b.n");
 }
 
-TEST(RunLoopHost, NoWakeUpIsLostAndNoneIsMadeUp) {
+TEST(RunLoopHost, NoWakeUpIsLost) {
   onNewThread([] {
-    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
-    Host host(loop);
-    const LoopThread other;
-    int left = 20'000;
-    std::function<void()> ping = [&] {
-      if (--left == 0) return void(host.isOver = true);
-      other.loop->performBlock([&] { loop->performBlock([&] { ping(); }); });
-    };
-    loop->performBlock([&] { ping(); });
-    host.run();
-    EXPECT_EQ(left, 0);
+    Host host;
+    playPingPong(20'000, [&] { host.run(); }, [&] { host.isOver = true; });
     EXPECT_FALSE(host.isReadable());
   });
 }
