@@ -76,7 +76,9 @@ TEST(ZEBThread, RunsBlocksInOrderUntilItIsCancelled) {
 }
 
 TEST(ZEBThread, EndsWithinAboutASecondWhenCancelledWhileIdle) {
-  makeRef<ZEBThread>()->cancel();
+  const auto thread = makeRef<ZEBThread>();
+  thread->performBlockSync([] {});
+  thread->cancel();
   EXPECT_TRUE(objectOfNextExit().isNil());  // it had no name
 }
 
