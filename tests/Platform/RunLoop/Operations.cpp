@@ -72,14 +72,15 @@ TEST(NSOperation, RefusesToBeRunTwice) {
   queue->setSuspended(true);
   const auto first = named("first"), second = named("second"), done = named("done");
   second->addDependency(first);
-  EXPECT_EQ(raised([&] { second->start(); }), "NSInvalidArgumentException: second is not ready");
-  queue->addOperation(first);
-  EXPECT_EQ(raised([&] { queue->addOperation(first); }),
-            "NSInvalidArgumentException: first is on a queue");
-  EXPECT_EQ(raised([&] { first->start(); }), "NSInvalidArgumentException: first is on a queue");
   done->start();
-  EXPECT_EQ(raised([&] { queue->addOperations({second, done}, false); }),
-            "NSInvalidArgumentException: done has finished");
+  queue->addOperation(first);
+  for (const auto& [call, reason] : std::vector<std::pair<std::function<void()>, std::string>>{
+           {[&] { second->start(); }, "second is not ready"},
+           {[&] { queue->addOperation(first); }, "first is on a queue"},
+           {[&] { first->start(); }, "first is on a queue"},
+           {[&] { queue->addOperations({second, done}, false); }, "done has finished"}}) {
+    EXPECT_EQ(raised(call), "NSInvalidArgumentException: " + reason);
+  }
   EXPECT_EQ(queue->operationCount(), 1u) << "none of them is added";
   queue->addOperation(second);
   queue->setSuspended(false);
@@ -101,14 +102,12 @@ TEST(NSOperation, WaitsForWhatItDependsOn) {
   third->addDependency(unneeded);
   queue->addOperations({third, nullptr, second}, false);
   EXPECT_FALSE(third->isReady() || second->isReady());
-  {
-    const auto dropped = operation();  // that waits for what finishes later
-    for (int i = 0; i < 9; ++i) dropped->addDependency(first);
-    dropped->removeDependency(operation());
-    dropped->removeDependency(first);
-    EXPECT_TRUE(dropped->isReady() && dropped->dependencies().empty());
-    dropped->addDependency(first);
-  }
+  const auto dropped = operation();  // that waits for what finishes later
+  for (int i = 0; i < 9; ++i) dropped->addDependency(first);
+  dropped->removeDependency(operation());
+  dropped->removeDependency(first);
+  EXPECT_TRUE(dropped->isReady() && dropped->dependencies().empty());
+  operation()->addDependency(first);  // dies at once
   otherQueue->addOperation(first);
   second->waitUntilFinished();
   EXPECT_FALSE(third->isReady());
@@ -116,9 +115,6 @@ TEST(NSOperation, WaitsForWhatItDependsOn) {
   queue->waitUntilAllOperationsAreFinished();
   EXPECT_EQ(order, "123");
   EXPECT_EQ(third->dependencies(), (Operations{second, first})) << "also when they have finished";
-  const auto late = operation();
-  late->addDependency(third);
-  EXPECT_TRUE(late->isReady());
 }
 
 TEST(NSOperation, FinishesUnrunWhenCancelled) {
@@ -137,12 +133,6 @@ TEST(NSOperation, FinishesUnrunWhenCancelled) {
   EXPECT_EQ(runs, 10);
   completed.wait();
   EXPECT_EQ(state(*cancelled), "ready cancelled finished ");
-
-  const auto cancelledBefore = operation([&] { ++runs; });
-  cancelledBefore->addDependency(neverStarted);
-  cancelledBefore->cancel();
-  queue->addOperations({cancelledBefore}, true);
-  EXPECT_EQ(runs, 10);
 }
 
 TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
@@ -201,23 +191,22 @@ TEST(NSOperation, ReportsCirclesInsteadOfHanging) {
 TEST(NSOperation, LooksThroughLargeGraphsOnce) {
   const auto queue = makeRef<NSOperationQueue>();
   std::mt19937 random(1);
-  Operations operations;
-  std::atomic<int> next = 20'000;
-  for (std::size_t i = 0; i < 20'000; ++i) {
-    operations.push_back(operation([&next, &operations, i] {
-      for (const auto& earlier : operations[i]->dependencies()) EXPECT_TRUE(earlier->isFinished());
-      --next;
-    }));
+  Operations operations(20'000);
+  std::atomic<int> ran = 0;
+  for (auto& each : operations) {
+    each = operation([&] {
+      for (const auto& earlier : each->dependencies()) EXPECT_TRUE(earlier->isFinished());
+      ++ran;
+    });
   }
   for (std::size_t i = 0; i + 1 < operations.size(); ++i) {
-    for (int edge = 0; edge < 5; ++edge) {
-      const std::size_t later = i + 1 + random() % (operations.size() - i - 1);
-      operations[i]->addDependency(operations[edge == 0 ? i + 1 : later]);
+    operations[i]->addDependency(operations[i + 1]);
+    for (int edge = 0; edge < 4; ++edge) {
+      operations[i]->addDependency(operations[i + 1 + random() % (operations.size() - i - 1)]);
     }
   }
-  queue->addOperations(operations, false);
-  queue->waitUntilAllOperationsAreFinished();
-  EXPECT_EQ(next, 0);
+  queue->addOperations(operations, true);
+  EXPECT_EQ(ran, 20'000);
 }
 
 TEST(NSOperation, ChainsOfAnyLengthDieOnASmallStack) {
@@ -235,44 +224,42 @@ TEST(NSOperation, ChainsOfAnyLengthDieOnASmallStack) {
 }
 
 TEST(NSOperation, RefusesToWaitForEver) {
-  const auto queue = makeRef<NSOperationQueue>(), serial = makeRef<NSOperationQueue>();
+  const auto serial = makeRef<NSOperationQueue>();
+  const auto& mainQueue = NSOperationQueue::mainQueue();
   serial->setMaxConcurrentOperationCount(1);
+  serial->setName("serial");
   const auto later = named("later"), onMain = named("on main");
-  std::vector<std::string> reports;
+  std::string reports;
+  const auto report = [&](const auto& wait) { reports += raised(wait) + "\n"; };
   Ref<NSOperation> asking;
   asking = operation([&] {
     serial->addOperation(later);
-    for (const auto& wait : std::vector<std::function<void()>>{
-             [&] { asking->waitUntilFinished(); }, [&] { later->waitUntilFinished(); },
-             [&] { serial->waitUntilAllOperationsAreFinished(); }}) {
-      reports.push_back(raised(wait));
-    }
-    queue->addOperations({operation()}, true);
-    queue->waitUntilAllOperationsAreFinished();
+    report([&] { asking->waitUntilFinished(); });
+    report([&] { later->waitUntilFinished(); });
+    report([&] { serial->waitUntilAllOperationsAreFinished(); });
+    makeRef<NSOperationQueue>()->addOperations({operation()}, true);
   });
   asking->setName("asking");
-  serial->setName("serial");
-  serial->addOperations({asking}, true);
-  const std::string wait = "NSGenericException: waiting here for ", end = " would never end";
-  EXPECT_EQ(reports,
-            (std::vector{wait + "asking" + end, wait + "later" + end, wait + "serial" + end}));
-  serial->waitUntilAllOperationsAreFinished();
-
+  serial->addOperations({asking, nullptr}, true);
   onMain->addDependency(operation());
-  NSOperationQueue::mainQueue()->addOperation(onMain);
-  EXPECT_EQ(raised([&] { onMain->waitUntilFinished(); }), wait + "on main" + end);
-  EXPECT_EQ(raised([&] { NSOperationQueue::mainQueue()->waitUntilAllOperationsAreFinished(); }),
-            wait + "NSOperationQueue Main Queue" + end);
+  mainQueue->addOperation(onMain);
+  report([&] { onMain->waitUntilFinished(); });
+  report([&] { mainQueue->waitUntilAllOperationsAreFinished(); });
+  std::string expected;
+  for (const char* name : {"asking", "later", "serial", "on main", "NSOperationQueue Main Queue"}) {
+    expected += std::string("NSGenericException: waiting here for ") + name + " would never end\n";
+  }
+  EXPECT_EQ(reports, expected);
+  serial->waitUntilAllOperationsAreFinished();
   onMain->cancel();
   while (!onMain->isFinished()) detail::runMainQueue();
 }
 
 TEST(NSBlockOperation, RunsItsBlocksAtOnce) {
   std::latch everybody(3);
-  const auto several = makeRef<NSBlockOperation>();
+  const auto several = makeRef<NSBlockOperation>(), none = makeRef<NSBlockOperation>();
   several->addExecutionBlock(nullptr);
   for (int i = 0; i < 3; ++i) several->addExecutionBlock([&] { everybody.arrive_and_wait(); });
-  const auto none = makeRef<NSBlockOperation>();
   makeRef<NSOperationQueue>()->addOperations({several, none}, true);
   EXPECT_TRUE(everybody.try_wait());
 }
