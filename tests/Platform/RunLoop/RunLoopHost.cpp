@@ -1,4 +1,5 @@
 #include <Dispatch/DispatchQueue.h>
+#include <Linux/EventDescriptor.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 
@@ -145,6 +146,28 @@ TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
   });
   host.run();
   EXPECT_EQ(log, "b.n");
+}
+
+// A descriptor's block empties it and opens a dialog: the wake-up for what comes next must not be gone.
+TEST(RunLoopHost, DescriptorBlocksMayRunTheApplicationsLoop) {
+  Host host;
+  EventDescriptor event;
+  bool isDone = false;
+  std::thread poster;
+  const auto source = RunLoopDescriptorSource::source(
+      event.descriptor(), DescriptorReadable, [&](const auto& itself, auto) {
+        itself->invalidate();
+        Host dialog;
+        poster =
+            std::thread([&] { host.loop->performBlock([&] { isDone = dialog.isOver = true; }); });
+        dialog.run();
+        host.isOver = true;
+      });
+  host.loop->addDescriptorSource(source, NSDefaultRunLoopMode);
+  event.signal();
+  host.run();
+  poster.join();
+  EXPECT_TRUE(isDone);
 }
 
 TEST(RunLoopHost, NoWakeUpIsLost) {

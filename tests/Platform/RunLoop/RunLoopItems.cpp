@@ -235,6 +235,20 @@ TEST(RunLoopDescriptors, SurviveClosingReuseAndRunsFromInsideTheirBlocks) {
     again->invalidate();
     closed->invalidate();
     EXPECT_FALSE(runOnce());
+
+    // A mode that the loop has run in becomes common: what is common is watched there from then on.
+    const auto common =
+        Source::source(number, DescriptorReadable, [&](auto&, auto) { log += fresh.receive(); });
+    const auto port = NSPort::port();
+    loop->addPort(port, "late");
+    EXPECT_TRUE(loop->runMode("late", NSDate::distantPast()));
+    loop->addDescriptorSource(common, NSRunLoopCommonModes);
+    loop->addCommonMode("late");
+    fresh.send('c');
+    EXPECT_TRUE(loop->runMode("late", NSDate::distantFuture()));
+    EXPECT_EQ(log.back(), 'c');
+    common->invalidate();
+    port->invalidate();
   });
 }
 

@@ -94,6 +94,9 @@ TEST(RunLoopTimers, OddArguments) {
       NSRunLoop::currentRunLoop()->addTimer(added, NSDefaultRunLoopMode);
     }
     addTimer(1, false, nullptr);
+    for (const double tiny : {1e-10, std::nan("")}) {
+      EXPECT_EQ(makeRef<NSTimer>(nullptr, tiny, true, count)->timeInterval(), 0.0001);
+    }
     for (int turn = 0; turn < 2; ++turn, clock.advance(1e9)) runOnce();
     EXPECT_EQ(firings, 3);
     never->invalidate();

@@ -58,6 +58,22 @@ TEST_F(KVODispatcher, DispatchesUnlessSuspendedOrGone) {
   EXPECT_EQ(seen, "2 3 4 ");
 }
 
+TEST_F(KVODispatcher, AFailedResumeLeavesNothingBehind) {
+  bool fails = true;
+  const auto dispatcher = ZEBKVODispatcher::initToObserveValueForKeyPath_ofWeakObject(
+      "level", dial, NSKeyValueObservingOptionInitial, nullptr, true,
+      [&](const NSString&, const Value&, const KeyValueChange&, void*) {
+        if (fails) raiseInvalidArgument("not yet");
+        seen += "told ";
+      });
+  EXPECT_THROW(dispatcher->setSuspendDispatching(false), NSException);
+  EXPECT_TRUE(dispatcher->suspendDispatching());
+  fails = false;
+  dispatcher->setSuspendDispatching(false);
+  turn(1);
+  EXPECT_EQ(seen, "told told ") << "once initially, once for the change";
+}
+
 TEST_F(KVODispatcher, KeepsItsObjectAliveWhenAskedTo) {
   auto dispatcher = ZEBKVODispatcher::initToObserveValueForKeyPath_ofObject(
       "level", dial, 0, nullptr, false,
