@@ -4,6 +4,7 @@
 #include <Memory/FunctionView.h>
 #include <Memory/NSObject.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -82,6 +83,8 @@ void dispatch_async(const dispatch_queue_t& queue, Callable&& block) {
   queue->async(*detail::newWorkItem(std::forward<Callable>(block)));
 }
 
+inline void dispatch_async(const dispatch_queue_t&, std::nullptr_t) noexcept {}
+
 /// Runs the block after the queue's earlier blocks and returns when it is done. It runs on the calling
 /// thread where that is possible (always but for the main queue), and may throw: the exception goes to
 /// the caller. From a block of the same serial queue it would wait for itself, which stops the process
@@ -96,6 +99,8 @@ void dispatch_barrier_async(const dispatch_queue_t& queue, Callable&& block) {
   if (detail::isNilCallable(block)) return;
   queue->barrierAsync(*detail::newWorkItem(std::forward<Callable>(block)));
 }
+
+inline void dispatch_barrier_async(const dispatch_queue_t&, std::nullptr_t) noexcept {}
 
 /// The same, and returns when the block is done; as `dispatch_sync` otherwise.
 inline void dispatch_barrier_sync(const dispatch_queue_t& queue, FunctionView<void()> block) {

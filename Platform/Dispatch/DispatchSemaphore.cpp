@@ -42,7 +42,8 @@ dispatch_semaphore_t dispatch_semaphore_create(std::int64_t value) {
 
 std::int64_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore,
                                      dispatch_time_t timeout) {
-  return semaphore->wait(timeout) ? 0 : 1;
+  const dispatch_semaphore_t alive = semaphore;  // whoever waits keeps it, whatever its owner does
+  return alive->wait(timeout) ? 0 : 1;
 }
 
 std::int64_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) {

@@ -57,11 +57,13 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
   void resume() {
     std::lock_guard guard(timers().mutex());
     if (suspensions_ == 0) fatal("dispatch_resume: the source is not suspended.");
-    --suspensions_;
-    armOrDisarm();
-    if (suspensions_ > 0) return;
-    if (std::exchange(hasMissed_, false)) submitEvent();
-    if (isCancelled_) submitCancellation();
+    if (--suspensions_ > 0) return;
+    if (isCancelled_) {
+      submitCancellation();
+    } else {
+      armOrDisarm();
+      fireIfMissed();
+    }
   }
 
   void cancel() {
@@ -89,28 +91,37 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     }
   }
 
+  /// While an event is under way the timer rests, so that a busy queue costs no wake-ups.
   void becomeDue(std::uint64_t now) noexcept override {
-    if (interval_ == DISPATCH_TIME_FOREVER) {
-      hasSchedule_ = false;
+    if (isUnderWay_) {
+      hasMissed_ = true;
     } else {
-      // The next point of the grid that lies ahead: those that were missed are one firing, this one.
-      const std::uint64_t missed = (now - deadline) / interval_;
-      const std::uint64_t most = (DISPATCH_TIME_FOREVER - deadline) / interval_;
-      if (missed >= most) {
-        hasSchedule_ = false;
-      } else {
-        deadline += (missed + 1) * interval_;
-        timers().arm(*this);
-      }
+      fire(now);
+    }
+  }
+
+  void fireIfMissed() {
+    if (suspensions_ > 0 || isUnderWay_ || !std::exchange(hasMissed_, false)) return;
+    fire(mach_absolute_time());
+  }
+
+  void fire(std::uint64_t now) {
+    if (hasSchedule_ && deadline <= now) {
+      moveAlongGrid(now);
+      armOrDisarm();
     }
     submitEvent();
   }
 
+  /// To the next point that lies ahead: those that were missed are one firing.
+  void moveAlongGrid(std::uint64_t now) {
+    const std::uint64_t missed = (now - deadline) / interval_;
+    const std::uint64_t most = (DISPATCH_TIME_FOREVER - deadline) / interval_;
+    hasSchedule_ = interval_ != DISPATCH_TIME_FOREVER && missed < most;
+    if (hasSchedule_) deadline += (missed + 1) * interval_;
+  }
+
   void submitEvent() {
-    if (isUnderWay_) {
-      hasMissed_ = true;
-      return;
-    }
     if (!retainUnlessDying()) return;  // its destructor waits for the lock
     isUnderWay_ = true;
     dispatch_async(queue_, [self = Ref<TimerSource>::adopt(this), schedule = schedule_] {
@@ -134,8 +145,8 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     isUnderWay_ = false;
     if (isCancelled_) {
       submitCancellation();
-    } else if (suspensions_ == 0 && std::exchange(hasMissed_, false)) {
-      submitEvent();
+    } else {
+      fireIfMissed();
     }
   }
 

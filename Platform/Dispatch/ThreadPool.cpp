@@ -1,4 +1,5 @@
 #include <Dispatch/ThreadPool.h>
+#include <Linux/Console.h>
 #include <Linux/ThreadState.h>
 
 #include <algorithm>
@@ -80,7 +81,9 @@ void ThreadPool::startThread() {
     std::thread([this] { work(); }).detach();
   } catch (const std::system_error&) {
     // The system has no thread to give: the work waits for those that there are.
-    threads_.fetch_sub(1, std::memory_order_relaxed);
+    if (threads_.fetch_sub(1, std::memory_order_relaxed) == 1) {
+      fatal("No thread is left to run queued work.");
+    }
   }
 }
 

@@ -153,13 +153,13 @@ void NSOperation::requireNoCircle() {
 // Dependencies. The mutexes of both sides guard one that is in both lists. ---------------------------
 
 void NSOperation::addDependency(const Ref<NSOperation>& operation) {
-  if (!operation) return;
+  if (!operation || isFinished()) return;
   if (operation.get() == this) raiseCircle({Ref(this)});
   if (insertDependency(operation, circleFreeFlag)) return;
   // What waits for this one may be running already, so nobody would look for circles later.
   CircleSearch search;
   search.requireNoneFrom(*operation);
-  search.requireNoPath(*operation, *this);
+  if (!operation->isFinished()) search.requireNoPath(*operation, *this);
   insertDependency(operation, 0);
 }
 

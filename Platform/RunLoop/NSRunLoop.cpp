@@ -73,7 +73,7 @@ void NSRunLoop::addTimer(const Ref<NSTimer>& timer, const NSString& mode) {
 }
 
 void NSRunLoop::addObserver(const Ref<RunLoopObserver>& observer, const NSString& mode) {
-  add(observer, mode);
+  if (add(observer, mode)) core_->observerWasAdded();
 }
 
 void NSRunLoop::removeObserver(const Ref<RunLoopObserver>& observer, const NSString& mode) {

@@ -76,6 +76,10 @@ void RunLoopCore::stop() noexcept {
   lookAround();
 }
 
+void RunLoopCore::observerWasAdded() noexcept {
+  if (isHosted_) lookAround();
+}
+
 LoopWaiter& RunLoopCore::waiter() {
   std::call_once(waiterOnce_, [this] { waiter_.emplace(); });
   return *waiter_;

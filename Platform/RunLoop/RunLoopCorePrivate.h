@@ -28,6 +28,8 @@ class RunLoopCore {
   void lookAround() noexcept;
   void mainQueueIsReady() noexcept;
   void stop() noexcept;
+  /// An application's own loop, which does the waiting, has to tell it that it waits.
+  void observerWasAdded() noexcept;
   /// Brings what is watched up to date for one descriptor.
   void watch(int descriptor) { modes_.watch(descriptor, waiter().pollSet()); }
 
@@ -87,9 +89,9 @@ class RunLoopCore {
   std::uint64_t runs_ = 0;     ///< that have begun
   /// Those whose blocks are being called.
   std::vector<RunLoopDescriptorSource*> calledSources_;
-  bool didRunBlocks_ = false;   ///< since the last wait
-  bool isHosted_ = false;       ///< an application's own loop may do the waiting
-  bool isHostWaiting_ = false;  ///< observers were told so
+  bool didRunBlocks_ = false;          ///< since the last wait
+  std::atomic<bool> isHosted_{false};  ///< an application's own loop may do the waiting
+  bool isHostWaiting_ = false;         ///< observers were told so
 };
 
 }  // namespace zeb::detail

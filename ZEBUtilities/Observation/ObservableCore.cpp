@@ -6,6 +6,7 @@
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace zeb {
@@ -40,7 +41,8 @@ class ObservableCore::ObserverSet final : public NSObject {
   static Ref<ObserverSet> forChange(const Ref<ObserverSet>& set) {
     if (set->isUniquelyReferenced()) return set;
     auto copy = makeRef<ObserverSet>();
-    copy->members_ = set->members_;
+    std::ranges::copy_if(set->members_, std::back_inserter(copy->members_),
+                         [](const Member& member) { return member.observer.isAlive(); });
     return copy;
   }
 
