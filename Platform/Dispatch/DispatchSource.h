@@ -16,7 +16,8 @@ namespace zeb {
 ///
 /// Made suspended; it runs after the first `dispatch_resume`. Releasing the last reference cancels it,
 /// without a call of the cancel handler.
-/// All functions may be called from any thread, from the handlers too. After `dispatch_source_cancel` no
+/// All functions may be called from any thread, from the handlers too; a nil source is a programming error,
+/// except to cancel. After `dispatch_source_cancel` no
 /// further handler starts; one that runs already goes on. The handlers are released then.
 class DispatchSource : public NSObject {
  protected:

@@ -1,10 +1,10 @@
 #include <Foundation/NSException.h>
 #include <Memory/ObjectExtras.h>
+#include <RunLoop/ItemBlock.h>
 #include <RunLoop/NSNotificationCenter.h>
 
 #include <algorithm>
 #include <atomic>
-#include <functional>
 #include <iterator>
 #include <utility>
 
@@ -49,18 +49,31 @@ const void* identity(const NSObject& observer) { return &detail::ObjectExtras::o
 /// One observer's wish. It is its own observer, and the token, when it was made for a block alone.
 class NSNotificationCenter::Registration final : public NSObject {
  public:
-  Registration(const Ref<NSObject>& observer, const Value& object,
+  Registration(const NSString& name, const Ref<NSObject>& observer, const Value& object,
                const Ref<NSOperationQueue>& queue, Handler block)
-      : observer_(observer), filter_(object), queue_(queue), block_(std::move(block)) {}
+      : name_(name.copy()),
+        observer_(observer),
+        filter_(object),
+        queue_(queue),
+        block_(std::move(block)) {}
 
+  /// What it stands under in the table of observers: an identity that outlives the observer.
+  const void* owner = nullptr;
+
+  /// The name that it is for, or nil.
+  const NSString& name() const noexcept { return name_; }
   const ObjectFilter& filter() const noexcept { return filter_; }
   void setRemoved() noexcept { isRemoved_.store(true, std::memory_order_release); }
   bool isRemoved() const noexcept { return isRemoved_.load(std::memory_order_acquire); }
+  /// To be called without the centre's lock: what the block keeps may come back here when it dies.
+  void releaseBlock() { block_.release(); }
 
-  void deliver(const Ref<NSNotification>& notification) {
-    if (isRemoved() || !filter_.admits(notification->object())) return;
+  /// False when the observer was found dead.
+  bool deliver(const Ref<NSNotification>& notification) {
+    if (isRemoved() || !filter_.admits(notification->object())) return true;
     if (!queue_) return call(notification);
     queue_->addOperationWithBlock([self = Ref(this), notification] { self->call(notification); });
+    return true;
   }
 
   /// Whether it can never be called again. What it locked to find out is left in `alive`, because releasing
@@ -74,33 +87,30 @@ class NSNotificationCenter::Registration final : public NSObject {
   }
 
  private:
-  void call(const Ref<NSNotification>& notification) {
-    if (isRemoved()) return;
+  bool call(const Ref<NSNotification>& notification) {
+    if (isRemoved()) return true;
     const Ref<NSObject> observer = observer_.lock();
-    if (observer || observer_.isEmpty()) {
-      block_(notification);
-    } else {
-      setRemoved();  // it has died
-    }
+    if (!observer && !observer_.isEmpty()) return false;
+    if (const Handler block = block_.get()) block(notification);
+    return true;
   }
 
+  const NSString name_;
   const WeakRef<NSObject> observer_;  ///< empty for a token
   const ObjectFilter filter_;
   const Ref<NSOperationQueue> queue_;
-  const Handler block_;
+  detail::ItemBlock<void(const Ref<NSNotification>&)> block_;
   std::atomic<bool> isRemoved_{false};
 };
 
-struct NSNotificationCenter::Entry {
-  const void* observer;  ///< its identity, which outlives it
-  Ref<Registration> registration;
-};
-
 /// The registrations for one name. Posts read it without the lock; whoever changes it meanwhile copies it.
+/// Removed ones stay until they are half of it, so that removing is quick.
 struct NSNotificationCenter::List final : NSObject {
   List() = default;
-  explicit List(const std::vector<Entry>& same) : entries(same) {}
-  std::vector<Entry> entries;
+  explicit List(const List& same)
+      : NSObject(), registrations(same.registrations), gaps(same.gaps) {}
+  std::vector<Ref<Registration>> registrations;
+  std::size_t gaps = 0;  ///< that are removed
 };
 
 NSNotificationCenter::NSNotificationCenter() : countForSweep_(smallestSweep) {}
@@ -115,31 +125,32 @@ const Ref<NSNotificationCenter>& NSNotificationCenter::defaultCenter() {
 void NSNotificationCenter::addObserver(const Ref<NSObject>& observer, Handler block,
                                        const NSString& name, const Value& object) {
   if (!observer || !block) return;
-  add(name, identity(*observer),
-      makeRef<Registration>(observer, object, nullptr, std::move(block)));
+  add(identity(*observer),
+      makeRef<Registration>(name, observer, object, nullptr, std::move(block)));
 }
 
 Ref<NSObject> NSNotificationCenter::addObserverForName(const NSString& name, const Value& object,
                                                        const Ref<NSOperationQueue>& queue,
                                                        Handler block) {
   if (!block) return nullptr;
-  auto token = makeRef<Registration>(nullptr, object, queue, std::move(block));
-  add(name, identity(*token), token);
+  auto token = makeRef<Registration>(name, nullptr, object, queue, std::move(block));
+  add(identity(*token), token);
   return token;
 }
 
-void NSNotificationCenter::add(const NSString& name, const void* observer,
-                               Ref<Registration> registration) {
+void NSNotificationCenter::add(const void* observer, const Ref<Registration>& registration) {
   bool isTimeToSweep = false;
   {
     std::lock_guard guard(mutex_);
-    Ref<List>& list = listsByName_[name.copy()];
+    Ref<List>& list = listsByName_[registration->name()];
     if (!list) {
       list = makeRef<List>();
     } else if (!list->isUniquelyReferenced()) {
-      list = makeRef<List>(list->entries);
+      list = makeRef<List>(*list);
     }
-    list->entries.push_back({observer, std::move(registration)});
+    registration->owner = observer;
+    list->registrations.push_back(registration);
+    registrationsOf_[observer].push_back(registration);
     isTimeToSweep = ++count_ >= countForSweep_;
   }
   if (isTimeToSweep) removeDead();
@@ -148,60 +159,62 @@ void NSNotificationCenter::add(const NSString& name, const void* observer,
 void NSNotificationCenter::removeObserver(const Ref<NSObject>& observer, const NSString& name,
                                           const Value& object) {
   if (!observer) return;
-  const auto isUnwanted = [&, wanted = detail::ObjectExtras::ifAny(*observer)](const Entry& entry) {
-    return entry.observer == wanted &&
-           (object.isNil() || entry.registration->filter().isSameAs(object));
-  };
-  if (name.isNil()) {
-    removeEntries(isUnwanted);
-  } else {
-    removeEntriesForName(name, isUnwanted);
+  Removed removed;
+  {
+    std::lock_guard guard(mutex_);
+    const auto own = registrationsOf_.find(detail::ObjectExtras::ifAny(*observer));
+    if (own == registrationsOf_.end()) return;
+    removeFrom(own, removed, [&](const Registration& one) {
+      return (name.isNil() || one.name() == name) &&
+             (object.isNil() || one.filter().isSameAs(object));
+    });
   }
+  releaseBlocks(removed);
 }
 
 void NSNotificationCenter::removeDead() {
   std::vector<Ref<NSObject>> alive;
-  removeEntries([&](const Entry& entry) { return entry.registration->isDead(alive); });
-  std::lock_guard guard(mutex_);
-  countForSweep_ = std::max(smallestSweep, 2 * count_);
-}
-
-template <class Predicate>
-void NSNotificationCenter::removeEntries(const Predicate& isUnwanted) {
-  std::vector<Entry> removed;  // released after the lock: a block's destruction may come back here
-  std::lock_guard guard(mutex_);
-  for (auto list = listsByName_.begin(); list != listsByName_.end();) {
-    list = removeEntries(list, isUnwanted, removed);
-  }
-}
-
-template <class Predicate>
-void NSNotificationCenter::removeEntriesForName(const NSString& name, const Predicate& isUnwanted) {
-  std::vector<Entry> removed;
-  std::lock_guard guard(mutex_);
-  const auto list = listsByName_.find(name);
-  if (list != listsByName_.end()) removeEntries(list, isUnwanted, removed);
-}
-
-/// Answers the next list.
-template <class Predicate>
-NSNotificationCenter::Lists::iterator NSNotificationCenter::removeEntries(
-    Lists::iterator list, const Predicate& isUnwanted, std::vector<Entry>& removed) {
-  Ref<List>& entries = list->second;
-  if (std::ranges::none_of(entries->entries, isUnwanted)) return std::next(list);
-  if (!entries->isUniquelyReferenced()) entries = makeRef<List>(entries->entries);
-  std::vector<Entry> wanted;
-  for (Entry& entry : entries->entries) {
-    if (isUnwanted(entry)) {
-      entry.registration->setRemoved();
-      removed.push_back(std::move(entry));
-      --count_;
-    } else {
-      wanted.push_back(std::move(entry));
+  Removed removed;
+  {
+    std::lock_guard guard(mutex_);
+    for (auto own = registrationsOf_.begin(); own != registrationsOf_.end();) {
+      own = removeFrom(own, removed, [&](const Registration& one) { return one.isDead(alive); });
     }
+    countForSweep_ = std::max(smallestSweep, 2 * count_);
   }
-  entries->entries.swap(wanted);
-  return entries->entries.empty() ? listsByName_.erase(list) : std::next(list);
+  releaseBlocks(removed);
+}
+
+/// Removes some of an observer's registrations. Answers the next observer.
+template <class Predicate>
+NSNotificationCenter::Registrations::iterator NSNotificationCenter::removeFrom(
+    Registrations::iterator own, Removed& removed, const Predicate& isUnwanted) {
+  std::erase_if(own->second, [&](const Ref<Registration>& one) {
+    if (!isUnwanted(*one)) return false;
+    one->setRemoved();
+    --count_;
+    removed.push_back(one);
+    noteGap(listsByName_.find(one->name()));
+    return true;
+  });
+  return own->second.empty() ? registrationsOf_.erase(own) : std::next(own);
+}
+
+void NSNotificationCenter::noteGap(Lists::iterator list) {
+  Ref<List>& entries = list->second;
+  if (2 * ++entries->gaps < entries->registrations.size()) return;
+  auto rest = makeRef<List>();
+  std::ranges::copy_if(entries->registrations, std::back_inserter(rest->registrations),
+                       [](const Ref<Registration>& one) { return !one->isRemoved(); });
+  if (rest->registrations.empty()) {
+    listsByName_.erase(list);
+  } else {
+    entries = std::move(rest);
+  }
+}
+
+void NSNotificationCenter::releaseBlocks(const Removed& removed) {
+  for (const Ref<Registration>& registration : removed) registration->releaseBlock();
 }
 
 void NSNotificationCenter::postNotification(const Ref<NSNotification>& notification) {
@@ -216,19 +229,24 @@ void NSNotificationCenter::postNotification(const Ref<NSNotification>& notificat
       if (found != listsByName_.end()) lists[index] = found->second;
     }
   }
-  for (const std::size_t index : {0u, 1u}) {
-    if (!lists[index]) continue;
-    bool hasRemoved = false;
-    for (const Entry& entry : lists[index]->entries) {
-      entry.registration->deliver(posted);
-      hasRemoved = hasRemoved || entry.registration->isRemoved();
-    }
-    // Those whose observers have died; others have been taken out already.
-    if (hasRemoved) {
-      removeEntriesForName(names[index],
-                           [](const Entry& entry) { return entry.registration->isRemoved(); });
+  std::vector<Ref<Registration>> dead;
+  for (const Ref<List>& list : lists) {
+    if (!list) continue;
+    for (const Ref<Registration>& registration : list->registrations) {
+      if (!registration->deliver(posted)) dead.push_back(registration);
     }
   }
+  if (dead.empty()) return;
+  Removed removed;
+  {
+    std::lock_guard guard(mutex_);
+    for (const Ref<Registration>& registration : dead) {
+      const auto own = registrationsOf_.find(registration->owner);
+      if (own == registrationsOf_.end()) continue;
+      removeFrom(own, removed, [&](const Registration& one) { return &one == registration.get(); });
+    }
+  }
+  releaseBlocks(removed);
 }
 
 void NSNotificationCenter::postNotificationName(const NSString& name, const Value& object,

@@ -64,22 +64,22 @@ class NSNotificationCenter : public NSObject {
 
  private:
   class Registration;
-  struct Entry;
   struct List;
   using Lists = std::unordered_map<NSString, Ref<List>>;
+  using Registrations = std::unordered_map<const void*, std::vector<Ref<Registration>>>;
+  using Removed = std::vector<Ref<Registration>>;
 
-  void add(const NSString& name, const void* observer, Ref<Registration> registration);
+  void add(const void* observer, const Ref<Registration>& registration);
   void removeDead();
   template <class Predicate>
-  void removeEntries(const Predicate& isUnwanted);
-  template <class Predicate>
-  void removeEntriesForName(const NSString& name, const Predicate& isUnwanted);
-  template <class Predicate>
-  Lists::iterator removeEntries(Lists::iterator list, const Predicate& isUnwanted,
-                                std::vector<Entry>& removed);
+  Registrations::iterator removeFrom(Registrations::iterator own, Removed& removed,
+                                     const Predicate& isUnwanted);
+  void noteGap(Lists::iterator list);
+  static void releaseBlocks(const Removed& removed);
 
   std::mutex mutex_;
-  Lists listsByName_;  ///< under nil: those for every name
+  Lists listsByName_;              ///< under nil: those for every name
+  Registrations registrationsOf_;  ///< by the observer's identity, which outlives it
   std::size_t count_ = 0;
   std::size_t countForSweep_;  ///< at how many registrations the dead ones are looked for
 };
