@@ -37,7 +37,7 @@ inline constexpr std::int64_t DISPATCH_QUEUE_PRIORITY_BACKGROUND = INT16_MIN;
 /// Queues are used through the functions below, from any thread. A queue lives as long as somebody
 /// refers to it or it has work: releasing it loses no block. No lock is held while a block runs. A block
 /// that throws ends the process, as a thread's function would. Work that is still queued when the
-/// process exits does not run.
+/// process exits may not run.
 class DispatchQueue : public NSObject {
  public:
   /// For people: logs and debuggers. UTF-8, need not be unique.

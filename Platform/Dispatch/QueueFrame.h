@@ -30,7 +30,6 @@ class QueueFrame {
   static const QueueFrame* current() noexcept { return innermost; }
 
   Access access() const noexcept { return access_; }
-  const DispatchQueue& queue() const noexcept { return queue_; }
 
  private:
   static inline constinit thread_local const QueueFrame* innermost = nullptr;

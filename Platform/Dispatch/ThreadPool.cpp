@@ -121,6 +121,21 @@ WorkItem* ThreadPool::take() noexcept {
   return nullptr;
 }
 
+/// For a while, unless another thread does so already: one that looks is enough.
+WorkItem* ThreadPool::lookForWork() {
+  WorkItem* item = nullptr;
+  if (spinning_.fetch_add(1, std::memory_order_seq_cst) == 0) {
+    for (int spin = 0; spin < spinsBeforeSleep && !item; ++spin) {
+      relaxProcessor();
+      item = take();
+    }
+  }
+  spinning_.fetch_sub(1, std::memory_order_seq_cst);
+  // Producers relied on this thread's looking: there may be more than what it found.
+  if (item && hasWaitingWork()) wakeOrGrow();
+  return item;
+}
+
 void ThreadPool::work() {
   isPoolThread = true;
   {
@@ -129,17 +144,7 @@ void ThreadPool::work() {
   }
   for (;;) {
     WorkItem* item = take();
-    if (!item && spinning_.fetch_add(1, std::memory_order_seq_cst) == 0) {
-      for (int spin = 0; spin < spinsBeforeSleep && !item; ++spin) {
-        relaxProcessor();
-        item = take();
-      }
-      spinning_.fetch_sub(1, std::memory_order_seq_cst);
-      // Producers relied on this thread's looking: there may be more than what it found.
-      if (item && hasWaitingWork()) wakeOrGrow();
-    } else if (!item) {
-      spinning_.fetch_sub(1, std::memory_order_seq_cst);  // one that looks is enough
-    }
+    if (!item) item = lookForWork();
     if (!item) {
       if (!sleepUntilWoken()) return;
     } else if (item->runner) {

@@ -49,6 +49,7 @@ class ThreadPool {
 
   void work();
   WorkItem* take() noexcept;
+  WorkItem* lookForWork();
   bool sleepUntilWoken();
   void wakeOrGrow();
   bool growIfShort();

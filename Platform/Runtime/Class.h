@@ -39,15 +39,13 @@ struct MethodRecord {
   std::atomic<const PropertyRecord*> setterOf;  ///< whose observers a call has to tell, or null
 };
 
-}  // namespace detail
-
-namespace detail {
 /// Grows whenever a class gets a method that hides an inherited one: while it stays the same, a method that
 /// was found is still the one that would be found.
 inline std::atomic<std::uint64_t> methodsHiddenCount{0};
 inline std::uint64_t methodsHidden() noexcept {
   return methodsHiddenCount.load(std::memory_order_acquire);
 }
+
 }  // namespace detail
 
 /// A method of a class; nullable, valid for good. What it calls can be replaced and exchanged.

@@ -48,9 +48,9 @@ using ZEBTimerBlock = Block<void(const Ref<ZEBTimer>& timer)>;
 /// Backgrounding follows the notifications that the framework UIKit names
 /// ("UIApplicationDidEnterBackgroundNotification", "UIApplicationWillEnterForegroundNotification"; see
 /// `ZEBFrameworksDirectory`), which the host posts on the main thread. Without that framework and in
-/// extensions, every timer behaves as `None`. A timer that was made to pause and is valid but not scheduled
-/// when the application leaves is scheduled when it returns, on the current run loop. A paused timer that
-/// nobody but the run loop kept is gone.
+/// extensions, every timer behaves as `None`; a name that the framework lacks is not listened for. A timer
+/// that was made to pause and is valid but not scheduled when the application leaves is scheduled when it
+/// returns, on the current run loop. A paused timer that nobody but the run loop kept is gone.
 ///
 /// Any thread may call anything; blocks and methods are called without any lock held. After `invalidate()` on
 /// the thread of the run loop or on the timer's serial queue, no firing begins; from elsewhere, one that has
