@@ -58,6 +58,19 @@ Ref<NSObject> ObjectExtras::associated(const void* key) {
   return nullptr;
 }
 
+Ref<NSObject> ObjectExtras::takeAssociated(const void* key,
+                                           bool (*isWanted)(const NSObject& associated)) {
+  std::lock_guard guard(lock_);
+  for (auto entry = associations_.begin(); entry != associations_.end(); ++entry) {
+    if (entry->first != key) continue;
+    if (!isWanted(*entry->second)) return nullptr;
+    Ref<NSObject> taken = std::move(entry->second);
+    associations_.erase(entry);
+    return taken;
+  }
+  return nullptr;
+}
+
 NSObject& ObjectExtras::setObservationsOnce(Ref<NSObject> fresh) noexcept {
   NSObject* existing = nullptr;
   if (!observations_.compare_exchange_strong(existing, fresh.get(), std::memory_order_acq_rel)) {
@@ -135,6 +148,12 @@ void setAssociatedObject(const NSObject& owner, const void* key, Ref<NSObject> a
 Ref<NSObject> associatedObject(const NSObject& owner, const void* key) {
   detail::ObjectExtras* extras = detail::ObjectExtras::ifAny(owner);
   return extras ? extras->associated(key) : nullptr;
+}
+
+Ref<NSObject> takeAssociatedObject(const NSObject& owner, const void* key,
+                                   bool (*isWanted)(const NSObject& associated)) {
+  detail::ObjectExtras* extras = detail::ObjectExtras::ifAny(owner);
+  return extras ? extras->takeAssociated(key, isWanted) : nullptr;
 }
 
 }  // namespace zeb

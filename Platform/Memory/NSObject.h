@@ -74,4 +74,10 @@ void setAssociatedObject(const NSObject& owner, const void* key, Ref<NSObject> a
 /// The object kept under `key`, or nil. Any thread.
 Ref<NSObject> associatedObject(const NSObject& owner, const void* key);
 
+/// Removes the association under `key` and answers its object if `isWanted` says yes to that object; else
+/// changes nothing and answers nil. Of several threads that take at the same time one gets the object. A lock
+/// is held while `isWanted` looks at the object, so that it must do nothing else. Any thread.
+[[nodiscard]] Ref<NSObject> takeAssociatedObject(const NSObject& owner, const void* key,
+                                                 bool (*isWanted)(const NSObject& associated));
+
 }  // namespace zeb

@@ -29,6 +29,7 @@ class ObjectExtras {
 
   void setAssociated(const void* key, Ref<NSObject> associated);
   Ref<NSObject> associated(const void* key);
+  Ref<NSObject> takeAssociated(const void* key, bool (*isWanted)(const NSObject& associated));
 
   /// Who observes the object's properties: one more associated object, found without a lock.
   NSObject* observations() const noexcept { return observations_.load(std::memory_order_acquire); }

@@ -18,11 +18,12 @@ void ZEBDeallocHook::attachTo(const Ref<NSObject>& object, const void* key,
 
 void ZEBDeallocHook::unattachFrom(const Ref<NSObject>& object, const void* key) {
   if (!object) return;
-  const Ref<NSObject> associated = associatedObject(*object, key);
-  auto* hook = dynamic_cast<ZEBDeallocHook*>(associated.get());
-  if (!hook) return;
-  hook->removeCallback();
-  setAssociatedObject(*object, key, nullptr);
+  // Only the thread that takes the hook out touches its callback: others that unattach at the same time find
+  // none, and a hook that is attached meanwhile stays.
+  const Ref<NSObject> hook = takeAssociatedObject(*object, key, [](const NSObject& associated) {
+    return dynamic_cast<const ZEBDeallocHook*>(&associated) != nullptr;
+  });
+  if (hook) static_cast<ZEBDeallocHook&>(*hook).removeCallback();
 }
 
 }  // namespace zeb

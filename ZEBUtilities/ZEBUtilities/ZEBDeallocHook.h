@@ -17,7 +17,8 @@ class ZEBDeallocHook : public NSObject {
   /// Attaches a hook to the object under the key, an address that the caller owns. Destroys the hook that
   /// was there, which calls that one's callback. Nil object: nothing, and nothing is called. Any thread.
   static void attachTo(const Ref<NSObject>& object, const void* key, Block<void()> callback);
-  /// Removes the hook under the key without calling anything; nothing where there is none. Any thread.
+  /// Removes the hook that is under the key now, without calling anything; nothing where there is none. A
+  /// hook that another thread attaches meanwhile is either removed or stays as it is. Any thread.
   static void unattachFrom(const Ref<NSObject>& object, const void* key);
 
   const Block<void()>& callback() const noexcept { return callback_; }

@@ -1,6 +1,10 @@
 #include <ZEBUtilities/ZEBDeallocHook.h>
 #include <ZEBUtilities/ZEBWeakValueObject.h>
 
+#include <barrier>
+#include <memory>
+#include <thread>
+
 #include "../../Platform/Support.h"
 
 namespace zeb {
@@ -36,6 +40,39 @@ TEST(ZEBDeallocHook, RunsWhenItsOwnerDiesUnlessTakenAway) {
   changed->setCallback(hook(" third"));
   changed = nullptr;
   EXPECT_EQ(log, "first0 second1 third1");
+}
+
+TEST(ZEBDeallocHook, IsTakenAwayByOneOfManyAndLeavesNewOnesAlone) {
+  static const char key = 0;
+  // The callback's captured state dies while its hook is unattached, and attaches another one.
+  std::atomic<int> calls = 0;
+  auto owner = makeRef<ZEBWeakValueObject>(nullptr);
+  auto attachesAtDeath = std::shared_ptr<void>(
+      nullptr, [&](void*) { ZEBDeallocHook::attachTo(owner, &key, [&] { ++calls; }); });
+  ZEBDeallocHook::attachTo(owner, &key, [held = std::move(attachesAtDeath)] { FAIL(); });
+  ZEBDeallocHook::unattachFrom(owner, &key);
+  EXPECT_EQ(calls, 0) << "the new hook stays";
+  owner = nullptr;
+  EXPECT_EQ(calls, 1);
+
+  std::vector<Ref<ZEBWeakValueObject>> owners(2000);
+  std::atomic<int> deaths = 0;
+  for (auto& each : owners) {
+    each = makeRef<ZEBWeakValueObject>(nullptr);
+    ZEBDeallocHook::attachTo(each, &key, [&, probe = makeRef<test::Probe>(deaths)] { ++calls; });
+  }
+  std::vector<std::thread> threads;
+  std::barrier meeting(3);
+  for (int i = 0; i < 3; ++i) {
+    threads.emplace_back([&] {
+      meeting.arrive_and_wait();
+      for (const auto& each : owners) ZEBDeallocHook::unattachFrom(each, &key);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(deaths, 2000);
+  owners.clear();
+  EXPECT_EQ(calls, 1);
 }
 
 TEST(ZEBWeakValueObject, ReadsNilOnceItsValueIsGone) {
