@@ -77,7 +77,6 @@ Ref<CallbackList> CallbackTable::list() {
   std::lock_guard guard(mutex_);
   if (!list_) {
     list_ = makeRef<CallbackList>();
-    list_->table = WeakRef<CallbackTable>(this);
     for (const auto& [age, entry] : entries_) {
       for (const auto& block : entry.blocks) list_->callbacks.push_back({entry.observer, block});
     }

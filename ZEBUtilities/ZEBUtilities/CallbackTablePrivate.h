@@ -17,11 +17,11 @@ namespace zeb::detail {
 /// All blocks of a table at one time, in calling order.
 struct CallbackList final : NSObject {
   struct Callback {
+    bool isAlive() const noexcept { return observer.isAlive(); }
     WeakRef<NSObject> observer;
     ZEBCallbackDispatcher::CallbackBlock block;
   };
   std::vector<Callback> callbacks;
-  WeakRef<CallbackTable> table;
 };
 
 /// A dispatcher's blocks by observer. Used on the access queue, by readers together and by changes alone; the

@@ -4,8 +4,11 @@
 #include <ZEBUtilities/ZEBCallbackDispatcher.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
+#include <algorithm>
+#include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace zeb {
 
@@ -60,22 +63,24 @@ void ZEBCallbackDispatcher::removeObserver(const Ref<NSObject>& observer) {
   });
 }
 
-void ZEBCallbackDispatcher::fireWithUserInfo(const Value& userInfo) {
+// The user info is a copy of the caller's, which blocks may change or destroy.
+void ZEBCallbackDispatcher::fireWithUserInfo(Value userInfo) {
   Ref<detail::CallbackList> list;
   dispatch_sync(accessQueue(), [&] { list = observerToBlocksTable_->list(); });
-  // From here on a block may destroy this dispatcher.
-  bool foundDead = false;
-  for (const detail::CallbackList::Callback& callback : list->callbacks) {
-    if (callback.observer.isAlive()) {
-      callback.block(userInfo);
-    } else {
-      foundDead = true;
-    }
+  // Who has died by now is left out; who dies from here on is called, as the blocks count as collected.
+  const auto callbacks = std::span(list->callbacks);
+  const auto firstDead =
+      std::ranges::find_if_not(callbacks, &detail::CallbackList::Callback::isAlive);
+  if (firstDead == callbacks.end()) {
+    for (const auto& callback : callbacks) callback.block(userInfo);  // may destroy this dispatcher
+    return;
   }
-  if (!foundDead) return;
-  if (const Ref<detail::CallbackTable> table = list->table.lock()) {
-    submit([table] { return table->removeDead(); });
+  submit([table = observerToBlocksTable_] { return table->removeDead(); });
+  std::vector<const CallbackBlock*> blocks;
+  for (const auto& callback : callbacks) {
+    if (callback.isAlive()) blocks.push_back(&callback.block);
   }
+  for (const CallbackBlock* block : blocks) (*block)(userInfo);
 }
 
 }  // namespace zeb

@@ -16,13 +16,15 @@ class CallbackTable;
 }
 
 /// Keeps blocks by observer and calls all of them when it is fired. Observers are held weakly and told
-/// apart by identity: one that is destroyed takes its blocks with it.
+/// apart by identity: one that is destroyed takes its blocks with it, from the next firing on.
 ///
 /// Any thread. Additions and removals take effect asynchronously but in order: whoever fires after them, on
 /// the same thread, sees them. Blocks are called on the firing thread, observer by observer in the order in
 /// which the observers came, while nothing is locked: they may add, remove and fire, and what they add or
-/// remove counts from the next firing on. A block is not called once its observer is destroyed; one whose
-/// observer may die on another thread meanwhile refers to it weakly.
+/// remove counts from the next firing on. So does the death of an observer: a firing collects the blocks of
+/// the observers that are alive when it begins and calls all of them. Blocks are not given their observer,
+/// and one that uses it must hold it weakly, as those made from selectors and member functions do: these do
+/// nothing once their observer is gone.
 class ZEBCallbackDispatcher : public NSObject {
  public:
   /// Gets the user info, which may be nil.
@@ -50,8 +52,9 @@ class ZEBCallbackDispatcher : public NSObject {
   void removeObserver(const Ref<NSObject>& observer);
 
   void fire() { fireWithUserInfo(nullptr); }
-  /// What a block throws goes to the caller; the blocks after it are not called.
-  void fireWithUserInfo(const Value& userInfo);
+  /// All blocks get the same user info, whatever the caller's variable is set to meanwhile. What a block
+  /// throws goes to the caller; the blocks after it are not called.
+  void fireWithUserInfo(Value userInfo);
 
  private:
   const Ref<detail::CallbackTable> observerToBlocksTable_;

@@ -82,10 +82,22 @@ TEST_F(CallbackDispatcher, BlocksMayAddRemoveFireAndDestroy) {
   EXPECT_EQ(fired(), "xnew");
   dispatcher->addObserver(second, writes("z"));
   dispatcher->addObserver(first, [&](const Value&) { second = nullptr; });
-  EXPECT_EQ(fired(), "xnew") << "destroyed before its turn";
+  EXPECT_EQ(fired(), "xnewz") << "collected before its observer was destroyed";
+  EXPECT_EQ(fired(), "xnew");
   dispatcher->addObserver(first, [&](const Value&) { dispatcher = nullptr; });
+  dispatcher->addObserver(first, writes("last"));
   dispatcher->fire();
   EXPECT_FALSE(dispatcher);
+  EXPECT_EQ(log, "xnewlast");
+}
+
+TEST_F(CallbackDispatcher, GivesAllBlocksTheUserInfoOfTheCall) {
+  Value current = "sent";
+  dispatcher->addObserver(first, writes("a"));
+  dispatcher->addObserver(first, [&](const Value&) { current = "changed meanwhile"; });
+  dispatcher->addObserver(first, writes(" b"));
+  dispatcher->fireWithUserInfo(current);
+  EXPECT_EQ(log, "asent bsent");
 }
 
 /// Fires when the block that holds it dies.
