@@ -61,7 +61,7 @@ Observations& Observations::of(const NSObject& object) {
 
 Observations::~Observations() {
   begun_.clear();
-  const std::unique_ptr<const KeyObserversList> list(list_.load());
+  const KeyObserversList* list = list_.get();
   if (!list) return;
   for (const Ref<KeyObservers>& one : *list) {
     for (const Ref<Registration>& registration : one->registrations()) {
@@ -70,38 +70,19 @@ Observations::~Observations() {
   }
 }
 
-void Observations::freeReplaced() noexcept {
-  Lists garbage;
-  std::lock_guard guard(mutex_);
-  if (readers_.load() != 0) return;
-  garbage.swap(replaced_);
-  hasReplaced_ = false;
-}
-
-Observations::Lists Observations::replaceList(std::unique_ptr<const KeyObserversList> list) {
-  if (const KeyObserversList* old = list_.exchange(list.release())) replaced_.emplace_back(old);
-  hasReplaced_ = true;
-  Lists garbage;
-  if (readers_.load() == 0) {
-    garbage.swap(replaced_);
-    hasReplaced_ = false;
-  }
-  return garbage;
-}
-
-Observations::Lists Observations::replacePart(const KeyObservers* part, Ref<KeyObservers> by) {
-  const KeyObserversList* old = list_.load();
-  auto list = old ? std::make_unique<KeyObserversList>(*old) : std::make_unique<KeyObserversList>();
+Observations::Replaced Observations::replacePart(const KeyObservers* part, Ref<KeyObservers> by) {
+  const KeyObserversList* old = list_.get();
+  KeyObserversList list = old ? *old : KeyObserversList();
   const auto place =
-      std::find_if(list->begin(), list->end(), [&](const auto& one) { return one.get() == part; });
-  if (place == list->end()) {
-    list->push_back(std::move(by));
+      std::find_if(list.begin(), list.end(), [&](const auto& one) { return one.get() == part; });
+  if (place == list.end()) {
+    list.push_back(std::move(by));
   } else if (by->registrations().empty()) {
-    list->erase(place);
+    list.erase(place);
   } else {
     *place = std::move(by);
   }
-  return replaceList(std::move(list));
+  return list_.replace(std::move(list));
 }
 
 void Observations::add(const NSObject& object, const NSString& key,
@@ -113,10 +94,10 @@ void Observations::add(const NSObject& object, const NSString& key,
   }
   if (mustCheck) removeDead();
 
-  Lists garbage;
+  Replaced replaced;
   std::lock_guard guard(mutex_);
   KeyObservers* part = nullptr;
-  if (const KeyObserversList* list = list_.load()) {
+  if (const KeyObserversList* list = list_.get()) {
     for (const Ref<KeyObservers>& one : *list) {
       if (one->key() == key) part = one.get();
     }
@@ -124,15 +105,15 @@ void Observations::add(const NSObject& object, const NSString& key,
   if (part && !part->isFull()) return part->append(std::move(registration));
   auto larger = part ? makeRef<KeyObservers>(*part) : makeRef<KeyObservers>(object, key);
   larger->append(std::move(registration));
-  garbage = replacePart(part, std::move(larger));
+  replaced = replacePart(part, std::move(larger));
 }
 
 template <class Matches>
 Ref<Registration> Observations::removeLatest(const Matches& matches) {
   Ref<Registration> removed;
-  Lists garbage;
+  Replaced replaced;
   std::lock_guard guard(mutex_);
-  const KeyObserversList* list = list_.load();
+  const KeyObserversList* list = list_.get();
   if (!list) return nullptr;
   for (const Ref<KeyObservers>& part : *list) {
     const std::span<const Ref<Registration>> all = part->registrations();
@@ -143,7 +124,7 @@ Ref<Registration> Observations::removeLatest(const Matches& matches) {
     removed = *found;
     removed->isActive = false;
     if (2 * ++part->inactive > all.size())
-      garbage = replacePart(part.get(), makeRef<KeyObservers>(*part));
+      replaced = replacePart(part.get(), makeRef<KeyObservers>(*part));
     break;
   }
   return removed;
@@ -164,11 +145,11 @@ void Observations::remove(const Observation& observation, std::size_t level) {
 }
 
 void Observations::removeDead() {
-  Lists garbage;
+  Replaced replaced;
   std::lock_guard guard(mutex_);
-  const KeyObserversList* old = list_.load();
+  const KeyObserversList* old = list_.get();
   if (!old) return;
-  auto list = std::make_unique<KeyObserversList>();
+  KeyObserversList list;
   additions_ = 0;
   for (const Ref<KeyObservers>& part : *old) {
     for (const Ref<Registration>& one : part->registrations()) {
@@ -176,10 +157,10 @@ void Observations::removeDead() {
     }
     auto living = makeRef<KeyObservers>(*part);
     additions_ += living->registrations().size();
-    if (!living->registrations().empty()) list->push_back(std::move(living));
+    if (!living->registrations().empty()) list.push_back(std::move(living));
   }
   nextCheck_ = 2 * additions_ + 8;
-  garbage = replaceList(std::move(list));
+  replaced = list_.replace(std::move(list));
 }
 
 void Observations::begin(std::unique_ptr<ObservedChange> change) {

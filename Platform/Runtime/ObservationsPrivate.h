@@ -2,6 +2,7 @@
 
 #include <Foundation/NSString.h>
 #include <Memory/NSObject.h>
+#include <Memory/SnapshotPointer.h>
 #include <Memory/WeakRef.h>
 #include <Runtime/Class.h>
 #include <Runtime/NSKeyValueCoding.h>
@@ -130,10 +131,8 @@ class KeyObservers final : public NSObject {
   std::atomic<bool> looksBefore_{false};
 };
 
-using KeyObserversList = std::vector<Ref<KeyObservers>>;
-
 /// Everything registered on one object. Who changes a property reads the list without a lock; it is replaced
-/// when a part has to grow or shrink, and the last reader of a replaced one has it freed.
+/// when a part has to grow or shrink, and a replaced one lives as long as its own readers.
 class Observations final : public NSObject {
  public:
   static Observations& of(const NSObject& object);
@@ -153,62 +152,45 @@ class Observations final : public NSObject {
   /// Forgets those who died.
   void removeDead();
 
-  /// The list as it is now, which stays as long as it is pinned; null for none.
-  const KeyObserversList* pin() noexcept {
-    // Sequentially consistent, as all accesses to these fields: who replaces the list and then sees no
-    // reader knows that later readers see the new one.
-    readers_.fetch_add(1);
-    return list_.load();
-  }
-  void unpin() noexcept {
-    if (readers_.fetch_sub(1) == 1 && hasReplaced_.load()) freeReplaced();
-  }
+  /// The list as it is now; empty for none.
+  SnapshotPointer<KeyObserversList>::Pin pin() noexcept { return list_.pin(); }
 
   /// Changes that began as one call and will end as another.
   void begin(std::unique_ptr<ObservedChange> change);
   std::unique_ptr<ObservedChange> takeBegun(const StringKey& key);
 
  private:
-  using Lists = std::vector<std::unique_ptr<const KeyObserversList>>;
+  /// A list that was replaced, to be let go outside the lock.
+  using Replaced = SnapshotPointer<KeyObserversList>::Pin;
   struct Begun {
     std::thread::id thread;
     std::unique_ptr<ObservedChange> change;
   };
 
-  // Under the lock; what they answer is to be freed after it.
-  [[nodiscard]] Lists replaceList(std::unique_ptr<const KeyObserversList> list);
-  /// One that is not there (null) is added; one that has become empty is left out.
-  [[nodiscard]] Lists replacePart(const KeyObservers* part, Ref<KeyObservers> by);
+  /// Under the lock. A part that is not there (null) is added; one that has become empty is left out.
+  [[nodiscard]] Replaced replacePart(const KeyObservers* part, Ref<KeyObservers> by);
 
   template <class Matches>
   Ref<Registration> removeLatest(const Matches& matches);
-  void freeReplaced() noexcept;
 
-  std::atomic<const KeyObserversList*> list_{nullptr};
-  std::atomic<std::uint32_t> readers_{0};
-  std::atomic<bool> hasReplaced_{false};
+  SnapshotPointer<KeyObserversList> list_;
   std::mutex mutex_;  ///< guards what follows, and changes of the list
-  Lists replaced_;
   std::vector<Begun> begun_;
   std::size_t additions_ = 0;
   std::size_t nextCheck_ = 8;  ///< after how many additions dead observers are looked for
 };
 
-inline PinnedObservers::PinnedObservers(Observations* observations, const StringKey& key) noexcept
-    : observations_(observations) {
-  if (!observations_) return;
-  if (const KeyObserversList* list = observations_->pin()) {
-    for (const Ref<KeyObservers>& one : *list) {
-      if (!one->isFor(key)) continue;
-      observers_ = one.get();
-      return;
-    }
+inline PinnedObservers::PinnedObservers(Observations* observations, const StringKey& key) noexcept {
+  if (!observations) return;
+  list_ = observations->pin();
+  if (!list_) return;
+  for (const Ref<KeyObservers>& one : *list_) {
+    if (!one->isFor(key)) continue;
+    observers_ = one.get();
+    return;
   }
-  observations_->unpin();
 }
 
-inline PinnedObservers::~PinnedObservers() {
-  if (observers_) observations_->unpin();
-}
+inline PinnedObservers::~PinnedObservers() = default;
 
 }  // namespace zeb::detail

@@ -5,6 +5,7 @@
 #include <Foundation/Value.h>
 #include <Memory/NSObject.h>
 #include <Memory/ObjectExtras.h>
+#include <Memory/SnapshotPointer.h>
 
 #include <optional>
 #include <span>
@@ -20,6 +21,8 @@ namespace zeb::detail {
 class Observations;
 class KeyObservers;
 struct Registration;
+
+using KeyObserversList = std::vector<Ref<KeyObservers>>;
 
 /// Whether anybody observes, or did.
 inline bool isObserved(const NSObject& object) noexcept {
@@ -40,7 +43,7 @@ class PinnedObservers {
   const KeyObservers* operator->() const noexcept { return observers_; }
 
  private:
-  Observations* observations_;
+  SnapshotPointer<KeyObserversList>::Pin list_;
   const KeyObservers* observers_ = nullptr;
 };
 
