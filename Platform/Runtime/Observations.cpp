@@ -96,50 +96,70 @@ void Observations::add(const NSObject& object, const NSString& key,
 
   Replaced replaced;
   std::lock_guard guard(mutex_);
-  KeyObservers* part = nullptr;
-  if (const KeyObserversList* list = list_.get()) {
-    for (const Ref<KeyObservers>& one : *list) {
-      if (one->key() == key) part = one.get();
-    }
-  }
+  link(*registration);
+  KeyObservers* part = partFor(key);
   if (part && !part->isFull()) return part->append(std::move(registration));
   auto larger = part ? makeRef<KeyObservers>(*part) : makeRef<KeyObservers>(object, key);
   larger->append(std::move(registration));
   replaced = replacePart(part, std::move(larger));
 }
 
+KeyObservers* Observations::partFor(const NSString& key) const noexcept {
+  const KeyObserversList* list = list_.get();
+  if (!list) return nullptr;
+  const auto part =
+      std::find_if(list->begin(), list->end(), [&](const auto& one) { return one->key() == key; });
+  return part == list->end() ? nullptr : part->get();
+}
+
+void Observations::link(Registration& registration) {
+  Registration*& latest = latest_[registration.owner()];
+  registration.older = latest;
+  if (latest) latest->newer = &registration;
+  latest = &registration;
+}
+
+void Observations::deactivate(Registration& registration) {
+  registration.isActive = false;
+  if (registration.older) registration.older->newer = registration.newer;
+  if (registration.newer) {
+    registration.newer->older = registration.older;
+  } else if (registration.older) {
+    latest_[registration.owner()] = registration.older;
+  } else {
+    latest_.erase(registration.owner());
+  }
+}
+
 template <class Matches>
-Ref<Registration> Observations::removeLatest(const Matches& matches) {
+Ref<Registration> Observations::removeLatest(const void* owner, const Matches& matches) {
   Ref<Registration> removed;
   Replaced replaced;
   std::lock_guard guard(mutex_);
-  const KeyObserversList* list = list_.get();
-  if (!list) return nullptr;
-  for (const Ref<KeyObservers>& part : *list) {
-    const std::span<const Ref<Registration>> all = part->registrations();
-    const auto found = std::find_if(all.rbegin(), all.rend(), [&](const Ref<Registration>& one) {
-      return one->isActive && matches(*one);
-    });
-    if (found == all.rend()) continue;
-    removed = *found;
-    removed->isActive = false;
-    if (2 * ++part->inactive > all.size())
-      replaced = replacePart(part.get(), makeRef<KeyObservers>(*part));
-    break;
+  const auto found = latest_.find(owner);
+  if (found == latest_.end()) return nullptr;
+  Registration* candidate = found->second;
+  while (candidate && !matches(*candidate)) candidate = candidate->older;
+  if (!candidate) return nullptr;
+  removed = Ref(candidate);
+  deactivate(*candidate);
+  KeyObservers* part = partFor(candidate->key());
+  if (2 * ++part->inactive > part->registrations().size()) {
+    replaced = replacePart(part, makeRef<KeyObservers>(*part));
   }
   return removed;
 }
 
 Ref<Observation> Observations::remove(const NSKeyValueObserver* observer, const NSString& keyPath,
                                       const std::optional<void*>& context) {
-  const Ref<Registration> removed = removeLatest([&](const Registration& one) {
+  const Ref<Registration> removed = removeLatest(observer, [&](const Registration& one) {
     return one.level == 0 && one.observation->isOf(observer, keyPath, context);
   });
   return removed ? removed->observation : nullptr;
 }
 
 void Observations::remove(const Observation& observation, std::size_t level) {
-  removeLatest([&](const Registration& one) {
+  removeLatest(&observation, [&](const Registration& one) {
     return one.observation.get() == &observation && one.level == level;
   });
 }
@@ -153,7 +173,7 @@ void Observations::removeDead() {
   additions_ = 0;
   for (const Ref<KeyObservers>& part : *old) {
     for (const Ref<Registration>& one : part->registrations()) {
-      if (!one->observation->isObserverAlive()) one->isActive = false;
+      if (one->isActive && !one->observation->isObserverAlive()) deactivate(*one);
     }
     auto living = makeRef<KeyObservers>(*part);
     additions_ += living->registrations().size();

@@ -16,6 +16,7 @@
 #include <optional>
 #include <span>
 #include <thread>
+#include <unordered_map>
 #include <vector>
 
 namespace zeb::detail {
@@ -32,6 +33,7 @@ class Observation final : public NSObject {
   bool isOf(const NSKeyValueObserver* observer, const NSString& keyPath,
             const std::optional<void*>& context) const noexcept;
   bool isObserverAlive() const noexcept { return observer_.isAlive(); }
+  const NSKeyValueObserver* observerAddress() const noexcept { return observerAddress_; }
 
   const NSString& keyAt(std::size_t level) const noexcept { return keys_[level]; }
   bool isLast(std::size_t level) const noexcept { return level + 1 == keys_.size(); }
@@ -80,10 +82,20 @@ struct Registration final : NSObject {
 
   /// Whether the key is the last of the observation's path.
   bool isLast() const noexcept { return observation->isLast(level); }
+  const NSString& key() const noexcept { return observation->keyAt(level); }
+  /// What it is found by when it is removed: the observer, further along a path the observation.
+  const void* owner() const noexcept {
+    if (level == 0) return observation->observerAddress();
+    return observation.get();
+  }
 
   const Ref<Observation> observation;
   const std::size_t level;  ///< of the object on the observation's path
   std::atomic<bool> isActive{true};
+
+  // The active registrations of the same owner on the same object, under the object's lock.
+  Registration* older = nullptr;
+  Registration* newer = nullptr;
 };
 
 /// Who observes a key of an object, in the order of their adding. Grows in place up to its capacity; who has
@@ -170,11 +182,17 @@ class Observations final : public NSObject {
   /// Under the lock. A part that is not there (null) is added; one that has become empty is left out.
   [[nodiscard]] Replaced replacePart(const KeyObservers* part, Ref<KeyObservers> by);
 
+  // Under the lock.
+  KeyObservers* partFor(const NSString& key) const noexcept;
+  void link(Registration& registration);
+  void deactivate(Registration& registration);
+
   template <class Matches>
-  Ref<Registration> removeLatest(const Matches& matches);
+  Ref<Registration> removeLatest(const void* owner, const Matches& matches);
 
   SnapshotPointer<KeyObserversList> list_;
   std::mutex mutex_;  ///< guards what follows, and changes of the list
+  std::unordered_map<const void*, Registration*> latest_;  ///< active registrations by owner
   std::vector<Begun> begun_;
   std::size_t additions_ = 0;
   std::size_t nextCheck_ = 8;  ///< after how many additions dead observers are looked for

@@ -226,6 +226,24 @@ TEST_F(KeyValueObserving, ForgetsObserversThatDied) {
   EXPECT_EQ(taken(), "titleTwo\n");
 }
 
+TEST_F(KeyValueObserving, ManyObserversGoInAnyOrder) {
+  setValueForKey(track, Track::trackWithTitle("Next"), "next");
+  std::vector<Ref<Observer>> observers(40'000);
+  for (Ref<Observer>& one : observers) one = makeRef<Observer>(log);
+  for (const char* path : {"title", "next.title"}) {
+    for (const Ref<Observer>& one : observers) addObserver(track, one, path, New);
+    addObserver(track, observers.back(), path, New);
+    const auto remove = [&](const Ref<Observer>& one) { removeObserver(track, one, path); };
+    std::ranges::for_each(observers, remove);
+    EXPECT_EQ(raisedName([&] { remove(observers.front()); }), NSRangeException);
+    setValueForKeyPath(track, "changed", path);
+    EXPECT_EQ(std::ranges::count(taken(), '\n'), 1) << "the one that was added twice";
+    remove(observers.back());
+    setValueForKeyPath(track, "unheard", path);
+    EXPECT_EQ(taken(), "");
+  }
+}
+
 /// Lists that were replaced while a change went on must not wait for a moment without any change. (Sanitizers
 /// have heaps of their own, which is not looked at.)
 TEST_F(KeyValueObserving, KeepsLittleMemoryWhileAChangeGoesOn) {
