@@ -5,8 +5,6 @@
 #include <Runtime/Class.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
-#include <algorithm>
-#include <iterator>
 #include <vector>
 
 namespace zeb {
@@ -34,26 +32,29 @@ ObserverCore::~ObserverCore() {
   }
 }
 
-/// Deliveries that are on their way share the set; whoever changes it meanwhile copies it.
+/// Deliveries that are on their way share the set; whoever changes it meanwhile copies it. Members are found by
+/// their position, which is the same in a copy.
 class ObservableCore::ObserverSet final : public NSObject {
  public:
   /// This set, or a copy of it if somebody else can see it.
   static Ref<ObserverSet> forChange(const Ref<ObserverSet>& set) {
     if (set->isUniquelyReferenced()) return set;
     auto copy = makeRef<ObserverSet>();
-    std::ranges::copy_if(set->members_, std::back_inserter(copy->members_),
-                         [](const Member& member) { return member.observer.isAlive(); });
+    copy->members_ = set->members_;
     return copy;
   }
 
-  void insert(const Ref<ObserverCore>& observer) {
+  /// Answers the position.
+  std::size_t insert(const Ref<ObserverCore>& observer) {
     members_.push_back({observer->hashValue(), observer});
+    return members_.size() - 1;
   }
-  void erase(std::intptr_t hashValue) {
-    const auto found = std::ranges::find(members_, hashValue, &Member::hashValue);
-    if (found == members_.end()) return;
-    *found = std::move(members_.back());
+  /// The last member moves to the position; answers its hash value.
+  std::intptr_t erase(std::size_t position) {
+    const std::intptr_t moved = members_.back().hashValue;
+    members_[position] = std::move(members_.back());
     members_.pop_back();
+    return moved;
   }
   void deliver(const Ref<NSObject>& boxedValue) const {
     for (const Member& member : members_) {
@@ -106,11 +107,11 @@ void ObservableCore::registerObserver(Ref<ObserverCore> observer, const Ref<Obse
 }
 
 void ObservableCore::insert(const Ref<ObserverCore>& observer, const Ref<ObserverQueue>& queue) {
-  allObservers_.try_emplace(observer->hashValue(), WeakObserverWrapper{observer, queue});
   QueueEntry& entry = observersMap_[queue.get()];
   if (!entry.queue) entry = {queue, makeRef<ObserverSet>()};
   entry.observers = ObserverSet::forChange(entry.observers);
-  entry.observers->insert(observer);
+  const std::size_t position = entry.observers->insert(observer);
+  allObservers_.try_emplace(observer->hashValue(), WeakObserverWrapper{observer, queue, position});
   if (!value_) return;
   // Holds the observer, so that it gets the current value even if its owner drops it meanwhile.
   dispatch_async(queue->queue(), [observer, value = value_] { observer->receive(value); });
@@ -131,7 +132,8 @@ void ObservableCore::erase(std::intptr_t observerHashValue) {
   if (const Ref<ObserverCore> observer = removed.observer.lock()) observer->observable_ = nullptr;
   QueueEntry& entry = observersMap_.at(removed.observerQueue.get());
   entry.observers = ObserverSet::forChange(entry.observers);
-  entry.observers->erase(observerHashValue);
+  const std::intptr_t moved = entry.observers->erase(removed.position);
+  if (moved != observerHashValue) allObservers_.at(moved).position = removed.position;
 }
 
 // The bridge. --------------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #include <Observation/AnyObjectiveCThrowingObservable.h>
 #include <Observation/ObserverQueue.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <typeinfo>
@@ -75,6 +76,7 @@ class ObservableCore : public AnyObjectiveCThrowingObservable {
   struct WeakObserverWrapper {
     WeakRef<ObserverCore> observer;
     Ref<ObserverQueue> observerQueue;
+    std::size_t position;  ///< in the set of this queue
   };
 
   // On the observable's queue.

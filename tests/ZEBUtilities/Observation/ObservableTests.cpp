@@ -78,6 +78,19 @@ TEST_F(ObservableTest, DroppedTokensAreNotCalledAgain) {
   EXPECT_EQ(kept, (Values{1, 2}));
 }
 
+TEST_F(ObservableTest, ManyTokensGoInAnyOrder) {
+  auto [input, observable] = Observable<int>::create();
+  std::vector<Ref<Observer<int>>> tokens(100'000);
+  Values values;
+  for (auto& token : tokens) token = observable->observe(queue, into(values));
+  tokens.erase(tokens.begin(), tokens.end() - 3);
+  input.update(1);
+  tokens.erase(tokens.begin());  // while the delivery is on its way
+  input.update(2);
+  held->awaitAndRun(2);
+  EXPECT_EQ(values, (Values{1, 1, 2, 2}));
+}
+
 TEST_F(ObservableTest, RemovedObserversAreNotCalledAgainAndHoldNothing) {
   auto [input, observable] = Observable<int>::create(1);
   auto [otherInput, other] = Observable<int>::create();
