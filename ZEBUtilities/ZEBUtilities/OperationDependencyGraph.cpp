@@ -1,7 +1,9 @@
 #include <ZEBUtilities/OperationDependencyGraph.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
+#include <unordered_map>
 
 namespace zeb {
 
@@ -16,17 +18,33 @@ bool areEqual(const Operations& left, const Operations& right) {
   });
 }
 
+/// Lists of operations as keys of tables, by the equality of the operations.
+struct EqualLists {
+  bool operator()(const Operations* left, const Operations* right) const {
+    return areEqual(*left, *right);
+  }
+};
+struct HashOfList {
+  std::size_t operator()(const Operations* operations) const noexcept {
+    std::size_t hash = operations->size();
+    for (const auto& operation : *operations)
+      hash = 31 * hash + (operation ? operation->hash() : 0);
+    return hash;
+  }
+};
+
 /// The dependents of one step, those with equal operations folded into the first of them.
 std::vector<std::pair<const Operations*, Graphs>> merged(const Graphs& graphs) {
   std::vector<std::pair<const Operations*, Graphs>> entries;
+  std::unordered_map<const Operations*, std::size_t, HashOfList, EqualLists> places;
   for (const OperationDependencyGraph& graph : graphs) {
-    const auto same = std::ranges::find_if(
-        entries, [&](const auto& entry) { return areEqual(*entry.first, graph.operations()); });
+    const auto [place, isNew] = places.try_emplace(&graph.operations(), entries.size());
     const Graphs& dependents = graph.dependentOperations();
-    if (same == entries.end()) {
+    if (isNew) {
       entries.emplace_back(&graph.operations(), dependents);
     } else {
-      same->second.insert(same->second.end(), dependents.begin(), dependents.end());
+      Graphs& merged = entries[place->second].second;
+      merged.insert(merged.end(), dependents.begin(), dependents.end());
     }
   }
   return entries;

@@ -26,6 +26,7 @@ struct Equal : Named {
     const auto* operation = dynamic_cast<const Equal*>(&other);
     return operation && operation->name() == name();
   }
+  std::size_t hash() const noexcept override { return name().hash(); }
 };
 
 /// "name<dependency,dependency" for each operation that has dependencies.
@@ -95,6 +96,14 @@ TEST(OperationDependencyGraph, MayBeAsLongAsItLikes) {
     EXPECT_EQ(all[0]->dependencies(), Operations{all[1]});
     EXPECT_TRUE(all.back()->dependencies().empty());
   });
+}
+
+TEST(OperationDependencyGraph, MayBeAsWideAsItLikes) {
+  const Ref<NSOperation> first = makeRef<Named>("first");
+  Graph::Graphs dependents;
+  for (int i = 0; i < 100'000; ++i) dependents.emplace_back(makeRef<Named>("later"));
+  Graph({first}, dependents).establishDependencies();
+  EXPECT_EQ(dependents.back().operations()[0]->dependencies(), Operations{first});
 }
 
 TEST(ZEBSafeOperation, LetsGoOfItsCompletionBlock) {
