@@ -13,7 +13,9 @@ struct Recording {
   const dispatch_queue_t queue =
       dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".ZEBRecordingStopwatch",
                             DispatchQueueKind::serial, QOS_CLASS_BACKGROUND);
-  std::vector<WeakRef<ZEBRecordingStopwatch>> registry;  ///< on the queue only
+  // On the queue only:
+  std::vector<WeakRef<ZEBRecordingStopwatch>> registry;
+  std::size_t sizeToSweep = 16;  ///< when there are so many entries, dead ones are looked for
 };
 
 Recording& recording() {
@@ -29,13 +31,15 @@ ZEBRecordingStopwatch::ZEBRecordingStopwatch(const NSString& name, double shorte
       shortestRecordable_(shortestRecordable),
       tooSlow_(tooSlow),
       tooSlowMinimumCount_(tooSlowMinimumCount) {
-  auto& registry = recording().registry;
-  dispatch_sync(recording().queue, [&] {
-    // The dead ones go when there would be no room without growing.
-    if (registry.size() == registry.capacity()) {
-      std::erase_if(registry, [](const auto& stopwatch) { return !stopwatch.isAlive(); });
+  Recording& all = recording();
+  dispatch_sync(all.queue, [&] {
+    // As many additions lie between two sweeps as the first one left over, so that each addition pays for a
+    // constant number of looks.
+    if (all.registry.size() >= all.sizeToSweep) {
+      std::erase_if(all.registry, [](const auto& stopwatch) { return !stopwatch.isAlive(); });
+      all.sizeToSweep = 2 * all.registry.size() + 16;
     }
-    registry.emplace_back(this);
+    all.registry.emplace_back(this);
   });
 }
 

@@ -69,6 +69,17 @@ TEST_F(ZEBRecordingStopwatchTest, KnowsTheLivingAndTheSlow) {
   EXPECT_EQ(names(ZEBRecordingStopwatch::tooSlowRecordingStopwatches()), "s");
 }
 
+TEST_F(ZEBRecordingStopwatchTest, ReplacesOneOfManyAsOftenAsNeeded) {
+  std::vector<Ref<ZEBRecordingStopwatch>> watches(1 << 16);
+  for (const char* name : {"first", "second"}) {
+    for (auto& watch : watches) {
+      watch = nullptr;
+      watch = makeRef<ZEBRecordingStopwatch>(name);
+    }
+  }
+  EXPECT_EQ(ZEBRecordingStopwatch::recordingStopwatches(), watches);
+}
+
 TEST_F(ZEBRecordingStopwatchTest, CountsFromManyThreads) {
   auto watch = makeRef<ZEBRecordingStopwatch>("all");
   std::vector<std::thread> threads;
