@@ -153,6 +153,7 @@ template <class T, class U>
 class MappedObservable final : public Observable<U> {
  public:
   MappedObservable() : Observable<U>(nullptr, nullptr) {}
+  ~MappedObservable() override { ObserverCore::releaseSource(std::move(sourceObserver)); }
   Ref<Observer<T>> sourceObserver;
 };
 
@@ -160,6 +161,7 @@ template <class T>
 class FilteredObservable final : public Observable<T> {
  public:
   FilteredObservable() : Observable<T>(nullptr, nullptr) {}
+  ~FilteredObservable() override { ObserverCore::releaseSource(std::move(sourceObserver)); }
   Ref<Observer<T>> sourceObserver;
 };
 

@@ -32,6 +32,26 @@ ObserverCore::~ObserverCore() {
   }
 }
 
+void ObserverCore::releaseSource(Ref<ObserverCore> sourceObserver) noexcept {
+  // The releases that wait for the one that goes on on this thread; null while there is none. The link lies in
+  // the token, which belongs to one derived observable only, so that releasing needs no memory.
+  static thread_local ObserverCore** waiting = nullptr;
+  if (!sourceObserver) return;
+  if (waiting) {
+    sourceObserver->nextToRelease_ = *waiting;
+    *waiting = sourceObserver.leak();
+    return;
+  }
+  ObserverCore* list = nullptr;
+  waiting = &list;
+  sourceObserver = nullptr;
+  while (list) {
+    const auto next = Ref<ObserverCore>::adopt(list);
+    list = next->nextToRelease_;
+  }
+  waiting = nullptr;
+}
+
 /// Deliveries that are on their way share the set; whoever changes it meanwhile copies it. Members are found by
 /// their position, which is the same in a copy.
 class ObservableCore::ObserverSet final : public NSObject {

@@ -26,6 +26,10 @@ class ObserverCore : public NSObject {
   std::intptr_t hashValue() const noexcept { return reinterpret_cast<std::intptr_t>(this); }
   bool operator==(const ObserverCore& other) const noexcept { return this == &other; }
 
+  /// Releases the token by which a derived observable holds its source, which may be derived itself and die with
+  /// it: chains of any length are released one after the other, not one within the other.
+  static void releaseSource(Ref<ObserverCore> sourceObserver) noexcept;
+
  protected:
   explicit ObserverCore(Ref<ObservableCore> observable);
   /// Unregisters.
@@ -39,6 +43,7 @@ class ObserverCore : public NSObject {
 
   Ref<ObservableCore> observable_;  ///< cleared on the observable's queue
   const WeakRef<ObservableCore> weakObservable_;
+  ObserverCore* nextToRelease_ = nullptr;  ///< of a derived observable that has died
 };
 
 class ObservableCore : public AnyObjectiveCThrowingObservable {

@@ -177,6 +177,22 @@ TEST_F(ObservableTest, MapsAndFilters) {
   EXPECT_EQ(late, Values{5}) << "the last accepted one";
 }
 
+TEST_F(ObservableTest, ChainsMayBeAsLongAsTheyLike) {
+  const auto serial = makeRef<ObserverQueue>(dispatch_queue_create("chain"));
+  std::atomic<bool> ended = false, arrived = false;
+  auto [input, last] = Observable<int>::create(0, [&](std::intptr_t) { ended = true; });
+  for (int link = 0; link < 5000; ++link) {
+    last = last->map(serial, [](int value) { return value + 1; })->filter(serial, [](int) {
+      return true;
+    });
+  }
+  auto token = last->observe(serial, [&](int value) { arrived = value == 5000; });
+  while (!arrived) std::this_thread::yield();  // nothing is under way any more that holds a link
+  last = nullptr;
+  test::runOnSmallStack([&] { token = nullptr; });
+  while (!ended) std::this_thread::yield();  // a delivery's last reference may go elsewhere
+}
+
 TEST_F(ObservableTest, UsesTheMainQueueUnlessToldOtherwise) {
   auto [input, observable] = Observable<int>::create(1);
   std::vector<std::string> calls;
