@@ -48,7 +48,7 @@ class Subject final : public NSObject {
   std::int64_t value_ = 0;
 };
 
-class Adder final : public NSKeyValueObserver {
+class Adder final : public NSObject, public NSKeyValueObserver {
  public:
   void observeValueForKeyPath(const NSString&, const Value&, const KeyValueChange& change,
                               void*) override {

@@ -9,24 +9,25 @@ namespace zeb {
 
 namespace {
 
-void remove(const Ref<NSObject>& object, const NSKeyValueObserver* observer,
+void remove(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
             const NSString& keyPath, const std::optional<void*>& context) {
   if (!object) return;
   detail::Observations* observations = detail::Observations::ifAny(*object);
   const Ref<detail::Observation> removed =
-      observations ? observations->remove(observer, keyPath, context) : nullptr;
+      observations ? observations->remove(observer.get(), keyPath, context) : nullptr;
   if (!removed) {
-    throw NSException(NSRangeException, NSString::stringWithFormat(
-                                            "%s does not observe \"%@\" of %s",
-                                            observer ? observer->description() : std::string("nil"),
-                                            keyPath, object->description()));
+    throw NSException(
+        NSRangeException,
+        NSString::stringWithFormat("%s does not observe \"%@\" of %s",
+                                   observer ? observer.object()->description() : std::string("nil"),
+                                   keyPath, object->description()));
   }
   removed->leavePath();
 }
 
 }  // namespace
 
-void addObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
+void addObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
                  const NSString& keyPath, NSKeyValueObservingOptions options, void* context) {
   if (!object || !observer || !keyPath) return;
   const auto observation =
@@ -45,20 +46,20 @@ void addObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& obs
     const Value value = wantsNew ? observation->valueFrom(object, 0) : Value();
     observation->tell(object, KeyValueChange(nullptr, wantsNew ? &value : nullptr, false));
   } catch (...) {
-    remove(object, observer.get(), keyPath,
+    remove(object, observer, keyPath,
            context);  // who gets an exception has not begun to observe
     throw;
   }
 }
 
-void removeObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
+void removeObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
                     const NSString& keyPath) {
-  remove(object, observer.get(), keyPath, std::nullopt);
+  remove(object, observer, keyPath, std::nullopt);
 }
 
-void removeObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
+void removeObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
                     const NSString& keyPath, void* context) {
-  remove(object, observer.get(), keyPath, context);
+  remove(object, observer, keyPath, context);
 }
 
 void KeyValueChangeScope::begin(const NSObject& object, const StringKey& key) {

@@ -4,6 +4,7 @@
 #include <Foundation/StringKey.h>
 #include <Foundation/Value.h>
 #include <Memory/NSObject.h>
+#include <Memory/ProtocolRef.h>
 #include <Runtime/KeyValueChange.h>
 #include <Runtime/ObservedChange.h>
 
@@ -35,25 +36,28 @@ inline constexpr NSKeyValueObservingOptions NSKeyValueObservingOptionInitial = 0
 /// Tell before the change as well.
 inline constexpr NSKeyValueObservingOptions NSKeyValueObservingOptionPrior = 0x08;
 
-/// What is told of changes.
-class NSKeyValueObserver : public virtual NSObject {
+/// A protocol (see `ProtocolRef`): is told of changes.
+class NSKeyValueObserver {
  public:
   virtual void observeValueForKeyPath(const NSString& keyPath, const Value& object,
                                       const KeyValueChange& change, void* context) = 0;
+
+ protected:
+  ~NSKeyValueObserver() = default;
 };
 
 /// Has `observer` told of changes of the object's value under the key path. Along a path "owner.name" it is
 /// told when the name changes and when the owner does. `context` is passed through. Any thread; nothing
 /// when object, observer or path is nil. An observer that is added twice is told twice.
-void addObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
+void addObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
                  const NSString& keyPath, NSKeyValueObservingOptions options,
                  void* context = nullptr);
 
 /// Takes back the latest such addition; the second form that with this context. Throws NSException
 /// (NSRangeException) when there is none. Nothing for a nil object. Any thread.
-void removeObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
+void removeObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
                     const NSString& keyPath);
-void removeObserver(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
+void removeObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
                     const NSString& keyPath, void* context);
 
 /// Encloses a change of the value under `key`: observers are told of it when the scope ends, on an unobserved

@@ -6,8 +6,9 @@
 
 namespace zeb::detail {
 
-Observation::Observation(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
-                         const NSString& keyPath, NSKeyValueObservingOptions options, void* context)
+Observation::Observation(const Ref<NSObject>& object,
+                         const ProtocolRef<NSKeyValueObserver>& observer, const NSString& keyPath,
+                         NSKeyValueObservingOptions options, void* context)
     : observer_(observer),
       observerAddress_(observer.get()),
       keyPath_(keyPath.copy()),

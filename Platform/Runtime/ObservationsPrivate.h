@@ -25,7 +25,7 @@ namespace zeb::detail {
 /// moves these when an object on the way is replaced.
 class Observation final : public NSObject {
  public:
-  Observation(const Ref<NSObject>& object, const Ref<NSKeyValueObserver>& observer,
+  Observation(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
               const NSString& keyPath, NSKeyValueObservingOptions options, void* context);
 
   const NSString& keyPath() const noexcept { return keyPath_; }
@@ -44,7 +44,7 @@ class Observation final : public NSObject {
 
   /// Calls the observer; false when it is dead.
   bool tell(const Value& object, const KeyValueChange& change) const {
-    const Ref<NSKeyValueObserver> observer = observer_.lock();
+    const ProtocolRef observer = observer_.lock();
     if (observer) observer->observeValueForKeyPath(keyPath_, object, change, context_);
     return static_cast<bool>(observer);
   }
@@ -60,7 +60,7 @@ class Observation final : public NSObject {
   /// Under the lock. Answers references that have to be released after it.
   std::vector<Ref<NSObject>> moveTo(const std::vector<Ref<NSObject>>& objects);
 
-  WeakRef<NSKeyValueObserver> observer_;
+  WeakProtocolRef<NSKeyValueObserver> observer_;
   const NSKeyValueObserver* const
       observerAddress_;  ///< also of an observer that is being destroyed
   const NSString keyPath_;

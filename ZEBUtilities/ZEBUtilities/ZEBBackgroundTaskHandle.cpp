@@ -4,11 +4,11 @@ namespace zeb {
 
 ZEBBackgroundTaskHandle::ZEBBackgroundTaskHandle(
     const NSString& identifier, const NSString& name,
-    const Ref<ZEBBackgroundTaskHandleDelegate>& delegate)
+    const ProtocolRef<ZEBBackgroundTaskHandleDelegate>& delegate)
     : identifier_(identifier.copy()), name_(name.copy()), delegate_(delegate) {}
 
 ZEBBackgroundTaskHandle::~ZEBBackgroundTaskHandle() {
-  if (const Ref<ZEBBackgroundTaskHandleDelegate> delegate = delegate_.lock()) {
+  if (const ProtocolRef delegate = delegate_.lock()) {
     delegate->backgroundTaskHandleWillBeDeallocated(identifier_);
   }
 }

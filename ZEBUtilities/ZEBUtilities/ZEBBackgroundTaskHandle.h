@@ -2,15 +2,18 @@
 
 #include <Foundation/NSString.h>
 #include <Memory/NSObject.h>
-#include <Memory/WeakRef.h>
+#include <Memory/ProtocolRef.h>
 
 namespace zeb {
 
-/// Is told when a background task's handle goes, so that the task can be ended.
-class ZEBBackgroundTaskHandleDelegate : public virtual NSObject {
+/// A protocol (see `ProtocolRef`): is told when a background task's handle goes, so that the task can be ended.
+class ZEBBackgroundTaskHandleDelegate {
  public:
   /// On the thread that released the handle's last reference. Must not throw.
   virtual void backgroundTaskHandleWillBeDeallocated(const NSString& identifier) = 0;
+
+ protected:
+  ~ZEBBackgroundTaskHandleDelegate() = default;
 };
 
 /// A token for a background task, which lasts as long as somebody holds the token. The delegate may be
@@ -19,7 +22,7 @@ class ZEBBackgroundTaskHandle : public NSObject {
  public:
   ZEBBackgroundTaskHandle() = delete;
   ZEBBackgroundTaskHandle(const NSString& identifier, const NSString& name,
-                          const Ref<ZEBBackgroundTaskHandleDelegate>& delegate);
+                          const ProtocolRef<ZEBBackgroundTaskHandleDelegate>& delegate);
   /// Tells the delegate, if it still exists.
   ~ZEBBackgroundTaskHandle() override;
 
@@ -27,13 +30,17 @@ class ZEBBackgroundTaskHandle : public NSObject {
   const NSString& name() const noexcept { return name_; }
 
   /// Held weakly.
-  Ref<ZEBBackgroundTaskHandleDelegate> delegate() const noexcept { return delegate_.lock(); }
-  void setDelegate(const Ref<ZEBBackgroundTaskHandleDelegate>& delegate) { delegate_ = delegate; }
+  ProtocolRef<ZEBBackgroundTaskHandleDelegate> delegate() const noexcept {
+    return delegate_.lock();
+  }
+  void setDelegate(const ProtocolRef<ZEBBackgroundTaskHandleDelegate>& delegate) {
+    delegate_ = delegate;
+  }
 
  private:
   const NSString identifier_;
   const NSString name_;
-  WeakRef<ZEBBackgroundTaskHandleDelegate> delegate_;
+  WeakProtocolRef<ZEBBackgroundTaskHandleDelegate> delegate_;
 };
 
 }  // namespace zeb

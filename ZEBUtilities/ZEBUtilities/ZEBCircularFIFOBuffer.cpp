@@ -71,7 +71,7 @@ void ZEBCircularFIFOBuffer::removeAllObjects() {
 }
 
 void ZEBCircularFIFOBuffer::tellDelegate(const Value& purged) {
-  if (const Ref<ZEBCircularFIFOBufferDelegate> delegate = delegate_.lock()) {
+  if (const ProtocolRef delegate = delegate_.lock()) {
     delegate->circularFIFOBuffer(*this, purged);
   }
 }

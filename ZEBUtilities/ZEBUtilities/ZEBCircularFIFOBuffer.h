@@ -3,7 +3,7 @@
 #include <Foundation/NSArray.h>
 #include <Foundation/Value.h>
 #include <Memory/NSObject.h>
-#include <Memory/WeakRef.h>
+#include <Memory/ProtocolRef.h>
 
 #include <cstddef>
 #include <vector>
@@ -12,14 +12,17 @@ namespace zeb {
 
 class ZEBCircularFIFOBuffer;
 
-/// Is told what a full buffer drops.
-class ZEBCircularFIFOBufferDelegate : public virtual NSObject {
+/// A protocol (see `ProtocolRef`): is told what a full buffer drops.
+class ZEBCircularFIFOBufferDelegate {
  public:
   /// Optional. Called on the thread that adds, after the new object has taken its place.
   virtual void circularFIFOBuffer(ZEBCircularFIFOBuffer& buffer, const Value& purgedObject) {
     (void)buffer;
     (void)purgedObject;
   }
+
+ protected:
+  ~ZEBCircularFIFOBufferDelegate() = default;
 };
 
 /// First-in-first-out buffer of at most `size` objects that drops its oldest one to make room. Made
@@ -40,8 +43,10 @@ class ZEBCircularFIFOBuffer : public NSObject {
   std::size_t count() const noexcept { return count_; }
 
   /// Held weakly.
-  Ref<ZEBCircularFIFOBufferDelegate> delegate() const noexcept { return delegate_.lock(); }
-  void setDelegate(const Ref<ZEBCircularFIFOBufferDelegate>& delegate) { delegate_ = delegate; }
+  ProtocolRef<ZEBCircularFIFOBufferDelegate> delegate() const noexcept { return delegate_.lock(); }
+  void setDelegate(const ProtocolRef<ZEBCircularFIFOBufferDelegate>& delegate) {
+    delegate_ = delegate;
+  }
 
   /// Nil throws NSException (NSInvalidArgumentException, "nil object is not allowed").
   void addObject(Value object);
@@ -97,7 +102,7 @@ class ZEBCircularFIFOBuffer : public NSObject {
 
   std::size_t size_;
   std::size_t count_ = 0;
-  WeakRef<ZEBCircularFIFOBufferDelegate> delegate_;
+  WeakProtocolRef<ZEBCircularFIFOBufferDelegate> delegate_;
   std::vector<Value> buffer_;  ///< grows up to `size_` slots; free ones hold the null marker
   std::size_t start_ = 0;      ///< slot of the oldest object
   std::size_t mutatingInteger_ = 0;

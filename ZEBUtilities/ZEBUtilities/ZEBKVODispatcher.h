@@ -18,7 +18,7 @@ namespace zeb {
 /// Release the dispatcher before the object that it observes, or let it keep the object alive: destroying
 /// one that is not suspended when its object is gone stops the process, with the reason that
 /// `setSuspendDispatching` throws.
-class ZEBKVODispatcher : public NSKeyValueObserver {
+class ZEBKVODispatcher : public NSObject, public NSKeyValueObserver {
  public:
   /// `change` converts to the change dictionary (`const NSDictionary&`) and is valid during the call only.
   using DispatchBlock = Block<void(const NSString& keyPath, const Value& object,

@@ -21,7 +21,7 @@ constexpr auto Initial = NSKeyValueObservingOptionInitial;
 constexpr auto Prior = NSKeyValueObservingOptionPrior;
 
 /// Writes "path old>new" into a log for each change, and then does something.
-struct Observer : NSKeyValueObserver {
+struct Observer : NSObject, NSKeyValueObserver {
   explicit Observer(std::string& target) : log(target) {}
   void observeValueForKeyPath(const NSString& keyPath, const Value& object,
                               const KeyValueChange& change, void* context) override {
@@ -260,7 +260,7 @@ TEST_F(KeyValueObserving, KeepsLittleMemoryWhileAChangeGoesOn) {
 }
 
 /// Counts, and looks at what it is told of.
-struct StormObserver : NSKeyValueObserver {
+struct StormObserver : NSObject, NSKeyValueObserver {
   void observeValueForKeyPath(const NSString&, const Value& object, const KeyValueChange& change,
                               void*) override {
     told += object.object<Track>() && (change.newValue().isNumber() || change.newValue().isNil());

@@ -143,7 +143,7 @@ TEST(ZEBBackgroundQueue, IsOneSerialQueue) {
 static_assert(!std::is_default_constructible_v<ZEBBackgroundTaskHandle>);
 
 TEST(ZEBBackgroundTaskHandle, TellsItsDelegateOfItsEnd) {
-  struct Recorder : ZEBBackgroundTaskHandleDelegate {
+  struct Recorder : NSObject, ZEBBackgroundTaskHandleDelegate {
     void backgroundTaskHandleWillBeDeallocated(const NSString& identifier) override {
       ended.push_back(identifier);
       thread = std::this_thread::get_id();

@@ -12,7 +12,7 @@ namespace {
 
 static_assert(!std::is_default_constructible_v<ZEBCircularFIFOBuffer>);
 
-struct Recorder : ZEBCircularFIFOBufferDelegate {
+struct Recorder : NSObject, ZEBCircularFIFOBufferDelegate {
   void circularFIFOBuffer(ZEBCircularFIFOBuffer& buffer, const Value& purgedObject) override {
     EXPECT_FALSE(buffer.allObjects().containsObject(purgedObject));
     purged.push_back(purgedObject);
