@@ -37,8 +37,9 @@ class ZEBCircularFIFOBuffer : public NSObject {
   static Ref<ZEBCircularFIFOBuffer> initWithSize(std::size_t size);
 
   std::size_t size() const noexcept { return size_; }
-  /// Keeps the newest objects that fit; the delegate is told of the others. 0 throws NSException
-  /// (NSInvalidArgumentException).
+  /// A larger size keeps all objects. A smaller one keeps the newest that fit, and the delegate is told of each
+  /// of the others, oldest first, when the buffer has its new size. 0 throws NSException
+  /// (NSInvalidArgumentException) and changes nothing.
   void setSize(std::size_t size);
   std::size_t count() const noexcept { return count_; }
 
