@@ -50,7 +50,7 @@ class SnapshotPointer {
   SnapshotPointer(const SnapshotPointer&) = delete;
   SnapshotPointer& operator=(const SnapshotPointer&) = delete;
   /// Snapshots that are still pinned live on.
-  ~SnapshotPointer() { (void)exchange(nullptr); }
+  ~SnapshotPointer() { (void)clear(); }
 
   /// The current snapshot. Any thread.
   Pin pin() noexcept {
@@ -69,6 +69,8 @@ class SnapshotPointer {
   /// Makes `value` the current one. Answers a pin of the one before, so that the caller decides where it is
   /// destroyed if nobody else reads it: after an own lock, for instance. Any thread.
   [[nodiscard]] Pin replace(T value) { return exchange(new Snapshot(std::move(value))); }
+  /// The same, with nothing as the current one.
+  [[nodiscard]] Pin clear() noexcept { return exchange(nullptr); }
 
  private:
   // The word holds the current snapshot's address in its upper 48 bits, which is as much as Linux gives a

@@ -6,7 +6,7 @@ namespace zeb::detail {
 
 struct CallbackTable::Garbage final : NSObject {
   std::vector<Entry> entries;
-  Ref<CallbackList> list;
+  List list;
 };
 
 void CallbackTable::moveOut(Entries::iterator entry, Ref<Garbage>& garbage) {
@@ -14,7 +14,7 @@ void CallbackTable::moveOut(Entries::iterator entry, Ref<Garbage>& garbage) {
   entryOf_.erase(entry->second.address);
   garbage->entries.push_back(std::move(entry->second));
   entries_.erase(entry);
-  if (list_) garbage->list = std::move(list_);
+  if (List list = list_.clear()) garbage->list = std::move(list);
 }
 
 void CallbackTable::moveOutDead(Ref<Garbage>& garbage) {
@@ -48,8 +48,7 @@ Ref<NSObject> CallbackTable::add(const NSObject* address, const WeakRef<NSObject
     found = entryOf_.emplace(address, entry).first;
   }
   found->second->second.blocks.push_back(std::move(block));
-  list_ = nullptr;
-  sharedList_ = nullptr;
+  (void)list_.clear();  // its blocks are in the entries, so that none dies here
   return garbage;
 }
 
@@ -59,7 +58,6 @@ Ref<NSObject> CallbackTable::remove(const NSObject* address) {
   const auto found = entryOf_.find(address);
   if (found == entryOf_.end()) return nullptr;
   moveOut(found->second, garbage);
-  sharedList_ = nullptr;
   return garbage;
 }
 
@@ -67,33 +65,29 @@ Ref<NSObject> CallbackTable::removeDead() {
   Ref<Garbage> garbage;
   std::lock_guard guard(mutex_);
   moveOutDead(garbage);
-  if (garbage) sharedList_ = nullptr;
   return garbage;
 }
 
-Ref<CallbackList> CallbackTable::list() {
-  // Only changes take the list away, and none runs while somebody reads.
-  if (CallbackList* list = sharedList_.load(std::memory_order_acquire)) return Ref(list);
+CallbackTable::List CallbackTable::list() {
+  if (List list = list_.pin()) return list;
   std::lock_guard guard(mutex_);
-  if (!list_) {
-    list_ = makeRef<CallbackList>();
-    for (const auto& [age, entry] : entries_) {
-      for (const auto& block : entry.blocks) list_->callbacks.push_back({entry.observer, block});
-    }
-    sharedList_.store(list_.get(), std::memory_order_release);
+  if (List list = list_.pin()) return list;
+  CallbackList callbacks;
+  for (const auto& [age, entry] : entries_) {
+    for (const auto& block : entry.blocks) callbacks.push_back({entry.observer, block});
   }
-  return list_;
+  (void)list_.replace(std::move(callbacks));
+  return list_.pin();
 }
 
 void CallbackTable::close() {
   Entries entries;
-  Ref<CallbackList> list;
+  List list;
   std::lock_guard guard(mutex_);
   isClosed_ = true;
   entries.swap(entries_);
   entryOf_.clear();
-  list = std::move(list_);
-  sharedList_ = nullptr;
+  list = list_.clear();
 }
 
 }  // namespace zeb::detail

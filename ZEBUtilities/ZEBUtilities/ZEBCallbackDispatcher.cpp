@@ -4,8 +4,6 @@
 #include <ZEBUtilities/ZEBCallbackDispatcher.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
-#include <algorithm>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,14 +20,17 @@ const dispatch_queue_t& accessQueue() {
   return queue;
 }
 
-/// Makes the change when its turn comes, and has what it leaves over released outside the access queue.
+/// Makes the change of the table when its turn comes, and has what it leaves over released outside the access
+/// queue.
 template <class Change>
-void submit(Change change) {
-  dispatch_barrier_async(accessQueue(), [change = std::move(change)]() mutable {
-    if (Ref<NSObject> garbage = change()) {
-      dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT),
-                     [garbage = std::move(garbage)] {});
-    }
+void submit(const Ref<detail::CallbackTable>& table, Change change) {
+  table->changeBegins();
+  dispatch_barrier_async(accessQueue(), [table, change = std::move(change)]() mutable {
+    Ref<NSObject> garbage = change(*table);
+    table->changeEnded();
+    if (!garbage) return;
+    dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT),
+                   [garbage = std::move(garbage)] {});
   });
 }
 
@@ -42,9 +43,10 @@ ZEBCallbackDispatcher::~ZEBCallbackDispatcher() { observerToBlocksTable_->close(
 
 void ZEBCallbackDispatcher::addObserver(const Ref<NSObject>& observer, CallbackBlock block) {
   if (!observer || !block) return;
-  submit(
-      [table = observerToBlocksTable_, address = observer.get(), weak = WeakRef<NSObject>(observer),
-       block = std::move(block)]() mutable { return table->add(address, weak, std::move(block)); });
+  submit(observerToBlocksTable_, [address = observer.get(), weak = WeakRef<NSObject>(observer),
+                                  block = std::move(block)](detail::CallbackTable& table) mutable {
+    return table.add(address, weak, std::move(block));
+  });
 }
 
 void ZEBCallbackDispatcher::addObserver(const Ref<NSObject>& observer, SEL selector) {
@@ -58,27 +60,26 @@ void ZEBCallbackDispatcher::addObserver(const Ref<NSObject>& observer, SEL selec
 
 void ZEBCallbackDispatcher::removeObserver(const Ref<NSObject>& observer) {
   if (!observer) return;
-  submit([table = observerToBlocksTable_, address = observer.get()] {
-    return table->remove(address);
+  submit(observerToBlocksTable_, [address = observer.get()](detail::CallbackTable& table) {
+    return table.remove(address);
   });
 }
 
 // The user info is a copy of the caller's, which blocks may change or destroy.
 void ZEBCallbackDispatcher::fireWithUserInfo(Value userInfo) {
-  Ref<detail::CallbackList> list;
-  dispatch_sync(accessQueue(), [&] { list = observerToBlocksTable_->list(); });
+  detail::CallbackTable::List list = observerToBlocksTable_->listWithoutWaiting();
+  if (!list) dispatch_sync(accessQueue(), [&] { list = observerToBlocksTable_->list(); });
   // Who has died by now is left out; who dies from here on is called, as the blocks count as collected.
-  const auto callbacks = std::span(list->callbacks);
-  const auto firstDead =
-      std::ranges::find_if_not(callbacks, &detail::CallbackList::Callback::isAlive);
-  if (firstDead == callbacks.end()) {
-    for (const auto& callback : callbacks) callback.block(userInfo);  // may destroy this dispatcher
+  bool areAllAlive = true;
+  for (const detail::Callback& callback : *list) areAllAlive &= callback.observer.isAlive();
+  if (areAllAlive) {
+    for (const detail::Callback& callback : *list) callback.block(userInfo);  // may destroy this
     return;
   }
-  submit([table = observerToBlocksTable_] { return table->removeDead(); });
+  submit(observerToBlocksTable_, [](detail::CallbackTable& table) { return table.removeDead(); });
   std::vector<const CallbackBlock*> blocks;
-  for (const auto& callback : callbacks) {
-    if (callback.isAlive()) blocks.push_back(&callback.block);
+  for (const detail::Callback& callback : *list) {
+    if (callback.observer.isAlive()) blocks.push_back(&callback.block);
   }
   for (const CallbackBlock* block : blocks) (*block)(userInfo);
 }

@@ -43,10 +43,13 @@ TEST(SnapshotPointer, CountsMorePinsThanItsWordHolds) {
   std::vector<Shared::Pin> pins;
   for (std::size_t i = 0; i < many; ++i) pins.push_back(shared.pin());
   (void)shared.replace(makeRef<Probe>(deaths));
+  (void)shared.clear();
+  EXPECT_EQ(deaths, 1) << "the second, which nobody had pinned";
+  EXPECT_FALSE(shared.pin());
   while (pins.size() > 1) pins.pop_back();
-  EXPECT_EQ(deaths, 0);
+  EXPECT_TRUE((*pins.front())->isAlive);
   pins.clear();
-  EXPECT_EQ(deaths, 1);
+  EXPECT_EQ(deaths, 2);
 }
 
 TEST(SnapshotPointer, StandsReadersAndWritersTogether) {
