@@ -15,7 +15,7 @@ class Block;
 /// Nullable closure that is kept for later; nil also when made of a null function pointer or of an empty
 /// wrapper. Copies share one closure and its captured state; the
 /// state dies with the last copy, on whichever thread that is. Calling a nil block is a programming
-/// error. Calling one block from several threads is as safe as the closure itself.
+/// error, which stops the process with a message. Calling one block from several threads is as safe as the closure itself.
 template <class Result, class... Arguments>
 class Block<Result(Arguments...)> {
  public:
@@ -34,6 +34,8 @@ class Block<Result(Arguments...)> {
 
   explicit operator bool() const noexcept { return static_cast<bool>(closure_); }
   Result operator()(Arguments... arguments) const {
+    if (!closure_) [[unlikely]]
+      detail::stopForNilCall();
     return closure_->invoke(std::forward<Arguments>(arguments)...);
   }
 

@@ -21,6 +21,9 @@ constexpr bool isNilCallable(const Callable& callable) noexcept {
   return false;
 }
 
+/// Stops the process: "A nil block was called."
+[[noreturn]] void stopForNilCall() noexcept;
+
 }  // namespace detail
 
 template <class Signature>
@@ -28,7 +31,8 @@ class FunctionView;
 
 /// Nullable view of a callable that is called only while the call it was passed to lasts; nil also when
 /// made of a null function pointer or of an empty wrapper. Owns nothing and allocates nothing, so that
-/// iterating with a closure costs what a loop costs. For a closure that is kept, see `Block`.
+/// iterating with a closure costs what a loop costs. For a closure that is kept, see `Block`. Calling a nil
+/// view stops the process with a message.
 template <class Result, class... Arguments>
 class FunctionView<Result(Arguments...)> {
  public:
@@ -58,6 +62,8 @@ class FunctionView<Result(Arguments...)> {
 
   explicit operator bool() const noexcept { return invoke_ != nullptr; }
   Result operator()(Arguments... arguments) const {
+    if (!invoke_) [[unlikely]]
+      detail::stopForNilCall();
     return invoke_(target_, std::forward<Arguments>(arguments)...);
   }
 

@@ -1,8 +1,16 @@
+#include <Foundation/NSException.h>
 #include <Observation/ObjectiveCObserverQueue.h>
 #include <Observation/PlainInitPrivate.h>
 #include <Runtime/Registration.h>
 
+#include <utility>
+
 namespace zeb {
+
+ObjectiveCObserverQueue::ObjectiveCObserverQueue(Ref<ObserverQueue> observerQueue)
+    : observerQueue_(std::move(observerQueue)) {
+  if (!observerQueue_) raiseInvalidArgument("a bridged observer queue needs an observer queue");
+}
 
 Class* ObjectiveCObserverQueue::runtimeClass() {
   static Class* const cls = registerClass(

@@ -9,11 +9,11 @@ namespace zeb {
 class ObjectiveCObserverQueue final : public NSObject {
  public:
   ObjectiveCObserverQueue() = delete;
-  /// A new observer queue on the dispatch queue; a nil queue throws NSException (NSInvalidArgumentException).
+  /// A new observer queue on the dispatch queue, or a given one; nil throws NSException
+  /// (NSInvalidArgumentException).
   explicit ObjectiveCObserverQueue(const dispatch_queue_t& dispatchQueue)
       : ObjectiveCObserverQueue(makeRef<ObserverQueue>(dispatchQueue)) {}
-  explicit ObjectiveCObserverQueue(Ref<ObserverQueue> observerQueue) noexcept
-      : observerQueue_(std::move(observerQueue)) {}
+  explicit ObjectiveCObserverQueue(Ref<ObserverQueue> observerQueue);
 
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }

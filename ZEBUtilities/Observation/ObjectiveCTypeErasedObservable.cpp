@@ -1,3 +1,4 @@
+#include <Foundation/NSException.h>
 #include <Observation/ObjectiveCTypeErasedObservable.h>
 #include <Observation/PlainInitPrivate.h>
 #include <Runtime/Registration.h>
@@ -22,6 +23,12 @@ Class* ObjectiveCTypeErasedObservable::runtimeClass() {
           classMethod("new", [] { detail::stopForPlainInit("ObjectiveCTypeErasedObservable"); }),
       });
   return cls;
+}
+
+ObjectiveCTypeErasedObservable::ObjectiveCTypeErasedObservable(
+    Ref<AnyObjectiveCThrowingObservable> observable)
+    : observable_(std::move(observable)) {
+  if (!observable_) raiseInvalidArgument("a bridged observable needs an observable");
 }
 
 Ref<NSObject> ObjectiveCTypeErasedObservable::addObserverWithUpdate(Update update) {

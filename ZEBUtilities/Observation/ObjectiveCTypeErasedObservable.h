@@ -19,8 +19,8 @@ class ObjectiveCTypeErasedObservable final : public NSObject {
   using Update = AnyObjectiveCThrowingObservable::ObjectUpdate;
 
   ObjectiveCTypeErasedObservable() = delete;
-  explicit ObjectiveCTypeErasedObservable(Ref<AnyObjectiveCThrowingObservable> observable) noexcept
-      : observable_(std::move(observable)) {}
+  /// A nil observable throws NSException (NSInvalidArgumentException).
+  explicit ObjectiveCTypeErasedObservable(Ref<AnyObjectiveCThrowingObservable> observable);
 
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }

@@ -42,6 +42,7 @@ class ZEBCallbackDispatcher : public NSObject {
   template <class Observer, class Class, class Parameter>
     requires std::derived_from<Observer, Class>
   void addObserver(const Ref<Observer>& observer, void (Class::*method)(Parameter)) {
+    if (!method) return;
     addObserver(observer,
                 CallbackBlock([weak = WeakRef<Observer>(observer), method](const Value& userInfo) {
                   if (const Ref<Observer> alive = weak.lock()) (alive.get()->*method)(userInfo);

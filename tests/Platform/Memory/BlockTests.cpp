@@ -35,4 +35,11 @@ TEST(FunctionView, CallsWhateverItViews) {
   EXPECT_EQ(call(nullptr), -1);
 }
 
+TEST(NilCallDeathTest, SaysWhatHappened) {
+  const Block<int(int)> block = nullptr;
+  EXPECT_DEATH(block(1), "^A nil block was called");
+  const FunctionView<int(int)> view = block;
+  EXPECT_DEATH(view(1), "^A nil block was called");
+}
+
 }  // namespace zeb::test

@@ -94,6 +94,12 @@ TEST(ZEBObservable, RefusesTokensOfAnotherType) {
   }
 }
 
+TEST(ZEBObservable, RefusesNil) {
+  EXPECT_EQ(test::raisedName([] { makeRef<ZEBObservable>(nullptr); }), NSInvalidArgumentException);
+  EXPECT_EQ(test::raisedName([] { makeRef<ZEBObserverQueue>(Ref<ObserverQueue>()); }),
+            NSInvalidArgumentException);
+}
+
 TEST(ZEBObservableDeathTest, CannotBeMadeOfNothing) {
   const auto report = [](const char* name) {
     return std::string("Use of unimplemented initializer 'init\\(\\)' for class 'ZEBUtilities\\.") +

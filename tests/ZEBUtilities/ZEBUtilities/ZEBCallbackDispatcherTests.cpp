@@ -63,6 +63,7 @@ TEST_F(CallbackDispatcher, SendsSelectorsAndCallsMembers) {
   dispatcher->addObserver(first, "heard:"_sel);
   dispatcher->addObserver(first, "heard"_sel);
   dispatcher->addObserver(first, &Listener::hear);
+  dispatcher->addObserver(first, static_cast<void (Listener::*)(const Value&)>(nullptr));
   dispatcher->fireWithUserInfo(7);
   EXPECT_EQ(first->log, "7 plain 7 ");
 }
