@@ -2,6 +2,8 @@
 #include <Linux/Console.h>
 #include <ZEBUtilities/ZEBLaunchTime.h>
 
+#include <cstdlib>
+
 namespace zeb {
 
 namespace {
@@ -10,15 +12,21 @@ namespace {
 constinit std::uint64_t launchStartTime = 0;
 constinit double secondsPerTick = 0;
 
+bool isGreetingWanted() noexcept {
+  const char* refusal = std::getenv("ZEB_NO_GREETING");
+  return ZEB_GREETING && !(refusal && *refusal);
+}
+
 }  // namespace
 
-[[gnu::constructor(101)]] void YOVLoadProcessStartTime() noexcept {
+void YOVLoadProcessStartTime() noexcept {
+  if (launchStartTime != 0) return;
   launchStartTime = mach_absolute_time();
   mach_timebase_info_data_t timebase{};
   if (mach_timebase_info(&timebase) == 0) {
     secondsPerTick = timebase.numer / (timebase.denom * 1e9);
   }
-  writeToConsoleLog("ZEBUtilities says hello");
+  if (isGreetingWanted()) writeToConsoleLog("ZEBUtilities says hello");
 }
 
 std::uint64_t ZEBLaunchStartTime() noexcept { return launchStartTime; }

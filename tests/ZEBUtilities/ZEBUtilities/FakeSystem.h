@@ -12,7 +12,7 @@ extern constinit thread_local std::uint64_t fakeClockStep;
 /// The calling thread's wall clock in seconds since 1970; goes by the real one while this is 0.
 extern constinit thread_local std::int64_t fakeDate;
 
-/// What the system's log got while the library was loaded: "priority:text" for each line.
+/// The first datagram that was sent to the system's log, which is the one at load; empty without one.
 std::string greetingAtLoad();
 
 }  // namespace zeb::test
