@@ -1,4 +1,5 @@
 #include <Linux/DynamicLoader.h>
+#include <Linux/FileTrust.h>
 #include <Linux/ProcessFacts.h>
 
 #include <dlfcn.h>
@@ -10,7 +11,28 @@ namespace zeb {
 
 const int dynamicLoaderLazyLocalMode = RTLD_LAZY | RTLD_LOCAL;
 
-void* openSharedObject(const char* path, int mode) noexcept { return dlopen(path, mode); }
+void* openSharedObject(const std::string& path, int mode, OpeningFailure& failure) {
+  if (!path.starts_with('/')) {
+    failure = {path + ": not opened, because the path is relative; name an absolute one"};
+    return nullptr;
+  }
+  std::error_code missing;
+  const std::string file = std::filesystem::canonical(path, missing).string();
+  if (missing) {
+    failure = {path + ": " + missing.message()};
+    return nullptr;
+  }
+  std::string distrust = reasonToDistrust(file);
+  // The loader would put other text in the place of $ORIGIN and the like, and open another file.
+  if (file.find('$') != std::string::npos) distrust = "the loader gives \"$\" a meaning";
+  if (!distrust.empty()) {
+    failure = {path + ": not opened, because " + distrust, true};
+    return nullptr;
+  }
+  void* handle = dlopen(file.c_str(), mode);
+  if (!handle) failure = {dynamicLoaderError()};
+  return handle;
+}
 
 void* symbolInSharedObject(void* handle, const char* name) noexcept {
   // A null handle would mean the whole program to the loader.

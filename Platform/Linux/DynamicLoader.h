@@ -10,9 +10,16 @@ namespace zeb {
 /// RTLD_LAZY | RTLD_LOCAL: for those who don't include <dlfcn.h>.
 extern const int dynamicLoaderLazyLocalMode;
 
-/// A handle to the shared object, or null; `dynamicLoaderError` then tells why. Opening it again counts.
-/// A path without "/" is searched as the loader searches libraries.
-void* openSharedObject(const char* path, int mode) noexcept;
+/// Why a shared object was not opened.
+struct OpeningFailure {
+  std::string text;
+  bool isRefusal = false;  ///< it is there, but others could have changed it
+};
+
+/// A handle to the shared object at an absolute path, or null and why. Opening it again counts. Links are
+/// followed first; what others than root and the process's user could change (`reasonToDistrust`,
+/// Linux/FileTrust.h) is not opened.
+void* openSharedObject(const std::string& path, int mode, OpeningFailure& failure);
 
 /// The address of an exported symbol; null when the handle is null or has no such symbol.
 void* symbolInSharedObject(void* handle, const char* name) noexcept;

@@ -1,11 +1,15 @@
 #include <Bundle/NSBundle.h>
 #include <Linux/DynamicLoader.h>
+#include <Linux/FileTrust.h>
+#include <Logging/OLGLogging.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
+#include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
 #include <filesystem>
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zeb {
 
@@ -13,14 +17,14 @@ namespace {
 
 constexpr std::string_view frameworkSuffix = ".framework";
 constexpr std::string_view ownFolder = "/zebutilities/Frameworks";
+constexpr const char* installedFolder = ZEB_INSTALLED_LIBRARY_FOLDER "/zebutilities/Frameworks";
 
 void report(NSError* error, std::int64_t code, const NSDictionary& details) {
   if (error) *error = NSError(NSPOSIXErrorDomain, code, details);
 }
 
-std::string loaderText() {
-  const std::string text = dynamicLoaderError();
-  return text.empty() ? "Unknown dlopen error" : text;
+std::string orUnknown(const std::string& loaderText) {
+  return loaderText.empty() ? "Unknown dlopen error" : loaderText;
 }
 
 /// A path's folder, with its "/", and the framework that its last component names.
@@ -41,6 +45,26 @@ std::string joined(std::string_view folder, std::string_view path) {
   std::string result(folder);
   if (!folder.empty() && !folder.ends_with('/')) result += '/';
   return result.append(path);
+}
+
+/// The error has room for the last folder only, and a file that is there was meant to be loaded.
+void logRefusal(const OpeningFailure& failure) {
+  const char* channel = ZEBUtilitiesLoggingChannel_Generic;
+  if (!OLGCanLog(nullptr, OLGLevelWarning, channel)) return;
+  OLGLogEx(nullptr, OLGLevelWarning, channel, "ZEBUtilities/ZEBUtilities/ZEBFrameworkLoading",
+           "ZEBLoadFramework", __LINE__, "%@", failure.text);
+}
+
+std::vector<std::string> searchedFolders(const NSArray& directories, std::string_view pathsFolder) {
+  if (hasRaisedPrivileges()) return {installedFolder};
+  std::vector<std::string> folders;
+  for (const Value& directory : directories) {
+    // An empty text would be the current folder.
+    if (NSString(directory).length() > 0) folders.push_back(NSString(directory).utf8());
+  }
+  folders.emplace_back("/System/Library/Frameworks");
+  if (!pathsFolder.empty()) folders.emplace_back(pathsFolder);
+  return folders;
 }
 
 struct HostsChoice {
@@ -71,21 +95,13 @@ ZEBLibraryHandle ZEBLoadFramework(const NSString& path, int mode, const NSArray&
   const FrameworkPath parts(text);
   const std::string binary = joined(std::string(parts.name).append(frameworkSuffix), parts.name);
 
-  std::string failure;
-  const auto open = [&](std::string_view folder) {
-    const ZEBLibraryHandle handle = openSharedObject(joined(folder, binary).c_str(), mode);
-    if (!handle) failure = loaderText();
-    return handle;
-  };
-  for (const Value& directory : directories) {
-    if (!directory.isString()) continue;
-    if (const ZEBLibraryHandle handle = open(NSString(directory).utf8())) return handle;
+  OpeningFailure failure;
+  for (const std::string& folder : searchedFolders(directories, parts.folder)) {
+    if (void* const handle = openSharedObject(joined(folder, binary), mode, failure)) return handle;
+    if (failure.isRefusal) logRefusal(failure);
   }
-  for (const std::string_view folder :
-       {std::string_view("/System/Library/Frameworks"), parts.folder}) {
-    if (const ZEBLibraryHandle handle = open(folder)) return handle;
-  }
-  report(error, ZEBFrameworkErrorNotLoaded, {{"frameworkName", binary}, {"dlerror", failure}});
+  report(error, ZEBFrameworkErrorNotLoaded,
+         {{"frameworkName", binary}, {"dlerror", orUnknown(failure.text)}});
   return nullptr;
 }
 
@@ -95,11 +111,13 @@ bool ZEBUnloadFramework(ZEBLibraryHandle handle, NSError* error) {
     return false;
   }
   if (closeSharedObject(handle) == 0) return true;
-  report(error, ZEBFrameworkErrorNotLoaded, {{"dlerror", loaderText()}});
+  report(error, ZEBFrameworkErrorNotLoaded, {{"dlerror", orUnknown(dynamicLoaderError())}});
   return false;
 }
 
 NSString ZEBFrameworksDirectory() {
+  if (hasRaisedPrivileges())
+    return isFolder(installedFolder) ? NSString(installedFolder) : NSString();
   {
     HostsChoice& choice = hostsChoice();
     const std::lock_guard lock(choice.mutex);

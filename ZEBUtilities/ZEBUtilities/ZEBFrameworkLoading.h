@@ -23,12 +23,19 @@ enum : std::int64_t {
 
 /// Opens the framework "Name", "Name.framework" or "/Some/Dir/Name.framework" with the dynamic loader: the
 /// file Name.framework/Name, in each of `directories` (texts; others are passed over), then in
-/// /System/Library/Frameworks, then in the path's own folder; that is the current folder for a bare name,
-/// so name a folder when whoever started the program is not to be trusted. `mode` goes to the loader as it
+/// /System/Library/Frameworks, then in the path's own folder if it has one. `mode` goes to the loader as it
 /// is: RTLD_LAZY and so on.
 ///
-/// Null and the last folder's error when it is in none of them. A file's own initialisers run during the
-/// call. Any thread.
+/// What whoever starts the program could choose is not loaded:
+///   - Nothing is looked for in relative folders, the current one included.
+///   - The file must belong to root or the process's user, and must not be writable by its group or by others;
+///     nor may others be able to change the folders that lead to it (see Linux/FileTrust.h).
+///   - A program with raised privileges (set-uid, set-gid, file capabilities) loads only from the folder where
+///     this library was to be installed when it was built, and only what belongs to root.
+///
+/// Null and the last folder's error when none of them has it. A file that is there but refused is passed over
+/// with a warning on the channel "ZEBUtilities" that says why. A file's own initialisers run during the call.
+/// Any thread.
 ZEBLibraryHandle ZEBLoadFramework(const NSString& path, int mode,
                                   const NSArray& directories = nullptr, NSError* error = nullptr);
 
@@ -41,7 +48,7 @@ bool ZEBUnloadFramework(ZEBLibraryHandle handle, NSError* error = nullptr);
 ///   - `zebutilities/Frameworks` beside the image that holds this library
 ///   - the main bundle's own frameworks, where it has a UIKit.framework
 ///   - `../lib/zebutilities/Frameworks` beside that image, for programs that hold the library themselves
-///   - where the library was to be installed when it was built
+///   - where the library was to be installed when it was built; with raised privileges the only one
 /// Asked anew at each call. Any thread.
 NSString ZEBFrameworksDirectory();
 

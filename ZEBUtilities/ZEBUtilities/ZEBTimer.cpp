@@ -23,9 +23,8 @@ ZEBLibraryHandle uiKit() {
   static const ZEBLibraryHandle handle = []() -> ZEBLibraryHandle {
     if (ZEBAmIRunningInAnExtension()) return nullptr;
     const NSString own = ZEBFrameworksDirectory();
-    // By its path: a bare name would be looked for in the current folder too.
-    return ZEBLoadFramework("/System/Library/Frameworks/UIKit.framework",
-                            dynamicLoaderLazyLocalMode, own.isNil() ? NSArray() : NSArray{own});
+    return ZEBLoadFramework("UIKit", dynamicLoaderLazyLocalMode,
+                            own.isNil() ? NSArray() : NSArray{own});
   }();
   return handle;
 }

@@ -1,5 +1,6 @@
 #include "FakeSystem.h"
 
+#include <sys/auxv.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
@@ -14,6 +15,7 @@ namespace zeb::test {
 constinit thread_local std::uint64_t fakeClock = 0;
 constinit thread_local std::uint64_t fakeClockStep = 0;
 constinit thread_local std::int64_t fakeDate = 0;
+constinit std::atomic<bool> fakeRaisedPrivileges = false;
 
 // Written before any initialiser of this program runs.
 static constinit char systemLog[1000] = {};
@@ -46,4 +48,10 @@ extern "C" ssize_t sendto(int, const void* bytes, std::size_t count, int, const 
     std::memcpy(zeb::test::systemLog, bytes, std::min(count, sizeof zeb::test::systemLog - 1));
   }
   return static_cast<ssize_t>(count);
+}
+
+extern "C" unsigned long __getauxval(unsigned long type) noexcept;
+
+extern "C" unsigned long getauxval(unsigned long type) noexcept {
+  return type == AT_SECURE && zeb::test::fakeRaisedPrivileges ? 1 : __getauxval(type);
 }

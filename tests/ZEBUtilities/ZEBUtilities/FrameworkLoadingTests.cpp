@@ -2,9 +2,15 @@
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
+
+#include "../../Platform/Logging/LogRecorder.h"
+#include "FakeSystem.h"
 
 namespace zeb {
 namespace {
@@ -48,9 +54,11 @@ TEST(FrameworkLoading, ReportsTheLastFailure) {
   EXPECT_EQ(error, NSError("NSPOSIXErrorDomain", 22));
 
   // Each error tells the file that was tried last.
-  for (const auto& [name, tried] : {std::pair{"Foo", "Foo.framework/Foo"},
-                                    {"Foo.framework", "Foo.framework/Foo"},
-                                    {"/Some/Dir/Foo.framework", "/Some/Dir/Foo.framework/Foo"}}) {
+  for (const auto& [name, tried] :
+       {std::pair{"Foo", "/System/Library/Frameworks/Foo.framework/Foo"},
+        {"Foo.framework", "/System/Library/Frameworks/Foo.framework/Foo"},
+        {"Some/Foo.framework", "Some/Foo.framework/Foo"},
+        {"/Some/Dir/Foo.framework", "/Some/Dir/Foo.framework/Foo"}}) {
     EXPECT_FALSE(ZEBLoadFramework(name, RTLD_NOW, {"/Extra"}, &error));
     EXPECT_EQ(error.domain(), "NSPOSIXErrorDomain"_ns);
     EXPECT_EQ(error.code(), 2);
@@ -68,6 +76,62 @@ TEST(FrameworkLoading, ReportsTheLastFailure) {
   EXPECT_EQ(error.code(), 2);
   EXPECT_EQ(error.userInfo().count(), 1u);
   EXPECT_GT(NSString(error.userInfo()["dlerror"]).length(), 0u);
+}
+
+TEST(FrameworkLoading, LoadsNothingThatOthersCouldHaveChosen) {
+  namespace fs = std::filesystem;
+  std::string folder = testing::TempDir() + "frameworks-XXXXXX";
+  ASSERT_TRUE(mkdtemp(folder.data()));
+  const fs::path start = fs::current_path();
+  const std::string framework = folder + "/Trap.framework";
+  const std::string file = framework + "/Trap";
+  fs::create_directory(framework);
+  fs::copy_file(ZEBFrameworksDirectory().utf8() + "/UIKit.framework/UIKit", file);
+  fs::current_path(folder);
+  const auto dlerror = [&](const NSString& path, const NSArray& directories) -> std::string {
+    NSError error;
+    const ZEBLibraryHandle handle = ZEBLoadFramework(path, RTLD_NOW, directories, &error);
+    if (handle) ZEBUnloadFramework(handle);
+    return handle ? "loaded" : NSString(error.userInfo()["dlerror"]).utf8();
+  };
+  const auto modes = [&](unsigned ofFile, unsigned ofFolder) {
+    fs::permissions(file, fs::perms(ofFile));
+    fs::permissions(framework, fs::perms(ofFolder));
+    return dlerror(framework, nullptr);
+  };
+  const auto holds = [](const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+  };
+
+  test::LogRecorder log;
+  for (const char* relative : {"Trap", "./Trap", "../Trap.framework"}) {
+    EXPECT_NE(dlerror(relative, {"", ".", fs::path(folder).filename().string()}), "loaded");
+  }
+  EXPECT_TRUE(holds(dlerror("./Trap", nullptr), "relative"));
+  EXPECT_EQ(modes(0644, 0755), "loaded");
+  EXPECT_EQ(modes(0600, 01777), "loaded") << "nobody exchanges others' files in a sticky folder";
+  EXPECT_TRUE(holds(modes(0664, 0755), file + " can be changed"));
+  EXPECT_TRUE(holds(modes(0646, 0755), file + " can be changed"));
+  EXPECT_TRUE(holds(modes(0644, 0757), framework + " can be changed"));
+  EXPECT_NE(dlerror("Trap", {folder}), "loaded");
+  EXPECT_TRUE(holds(log.take().back(), framework + " can be changed"))
+      << "the error tells of another";
+  EXPECT_EQ(modes(0644, 0755), "loaded");
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(file.c_str(), 12345, 0), 0);
+    EXPECT_TRUE(holds(dlerror(framework, nullptr), file + " belongs to another user"));
+    ASSERT_EQ(chown(file.c_str(), 0, 0), 0);
+  }
+
+  ZEBSetFrameworksDirectory(folder);
+  test::fakeRaisedPrivileges = true;
+  EXPECT_NE(dlerror("Trap", {folder}), "loaded");
+  EXPECT_NE(dlerror(framework, nullptr), "loaded");
+  EXPECT_NE(ZEBFrameworksDirectory(), NSString(folder));
+  test::fakeRaisedPrivileges = false;
+  ZEBSetFrameworksDirectory(nullptr);
+  fs::current_path(start);
+  fs::remove_all(folder);
 }
 
 TEST(FrameworkLoading, TakesTheHostsFolderFirst) {
