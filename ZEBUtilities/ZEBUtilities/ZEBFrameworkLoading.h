@@ -52,8 +52,8 @@ bool ZEBUnloadFramework(ZEBLibraryHandle handle, NSError* error = nullptr);
 /// Asked anew at each call. Any thread.
 NSString ZEBFrameworksDirectory();
 
-/// The host's choice, for other layouts; nil takes it back. To be set before the first `ZEBTimer` is made,
-/// which loads UIKit.
+/// The host's choice, for other layouts; nil takes it back. To be set before the first `ZEBTimer` is made that
+/// pauses in the background, which loads UIKit.
 void ZEBSetFrameworksDirectory(const NSString& directory);
 
 }  // namespace zeb

@@ -8,8 +8,10 @@
 #include <ZEBUtilities/ZEBTimer.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
+#include <atomic>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <utility>
 
 namespace zeb {
@@ -18,21 +20,40 @@ namespace {
 
 constexpr const char* sourceFile = "ZEBUtilities/ZEBUtilities/ZEBTimer";
 
-/// Opened when the first timer is made, for good; null in extensions.
-ZEBLibraryHandle uiKit() {
-  static const ZEBLibraryHandle handle = []() -> ZEBLibraryHandle {
-    if (ZEBAmIRunningInAnExtension()) return nullptr;
-    const NSString own = ZEBFrameworksDirectory();
-    return ZEBLoadFramework("UIKit", dynamicLoaderLazyLocalMode,
-                            own.isNil() ? NSArray() : NSArray{own});
-  }();
-  return handle;
+struct UIKit {
+  ZEBLibraryHandle handle = nullptr;
+  NSError error;
+};
+
+void reportMissing(const UIKit& uiKit) {
+  const char* channel = ZEBUtilitiesLoggingChannel_Timer;
+  if (uiKit.handle || !OLGCanLog(nullptr, OLGLevelNotice, channel)) return;
+  OLGLogEx(nullptr, OLGLevelNotice, channel, sourceFile, "+[ZEBTimer initialize]", __LINE__,
+           "UIKit was not loaded (%@); timers listen to the notification names built in. "
+           "ZEBSetFrameworksDirectory() names its folder.",
+           uiKit.error.userInfo()["dlerror"]);
 }
 
-/// What the framework calls the notification; nil when it does not know it.
+/// Opened, for good, when the first timer is made that pauses. Threads that come at once may all open it,
+/// because loading calls the framework's and the log handler's code, which no lock may be held for.
+const UIKit& uiKit() {
+  static constinit std::atomic<const UIKit*> found = nullptr;
+  if (const UIKit* known = found.load(std::memory_order_acquire)) return *known;
+  auto mine = std::make_unique<UIKit>();
+  const NSString own = ZEBFrameworksDirectory();
+  mine->handle = ZEBLoadFramework("UIKit", dynamicLoaderLazyLocalMode,
+                                  own.isNil() ? NSArray() : NSArray{own}, &mine->error);
+  const UIKit* known = nullptr;
+  if (!found.compare_exchange_strong(known, mine.get(), std::memory_order_acq_rel)) return *known;
+  const UIKit& kept = *mine.release();  // never destroyed: timers are made until the very end
+  reportMissing(kept);
+  return kept;
+}
+
+/// What the framework calls the notification; without it, or if it does not know it, what ours would.
 NSString notificationName(const char* symbol) {
-  const auto* name = static_cast<const char* const*>(symbolInSharedObject(uiKit(), symbol));
-  return name ? NSString(*name) : NSString();
+  const auto* name = static_cast<const char* const*>(symbolInSharedObject(uiKit().handle, symbol));
+  return name ? *name : symbol;
 }
 
 /// Cut to what the number holds; nothing is no time.
@@ -67,7 +88,8 @@ ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, const Ref<NS
       userInfo_(std::move(userInfo)),
       repeats_(repeats),
       timeInterval_(interval),
-      backgroundingBehavior_(uiKit() ? backgroundingBehavior : ZEBTimerBackgroundingBehaviorNone),
+      backgroundingBehavior_(ZEBAmIRunningInAnExtension() ? ZEBTimerBackgroundingBehaviorNone
+                                                          : backgroundingBehavior),
       block_(std::move(block)),
       fireDate_(fireDate) {
   if (backgroundingBehavior_ != ZEBTimerBackgroundingBehaviorNone) observeBackgrounding();
@@ -303,13 +325,10 @@ bool ZEBTimer::_invalidate(bool forBackgrounding) {
 
 void ZEBTimer::observeBackgrounding() {
   const auto observe = [this](const char* symbol, auto handle) {
-    const NSString name = notificationName(symbol);
-    // No name would mean every notification.
-    if (name.isNil()) return;
     NSNotificationCenter::defaultCenter()->addObserver(
         Ref<NSObject>(this),
         [this, handle](const Ref<NSNotification>& notification) { (this->*handle)(notification); },
-        name);
+        notificationName(symbol));
   };
   observe("UIApplicationDidEnterBackgroundNotification", &ZEBTimer::_applicationDidBackground);
   observe("UIApplicationWillEnterForegroundNotification", &ZEBTimer::_applicationWillForeground);

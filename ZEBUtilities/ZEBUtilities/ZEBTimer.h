@@ -47,8 +47,9 @@ using ZEBTimerBlock = Block<void(const Ref<ZEBTimer>& timer)>;
 ///
 /// Backgrounding follows the notifications that the framework UIKit names
 /// ("UIApplicationDidEnterBackgroundNotification", "UIApplicationWillEnterForegroundNotification"; see
-/// `ZEBFrameworksDirectory`), which the host posts on the main thread. Without that framework and in
-/// extensions, every timer behaves as `None`; a name that the framework lacks is not listened for. A timer
+/// `ZEBFrameworksDirectory`), which the host posts on the main thread. Where the framework is not found, as in a
+/// program that holds the static library outside of the installed tree, the names are these two; one line of
+/// level 5 in the log says so. In extensions every timer behaves as `None`. A timer
 /// that was made to pause and is valid but not scheduled when the application leaves is scheduled when it
 /// returns, on the current run loop. A paused timer that nobody but the run loop kept is gone.
 ///

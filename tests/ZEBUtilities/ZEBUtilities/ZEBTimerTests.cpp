@@ -3,6 +3,7 @@
 #include <RunLoop/NSNotificationCenter.h>
 #include <Runtime/Registration.h>
 #include <Runtime/Send.h>
+#include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <ZEBUtilities/ZEBTimer.h>
 #include <gtest/gtest.h>
 
@@ -280,7 +281,7 @@ TEST(ZEBTimer, PausesAndResumesOrStartsAnew) {
   test::fakeDate = 0;
 }
 
-TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensions) {
+TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensionsOnly) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";  // a process of its own
   const auto makeInExtension = [] {
     NSBundle::setMainBundle(
@@ -290,6 +291,20 @@ TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensions) {
     std::_Exit(timer->backgroundingBehavior() == none && timer->backgroundDate().isNil() ? 0 : 1);
   };
   EXPECT_EXIT(makeInExtension(), testing::ExitedWithCode(0), "");
+  const auto makeWithoutTheFramework = [] {
+    ZEBSetFrameworksDirectory("/nowhere");
+    test::LogRecorder log;
+    const auto steady = ZEBTimer::timerWithTimeInterval(1, nullptr, true);
+    const bool isSilent = log.take().empty();
+    const auto timer = ZEBTimer::timerWithTimeInterval(1, nullptr, true, pause);
+    const auto another = ZEBTimer::timerWithTimeInterval(1, nullptr, true, pause);
+    goToBackground();
+    const bool isPaused = !timer->backgroundDate().isNil();
+    comeBack();
+    const bool goesOn = timer->backgroundDate().isNil();
+    std::_Exit(isSilent && log.lines.size() == 1 && isPaused && goesOn ? 0 : 1);
+  };
+  EXPECT_EXIT(makeWithoutTheFramework(), testing::ExitedWithCode(0), "");
   EXPECT_EQ(ZEBTimer::timerWithTimeInterval(1, nullptr, true, pause)->backgroundingBehavior(),
             pause);
 }
