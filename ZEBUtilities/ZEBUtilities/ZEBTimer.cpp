@@ -66,6 +66,10 @@ std::int64_t nanoseconds(NSTimeInterval seconds) noexcept {
   return static_cast<std::int64_t>(exact);
 }
 
+dispatch_queue_t orGlobalQueue(const dispatch_queue_t& queue) {
+  return queue ? queue : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+}
+
 std::uint64_t nanosecondsFromZero(NSTimeInterval seconds) noexcept {
   return static_cast<std::uint64_t>(std::max<std::int64_t>(nanoseconds(seconds), 0));
 }
@@ -197,25 +201,37 @@ Ref<NSTimer> ZEBTimer::nsTimer() {
 }
 
 void ZEBTimer::applyToQueue(const dispatch_queue_t& queue) {
-  dispatch_queue_t target =
-      queue ? queue : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  dispatch_queue_t target = orGlobalQueue(queue);
   const std::lock_guard guard(mutex_);
-  if (!isValidNow() || nsTimer_ || gcdSource_) return;
-  std::swap(targetGCDQueue_, target);
-  setUpGCDTimer(targetGCDQueue_);
-  timerWasCreated_ = true;
+  if (!isFreeForAQueue()) return;
+  std::swap(targetGCDQueue_, target);  // the one before is released after the lock
+  startSource(targetGCDQueue_);
 }
 
 void ZEBTimer::setUpGCDTimer(const dispatch_queue_t& queue) {
+  const dispatch_queue_t target = orGlobalQueue(queue);
+  const std::lock_guard guard(mutex_);
+  if (isFreeForAQueue()) startSource(target);
+}
+
+void ZEBTimer::applyGCDTimerToSource() const {
+  const std::lock_guard guard(mutex_);
+  if (gcdSource_) scheduleSource();
+}
+
+bool ZEBTimer::isFreeForAQueue() const { return isValidNow() && !nsTimer_ && !gcdSource_; }
+
+void ZEBTimer::startSource(const dispatch_queue_t& queue) {
   gcdSource_ = dispatch_source_create_timer(queue);
-  applyGCDTimerToSource();
+  scheduleSource();
   dispatch_source_set_event_handler(gcdSource_, [weak = WeakRef<ZEBTimer>(this)] {
     if (const Ref<ZEBTimer> timer = weak.lock()) timer->_fireInternal();
   });
   dispatch_resume(gcdSource_);
+  timerWasCreated_ = true;
 }
 
-void ZEBTimer::applyGCDTimerToSource() const {
+void ZEBTimer::scheduleSource() const {
   const NSTimeInterval delay = fireDate_.timeIntervalSinceDate(NSDate::date());
   const std::int64_t untilStart = fireDate_.isNil() ? 0 : nanoseconds(delay);
   const std::uint64_t interval =
@@ -229,7 +245,7 @@ void ZEBTimer::setFireDate(const NSDate& date) {
   if (date.isIdenticalTo(fireDate_)) return;
   fireDate_ = date;
   if (gcdSource_) {
-    applyGCDTimerToSource();
+    scheduleSource();
   } else if (nsTimer_) {
     nsTimer_->setFireDate(date);
   }
@@ -240,7 +256,7 @@ void ZEBTimer::setTolerance(NSTimeInterval tolerance) {
   if (tolerance == tolerance_) return;
   tolerance_ = tolerance;
   if (gcdSource_) {
-    applyGCDTimerToSource();
+    scheduleSource();
   } else if (nsTimer_) {
     nsTimer_->setTolerance(tolerance);
   }

@@ -154,6 +154,11 @@ class ZEBTimer : public NSObject {
   /// One firing, as the run loop, the queue and `fire()` make it.
   void _fireInternal();
   void _timerDidFire(const Ref<NSTimer>& timer);
+  /// Runs the timer on the queue, without noting the queue for the return from the background, as
+  /// `applyToQueue` does. Nothing when it is invalid or scheduled already; nil as there.
+  void setUpGCDTimer(const dispatch_queue_t& queue);
+  /// Gives fire date, interval and tolerance to the source of a timer that runs on a queue; nothing on others.
+  void applyGCDTimerToSource() const;
   /// Takes the timer off its run loop or queue: for good, or so that it can be scheduled again. Answers whether
   /// it was scheduled.
   bool _invalidate(bool forBackgrounding);
@@ -169,8 +174,9 @@ class ZEBTimer : public NSObject {
   // With the lock held:
   bool isValidNow() const;
   Ref<NSTimer> nsTimer();
-  void setUpGCDTimer(const dispatch_queue_t& queue);
-  void applyGCDTimerToSource() const;
+  bool isFreeForAQueue() const;
+  void startSource(const dispatch_queue_t& queue);
+  void scheduleSource() const;
   NSTimeInterval delayAfter(const NSDate& backgroundDate) const;
 
   const WeakRef<NSObject> target_;

@@ -153,6 +153,38 @@ TEST(ZEBTimer, IsScheduledOnceOnOneKind) {
   EXPECT_TRUE(queued->isValid());
 }
 
+TEST(ZEBTimer, SubclassesMayScheduleTheSourceThemselves) {
+  struct Sooner : ZEBTimer {
+    using ZEBTimer::applyGCDTimerToSource;
+    using ZEBTimer::setUpGCDTimer;
+    using ZEBTimer::ZEBTimer;
+  };
+  const auto fired = dispatch_semaphore_create(0);
+  const auto make = [&fired] {
+    return makeRef<Sooner>(
+        NSDate::date(), hour, [&fired](const Ref<ZEBTimer>&) { dispatch_semaphore_signal(fired); },
+        true, none);
+  };
+  const auto timer = make();
+  timer->applyGCDTimerToSource();  // has none
+  timer->setUpGCDTimer(dispatch_queue_create("timer"));
+  wait(fired);
+  timer->applyGCDTimerToSource();  // once more from the date, which has passed
+  wait(fired);
+  timer->invalidate();
+  timer->setUpGCDTimer(nullptr);
+  EXPECT_FALSE(timer->isValid()) << "for good";
+
+  const auto looped = make();
+  looped->setFireDate(NSDate::distantFuture());
+  looped->scheduleWithRunLoop(nullptr, "special");
+  looped->setUpGCDTimer(nullptr);
+  looped->setFireDate(NSDate::date());
+  EXPECT_FALSE(NSRunLoop::currentRunLoop()->limitDateForMode("special").isNil());
+  looped->invalidate();
+  EXPECT_FALSE(looped->isValid()) << "no source was made beside the run loop's timer";
+}
+
 TEST(ZEBTimer, OnARunLoopLivesUntilInvalidated) {
   int firings = 0;
   WeakRef<ZEBTimer> timer = ZEBTimer::scheduledTimerWithTimeInterval(
