@@ -18,6 +18,9 @@ namespace zeb {
 
 namespace {
 
+/// No thread has this handle.
+constexpr ThreadHandle hasFired = ~ThreadHandle{0};
+
 constexpr const char* sourceFile = "ZEBUtilities/ZEBUtilities/ZEBTimer";
 
 struct UIKit {
@@ -268,15 +271,25 @@ void ZEBTimer::fire() {
 
 void ZEBTimer::_timerDidFire(const Ref<NSTimer>&) { _fireInternal(); }
 
+/// The queue, or the run loop, and somebody's `fire()` may come at once: the first one fires. Its own thread
+/// may come back meanwhile.
+bool ZEBTimer::mayFire() noexcept {
+  const ThreadHandle thread = currentThreadHandle();
+  ThreadHandle firing = 0;
+  return firingThread_.compare_exchange_strong(firing, thread, std::memory_order_relaxed) ||
+         firing == thread;
+}
+
 void ZEBTimer::_fireInternal() {
-  // The queue, or the run loop, and somebody's `fire()` may come here at once.
-  if (!repeats_ && hasFired_.exchange(true, std::memory_order_relaxed)) return;
+  if (!repeats_ && !mayFire()) return;
   const Ref<ZEBTimer> self(this);
   // Also when the block or the method throws: a timer that can't fire again is of no use.
   struct AfterFiring {
     ZEBTimer& timer;
     ~AfterFiring() {
-      if (!timer.repeats_) timer.invalidate();
+      if (timer.repeats_) return;
+      timer.firingThread_.store(hasFired, std::memory_order_relaxed);
+      timer.invalidate();
     }
   } afterFiring{*this};
   const Ref<NSObject> target = target_.lock();
@@ -351,10 +364,12 @@ void ZEBTimer::observeBackgrounding() {
 }
 
 void ZEBTimer::_applicationDidBackground(const Ref<NSNotification>&) {
-  if (backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorPause ||
-      backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorReset) {
-    _invalidate(true);
-  }
+  if (pauses()) _invalidate(true);
+}
+
+bool ZEBTimer::pauses() const noexcept {
+  return backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorPause ||
+         backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorReset;
 }
 
 void ZEBTimer::_applicationWillForeground(const Ref<NSNotification>&) {
@@ -364,12 +379,9 @@ void ZEBTimer::_applicationWillForeground(const Ref<NSNotification>&) {
   NSString mode;
   {
     const std::lock_guard guard(mutex_);
-    if (backgroundingBehavior_ != ZEBTimerBackgroundingBehaviorPause &&
-        backgroundingBehavior_ != ZEBTimerBackgroundingBehaviorReset) {
-      return;
-    }
+    if (backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorNone) return;
     const NSDate pausedAt = std::exchange(backgroundDate_, nullptr);
-    if (pausedAt.isNil() || !isValidNow()) return;
+    if (pausedAt.isNil() || !isValidNow() || !pauses()) return;
     delay = delayAfter(pausedAt);
     queue = targetGCDQueue_;
     runLoop = targetRunLoop_;

@@ -4,6 +4,7 @@
 #include <Foundation/NSDate.h>
 #include <Foundation/NSString.h>
 #include <Foundation/Value.h>
+#include <Linux/Thread.h>
 #include <Memory/Block.h>
 #include <Memory/NSObject.h>
 #include <Memory/WeakRef.h>
@@ -105,7 +106,9 @@ class ZEBTimer : public NSObject {
   /// Nil means the global queue of default priority.
   void applyToQueue(const dispatch_queue_t& queue);
 
-  /// Fires now, on this thread; the schedule stays as it is.
+  /// Fires now, on this thread, if the timer is valid; the schedule stays as it is. A timer that does not repeat
+  /// is still valid during its firing: what it calls may call this again, and is then called again; other
+  /// threads come too late.
   void fire();
   /// Stops the timer for good and lets go of the block. Also from its own firing.
   void invalidate();
@@ -169,6 +172,8 @@ class ZEBTimer : public NSObject {
  private:
   void observeBackgrounding();
   void invalidateForGood();
+  bool mayFire() noexcept;
+  bool pauses() const noexcept;
   void logFiring(const char* format) const;
 
   // With the lock held:
@@ -186,7 +191,8 @@ class ZEBTimer : public NSObject {
   const NSTimeInterval timeInterval_;
   const ZEBTimerBackgroundingBehavior backgroundingBehavior_;
   std::atomic<bool> shouldSilenceLogging_{false};
-  std::atomic<bool> hasFired_{false};  ///< what counts for one that does not repeat
+  /// Of one that does not repeat: the thread that its only firing began on, or `hasFired`.
+  std::atomic<ThreadHandle> firingThread_{0};
 
   /// Guards the rest; the run loop's and the queue's locks are taken while it is held, never the other way.
   mutable std::mutex mutex_;
