@@ -6,6 +6,9 @@
 #include <deque>
 #include <mutex>
 
+/// Null where nothing on top of this library has classes; see Runtime/Registration.h.
+extern "C" [[gnu::weak]] void zebRegisterClassesByName();
+
 namespace zeb {
 
 namespace {
@@ -38,6 +41,14 @@ Registry& registry() {
   static Registry& all =
       *new Registry;  // never destroyed: objects need their classes until the end
   return all;
+}
+
+void registerClassesOnTop() {
+  static const bool isDone = [] {
+    if (zebRegisterClassesByName) zebRegisterClassesByName();
+    return true;
+  }();
+  (void)isDone;
 }
 
 void requireFitting(SEL selector, const MethodBody& body) {
@@ -134,6 +145,8 @@ const detail::PropertyRecord& Class::addOwnProperty(
 
 Class* objc_lookUpClass(std::string_view name) {
   (void)detail::foundationClasses();
+  if (Class* cls = registry().find(name)) return cls;
+  registerClassesOnTop();
   return registry().find(name);
 }
 

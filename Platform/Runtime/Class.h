@@ -98,7 +98,8 @@ class Class final : public NSObject {
   detail::GrowingIndex<detail::PropertyRecord> properties_;
 };
 
-/// The class of this name, or nil.
+/// The class of this name, or nil. The first search for a name that is not there yet registers the classes of
+/// the library on top, see Runtime/Registration.h.
 Class* objc_lookUpClass(std::string_view name);
 
 /// The class of a value: of an object its own, of other values "NSString", "NSMutableArray", "NSNumber" …;

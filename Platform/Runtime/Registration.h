@@ -25,7 +25,15 @@
 ///       }
 ///       Class* classObject() const override { return runtimeClass(); }
 ///
-/// Nothing is registered before somebody asks: until then its name finds no class.
+/// Nothing is registered before somebody asks: until then its name finds no class. A library whose classes
+/// are to be found by name nevertheless defines the function
+///
+///     extern "C" void zebRegisterClassesByName();
+///
+/// which the runtime calls once, when a name is looked up that is not there. It calls the `runtimeClass()` of
+/// each class, must not look up names itself, and is linked into programs that hold the library statically
+/// with `--undefined=zebRegisterClassesByName`. There is one such function per process: ours has the product's
+/// classes; a program registers its own classes itself.
 namespace zeb {
 
 /// Who tells a property's observers that it changes.

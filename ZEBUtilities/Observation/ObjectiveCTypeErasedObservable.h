@@ -2,7 +2,7 @@
 
 #include <Observation/AnyObjectiveCThrowingObservable.h>
 #include <Observation/ObjectiveCObserverQueue.h>
-#include <Observation/UpdateBlockConversion.h>
+#include <Runtime/BlockConversion.h>
 
 namespace zeb {
 

@@ -1,7 +1,6 @@
 #include <Linux/DynamicLoader.h>
 #include <Logging/OLGLogging.h>
 #include <RunLoop/NSNotificationCenter.h>
-#include <Runtime/Registration.h>
 #include <Runtime/Send.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <ZEBUtilities/ZEBProcessEnvironment.h>
@@ -114,28 +113,6 @@ ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, ZEBTimerBloc
                backgroundingBehavior) {}
 
 ZEBTimer::~ZEBTimer() { invalidateForGood(); }
-
-Class* ZEBTimer::runtimeClass() {
-  static Class* const cls = registerClass(
-      "ZEBTimer",
-      {
-          property("target", &ZEBTimer::target),
-          property("userInfo", &ZEBTimer::userInfo),
-          property("repeats", &ZEBTimer::repeats),
-          property("timeInterval", &ZEBTimer::timeInterval),
-          property("backgroundingBehavior", &ZEBTimer::backgroundingBehavior),
-          property("fireDate", &ZEBTimer::fireDate, &ZEBTimer::setFireDate),
-          property("tolerance", &ZEBTimer::tolerance, &ZEBTimer::setTolerance),
-          property("shouldSilenceLogging", &ZEBTimer::shouldSilenceLogging,
-                   &ZEBTimer::setShouldSilenceLogging),
-          property("backgroundDate", &ZEBTimer::backgroundDate, &ZEBTimer::setBackgroundDate),
-          method("scheduleWithCurrentRunLoop", &ZEBTimer::scheduleWithCurrentRunLoop),
-          method("fire", &ZEBTimer::fire),
-          method("invalidate", &ZEBTimer::invalidate),
-          method("isValid", &ZEBTimer::isValid),
-      });
-  return cls;
-}
 
 ZEBTimerBlock ZEBTimer::block() const {
   const std::lock_guard guard(mutex_);

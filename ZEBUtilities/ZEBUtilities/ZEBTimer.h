@@ -150,6 +150,8 @@ class ZEBTimer : public NSObject {
   NSDate backgroundDate() const;
   void setBackgroundDate(const NSDate& date);
 
+  /// "ZEBTimer", with everything above by its selectors; the initialisers are class methods there, and
+  /// blocks travel as Runtime/BlockConversion.h says.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 

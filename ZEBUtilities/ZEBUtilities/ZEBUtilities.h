@@ -8,6 +8,7 @@
 #include <Observation/ObservableInput.h>
 #include <Observation/Observer.h>
 #include <Observation/ObserverQueue.h>
+#include <ZEBUtilities/Classes/ZEBRegisterClasses.h>
 #include <ZEBUtilities/Coding/AnyEquatable.h>
 #include <ZEBUtilities/Coding/DecodingBuilder.h>
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>

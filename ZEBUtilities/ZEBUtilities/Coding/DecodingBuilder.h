@@ -47,6 +47,10 @@ class BasicDecodingBuilder final : public DecodingBuilder {
   const BuildFunction& buildFunction() const noexcept { return buildFunction_; }
   ZEBEitherEncodable build(ZEBDecoder& decoder) const override { return buildFunction_(decoder); }
 
+  /// "BasicDecodingBuilder", with the property encodableName.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
  private:
   const NSString encodableName_;
   const BuildFunction buildFunction_;

@@ -66,6 +66,11 @@ class BasicDecodingBuilderRegistry final : public DecodingBuilderRegistry {
   const Ref<DecodingBuilderRegistry>& inFrontOf() const noexcept { return inFrontOf_; }
 
   Ref<DecodingBuilder> decodingBuilder(const NSString& forEncodableName) const override;
+
+  /// "ZEBBasicDecodingBuilderRegistry", with decodingBuilderForEncodableName: and the two properties; its class
+  /// method init makes an empty registry.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
   std::string className() const override { return "ZEBBasicDecodingBuilderRegistry"; }
 
  private:

@@ -54,6 +54,11 @@ class ZEBObjCEncodable : public virtual NSObject {
   /// The same for all objects of a class, and never changed: it is stored in documents.
   virtual NSString encodableName() const = 0;
   virtual void encodeWithEncoder(ZEBEncoder& encoder) const = 0;
+
+  /// The protocol in the dynamic runtime, which knows it as "ZEBEncodable": for a class to register as its
+  /// superclass, so that its objects answer encodableName and encodeWithEncoder: there (the encoder travels as
+  /// Coding/ZEBEncoderConversion.h says).
+  static Class* runtimeClass();
 };
 
 namespace detail {
