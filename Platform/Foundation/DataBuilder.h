@@ -55,7 +55,7 @@ class DataBuilder {
     // Giving back a little is not worth the way to the heap.
     constexpr std::size_t little = std::size_t{128} << 10;
     const auto unused = static_cast<std::size_t>(limit_ - cursor_);
-    if (unused > std::min(length / 4, little)) {
+    if (unused > (std::min)(length / 4, little)) {
       if (void* fitting = std::realloc(memory_, sizeof(DataStorage) + length)) memory_ = fitting;
     }
     auto* data = new (memory_) DataStorage(0, length);
@@ -70,7 +70,7 @@ class DataBuilder {
 
   void grow(std::size_t bytes) {
     const std::size_t used = size();
-    const std::size_t capacity = std::max({used + bytes, used * 2, std::size_t{512}});
+    const std::size_t capacity = (std::max)({used + bytes, used * 2, std::size_t{512}});
     void* memory = std::realloc(memory_, sizeof(DataStorage) + capacity);
     if (!memory) throw std::bad_alloc();
     memory_ = memory;

@@ -15,9 +15,9 @@ inline constexpr std::uint32_t largestUnindexedTable = 8;
 
 /// Slots that an index over `entries` entries needs: at most half of them are taken.
 constexpr std::uint32_t indexSlots(std::uint32_t entries) noexcept {
-  std::uint32_t slots = 2 * largestUnindexedTable;
-  while (slots < 2 * std::uint64_t{entries}) slots *= 2;
-  return slots;
+  std::uint32_t places = 2 * largestUnindexedTable;
+  while (places < 2 * std::uint64_t{entries}) places *= 2;
+  return places;
 }
 
 /// The hash that a keyed index goes by.

@@ -13,7 +13,7 @@ namespace zeb::detail {
 /// A new heap string of `length` units whose content the caller writes at once, behind the header.
 template <class Unit>
 StringStorage* newStringStorage(std::size_t length) {
-  if (length > std::numeric_limits<std::uint32_t>::max())
+  if (length > (std::numeric_limits<std::uint32_t>::max)())
     throw std::length_error("string too long");
   void* memory = std::malloc(sizeof(StringStorage) + length * sizeof(Unit));
   if (!memory) throw std::bad_alloc();

@@ -22,7 +22,7 @@ class GrowingIndex {
     const Table* table = current_.load(std::memory_order_acquire);
     if (!table) return nullptr;
     for (std::size_t position = hash;; ++position) {
-      Record* record = table->slots[position & table->mask].load(std::memory_order_acquire);
+      Record* record = table->places[position & table->mask].load(std::memory_order_acquire);
       if (!record || (record->hash == hash && matches(*record))) return record;
     }
   }
@@ -45,14 +45,14 @@ class GrowingIndex {
 
  private:
   struct Table {
-    explicit Table(std::size_t size) : mask(size - 1), slots(new std::atomic<Record*>[size]()) {}
+    explicit Table(std::size_t size) : mask(size - 1), places(new std::atomic<Record*>[size]()) {}
     void put(Record& record) noexcept {
       std::size_t position = record.hash;
-      while (slots[position & mask].load(std::memory_order_relaxed)) ++position;
-      slots[position & mask].store(&record, std::memory_order_release);
+      while (places[position & mask].load(std::memory_order_relaxed)) ++position;
+      places[position & mask].store(&record, std::memory_order_release);
     }
     const std::size_t mask;
-    const std::unique_ptr<std::atomic<Record*>[]> slots;
+    const std::unique_ptr<std::atomic<Record*>[]> places;
   };
 
   std::atomic<Table*> current_{nullptr};

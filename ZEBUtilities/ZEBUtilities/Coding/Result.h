@@ -6,16 +6,18 @@
 namespace zeb {
 
 /// Either a value or the error that there is instead.
-template <class Success, class Failure>
+template <class SuccessValue, class Failure>
 class Result {
  public:
-  static Result success(Success value) { return Result(std::in_place_index<0>, std::move(value)); }
+  static Result success(SuccessValue value) {
+    return Result(std::in_place_index<0>, std::move(value));
+  }
   static Result failure(Failure error) { return Result(std::in_place_index<1>, std::move(error)); }
 
   bool isSuccess() const noexcept { return content_.index() == 0; }
   bool isFailure() const noexcept { return !isSuccess(); }
   /// Null in the other case.
-  const Success* value() const noexcept { return std::get_if<0>(&content_); }
+  const SuccessValue* value() const noexcept { return std::get_if<0>(&content_); }
   const Failure* error() const noexcept { return std::get_if<1>(&content_); }
 
  private:
@@ -23,7 +25,7 @@ class Result {
   Result(std::in_place_index_t<Index> index, Content content)
       : content_(index, std::move(content)) {}
 
-  std::variant<Success, Failure> content_;
+  std::variant<SuccessValue, Failure> content_;
 };
 
 }  // namespace zeb
