@@ -84,6 +84,7 @@ Ref<NSBundle> NSBundle::bundleWithPath(const NSString& path, const NSDictionary&
 }
 
 Ref<NSBundle> NSBundle::bundleForExecutable(const NSString& executablePath) {
+  if (executablePath.isNil()) return nullptr;
   const std::string executable = executablePath.utf8();
   const fs::path folder = fs::path(executable).parent_path();
   std::string path = executable + ".app";

@@ -29,7 +29,7 @@ class NSBundle final : public NSObject {
   /// folder is not looked at and need not be there.
   static Ref<NSBundle> bundleWithPath(const NSString& path, const NSDictionary& infoDictionary);
 
-  /// The bundle that an executable at an absolute path belongs to: the first of these that has an Info.plist,
+  /// The bundle that an executable at an absolute path belongs to (nil for nil): the first of these that has an Info.plist,
   /// else the executable's folder.
   ///   - `<executable>.app`
   ///   - the folder around Contents, when the executable lies in a folder of Contents

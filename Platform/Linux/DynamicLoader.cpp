@@ -36,7 +36,7 @@ void* openSharedObject(const std::string& path, int mode, OpeningFailure& failur
 
 void* symbolInSharedObject(void* handle, const char* name) noexcept {
   // A null handle would mean the whole program to the loader.
-  return handle ? dlsym(handle, name) : nullptr;
+  return handle && name ? dlsym(handle, name) : nullptr;
 }
 
 int closeSharedObject(void* handle) noexcept { return dlclose(handle); }

@@ -21,7 +21,7 @@ struct OpeningFailure {
 /// Linux/FileTrust.h) is not opened.
 void* openSharedObject(const std::string& path, int mode, OpeningFailure& failure);
 
-/// The address of an exported symbol; null when the handle is null or has no such symbol.
+/// The address of an exported symbol; null when either is null, and when there is no such symbol.
 void* symbolInSharedObject(void* handle, const char* name) noexcept;
 
 /// Ends one opening. Not 0 on failure; `dynamicLoaderError` then tells why.

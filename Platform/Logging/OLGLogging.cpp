@@ -69,7 +69,7 @@ void logToStandardError(const OLGRecord& record) {
 
 }  // namespace
 
-bool OLGCanLog(const void*, std::int32_t level, std::string_view channel) noexcept {
+bool OLGCanLog(const void*, std::int32_t level, NullableText channel) noexcept {
   if (anyChannelLevel.load(std::memory_order_acquire)) {
     std::shared_lock guard(channelLevels().mutex);
     const auto found = channelLevels().levels.find(channel);
@@ -78,13 +78,13 @@ bool OLGCanLog(const void*, std::int32_t level, std::string_view channel) noexce
   return level <= leastSeriousLevel.load(std::memory_order_relaxed);
 }
 
-void OLGSetChannelLevel(std::string_view channel, std::int32_t level) {
+void OLGSetChannelLevel(NullableText channel, std::int32_t level) {
   std::unique_lock guard(channelLevels().mutex);
   channelLevels().levels.insert_or_assign(std::string(channel), level);
   anyChannelLevel.store(true, std::memory_order_release);
 }
 
-void OLGResetChannelLevel(std::string_view channel) {
+void OLGResetChannelLevel(NullableText channel) {
   std::unique_lock guard(channelLevels().mutex);
   const auto found = channelLevels().levels.find(channel);
   if (found != channelLevels().levels.end()) channelLevels().levels.erase(found);

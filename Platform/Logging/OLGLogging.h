@@ -2,6 +2,7 @@
 
 #include <Foundation/Format.h>
 #include <Foundation/NSString.h>
+#include <Foundation/NullableText.h>
 #include <Memory/Block.h>
 
 #include <cstdint>
@@ -34,17 +35,17 @@ struct OLGRecord {
 
 /// Whether a line would be logged: asked before any formatting, costs a comparison while no channel has a
 /// level of its own. Any thread.
-bool OLGCanLog(const void* context, std::int32_t level, std::string_view channel) noexcept;
+bool OLGCanLog(const void* context, std::int32_t level, NullableText channel) noexcept;
 
 /// Logs `message` as it is. Any thread; nothing is thrown. In the child of a fork that another thread of the
 /// parent logged through, this may wait for ever, as everything may that takes a lock.
 void OLGLogMessage(const OLGRecord& record) noexcept;
 
-/// Logs a line after a format (see Foundation/Format.h). Does not ask `OLGCanLog`.
+/// Logs a line after a format (see Foundation/Format.h). Does not ask `OLGCanLog`. Null texts are empty.
 template <class... Arguments>
-void OLGLogEx(const void* context, std::int32_t level, std::string_view channel,
-              std::string_view file, std::string_view function, std::int32_t line,
-              std::string_view format, const Arguments&... arguments) {
+void OLGLogEx(const void* context, std::int32_t level, NullableText channel, NullableText file,
+              NullableText function, std::int32_t line, NullableText format,
+              const Arguments&... arguments) {
   // One expression, because arguments may be looked at through temporaries.
   OLGLogMessage({context, level, channel, file, function, line,
                  formattedText(format, {FormatArgument(arguments)...})});
@@ -54,9 +55,9 @@ void OLGLogEx(const void* context, std::int32_t level, std::string_view channel,
 void OLGSetLevel(std::int32_t level) noexcept;
 
 /// The same for one channel, whatever the general level is; a negative level silences it. Any thread.
-void OLGSetChannelLevel(std::string_view channel, std::int32_t level);
+void OLGSetChannelLevel(NullableText channel, std::int32_t level);
 /// Lets the channel go by the general level again.
-void OLGResetChannelLevel(std::string_view channel);
+void OLGResetChannelLevel(NullableText channel);
 
 /// Lets the host take the lines over: from now on every line goes to `handler`, on the thread that
 /// logs it and possibly from several at once; nil gives them back to standard error. The handler is

@@ -143,7 +143,7 @@ const detail::PropertyRecord& Class::addOwnProperty(
   return properties_.add(std::move(property));
 }
 
-Class* objc_lookUpClass(std::string_view name) {
+Class* objc_lookUpClass(NullableText name) {
   (void)detail::foundationClasses();
   if (Class* cls = registry().find(name)) return cls;
   registerClassesOnTop();

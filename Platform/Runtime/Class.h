@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Foundation/NSString.h>
+#include <Foundation/NullableText.h>
 #include <Foundation/Value.h>
 #include <Memory/Block.h>
 #include <Memory/NSObject.h>
@@ -100,7 +101,7 @@ class Class final : public NSObject {
 
 /// The class of this name, or nil. The first search for a name that is not there yet registers the classes of
 /// the library on top, see Runtime/Registration.h.
-Class* objc_lookUpClass(std::string_view name);
+Class* objc_lookUpClass(NullableText name);
 
 /// The class of a value: of an object its own, of other values "NSString", "NSMutableArray", "NSNumber" …;
 /// nil for nil.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Memory/FunctionView.h>
 #include <Runtime/Class.h>
 #include <Runtime/TypedCall.h>
 
@@ -12,7 +13,8 @@ namespace zeb {
 /// anything typed that can be called: a member function, or a function or closure whose first parameter
 /// is the receiver. Values are converted to and from the types of parameters and result (see
 /// Runtime/ValueConversion.h); a call with a wrong number or kind of arguments throws NSException
-/// (NSInvalidArgumentException) that says so.
+/// (NSInvalidArgumentException) that says so. Nothing callable, such as a null function pointer, is refused
+/// where the body is registered.
 class MethodBody {
  public:
   MethodBody(IMP implementation, std::string types = {})
@@ -23,7 +25,7 @@ class MethodBody {
 
   template <detail::TypedCallable Callable>
   MethodBody(Callable callable)
-      : implementation_(detail::TypedMethod<Callable>(std::move(callable))),
+      : implementation_(orNil<detail::TypedMethod<Callable>>(std::move(callable))),
         types_(detail::TypedMethod<Callable>::typeEncoding()),
         argumentCount_(detail::TypedMethod<Callable>::argumentCount) {}
 
@@ -31,7 +33,7 @@ class MethodBody {
   template <detail::TypedCallable Callable>
   static MethodBody withoutReceiver(Callable callable) {
     using Function = detail::TypedFunction<Callable>;
-    MethodBody body(IMP(Function(std::move(callable))), Function::typeEncoding());
+    MethodBody body(orNil<Function>(std::move(callable)), Function::typeEncoding());
     body.argumentCount_ = Function::argumentCount;
     return body;
   }
@@ -44,6 +46,11 @@ class MethodBody {
   }
 
  private:
+  template <class Converted, class Callable>
+  static IMP orNil(Callable callable) {
+    return detail::isNilCallable(callable) ? IMP() : IMP(Converted(std::move(callable)));
+  }
+
   static constexpr std::size_t anyCount = ~std::size_t{0};
 
   IMP implementation_;

@@ -19,7 +19,8 @@ Value valueForKey(const Value& receiver, const StringKey& key);
 /// when there is no such setter, and NSInvalidArgumentException when the setter takes another kind.
 void setValueForKey(const Value& receiver, const Value& value, const StringKey& key);
 
-/// The same along a path of keys, "owner.name": nil where a value on the way is nil.
+/// The same along a path of keys, "owner.name": nil where a value on the way is nil. A nil path leads to the
+/// receiver itself, which can't be set.
 Value valueForKeyPath(const Value& receiver, const NSString& keyPath);
 void setValueForKeyPath(const Value& receiver, const Value& value, const NSString& keyPath);
 

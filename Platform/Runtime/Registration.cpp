@@ -11,12 +11,17 @@ namespace zeb {
 
 namespace {
 
+SEL selectorOf(const ClassMember& member) {
+  if (member.name.length() == 0) raiseInvalidArgument("a method or property needs a name");
+  return sel_registerName(member.name.utf8());
+}
+
 void addProperty(Class& cls, const ClassMember& member) {
   const std::string name = member.name.utf8();
   if (cls.findOwnProperty(member.name)) {
     raiseInvalidArgument(std::string(cls.name()) + " has the property " + name + " already");
   }
-  const SEL getter = sel_registerName(name);
+  const SEL getter = selectorOf(member);
   const SEL setter = member.setter ? sel_registerName(detail::setterName(name)) : SEL();
   class_replaceMethod(&cls, getter, member.body);
   if (setter) class_replaceMethod(&cls, setter, *member.setter);
@@ -66,10 +71,10 @@ void extendClass(Class* cls, std::initializer_list<ClassMember> members) {
   for (const ClassMember& member : members) {
     switch (member.kind) {
       case ClassMember::Kind::method:
-        class_replaceMethod(cls, sel_registerName(member.name.utf8()), member.body);
+        class_replaceMethod(cls, selectorOf(member), member.body);
         break;
       case ClassMember::Kind::classMethod:
-        class_replaceMethod(cls->classObject(), sel_registerName(member.name.utf8()), member.body);
+        class_replaceMethod(cls->classObject(), selectorOf(member), member.body);
         break;
       case ClassMember::Kind::property:
         addProperty(*cls, member);

@@ -42,7 +42,8 @@ enum class KeyValueNotification : std::uint8_t {
   manual,     ///< the class, around each change (`KeyValueChangeScope`)
 };
 
-/// One line of a class's table; made by the functions below.
+/// One line of a class's table; made by the functions below. Registering one without a name or without code
+/// throws NSException (NSInvalidArgumentException).
 struct ClassMember {
   enum class Kind : std::uint8_t { method, classMethod, property };
 

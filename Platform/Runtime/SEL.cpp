@@ -30,11 +30,11 @@ std::size_t hashOfName(std::string_view name) noexcept {
 
 }  // namespace
 
-SEL detail::findSelector(std::string_view name) noexcept {
+SEL detail::findSelector(NullableText name) noexcept {
   return SEL(names().find(name, hashOfName(name)));
 }
 
-SEL sel_registerName(std::string_view name) {
+SEL sel_registerName(NullableText name) {
   const std::size_t hash = hashOfName(name);
   if (const auto* known = names().find(name, hash)) return SEL(known);
   std::lock_guard guard(names().additions);

@@ -1,9 +1,10 @@
 #pragma once
 
+#include <Foundation/NullableText.h>
+
 #include <cstddef>
 #include <functional>
 #include <string>
-#include <string_view>
 
 namespace zeb {
 
@@ -39,11 +40,11 @@ class SEL {
 };
 
 /// The selector of this name, the same for equal names. UTF-8.
-SEL sel_registerName(std::string_view name);
+SEL sel_registerName(NullableText name);
 
 namespace detail {
 /// The selector of this name if there is one already, else nil.
-SEL findSelector(std::string_view name) noexcept;
+SEL findSelector(NullableText name) noexcept;
 }  // namespace detail
 
 inline const char* sel_getName(SEL selector) noexcept { return selector.name(); }

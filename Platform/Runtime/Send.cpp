@@ -17,17 +17,16 @@ namespace {
 
 /// The name of the receiver's class; of a C++ class that is not registered its own, which says more.
 std::string nameOfClass(const Value& receiver) {
+  if (receiver.isNil()) return "nil";
   if (NSObject* object = receiver.objectPointer(); object && !object->classObject()) {
     return object->className();
   }
   return object_getClass(receiver)->name();
 }
 
-std::string nameOfKind(const Value& value) { return value.isNil() ? "nil" : nameOfClass(value); }
-
 [[noreturn]] void raiseMismatch(const Value& receiver, SEL selector, const std::string& what,
                                 const Value& given, const std::type_info& wanted) {
-  raiseInvalidArgument(methodName(receiver, selector) + ": " + what + " is " + nameOfKind(given) +
+  raiseInvalidArgument(methodName(receiver, selector) + ": " + what + " is " + nameOfClass(given) +
                        ", wanted is " + typeName(wanted));
 }
 

@@ -61,6 +61,7 @@ TEST(NSBundle, FindsTheBundleOfAnExecutable) {
   EXPECT_EQ(deep->resourcePath(), NSString(scratch / "bin/deep.app/Contents/Resources"));
   EXPECT_TRUE(NSBundle::bundleWithPath(scratch / "none") == nullptr);
   EXPECT_TRUE(NSBundle::bundleWithPath(nullptr) == nullptr);
+  EXPECT_TRUE(NSBundle::bundleForExecutable(nullptr) == nullptr);
 }
 
 TEST(NSBundle, KeepsTheReasonWhyItsFileCannotBeRead) {

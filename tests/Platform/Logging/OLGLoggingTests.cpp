@@ -24,6 +24,10 @@ TEST(OLGLogging, LevelsAreAskedForAndHandlersGetTheWholeRecord) {
   EXPECT_FALSE(OLGCanLog(nullptr, OLGLevelNotice, "own"));
   OLGLogEx(nullptr, 7, "a channel", "a/file", "-[A b:]", 42, "%d %@, 100%% {}", 3, NSString("é"));
   EXPECT_EQ(recorder.take().at(0), "7|a channel|a/file|-[A b:]|3 é, 100% {}") << "doesn't ask";
+  const char* const none = nullptr;
+  EXPECT_TRUE(OLGCanLog(none, OLGLevelError, none));
+  OLGLogEx(none, 7, none, none, none, 0, none);
+  EXPECT_EQ(recorder.take().at(0), "7||||") << "null texts are empty";
   OLGSetHandler([&](const OLGRecord& record) {
     EXPECT_TRUE(record.context == &recorder && record.line == 42);
   });

@@ -1,5 +1,6 @@
 #include <Foundation/NSError.h>
 #include <Foundation/NSNumber.h>
+#include <Runtime/NSAssertionHandler.h>
 #include <Runtime/Send.h>
 
 #include <thread>
@@ -43,7 +44,9 @@ TEST(Send, SelectorsAreInternedAcrossThreads) {
   for (const auto& mine : seen) EXPECT_EQ(mine, seen[0]);
   EXPECT_EQ(seen[0][7].argumentCount(), 1u);
   EXPECT_STREQ("setTitle:"_sel.name(), "setTitle:");
-  EXPECT_FALSE(SEL() || SEL() == ""_sel);
+  const char* const noName = nullptr;
+  EXPECT_FALSE(SEL() || SEL() == ""_sel || objc_lookUpClass(noName));
+  EXPECT_EQ(sel_registerName(noName), ""_sel);
 }
 
 TEST(Send, ConvertsArgumentsAndResults) {
@@ -98,8 +101,20 @@ TEST(Send, ReportsWhatDoesNotFit) {
       {[&] { class_addMethod(Track::runtimeClass(), "a:b:"_sel, &Track::title); },
        "the implementation for a:b: takes another number of arguments"},
       {[&] { registerClass("Track"); }, "there is a class Track already"},
+      {[&] { extendClass(Track::runtimeClass(), {method(NSString(), &Track::title)}); },
+       "a method or property needs a name"},
+      {[&] {
+         extendClass(Track::runtimeClass(), {method("a", static_cast<int (Track::*)()>(nullptr))});
+       },
+       "no implementation for a"},
+      {[&] {
+         extendClass(Track::runtimeClass(), {classMethod("a", static_cast<int (*)()>(nullptr))});
+       },
+       "no implementation for a"},
   };
   for (const auto& one : cases) EXPECT_EQ(reason(one.call), one.reason);
+  EXPECT_EQ(raisedName([] { handleFailureInMethod(SEL(), Value(), "file", 1, nullptr); }),
+            "NSInternalInconsistencyException");
 }
 
 TEST(SendDeathTest, UnknownSelectorsStopTheProcess) {

@@ -40,6 +40,7 @@ TEST(FrameworkLoading, OpensAFrameworkByAnyOfItsNames) {
       EXPECT_STREQ(*text, symbol);
     }
     EXPECT_EQ(symbolInSharedObject(handle, "UIApplicationMain"), nullptr);
+    EXPECT_EQ(symbolInSharedObject(handle, nullptr), nullptr);
     EXPECT_TRUE(ZEBUnloadFramework(handle, &error));
     EXPECT_EQ(error.domain(), "untouched"_ns);
   }
