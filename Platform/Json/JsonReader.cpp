@@ -7,7 +7,6 @@
 #include <Json/JsonNumberPrivate.h>
 #include <Json/JsonReader.h>
 #include <Json/KeyTable.h>
-#include <Linux/Thread.h>
 
 #include <algorithm>
 #include <array>
@@ -104,10 +103,7 @@ class ScratchLease {
   /// Frees what the thread has kept when it ends.
   struct Keeper {
     bool armed = false;
-    ~Keeper() {
-      delete std::exchange(kept, nullptr);
-      if (isMainThread()) JsonStructure::processIsExiting();
-    }
+    ~Keeper() { delete std::exchange(kept, nullptr); }
   };
   static thread_local Scratch* kept;
   static thread_local Keeper keeper;

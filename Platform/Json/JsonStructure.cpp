@@ -2,8 +2,6 @@
 #include <Json/JsonStructure.h>
 #include <Json/SimdjsonPrivate.h>
 
-#include <atomic>
-
 namespace zeb::detail {
 
 namespace {
@@ -16,13 +14,7 @@ bool isOperator(char character) noexcept {
   return std::string_view("{}[]:,").find(character) != std::string_view::npos;
 }
 
-std::atomic<bool> isExiting{false};
-
 }  // namespace
-
-void JsonStructure::processIsExiting() noexcept {
-  isExiting.store(true, std::memory_order_relaxed);
-}
 
 class JsonStructure::Engine : public simdjson_access::FirstStage {};
 
@@ -31,7 +23,7 @@ JsonStructure::~JsonStructure() { delete engine_; }
 
 JsonFault JsonStructure::scan(std::string_view utf8) {
   if (utf8.size() > UINT32_MAX - 64) return {"The text is larger than 4 GiB", 0};
-  if (!isExiting.load(std::memory_order_relaxed) && engine_->run(utf8.data(), utf8.size())) {
+  if (engine_->run(utf8.data(), utf8.size())) {
     indexes_ = {engine_->indexes(), engine_->count()};
     return {};
   }

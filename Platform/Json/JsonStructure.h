@@ -31,9 +31,6 @@ class JsonStructure {
   /// The places in rising order, as offsets. Followed by one more number, which is the text's length.
   std::span<const std::uint32_t> indexes() const noexcept { return indexes_; }
 
-  /// From now on the plain way is taken: the fast one needs what the process is taking down.
-  static void processIsExiting() noexcept;
-
   /// Bytes kept for the next text.
   std::size_t footprint() const noexcept;
 

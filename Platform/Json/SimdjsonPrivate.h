@@ -25,31 +25,74 @@ inline constexpr bool isKnownVersion =
   return simdjson::builtin::numberparsing::compute_float_64(exponent, mantissa, negative, result);
 }
 
+/// An object of this kind when the processor can run its code, else null.
+template <class Implementation>
+const simdjson::implementation* makeIfSupported() {
+  const auto* implementation = new Implementation;
+  if (implementation->supported_by_runtime_system()) return implementation;
+  delete implementation;
+  return nullptr;
+}
+
+/// The fastest kind of implementation that the processor can run; null when there is none. The object is
+/// our own and never destroyed: simdjson's own objects are destroyed while the process exits, and at that
+/// time destructors of static objects and other threads may still parse.
+inline const simdjson::implementation* fastestImplementation() {
+  static const simdjson::implementation* const fastest = [] {
+    const simdjson::implementation* found = nullptr;
+#ifdef SIMDJSON_ICELAKE_IMPLEMENTATION_H
+    if (!found) found = makeIfSupported<simdjson::icelake::implementation>();
+#endif
+#ifdef SIMDJSON_HASWELL_IMPLEMENTATION_H
+    if (!found) found = makeIfSupported<simdjson::haswell::implementation>();
+#endif
+#ifdef SIMDJSON_WESTMERE_IMPLEMENTATION_H
+    if (!found) found = makeIfSupported<simdjson::westmere::implementation>();
+#endif
+#ifdef SIMDJSON_ARM64_IMPLEMENTATION_H
+    if (!found) found = makeIfSupported<simdjson::arm64::implementation>();
+#endif
+#ifdef SIMDJSON_PPC64_IMPLEMENTATION_H
+    if (!found) found = makeIfSupported<simdjson::ppc64::implementation>();
+#endif
+#ifdef SIMDJSON_FALLBACK_IMPLEMENTATION_H
+    if (!found) found = makeIfSupported<simdjson::fallback::implementation>();
+#endif
+    return found;
+  }();
+  return fastest;
+}
+
 /// The first stage. Keeps its index memory from text to text.
 class FirstStage {
  public:
   /// Whether `indexes()` describes the text, which is well-formed as far as this stage checks.
   bool run(const char* text, std::size_t length) {
-    if (!isKnownVersion) return false;
-    constexpr std::size_t smallestCapacity = 4096;
-    if (!parser_ || parser_->capacity() < length) {
-      parser_ = std::make_unique<simdjson::dom::parser>();
-      if (parser_->allocate(std::max(length, smallestCapacity), 1)) return false;
-    }
-    return parser_->implementation->stage1(reinterpret_cast<const std::uint8_t*>(text), length,
-                                           simdjson::stage1_mode::regular) == simdjson::SUCCESS;
+    if (!isKnownVersion || !reserve(length)) return false;
+    return parser_->stage1(reinterpret_cast<const std::uint8_t*>(text), length,
+                           simdjson::stage1_mode::regular) == simdjson::SUCCESS;
   }
 
-  const std::uint32_t* indexes() const noexcept {
-    return parser_->implementation->structural_indexes.get();
-  }
-  std::size_t count() const noexcept { return parser_->implementation->n_structural_indexes; }
+  const std::uint32_t* indexes() const noexcept { return parser_->structural_indexes.get(); }
+  std::size_t count() const noexcept { return parser_->n_structural_indexes; }
   std::size_t footprint() const noexcept {
     return parser_ ? parser_->capacity() * sizeof(std::uint32_t) : 0;
   }
 
  private:
-  std::unique_ptr<simdjson::dom::parser> parser_;
+  bool reserve(std::size_t length) {
+    constexpr std::size_t smallestCapacity = 4096;
+    constexpr std::size_t depth = 1;  // the first stage does not use it
+    const std::size_t capacity = std::max(length, smallestCapacity);
+    if (parser_) {
+      return parser_->capacity() >= length || parser_->set_capacity(capacity) == simdjson::SUCCESS;
+    }
+    const simdjson::implementation* implementation = fastestImplementation();
+    return implementation && implementation->create_dom_parser_implementation(
+                                 capacity, depth, parser_) == simdjson::SUCCESS;
+  }
+
+  std::unique_ptr<simdjson::internal::dom_parser_implementation> parser_;
 };
 
 }  // namespace zeb::detail::simdjson_access

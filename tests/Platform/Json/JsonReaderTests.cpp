@@ -2,6 +2,7 @@
 #include <Foundation/NSNumber.h>
 #include <Json/NSJSONSerialization.h>
 
+#include <cstdlib>
 #include <thread>
 
 #include "../Support.h"
@@ -220,6 +221,25 @@ TEST(JsonReader, ThreadsReadAndShareDocuments) {
   std::thread others[] = {std::thread(work, read(sample)), std::thread(work, shared)};
   work(shared);
   for (std::thread& thread : others) thread.join();
+}
+
+TEST(JsonReaderDeathTest, ReadsWhileTheProcessExits) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process in which nothing has been read yet
+  const auto readHereAndOnANewThread = [] {
+    const auto readOrFail = [] {
+      if (read(sample).isNil()) std::_Exit(1);
+    };
+    readOrFail();
+    std::thread(readOrFail).join();
+  };
+  const auto exitFromAThreadThatHasRead = [&] {
+    std::atexit(readHereAndOnANewThread);
+    std::thread([] {
+      read(sample);
+      std::exit(0);
+    }).join();
+  };
+  EXPECT_EXIT(exitFromAThreadThatHasRead(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace zeb::test
