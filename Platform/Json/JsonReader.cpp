@@ -6,53 +6,19 @@
 #include <Json/ByteBlock.h>
 #include <Json/JsonNumberPrivate.h>
 #include <Json/JsonReader.h>
-#include <Json/KeyTable.h>
+#include <Json/JsonScratchPrivate.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <span>
-#include <utility>
 
 namespace zeb::detail {
 
 namespace {
 
-/// A value under construction: its two words, whose references into the arena are not counted.
-struct Words {
-  std::uint64_t head;
-  std::uint64_t payload;
-};
 static_assert(sizeof(Words) == sizeof(Value) && 2 * sizeof(Words) == sizeof(DictionaryEntry));
-
-/// Room for the values whose collection is not closed yet.
-class WordStack {
- public:
-  /// Where the stack begins, with room for `words` and one block of copying too many.
-  Words* reserve(std::size_t words) {
-    words += wordsAtOnce;
-    if (words > capacity_) {
-      memory_.reset();
-      memory_.reset(static_cast<Words*>(std::malloc(words * sizeof(Words))));
-      capacity_ = memory_ ? words : 0;
-      if (!memory_) throw std::bad_alloc();
-    }
-    return memory_.get();
-  }
-  std::size_t footprint() const noexcept { return capacity_ * sizeof(Words); }
-
-  static constexpr std::size_t wordsAtOnce = 4;
-
- private:
-  struct Free {
-    void operator()(Words* words) const noexcept { std::free(words); }
-  };
-  std::unique_ptr<Words, Free> memory_;
-  std::size_t capacity_ = 0;
-};
 
 /// Copies a few words without a call, in whole blocks: both sides have room for that.
 void copyWords(void* target, const Words* source, std::size_t count) noexcept {
@@ -70,49 +36,8 @@ void copyWords(void* target, const Words* source, std::size_t count) noexcept {
   }
 }
 
-/// Working memory that is kept from document to document, one set a thread.
-struct Scratch {
-  JsonStructure structure;
-  WordStack stack;
-  KeyTable keys;
-};
-
-constexpr std::size_t mostKeptScratch = std::size_t{32} << 20;
-
 /// A tree up to this size may waste half of it.
 constexpr std::size_t smallTree = 8192;
-
-class ScratchLease {
- public:
-  ScratchLease() : scratch_(kept ? std::exchange(kept, nullptr) : new Scratch) {}
-  ScratchLease(const ScratchLease&) = delete;
-  ScratchLease& operator=(const ScratchLease&) = delete;
-  ~ScratchLease() {
-    const bool tooLarge =
-        scratch_->structure.footprint() + scratch_->stack.footprint() > mostKeptScratch;
-    if (tooLarge) {
-      delete scratch_;
-    } else {
-      keeper.armed = true;
-      kept = scratch_;
-    }
-  }
-  Scratch& operator*() const noexcept { return *scratch_; }
-
- private:
-  /// Frees what the thread has kept when it ends.
-  struct Keeper {
-    bool armed = false;
-    ~Keeper() { delete std::exchange(kept, nullptr); }
-  };
-  static thread_local Scratch* kept;
-  static thread_local Keeper keeper;
-
-  Scratch* scratch_;
-};
-
-thread_local Scratch* ScratchLease::kept = nullptr;
-thread_local ScratchLease::Keeper ScratchLease::keeper;
 
 constexpr std::array<bool, 256> tokenEnds = [] {
   std::array<bool, 256> ends{};
@@ -148,7 +73,7 @@ constexpr int hexValue(char digit) noexcept {
 
 class TreeReader {
  public:
-  TreeReader(std::string_view text, Scratch& scratch)
+  TreeReader(std::string_view text, JsonScratch& scratch)
       : text_(text),
         limit_(text.data() + text.size()),
         scratch_(scratch),
@@ -563,7 +488,7 @@ class TreeReader {
 
   std::string_view text_;
   const char* limit_;
-  Scratch& scratch_;
+  JsonScratch& scratch_;
   Arena* arena_;
   JsonFault fault_;
   std::uint32_t place_ = 0;  ///< of the value that is being read
@@ -572,7 +497,7 @@ class TreeReader {
 }  // namespace
 
 JsonReading readJson(std::string_view utf8, bool permitFragments) {
-  const ScratchLease lease;
+  const JsonScratchLease lease;
   const JsonFault fault = (*lease).structure.scan(utf8);
   if (fault.message) return {Value(), fault};
   return TreeReader(utf8, *lease).read(permitFragments);

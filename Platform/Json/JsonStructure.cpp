@@ -69,8 +69,18 @@ JsonFault JsonStructure::scanPlainly(std::string_view utf8) {
   return {};
 }
 
-std::size_t JsonStructure::footprint() const noexcept {
-  return engine_->footprint() + own_.capacity() * sizeof(std::uint32_t);
+std::size_t JsonStructure::reservedBytes() const noexcept {
+  return engine_->reservedBytes() + own_.capacity() * sizeof(std::uint32_t);
+}
+
+std::size_t JsonStructure::usedBytes() const noexcept {
+  return engine_->usedBytes() + own_.capacity() * sizeof(std::uint32_t);
+}
+
+void JsonStructure::discardBehind(std::size_t bytes) noexcept {
+  std::vector<std::uint32_t>().swap(own_);
+  engine_->discardBehind(bytes);
+  indexes_ = {};
 }
 
 }  // namespace zeb::detail

@@ -31,8 +31,11 @@ class JsonStructure {
   /// The places in rising order, as offsets. Followed by one more number, which is the text's length.
   std::span<const std::uint32_t> indexes() const noexcept { return indexes_; }
 
-  /// Bytes kept for the next text.
-  std::size_t footprint() const noexcept;
+  std::size_t reservedBytes() const noexcept;
+  /// Bytes that have been written, and so take memory.
+  std::size_t usedBytes() const noexcept;
+  /// Gives the system the memory back that lies behind the first `bytes`. The places are lost.
+  void discardBehind(std::size_t bytes) noexcept;
 
  private:
   class Engine;

@@ -27,12 +27,17 @@ class KeyTable {
   /// Forgets all keys.
   void startDocument() {
     used_ = 0;
-    if (entries_.size() > mostKeptEntries) entries_ = {};
     if (entries_.empty()) entries_.resize(fewestEntries);
     if (++round_ == 0) {
       std::fill(entries_.begin(), entries_.end(), Entry{});
       round_ = 1;
     }
+  }
+
+  std::size_t reservedBytes() const noexcept { return entries_.capacity() * sizeof(Entry); }
+  /// Gives its memory back, and with it all keys, unless it is small enough.
+  void discardIfLargerThan(std::size_t bytes) noexcept {
+    if (reservedBytes() > bytes) std::vector<Entry>().swap(entries_);
   }
 
   /// The entry of this key, or a free one for it (whose `string` is null), or null when the table
@@ -59,7 +64,6 @@ class KeyTable {
 
  private:
   static constexpr std::size_t fewestEntries = 256;
-  static constexpr std::size_t mostKeptEntries = 16384;
   static constexpr int longestProbe = 32;
 
   void grow() {

@@ -30,7 +30,9 @@ enum NSJSONWritingOptions : std::uint64_t {
   NSJSONWritingWithoutEscapingSlashes = 8,
 };
 
-/// The platform's JSON (RFC 8259) reader and writer. No state; any thread.
+/// The platform's JSON (RFC 8259) reader and writer. Any thread, also while the process exits. No state but
+/// working memory: a thread that has read keeps up to 1 MiB of it until it ends, and for large documents all
+/// threads together keep at most 32 MiB more.
 class NSJSONSerialization {
  public:
   /// Reads one document. Nil and an error (NSCocoaErrorDomain, NSPropertyListReadCorruptError) when

@@ -4,6 +4,8 @@
 // text's structure, and its conversion of decimal numbers. With a version whose insides are not known,
 // both report that they can't, and their callers go by plain code.
 
+#include <Linux/MemoryPages.h>
+
 #include <simdjson.h>
 
 #include <algorithm>
@@ -69,30 +71,44 @@ class FirstStage {
   /// Whether `indexes()` describes the text, which is well-formed as far as this stage checks.
   bool run(const char* text, std::size_t length) {
     if (!isKnownVersion || !reserve(length)) return false;
-    return parser_->stage1(reinterpret_cast<const std::uint8_t*>(text), length,
-                           simdjson::stage1_mode::regular) == simdjson::SUCCESS;
+    const bool isSound = parser_->stage1(reinterpret_cast<const std::uint8_t*>(text), length,
+                                         simdjson::stage1_mode::regular) == simdjson::SUCCESS;
+    // A text at fault leaves no count behind, but never writes more than one place a byte.
+    usedCount_ = std::max(usedCount_, isSound ? count() : length);
+    return isSound;
   }
 
   const std::uint32_t* indexes() const noexcept { return parser_->structural_indexes.get(); }
   std::size_t count() const noexcept { return parser_->n_structural_indexes; }
-  std::size_t footprint() const noexcept {
+
+  std::size_t reservedBytes() const noexcept {
     return parser_ ? parser_->capacity() * sizeof(std::uint32_t) : 0;
+  }
+  /// Bytes that have been written, and so take memory.
+  std::size_t usedBytes() const noexcept { return usedCount_ * sizeof(std::uint32_t); }
+  /// Gives the system the memory back that lies behind the first `bytes`.
+  void discardBehind(std::size_t bytes) noexcept {
+    if (usedBytes() <= bytes) return;
+    discardPages(reinterpret_cast<char*>(parser_->structural_indexes.get()) + bytes,
+                 reservedBytes() - bytes);
+    usedCount_ = bytes / sizeof(std::uint32_t);
   }
 
  private:
   bool reserve(std::size_t length) {
     constexpr std::size_t smallestCapacity = 4096;
     constexpr std::size_t depth = 1;  // the first stage does not use it
+    if (parser_ && parser_->capacity() >= length) return true;
     const std::size_t capacity = std::max(length, smallestCapacity);
-    if (parser_) {
-      return parser_->capacity() >= length || parser_->set_capacity(capacity) == simdjson::SUCCESS;
-    }
+    usedCount_ = 0;
+    if (parser_) return parser_->set_capacity(capacity) == simdjson::SUCCESS;
     const simdjson::implementation* implementation = fastestImplementation();
     return implementation && implementation->create_dom_parser_implementation(
                                  capacity, depth, parser_) == simdjson::SUCCESS;
   }
 
   std::unique_ptr<simdjson::internal::dom_parser_implementation> parser_;
+  std::size_t usedCount_ = 0;
 };
 
 }  // namespace zeb::detail::simdjson_access

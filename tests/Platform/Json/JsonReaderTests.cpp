@@ -2,8 +2,13 @@
 #include <Foundation/NSNumber.h>
 #include <Json/NSJSONSerialization.h>
 
+#include <unistd.h>
+
 #include <cstdlib>
+#include <fstream>
+#include <latch>
 #include <thread>
+#include <vector>
 
 #include "../Support.h"
 
@@ -221,6 +226,34 @@ TEST(JsonReader, ThreadsReadAndShareDocuments) {
   std::thread others[] = {std::thread(work, read(sample)), std::thread(work, shared)};
   work(shared);
   for (std::thread& thread : others) thread.join();
+}
+
+TEST(JsonReader, IdleThreadsKeepLittleWorkingMemory) {
+  constexpr std::size_t threads = 24;
+  // Whose tree is nothing, but whose places take four bytes each while it is read.
+  const std::string text = "[" + std::string(std::size_t{5} << 18, ',');
+  const auto residentBytes = [] {
+    std::size_t program = 0, resident = 0;
+    std::ifstream("/proc/self/statm") >> program >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  };
+  const std::size_t before = residentBytes();
+  std::latch haveRead(threads), measured(1);
+  std::vector<std::thread> readers;
+  for (std::size_t i = 0; i < threads; ++i) {
+    readers.emplace_back([&] {
+      EXPECT_TRUE(read(text).isNil());
+      haveRead.count_down();
+      measured.wait();
+    });
+  }
+  haveRead.wait();
+  const std::size_t growth = residentBytes() - before;
+  measured.count_down();
+  for (std::thread& reader : readers) reader.join();
+  constexpr std::size_t shared = std::size_t{32} << 20;
+  constexpr std::size_t each = std::size_t{1} << 20;
+  EXPECT_LT(growth, shared + threads * each);
 }
 
 TEST(JsonReaderDeathTest, ReadsWhileTheProcessExits) {
