@@ -49,4 +49,4 @@ zeb_outside_library(crypto   PKGCONFIG libcrypto        PACKAGE OpenSSL   TARGET
 zeb_outside_library(sqlite3  PKGCONFIG sqlite3          PACKAGE SQLite3   TARGETS SQLite::SQLite3)
 zeb_outside_library(zlib     PKGCONFIG zlib             PACKAGE ZLIB      TARGETS ZLIB::ZLIB)
 zeb_outside_library(nettle   PKGCONFIG nettle)
-zeb_outside_library(plist    PKGCONFIG libplist-2.0)
+zeb_outside_library(expat    PKGCONFIG expat            PACKAGE EXPAT     TARGETS EXPAT::EXPAT)

@@ -30,7 +30,7 @@ HEADER_HOMES = [
     (r"spdlog/.*", [r"Platform/Logging/.*"]),
     (r"unicode/.*", [r"Platform/Text/.*"]),
     (r"(openssl|nettle|libsecret)/.*|sqlite3\.h", [r"Platform/Security/.*"]),
-    (r"plist/.*", [r"Platform/Bundle/.*"]),
+    (r"expat\.h", [r"Platform/Bundle/.*"]),
     (r"zlib\.h", [r"ZEBUtilities/ZEBUtilities/NSData\+ZlibAdditions\.cpp"]),
 ]
 SYSTEM_HOME = [r"Platform/Linux/.*"]

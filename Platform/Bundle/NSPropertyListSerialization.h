@@ -40,8 +40,13 @@ class NSPropertyListSerialization {
   ///
   /// Strings, data, booleans, dates, arrays and dictionaries become what they are; integers signed
   /// 64-bit numbers or, above these, unsigned ones; reals doubles; an archive's UID the dictionary
-  /// {"CF$UID": number}. Of equal keys the last one's value wins. Dates beyond the years 1933 to 2069 are
-  /// read to the second. XML is UTF-8; a number in it that is none reads as 0.
+  /// {"CF$UID": number}. Of equal keys the last one's value wins.
+  ///
+  /// XML must be well-formed, in UTF-8, UTF-16, ISO 8859-1 or ASCII as it declares, with one value in
+  /// <plist> or by itself. A document type may be named but must not declare anything, so that there are no
+  /// entities but XML's own. Integers are decimal, or hexadecimal behind "0x"; dates have the form
+  /// 2001-01-02T03:04:05Z. Integers beyond 64 bits and reals beyond every double are errors. The time taken
+  /// is proportional to what the document may come to within the limits.
   static Value propertyListWithData(const NSData& data, std::uint64_t options = 0,
                                     NSPropertyListFormat* format = nullptr,
                                     NSError* error = nullptr);

@@ -62,11 +62,14 @@ TEST(PropertyList, ReadsEveryKindInBothForms) {
         <key>text</key><string>a &amp; <![CDATA[<b>]]> ☕</string>
         <key>least</key><integer>-9223372036854775808</integer>
         <key>most</key><integer>18446744073709551615</integer>
-        <key>real</key><real>0.5</real>
+        <key>hex</key><integer> -0x1f </integer>
+        <key>real</key><real>+0.5</real>
+        <key>tiny</key><real>-1e-400</real>
         <key>yes</key><true/>
         <key>date</key><date>2001-01-02T00:00:00Z</date>
         <key>late</key><date>4001-01-01T00:00:00Z</date>
-        <key>data</key><data>aGk=</data>
+        <key>data</key><data> aG
+            k= </data>
         <!-- </dict> -->
         <key>list</key><array><dict/><array /></array>
         <key>text</key><string>again</string>
@@ -74,12 +77,17 @@ TEST(PropertyList, ReadsEveryKindInBothForms) {
   EXPECT_EQ(info["text"], Value("again"));
   EXPECT_EQ(info["least"], Value(INT64_MIN));
   EXPECT_EQ(info["most"], Value(UINT64_MAX));
+  EXPECT_EQ(info["hex"], Value(-31));
   EXPECT_EQ(info["real"], Value(0.5));
+  EXPECT_TRUE(info["tiny"].isIdenticalTo(Value(-0.0)));
   EXPECT_TRUE(info["yes"].isBoolean() && info["yes"].boolValue());
   EXPECT_EQ(NSDate(info["date"]).timeIntervalSinceReferenceDate(), 86400);
   EXPECT_EQ(NSDate(info["late"]).timeIntervalSince1970(), 64092211200);
   EXPECT_EQ(NSData(info["data"]).view(), "hi");
   EXPECT_EQ(info["list"], (NSArray{NSDictionary::dictionary(), NSArray::array()}));
+  EXPECT_EQ(read("<?xml version='1.0' encoding='ISO-8859-1'?><string>\xE9</string>"), Value("é"));
+  const std::string entities = repeated("&lt;", 500'000);
+  EXPECT_EQ(NSString(read(xml("<string>" + entities + "</string>"))).length(), 500'000u);
 
   NSPropertyListFormat format{};
   const std::string document = binary(
@@ -124,15 +132,33 @@ TEST(PropertyList, SaysWhyADocumentIsRefused) {
   } cases[] = {
       {"", "malformed"},
       {"nonsense", "malformed"},
-      {xml("<array>"), "malformed"},
-      {xml("<string>a&bogus;</string>"), "malformed"},
+      {xml("<array>"), "malformed XML: mismatched tag in line 3"},
+      {xml("<true/>").substr(0, xml("<true/>").size() - 8), "malformed"},
+      {xml("<true/>") + "<true/>", "malformed"},
+      {xml("<string>a&bogus;</string>"), "unknown entity"},
+      {xml(""), "no value"},
+      {xml("<true/><true/>"), "more than one value"},
+      {xml("<true>1</true>"), "boolean"},
+      {xml("<array>1</array>"), "text between"},
+      {xml("<array><key>a</key></array>"), "key outside"},
+      {xml("<dict><key>a</key></dict>"), "key without a value"},
+      {xml("<dict><key>a</key><key>b</key></dict>"), "key without a value"},
+      {xml("<dict><true/></dict>"), "value without a key"},
+      {xml("<string><true/></string>"), "where a text"},
+      {xml("<plist><true/></plist>"), "unknown name"},
+      {xml("<integer>1x</integer>"), "integer that is none"},
+      {xml("<integer/>"), "integer that is none"},
+      {xml("<integer>-9223372036854775809</integer>"), "beyond 64 bits"},
+      {xml("<real>1,5</real>"), "real number that is none"},
+      {xml("<real>-1e400</real>"), "out of range"},
+      {xml("<date>2001-02-29T00:00:00Z</date>"), "date that is none"},
+      {xml("<date>2001-01-01T24:00:00Z</date>"), "date that is none"},
+      {xml("<date>2001-01-01</date>"), "date that is none"},
+      {xml("<data>aGk</data>"), "no base64"},
       {xml(repeated("<array>", 513) + repeated("</array>", 513)), "512 levels"},
       {xml(repeated("<array>", 1'000'000)), "512 levels"},
-      {xml(repeated("<dict a='<![CDATA[</dict>'>", 1000)), "a tag is malformed"},
-      {xml(repeated("<dict><!--</dict></dict>-->", 1000)), "512 levels"},
-      {xml("<!DOCTYPE a [<!ENTITY b 'c'>]>"), "a tag is malformed"},
-      {xml("<!-- "), "has no end"},
-      {xml("<array>" + repeated("<true/>", 1'000'001) + "</array>"), "too many elements"},
+      {"<!DOCTYPE plist [<!ENTITY a 'b'>]><plist><string>&a;</string></plist>", "declarations"},
+      {xml("<array>" + repeated("<true/>", 1'000'001) + "</array>"), "too many objects"},
       {std::string((16u << 20) + 1, ' '), "16 MiB"},
       {"bplist00", "cut short"},
       {binary({"\xA1\x01"}), "damaged"},
@@ -141,8 +167,9 @@ TEST(PropertyList, SaysWhyADocumentIsRefused) {
       {binary({"\xA1\x01", "\xA1\x01", "\x5F\x11\x0F\xA0" + std::string(4000, 'x')}),
        "nested more than 512 levels deep, or in a circle"},
       {binary({"\xD1\x01\x01", "\x10\x01"}), "key that is no string"},
-      {binary({"\xD1\x01\x01", "\x62\0a\0\0"s}), "key with a zero"},
-      {xml("<dict><key>a\0b</key><true/></dict>"s), "zero byte"},
+      {binary({"\x51\xFF"}), "neither ASCII nor UTF-8"},
+      {binary({"\x33\x7F\xF0\0\0\0\0\0\0"s}), "date that is none"},
+      {binary({"\x14\0\0\0\0\0\0\0\1\0\0\0\0\0\0\0\0"s}), "beyond 64 bits"},
       {binary({"\x5F\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"}), "damaged"},
       {binary(bomb), "too many objects"},
       {binary(textBomb), "too much text"},
