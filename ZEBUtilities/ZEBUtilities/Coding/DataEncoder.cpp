@@ -75,14 +75,14 @@ class DataEncoder::FieldGuard {
       : encoder_(encoder),
         textSize_(encoder.text_.size()),
         fieldCount_(encoder.fields_.size()),
-        firstField_(encoder.firstField_) {}
+        innermostObject_(encoder.innermostObject_) {}
   FieldGuard(const FieldGuard&) = delete;
   FieldGuard& operator=(const FieldGuard&) = delete;
   ~FieldGuard() {
     if (isWritten_) return;
     encoder_.text_.output().truncate(textSize_);
     encoder_.fields_.resize(fieldCount_);
-    encoder_.firstField_ = firstField_;
+    encoder_.innermostObject_ = innermostObject_;
   }
 
   void fieldIsWritten() noexcept { isWritten_ = true; }
@@ -91,7 +91,7 @@ class DataEncoder::FieldGuard {
   DataEncoder& encoder_;
   const std::size_t textSize_;
   const std::size_t fieldCount_;
-  const std::size_t firstField_;
+  OpenObject* const innermostObject_;
   bool isWritten_ = false;
 };
 
@@ -99,11 +99,12 @@ template <class WriteValue>
 void DataEncoder::writeField(const StringKey& key, const WriteValue& writeValue) {
   FieldGuard guard(*this);
   text_.put(',');
-  Field field{key.hash(), text_.size(), 0, 0};
+  Field field{key.hash(), 0, text_.size(), 0, 0};
   writeKey(key);
   field.valueStart = text_.size();
+  field.keyLength = static_cast<std::uint32_t>(field.valueStart - field.keyStart);
   writeValue();
-  field.end = text_.size();
+  field.valueEnd = text_.size();
   guard.fieldIsWritten();
   finishField(field);
 }
@@ -120,34 +121,59 @@ void DataEncoder::writeKey(const StringKey& key) {
 }
 
 void DataEncoder::finishField(const Field& field) {
-  for (std::size_t index = firstField_; index < fields_.size(); ++index) {
-    const Field& earlier = fields_[index];
-    if (earlier.keyHash != field.keyHash) continue;
-    const std::string_view text = text_.output().written();
-    const auto keyOf = [&](const Field& one) {
-      return text.substr(one.keyStart, one.valueStart - one.keyStart);
-    };
-    if (keyOf(earlier) == keyOf(field)) return replaceField(index, field);
+  // So few are searched faster one by one.
+  constexpr std::size_t maxSearchedFields = 32;
+  const std::size_t firstField = innermostObject_->firstField;
+  const std::size_t count = fields_.size();
+  if (count - firstField > maxSearchedFields) return finishFieldOfLargeObject(field);
+  for (std::size_t index = firstField; index < count; ++index) {
+    Field& earlier = fields_[index];
+    if (earlier.keyHash == field.keyHash && keyText(earlier) == keyText(field)) {
+      return replaceValue(earlier, field);
+    }
   }
   fields_.push_back(field);
 }
 
-/// Moves the later value to the earlier one's place, where dictionaries keep it.
-void DataEncoder::replaceField(std::size_t earlier, const Field& later) {
-  const std::string_view text = text_.output().written();
-  const Field old = fields_[earlier];
-  const std::string value(text.substr(later.valueStart, later.end - later.valueStart));
-  const std::string between(text.substr(old.end, later.keyStart - 1 - old.end));
-  text_.output().truncate(old.valueStart);
-  text_.put(value);
-  text_.put(between);
-  fields_[earlier].end = old.valueStart + value.size();
-  for (std::size_t index = earlier + 1; index < fields_.size(); ++index) {
-    for (std::size_t* place :
-         {&fields_[index].keyStart, &fields_[index].valueStart, &fields_[index].end}) {
-      *place = *place - old.end + fields_[earlier].end;
+[[gnu::noinline]] void DataEncoder::finishFieldOfLargeObject(const Field& field) {
+  OpenObject& object = *innermostObject_;
+  if (object.indexes.isNil()) {
+    object.indexes = NSMutableDictionary();
+    for (std::size_t index = object.firstField; index < fields_.size(); ++index) {
+      object.indexes.setObject(index, NSString(keyText(fields_[index])));
     }
   }
+  if (const Value* index = object.indexes.find(StringKey(keyText(field)))) {
+    return replaceValue(fields_[static_cast<std::size_t>(index->longLongValue())], field);
+  }
+  object.indexes.setObject(fields_.size(), NSString(keyText(field)));
+  fields_.push_back(field);
+}
+
+void DataEncoder::replaceValue(Field& earlier, const Field& later) noexcept {
+  earlier.valueStart = later.valueStart;
+  earlier.valueEnd = later.valueEnd;
+  innermostObject_->hasReplacedValues = true;
+}
+
+std::string_view DataEncoder::keyText(const Field& field) noexcept {
+  return text_.output().written().substr(field.keyStart, field.keyLength);
+}
+
+/// Writes the innermost object's fields anew, each key with its latest value where dictionaries keep it: at
+/// the key's first place.
+void DataEncoder::removeReplacedValues() {
+  const std::size_t firstField = innermostObject_->firstField;
+  const std::string_view text = text_.output().written();
+  std::string fields;
+  for (std::size_t index = firstField; index < fields_.size(); ++index) {
+    const Field& field = fields_[index];
+    fields += ',';
+    fields += keyText(field);
+    fields += text.substr(field.valueStart, field.valueEnd - field.valueStart);
+  }
+  text_.output().truncate(fields_[firstField].keyStart - 1);
+  text_.put(fields);
 }
 
 void DataEncoder::encodeObject(const Value& object, const StringKey& forKey) {
@@ -250,13 +276,15 @@ template <class EncodeFields>
 void DataEncoder::writeFields(const NSString& encodableName, const EncodeFields& encodeFields) {
   if (encodableName.isNil()) raiseInvalidArgument("An object's encodable name can't be nil");
   const Nesting nesting(*this, 1);
-  const std::size_t outerFirstField = std::exchange(firstField_, fields_.size());
+  OpenObject object{.firstField = fields_.size()};
+  OpenObject* const outerObject = std::exchange(innermostObject_, &object);
   text_.put("{\"encodableName\":");
   text_.writeString(encodableName.text());
   encodeFields();
+  if (object.hasReplacedValues) removeReplacedValues();
   text_.put('}');
-  fields_.resize(firstField_);
-  firstField_ = outerFirstField;
+  fields_.resize(object.firstField);
+  innermostObject_ = outerObject;
 }
 
 void DataEncoder::writeArray(const NSArray& array) {

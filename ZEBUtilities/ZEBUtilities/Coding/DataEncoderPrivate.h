@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Foundation/NSDictionary.h>
 #include <Geometry/CLLocation.h>
 #include <Json/JsonTextWriter.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
@@ -43,19 +44,30 @@ class DataEncoder final : public ZEBEncoder {
  private:
   class Nesting;
   class FieldGuard;
-  /// Where a field of an open object stands in the text.
+  /// Where a field of an open object stands in the text. A key that comes again changes the value's place.
   struct Field {
     std::uint32_t keyHash;
+    std::uint32_t keyLength;  ///< of the key's text, with quotes and colon
     std::size_t keyStart;
     std::size_t valueStart;
-    std::size_t end;
+    std::size_t valueEnd;
+  };
+  /// An object whose fields are being written.
+  struct OpenObject {
+    std::size_t firstField = 0;      ///< in `fields_`
+    bool hasReplacedValues = false;  ///< so that the text holds values that no field has any more
+    NSMutableDictionary indexes{
+        nullptr};  ///< in `fields_`, by the key's text; nil while there are few
   };
 
   template <class WriteValue>
   void writeField(const StringKey& key, const WriteValue& writeValue);
   void writeKey(const StringKey& key);
   void finishField(const Field& field);
-  void replaceField(std::size_t earlier, const Field& later);
+  void finishFieldOfLargeObject(const Field& field);
+  void replaceValue(Field& earlier, const Field& later) noexcept;
+  std::string_view keyText(const Field& field) noexcept;
+  void removeReplacedValues();
 
   void write(const Value& value);
   bool writeIfObject(const NSObject& object);
@@ -78,9 +90,9 @@ class DataEncoder final : public ZEBEncoder {
   void component(std::string_view name, std::uint64_t number);
 
   JsonTextWriter text_{true};
-  std::vector<Field> fields_;   ///< of the objects that are open, inner ones last
-  std::size_t firstField_ = 0;  ///< of the innermost open object
-  std::size_t depth_ = 0;       ///< levels of JSON that are open
+  std::vector<Field> fields_;              ///< of the objects that are open, inner ones last
+  OpenObject* innermostObject_ = nullptr;  ///< null while none is open
+  std::size_t depth_ = 0;                  ///< levels of JSON that are open
 };
 
 }  // namespace zeb::detail

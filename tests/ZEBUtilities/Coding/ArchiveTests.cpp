@@ -201,6 +201,16 @@ TEST(Archive, FieldsAreStoredUnderTheirOwnKeys) {
   EXPECT_EQ(archived(root),
             R"({"encodableName":"","c_string":"a longer one","c_number":2,"c_type":6,)"
             R"("c_encodableName":-3,"c_\ud800":5,"c_o":{"encodableName":"","c_number":1}})");
+  const Writer large{[](ZEBEncoder& encoder) {
+    for (int i = 0; i < 400'000; ++i) {
+      encoder.encodeInt(i, StringKey(std::string_view(std::to_string(i % 200'000))));
+    }
+  }};
+  std::string text = R"({"encodableName":"")";
+  for (int i = 0; i < 200'000; ++i) {
+    text += ",\"c_" + std::to_string(i) + "\":" + std::to_string(200'000 + i);
+  }
+  EXPECT_TRUE(archived(large) == text + "}") << "the later value, at the first one's place";
   const auto reader = Spec::buildFunction("", [&](ZEBDecoder& decoder) -> ZEBEncodable {
     EXPECT_FALSE(decoder.containsValueForKey(NSString(u"\xD801")));
     return Any(decoder.decodeObjectForKey(odd));
