@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Foundation/NSException.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiverError.h>
 
@@ -17,7 +18,7 @@ struct ZEBRawValueEnumCodableCoderKeys {
 /// What makes an enumeration archivable; specialised for each, with
 ///   - `static const char* encodableName()`, which is stored in documents and must never change;
 ///   - `cases`, a range of all enumerators, or of (enumerator, string) pairs when its raw values are
-///     strings.
+///     strings. Only what is listed can be read back.
 template <class Enumeration>
 struct ZEBRawValueEnumTraits;
 
@@ -46,12 +47,16 @@ class ZEBRawValueEnumCodable {
 
   static NSString encodableName() { return Traits::encodableName(); }
 
+  /// Throws NSException (NSInvalidArgumentException) when the raw values are strings and `cases` has none for
+  /// this enumerator: what were written could not be read back.
   void encode(ZEBEncoder& encoder) const {
     if constexpr (hasStrings) {
       for (const auto& [enumerator, text] : Traits::cases) {
         if (enumerator == enumerator_)
           return encoder.encodeString(NSString(text), CoderKeys::rawValue);
       }
+      raiseInvalidArgument(
+          "An enumerator that its ZEBRawValueEnumTraits do not list can't be encoded");
     } else if constexpr (std::same_as<RawInteger, std::int32_t>) {
       encoder.encodeInt32(static_cast<std::int32_t>(enumerator_), CoderKeys::rawValue);
     } else if constexpr (std::same_as<RawInteger, std::uint64_t>) {

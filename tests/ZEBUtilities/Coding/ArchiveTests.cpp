@@ -197,6 +197,9 @@ TEST(Archive, FieldsAreStoredUnderTheirOwnKeys) {
       throw std::runtime_error("left out");
     }};
     EXPECT_THROW(encoder.encodeObject(failing, "child"), std::runtime_error);
+    const AnyColor unlisted(static_cast<Color>(2));
+    EXPECT_EQ(test::raisedName([&] { encoder.encodeObject(unlisted, "color"); }),
+              NSInvalidArgumentException);
   }};
   EXPECT_EQ(archived(root),
             R"({"encodableName":"","c_string":"a longer one","c_number":2,"c_type":6,)"
