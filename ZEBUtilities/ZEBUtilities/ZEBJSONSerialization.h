@@ -6,6 +6,7 @@
 #include <Json/NSJSONSerialization.h>
 #include <Memory/Block.h>
 
+#include <concepts>
 #include <cstdint>
 
 namespace zeb {
@@ -24,9 +25,13 @@ class ZEBJSONSerialization {
   /// As below, without permission for the main thread.
   static Value JSONObjectWithData(const NSData& data, std::uint64_t options,
                                   NSError* error = nullptr);
+  /// A boolean alone does not compile: it would be taken for options, and not for the permission.
+  template <std::same_as<bool> Flag>
+  static Value JSONObjectWithData(const NSData& data, Flag permitMainThread,
+                                  NSError* error = nullptr) = delete;
 
   /// The tree, nil on failure. Malformed data gives the platform reader's error. No data at all gives
-  /// nil without an error. Parsing on the main thread without permission is logged but done; with it, only
+  /// nil without an error, and so does nil. Parsing on the main thread without permission is logged but done; with it, only
   /// what takes longer than 10 ms is logged.
   static Value JSONObjectWithData(const NSData& data, bool permitMainThread, std::uint64_t options,
                                   NSError* error = nullptr);

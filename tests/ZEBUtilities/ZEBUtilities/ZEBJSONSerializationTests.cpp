@@ -35,6 +35,13 @@ struct JSONTest : testing::Test {
   test::LogRecorder log;
 };
 
+template <class... Arguments>
+concept Parses = requires(Arguments... arguments) { Json::JSONObjectWithData(arguments...); };
+static_assert(!Parses<NSData, bool, NSError*> && !Parses<NSData, bool>);
+static_assert(Parses<NSData, int, NSError*> && Parses<NSData, NSJSONReadingOptions, NSError*> &&
+              Parses<NSData, std::uint64_t> && Parses<NSData, bool, int, NSError*> &&
+              Parses<NSData, bool, NSJSONReadingOptions>);
+
 TEST_F(JSONTest, ExceptionsBecomeErrorsAndLogLines) {
   const std::tuple<Value, std::string, std::string> rows[] = {
       {"a", "The root of a JSON document must be an array or a dictionary", "a"},
