@@ -32,7 +32,8 @@ class LegacyDecodingBuilder : public DecodingBuilder {
   }
 };
 
-/// A builder made of a name and a function, whose errors pass on unchanged.
+/// A builder made of a name and a function, whose errors pass on unchanged. A nil function throws NSException
+/// (NSInvalidArgumentException).
 class BasicDecodingBuilder final : public DecodingBuilder {
  public:
   using BuildFunction = Block<ZEBEitherEncodable(ZEBDecoder&)>;

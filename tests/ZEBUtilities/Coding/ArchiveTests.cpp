@@ -380,6 +380,22 @@ TEST(Registry, TheLaterEntryAndTheFrontRegistryWin) {
   EXPECT_EQ(built, held(R"("later")") + held(R"("b")") + held(R"("c")"));
 }
 
+TEST(Registry, NilIsUnknownAndANilFunctionIsRefused) {
+  EXPECT_EQ(test::raisedName([] { Spec::buildFunction("a", nullptr); }),
+            NSInvalidArgumentException);
+  EXPECT_EQ(test::raisedName([] { Spec::objCBuildFunction("a", nullptr); }),
+            NSInvalidArgumentException);
+  const std::string unknown = R"(missingDecodingBuilder(encodableName: "a") at root)";
+  for (const Ref<Registry>& registry :
+       {Ref<Registry>(), makeRef<Registry>({Spec::builder("a", nullptr)})}) {
+    const auto unarchive = [&](const NSData& data) {
+      return errorOf([&] { ZEBUnarchiver(registry).unarchivedRootObject<Value>(data); });
+    };
+    EXPECT_EQ(unarchive(bytes(expanded("%a}"))), unknown);
+    EXPECT_EQ(unarchive(nullptr), "NSError 3840");
+  }
+}
+
 TEST(Registry, ChainsMayHaveAnyLength) {
   auto chain = makeRef<Registry>({Spec::builder("last", builderOf("last"))});
   for (int i = 0; i < 100000; ++i) chain = makeRef<Registry>({Spec::builder("b", nullptr)}, chain);
