@@ -17,8 +17,12 @@ namespace zeb {
 class ZEBArchiver {
  public:
   /// The document, as UTF-8. Throws NSError when the objects are nested too deeply (512 levels of JSON,
-  /// or what the stack bears), and whatever the objects' own encoding throws. A root that is a primitive
-  /// gives an empty document, `{}`.
+  /// or what the stack bears), and whatever the objects' own encoding throws.
+  ///
+  /// The document is the root object's own dictionary, so that the root must be an object. Every other
+  /// root gives an empty document, `{}`, which no unarchiver takes: nil, and all primitives alike, also
+  /// those that have a dictionary of their own inside of documents, such as doubles and dates. Arrays and
+  /// dictionaries are no encodables and can't be roots; put them into an object.
   NSData archivedData(const ZEBEncodable& rootObject) const;
   NSData archivedData(const Ref<ZEBObjCEncodable>& rootObject) const;
   /// The same without copying the object first.

@@ -19,7 +19,9 @@ class ZEBUnarchiver {
   /// The document's root object as a `T` (a decodable type, a `ZEBEncodable`, a `Ref` to an object's
   /// class, or a `Value` for whatever it is). Throws NSError when the data is no JSON, `ZEBUnarchiverError`
   /// when it is no readable archive (`missingRootObject` when the root is no `T`), and whatever the
-  /// builders throw. Nil data is no JSON. What it answers shares no memory with the document.
+  /// builders throw. Nil data is no JSON. A document that is not an object's
+  /// dictionary but that of another value, such as an array or a date, which no archiver writes, gives that
+  /// value. What it answers shares no memory with the document.
   template <class T>
   T unarchivedRootObject(const NSData& data) const {
     std::optional<T> object = decodedValueAs<T>(unarchivedRoot(data));

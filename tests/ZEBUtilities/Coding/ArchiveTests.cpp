@@ -220,7 +220,9 @@ TEST(Archive, FieldsAreStoredUnderTheirOwnKeys) {
   });
   const ZEBUnarchiver unarchiver(makeRef<Registry>({reader}));
   EXPECT_EQ(unarchiver.unarchivedRootObject<Any>(bytes(archived(root))).value, Value(5));
-  EXPECT_EQ(archived(ZEBEncodable(5)) + archived(ZEBEncodable()), "{}{}") << "no object";
+  for (const ZEBEncodable& noObject : {ZEBEncodable(5), ZEBEncodable(0.5), ZEBEncodable()}) {
+    EXPECT_EQ(archived(noObject), "{}");
+  }
 }
 
 TEST(Archive, TooDeepNestingIsAnError) {
