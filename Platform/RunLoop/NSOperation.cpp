@@ -32,20 +32,22 @@ void NSOperation::start() {
   }
   claim();
   const Ref<NSOperation> alive(this);
-  execute(nullptr);
+  try {
+    execute(nullptr);
+  } catch (...) {
+    end();
+    throw;
+  }
 }
 
+/// Catches nothing but NSExceptions: on a queue, any other exception has to end the process where it is
+/// thrown, before the operation counts as finished and those that wait for it go on.
 void NSOperation::execute(NSOperationQueue* queue) {
   if (!isCancelled()) {
     state_.fetch_or(executingFlag, std::memory_order_acq_rel);
     const bool goesOn = isAsynchronous();
     const detail::CurrentOperation current(*this, queue);
-    try {
-      if (detail::loggingExceptions(*this, [this] { main(); }) && goesOn) return;
-    } catch (...) {
-      end();
-      throw;
-    }
+    if (detail::loggingExceptions(*this, [this] { main(); }) && goesOn) return;
   }
   end();
 }
@@ -70,8 +72,8 @@ void NSOperation::finish() {
   if (isExecuting()) end();
 }
 
-/// The caller has a reference.
-void NSOperation::end() {
+/// The caller has a reference. An exception out of the completion block ends the process.
+void NSOperation::end() noexcept {
   NSOperation* readyOperations = nullptr;
   std::vector<dispatch_semaphore_t> waiters;
   Block<void()> completionBlock;

@@ -42,7 +42,8 @@ enum NSQualityOfService : std::int64_t {
 /// operation which nobody starts never runs.
 ///
 /// An NSException that leaves `main` is logged and the operation finishes. Any other exception is none of the
-/// platform's: on a queue it ends the process, and out of `start` it reaches the caller.
+/// platform's. On a queue it ends the process where it is thrown: the operation does not finish, so nobody
+/// who waits for it goes on meanwhile. Out of `start` it reaches the caller, after the operation has finished.
 ///
 /// Dependencies in a circle would never run. They are reported instead: enqueueing an operation throws
 /// NSException (NSInvalidArgumentException) that names the circle if it or anything that it waits for is part
@@ -83,7 +84,8 @@ class NSOperation : public NSObject {
   std::vector<Ref<NSOperation>> dependencies() const;
 
   /// Called once after the operation has finished, on the thread that finished it; by then `isFinished` is
-  /// true, and who waited or depends on the operation may run already. Released as soon as it has run.
+  /// true, and who waited or depends on the operation may run already. Released as soon as it has run. An
+  /// exception that leaves it ends the process.
   virtual void setCompletionBlock(Block<void()> block);
   Block<void()> completionBlock() const;
 
@@ -138,7 +140,7 @@ class NSOperation : public NSObject {
   void claim();
   void unclaim() noexcept { state_.fetch_and(~claimedFlag, std::memory_order_acq_rel); }
   void execute(NSOperationQueue* queue);
-  void end();
+  void end() noexcept;
   void requireThatWaitingCanEnd() const;
 
   void requireNoCircle();

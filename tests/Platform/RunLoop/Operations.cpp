@@ -4,6 +4,8 @@
 #include <RunLoop/NSOperationQueue.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <latch>
 #include <thread>
 
@@ -154,6 +156,27 @@ TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
   const auto throwing = operation([] { throw 1; });
   EXPECT_THROW(throwing->start(), int);
   EXPECT_TRUE(throwing->isFinished());
+}
+
+TEST(NSOperation, OtherExceptionsEndTheProcessBeforeAnybodyGoesOn) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto throwOnQueue = [] {
+    const auto throwing = operation([] { throw 1; });
+    throwing->setCompletionBlock([] { std::_Exit(0); });
+    makeRef<NSOperationQueue>()->addOperations({throwing}, true);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(throwOnQueue(), testing::KilledBySignal(SIGABRT), "");
+  const auto throwInCompletion = [] {
+    const auto throwing = operation();
+    throwing->setCompletionBlock([] { throw 1; });
+    try {
+      throwing->start();
+    } catch (...) {
+    }
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(throwInCompletion(), testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST(NSOperation, ReportsCirclesInsteadOfHanging) {
