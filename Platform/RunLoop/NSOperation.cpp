@@ -1,5 +1,4 @@
 #include <Foundation/NSException.h>
-#include <Linux/Thread.h>
 #include <Logging/OLGLogging.h>
 #include <RunLoop/CurrentOperationPrivate.h>
 #include <RunLoop/NSOperation.h>
@@ -96,33 +95,6 @@ void NSOperation::end() noexcept {
 void NSOperation::cancel() {
   const State before = state_.fetch_or(cancelledFlag, std::memory_order_acq_rel);
   if (shallSubmit(before | cancelledFlag)) NSOperationQueue::submit(this);
-}
-
-void NSOperation::waitUntilFinished() {
-  if (isFinished()) return;
-  requireThatWaitingCanEnd();
-  const dispatch_semaphore_t finished = dispatch_semaphore_create(0);
-  {
-    std::lock_guard guard(mutex_);
-    if (isFinished()) return;
-    waiters_.push_back(finished);
-  }
-  dispatch_semaphore_wait(finished, DISPATCH_TIME_FOREVER);
-}
-
-void NSOperation::requireThatWaitingCanEnd() const {
-  const NSOperationQueue* queue = flags() & enqueuedFlag ? queue_ : nullptr;
-  bool isHopeless = queue && isMainThread() && queue == NSOperationQueue::mainQueue().get();
-  for (auto* current = detail::CurrentOperation::current(); current; current = current->outer) {
-    if (&current->operation == this) isHopeless = true;
-    if (queue && current->queue == queue && !isExecuting() &&
-        queue->maxConcurrentOperationCount() == 1 && !current->operation.isAsynchronous()) {
-      isHopeless = true;
-    }
-  }
-  if (!isHopeless) return;
-  throw NSException(NSGenericException, NSString::stringWithFormat(
-                                            "waiting here for %s would never end", description()));
 }
 
 void NSOperation::setCompletionBlock(Block<void()> block) {

@@ -3,6 +3,7 @@
 #include <Dispatch/DispatchSemaphore.h>
 #include <Foundation/NSString.h>
 #include <Memory/Block.h>
+#include <Memory/FunctionView.h>
 #include <Memory/NSObject.h>
 #include <Memory/ShortLock.h>
 
@@ -96,9 +97,15 @@ class NSOperation : public NSObject {
   NSString name() const;
   void setName(const NSString& name);
 
-  /// Returns when the operation has finished; its completion block may still run. Where that would certainly
-  /// be never (from inside the operation itself, or for one that waits for the serial queue whose operation is
-  /// asking) NSException (NSGenericException) is thrown.
+  /// Returns when the operation has finished; its completion block may still run.
+  ///
+  /// Throws NSException (NSGenericException) instead of waiting for ever if this operation, or an unfinished one
+  /// that it depends on, directly or not,
+  ///  - is one whose `main` is calling;
+  ///  - is on the queue of the operation that is calling, which runs one at a time;
+  ///  - is on the main queue and has not begun, and the main thread is calling.
+  /// What is added or changed after the wait has begun is not seen, nor what an operation waits for in other
+  /// ways than by a dependency: its own waits, dispatch queues, semaphores.
   void waitUntilFinished();
 
   /// The name, or the class and address.
@@ -111,6 +118,7 @@ class NSOperation : public NSObject {
  private:
   friend class NSOperationQueue;
   class CircleSearch;
+  class WaitCheck;
   struct Dependency;
   struct Dependencies;
 
@@ -141,7 +149,10 @@ class NSOperation : public NSObject {
   void unclaim() noexcept { state_.fetch_and(~claimedFlag, std::memory_order_acq_rel); }
   void execute(NSOperationQueue* queue);
   void end() noexcept;
-  void requireThatWaitingCanEnd() const;
+  /// Throws if a wait for all these operations, which make up `what`, would certainly never end.
+  static void requireThatWaitingCanEnd(FunctionView<std::vector<Ref<NSOperation>>()> awaited,
+                                       const NSObject& what);
+  bool isHeldUpBy(const WaitCheck& caller, bool isAwaitedItself) const;
 
   void requireNoCircle();
   bool markCircleFreeIfDependenciesAre();

@@ -305,7 +305,7 @@ Ref<NSOperationQueue> NSOperationQueue::referenceIfIdle() noexcept {
 
 void NSOperationQueue::waitUntilAllOperationsAreFinished() {
   if (operationCount() == 0) return;
-  requireThatWaitingCanEnd();
+  NSOperation::requireThatWaitingCanEnd([this] { return operations(); }, *this);
   const dispatch_semaphore_t finished = dispatch_semaphore_create(0);
   {
     std::lock_guard guard(mutex_);
@@ -313,16 +313,6 @@ void NSOperationQueue::waitUntilAllOperationsAreFinished() {
     waiters_.push_back(finished);
   }
   dispatch_semaphore_wait(finished, DISPATCH_TIME_FOREVER);
-}
-
-void NSOperationQueue::requireThatWaitingCanEnd() const {
-  bool isHopeless = isMain_ && isMainThread();
-  for (auto* current = detail::CurrentOperation::current(); current; current = current->outer) {
-    isHopeless = isHopeless || current->queue == this;
-  }
-  if (!isHopeless) return;
-  throw NSException(NSGenericException, NSString::stringWithFormat(
-                                            "waiting here for %s would never end", description()));
 }
 
 // Properties. --------------------------------------------------------------------------------------

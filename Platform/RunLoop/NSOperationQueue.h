@@ -38,7 +38,9 @@ class NSOperationQueue : public NSObject {
   /// Nil: nothing. An operation that is on a queue, executes or has finished, or that waits in a circle, throws
   /// NSException (NSInvalidArgumentException) and is not added.
   void addOperation(const Ref<NSOperation>& operation);
-  /// All of them, in this order; after an exception, none.
+  /// All of them, in this order; after an exception, none. With `waitUntilFinished` this returns when they have
+  /// finished. Where that would be never, it throws as `NSOperation::waitUntilFinished` does: then they are on
+  /// the queue and run as soon as they can.
   void addOperations(std::span<const Ref<NSOperation>> operations, bool waitUntilFinished);
   void addOperations(std::initializer_list<Ref<NSOperation>> operations, bool waitUntilFinished) {
     addOperations(std::span(operations.begin(), operations.size()), waitUntilFinished);
@@ -52,9 +54,8 @@ class NSOperationQueue : public NSObject {
   std::vector<Ref<NSOperation>> operations() const;
   std::size_t operationCount() const;
   void cancelAllOperations();
-  /// Returns when the queue is empty; completion blocks may still run. From one of the queue's own operations,
-  /// or on the main thread for the main queue unless it is empty, throws NSException (NSGenericException)
-  /// instead of waiting for ever.
+  /// Returns when the queue is empty; completion blocks may still run. Throws NSException (NSGenericException)
+  /// instead of waiting for ever where `waitUntilFinished` of one of the queue's operations would.
   void waitUntilAllOperationsAreFinished();
 
   /// Less than -1 throws NSException (NSInvalidArgumentException); with 0 nothing runs. What runs goes on.
@@ -97,7 +98,6 @@ class NSOperationQueue : public NSObject {
   void useTicket();
   void remove(NSOperation& operation, NSOperation* readyOperations);
   void change(FunctionView<void()> step);
-  void requireThatWaitingCanEnd() const;
   Ref<NSOperation> latestBarrier() const;
 
   // Under the mutex.

@@ -247,11 +247,14 @@ TEST(NSOperation, ChainsOfAnyLengthDieOnASmallStack) {
 }
 
 TEST(NSOperation, RefusesToWaitForEver) {
-  const auto serial = makeRef<NSOperationQueue>();
+  const auto serial = makeRef<NSOperationQueue>(), other = makeRef<NSOperationQueue>();
   const auto& mainQueue = NSOperationQueue::mainQueue();
   serial->setMaxConcurrentOperationCount(1);
   serial->setName("serial");
-  const auto later = named("later"), onMain = named("on main");
+  other->setName("other");
+  const auto later = named("later"), onMain = named("on main"), behind = named("behind"),
+             between = operation();
+  behind->addDependency(between);
   std::string reports;
   const auto report = [&](const auto& wait) { reports += raised(wait) + "\n"; };
   Ref<NSOperation> asking;
@@ -260,6 +263,11 @@ TEST(NSOperation, RefusesToWaitForEver) {
     report([&] { asking->waitUntilFinished(); });
     report([&] { later->waitUntilFinished(); });
     report([&] { serial->waitUntilAllOperationsAreFinished(); });
+    for (const auto& needed : {asking, later}) {
+      between->addDependency(needed);
+      report([&] { behind->waitUntilFinished(); });
+      between->removeDependency(needed);
+    }
     makeRef<NSOperationQueue>()->addOperations({operation()}, true);
   });
   asking->setName("asking");
@@ -268,14 +276,29 @@ TEST(NSOperation, RefusesToWaitForEver) {
   mainQueue->addOperation(onMain);
   report([&] { onMain->waitUntilFinished(); });
   report([&] { mainQueue->waitUntilAllOperationsAreFinished(); });
+  between->addDependency(onMain);
+  report([&] { other->addOperations({behind, between}, true); });
+  report([&] { other->waitUntilAllOperationsAreFinished(); });
   std::string expected;
-  for (const char* name : {"asking", "later", "serial", "on main", "NSOperationQueue Main Queue"}) {
-    expected += std::string("NSGenericException: waiting here for ") + name + " would never end\n";
+  for (const auto& [awaited, reason] :
+       std::vector<std::pair<std::string, std::string>>{{"asking", ""},
+                                                        {"later", ""},
+                                                        {"serial", ""},
+                                                        {"behind", "asking"},
+                                                        {"behind", "later"},
+                                                        {"on main", ""},
+                                                        {"NSOperationQueue Main Queue", ""},
+                                                        {between->description(), "on main"},
+                                                        {"other", "on main"}}) {
+    expected +=
+        "NSGenericException: waiting here for " + awaited + " would never end" +
+        (reason.empty() ? "" : ": it waits for " + reason + ", for which this thread is needed") +
+        "\n";
   }
   EXPECT_EQ(reports, expected);
-  serial->waitUntilAllOperationsAreFinished();
   onMain->cancel();
   while (!onMain->isFinished()) detail::runMainQueue();
+  other->waitUntilAllOperationsAreFinished();
 }
 
 TEST(NSBlockOperation, RunsItsBlocksAtOnce) {
