@@ -1,4 +1,3 @@
-#include <Linux/Console.h>
 #include <Linux/EventDescriptor.h>
 
 #include <sys/eventfd.h>
@@ -6,11 +5,11 @@
 
 namespace zeb {
 
-EventDescriptor::EventDescriptor() : descriptor_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
-  if (descriptor_ < 0) fatal("No file descriptor is left to wake a thread with.");
-}
+EventDescriptor::EventDescriptor() noexcept : descriptor_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
 
-EventDescriptor::~EventDescriptor() { close(descriptor_); }
+EventDescriptor::~EventDescriptor() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
 
 void EventDescriptor::signal() noexcept { eventfd_write(descriptor_, 1); }
 

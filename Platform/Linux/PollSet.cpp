@@ -1,7 +1,7 @@
-#include <Linux/Console.h>
 #include <Linux/PollSet.h>
 
 #include <sys/epoll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,16 +20,23 @@ constexpr std::uint64_t aChange = UINT64_MAX;
 
 }  // namespace
 
-PollSet::PollSet() : descriptor_(epoll_create1(EPOLL_CLOEXEC)) {
-  if (descriptor_ < 0) fatal("No file descriptor is left to wait for others.");
+bool canBeWaitedFor(int descriptor) noexcept {
+  struct stat facts;
+  if (fstat(descriptor, &facts) != 0) return false;
+  return !S_ISREG(facts.st_mode) && !S_ISDIR(facts.st_mode) && !S_ISBLK(facts.st_mode);
 }
 
-PollSet::~PollSet() { close(descriptor_); }
+PollSet::PollSet() noexcept : descriptor_(epoll_create1(EPOLL_CLOEXEC)) {}
 
-bool PollSet::canWatch(int descriptor) noexcept {
-  const PollSet trial;
+PollSet::~PollSet() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+bool PollSet::canWatch(int descriptor) const noexcept {
   epoll_event nothing{};
-  return epoll_ctl(trial.descriptor_, EPOLL_CTL_ADD, descriptor, &nothing) == 0;
+  if (epoll_ctl(descriptor_, EPOLL_CTL_ADD, descriptor, &nothing) != 0) return errno == EEXIST;
+  epoll_ctl(descriptor_, EPOLL_CTL_DEL, descriptor, nullptr);
+  return true;
 }
 
 void PollSet::watch(int descriptor, Readiness wanted) noexcept {

@@ -19,20 +19,24 @@ struct ReadyDescriptor {
   Readiness readiness;
 };
 
+/// Whether the descriptor is of a kind that can be waited for: not a file, a folder or a disk, and not closed.
+bool canBeWaitedFor(int descriptor) noexcept;
+
 /// Waits for many file descriptors at once. Any thread may change the set while another one waits on it.
 class PollSet {
  public:
-  /// Stops the process when the system has no more descriptors.
-  PollSet();
+  PollSet() noexcept;
   PollSet(const PollSet&) = delete;
   PollSet& operator=(const PollSet&) = delete;
   ~PollSet();
 
-  /// Itself a descriptor that can be waited for: readable while `collect` would find something.
+  /// Itself a descriptor that can be waited for: readable while `collect` would find something. Negative when the
+  /// process had none left: then the object is of no use.
   int descriptor() const noexcept { return descriptor_; }
 
-  /// Whether the system can wait for such a descriptor: not for files, folders and closed ones.
-  static bool canWatch(int descriptor) noexcept;
+  /// Whether the set can wait for the descriptor: not for files, folders, closed ones, devices that know no
+  /// waiting, nor when the system's limits are reached. Not while another thread changes the set.
+  bool canWatch(int descriptor) const noexcept;
 
   /// Sets what a descriptor is watched for; nothing removes it. It is reported again and again while it is
   /// ready.
@@ -51,7 +55,7 @@ class PollSet {
  private:
   void poll(int milliseconds) noexcept;
 
-  int descriptor_;
+  const int descriptor_;
 };
 
 }  // namespace zeb

@@ -1,4 +1,3 @@
-#include <Linux/Console.h>
 #include <Linux/TimerDescriptor.h>
 
 #include <poll.h>
@@ -9,14 +8,15 @@
 
 namespace zeb {
 
-TimerDescriptor::TimerDescriptor()
-    : descriptor_(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {
-  if (descriptor_ < 0) fatal("No file descriptor is left for a timer.");
+TimerDescriptor::TimerDescriptor() noexcept
+    : descriptor_(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {}
+
+TimerDescriptor::~TimerDescriptor() {
+  if (descriptor_ >= 0) close(descriptor_);
 }
 
-TimerDescriptor::~TimerDescriptor() { close(descriptor_); }
-
 void TimerDescriptor::setMoment(std::uint64_t nanoseconds) noexcept {
+  if (descriptor_ < 0) return sleep_.setMoment(nanoseconds);
   itimerspec setting{};
   if (nanoseconds != UINT64_MAX) {
     // Zero would disarm it, and the clock's seconds are signed.
@@ -28,6 +28,7 @@ void TimerDescriptor::setMoment(std::uint64_t nanoseconds) noexcept {
 }
 
 void TimerDescriptor::wait() noexcept {
+  if (descriptor_ < 0) return sleep_.sleep();
   pollfd waiting{descriptor_, POLLIN, 0};
   poll(&waiting, 1, -1);
   clear();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Linux/InterruptibleSleep.h>
+
 #include <cstdint>
 
 namespace zeb {
@@ -8,12 +10,13 @@ namespace zeb {
 /// Any thread may set it while another waits on it.
 class TimerDescriptor {
  public:
-  /// Stops the process when the system has no more descriptors.
-  TimerDescriptor();
+  TimerDescriptor() noexcept;
   TimerDescriptor(const TimerDescriptor&) = delete;
   TimerDescriptor& operator=(const TimerDescriptor&) = delete;
   ~TimerDescriptor();
 
+  /// Negative when the process had none left. Then `setMoment` and `wait` still work together, though each
+  /// setting wakes the thread that waits.
   int descriptor() const noexcept { return descriptor_; }
 
   /// Becomes readable at `nanoseconds` (as `mach_absolute_time()` counts), at once if that has passed, and
@@ -25,7 +28,8 @@ class TimerDescriptor {
   void clear() noexcept;
 
  private:
-  int descriptor_;
+  const int descriptor_;
+  InterruptibleSleep sleep_;  ///< for want of a descriptor
 };
 
 }  // namespace zeb

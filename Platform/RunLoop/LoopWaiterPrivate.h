@@ -1,38 +1,59 @@
 #pragma once
 
 #include <Linux/EventDescriptor.h>
+#include <Linux/InterruptibleSleep.h>
 #include <Linux/PollSet.h>
 #include <Linux/TimerDescriptor.h>
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 
 namespace zeb::detail {
 
 /// What a loop's thread sleeps on: descriptors that are watched, a moment, and a call from another thread.
+///
+/// That takes three descriptors of its own. While the process has none left, the thread sleeps without; only
+/// watching descriptors is impossible then.
 class LoopWaiter {
  public:
-  LoopWaiter() {
-    pollSet_.watchChanges(event_.descriptor());
-    pollSet_.watch(timer_.descriptor(), {.isReadable = true});
+  /// Makes the waiter's own descriptors, if they are not there; a thread that sleeps without is woken. False
+  /// when the process has too few left. Any thread.
+  bool reserveDescriptors() noexcept;
+
+  /// Null without descriptors of its own. They stay once they are there. Any thread.
+  PollSet* pollSet() noexcept {
+    Descriptors* const descriptors = descriptors_.load(std::memory_order_acquire);
+    return descriptors ? &descriptors->pollSet : nullptr;
   }
 
-  PollSet& pollSet() noexcept { return pollSet_; }
+  /// Ends a wait, or the next one; makes the set's descriptor readable until something is collected. For threads
+  /// that know that the loop's thread has called `setMoment` and may be waiting.
+  void wake() noexcept;
 
-  /// Ends a wait, or makes the set's descriptor readable until something is collected. Any thread.
-  void wake() noexcept { event_.signal(); }
+  // For the loop's thread:
 
-  /// The moment that ends a wait.
-  void setMoment(std::uint64_t moment) noexcept {
-    if (moment == moment_) return;
-    moment_ = moment;
-    timer_.setMoment(moment);
-  }
+  /// The moment that ends the next wait. It has to be set before the thread lets others know that it waits,
+  /// because it also decides whether the wait is one on the descriptors.
+  void setMoment(std::uint64_t moment) noexcept;
+  void wait() noexcept;
 
  private:
-  EventDescriptor event_;
-  TimerDescriptor timer_;
-  PollSet pollSet_;
-  std::uint64_t moment_ = UINT64_MAX;  ///< what the timer is set to
+  struct Descriptors {
+    bool areUsable() const noexcept;
+
+    EventDescriptor event;
+    TimerDescriptor timer;
+    PollSet pollSet;
+    std::uint64_t moment = UINT64_MAX;  ///< what the timer is set to
+  };
+
+  std::atomic<Descriptors*> descriptors_{nullptr};
+  std::mutex mutex_;
+  std::unique_ptr<Descriptors> ownedDescriptors_;  ///< under the mutex
+  Descriptors* waitedFor_ = nullptr;               ///< the loop's thread only
+  InterruptibleSleep sleep_;                       ///< for want of descriptors
 };
 
 }  // namespace zeb::detail

@@ -90,6 +90,8 @@ void NSRunLoop::removeSource(const Ref<RunLoopSource>& source, const NSString& m
 
 void NSRunLoop::addDescriptorSource(const Ref<RunLoopDescriptorSource>& source,
                                     const NSString& mode) {
+  if (!source || !source->isValid()) return;
+  if (!core_->canWatch(source->descriptor())) return source->invalidate();
   if (add(source, mode)) core_->watch(source->descriptor());
 }
 

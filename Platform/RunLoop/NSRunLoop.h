@@ -92,6 +92,8 @@ class NSRunLoop final : public NSObject {
   void removeObserver(const Ref<RunLoopObserver>& observer, const NSString& mode);
   void addSource(const Ref<RunLoopSource>& source, const NSString& mode);
   void removeSource(const Ref<RunLoopSource>& source, const NSString& mode);
+  /// A loop that watches needs three descriptors of its own. If the process has too few left for them, or the
+  /// system cannot wait for the source's descriptor, the source is invalidated.
   void addDescriptorSource(const Ref<RunLoopDescriptorSource>& source, const NSString& mode);
   void removeDescriptorSource(const Ref<RunLoopDescriptorSource>& source, const NSString& mode);
   void addPort(const Ref<NSPort>& port, const NSString& mode);
@@ -102,7 +104,8 @@ class NSRunLoop final : public NSObject {
 
   /// For an application whose own event loop does the waiting: a descriptor that is readable whenever
   /// `runPending()` has something to do, timers included. It belongs to the loop and must only be waited
-  /// for. On the loop's thread.
+  /// for. -1 when the process has too few descriptors left; then it may be asked for again. On the loop's
+  /// thread.
   int pollableDescriptor();
   /// Does one pass in the default mode, without waiting, and leaves the descriptor readable if there is more to
   /// do. If there is not, it ends by telling the observers that the thread is about to wait; runs that begin

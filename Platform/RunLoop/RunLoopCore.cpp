@@ -50,7 +50,7 @@ void RunLoopCore::post(WorkItem& item) noexcept {
     case LoopInbox::Outcome::done:
       break;
     case LoopInbox::Outcome::mustWake:
-      waiter().wake();
+      waiter_.wake();
       break;
     case LoopInbox::Outcome::closed:
       PerformScope::drop(item);
@@ -59,7 +59,7 @@ void RunLoopCore::post(WorkItem& item) noexcept {
 }
 
 void RunLoopCore::lookAround() noexcept {
-  if (inbox_.requestLook() == LoopInbox::Outcome::mustWake) waiter().wake();
+  if (inbox_.requestLook() == LoopInbox::Outcome::mustWake) waiter_.wake();
 }
 
 void RunLoopCore::mainQueueIsReady() noexcept {
@@ -80,9 +80,12 @@ void RunLoopCore::observerWasAdded() noexcept {
   if (isHosted_) lookAround();
 }
 
-LoopWaiter& RunLoopCore::waiter() {
-  std::call_once(waiterOnce_, [this] { waiter_.emplace(); });
-  return *waiter_;
+bool RunLoopCore::canWatch(int descriptor) noexcept {
+  return waiter_.reserveDescriptors() && modes_.canWatch(descriptor, *waiter_.pollSet());
+}
+
+void RunLoopCore::watch(int descriptor) {
+  if (PollSet* const pollSet = waiter_.pollSet()) modes_.watch(descriptor, *pollSet);
 }
 
 void RunLoopCore::adopt() noexcept {
@@ -199,11 +202,12 @@ bool RunLoopCore::runMainQueue(RunFrame& frame) {
 
 bool RunLoopCore::handleDescriptors(RunFrame& frame) {
   if (!modes_.hasAny<RunLoopDescriptorSource>()) return false;
-  modes_.watchMode(frame.mode, waiter().pollSet());
+  PollSet& pollSet = *waiter_.pollSet();  // without one, no source was added
+  modes_.watchMode(frame.mode, pollSet);
   std::array<ReadyDescriptor, 64> ready;
-  const std::size_t count = waiter().pollSet().collect(ready);
+  const std::size_t count = pollSet.collect(ready);
   // Collecting took the sign that the host's loop goes by: a callback may run that loop.
-  if (isHosted_ && count > 0) waiter().wake();
+  if (isHosted_ && count > 0) waiter_.wake();
   const std::uint64_t runs = runs_;
   bool didCall = false;
   for (std::size_t index = 0; index < count; ++index) {
@@ -250,11 +254,10 @@ void RunLoopCore::wait(RunFrame& frame, std::uint64_t limit) {
   // Looked at anew, for an observer may have added something.
   const RunLoopModes::Outlook outlook = modes_.outlook(frame.mode);
   if (frame.isStopped || hasWork(frame, outlook)) return;
-  LoopWaiter& waiter = this->waiter();
-  modes_.watchMode(frame.mode, waiter.pollSet());
-  waiter.setMoment(std::min(outlook.nextWakeUp, limit));
+  if (waiter_.reserveDescriptors()) modes_.watchMode(frame.mode, *waiter_.pollSet());
+  waiter_.setMoment(std::min(outlook.nextWakeUp, limit));
   if (std::exchange(didRunBlocks_, false)) lingerForNews();
-  if (inbox_.tryToSleep()) waiter.pollSet().wait();
+  if (inbox_.tryToSleep()) waiter_.wait();
 }
 
 /// Blocks from another thread are often followed by more. Waiting for these without sleeping costs less than
@@ -279,7 +282,7 @@ NSString RunLoopCore::currentMode() {
 
 void RunLoopCore::makeCommon(const NSString& modeName) {
   requireOwnThread();
-  modes_.makeCommon(modes_.named(modeName), waiter().pollSet());
+  modes_.makeCommon(modes_.named(modeName), waiter_.pollSet());
   pending_.forgetWhatWasSkipped();
 }
 
@@ -294,15 +297,16 @@ void RunLoopCore::dropBlocks(const void* target) {
 
 int RunLoopCore::pollableDescriptor() {
   requireOwnThread();
+  if (!waiter_.reserveDescriptors()) return -1;
   isHosted_ = true;
   leaveWaitingToHost();
-  return waiter().pollSet().descriptor();
+  return waiter_.pollSet()->descriptor();
 }
 
 void RunLoopCore::runPending() {
   requireOwnThread();
   // A callback may run the application's loop, which must not wait while there are callbacks left.
-  waiter().wake();
+  waiter_.wake();
   {
     RunFrame frame{modes_.named(NSDefaultRunLoopMode), frame_};
     FrameScope scope(*this, frame);
@@ -321,12 +325,13 @@ void RunLoopCore::runPending() {
 void RunLoopCore::leaveWaitingToHost() {
   takePosted();  // requests to look around that came before this look are met by it
   RunFrame frame{modes_.named(NSDefaultRunLoopMode), frame_};
-  LoopWaiter& waiter = this->waiter();
-  modes_.watchMode(frame.mode, waiter.pollSet());
-  waiter.pollSet().forgetChanges();
+  if (!waiter_.reserveDescriptors()) return;  // then the application has none of ours to wait for
+  PollSet& pollSet = *waiter_.pollSet();
+  modes_.watchMode(frame.mode, pollSet);
+  pollSet.forgetChanges();
   const RunLoopModes::Outlook outlook = modes_.outlook(frame.mode);
-  waiter.setMoment(outlook.nextWakeUp);
-  if (hasWork(frame, outlook) || !inbox_.tryToSleep()) waiter.wake();
+  waiter_.setMoment(outlook.nextWakeUp);
+  if (hasWork(frame, outlook) || !inbox_.tryToSleep()) waiter_.wake();
 }
 
 }  // namespace zeb::detail

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
-#include <optional>
 #include <vector>
 
 namespace zeb::detail {
@@ -30,8 +29,10 @@ class RunLoopCore {
   void stop() noexcept;
   /// An application's own loop, which does the waiting, has to tell it that it waits.
   void observerWasAdded() noexcept;
+  /// Whether the loop can wait for the descriptor, for which it needs some of its own.
+  bool canWatch(int descriptor) noexcept;
   /// Brings what is watched up to date for one descriptor.
-  void watch(int descriptor) { modes_.watch(descriptor, waiter().pollSet()); }
+  void watch(int descriptor);
 
   /// Makes the calling thread the loop's own.
   void adopt() noexcept;
@@ -53,7 +54,6 @@ class RunLoopCore {
   class FrameScope;
 
   void requireOwnThread() noexcept;
-  LoopWaiter& waiter();
 
   bool runFrame(RunLoopMode& mode, std::uint64_t limit, bool endsAfterInput);
   void beginRun();
@@ -79,8 +79,7 @@ class RunLoopCore {
   RunLoopModes modes_;
   std::atomic<bool> isMainQueueReady_{false};
 
-  std::once_flag waiterOnce_;
-  std::optional<LoopWaiter> waiter_;  ///< made when it is first needed
+  LoopWaiter waiter_;
 
   // The loop's own thread only, but for what is said:
   PendingBlocks pending_;

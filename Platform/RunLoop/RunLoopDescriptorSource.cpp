@@ -1,3 +1,4 @@
+#include <Linux/PollSet.h>
 #include <RunLoop/RunLoopCorePrivate.h>
 #include <RunLoop/RunLoopDescriptorSource.h>
 
@@ -5,7 +6,7 @@ namespace zeb {
 
 Ref<RunLoopDescriptorSource> RunLoopDescriptorSource::source(int descriptor, std::uint32_t events,
                                                              Handler handler) {
-  if (!PollSet::canWatch(descriptor)) return nullptr;
+  if (!canBeWaitedFor(descriptor)) return nullptr;
   return Ref<RunLoopDescriptorSource>::adopt(
       new RunLoopDescriptorSource(descriptor, events, std::move(handler)));
 }

@@ -25,8 +25,9 @@ class RunLoopDescriptorSource final : public RunLoopItem {
   using Handler =
       Block<void(const Ref<RunLoopDescriptorSource>& source, std::uint32_t readyEvents)>;
 
-  /// Nil for what nobody can wait for: a regular file, a folder, a closed descriptor. `events` are the bits to
-  /// watch for.
+  /// Nil for what nobody can wait for: a regular file, a folder, a disk, a closed descriptor. `events` are the
+  /// bits to watch for. This takes no descriptor itself; whether a loop can watch shows when the source is added
+  /// (see `NSRunLoop::addDescriptorSource`).
   static Ref<RunLoopDescriptorSource> source(int descriptor, std::uint32_t events, Handler handler);
 
   int descriptor() const noexcept { return descriptor_; }

@@ -58,12 +58,12 @@ RunLoopMode& RunLoopModes::named(const NSString& name) {
   return find(name);
 }
 
-void RunLoopModes::makeCommon(RunLoopMode& mode, PollSet& pollSet) {
+void RunLoopModes::makeCommon(RunLoopMode& mode, PollSet* pollSet) {
   std::lock_guard guard(mutex_);
   mode.isCommon = true;
-  if (watched_ != &mode) return;
+  if (watched_ != &mode || !pollSet) return;
   for (const auto& source : listOf<RunLoopDescriptorSource>(common_)) {
-    watchNow(source->descriptor(), pollSet);
+    watchNow(source->descriptor(), *pollSet);
   }
 }
 
@@ -251,6 +251,11 @@ void RunLoopModes::watchNow(int descriptor, PollSet& pollSet) {
   });
   pollSet.watch(descriptor, {.isReadable = (events & DescriptorReadable) != 0,
                              .isWritable = (events & DescriptorWritable) != 0});
+}
+
+bool RunLoopModes::canWatch(int descriptor, const PollSet& pollSet) {
+  std::lock_guard guard(mutex_);
+  return pollSet.canWatch(descriptor);
 }
 
 void RunLoopModes::watch(int descriptor, PollSet& pollSet) {

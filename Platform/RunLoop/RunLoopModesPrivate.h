@@ -54,7 +54,8 @@ class RunLoopModes {
 
   /// Made if it is not there; lives as long as this.
   RunLoopMode& named(const NSString& name);
-  void makeCommon(RunLoopMode& mode, PollSet& pollSet);
+  /// `pollSet` may be null: nothing is watched yet.
+  void makeCommon(RunLoopMode& mode, PollSet* pollSet);
 
   /// Nothing can be added any more; answers all there is.
   ReleasedItems close();
@@ -74,6 +75,7 @@ class RunLoopModes {
   /// Puts the timer in its places after a change, its own lock being held. Whether the loop may have to wake up
   /// earlier than before.
   bool schedule(NSTimer& timer);
+  bool canWatch(int descriptor, const PollSet& pollSet);
   /// Brings the set up to date for one descriptor.
   void watch(int descriptor, PollSet& pollSet);
 

@@ -1,4 +1,7 @@
+#include <Dispatch/DispatchSource.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -6,6 +9,8 @@
 #include <atomic>
 #include <bit>
 #include <cstdio>
+#include <cstdlib>
+#include <semaphore>
 #include <utility>
 
 #include "../Support.h"
@@ -194,6 +199,11 @@ TEST(RunLoopDescriptors, SurviveClosingReuseAndRunsFromInsideTheirBlocks) {
   std::FILE* const file = std::tmpfile();
   EXPECT_FALSE(Source::source(fileno(file), DescriptorReadable, nullptr));
   std::fclose(file);
+  const int device = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  const auto unwatchable = Source::source(device, DescriptorReadable, nullptr);
+  NSRunLoop::currentRunLoop()->addDescriptorSource(unwatchable, NSDefaultRunLoopMode);
+  EXPECT_FALSE(unwatchable->isValid());
+  close(device);
   onNewThread([] {
     FakeClock clock;
     const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
@@ -250,6 +260,59 @@ TEST(RunLoopDescriptors, SurviveClosingReuseAndRunsFromInsideTheirBlocks) {
     common->invalidate();
     port->invalidate();
   });
+}
+
+/// In a process of its own, which runs out of descriptors before the library has used any.
+TEST(RunLoopDescriptors, NothingStopsWhenTheProcessHasNoneLeft) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "UndefinedBehaviorSanitizer, which goes with it, opens a pipe to check a type";
+#endif
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto runOutOfDescriptors = [] {
+    const auto require = [](bool isTrue, int exitCode) {
+      if (!isTrue) std::_Exit(exitCode);
+    };
+    Pair pair;
+    rlimit usual;
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit none{.rlim_cur = 3, .rlim_max = usual.rlim_max};
+    require(setrlimit(RLIMIT_NOFILE, &none) == 0, 1);
+
+    std::binary_semaphore done(0);
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, 1'000'000), dispatch_get_global_queue(0),
+                   [&] { done.release(); });
+    done.acquire();
+    const LoopThread other;
+    playPingPong(100, [] { runUntilStopped(); }, [] { NSRunLoop::currentRunLoop()->stop(); });
+    other.loop->addTimer(
+        NSTimer::timerWithTimeInterval(0.001, false, [&](auto&) { done.release(); }),
+        NSDefaultRunLoopMode);
+    done.acquire();
+    const auto newSource = [&] {
+      const auto source =
+          Source::source(pair.ends[0], DescriptorReadable, [&](const Ref<Source>& itself, auto) {
+            itself->invalidate();
+            done.release();
+          });
+      require(source && source->isValid(), 2);
+      return source;
+    };
+    const auto refused = newSource();
+    other.loop->addDescriptorSource(refused, NSDefaultRunLoopMode);
+    require(!refused->isValid(), 3);
+    require(NSRunLoop::currentRunLoop()->pollableDescriptor() == -1, 4);
+    NSRunLoop::currentRunLoop()->runPending();
+
+    setrlimit(RLIMIT_NOFILE, &usual);
+    const auto taken = newSource();
+    other.loop->addDescriptorSource(taken, NSDefaultRunLoopMode);  // while it sleeps
+    require(taken->isValid(), 5);
+    pair.send('a');
+    done.acquire();
+    require(NSRunLoop::currentRunLoop()->pollableDescriptor() >= 0, 6);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(runOutOfDescriptors(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace zeb::test
