@@ -133,11 +133,12 @@ class NSOperation : public NSObject {
   static constexpr State finishedFlag = 32;
   static constexpr State circleFreeFlag = 64;  ///< neither it nor what it waits for is in a circle
   static constexpr State onPathFlag = 128;     ///< of the search for circles
+  static constexpr State barrierFlag = 256;    ///< waits for its dependencies even when cancelled
   static constexpr State oneDependency = State{1} << 32;
 
   State flags() const noexcept { return state_.load(std::memory_order_acquire); }
   static bool isReadyIn(State state) noexcept {
-    return (state & cancelledFlag) || state < oneDependency;
+    return (state & (cancelledFlag | barrierFlag)) == cancelledFlag || state < oneDependency;
   }
   /// After a step to `state`: whether it is on the caller to hand the operation to its queue.
   bool shallSubmit(State state) noexcept {
@@ -182,8 +183,6 @@ class NSOperation : public NSObject {
   // Its queue's, under the queue's mutex:
   NSOperation* nextInQueue_ = nullptr;
   NSOperation* previousInQueue_ = nullptr;
-
-  bool isBarrier_ = false;
 };
 
 }  // namespace zeb

@@ -99,7 +99,7 @@ void NSOperationQueue::addOperations(std::span<const Ref<NSOperation>> operation
       operation->addDependency(awaitedBarrier);
       operation->requireNoCircle();
     }
-    while (!append(operations, &awaitedBarrier)) {
+    while (!append(operations, awaitedBarrier)) {
       for (const Ref<NSOperation>& operation : operations) {
         if (operation) operation->addDependency(awaitedBarrier);
       }
@@ -123,14 +123,14 @@ Ref<NSOperation> NSOperationQueue::latestBarrier() const {
 }
 
 /// All at once, so that those who run them don't fight for the mutex over every one. False when there is a
-/// barrier other than the awaited one; then that is the one to wait for. A barrier itself awaits none.
+/// barrier other than the awaited one; then that is the one to wait for.
 bool NSOperationQueue::append(std::span<const Ref<NSOperation>> operations,
-                              Ref<NSOperation>* awaitedBarrier) {
+                              Ref<NSOperation>& awaitedBarrier) {
   Tickets tickets;
   {
     std::lock_guard guard(mutex_);
-    if (barrier_ && awaitedBarrier && barrier_ != *awaitedBarrier) {
-      *awaitedBarrier = barrier_;
+    if (barrier_ && barrier_ != awaitedBarrier) {
+      awaitedBarrier = barrier_;
       return false;
     }
     for (const Ref<NSOperation>& operation : operations) {
@@ -161,26 +161,39 @@ void NSOperationQueue::addOperationWithBlock(Block<void()> block) {
   if (block) addOperation(makeRef<NSBlockOperation>(std::move(block)));
 }
 
+/// The barrier waits for what was added since the barrier before it, and for that one, which waits for all that
+/// is older. As barriers finish in their turn even when they are cancelled, that is enough.
 void NSOperationQueue::addBarrierBlock(Block<void()> block) {
   if (!block) return;
   const Ref<NSOperation> barrier = makeRef<NSBlockOperation>(std::move(block));
-  barrier->isBarrier_ = true;
+  // It is put into the queue first, so that its place there tells what it has to wait for. Until all that is
+  // known, it waits for one operation that does not exist.
   barrier->claim();
+  barrier->state_.fetch_or(NSOperation::barrierFlag | NSOperation::oneDependency);
   std::vector<Ref<NSOperation>> earlier;
   {
     std::lock_guard guard(mutex_);
-    earlier = allOperations();
-    earlier.push_back(std::exchange(barrier_, barrier));
+    for (NSOperation* operation = last_; operation; operation = operation->previousInQueue_) {
+      earlier.emplace_back(operation);
+      if (barrier_.get() == operation) break;
+    }
+    barrier_ = barrier;
+    append(*barrier);
+    if (!self_) self_ = Ref(this);
   }
+  const auto letGo = [&barrier] {
+    const auto one = NSOperation::oneDependency;
+    if (barrier->shallSubmit(barrier->state_.fetch_sub(one) - one)) submit(barrier.get());
+  };
   try {
     for (const Ref<NSOperation>& operation : earlier) barrier->addDependency(operation);
     barrier->requireNoCircle();
   } catch (...) {
     barrier->cancel();  // others may wait for it already
-    append({&barrier, 1}, nullptr);
+    letGo();
     throw;
   }
-  append({&barrier, 1}, nullptr);
+  letGo();
 }
 
 // Running. -----------------------------------------------------------------------------------------
@@ -252,7 +265,7 @@ void NSOperationQueue::remove(NSOperation& operation, NSOperation* readyOperatio
   submit(readyOperations);
   for (const dispatch_semaphore_t& waiter : waiters) dispatch_semaphore_signal(waiter);
   // Later operations depend on the barrier: it must not keep all that was before it alive.
-  if (operation.isBarrier_) operation.forgetDependencies();
+  if (operation.flags() & NSOperation::barrierFlag) operation.forgetDependencies();
   operation.release();
 }
 

@@ -47,7 +47,8 @@ class NSOperationQueue : public NSObject {
   }
   /// Nil: nothing.
   void addOperationWithBlock(Block<void()> block);
-  /// Runs the block alone: after everything that is on the queue now, before everything added later.
+  /// Runs the block alone: after everything that is on the queue now, before everything added later. When it is
+  /// cancelled, it is not run, but its place in the order remains. Nil: nothing.
   void addBarrierBlock(Block<void()> block);
 
   /// Those that have not finished, in the order in which they were added.
@@ -94,7 +95,7 @@ class NSOperationQueue : public NSObject {
   explicit NSOperationQueue(OfMainThread);
 
   static void submit(NSOperation* readyOperations);
-  bool append(std::span<const Ref<NSOperation>> operations, Ref<NSOperation>* awaitedBarrier);
+  bool append(std::span<const Ref<NSOperation>> operations, Ref<NSOperation>& awaitedBarrier);
   void useTicket();
   void remove(NSOperation& operation, NSOperation* readyOperations);
   void change(FunctionView<void()> step);

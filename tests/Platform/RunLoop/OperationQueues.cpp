@@ -93,6 +93,23 @@ TEST(NSOperationQueue, RunsBarriersAlone) {
   }
   queue->waitUntilAllOperationsAreFinished();
 
+  queue->setSuspended(true);
+  int order = 0;
+  for (int pair = 0; pair < 100; ++pair) {
+    queue->addOperationWithBlock([&, pair] { EXPECT_EQ(order, pair > 50 ? pair - 1 : pair); });
+    queue->addBarrierBlock([&] { ++order; });
+  }
+  std::size_t dependencies = 0;
+  for (const auto& each : queue->operations()) dependencies += each->dependencies().size();
+  EXPECT_EQ(dependencies, 100u + 99u + 99u)
+      << "each barrier waits for one operation and one barrier";
+  const auto cancelled = queue->operations()[2 * 50 + 1];
+  cancelled->cancel();
+  EXPECT_FALSE(cancelled->isReady()) << "later ones still have to wait for those before it";
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(order, 99);
+
   const auto earlier = makeRef<NSBlockOperation>(), later = makeRef<NSBlockOperation>();
   earlier->addDependency(later);
   queue->addOperation(earlier);
