@@ -140,9 +140,14 @@ class NSOperation : public NSObject {
   static bool isReadyIn(State state) noexcept {
     return (state & (cancelledFlag | barrierFlag)) == cancelledFlag || state < oneDependency;
   }
+  /// Whether an operation in this state has to be handed to its queue. One in another state may run and die at
+  /// any time, so that nobody without a reference may touch it.
+  static bool isToBeSubmittedIn(State state) noexcept {
+    return (state & (enqueuedFlag | submittedFlag)) == enqueuedFlag && isReadyIn(state);
+  }
   /// After a step to `state`: whether it is on the caller to hand the operation to its queue.
   bool shallSubmit(State state) noexcept {
-    return (state & (enqueuedFlag | submittedFlag)) == enqueuedFlag && isReadyIn(state) &&
+    return isToBeSubmittedIn(state) &&
            !(state_.fetch_or(submittedFlag, std::memory_order_acq_rel) & submittedFlag);
   }
 

@@ -226,11 +226,13 @@ void NSOperation::removeDependent(Dependency& dependency) noexcept {
 NSOperation* NSOperation::unlinkDependents() noexcept {
   NSOperation* readyOperations = nullptr;
   for (Dependency* next = std::exchange(dependents_, nullptr); next;) {
-    // Read before the count goes down, after which the dependent may finish and go, but for our mutex.
+    // Read before the count goes down, after which the dependent may finish and go.
     Dependency& dependency = *std::exchange(next, next->nextDependent);
     dependency.link = nullptr;
     NSOperation& dependent = *dependency.dependent;
     const State before = dependent.state_.fetch_sub(oneDependency, std::memory_order_acq_rel);
+    // Unless it is ours to submit: then it waits for that, or, when somebody cancels it meanwhile, for our mutex.
+    if (!isToBeSubmittedIn(before - oneDependency)) continue;
     if (!dependent.shallSubmit(before - oneDependency)) continue;
     dependent.nextReady_ = readyOperations;
     readyOperations = &dependent;
