@@ -160,8 +160,13 @@ class NSOperation : public NSObject {
                                        const NSObject& what);
   bool isHeldUpBy(const WaitCheck& caller, bool isAwaitedItself) const;
 
+  // For those whose dependencies are free of circles (see OperationCirclesPrivate.h).
+  using Level = std::uint32_t;
   void requireNoCircle();
   bool markCircleFreeIfDependenciesAre();
+  void rise(Level level, std::vector<Ref<NSOperation>>& dependents);
+  bool hasDependents() const;
+
   bool insertDependency(const Ref<NSOperation>& operation, State flagsAgainst);
   std::vector<Ref<NSOperation>> dependenciesWithout(State unwantedFlags) const;
   void addDependent(Dependency& dependency) noexcept;
@@ -172,6 +177,7 @@ class NSOperation : public NSObject {
 
   std::atomic<State> state_{0};
   mutable detail::ShortLock mutex_;
+  std::atomic<Level> level_{0};  ///< changed under the mutex
   // Under the mutex:
   Dependencies* dependencies_ = nullptr;
   Dependencies* lastDependencies_ = nullptr;

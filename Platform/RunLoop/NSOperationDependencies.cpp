@@ -1,170 +1,27 @@
-#include <Foundation/NSException.h>
 #include <RunLoop/NSOperation.h>
 #include <RunLoop/NSOperationQueue.h>
+#include <RunLoop/OperationCirclesPrivate.h>
 #include <RunLoop/OperationDependencyPrivate.h>
 
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
 namespace zeb {
 
-namespace {
-
-[[noreturn]] void raiseCircle(const std::vector<Ref<NSOperation>>& circle) {
-  std::string text = "operations wait for each other: ";
-  for (const Ref<NSOperation>& operation : circle) text += operation->description() + " -> ";
-  raiseInvalidArgument(text + circle.front()->description());
-}
-
-}  // namespace
-
-// Circles. -----------------------------------------------------------------------------------------
-//
-// Before an operation is enqueued, it and everything that it waits for is marked as free of circles. Mostly
-// all that it depends on is marked already, and a look at the marks is enough. Otherwise one thread at a
-// time searches.
-
-class NSOperation::CircleSearch {
- public:
-  CircleSearch() : lock_(mutex()) {}
-
-  /// Marks the operation and whatever it waits for, or throws.
-  void requireNoneFrom(NSOperation& root) {
-    std::vector<Step> path{{Ref(&root)}};
-    while (!path.empty()) {
-      Step& step = path.back();
-      NSOperation& operation = *step.operation;
-      if (!step.isEntered) {
-        if (operation.flags() & settledFlags) {
-          leave(path);
-          continue;
-        }
-        if (operation.flags() & onPathFlag) reportEnd(path);
-        operation.state_.fetch_or(onPathFlag, std::memory_order_relaxed);
-        step.isEntered = true;
-      }
-      if (operation.markCircleFreeIfDependenciesAre()) {
-        operation.state_.fetch_and(~onPathFlag, std::memory_order_relaxed);
-        leave(path);
-        continue;
-      }
-      for (Ref<NSOperation>& dependency : operation.dependenciesWithout(settledFlags)) {
-        path.push_back({std::move(dependency)});
-      }
-    }
-  }
-
-  /// Throws if `from` waits for `target`.
-  void requireNoPath(NSOperation& from, NSOperation& target) {
-    std::vector<Ref<NSOperation>> waiting{Ref(&from)};
-    auto& reachedFrom = reachedFrom_;
-    reachedFrom.emplace(&from, Ref(&target));
-    while (!waiting.empty()) {
-      const Ref<NSOperation> operation = visited_.emplace_back(std::move(waiting.back()));
-      waiting.pop_back();
-      for (Ref<NSOperation>& dependency : operation->dependenciesWithout(finishedFlag)) {
-        if (!reachedFrom.emplace(dependency.get(), operation).second) continue;
-        if (dependency.get() == &target) reportPath(reachedFrom, target);
-        waiting.push_back(std::move(dependency));
-      }
-    }
-  }
-
- private:
-  /// Nothing below such an operation needs a look.
-  static constexpr State settledFlags = circleFreeFlag | finishedFlag;
-
-  /// Those that are entered wait each for the next one; the others still have to be looked at.
-  struct Step {
-    Ref<NSOperation> operation;
-    bool isEntered = false;
-  };
-
-  void leave(std::vector<Step>& path) {
-    visited_.push_back(std::move(path.back().operation));
-    path.pop_back();
-  }
-
-  static std::mutex& mutex() {
-    static auto* mutex = new std::mutex;
-    return *mutex;
-  }
-
-  /// The path's last operation was met on it before.
-  [[noreturn]] void reportEnd(const std::vector<Step>& path) {
-    std::vector<Ref<NSOperation>> circle;
-    for (const Step& step : path) {
-      if (!step.isEntered) continue;
-      step.operation->state_.fetch_and(~onPathFlag, std::memory_order_relaxed);
-      if (!circle.empty() || step.operation == path.back().operation) {
-        circle.push_back(step.operation);
-      }
-    }
-    lock_.unlock();
-    raiseCircle(circle);
-  }
-
-  [[noreturn]] void reportPath(
-      const std::unordered_map<NSOperation*, Ref<NSOperation>>& reachedFrom, NSOperation& target) {
-    std::vector<Ref<NSOperation>> circle{Ref(&target)};
-    Ref<NSOperation> operation = reachedFrom.at(&target);
-    for (; operation.get() != &target; operation = reachedFrom.at(operation.get())) {
-      circle.insert(circle.begin() + 1, operation);
-    }
-    lock_.unlock();
-    raiseCircle(circle);
-  }
-
-  // Released after the lock: the last reference to an operation may be one of these.
-  std::vector<Ref<NSOperation>> visited_;
-  std::unordered_map<NSOperation*, Ref<NSOperation>> reachedFrom_;
-  std::unique_lock<std::mutex> lock_;
-};
-
-std::vector<Ref<NSOperation>> NSOperation::dependenciesWithout(State unwantedFlags) const {
-  std::vector<Ref<NSOperation>> operations;
-  std::lock_guard guard(mutex_);
-  for (Dependencies* block = dependencies_; block; block = block->next) {
-    for (const Dependency& dependency : *block) {
-      if (!dependency.operation || (dependency.operation->flags() & unwantedFlags)) continue;
-      operations.push_back(dependency.operation);
-    }
-  }
-  return operations;
-}
-
-bool NSOperation::markCircleFreeIfDependenciesAre() {
-  std::lock_guard guard(mutex_);
-  for (Dependencies* block = dependencies_; block; block = block->next) {
-    for (const Dependency& dependency : *block) {
-      if (!dependency.operation) continue;
-      if (!(dependency.operation->flags() & (circleFreeFlag | finishedFlag))) return false;
-    }
-  }
-  state_.fetch_or(circleFreeFlag, std::memory_order_release);
-  return true;
-}
-
-void NSOperation::requireNoCircle() {
-  if (!markCircleFreeIfDependenciesAre()) CircleSearch().requireNoneFrom(*this);
-}
-
-// Dependencies. The mutexes of both sides guard one that is in both lists. ---------------------------
+// The mutexes of both sides guard a dependency that is in both lists.
 
 void NSOperation::addDependency(const Ref<NSOperation>& operation) {
   if (!operation || isFinished()) return;
-  if (operation.get() == this) raiseCircle({Ref(this)});
   if (insertDependency(operation, circleFreeFlag)) return;
   // What waits for this one may be running already, so nobody would look for circles later.
   CircleSearch search;
-  search.requireNoneFrom(*operation);
-  if (!operation->isFinished()) search.requireNoPath(*operation, *this);
+  search.requireNoCircleThrough(*this, *operation);
   insertDependency(operation, 0);
 }
 
-/// False, and nothing is done, when the operation has one of the flags.
+/// False, and nothing is done, when this operation has one of the flags.
 bool NSOperation::insertDependency(const Ref<NSOperation>& operation, State flagsAgainst) {
+  if (operation.get() == this) CircleSearch::raiseCircle({operation});
   std::scoped_lock guard(mutex_, operation->mutex_);
   if (flags() & flagsAgainst) return false;
   if (!lastDependencies_ || lastDependencies_->isFull()) {
@@ -198,6 +55,18 @@ void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
     }
   }
   if (shallSubmit(state)) NSOperationQueue::submit(this);
+}
+
+std::vector<Ref<NSOperation>> NSOperation::dependenciesWithout(State unwantedFlags) const {
+  std::vector<Ref<NSOperation>> operations;
+  std::lock_guard guard(mutex_);
+  for (Dependencies* block = dependencies_; block; block = block->next) {
+    for (const Dependency& dependency : *block) {
+      if (!dependency.operation || (dependency.operation->flags() & unwantedFlags)) continue;
+      operations.push_back(dependency.operation);
+    }
+  }
+  return operations;
 }
 
 std::vector<Ref<NSOperation>> NSOperation::dependencies() const {

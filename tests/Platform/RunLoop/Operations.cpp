@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <latch>
+#include <set>
 #include <thread>
 
 #include "../Logging/LogRecorder.h"
@@ -230,6 +231,65 @@ TEST(NSOperation, LooksThroughLargeGraphsOnce) {
   }
   queue->addOperations(operations, true);
   EXPECT_EQ(ran, 20'000);
+}
+
+/// What is on a queue already gets dependencies at random; a plain search tells which ones close a circle.
+TEST(NSOperation, FindsCirclesOfLateDependencies) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setSuspended(true);
+  std::mt19937 random(1);
+  constexpr std::size_t count = 150;
+  Operations operations;
+  std::vector<std::set<std::size_t>> waitsFor(count);
+  for (std::size_t i = 0; i < count; ++i) operations.push_back(operation());
+  queue->addOperations(operations, false);
+  int refusals = 0;
+  for (int step = 0; step < 3000; ++step) {
+    const std::size_t from = random() % count, to = random() % count;
+    if (step % 5 == 4) {
+      operations[from]->removeDependency(operations[to]);
+      waitsFor[from].erase(to);
+      continue;
+    }
+    std::set<std::size_t> reached{to};
+    std::vector<std::size_t> waiting{to};
+    while (!waiting.empty()) {
+      const std::size_t next = waiting.back();
+      waiting.pop_back();
+      for (const std::size_t other : waitsFor[next]) {
+        if (reached.insert(other).second) waiting.push_back(other);
+      }
+    }
+    const bool isCircle = reached.contains(from);
+    ASSERT_EQ(raised([&] { operations[from]->addDependency(operations[to]); }) != "nothing",
+              isCircle)
+        << step;
+    if (!isCircle) waitsFor[from].insert(to);
+    refusals += isCircle;
+  }
+  EXPECT_TRUE(refusals > 300 && refusals < 2000) << refusals;
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+/// Two chains that grow while they are on a queue, and then wait for each other step by step, downwards and
+/// upwards: looking through a chain each time would take minutes.
+TEST(NSOperation, LateDependenciesCostNoSearchOfAllOthers) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setSuspended(true);
+  constexpr std::size_t count = 30'000;
+  Operations one, other;
+  for (Operations* chain : {&one, &other}) {
+    for (std::size_t i = 0; i < count; ++i) chain->push_back(operation());
+    queue->addOperations(*chain, false);
+  }
+  for (std::size_t i = 1; i < count; ++i) one[i]->addDependency(one[i - 1]);
+  for (std::size_t i = count - 1; i > 0; --i) other[i]->addDependency(other[i - 1]);
+  for (std::size_t i = 0; i < count; ++i) one[i]->addDependency(other[i]);
+  for (std::size_t i = count / 2; i < count; ++i) other[i]->addDependency(one[i / 2]);
+  EXPECT_NE(raised([&] { other[0]->addDependency(one.back()); }), "nothing");
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
 }
 
 TEST(NSOperation, ChainsOfAnyLengthDieOnASmallStack) {
