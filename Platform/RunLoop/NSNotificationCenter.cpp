@@ -59,6 +59,8 @@ class NSNotificationCenter::Registration final : public NSObject {
 
   /// What it stands under in the table of observers: an identity that outlives the observer.
   const void* owner = nullptr;
+  /// Where it stands among its owner's. Under the centre's lock.
+  std::size_t place = 0;
 
   /// The name that it is for, or nil.
   const NSString& name() const noexcept { return name_; }
@@ -150,7 +152,9 @@ void NSNotificationCenter::add(const void* observer, const Ref<Registration>& re
     }
     registration->owner = observer;
     list->registrations.push_back(registration);
-    registrationsOf_[observer].push_back(registration);
+    auto& own = registrationsOf_[observer];
+    registration->place = own.size();
+    own.push_back(registration);
     isTimeToSweep = ++count_ >= countForSweep_;
   }
   if (isTimeToSweep) removeDead();
@@ -164,10 +168,23 @@ void NSNotificationCenter::removeObserver(const Ref<NSObject>& observer, const N
     std::lock_guard guard(mutex_);
     const auto own = registrationsOf_.find(detail::ObjectExtras::ifAny(*observer));
     if (own == registrationsOf_.end()) return;
-    removeFrom(own, removed, [&](const Registration& one) {
+    const auto isUnwanted = [&](const Registration& one) {
       return (name.isNil() || one.name() == name) &&
              (object.isNil() || one.filter().isSameAs(object));
-    });
+    };
+    const auto named = name.isNil() ? listsByName_.end() : listsByName_.find(name);
+    if (!name.isNil() && named == listsByName_.end()) return;
+    // Either the observer or the name may have very many.
+    if (name.isNil() || own->second.size() <= named->second->registrations.size()) {
+      removeFrom(own, removed, isUnwanted);
+    } else {
+      const Ref<List> list = named->second;
+      for (const Ref<Registration>& one : list->registrations) {
+        if (one->owner != own->first || one->isRemoved() || !isUnwanted(*one)) continue;
+        removeOne(own->second, one, removed);
+      }
+      if (own->second.empty()) registrationsOf_.erase(own);
+    }
   }
   releaseBlocks(removed);
 }
@@ -189,15 +206,23 @@ void NSNotificationCenter::removeDead() {
 template <class Predicate>
 NSNotificationCenter::Registrations::iterator NSNotificationCenter::removeFrom(
     Registrations::iterator own, Removed& removed, const Predicate& isUnwanted) {
-  std::erase_if(own->second, [&](const Ref<Registration>& one) {
-    if (!isUnwanted(*one)) return false;
-    one->setRemoved();
-    --count_;
-    removed.push_back(one);
-    noteGap(listsByName_.find(one->name()));
-    return true;
-  });
+  for (std::size_t place = own->second.size(); place-- > 0;) {
+    const Ref<Registration> one = own->second[place];
+    if (isUnwanted(*one)) removeOne(own->second, one, removed);
+  }
   return own->second.empty() ? registrationsOf_.erase(own) : std::next(own);
+}
+
+/// Removes one of an observer's registrations; the last one takes its place.
+void NSNotificationCenter::removeOne(Removed& own, const Ref<Registration>& one, Removed& removed) {
+  own.back()->place = one->place;
+  std::swap(own[one->place], own.back());
+  removed.push_back(std::move(own.back()));
+  own.pop_back();
+  Registration& registration = *removed.back();
+  registration.setRemoved();
+  --count_;
+  noteGap(listsByName_.find(registration.name()));
 }
 
 void NSNotificationCenter::noteGap(Lists::iterator list) {
@@ -242,8 +267,9 @@ void NSNotificationCenter::postNotification(const Ref<NSNotification>& notificat
     std::lock_guard guard(mutex_);
     for (const Ref<Registration>& registration : dead) {
       const auto own = registrationsOf_.find(registration->owner);
-      if (own == registrationsOf_.end()) continue;
-      removeFrom(own, removed, [&](const Registration& one) { return &one == registration.get(); });
+      if (own == registrationsOf_.end() || registration->isRemoved()) continue;
+      removeOne(own->second, registration, removed);
+      if (own->second.empty()) registrationsOf_.erase(own);
     }
   }
   releaseBlocks(removed);

@@ -74,6 +74,7 @@ class NSNotificationCenter : public NSObject {
   template <class Predicate>
   Registrations::iterator removeFrom(Registrations::iterator own, Removed& removed,
                                      const Predicate& isUnwanted);
+  void removeOne(Removed& own, const Ref<Registration>& one, Removed& removed);
   void noteGap(Lists::iterator list);
   static void releaseBlocks(const Removed& removed);
 

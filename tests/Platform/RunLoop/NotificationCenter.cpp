@@ -110,6 +110,29 @@ TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
   }
 }
 
+/// One observer of many names, and many of one: looking through all of them each time would take minutes.
+TEST(NSNotificationCenter, RemovingOneCostsTheSameAmongMany) {
+  const auto center = makeRef<NSNotificationCenter>();
+  const Ref<NSObject> observer = object();
+  constexpr int count = 30'000;
+  std::vector<NSString> names;
+  std::vector<Ref<NSObject>> others;
+  int calls = 0;
+  for (int i = 0; i < count; ++i) {
+    names.push_back(NSString::stringWithFormat("name %d", i));
+    center->addObserver(observer, counting(calls), names.back());
+    others.push_back(object());
+    center->addObserver(others.back(), counting(calls), "A");
+  }
+  for (int i = 0; i + 1 < count; ++i) {
+    center->removeObserver(observer, names[static_cast<std::size_t>(i)], nullptr);
+    center->removeObserver(others[static_cast<std::size_t>(i)], "A", nullptr);
+  }
+  for (const NSString& name : names) center->postNotificationName(name);
+  center->postNotificationName("A");
+  EXPECT_EQ(calls, 2);
+}
+
 TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
   const auto center = makeRef<NSNotificationCenter>();
   std::vector<Ref<NSObject>> observers;
