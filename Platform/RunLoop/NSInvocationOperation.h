@@ -11,6 +11,8 @@
 
 namespace zeb {
 
+class SEL;  // in Runtime/SEL.h
+
 /// Raised when the result of a cancelled invocation is asked for.
 extern const char* const NSInvocationOperationCancelledException;
 
@@ -24,11 +26,22 @@ class NSInvocationOperation : public NSOperation {
   explicit NSInvocationOperation(Callable&& callable)
       : invocation_(invocation(std::forward<Callable>(callable))) {}
 
-  /// Calls a method of the object, which is kept alive until then.
+  /// Calls a method of the object, which is kept alive until then. With a nil target or method nothing is called,
+  /// and the result is nil.
   template <class Target, class Class, class Result>
-  NSInvocationOperation(Ref<Target> target, Result (Class::*method)())
-      : NSInvocationOperation(
-            [target = std::move(target), method] { return (target.get()->*method)(); }) {}
+  NSInvocationOperation(Ref<Target> target, Result (Class::*method)()) {
+    if (!target || !method) return;
+    invocation_ =
+        invocation([target = std::move(target), method] { return (target.get()->*method)(); });
+  }
+
+  /// Sends the target a message, as `performSelector` does: with the object if the selector takes an argument. Both
+  /// are kept alive until then. Nil receives everything and answers nil; a target that does not know the
+  /// selector stops the process when the operation runs. A nil selector throws NSException
+  /// (NSInvalidArgumentException).
+  ///
+  /// Sending belongs to the dynamic runtime, which is built on this module: the definition is there.
+  NSInvocationOperation(Value target, SEL selector, Value object = nullptr);
 
   /// What the call answered; nil before the operation has finished. Throws what the call threw, if that was
   /// an NSException, and NSException (NSInvocationOperationCancelledException) if it was cancelled before.

@@ -1,4 +1,7 @@
+#include <Memory/WeakRef.h>
 #include <RunLoop/NSOperationQueue.h>
+#include <Runtime/Registration.h>
+#include <Runtime/Send.h>
 #include <ZEBUtilities/OperationDependencyGraph.h>
 #include <ZEBUtilities/ZEBBackgroundQueue.h>
 #include <ZEBUtilities/ZEBBackgroundTaskHandle.h>
@@ -7,6 +10,7 @@
 
 #include <thread>
 
+#include "../../Platform/Logging/LogRecorder.h"
 #include "../../Platform/Support.h"
 
 namespace zeb {
@@ -128,6 +132,55 @@ TEST(ZEBSafeOperation, LetsGoOfItsCompletionBlock) {
   EXPECT_EQ(completions, 3);
   EXPECT_EQ(invocation->result(), 3);
   EXPECT_EQ(block->className(), "ZEBSafeBlockOperation");
+}
+
+struct Receiver : NSObject {
+  static Class* runtimeClass() {
+    static Class* const cls = registerClass(
+        "Receiver",
+        {
+            method("add:", [](Receiver& self, int summand) { return self.sum += summand; }),
+            method("clear", [](Receiver& self) { self.sum = 0; }),
+            method("raise", [](Receiver&) -> Value { raiseRange(3, 2); }),
+        });
+    return cls;
+  }
+  Class* classObject() const override { return runtimeClass(); }
+  int sum = 40;
+};
+
+template <class Operation>
+void checkMessages() {
+  auto receiver = makeRef<Receiver>();
+  const WeakRef<Receiver> weak(receiver);
+  const auto add = makeRef<Operation>(receiver, "add:"_sel, 2);
+  const auto clear = makeRef<Operation>(receiver, "clear"_sel);
+  const auto raise = makeRef<Operation>(receiver, "raise"_sel, 2);
+  receiver = nullptr;
+  add->start();
+  EXPECT_EQ(add->result(), 42);
+  clear->start();
+  EXPECT_TRUE(clear->result().isNil() && weak.lock()->sum == 0);
+  raise->start();
+  EXPECT_EQ(test::raisedName([&] { raise->result(); }), NSRangeException);
+  EXPECT_FALSE(weak.lock()) << "the target is kept until the last one has run";
+
+  EXPECT_EQ(test::raisedName([&] { makeRef<Operation>(nullptr, SEL()); }),
+            NSInvalidArgumentException);
+  struct Plain : NSObject {
+    void call() {}
+  };
+  for (const auto& empty :
+       {makeRef<Operation>(nullptr, "add:"_sel), makeRef<Operation>(Ref<Plain>(), &Plain::call)}) {
+    empty->start();
+    EXPECT_TRUE(empty->isFinished() && empty->result().isNil());
+  }
+}
+
+TEST(InvocationOperation, SendsAMessage) {
+  test::LogRecorder log;
+  checkMessages<NSInvocationOperation>();
+  checkMessages<ZEBSafeInvocationOperation>();
 }
 
 TEST(ZEBBackgroundQueue, IsOneSerialQueue) {
