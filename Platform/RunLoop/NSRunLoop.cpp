@@ -34,15 +34,13 @@ NSDate NSRunLoop::limitDateForMode(const NSString& mode) {
 
 NSString NSRunLoop::currentMode() const { return core_->currentMode(); }
 
-void NSRunLoop::post(detail::WorkItem& item) { core_->post(item); }
+void NSRunLoop::post(detail::WorkItem& item) {
+  if (!core_->post(item)) detail::PerformScope::drop(item);
+}
 
 void NSRunLoop::post(detail::WorkItem& item, const NSArray& modes, const void* target) {
   item.runner = new detail::PerformScope(modes, target);
-  if (modes.count() == 0) {
-    detail::PerformScope::drop(item);
-  } else {
-    core_->post(item);
-  }
+  if (modes.count() == 0 || !core_->post(item)) detail::PerformScope::drop(item);
 }
 
 void NSRunLoop::cancelPerformBlocksWithTarget(const void* target) { core_->dropBlocks(target); }

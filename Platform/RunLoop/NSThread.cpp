@@ -3,6 +3,7 @@
 #include <RunLoop/LoopTimePrivate.h>
 #include <RunLoop/NSNotificationCenter.h>
 #include <RunLoop/NSThread.h>
+#include <RunLoop/PerformScopePrivate.h>
 #include <RunLoop/RunLoopCorePrivate.h>
 
 #include <algorithm>
@@ -194,7 +195,9 @@ void performAndWait(const Ref<NSThread>& thread, FunctionView<void()> block, con
     ThreadGate* gate_;
   };
   ThreadGate gate;
-  thread->runLoop()->performBlock(modes, [block, opener = Opener(gate)] { block(); });
+  WorkItem& item = *newWorkItem([block, opener = Opener(gate)] { block(); });
+  item.runner = new PerformScope(modes, nullptr);
+  if (modes.count() == 0 || !thread->runLoop()->core().post(item)) PerformScope::dropAtOnce(item);
   gate.wait();
 }
 

@@ -4,6 +4,9 @@
 #include <Foundation/NSArray.h>
 #include <RunLoop/RunLoopModesPrivate.h>
 
+#include <atomic>
+#include <utility>
+
 namespace zeb::detail {
 
 /// Where a posted block may run, and what it can be cancelled by. Goes with one item as its runner; an item
@@ -29,8 +32,26 @@ class PerformScope final : public WorkRunner {
       item.dispose();
     }
   }
-  /// Releases the block without a call.
+  /// Releases the block without a call. What dies with it may have further blocks dropped on this thread; these
+  /// follow one after the other and not from within each other, for there may be many.
   static void drop(WorkItem& item) noexcept {
+    static constinit thread_local WorkItem** postponed = nullptr;
+    if (postponed) {
+      item.next.store(std::exchange(*postponed, &item), std::memory_order_relaxed);
+      return;
+    }
+    WorkItem* next = nullptr;
+    postponed = &next;
+    dropAtOnce(item);
+    while (next) {
+      WorkItem& dropped = *next;
+      next = dropped.next.load(std::memory_order_relaxed);
+      dropAtOnce(dropped);
+    }
+    postponed = nullptr;
+  }
+  /// The same, also while another block is being dropped: for one whose release somebody waits for.
+  static void dropAtOnce(WorkItem& item) noexcept {
     delete static_cast<PerformScope*>(item.runner);
     item.discard();
     item.dispose();

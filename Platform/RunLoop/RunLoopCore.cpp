@@ -45,17 +45,10 @@ class RunLoopCore::FrameScope {
 
 // For any thread.
 
-void RunLoopCore::post(WorkItem& item) noexcept {
-  switch (inbox_.push(item)) {
-    case LoopInbox::Outcome::done:
-      break;
-    case LoopInbox::Outcome::mustWake:
-      waiter_.wake();
-      break;
-    case LoopInbox::Outcome::closed:
-      PerformScope::drop(item);
-      break;
-  }
+bool RunLoopCore::post(WorkItem& item) noexcept {
+  const LoopInbox::Outcome outcome = inbox_.push(item);
+  if (outcome == LoopInbox::Outcome::mustWake) waiter_.wake();
+  return outcome != LoopInbox::Outcome::closed;
 }
 
 void RunLoopCore::lookAround() noexcept {

@@ -23,7 +23,8 @@ class RunLoopCore {
   RunLoopModes& modes() noexcept { return modes_; }
 
   // Any thread:
-  void post(WorkItem& item) noexcept;
+  /// False when the loop has ended and the item stays the caller's.
+  bool post(WorkItem& item) noexcept;
   void lookAround() noexcept;
   void mainQueueIsReady() noexcept;
   void stop() noexcept;

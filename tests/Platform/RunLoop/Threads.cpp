@@ -147,6 +147,24 @@ TEST(Threads, TheLoopEndsWithItsThread) {
   thread->runLoop()->addTimer(late, NSDefaultRunLoopMode);
   EXPECT_FALSE(late->isValid());
 
+  // Blocks whose release drops further ones, and waits for some.
+  struct Link : NSObject {
+    ~Link() override {
+      performOnThread(ended, [] { FAIL(); }, true);
+      if (next) ended->runLoop()->performBlock([held = std::move(next)] { FAIL(); });
+    }
+    Ref<NSThread> ended;
+    Ref<Link> next;
+  };
+  runOnSmallStack([&] {
+    Ref<Link> chain;
+    for (int length = 0; length < 100'000; ++length) {
+      const auto link = makeRef<Link>();
+      link->ended = thread;
+      link->next = std::exchange(chain, link);
+    }
+  });
+
   makeRef<NSThread>(nullptr)->runLoop()->performBlock(probing());  // never started
   EXPECT_EQ(deaths, 6);
 }
