@@ -29,8 +29,8 @@ class RunLoopCore;
 /// here, a dispatch queue is simpler.
 ///
 /// A loop runs in one mode at a time and does what was added to that mode (or to the common modes, if the
-/// mode is one of them); the rest waits. Modes are made by using their names. Loops may be run from inside
-/// their own callbacks, in the same or another mode, to any depth.
+/// mode is one of them); the rest waits. Modes are made by using their names and forgotten when nothing
+/// is left in them. Loops may be run from inside their own callbacks, in the same or another mode, to any depth.
 ///
 /// One pass of a loop: due timers fire, each at most once; then blocks, signalled sources and the main queue
 /// run; then ready descriptors are handled. If nothing is left to do after that, the thread sleeps.

@@ -34,7 +34,7 @@ void PendingBlocks::append(const ItemList& newer) noexcept {
 }
 
 PendingBlocks::Place PendingBlocks::find(const RunLoopMode& mode) {
-  const auto skipped = std::ranges::find(skipped_, &mode, &Skipped::mode);
+  const auto skipped = std::ranges::find(skipped_, mode.name, &Skipped::modeName);
   WorkItem* const start = skipped != skipped_.end() ? skipped->last : nullptr;
   Place place{start, start ? nextOf(*start) : items_.first};
   while (place.item && !PerformScope::allows(*place.item, mode)) {
@@ -43,7 +43,8 @@ PendingBlocks::Place PendingBlocks::find(const RunLoopMode& mode) {
   if (skipped != skipped_.end()) {
     skipped->last = place.previous;
   } else if (place.previous) {
-    skipped_.push_back({&mode, place.previous});
+    if (skipped_.size() == maxSkipped) skipped_.clear();
+    skipped_.push_back({mode.name, place.previous});
   }
   return place;
 }

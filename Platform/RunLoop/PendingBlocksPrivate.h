@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Foundation/NSString.h>
 #include <RunLoop/LoopInboxPrivate.h>
 #include <RunLoop/RunLoopModesPrivate.h>
 
@@ -37,7 +38,7 @@ class PendingBlocks {
   /// The blocks up to this one are not for the mode; kept so that a storm of blocks for another mode is looked
   /// through only once.
   struct Skipped {
-    const RunLoopMode* mode;
+    NSString modeName;  // modes come and go, but what may run in one depends on its name alone
     WorkItem* last;
   };
   struct Place {
@@ -47,6 +48,9 @@ class PendingBlocks {
 
   Place find(const RunLoopMode& mode);
   void unlink(const Place& place) noexcept;
+
+  /// For more modes the list is looked through anew.
+  static constexpr std::size_t maxSkipped = 16;
 
   ItemList items_;
   std::vector<Skipped> skipped_;

@@ -104,7 +104,8 @@ void RunLoopCore::close() noexcept {
 
 bool RunLoopCore::run(const NSString& modeName, std::uint64_t limit, bool endsAfterInput) {
   requireOwnThread();
-  const bool didRun = runFrame(modes_.named(modeName), limit, endsAfterInput);
+  const RunLoopModes::Run run(modes_, modeName);
+  const bool didRun = runFrame(run.mode(), limit, endsAfterInput);
   if (isHosted_) leaveWaitingToHost();
   return didRun;
 }
@@ -262,7 +263,8 @@ void RunLoopCore::lingerForNews() const noexcept {
 
 RunLoopModes::Outlook RunLoopCore::fireTimers(const NSString& modeName) {
   requireOwnThread();
-  RunFrame frame{modes_.named(modeName), frame_};
+  const RunLoopModes::Run run(modes_, modeName);
+  RunFrame frame{run.mode(), frame_};
   FrameScope scope(*this, frame);
   fireDueTimers(frame);
   return modes_.outlook(frame.mode);
@@ -275,7 +277,7 @@ NSString RunLoopCore::currentMode() {
 
 void RunLoopCore::makeCommon(const NSString& modeName) {
   requireOwnThread();
-  modes_.makeCommon(modes_.named(modeName), waiter_.pollSet());
+  modes_.makeCommon(modeName, waiter_.pollSet());
   pending_.forgetWhatWasSkipped();
 }
 
@@ -301,7 +303,7 @@ void RunLoopCore::runPending() {
   // A callback may run the application's loop, which must not wait while there are callbacks left.
   waiter_.wake();
   {
-    RunFrame frame{modes_.named(NSDefaultRunLoopMode), frame_};
+    RunFrame frame{modes_.defaultMode(), frame_};
     FrameScope scope(*this, frame);
     beginRun();
     if (std::exchange(isHostWaiting_, false)) notify(frame, RunLoopAfterWaiting);
@@ -317,7 +319,7 @@ void RunLoopCore::runPending() {
 /// Leaves the descriptor readable if there is something to do, and otherwise lets it become so.
 void RunLoopCore::leaveWaitingToHost() {
   takePosted();  // requests to look around that came before this look are met by it
-  RunFrame frame{modes_.named(NSDefaultRunLoopMode), frame_};
+  RunFrame frame{modes_.defaultMode(), frame_};
   if (!waiter_.reserveDescriptors()) return;  // then the application has none of ours to wait for
   PollSet& pollSet = *waiter_.pollSet();
   modes_.watchMode(frame.mode, pollSet);

@@ -42,24 +42,50 @@ auto sourcesOfDescriptor(RunLoopMode& mode, int descriptor) noexcept {
 }  // namespace
 
 RunLoopModes::RunLoopModes()
-    : default_(find(NSDefaultRunLoopMode)),
-      common_(find(NSRunLoopCommonModes)),
+    : default_(findOrMake(NSDefaultRunLoopMode)),
+      common_(findOrMake(NSRunLoopCommonModes)),
       watched_(&default_) {}
 
-RunLoopMode& RunLoopModes::find(const NSString& name) {
+RunLoopMode* RunLoopModes::find(const NSString& name) noexcept {
   for (const auto& mode : modes_) {
-    if (mode->name == name) return *mode;
+    if (mode->name == name) return mode.get();
   }
+  return nullptr;
+}
+
+RunLoopMode& RunLoopModes::findOrMake(const NSString& name) {
+  if (RunLoopMode* const mode = find(name)) return *mode;
   return *modes_.emplace_back(std::make_unique<RunLoopMode>(name));
 }
 
-RunLoopMode& RunLoopModes::named(const NSString& name) {
-  std::lock_guard guard(mutex_);
-  return find(name);
+void RunLoopModes::forgetIfUnused(RunLoopMode& mode) noexcept {
+  const bool isEmpty =
+      std::apply([](const auto&... lists) { return (lists.empty() && ...); }, mode.items);
+  if (!isEmpty || mode.timerCount > 0 || mode.runCount > 0) return;
+  if (mode.isCommon || &mode == &common_) return;
+  if (watched_ == &mode) watched_ = nullptr;
+  std::erase_if(modes_, [&](const auto& one) { return one.get() == &mode; });
 }
 
-void RunLoopModes::makeCommon(RunLoopMode& mode, PollSet* pollSet) {
+RunLoopModes::Run::Run(RunLoopModes& modes, const NSString& name)
+    : modes_(modes), mode_(modes.beginRun(name)) {}
+
+RunLoopModes::Run::~Run() {
+  std::lock_guard guard(modes_.mutex_);
+  --mode_.runCount;
+  modes_.forgetIfUnused(mode_);
+}
+
+RunLoopMode& RunLoopModes::beginRun(const NSString& name) {
   std::lock_guard guard(mutex_);
+  RunLoopMode& mode = findOrMake(name);
+  ++mode.runCount;
+  return mode;
+}
+
+void RunLoopModes::makeCommon(const NSString& modeName, PollSet* pollSet) {
+  std::lock_guard guard(mutex_);
+  RunLoopMode& mode = findOrMake(modeName);
   mode.isCommon = true;
   if (watched_ != &mode || !pollSet) return;
   for (const auto& source : listOf<RunLoopDescriptorSource>(common_)) {
@@ -82,7 +108,7 @@ template <class Item>
 bool RunLoopModes::insert(Item& item, const NSString& modeName) {
   std::lock_guard guard(mutex_);
   if (isClosed_) return false;
-  auto& list = listOf<Item>(find(modeName));
+  auto& list = listOf<Item>(findOrMake(modeName));
   if (placeOf(list, item) != list.end()) return true;
   list.insert(placeFor(list, item), Ref<Item>(&item));
   ++std::get<Count<Item>>(counts_).value;
@@ -92,10 +118,11 @@ bool RunLoopModes::insert(Item& item, const NSString& modeName) {
 bool RunLoopModes::insert(NSTimer& timer, const NSString& modeName) {
   std::lock_guard guard(mutex_);
   if (isClosed_) return false;
-  RunLoopMode& mode = find(modeName);
+  RunLoopMode& mode = findOrMake(modeName);
   const auto isInMode = [&](auto& node) { return &node->mode == &mode; };
   if (std::ranges::none_of(timer.nodes_, isInMode)) {
     timer.nodes_.push_back(std::make_unique<TimerNode>(Ref<NSTimer>(&timer), mode));
+    ++mode.timerCount;
   }
   return true;
 }
@@ -108,13 +135,14 @@ void RunLoopModes::removeFrom(RunLoopMode& mode, Item& item, ReleasedItems& rele
   released.push_back(std::move(*place));
   list.erase(place);
   --std::get<Count<Item>>(counts_).value;
+  forgetIfUnused(mode);
 }
 
 template <class Item>
 RunLoopModes::ReleasedItems RunLoopModes::remove(Item& item, const NSString& modeName) {
   ReleasedItems released;
   std::lock_guard guard(mutex_);
-  removeFrom(find(modeName), item, released);
+  if (RunLoopMode* const mode = find(modeName)) removeFrom(*mode, item, released);
   return released;
 }
 
@@ -122,7 +150,7 @@ template <class Item>
 RunLoopModes::ReleasedItems RunLoopModes::remove(Item& item) {
   ReleasedItems released;
   std::lock_guard guard(mutex_);
-  for (const auto& mode : modes_) removeFrom(*mode, item, released);
+  for (std::size_t index = modes_.size(); index-- > 0;) removeFrom(*modes_[index], item, released);
   return released;
 }
 
@@ -132,6 +160,8 @@ RunLoopModes::ReleasedItems RunLoopModes::remove(NSTimer& timer) {
   for (const auto& node : timer.nodes_) {
     node->mode.timers.remove(*node);
     released.push_back(node->timer);
+    --node->mode.timerCount;
+    forgetIfUnused(node->mode);
   }
   timer.nodes_.clear();
   return released;
@@ -243,6 +273,7 @@ RunLoopModes::Outlook RunLoopModes::outlook(RunLoopMode& mode) {
 }
 
 void RunLoopModes::watchNow(int descriptor, PollSet& pollSet) {
+  if (!watched_) return;
   std::uint32_t events = 0;
   visitActive(*watched_, [&](RunLoopMode& active) {
     for (const auto& source : sourcesOfDescriptor(active, descriptor)) {
@@ -266,8 +297,9 @@ void RunLoopModes::watch(int descriptor, PollSet& pollSet) {
 void RunLoopModes::watchMode(RunLoopMode& mode, PollSet& pollSet) {
   std::lock_guard guard(mutex_);
   if (watched_ == &mode) return;
-  RunLoopMode& before = *std::exchange(watched_, &mode);
-  for (RunLoopMode* changed : {&before, &mode, &common_}) {
+  RunLoopMode* const before = std::exchange(watched_, &mode);
+  for (RunLoopMode* changed : {before, &mode, &common_}) {
+    if (!changed) continue;
     for (const auto& source : listOf<RunLoopDescriptorSource>(*changed)) {
       watchNow(source->descriptor(), pollSet);
     }

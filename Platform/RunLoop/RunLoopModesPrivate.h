@@ -37,6 +37,8 @@ struct RunLoopMode {
   bool isCommon;  ///< changed on the loop's thread and under the lock
 
   // Under the lock:
+  std::size_t runCount = 0;    ///< runs that are in progress
+  std::size_t timerCount = 0;  ///< that belong to it, in the heap or about to fire
   DeadlineHeap timers;
   /// Observers in the order of their calls, descriptor sources by descriptor.
   std::tuple<std::vector<Ref<RunLoopObserver>>, std::vector<Ref<RunLoopSource>>,
@@ -44,7 +46,8 @@ struct RunLoopMode {
       items;
 };
 
-/// The modes of a loop and what is in them. Locks itself and calls nobody; it hands out the references that
+/// The modes of a loop and what is in them. A mode lasts as long as something is in it, the loop runs in it, or
+/// it is common; names may be made up for one use. Locks itself and calls nobody; it hands out the references that
 /// it gives up, for a release may run anybody's code. Any thread, where nothing else is said.
 class RunLoopModes {
  public:
@@ -52,10 +55,24 @@ class RunLoopModes {
 
   RunLoopModes();
 
-  /// Made if it is not there; lives as long as this.
-  RunLoopMode& named(const NSString& name);
+  RunLoopMode& defaultMode() noexcept { return default_; }
+
+  /// Keeps a mode, which is made if it is not there, for as long as the loop runs in it.
+  class Run {
+   public:
+    Run(RunLoopModes& modes, const NSString& name);
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+    ~Run();
+    RunLoopMode& mode() const noexcept { return mode_; }
+
+   private:
+    RunLoopModes& modes_;
+    RunLoopMode& mode_;
+  };
+
   /// `pollSet` may be null: nothing is watched yet.
-  void makeCommon(RunLoopMode& mode, PollSet* pollSet);
+  void makeCommon(const NSString& modeName, PollSet* pollSet);
 
   /// Nothing can be added any more; answers all there is.
   ReleasedItems close();
@@ -111,7 +128,10 @@ class RunLoopModes {
     std::atomic<std::size_t> value{0};
   };
 
-  RunLoopMode& find(const NSString& name);
+  RunLoopMode* find(const NSString& name) noexcept;
+  RunLoopMode& findOrMake(const NSString& name);
+  RunLoopMode& beginRun(const NSString& name);
+  void forgetIfUnused(RunLoopMode& mode) noexcept;
   template <class Visit>
   void visitActive(RunLoopMode& mode, const Visit& visit);
   template <class Item>
@@ -123,7 +143,7 @@ class RunLoopModes {
   std::vector<std::unique_ptr<RunLoopMode>> modes_;
   RunLoopMode& default_;
   RunLoopMode& common_;
-  RunLoopMode* watched_;
+  RunLoopMode* watched_;          ///< null when it has been forgotten, with nothing in it
   std::uint64_t lastMoment_ = 0;  ///< for which due timers were asked
   bool isClosed_ = false;
 

@@ -151,6 +151,27 @@ TEST(RunLoopSources, SignalsFromAnyThreadCountOnceAndInTheirModesOnly) {
   });
 }
 
+/// Kept ones would have to be looked through each time, which would take minutes.
+TEST(RunLoopModes, MayBeMadeUpForOneUse) {
+  onNewThread([] {
+    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+    int calls = 0;
+    const auto source = makeRef<RunLoopSource>([&] { ++calls; });
+    constexpr int count = 60'000;
+    for (int number = 0; number < count; ++number) {
+      const NSString mode = NSString::stringWithFormat("mode %d", number);
+      const auto timer = NSTimer::timerWithTimeInterval(1000, false, nullptr);
+      loop->addTimer(timer, mode);
+      loop->addSource(source, mode);
+      source->signal();
+      EXPECT_TRUE(runOnce(mode));
+      loop->removeSource(source, mode);
+      timer->invalidate();
+    }
+    EXPECT_EQ(calls, count);
+  });
+}
+
 TEST(RunLoopDescriptors, CallWhileReadyForWhatIsWatchedAndInTheirModesOnly) {
   onNewThread([] {
     const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
