@@ -3,6 +3,7 @@
 #include <Foundation/NSException.h>
 #include <Foundation/Value.h>
 #include <Memory/Block.h>
+#include <Memory/FunctionView.h>
 #include <RunLoop/NSOperation.h>
 
 #include <optional>
@@ -20,7 +21,8 @@ extern const char* const NSInvocationOperationCancelledException;
 /// when the operation has run.
 class NSInvocationOperation : public NSOperation {
  public:
-  /// Anything that can be called without arguments; what answers nothing answers nil.
+  /// Anything that can be called without arguments; what answers nothing answers nil. A nil callable: nothing is
+  /// called, and the result is nil.
   template <class Callable>
     requires std::is_invocable_v<std::decay_t<Callable>&>
   explicit NSInvocationOperation(Callable&& callable)
@@ -52,6 +54,7 @@ class NSInvocationOperation : public NSOperation {
  private:
   template <class Callable>
   static Block<Value()> invocation(Callable&& callable) {
+    if (detail::isNilCallable(callable)) return nullptr;
     if constexpr (std::is_void_v<std::invoke_result_t<std::decay_t<Callable>&>>) {
       return [callable = std::forward<Callable>(callable)]() mutable {
         callable();

@@ -387,6 +387,11 @@ TEST(NSInvocationOperation, KeepsWhatTheCallAnswered) {
   EXPECT_EQ(method->result(), 42);
   EXPECT_EQ(nothing->result(), Value());
   EXPECT_EQ(adder->sum, 0);
+  for (const auto& nil : {makeRef<NSInvocationOperation>(Block<void()>()),
+                          makeRef<NSInvocationOperation>(std::function<void()>())}) {
+    nil->start();
+    EXPECT_EQ(nil->result(), Value());
+  }
   EXPECT_EQ(test::raisedName([&] { raising->result(); }), NSRangeException);
   EXPECT_EQ(test::raisedName([&] { cancelled->result(); }),
             NSInvocationOperationCancelledException);
