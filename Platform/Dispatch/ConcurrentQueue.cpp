@@ -1,13 +1,24 @@
 #include <Dispatch/ConcurrentQueue.h>
 #include <Dispatch/QueueFrame.h>
 #include <Dispatch/ThreadGate.h>
+#include <Linux/ThreadState.h>
 
 #include <vector>
 
 namespace zeb::detail {
 
+namespace {
+
+/// After so many blocks a thread lets other work have it, if any waits.
+constexpr int itemsPerTurn = 128;
+/// How long a thread that has run the last block looks for a next one: about as long as it takes to get a
+/// thread from the pool.
+constexpr int spinsForNext = 100;
+
+}  // namespace
+
 ConcurrentQueue::ConcurrentQueue(std::string_view label, Urgency urgency)
-    : DispatchQueue(label), urgency_(urgency) {}
+    : PooledQueue(label, urgency) {}
 
 /// The queue refers to itself while anything is inside, from the first one's entrance on. The caller
 /// has a reference of its own.
@@ -24,14 +35,15 @@ bool ConcurrentQueue::tryEnter(Access access) noexcept {
   }
 }
 
-/// Starts it now, or puts it in line.
+/// Lets it in now, or puts it in line.
 void ConcurrentQueue::enterOrQueue(Waiting waiting) {
   bool mustAdmit = false;
   {
     std::unique_lock lock(mutex_);
     if (tryEnter(waiting.access)) {
       lock.unlock();
-      start(waiting);
+      letIn(waiting);
+      if (waiting.item) announce();
       return;
     }
     line_.push_back(waiting);
@@ -43,12 +55,45 @@ void ConcurrentQueue::enterOrQueue(Waiting waiting) {
   admit();
 }
 
-void ConcurrentQueue::start(const Waiting& waiting) noexcept {
+/// It has entered. Blocks must be announced afterwards.
+void ConcurrentQueue::letIn(const Waiting& waiting) noexcept {
   if (waiting.gate) {
     waiting.gate->open();
   } else {
-    ThreadPool::shared().submit(*waiting.item, urgency_);
+    ready_.push(*waiting.item);
   }
+}
+
+/// Has blocks in `ready_` seen, by the order of sequentially consistent operations: who adds one first
+/// appends it, then looks for lookers; a looker first stops being one, then looks a last time.
+void ConcurrentQueue::announce() noexcept {
+  if (lookers_.load(std::memory_order_seq_cst) == 0) requestTurn();
+}
+
+void ConcurrentQueue::takeTurn() noexcept {
+  WorkItem* item = ready_.pop();
+  for (int left = itemsPerTurn; item; --left) {
+    // One thread less for the others: they get another one.
+    if (!ready_.isEmpty()) requestTurn();
+    item->runner->runItem(*item);
+    if (left <= 0 && shouldYield()) {
+      if (!ready_.isEmpty()) requestTurn();
+      return;
+    }
+    item = ready_.pop();
+    if (!item) item = lookForNext();
+  }
+}
+
+WorkItem* ConcurrentQueue::lookForNext() noexcept {
+  WorkItem* item = nullptr;
+  lookers_.fetch_add(1, std::memory_order_seq_cst);
+  for (int spin = 0; spin < spinsForNext && !item; ++spin) {
+    relaxProcessor();
+    item = ready_.pop();
+  }
+  lookers_.fetch_sub(1, std::memory_order_seq_cst);
+  return item ? item : ready_.pop();
 }
 
 /// The last one inside has left a closed queue: lets in the next barrier, or all up to it.
@@ -71,7 +116,14 @@ void ConcurrentQueue::admit() {
       state_.store(line_.empty() ? running : closed | running, std::memory_order_release);
     }
   }
-  for (const Waiting& waiting : admitted) start(waiting);
+  // Whoever was let in may be done, and may have let the queue go, before all have been told.
+  const dispatch_queue_t alive(this);
+  bool hasBlocks = false;
+  for (const Waiting& waiting : admitted) {
+    hasBlocks |= waiting.item != nullptr;
+    letIn(waiting);
+  }
+  if (hasBlocks) announce();
   if (isEmpty) release();
 }
 
@@ -85,15 +137,18 @@ void ConcurrentQueue::leave() noexcept {
 }
 
 void ConcurrentQueue::async(WorkItem& item) noexcept {
+  const dispatch_queue_t alive(this);  // even if the block lets the caller's reference go meanwhile
   item.runner = &sharedRunner_;
   if (tryEnter(Access::shared)) {
-    ThreadPool::shared().submit(item, urgency_);
+    ready_.push(item);
+    announce();
   } else {
     enterOrQueue({&item, nullptr, Access::shared});
   }
 }
 
 void ConcurrentQueue::barrierAsync(WorkItem& item) noexcept {
+  const dispatch_queue_t alive(this);
   item.runner = &exclusiveRunner_;
   enterOrQueue({&item, nullptr, Access::exclusive});
 }
@@ -127,7 +182,7 @@ void ConcurrentQueue::runInside(Access access, FunctionView<void()> block) {
   if (!tryEnter(access)) {
     ThreadGate gate;
     enterOrQueue({nullptr, &gate, access});
-    gate.wait();
+    waitAt(gate);
   }
   struct Stay {
     ConcurrentQueue& queue;

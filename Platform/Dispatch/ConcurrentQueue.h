@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Dispatch/DispatchQueue.h>
+#include <Dispatch/PooledQueue.h>
 #include <Dispatch/QueueFrame.h>
-#include <Dispatch/ThreadPool.h>
+#include <Dispatch/WorkList.h>
 
 #include <atomic>
 #include <cstdint>
@@ -11,12 +11,13 @@
 
 namespace zeb::detail {
 
-class ThreadGate;
-
 /// A concurrent queue with barriers: a lock that is open to many shared holders or to one exclusive one,
 /// where whoever finds it closed waits in line, threads and blocks alike. While no barrier is about,
-/// blocks go straight to the pool and nothing is locked.
-class ConcurrentQueue final : public DispatchQueue {
+/// blocks are let in at once and nothing is locked.
+///
+/// Blocks that were let in lie in a list of the queue's own, from which each thread of the pool that takes a turn runs
+/// as many as it can; while the list is not empty, one more turn is requested or a thread looks at the list.
+class ConcurrentQueue final : public PooledQueue {
  public:
   ConcurrentQueue(std::string_view label, Urgency urgency);
 
@@ -28,14 +29,14 @@ class ConcurrentQueue final : public DispatchQueue {
  private:
   using Access = QueueFrame::Access;
 
-  /// In line: a block for the pool, or a thread at its gate.
+  /// In line: a block, or a thread at its gate.
   struct Waiting {
     WorkItem* item;
     ThreadGate* gate;
     Access access;
   };
 
-  /// Runs the queue's blocks on the pool, with one kind of access.
+  /// Runs the queue's blocks with one kind of access.
   class Runner final : public WorkRunner {
    public:
     Runner(ConcurrentQueue& queue, Access access) noexcept : queue_(queue), access_(access) {}
@@ -48,7 +49,10 @@ class ConcurrentQueue final : public DispatchQueue {
 
   bool tryEnter(Access access) noexcept;
   void enterOrQueue(Waiting waiting);
-  void start(const Waiting& waiting) noexcept;
+  void letIn(const Waiting& waiting) noexcept;
+  void announce() noexcept;
+  void takeTurn() noexcept override;
+  WorkItem* lookForNext() noexcept;
   void leave() noexcept;
   void admit();
   void runInside(Access access, FunctionView<void()> block);
@@ -56,12 +60,13 @@ class ConcurrentQueue final : public DispatchQueue {
   /// Set while a barrier runs or waits: new arrivals stand in line.
   static constexpr std::uint64_t closed = std::uint64_t{1} << 63;
 
-  const Urgency urgency_;
   Runner sharedRunner_{*this, Access::shared};
   Runner exclusiveRunner_{*this, Access::exclusive};
   alignas(64) std::atomic<std::uint64_t> state_{0};  ///< how many run, and `closed`
   std::mutex mutex_;
   std::deque<Waiting> line_;
+  WorkList ready_;                           ///< blocks that were let in and have not begun
+  alignas(64) std::atomic<int> lookers_{0};  ///< threads that look at `ready_` before they leave
 };
 
 }  // namespace zeb::detail

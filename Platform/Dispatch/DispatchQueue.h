@@ -38,6 +38,12 @@ inline constexpr std::int64_t DISPATCH_QUEUE_PRIORITY_BACKGROUND = INT16_MIN;
 /// refers to it or it has work: releasing it loses no block. No lock is held while a block runs. A block
 /// that throws ends the process, as a thread's function would. Work that is still queued when the
 /// process exits may not run.
+///
+/// A thread that waits for a queue (`dispatch_sync`, `dispatch_barrier_sync`) has that queue's blocks run ahead of
+/// all other work of the pool, on a thread of a reserve if all others are busy or blocked. So what it
+/// waits for never stands behind blocks of other queues, on whatever thread it waits. What can still use
+/// up the pool (512 threads, and as many of the reserve) is blocks that wait in other ways for blocks that have not
+/// begun: for a semaphore, an operation, a lock or input of the program's own.
 class DispatchQueue : public NSObject {
  public:
   /// For people: logs and debuggers. UTF-8, need not be unique.

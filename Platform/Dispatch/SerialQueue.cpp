@@ -22,7 +22,7 @@ class SerialQueue::Waiter final : public WorkItem {
 
   static bool isOne(const WorkItem& item) noexcept { return item.isOperatedBy(&operate); }
 
-  void waitForTurn() noexcept { gate_.wait(); }
+  ThreadGate& gate() noexcept { return gate_; }
   void giveTurn() noexcept { gate_.open(); }
 
  private:
@@ -31,8 +31,7 @@ class SerialQueue::Waiter final : public WorkItem {
   ThreadGate gate_;
 };
 
-SerialQueue::SerialQueue(std::string_view label, Urgency urgency)
-    : DispatchQueue(label), urgency_(urgency) {}
+SerialQueue::SerialQueue(std::string_view label, Urgency urgency) : PooledQueue(label, urgency) {}
 
 /// Whether the list was empty, so that the caller owns the queue now.
 bool SerialQueue::append(WorkItem& item) noexcept {
@@ -63,24 +62,12 @@ void SerialQueue::async(WorkItem& item) noexcept {
   if (append(item)) schedule();
 }
 
-void SerialQueue::schedule() noexcept {
-  retain();  // until the turn is over
-  ThreadPool::shared().submit(turn_, urgency_);
-}
+void SerialQueue::schedule() noexcept { requestTurn(); }
 
-SerialQueue::Turn::Turn(SerialQueue& queue) noexcept : WorkItem(nullptr), queue_(queue) {
-  runner = this;
-}
-
-void SerialQueue::Turn::runItem(WorkItem& item) noexcept {
-  SerialQueue& queue =
-      queue_;  // the turn itself belongs to the next thread as soon as it is submitted
-  while (queue.runItems(itemsPerTurn)) {
-    if (!ThreadPool::shared().hasWaitingWork()) continue;
-    ThreadPool::shared().submit(item, queue.urgency_);
-    return;
+void SerialQueue::takeTurn() noexcept {
+  while (runItems(itemsPerTurn)) {
+    if (shouldYield()) return requestTurn();
   }
-  queue.release();
 }
 
 bool SerialQueue::runItems(int most) noexcept {
@@ -119,7 +106,7 @@ void SerialQueue::sync(FunctionView<void()> block) {
   if (QueueFrame::find(*this)) reportDeadlock("dispatch_sync", *this);
   const dispatch_queue_t alive(this);  // even if the block lets the caller's reference go
   Waiter waiter;
-  if (!append(waiter)) waiter.waitForTurn();
+  if (!append(waiter)) waitAt(waiter.gate());
   struct Ownership {
     SerialQueue& queue;
     Waiter& waiter;

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <Dispatch/DispatchQueue.h>
-#include <Dispatch/ThreadPool.h>
+#include <Dispatch/PooledQueue.h>
 
 #include <atomic>
 
@@ -12,7 +11,7 @@ namespace zeb::detail {
 /// Whoever makes the list non-empty owns the queue, or hands it to a thread that does; the item that
 /// runs stays at the front until it is done, so that "the list is empty" and "nobody owns the queue" are
 /// one and the same.
-class SerialQueue : public DispatchQueue {
+class SerialQueue : public PooledQueue {
  public:
   SerialQueue(std::string_view label, Urgency urgency);
 
@@ -31,24 +30,13 @@ class SerialQueue : public DispatchQueue {
  private:
   class Waiter;
 
-  /// What the pool gets to run this queue's items.
-  class Turn final : public WorkItem, private WorkRunner {
-   public:
-    explicit Turn(SerialQueue& queue) noexcept;
-
-   private:
-    void runItem(WorkItem& item) noexcept override;
-    SerialQueue& queue_;
-  };
-
+  void takeTurn() noexcept final;
   bool append(WorkItem& item) noexcept;
   WorkItem* removeFront(WorkItem& front) noexcept;
   void passOn(WorkItem& front) noexcept;
 
   alignas(64) std::atomic<WorkItem*> back_{nullptr};
   alignas(64) WorkItem* front_ = nullptr;  ///< the owner's
-  Turn turn_{*this};
-  const Urgency urgency_;
 };
 
 }  // namespace zeb::detail

@@ -12,11 +12,20 @@ constexpr int spinsBeforeSleep = 200;
 }  // namespace
 
 void ThreadGate::wait() noexcept {
+  if (isOpenSoon()) return;
+  const ThreadPool::BlockingScope blocking;
+  sleepUntilOpen();
+}
+
+bool ThreadGate::isOpenSoon() const noexcept {
   for (int spin = 0; spin < spinsBeforeSleep; ++spin) {
-    if (state_.load(std::memory_order_acquire) == opened) return;
+    if (state_.load(std::memory_order_acquire) == opened) return true;
     relaxProcessor();
   }
-  ThreadPool::BlockingScope blocking;
+  return false;
+}
+
+void ThreadGate::sleepUntilOpen() noexcept {
   int expected = closed;
   if (!state_.compare_exchange_strong(expected, waiting, std::memory_order_acq_rel)) return;
   while (state_.load(std::memory_order_acquire) != opened) {

@@ -10,6 +10,10 @@ class ThreadGate {
  public:
   /// A pool thread that waits here is replaced meanwhile.
   void wait() noexcept;
+  /// The two halves of `wait`, for who has something to do between them: looks for a moment whether the gate
+  /// opens, then sleeps until it does. The second half replaces nobody.
+  bool isOpenSoon() const noexcept;
+  void sleepUntilOpen() noexcept;
   void open() noexcept;
 
  private:

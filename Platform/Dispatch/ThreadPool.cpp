@@ -18,9 +18,9 @@ constexpr std::chrono::seconds surplusLifetime{5};
 /// How often the watcher looks at threads that leave work waiting.
 constexpr std::chrono::milliseconds watchInterval{5};
 
-thread_local bool isPoolThread = false;
-
 }  // namespace
+
+constinit thread_local ThreadPool::Crew* ThreadPool::currentCrew = nullptr;
 
 ThreadPool& ThreadPool::shared() {
   static auto* pool = new ThreadPool;
@@ -42,48 +42,61 @@ void ThreadPool::submit(WorkItem& item, Urgency urgency) {
   wakeOrGrow();
 }
 
+void ThreadPool::submitAwaited(WorkItem& item) {
+  awaited_.push(item);
+  wakeOrGrow();
+}
+
 bool ThreadPool::hasWaitingWork() const noexcept {
-  return std::any_of(waiting_.begin(), waiting_.end(),
-                     [](const WorkList& list) { return !list.isEmpty(); });
+  return hasAwaitedWork() || std::any_of(waiting_.begin(), waiting_.end(),
+                                         [](const WorkList& list) { return !list.isEmpty(); });
+}
+
+bool ThreadPool::hasWorkFor(const Crew& crew) const noexcept {
+  return &crew == &reserve_ ? hasAwaitedWork() : hasWaitingWork();
 }
 
 void ThreadPool::wakeOrGrow() {
   if (spinning_.load(std::memory_order_seq_cst) > 0) return;
-  if (sleeping_.load(std::memory_order_seq_cst) > 0) {
-    std::lock_guard guard(mutex_);
-    if (wakeUps_ < sleeping_.load(std::memory_order_relaxed)) {
-      ++wakeUps_;
-      wake_.notify_one();
-      return;
-    }
-  }
-  if (growIfShort()) return;
+  if (wake(ordinary_) || growIfShort(ordinary_)) return;
+  if (hasAwaitedWork() && !wake(reserve_)) growIfShort(reserve_);
   // All threads are busy, or blocked without our knowing.
   if (isWatched_.load() || isWatched_.exchange(true)) return;
   std::lock_guard guard(watchMutex_);
   watch_.notify_one();
 }
 
-bool ThreadPool::growIfShort() {
-  std::size_t threads = threads_.load(std::memory_order_relaxed);
-  for (;;) {
-    const std::size_t wanted =
-        std::min(mostThreads, processors_ + blocked_.load(std::memory_order_relaxed));
-    if (threads >= wanted) return false;
-    if (threads_.compare_exchange_weak(threads, threads + 1, std::memory_order_relaxed)) break;
-  }
-  startThread();
+/// Whether one slept.
+bool ThreadPool::wake(Crew& crew) {
+  if (crew.sleeping.load(std::memory_order_seq_cst) == 0) return false;
+  std::lock_guard guard(mutex_);
+  if (crew.wakeUps >= crew.sleeping.load(std::memory_order_relaxed)) return false;
+  ++crew.wakeUps;
+  crew.wake.notify_one();
   return true;
 }
 
-void ThreadPool::startThread() {
+/// Whether a thread was missing and could be started.
+bool ThreadPool::growIfShort(Crew& crew) {
+  std::size_t threads = crew.threads.load(std::memory_order_relaxed);
+  do {
+    const std::size_t blocked = crew.blocked.load(std::memory_order_seq_cst);
+    if (threads >= std::min(maxThreads, processors_ + blocked)) return false;
+  } while (!crew.threads.compare_exchange_weak(threads, threads + 1, std::memory_order_relaxed));
+  return startThread(crew);
+}
+
+/// Starts a thread that the crew counts already.
+bool ThreadPool::startThread(Crew& crew) {
   try {
-    std::thread([this] { work(); }).detach();
+    std::thread([this, &crew] { work(crew); }).detach();
+    return true;
   } catch (const std::system_error&) {
     // The system has no thread to give: the work waits for those that there are.
-    if (threads_.fetch_sub(1, std::memory_order_relaxed) == 1) {
+    if (crew.threads.fetch_sub(1, std::memory_order_relaxed) == 1 && &crew == &ordinary_) {
       fatal("No thread is left to run queued work.");
     }
+    return false;
   }
 }
 
@@ -97,24 +110,31 @@ void ThreadPool::watch() {
     }
     while (hasWaitingWork()) {
       std::this_thread::sleep_for(watchInterval);
-      std::vector<int> identifiers;
-      {
-        std::lock_guard guard(mutex_);
-        identifiers = threadIdentifiers_;
-      }
-      const auto runnable = static_cast<std::size_t>(
-          std::count_if(identifiers.begin(), identifiers.end(), isThreadRunnable));
-      if (!hasWaitingWork() || runnable >= processors_) continue;
-      if (threads_.load(std::memory_order_relaxed) >= mostThreads) continue;
-      threads_.fetch_add(1, std::memory_order_relaxed);
-      startThread();
+      replaceBlocked(ordinary_);
+      replaceBlocked(reserve_);
     }
     isWatched_.store(false);
     if (hasWaitingWork()) wakeOrGrow();  // what came meanwhile saw a watcher
   }
 }
 
-WorkItem* ThreadPool::take() noexcept {
+void ThreadPool::replaceBlocked(Crew& crew) {
+  if (!hasWorkFor(crew) || crew.threads.load(std::memory_order_relaxed) >= maxThreads) return;
+  std::vector<int> identifiers;
+  {
+    std::lock_guard guard(mutex_);
+    identifiers = crew.threadIdentifiers;
+  }
+  const auto runnable = static_cast<std::size_t>(
+      std::count_if(identifiers.begin(), identifiers.end(), isThreadRunnable));
+  if (runnable >= processors_ || !hasWorkFor(crew)) return;
+  crew.threads.fetch_add(1, std::memory_order_relaxed);
+  startThread(crew);
+}
+
+WorkItem* ThreadPool::takeFor(const Crew& crew) noexcept {
+  if (WorkItem* item = awaited_.pop()) return item;
+  if (&crew == &reserve_) return nullptr;
   for (WorkList& list : waiting_) {
     if (WorkItem* item = list.pop()) return item;
   }
@@ -127,7 +147,7 @@ WorkItem* ThreadPool::lookForWork() {
   if (spinning_.fetch_add(1, std::memory_order_seq_cst) == 0) {
     for (int spin = 0; spin < spinsBeforeSleep && !item; ++spin) {
       relaxProcessor();
-      item = take();
+      item = takeFor(ordinary_);
     }
   }
   spinning_.fetch_sub(1, std::memory_order_seq_cst);
@@ -136,17 +156,17 @@ WorkItem* ThreadPool::lookForWork() {
   return item;
 }
 
-void ThreadPool::work() {
-  isPoolThread = true;
+void ThreadPool::work(Crew& crew) {
+  currentCrew = &crew;
   {
     std::lock_guard guard(mutex_);
-    threadIdentifiers_.push_back(currentThreadIdentifier());
+    crew.threadIdentifiers.push_back(currentThreadIdentifier());
   }
   for (;;) {
-    WorkItem* item = take();
-    if (!item) item = lookForWork();
+    WorkItem* item = takeFor(crew);
+    if (!item && &crew == &ordinary_) item = lookForWork();
     if (!item) {
-      if (!sleepUntilWoken()) return;
+      if (!sleepUntilWoken(crew)) return;
     } else if (item->runner) {
       item->runner->runItem(*item);
     } else {
@@ -157,31 +177,31 @@ void ThreadPool::work() {
 }
 
 /// False when the thread is not needed any more.
-bool ThreadPool::sleepUntilWoken() {
+bool ThreadPool::sleepUntilWoken(Crew& crew) {
   std::unique_lock lock(mutex_);
-  sleeping_.fetch_add(1, std::memory_order_seq_cst);
-  bool isNeeded = hasWaitingWork();
+  crew.sleeping.fetch_add(1, std::memory_order_seq_cst);
+  bool isNeeded = hasWorkFor(crew);
   if (!isNeeded) {
-    isNeeded = wake_.wait_for(lock, surplusLifetime, [this] { return wakeUps_ > 0; });
-    if (isNeeded) --wakeUps_;
+    isNeeded = crew.wake.wait_for(lock, surplusLifetime, [&] { return crew.wakeUps > 0; });
+    if (isNeeded) --crew.wakeUps;
   }
-  sleeping_.fetch_sub(1, std::memory_order_seq_cst);
-  if (isNeeded || hasWaitingWork()) return true;
-  if (threads_.load(std::memory_order_relaxed) <= processors_) return true;
-  threads_.fetch_sub(1, std::memory_order_relaxed);
-  std::erase(threadIdentifiers_, currentThreadIdentifier());
+  crew.sleeping.fetch_sub(1, std::memory_order_seq_cst);
+  if (isNeeded || hasWorkFor(crew)) return true;
+  const std::size_t kept = &crew == &ordinary_ ? processors_ : 0;
+  if (crew.threads.load(std::memory_order_relaxed) <= kept) return true;
+  crew.threads.fetch_sub(1, std::memory_order_relaxed);
+  std::erase(crew.threadIdentifiers, currentThreadIdentifier());
   return false;
 }
 
-ThreadPool::BlockingScope::BlockingScope() noexcept {
-  if (!isPoolThread) return;
-  ThreadPool& pool = shared();
-  pool.blocked_.fetch_add(1, std::memory_order_seq_cst);
-  if (pool.hasWaitingWork()) pool.wakeOrGrow();
+ThreadPool::BlockingScope::BlockingScope(FunctionView<bool()> submit) noexcept {
+  if (currentCrew) currentCrew->blocked.fetch_add(1, std::memory_order_seq_cst);
+  const bool hasSubmitted = submit && submit();
+  if (currentCrew && !hasSubmitted && shared().hasWaitingWork()) shared().wakeOrGrow();
 }
 
 ThreadPool::BlockingScope::~BlockingScope() {
-  if (isPoolThread) shared().blocked_.fetch_sub(1, std::memory_order_seq_cst);
+  if (currentCrew) currentCrew->blocked.fetch_sub(1, std::memory_order_seq_cst);
 }
 
 }  // namespace zeb::detail

@@ -2,6 +2,7 @@
 
 #include <Dispatch/WorkItem.h>
 #include <Dispatch/WorkList.h>
+#include <Memory/FunctionView.h>
 
 #include <array>
 #include <atomic>
@@ -19,55 +20,79 @@ inline constexpr std::size_t urgencyCount = 5;
 
 /// The process's threads for queued work. While work waits there are as many threads that can run as
 /// there are processors: one that blocks in a wait of this library is replaced at once, one that blocks
-/// in any other way within some milliseconds, up to `mostThreads`. Made on first use and never
+/// in any other way within some milliseconds, up to `maxThreads`. Made on first use and never
 /// destroyed, so that work which is queued while the process exits has threads to lie on.
+///
+/// Work that a blocked thread waits for goes ahead of all other work. Where no thread of the pool is free for it,
+/// it gets threads of a reserve, which do nothing else and are as many under the same rule. So it is run though all
+/// other threads are blocked, and at once though all are busy.
 class ThreadPool {
  public:
-  /// Reached only with hundreds of blocked threads; then work waits until one of them goes on.
-  static constexpr std::size_t mostThreads = 512;
+  /// Of the pool, and again of the reserve. Reached only with hundreds of blocked threads; then work
+  /// waits until one of them goes on.
+  static constexpr std::size_t maxThreads = 512;
 
   static ThreadPool& shared();
 
   /// Any thread. The item is run by its runner, or else run and disposed of.
   void submit(WorkItem& item, Urgency urgency);
+  /// The same for work that a thread waits for.
+  void submitAwaited(WorkItem& item);
 
-  /// Whether somebody else's work waits for a thread.
+  /// Whether work waits for a thread.
   bool hasWaitingWork() const noexcept;
+  /// Whether work that a thread waits for waits for a thread.
+  bool hasAwaitedWork() const noexcept { return !awaited_.isEmpty(); }
 
   /// For as long as it lives, the calling thread counts as blocked and another one takes its place. Does
   /// nothing on threads that are not the pool's.
   class BlockingScope {
    public:
-    BlockingScope() noexcept;
+    /// `submit` is called on any thread, once the thread counts as blocked: to submit the work that it will
+    /// wait for, and say whether there was any.
+    explicit BlockingScope(FunctionView<bool()> submit = nullptr) noexcept;
     BlockingScope(const BlockingScope&) = delete;
     BlockingScope& operator=(const BlockingScope&) = delete;
     ~BlockingScope();
   };
 
  private:
+  /// Threads that take the same work.
+  struct Crew {
+    std::atomic<std::size_t> sleeping{0};
+    std::atomic<std::size_t> threads{0};
+    std::atomic<std::size_t> blocked{0};
+    // Under the pool's lock:
+    std::condition_variable wake;
+    std::size_t wakeUps = 0;  ///< given and not yet taken
+    std::vector<int> threadIdentifiers;
+  };
+
   ThreadPool();
 
-  void work();
-  WorkItem* take() noexcept;
+  void work(Crew& crew);
+  bool hasWorkFor(const Crew& crew) const noexcept;
+  WorkItem* takeFor(const Crew& crew) noexcept;
   WorkItem* lookForWork();
-  bool sleepUntilWoken();
+  bool sleepUntilWoken(Crew& crew);
   void wakeOrGrow();
-  bool growIfShort();
-  void startThread();
+  bool wake(Crew& crew);
+  bool growIfShort(Crew& crew);
+  bool startThread(Crew& crew);
   void watch();
+  void replaceBlocked(Crew& crew);
+
+  static thread_local Crew* currentCrew;
 
   const std::size_t processors_;
+  WorkList awaited_;
   std::array<WorkList, urgencyCount> waiting_;
-  alignas(64) std::atomic<std::size_t> spinning_{0};
-  std::atomic<std::size_t> sleeping_{0};
-  std::atomic<std::size_t> threads_{0};
-  std::atomic<std::size_t> blocked_{0};
+  alignas(64) std::atomic<std::size_t> spinning_{0};  ///< of the ordinary threads
+  Crew ordinary_;
+  Crew reserve_;
   std::atomic<bool> isWatched_{false};
 
   std::mutex mutex_;
-  std::condition_variable wake_;
-  std::size_t wakeUps_ = 0;  ///< given and not yet taken
-  std::vector<int> threadIdentifiers_;
 
   std::mutex watchMutex_;
   std::condition_variable watch_;

@@ -114,6 +114,56 @@ TEST(DispatchQueue, MakesProgressBehindTwoHundredBlocksThatWait) {
   }
 }
 
+// More blocks than the pool may have threads: a thread that waits for a queue must not wait for the blocks
+// that were given to the pool before the queue's.
+TEST(DispatchQueue, ThreadsThatWaitForQueuesDoNotWaitForTheRestOfThePool) {
+  constexpr int blocks = 1500;
+  const dispatch_queue_t global = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  const dispatch_queue_t shared = dispatch_queue_create("shared", concurrentKind);
+  std::latch done(blocks);
+  std::atomic<int> sum{0};
+  const auto useQueues = [&] {
+    const dispatch_queue_t serial = dispatch_queue_create("serial");
+    const dispatch_queue_t concurrent = dispatch_queue_create("concurrent", concurrentKind);
+    dispatch_async(serial, [&] { ++sum; });
+    dispatch_sync(serial, [&] { ++sum; });
+    dispatch_barrier_async(concurrent, [&] { ++sum; });
+    dispatch_sync(concurrent, [&] { ++sum; });
+    for (int reader = 0; reader < 3; ++reader) dispatch_async(concurrent, [&] { ++sum; });
+    dispatch_barrier_sync(concurrent, [&] { ++sum; });
+    dispatch_barrier_async(shared, [&] { ++sum; });
+    dispatch_sync(shared, [&] { ++sum; });
+  };
+  for (int block = 0; block < blocks; ++block) {
+    dispatch_async(global, [&] {
+      useQueues();
+      done.count_down();
+    });
+  }
+  done.wait();
+  EXPECT_EQ(sum, blocks * 10);
+
+  // The same while the pool is used up by blocks that wait for this thread, inside and outside of it.
+  const dispatch_semaphore_t goOn = dispatch_semaphore_create(0);
+  std::latch over(600);
+  std::latch inside(1);
+  for (int block = 0; block < 600; ++block) {
+    dispatch_async(global, [&, block] {
+      if (block == 500) {
+        useQueues();
+        inside.count_down();
+      }
+      dispatch_semaphore_wait(goOn, DISPATCH_TIME_FOREVER);
+      over.count_down();
+    });
+  }
+  useQueues();
+  inside.wait();
+  for (int block = 0; block < 600; ++block) dispatch_semaphore_signal(goOn);
+  over.wait();
+  EXPECT_EQ(sum, (blocks + 2) * 10);
+}
+
 TEST(DispatchQueue, KeepsAReleasedQueueUntilItsWorkIsDoneAndThenLetsItGo) {
   for (const DispatchQueueKind kind : {serialKind, concurrentKind}) {
     WeakRef<DispatchQueue> weak;
