@@ -1,11 +1,13 @@
 #include <Dispatch/ThreadPool.h>
 #include <Linux/Console.h>
+#include <Linux/ProcessFacts.h>
 #include <Linux/ThreadState.h>
 
 #include <algorithm>
 #include <chrono>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace zeb::detail {
 
@@ -17,17 +19,21 @@ constexpr int spinsBeforeSleep = 2000;
 constexpr std::chrono::seconds surplusLifetime{5};
 /// How often the watcher looks at threads that leave work waiting.
 constexpr std::chrono::milliseconds watchInterval{5};
+/// Looking at hundreds of threads takes long; looks in vain may take this part of a processor at most.
+constexpr int watchShare = 20;
 
 }  // namespace
 
-constinit thread_local ThreadPool::Crew* ThreadPool::currentCrew = nullptr;
+constinit thread_local ThreadPool::Worker* ThreadPool::currentWorker = nullptr;
 
 ThreadPool& ThreadPool::shared() {
   static auto* pool = new ThreadPool;
   return *pool;
 }
 
-ThreadPool::ThreadPool() : processors_(std::max(1u, std::thread::hardware_concurrency())) {
+ThreadPool::ThreadPool() : processors_(usableProcessorCount()) {
+  ordinary_.workers.reserve(maxThreads);
+  reserve_.workers.reserve(maxThreads);
   try {
     std::thread([this] { watch(); }).detach();
   } catch (const std::system_error&) {
@@ -61,6 +67,7 @@ void ThreadPool::wakeOrGrow() {
   if (wake(ordinary_) || growIfShort(ordinary_)) return;
   if (hasAwaitedWork() && !wake(reserve_)) growIfShort(reserve_);
   // All threads are busy, or blocked without our knowing.
+  if (!mayGrow()) return;
   if (isWatched_.load() || isWatched_.exchange(true)) return;
   std::lock_guard guard(watchMutex_);
   watch_.notify_one();
@@ -70,9 +77,12 @@ void ThreadPool::wakeOrGrow() {
 bool ThreadPool::wake(Crew& crew) {
   if (crew.sleeping.load(std::memory_order_seq_cst) == 0) return false;
   std::lock_guard guard(mutex_);
-  if (crew.wakeUps >= crew.sleeping.load(std::memory_order_relaxed)) return false;
-  ++crew.wakeUps;
-  crew.wake.notify_one();
+  Worker* const worker = crew.lastSleeper;
+  if (!worker) return false;
+  crew.lastSleeper = worker->nextSleeper;
+  crew.sleeping.fetch_sub(1, std::memory_order_seq_cst);
+  worker->isWoken = true;
+  worker->wake.notify_one();
   return true;
 }
 
@@ -100,6 +110,15 @@ bool ThreadPool::startThread(Crew& crew) {
   }
 }
 
+/// Whether there is work that would be run if there were more threads, and may be more of them. Otherwise there is
+/// nothing to watch: the work waits until a thread takes it.
+bool ThreadPool::mayGrow() const noexcept {
+  const auto mayGrow = [this](const Crew& crew) {
+    return crew.threads.load(std::memory_order_seq_cst) < maxThreads && hasWorkFor(crew);
+  };
+  return mayGrow(ordinary_) || mayGrow(reserve_);
+}
+
 /// Finds threads that are blocked in a way that this library does not see: while work waits and fewer
 /// threads can run than there are processors, there are such ones.
 void ThreadPool::watch() {
@@ -108,28 +127,41 @@ void ThreadPool::watch() {
       std::unique_lock lock(watchMutex_);
       watch_.wait(lock, [this] { return isWatched_.load(); });
     }
-    while (hasWaitingWork()) {
-      std::this_thread::sleep_for(watchInterval);
-      replaceBlocked(ordinary_);
-      replaceBlocked(reserve_);
+    std::chrono::nanoseconds interval = watchInterval;
+    while (mayGrow()) {
+      std::this_thread::sleep_for(interval);
+      const auto begin = std::chrono::steady_clock::now();
+      bool hasReplaced = replaceBlocked(ordinary_);
+      hasReplaced |= replaceBlocked(reserve_);
+      const std::chrono::nanoseconds duration = std::chrono::steady_clock::now() - begin;
+      interval = watchInterval;
+      if (!hasReplaced) interval = std::max(interval, duration * watchShare);
     }
     isWatched_.store(false);
-    if (hasWaitingWork()) wakeOrGrow();  // what came meanwhile saw a watcher
+    if (mayGrow()) wakeOrGrow();  // what came meanwhile saw a watcher
   }
 }
 
-void ThreadPool::replaceBlocked(Crew& crew) {
-  if (!hasWorkFor(crew) || crew.threads.load(std::memory_order_relaxed) >= maxThreads) return;
-  std::vector<int> identifiers;
+/// Whether a thread was missing and could be started.
+bool ThreadPool::replaceBlocked(Crew& crew) {
+  if (!hasWorkFor(crew) || crew.threads.load(std::memory_order_relaxed) >= maxThreads) return false;
+  std::array<int, maxThreads> identifiers;
+  std::size_t candidates = 0;  // those that are not blocked as far as we know
   {
     std::lock_guard guard(mutex_);
-    identifiers = crew.threadIdentifiers;
+    for (const Worker* worker : crew.workers) {
+      if (worker->blockingScopes.load(std::memory_order_relaxed) > 0) continue;
+      identifiers[candidates++] = worker->identifier;
+    }
   }
-  const auto runnable = static_cast<std::size_t>(
-      std::count_if(identifiers.begin(), identifiers.end(), isThreadRunnable));
-  if (runnable >= processors_ || !hasWorkFor(crew)) return;
+  std::size_t runnable = 0;
+  for (std::size_t index = 0; index < candidates; ++index) {
+    runnable += !isThreadBlocked(identifiers[index]);
+    if (runnable == processors_) return false;
+  }
+  if (!hasWorkFor(crew)) return false;
   crew.threads.fetch_add(1, std::memory_order_relaxed);
-  startThread(crew);
+  return startThread(crew);
 }
 
 WorkItem* ThreadPool::takeFor(const Crew& crew) noexcept {
@@ -156,17 +188,21 @@ WorkItem* ThreadPool::lookForWork() {
   return item;
 }
 
+ThreadPool::Worker::Worker(Crew& ofCrew) noexcept
+    : crew(ofCrew), identifier(currentThreadIdentifier()) {}
+
 void ThreadPool::work(Crew& crew) {
-  currentCrew = &crew;
+  Worker self(crew);
+  currentWorker = &self;
   {
     std::lock_guard guard(mutex_);
-    crew.threadIdentifiers.push_back(currentThreadIdentifier());
+    crew.workers.push_back(&self);
   }
   for (;;) {
     WorkItem* item = takeFor(crew);
     if (!item && &crew == &ordinary_) item = lookForWork();
     if (!item) {
-      if (!sleepUntilWoken(crew)) return;
+      if (!sleepUntilWoken(self)) break;
     } else if (item->runner) {
       item->runner->runItem(*item);
     } else {
@@ -174,34 +210,57 @@ void ThreadPool::work(Crew& crew) {
       item->dispose();
     }
   }
+  currentWorker = nullptr;
+  // Who submitted before this thread was counted out may have relied on it, or have seen a full crew.
+  if (hasWorkFor(crew)) wakeOrGrow();
 }
 
 /// False when the thread is not needed any more.
-bool ThreadPool::sleepUntilWoken(Crew& crew) {
+bool ThreadPool::sleepUntilWoken(Worker& worker) {
+  Crew& crew = worker.crew;
   std::unique_lock lock(mutex_);
+  worker.isWoken = false;
+  worker.nextSleeper = std::exchange(crew.lastSleeper, &worker);
   crew.sleeping.fetch_add(1, std::memory_order_seq_cst);
-  bool isNeeded = hasWorkFor(crew);
-  if (!isNeeded) {
-    isNeeded = crew.wake.wait_for(lock, surplusLifetime, [&] { return crew.wakeUps > 0; });
-    if (isNeeded) --crew.wakeUps;
+  if (!hasWorkFor(crew)) {
+    const auto isWoken = [&worker] { return worker.isWoken; };
+    if (isSurplus(crew)) {
+      worker.wake.wait_for(lock, surplusLifetime, isWoken);
+    } else {
+      worker.wake.wait(lock, isWoken);
+    }
   }
+  if (worker.isWoken) return true;  // and who woke it has taken it from the sleepers
+  Worker** link = &crew.lastSleeper;
+  while (*link != &worker) link = &(*link)->nextSleeper;
+  *link = worker.nextSleeper;
   crew.sleeping.fetch_sub(1, std::memory_order_seq_cst);
-  if (isNeeded || hasWorkFor(crew)) return true;
-  const std::size_t kept = &crew == &ordinary_ ? processors_ : 0;
-  if (crew.threads.load(std::memory_order_relaxed) <= kept) return true;
-  crew.threads.fetch_sub(1, std::memory_order_relaxed);
-  std::erase(crew.threadIdentifiers, currentThreadIdentifier());
+  if (hasWorkFor(crew) || !isSurplus(crew)) return true;
+  std::erase(crew.workers, &worker);
+  crew.threads.fetch_sub(1, std::memory_order_seq_cst);
   return false;
 }
 
+/// Whether the crew has more threads than it keeps when there is nothing to do.
+bool ThreadPool::isSurplus(const Crew& crew) const noexcept {
+  return crew.threads.load(std::memory_order_relaxed) > (&crew == &ordinary_ ? processors_ : 0);
+}
+
 ThreadPool::BlockingScope::BlockingScope(FunctionView<bool()> submit) noexcept {
-  if (currentCrew) currentCrew->blocked.fetch_add(1, std::memory_order_seq_cst);
+  Worker* const worker = currentWorker;
+  if (worker) {
+    worker->blockingScopes.fetch_add(1, std::memory_order_relaxed);
+    worker->crew.blocked.fetch_add(1, std::memory_order_seq_cst);
+  }
   const bool hasSubmitted = submit && submit();
-  if (currentCrew && !hasSubmitted && shared().hasWaitingWork()) shared().wakeOrGrow();
+  if (worker && !hasSubmitted && shared().hasWaitingWork()) shared().wakeOrGrow();
 }
 
 ThreadPool::BlockingScope::~BlockingScope() {
-  if (currentCrew) currentCrew->blocked.fetch_sub(1, std::memory_order_seq_cst);
+  Worker* const worker = currentWorker;
+  if (!worker) return;
+  worker->crew.blocked.fetch_sub(1, std::memory_order_seq_cst);
+  worker->blockingScopes.fetch_sub(1, std::memory_order_relaxed);
 }
 
 }  // namespace zeb::detail

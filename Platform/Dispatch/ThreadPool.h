@@ -57,15 +57,30 @@ class ThreadPool {
   };
 
  private:
-  /// Threads that take the same work.
+  struct Worker;
+
+  /// Threads that take the same work. Who went to sleep last is woken first: so the threads that are not needed
+  /// sleep on until they leave, and the one that runs has its memory at hand.
   struct Crew {
     std::atomic<std::size_t> sleeping{0};
     std::atomic<std::size_t> threads{0};
     std::atomic<std::size_t> blocked{0};
     // Under the pool's lock:
+    Worker* lastSleeper = nullptr;
+    std::vector<Worker*> workers;
+  };
+
+  /// A thread of the pool, on its own stack.
+  struct Worker {
+    explicit Worker(Crew& ofCrew) noexcept;
+
+    Crew& crew;
+    const int identifier;
+    std::atomic<int> blockingScopes{0};
+    // Under the pool's lock:
     std::condition_variable wake;
-    std::size_t wakeUps = 0;  ///< given and not yet taken
-    std::vector<int> threadIdentifiers;
+    bool isWoken = false;
+    Worker* nextSleeper = nullptr;
   };
 
   ThreadPool();
@@ -74,15 +89,17 @@ class ThreadPool {
   bool hasWorkFor(const Crew& crew) const noexcept;
   WorkItem* takeFor(const Crew& crew) noexcept;
   WorkItem* lookForWork();
-  bool sleepUntilWoken(Crew& crew);
+  bool sleepUntilWoken(Worker& worker);
+  bool isSurplus(const Crew& crew) const noexcept;
   void wakeOrGrow();
   bool wake(Crew& crew);
   bool growIfShort(Crew& crew);
   bool startThread(Crew& crew);
+  bool mayGrow() const noexcept;
   void watch();
-  void replaceBlocked(Crew& crew);
+  bool replaceBlocked(Crew& crew);
 
-  static thread_local Crew* currentCrew;
+  static thread_local Worker* currentWorker;
 
   const std::size_t processors_;
   WorkList awaited_;

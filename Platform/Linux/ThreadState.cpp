@@ -10,7 +10,7 @@ namespace zeb {
 
 int currentThreadIdentifier() noexcept { return gettid(); }
 
-bool isThreadRunnable(int threadIdentifier) noexcept {
+bool isThreadBlocked(int threadIdentifier) noexcept {
   char path[64];
   std::snprintf(path, sizeof path, "/proc/self/task/%d/stat", threadIdentifier);
   const int file = open(path, O_RDONLY | O_CLOEXEC);
@@ -22,7 +22,7 @@ bool isThreadRunnable(int threadIdentifier) noexcept {
   text[length] = '\0';
   // "number (name) state …", where the name may hold anything.
   const char* const nameEnd = std::strrchr(text, ')');
-  return nameEnd && std::strncmp(nameEnd, ") R", 3) == 0;
+  return nameEnd && std::strncmp(nameEnd, ") R", 3) != 0;
 }
 
 void relaxProcessor() noexcept {

@@ -1,14 +1,17 @@
 #include <Dispatch/DispatchOnce.h>
 #include <Dispatch/DispatchQueue.h>
 #include <Dispatch/DispatchSemaphore.h>
+#include <Linux/ThreadState.h>
 #include <Memory/WeakRef.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <latch>
 #include <memory>
+#include <set>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -162,6 +165,45 @@ TEST(DispatchQueue, ThreadsThatWaitForQueuesDoNotWaitForTheRestOfThePool) {
   for (int block = 0; block < 600; ++block) dispatch_semaphore_signal(goOn);
   over.wait();
   EXPECT_EQ(sum, (blocks + 2) * 10);
+}
+
+TEST(DispatchQueue, LeavesSurplusThreadsAsleepAfterABurst) {
+  constexpr int burst = 64;
+  const dispatch_queue_t global = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  const auto awaitSleep = [](int thread) {
+    for (int look = 0; look < 100'000 && !isThreadBlocked(thread); ++look) {
+      std::this_thread::yield();
+    }
+  };
+  const dispatch_semaphore_t goOn = dispatch_semaphore_create(0);
+  std::latch inside(burst);
+  std::latch over(burst);
+  std::array<int, burst> threads;
+  for (int& thread : threads) {
+    dispatch_async(global, [&] {
+      thread = currentThreadIdentifier();
+      inside.count_down();
+      dispatch_semaphore_wait(goOn, DISPATCH_TIME_FOREVER);
+      over.count_down();
+    });
+  }
+  inside.wait();
+  for (int block = 0; block < burst; ++block) dispatch_semaphore_signal(goOn);
+  over.wait();
+  for (const int thread : threads) awaitSleep(thread);
+  std::set<int> used;
+  for (int block = 0; block < burst; ++block) {
+    int thread = 0;
+    std::latch done(1);
+    dispatch_async(global, [&] {
+      thread = currentThreadIdentifier();
+      done.count_down();
+    });
+    done.wait();
+    used.insert(thread);
+    awaitSleep(thread);
+  }
+  EXPECT_LE(used.size(), burst / 4);
 }
 
 TEST(DispatchQueue, KeepsAReleasedQueueUntilItsWorkIsDoneAndThenLetsItGo) {
