@@ -1,9 +1,7 @@
 #include <Dispatch/DispatchTimers.h>
 #include <Linux/Clock.h>
 #include <Linux/Console.h>
-
-#include <system_error>
-#include <thread>
+#include <Linux/Thread.h>
 
 namespace zeb::detail {
 
@@ -13,9 +11,8 @@ DispatchTimers& DispatchTimers::shared() {
 }
 
 DispatchTimers::DispatchTimers() {
-  try {
-    std::thread([this] { wait(); }).detach();
-  } catch (const std::system_error&) {
+  const auto wait = [](void* timers) { static_cast<DispatchTimers*>(timers)->wait(); };
+  if (!startServiceThread("zeb-timers", wait, this)) {
     fatal("No thread is left to wait for the dispatch timers.");
   }
 }

@@ -1,11 +1,11 @@
 #include <Dispatch/ThreadPool.h>
 #include <Linux/Console.h>
 #include <Linux/ProcessFacts.h>
+#include <Linux/Thread.h>
 #include <Linux/ThreadState.h>
 
 #include <algorithm>
 #include <chrono>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -34,11 +34,9 @@ ThreadPool& ThreadPool::shared() {
 ThreadPool::ThreadPool() : processors_(usableProcessorCount()) {
   ordinary_.workers.reserve(maxThreads);
   reserve_.workers.reserve(maxThreads);
-  try {
-    std::thread([this] { watch(); }).detach();
-  } catch (const std::system_error&) {
-    isWatched_ = true;  // never: without a thread for it, only the waits of this library are seen
-  }
+  const auto watch = [](void* pool) { static_cast<ThreadPool*>(pool)->watch(); };
+  // Without a thread for it only the waits of this library are seen.
+  if (!startServiceThread("zeb-pool-watch", watch, this)) isWatched_ = true;
 }
 
 // Waking is by the order of sequentially consistent operations: a producer first appends, then looks for
@@ -98,16 +96,13 @@ bool ThreadPool::growIfShort(Crew& crew) {
 
 /// Starts a thread that the crew counts already.
 bool ThreadPool::startThread(Crew& crew) {
-  try {
-    std::thread([this, &crew] { work(crew); }).detach();
-    return true;
-  } catch (const std::system_error&) {
-    // The system has no thread to give: the work waits for those that there are.
-    if (crew.threads.fetch_sub(1, std::memory_order_relaxed) == 1 && &crew == &ordinary_) {
-      fatal("No thread is left to run queued work.");
-    }
-    return false;
+  const auto work = [](void* ofCrew) { shared().work(*static_cast<Crew*>(ofCrew)); };
+  if (startServiceThread(&crew == &reserve_ ? "zeb-reserve" : "zeb-pool", work, &crew)) return true;
+  // The system has no thread to give: the work waits for those that there are.
+  if (crew.threads.fetch_sub(1, std::memory_order_relaxed) == 1 && &crew == &ordinary_) {
+    fatal("No thread is left to run queued work.");
   }
+  return false;
 }
 
 /// Whether there is work that would be run if there were more threads, and may be more of them. Otherwise there is

@@ -2,10 +2,12 @@
 
 #include <limits.h>
 #include <pthread.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 namespace zeb {
 
@@ -14,13 +16,51 @@ namespace {
 struct Start {
   void (*function)(void*);
   void* argument;
+  const char* name;  ///< null for none
 };
 
 void* runStart(void* start) {
   const Start given = *static_cast<Start*>(start);
   delete static_cast<Start*>(start);
+  if (given.name) setThreadName(pthread_self(), given.name);
   given.function(given.argument);
   return nullptr;
+}
+
+/// Of a thread that nothing waits for.
+class ThreadAttributes {
+ public:
+  ThreadAttributes() noexcept {
+    pthread_attr_init(&attributes_);
+    pthread_attr_setdetachstate(&attributes_, PTHREAD_CREATE_DETACHED);
+  }
+  ThreadAttributes(const ThreadAttributes&) = delete;
+  ThreadAttributes& operator=(const ThreadAttributes&) = delete;
+  ~ThreadAttributes() { pthread_attr_destroy(&attributes_); }
+
+  pthread_attr_t& operator*() noexcept { return attributes_; }
+
+ private:
+  pthread_attr_t attributes_;
+};
+
+/// False when the system has no thread to give.
+bool startWith(pthread_attr_t& attributes, const Start& start) noexcept {
+  auto* const given = new (std::nothrow) Start(start);
+  pthread_t thread;
+  if (given && pthread_create(&thread, &attributes, &runStart, given) == 0) return true;
+  delete given;
+  return false;
+}
+
+/// All but those that a thread raises by a fault of its own, and the profilers'.
+sigset_t signalsOfOthers() noexcept {
+  sigset_t signals;
+  sigfillset(&signals);
+  for (const int own : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGPROF}) {
+    sigdelset(&signals, own);
+  }
+  return signals;
 }
 
 void setStackSize(pthread_attr_t& attributes, std::size_t bytes) noexcept {
@@ -55,16 +95,16 @@ void setThreadName(ThreadHandle thread, std::string_view name) noexcept {
 }
 
 bool startThread(std::size_t stackBytes, void (*function)(void*), void* argument) noexcept {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-  if (stackBytes) setStackSize(attributes, stackBytes);
-  auto* const start = new Start{function, argument};
-  pthread_t thread;
-  const bool isStarted = pthread_create(&thread, &attributes, &runStart, start) == 0;
-  if (!isStarted) delete start;
-  pthread_attr_destroy(&attributes);
-  return isStarted;
+  ThreadAttributes attributes;
+  if (stackBytes) setStackSize(*attributes, stackBytes);
+  return startWith(*attributes, {function, argument, nullptr});
+}
+
+bool startServiceThread(const char* name, void (*function)(void*), void* argument) noexcept {
+  ThreadAttributes attributes;
+  const sigset_t blocked = signalsOfOthers();
+  pthread_attr_setsigmask_np(&*attributes, &blocked);
+  return startWith(*attributes, {function, argument, name});
 }
 
 }  // namespace zeb

@@ -47,7 +47,8 @@ class NSThread final : public NSObject {
   static void sleepUntilDate(const NSDate& date);
 
   /// Throws NSException (NSInvalidArgumentException) when it was started before, and (NSGenericException) when
-  /// the system has no more threads. A thread that was cancelled before does not run its block.
+  /// the system has no more threads. A thread that was cancelled before does not run its block. It begins with
+  /// the signals blocked that are blocked in the calling thread: all, when that is a block of a queue.
   void start();
   /// Sets a flag for the thread's block to look at.
   void cancel() noexcept;

@@ -3,12 +3,16 @@
 #include <Dispatch/DispatchSource.h>
 #include <Linux/Clock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <random>
 #include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -155,6 +159,34 @@ TEST(DispatchSource, AfterKeepsToItsMoment) {
   EXPECT_EQ(dispatch_time(DISPATCH_TIME_FOREVER, -5), DISPATCH_TIME_FOREVER);
   EXPECT_EQ(dispatch_time(100, INT64_MIN), 1u);
   EXPECT_EQ(dispatch_time(UINT64_MAX - 5, 10), DISPATCH_TIME_FOREVER);
+}
+
+TEST(DispatchSource, TheThreadsBehindItHaveNamesAndLeaveSignalsToTheApplication) {
+  const dispatch_semaphore_t done = dispatch_semaphore_create(0);
+  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, 1000), defaultQueue(),
+                 [&] { dispatch_semaphore_signal(done); });
+  dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER);
+  std::set<std::string> names;
+  // A thread sets its name itself, in its own time.
+  for (int look = 0; look < 10'000 && names.size() < 3; ++look) {
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+      std::ifstream status(thread.path() / "status");
+      std::string name;
+      std::uint64_t blocked = 0;
+      for (std::string field; status >> field; status.ignore(1000, '\n')) {
+        if (field == "Name:") status >> name;
+        if (field == "SigBlk:") status >> std::hex >> blocked;
+      }
+      if (!name.starts_with("zeb-")) continue;
+      names.insert(name);
+      for (const int number : {SIGHUP, SIGINT, SIGTERM, SIGCHLD, SIGALRM, SIGUSR1, SIGRTMIN}) {
+        EXPECT_TRUE(blocked >> (number - 1) & 1) << name << " gets signal " << number;
+      }
+      EXPECT_FALSE(blocked >> (SIGSEGV - 1) & 1) << name << " would not report its crash";
+    }
+    names.erase("zeb-reserve");  // started only if needed
+  }
+  EXPECT_EQ(names, (std::set<std::string>{"zeb-pool", "zeb-pool-watch", "zeb-timers"}));
 }
 
 }  // namespace
