@@ -70,7 +70,7 @@ void ConcurrentQueue::announce() noexcept {
   if (lookers_.load(std::memory_order_seq_cst) == 0) requestTurn();
 }
 
-void ConcurrentQueue::takeTurn() noexcept {
+void ConcurrentQueue::takeTurn() {
   WorkItem* item = ready_.pop();
   for (int left = itemsPerTurn; item; --left) {
     // One thread less for the others: they get another one.
@@ -153,7 +153,7 @@ void ConcurrentQueue::barrierAsync(WorkItem& item) noexcept {
   enterOrQueue({&item, nullptr, Access::exclusive});
 }
 
-void ConcurrentQueue::Runner::runItem(WorkItem& item) noexcept {
+void ConcurrentQueue::Runner::runItem(WorkItem& item) {
   {
     QueueFrame frame(queue_, access_);
     item.run();

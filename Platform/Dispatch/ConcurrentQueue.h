@@ -40,7 +40,7 @@ class ConcurrentQueue final : public PooledQueue {
   class Runner final : public WorkRunner {
    public:
     Runner(ConcurrentQueue& queue, Access access) noexcept : queue_(queue), access_(access) {}
-    void runItem(WorkItem& item) noexcept override;
+    void runItem(WorkItem& item) override;
 
    private:
     ConcurrentQueue& queue_;
@@ -51,7 +51,7 @@ class ConcurrentQueue final : public PooledQueue {
   void enterOrQueue(Waiting waiting);
   void letIn(const Waiting& waiting) noexcept;
   void announce() noexcept;
-  void takeTurn() noexcept override;
+  void takeTurn() override;
   WorkItem* lookForNext() noexcept;
   void leave() noexcept;
   void admit();

@@ -67,7 +67,7 @@ void MainQueue::setWaker(void (*wake)()) {
   if (wake && isReady_.load()) wake();
 }
 
-bool MainQueue::runItemsOnMainThread() {
+bool MainQueue::runItemsOnMainThread() noexcept {
   // Cleared before the items run: as soon as the last one is done, a producer may set it anew.
   if (!isReady_.exchange(false)) return false;
   if (!runItems(itemsPerTurn)) return false;

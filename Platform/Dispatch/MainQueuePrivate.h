@@ -11,7 +11,8 @@ class MainQueue final : public SerialQueue {
 
   void sync(FunctionView<void()> block) override;
   void setWaker(void (*wake)());
-  bool runItemsOnMainThread();
+  /// An exception of a block ends the process here, for callers of the run loop may catch.
+  bool runItemsOnMainThread() noexcept;
 
  private:
   void schedule() noexcept override;

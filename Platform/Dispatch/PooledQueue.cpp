@@ -55,7 +55,7 @@ PooledQueue::Entry::Entry(PooledQueue& queue, std::uint32_t bit) noexcept
   runner = this;
 }
 
-void PooledQueue::Entry::runItem(WorkItem&) noexcept {
+void PooledQueue::Entry::runItem(WorkItem&) {
   PooledQueue& queue = queue_;  // the entry itself may be in the pool again soon
   const std::uint32_t before =
       queue.turn_.fetch_and(~(requested | bit_), std::memory_order_seq_cst);

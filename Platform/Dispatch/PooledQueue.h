@@ -24,7 +24,7 @@ class PooledQueue : public DispatchQueue {
   /// Has `takeTurn` called once on a thread of the pool. Once more before that: nothing.
   void requestTurn() noexcept;
   /// Runs some of the queue's blocks. The queue stays alive meanwhile.
-  virtual void takeTurn() noexcept = 0;
+  virtual void takeTurn() = 0;
   /// Whether a thread that has run its share should let others have the thread. Those who hold up a
   /// waiting thread give way to their like only.
   bool shouldYield() const noexcept;
@@ -39,7 +39,7 @@ class PooledQueue : public DispatchQueue {
     Entry(PooledQueue& queue, std::uint32_t bit) noexcept;
 
    private:
-    void runItem(WorkItem& item) noexcept override;
+    void runItem(WorkItem& item) override;
 
     PooledQueue& queue_;
     const std::uint32_t bit_;

@@ -64,13 +64,13 @@ void SerialQueue::async(WorkItem& item) noexcept {
 
 void SerialQueue::schedule() noexcept { requestTurn(); }
 
-void SerialQueue::takeTurn() noexcept {
+void SerialQueue::takeTurn() {
   while (runItems(itemsPerTurn)) {
     if (shouldYield()) return requestTurn();
   }
 }
 
-bool SerialQueue::runItems(int most) noexcept {
+bool SerialQueue::runItems(int most) {
   QueueFrame frame(*this, QueueFrame::Access::exclusive);
   WorkItem* item = front_;
   for (;;) {

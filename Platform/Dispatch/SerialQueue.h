@@ -25,12 +25,12 @@ class SerialQueue : public PooledQueue {
   virtual void schedule() noexcept;
   /// Runs items as the owner until none is left, or a waiting thread has taken over, or `most` have run.
   /// Whether the caller still owns the queue, for there are more.
-  bool runItems(int most) noexcept;
+  bool runItems(int most);
 
  private:
   class Waiter;
 
-  void takeTurn() noexcept final;
+  void takeTurn() final;
   bool append(WorkItem& item) noexcept;
   WorkItem* removeFront(WorkItem& front) noexcept;
   void passOn(WorkItem& front) noexcept;

@@ -12,11 +12,11 @@ namespace zeb::detail {
 
 class WorkItem;
 
-/// Whoever runs items in a way of its own: a concurrent queue, which counts them, or a serial queue's turn.
+/// Whoever runs items in a way of its own: a concurrent queue, which counts them, or a queue's turn.
 class WorkRunner {
  public:
   /// Runs and disposes of the item.
-  virtual void runItem(WorkItem& item) noexcept = 0;
+  virtual void runItem(WorkItem& item) = 0;
 
  protected:
   ~WorkRunner() = default;
@@ -27,14 +27,18 @@ class WorkRunner {
 class WorkItem {
  public:
   enum class Operation { run, discard, dispose };
-  using Operate = void (*)(WorkItem& item, Operation operation) noexcept;
+  using Operate = void (*)(WorkItem& item, Operation operation);
 
   explicit WorkItem(Operate operate) noexcept : operate_(operate) {}
   WorkItem(const WorkItem&) = delete;
   WorkItem& operator=(const WorkItem&) = delete;
 
   /// Calls the closure and destroys it. The item itself stays, for it may be a link of a list.
-  void run() noexcept { operate_(*this, Operation::run); }
+  ///
+  /// A closure that throws ends the process. From here down to where a thread of the pool begins, nothing catches and
+  /// nothing is `noexcept`: so the process stops where the exception was thrown, and its message and
+  /// the throwing stack are there to be seen. Who runs items on another thread must not let it pass.
+  void run() { operate_(*this, Operation::run); }
   /// Destroys the closure without a call.
   void discard() noexcept { operate_(*this, Operation::discard); }
   /// Gives the item's memory back.
@@ -81,7 +85,7 @@ class ClosureItem final : public WorkItem {
       sizeof(WorkItem) + sizeof(Closure) <= WorkItemMemory::blockSize &&
       alignof(Closure) <= alignof(WorkItem);
 
-  static void operate(WorkItem& item, Operation operation) noexcept {
+  static void operate(WorkItem& item, Operation operation) {
     auto& self = static_cast<ClosureItem&>(item);
     if (operation == Operation::dispose) {
       delete &self;

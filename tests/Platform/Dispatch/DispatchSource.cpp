@@ -7,11 +7,15 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <random>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -159,6 +163,46 @@ TEST(DispatchSource, AfterKeepsToItsMoment) {
   EXPECT_EQ(dispatch_time(DISPATCH_TIME_FOREVER, -5), DISPATCH_TIME_FOREVER);
   EXPECT_EQ(dispatch_time(100, INT64_MIN), 1u);
   EXPECT_EQ(dispatch_time(UINT64_MAX - 5, 10), DISPATCH_TIME_FOREVER);
+}
+
+TEST(DispatchSourceDeathTest, AnExceptionStopsTheProcessWhereItIsThrown) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  static std::atomic<bool> isUnwound{false};
+  struct Local {
+    ~Local() { isUnwound = true; }
+  };
+  const auto fail = [what = std::string(100, '.')] {
+    const Local local;
+    throw std::runtime_error("mine" + what);
+  };
+  const auto report = [] {
+    std::fputs(isUnwound ? "unwound: " : "at the throw: ", stderr);
+    try {
+      std::rethrow_exception(std::current_exception());
+    } catch (const std::exception& exception) {
+      std::fputs(exception.what(), stderr);
+    }
+    std::_Exit(1);
+  };
+  const auto runOn = [&](const dispatch_queue_t& queue, bool isTimer) {
+    std::set_terminate(report);
+    const dispatch_source_t timer = dispatch_source_create_timer(queue);
+    dispatch_source_set_event_handler(timer, fail);
+    dispatch_source_set_timer(timer, DISPATCH_TIME_NOW, DISPATCH_TIME_FOREVER, 0);
+    if (isTimer) {
+      dispatch_resume(timer);
+    } else {
+      dispatch_async(queue, fail);
+    }
+    dispatch_semaphore_wait(dispatch_semaphore_create(0), DISPATCH_TIME_FOREVER);
+  };
+  const dispatch_queue_t serial = dispatch_queue_create("serial");
+  const dispatch_queue_t concurrent =
+      dispatch_queue_create("concurrent", DispatchQueueKind::concurrent);
+  for (const dispatch_queue_t& queue : {serial, concurrent, defaultQueue()}) {
+    EXPECT_EXIT(runOn(queue, true), testing::ExitedWithCode(1), "^at the throw: mine\\.");
+    EXPECT_EXIT(runOn(queue, false), testing::ExitedWithCode(1), "^at the throw: mine\\.");
+  }
 }
 
 TEST(DispatchSource, TheThreadsBehindItHaveNamesAndLeaveSignalsToTheApplication) {
