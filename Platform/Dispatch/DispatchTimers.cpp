@@ -3,6 +3,9 @@
 #include <Linux/Console.h>
 #include <Linux/Thread.h>
 
+#include <algorithm>
+#include <chrono>
+
 namespace zeb::detail {
 
 DispatchTimers& DispatchTimers::shared() {
@@ -22,17 +25,22 @@ void DispatchTimers::arm(DispatchTimer& timer) {
   // A later first deadline needs no system call: the thread wakes up once for nothing.
   if (heap_.nextWakeUp() >= wakeUp_) return;
   wakeUp_ = heap_.nextWakeUp();
-  descriptor_.setMoment(wakeUp_);
+  isEarlier_.notify_one();
 }
 
 void DispatchTimers::wait() noexcept {
+  setExactTimeouts();
+  std::unique_lock lock(mutex_);
   for (;;) {
-    descriptor_.wait();
-    std::lock_guard guard(mutex_);
     const std::uint64_t now = mach_absolute_time();
     while (DeadlineNode* due = heap_.takeDue(now)) static_cast<DispatchTimer*>(due)->becomeDue(now);
     wakeUp_ = heap_.nextWakeUp();
-    descriptor_.setMoment(wakeUp_);
+    if (wakeUp_ == UINT64_MAX) {
+      isEarlier_.wait(lock);
+    } else {
+      const std::chrono::nanoseconds moment(std::min<std::uint64_t>(wakeUp_, INT64_MAX));
+      isEarlier_.wait_until(lock, std::chrono::steady_clock::time_point(moment));
+    }
   }
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <Dispatch/DeadlineHeap.h>
-#include <Linux/TimerDescriptor.h>
 
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 
@@ -19,7 +19,8 @@ class DispatchTimer : public DeadlineNode {
   ~DispatchTimer() = default;
 };
 
-/// The thread that waits for all dispatch timers. Made on first use and never destroyed.
+/// The thread that waits for all dispatch timers. It needs no file descriptor. Made on first use and
+/// never destroyed.
 class DispatchTimers {
  public:
   static DispatchTimers& shared();
@@ -38,8 +39,8 @@ class DispatchTimers {
 
   std::mutex mutex_;
   DeadlineHeap heap_;
-  TimerDescriptor descriptor_;
-  std::uint64_t wakeUp_ = UINT64_MAX;  ///< what the descriptor is set to
+  std::condition_variable isEarlier_;
+  std::uint64_t wakeUp_ = UINT64_MAX;  ///< when the thread will look again
 };
 
 }  // namespace zeb::detail

@@ -3,6 +3,7 @@
 #include <limits.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -93,6 +94,8 @@ void setThreadName(ThreadHandle thread, std::string_view name) noexcept {
   name.copy(text.data(), length);
   pthread_setname_np(thread, text.data());
 }
+
+void setExactTimeouts() noexcept { prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL); }
 
 bool startThread(std::size_t stackBytes, void (*function)(void*), void* argument) noexcept {
   ThreadAttributes attributes;

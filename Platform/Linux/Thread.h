@@ -17,6 +17,10 @@ ThreadHandle currentThreadHandle() noexcept;
 /// The name that debuggers and `top` show: the first 15 bytes, whole characters. UTF-8.
 void setThreadName(ThreadHandle thread, std::string_view name) noexcept;
 
+/// From here on the calling thread's timed waits end as exactly as the system can, which otherwise puts
+/// together what lies some microseconds apart.
+void setExactTimeouts() noexcept;
+
 /// Starts a thread that calls the function and that nothing waits for. Its stack has `stackBytes`, rounded up
 /// to what the system allows, or the system's usual size for 0. It blocks the signals that the calling
 /// thread blocks. False when the system refuses.

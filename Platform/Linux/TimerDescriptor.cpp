@@ -1,6 +1,5 @@
 #include <Linux/TimerDescriptor.h>
 
-#include <poll.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 
@@ -16,7 +15,6 @@ TimerDescriptor::~TimerDescriptor() {
 }
 
 void TimerDescriptor::setMoment(std::uint64_t nanoseconds) noexcept {
-  if (descriptor_ < 0) return sleep_.setMoment(nanoseconds);
   itimerspec setting{};
   if (nanoseconds != UINT64_MAX) {
     // Zero would disarm it, and the clock's seconds are signed.
@@ -25,13 +23,6 @@ void TimerDescriptor::setMoment(std::uint64_t nanoseconds) noexcept {
     setting.it_value.tv_nsec = static_cast<long>(moment % 1'000'000'000);
   }
   timerfd_settime(descriptor_, TFD_TIMER_ABSTIME, &setting, nullptr);
-}
-
-void TimerDescriptor::wait() noexcept {
-  if (descriptor_ < 0) return sleep_.sleep();
-  pollfd waiting{descriptor_, POLLIN, 0};
-  poll(&waiting, 1, -1);
-  clear();
 }
 
 void TimerDescriptor::clear() noexcept {

@@ -4,6 +4,7 @@
 #include <Linux/Clock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <atomic>
@@ -203,6 +204,20 @@ TEST(DispatchSourceDeathTest, AnExceptionStopsTheProcessWhereItIsThrown) {
     EXPECT_EXIT(runOn(queue, true), testing::ExitedWithCode(1), "^at the throw: mine\\.");
     EXPECT_EXIT(runOn(queue, false), testing::ExitedWithCode(1), "^at the throw: mine\\.");
   }
+}
+
+TEST(DispatchSourceDeathTest, TheFirstTimerNeedsNoFileDescriptor) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "The sanitizer's own checks need file descriptors.";
+#endif
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const auto useTimer = [] {
+    const rlimit none{0, 0};
+    setrlimit(RLIMIT_NOFILE, &none);
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, 1000), defaultQueue(), [] { std::_Exit(7); });
+    dispatch_semaphore_wait(dispatch_semaphore_create(0), DISPATCH_TIME_FOREVER);
+  };
+  EXPECT_EXIT(useTimer(), testing::ExitedWithCode(7), "");
 }
 
 TEST(DispatchSource, TheThreadsBehindItHaveNamesAndLeaveSignalsToTheApplication) {
