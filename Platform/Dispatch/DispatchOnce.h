@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Memory/FunctionView.h>
+
 #include <mutex>
 #include <utility>
 
@@ -9,9 +11,11 @@ namespace zeb {
 using dispatch_once_t = std::once_flag;
 
 /// Calls the callable if nobody has done so through this predicate; returns when that call is done,
-/// whoever made it. If it throws, the next caller tries again.
+/// whoever made it. If it throws, the next caller tries again. A nil block is nothing to do, and leaves the
+/// predicate as it is.
 template <class Callable>
 void dispatch_once(dispatch_once_t& predicate, Callable&& initialise) {
+  if (detail::isNilCallable(initialise)) return;
   std::call_once(predicate, std::forward<Callable>(initialise));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Dispatch/NilArgument.h>
 #include <Dispatch/WorkItem.h>
 #include <Memory/FunctionView.h>
 #include <Memory/NSObject.h>
@@ -67,6 +68,12 @@ using dispatch_queue_t = Ref<DispatchQueue>;
 dispatch_queue_t dispatch_queue_create(std::string_view label,
                                        DispatchQueueKind kind = DispatchQueueKind::serial,
                                        dispatch_qos_class_t qos = QOS_CLASS_DEFAULT);
+/// A null label is "".
+inline dispatch_queue_t dispatch_queue_create(const char* label,
+                                              DispatchQueueKind kind = DispatchQueueKind::serial,
+                                              dispatch_qos_class_t qos = QOS_CLASS_DEFAULT) {
+  return dispatch_queue_create(label ? std::string_view(label) : std::string_view(), kind, qos);
+}
 
 /// The process's shared concurrent queue of a priority or of a quality of service (both kinds of number
 /// are understood); nil for any other number. Barriers on it are plain blocks: it is everybody's.
@@ -82,11 +89,12 @@ const char* dispatch_queue_get_label(const dispatch_queue_t& queue) noexcept;
 
 /// Runs the block later, in the queue's order, and returns at once. The block (anything that can be
 /// called without arguments) is moved in and destroyed right after its run. Here and below: a nil block is
-/// nothing to do, a nil queue is a programming error.
+/// nothing to do, whatever the queue; a block and a nil queue stop the process with a message that names the function.
 template <class Callable>
 void dispatch_async(const dispatch_queue_t& queue, Callable&& block) {
   if (detail::isNilCallable(block)) return;
-  queue->async(*detail::newWorkItem(std::forward<Callable>(block)));
+  detail::notNil(queue, "dispatch_async", "queue")
+      .async(*detail::newWorkItem(std::forward<Callable>(block)));
 }
 
 inline void dispatch_async(const dispatch_queue_t&, std::nullptr_t) noexcept {}
@@ -96,21 +104,22 @@ inline void dispatch_async(const dispatch_queue_t&, std::nullptr_t) noexcept {}
 /// the caller. From a block of the same serial queue it would wait for itself, which stops the process
 /// with a message instead.
 inline void dispatch_sync(const dispatch_queue_t& queue, FunctionView<void()> block) {
-  if (block) queue->sync(block);
+  if (block) detail::notNil(queue, "dispatch_sync", "queue").sync(block);
 }
 
 /// On a concurrent queue: the block runs alone, after all earlier blocks and before all later ones.
 template <class Callable>
 void dispatch_barrier_async(const dispatch_queue_t& queue, Callable&& block) {
   if (detail::isNilCallable(block)) return;
-  queue->barrierAsync(*detail::newWorkItem(std::forward<Callable>(block)));
+  detail::notNil(queue, "dispatch_barrier_async", "queue")
+      .barrierAsync(*detail::newWorkItem(std::forward<Callable>(block)));
 }
 
 inline void dispatch_barrier_async(const dispatch_queue_t&, std::nullptr_t) noexcept {}
 
 /// The same, and returns when the block is done; as `dispatch_sync` otherwise.
 inline void dispatch_barrier_sync(const dispatch_queue_t& queue, FunctionView<void()> block) {
-  if (block) queue->barrierSync(block);
+  if (block) detail::notNil(queue, "dispatch_barrier_sync", "queue").barrierSync(block);
 }
 
 }  // namespace zeb

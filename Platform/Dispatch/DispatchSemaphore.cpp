@@ -1,4 +1,5 @@
 #include <Dispatch/DispatchSemaphore.h>
+#include <Dispatch/NilArgument.h>
 #include <Dispatch/ThreadPool.h>
 
 #include <algorithm>
@@ -42,12 +43,13 @@ dispatch_semaphore_t dispatch_semaphore_create(std::int64_t value) {
 
 std::int64_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore,
                                      dispatch_time_t timeout) {
+  detail::notNil(semaphore, "dispatch_semaphore_wait", "semaphore");
   const dispatch_semaphore_t alive = semaphore;  // whoever waits keeps it, whatever its owner does
   return alive->wait(timeout) ? 0 : 1;
 }
 
 std::int64_t dispatch_semaphore_signal(const dispatch_semaphore_t& semaphore) {
-  return semaphore->signal() ? 1 : 0;
+  return detail::notNil(semaphore, "dispatch_semaphore_signal", "semaphore").signal() ? 1 : 0;
 }
 
 }  // namespace zeb

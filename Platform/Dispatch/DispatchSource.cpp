@@ -1,5 +1,6 @@
 #include <Dispatch/DispatchSource.h>
 #include <Dispatch/DispatchTimers.h>
+#include <Dispatch/NilArgument.h>
 #include <Linux/Clock.h>
 #include <Linux/Console.h>
 
@@ -168,8 +169,8 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
   bool hasMissed_ = false;
 };
 
-TimerSource& timerSource(const dispatch_source_t& source) noexcept {
-  return static_cast<TimerSource&>(*source);
+TimerSource& timerSource(const dispatch_source_t& source, const char* function) noexcept {
+  return static_cast<TimerSource&>(detail::notNil(source, function, "source"));
 }
 
 }  // namespace
@@ -181,27 +182,31 @@ dispatch_source_t dispatch_source_create_timer(const dispatch_queue_t& queue) {
 
 void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start,
                                std::uint64_t interval, std::uint64_t leeway) {
-  timerSource(source).setTimer(start, interval, leeway);
+  timerSource(source, "dispatch_source_set_timer").setTimer(start, interval, leeway);
 }
 
 void dispatch_source_set_event_handler(const dispatch_source_t& source, Block<void()> handler) {
-  timerSource(source).setEventHandler(std::move(handler));
+  timerSource(source, "dispatch_source_set_event_handler").setEventHandler(std::move(handler));
 }
 
 void dispatch_source_set_cancel_handler(const dispatch_source_t& source, Block<void()> handler) {
-  timerSource(source).setCancelHandler(std::move(handler));
+  timerSource(source, "dispatch_source_set_cancel_handler").setCancelHandler(std::move(handler));
 }
 
-void dispatch_resume(const dispatch_source_t& source) { timerSource(source).resume(); }
+void dispatch_resume(const dispatch_source_t& source) {
+  timerSource(source, "dispatch_resume").resume();
+}
 
-void dispatch_suspend(const dispatch_source_t& source) { timerSource(source).suspend(); }
+void dispatch_suspend(const dispatch_source_t& source) {
+  timerSource(source, "dispatch_suspend").suspend();
+}
 
 void dispatch_source_cancel(const dispatch_source_t& source) {
-  if (source) timerSource(source).cancel();
+  if (source) timerSource(source, "dispatch_source_cancel").cancel();
 }
 
 bool dispatch_source_testcancel(const dispatch_source_t& source) noexcept {
-  return !source || timerSource(source).isCancelled();
+  return !source || timerSource(source, "dispatch_source_testcancel").isCancelled();
 }
 
 namespace {
@@ -228,6 +233,7 @@ class DelayedBlock final : public DispatchTimer {
 
 void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, Block<void()> block) {
   if (!block) return;
+  detail::notNil(queue, "dispatch_after", "queue");
   if (when <= mach_absolute_time()) {
     dispatch_async(queue, std::move(block));
   } else if (when != DISPATCH_TIME_FOREVER) {

@@ -16,8 +16,8 @@ namespace zeb {
 ///
 /// Made suspended; it runs after the first `dispatch_resume`. Releasing the last reference cancels it,
 /// without a call of the cancel handler.
-/// All functions may be called from any thread, from the handlers too; a nil source is a programming error,
-/// except to cancel. After `dispatch_source_cancel` no
+/// All functions may be called from any thread, from the handlers too; a nil source stops the process with a
+/// message that names the function, except to cancel. After `dispatch_source_cancel` no
 /// further handler starts; one that runs already goes on. The handlers are released then.
 class DispatchSource : public NSObject {
  protected:
@@ -34,6 +34,7 @@ dispatch_source_t dispatch_source_create_timer(const dispatch_queue_t& queue);
 void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start,
                                std::uint64_t interval, std::uint64_t leeway);
 
+/// A nil handler is none; here and below.
 void dispatch_source_set_event_handler(const dispatch_source_t& source, Block<void()> handler);
 /// Called once on the queue after a cancellation.
 void dispatch_source_set_cancel_handler(const dispatch_source_t& source, Block<void()> handler);
@@ -47,7 +48,8 @@ void dispatch_suspend(const dispatch_source_t& source);
 void dispatch_source_cancel(const dispatch_source_t& source);
 bool dispatch_source_testcancel(const dispatch_source_t& source) noexcept;
 
-/// Runs the block on the queue at `when` or as soon after as possible.
+/// Runs the block on the queue at `when` or as soon after as possible. A nil block or queue: as for
+/// `dispatch_async`.
 void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, Block<void()> block);
 
 }  // namespace zeb

@@ -1,6 +1,7 @@
 #include <Dispatch/DispatchOnce.h>
 #include <Dispatch/DispatchQueue.h>
 #include <Dispatch/DispatchSemaphore.h>
+#include <Dispatch/DispatchSource.h>
 #include <Linux/ThreadState.h>
 #include <Memory/WeakRef.h>
 #include <gtest/gtest.h>
@@ -9,11 +10,14 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <latch>
 #include <memory>
 #include <set>
 #include <stdexcept>
+#include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace zeb {
@@ -272,6 +276,43 @@ TEST(DispatchQueueDeathTest, WaitingForOneselfStopsTheProcess) {
   EXPECT_DEATH(onQueue(dispatch_queue_create("ours", concurrentKind), barrier),
                "^dispatch_barrier_sync onto the queue \"ours\"");
   EXPECT_DEATH(dispatch_sync(dispatch_get_main_queue(), [] {}), "onto the queue \"main-thread\"");
+}
+
+TEST(DispatchQueueDeathTest, NilArgumentsAreReportedByFunctionAndNilBlocksAreNothingToDo) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const Block<void()> block = [] {};
+  const dispatch_time_t later = dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC);
+  const std::pair<const char*, std::function<void()>> calls[] = {
+      {"dispatch_async .* queue", [&] { dispatch_async(nullptr, block); }},
+      {"dispatch_sync .* queue", [&] { dispatch_sync(nullptr, block); }},
+      {"dispatch_barrier_async .* queue", [&] { dispatch_barrier_async(nullptr, block); }},
+      {"dispatch_barrier_sync .* queue", [&] { dispatch_barrier_sync(nullptr, block); }},
+      {"dispatch_after .* queue", [&] { dispatch_after(later, nullptr, block); }},
+      {"dispatch_semaphore_wait .* semaphore", [] { dispatch_semaphore_wait(nullptr, 0); }},
+      {"dispatch_semaphore_signal .* semaphore", [] { dispatch_semaphore_signal(nullptr); }},
+      {"dispatch_source_set_timer .* source", [] { dispatch_source_set_timer(nullptr, 0, 1, 0); }},
+      {"dispatch_source_set_event_handler .* source",
+       [&] { dispatch_source_set_event_handler(nullptr, block); }},
+      {"dispatch_source_set_cancel_handler .* source",
+       [&] { dispatch_source_set_cancel_handler(nullptr, block); }},
+      {"dispatch_resume .* source", [] { dispatch_resume(nullptr); }},
+      {"dispatch_suspend .* source", [] { dispatch_suspend(nullptr); }},
+  };
+  for (const auto& [message, call] : calls) EXPECT_DEATH(call(), std::string("^") + message);
+
+  const Block<void()> none;
+  for (const dispatch_queue_t& queue : {dispatch_queue_create(nullptr), dispatch_queue_t()}) {
+    dispatch_async(queue, none);
+    dispatch_sync(queue, none);
+    dispatch_barrier_async(queue, none);
+    dispatch_barrier_sync(queue, none);
+    dispatch_after(later, queue, none);
+  }
+  dispatch_once_t once;
+  dispatch_once(once, none);
+  int calledOnce = 0;
+  dispatch_once(once, [&] { ++calledOnce; });
+  EXPECT_EQ(calledOnce, 1);
 }
 
 TEST(DispatchQueueDeathTest, ExitWithWorkPendingNeitherHangsNorCrashes) {
