@@ -1,5 +1,6 @@
 #include <Dispatch/WorkItemMemory.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
@@ -22,10 +23,13 @@ namespace {
 constexpr std::size_t pageSize = 4096;
 constexpr std::uint32_t blocksPerPage = pageSize / WorkItemMemory::blockSize - 1;
 
+struct Region;
+
 /// Blocks, and in the place of the first one what is known about them.
 struct alignas(pageSize) Page {
   std::atomic<std::uint32_t> freed{0};  ///< its thread counts the blocks that it will not use
-  Page* next = nullptr;
+  Region* region = nullptr;
+  Page* next = nullptr;  ///< of its region's free pages
 
   static Page& of(void* block) noexcept {
     return *reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(block) & ~(pageSize - 1));
@@ -35,7 +39,27 @@ struct alignas(pageSize) Page {
   }
 };
 
-/// Free pages for all threads: so many at most, and the rest goes back to the system.
+/// Pages that come from the system at once and go back at once: allocated one by one, each would lose as much again
+/// to its alignment.
+struct Region {
+  static constexpr std::size_t pageCount = 31;  ///< and the place of one for what is below
+
+  Region() noexcept {
+    for (Page& page : pages) {
+      page.region = this;
+      page.next = std::exchange(firstFree, &page);
+    }
+  }
+
+  std::array<Page, pageCount> pages;
+  Page* firstFree = nullptr;
+  std::size_t freeCount = pageCount;
+  // Among the regions with free pages:
+  Region* previous = nullptr;
+  Region* next = nullptr;
+};
+
+/// Free pages for all threads: so many at most, and the rest goes back to the system, by whole regions.
 class PagePool {
  public:
   static PagePool& shared() {
@@ -44,36 +68,53 @@ class PagePool {
   }
 
   Page* take() {
-    {
-      std::lock_guard guard(mutex_);
-      if (Page* const page = first_) {
-        first_ = page->next;
-        --count_;
-        return page;
-      }
+    std::unique_lock lock(mutex_);
+    if (!first_) {
+      lock.unlock();
+      auto* const region = new Region;
+      lock.lock();
+      link(*region);
+      freeCount_ += Region::pageCount;
     }
-    return new Page;
+    Region& region = *first_;
+    Page* const page = region.firstFree;
+    region.firstFree = page->next;
+    --freeCount_;
+    if (--region.freeCount == 0) unlink(region);
+    return page;
   }
 
   void put(Page* page) noexcept {
     page->freed.store(0, std::memory_order_relaxed);
+    Region& region = *page->region;
     {
       std::lock_guard guard(mutex_);
-      if (count_ < mostPages) {
-        page->next = std::exchange(first_, page);
-        ++count_;
-        return;
-      }
+      page->next = std::exchange(region.firstFree, page);
+      ++freeCount_;
+      if (++region.freeCount == 1) link(region);
+      if (region.freeCount < Region::pageCount || freeCount_ <= maxFreePages) return;
+      unlink(region);
+      freeCount_ -= Region::pageCount;
     }
-    delete page;
+    delete &region;
   }
 
  private:
-  static constexpr std::size_t mostPages = 1024;
+  static constexpr std::size_t maxFreePages = 4096;
+
+  void link(Region& region) noexcept {
+    region.next = std::exchange(first_, &region);
+    if (region.next) region.next->previous = &region;
+  }
+  void unlink(Region& region) noexcept {
+    (region.previous ? region.previous->next : first_) = region.next;
+    if (region.next) region.next->previous = region.previous;
+    region.previous = region.next = nullptr;
+  }
 
   std::mutex mutex_;
-  Page* first_ = nullptr;
-  std::size_t count_ = 0;
+  Region* first_ = nullptr;  ///< of those with free pages
+  std::size_t freeCount_ = 0;
 };
 
 void addFreed(Page& page, std::uint32_t count) noexcept {

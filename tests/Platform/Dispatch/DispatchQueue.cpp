@@ -2,6 +2,7 @@
 #include <Dispatch/DispatchQueue.h>
 #include <Dispatch/DispatchSemaphore.h>
 #include <Dispatch/DispatchSource.h>
+#include <Dispatch/WorkItemMemory.h>
 #include <Linux/ThreadState.h>
 #include <Memory/WeakRef.h>
 #include <gtest/gtest.h>
@@ -313,6 +314,24 @@ TEST(DispatchQueueDeathTest, NilArgumentsAreReportedByFunctionAndNilBlocksAreNot
   int calledOnce = 0;
   dispatch_once(once, [&] { ++calledOnce; });
   EXPECT_EQ(calledOnce, 1);
+}
+
+TEST(WorkItemMemory, TakesHardlyMoreThanItsBlocks) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "Sanitizers get each block from the general allocator.";
+#endif
+  constexpr std::size_t pages = 3000;
+  std::vector<void*> blocks;
+  std::set<std::uintptr_t> used;
+  while (used.size() < pages) {
+    blocks.push_back(detail::WorkItemMemory::allocate());
+    used.insert(reinterpret_cast<std::uintptr_t>(blocks.back()) / 4096);
+  }
+  // Pages with another one right behind them have lost nothing to their alignment.
+  std::size_t adjacent = 0;
+  for (const std::uintptr_t page : used) adjacent += used.contains(page + 1);
+  EXPECT_GE(adjacent, pages * 9 / 10);
+  for (void* block : blocks) detail::WorkItemMemory::free(block);
 }
 
 TEST(DispatchQueueDeathTest, ExitWithWorkPendingNeitherHangsNorCrashes) {
