@@ -3,12 +3,12 @@
 #include <Dispatch/DispatchSource.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <latch>
-#include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Bench.h"
@@ -136,64 +136,76 @@ const Case timerCreateCancel("timer.create_cancel", [](Report& report) {
                              measureInTurns(ours, theirs), timers));
 });
 
+/// Nobody else uses the queue: both sides run the block on the calling thread.
+const Case sync("dispatch.sync", [](Report& report) {
+  constexpr std::size_t calls = 1000;
+  const dispatch_queue_t queue = dispatch_queue_create("bench");
+  asio::io_context context;
+  auto strand = asio::make_strand(context);
+  std::uint64_t ourSum = 0;
+  std::uint64_t theirSum = 0;
+  const auto ours = [&] {
+    for (std::size_t number = 0; number < calls; ++number) {
+      dispatch_sync(queue, [&ourSum, number] { ourSum += number; });
+    }
+  };
+  const auto theirs = [&] {
+    for (std::size_t number = 0; number < calls; ++number) {
+      asio::post(strand, [&theirSum, number] { theirSum += number; });
+      context.poll();
+      context.restart();
+    }
+  };
+  ours();
+  theirs();
+  require(ourSum == theirSum, "the sums differ");
+  report.add(nanosecondsEach("dispatch_sync, uncontended", "Boost.Asio strand, run by the caller",
+                             measureInTurns(ours, theirs), calls));
+});
+
+/// Two threads wait for every block of theirs on one queue.
+const Case contendedSync("dispatch.sync.contended", [](Report& report) {
+  constexpr std::size_t calls = 5000;  // of each thread
+  const auto fromTwoThreads = [](const std::function<void()>& callMany) {
+    const std::jthread other(callMany);
+    callMany();
+  };
+  const dispatch_queue_t queue = dispatch_queue_create("bench");
+  std::uint64_t ourSum = 0;
+  const auto ours = [&] {
+    fromTwoThreads([&] {
+      for (std::size_t number = 0; number < calls; ++number) {
+        dispatch_sync(queue, [&ourSum, number] { ourSum += number; });
+      }
+    });
+  };
+  auto strand = asio::make_strand(asioPool());
+  std::uint64_t theirSum = 0;
+  const auto theirs = [&] {
+    fromTwoThreads([&] {
+      for (std::size_t number = 0; number < calls; ++number) {
+        std::promise<void> promise;
+        const std::future<void> done = promise.get_future();
+        asio::post(strand, [&theirSum, number, promise = std::move(promise)]() mutable {
+          theirSum += number;
+          promise.set_value();
+        });
+        done.wait();
+      }
+    });
+  };
+  ours();
+  theirs();
+  require(ourSum == theirSum, "the sums differ");
+  report.add(nanosecondsEach("dispatch_sync, 2 threads", "Boost.Asio strand with a std::promise",
+                             measureInTurns(ours, theirs), 2 * calls));
+});
+
 #else
 
 const Case asioCases("dispatch.async", [](Report& report) { report.skip("Boost.Asio"); });
 
 #endif
-
-/// A thread that does one thing at a time for whoever waits for it.
-class HandOff {
- public:
-  void doSync(const std::function<void()>& work) {
-    std::unique_lock lock(mutex_);
-    work_ = &work;
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return !work_; });
-  }
-  ~HandOff() {
-    std::lock_guard guard(mutex_);
-    isOver_ = true;
-    changed_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  const std::function<void()>* work_ = nullptr;
-  bool isOver_ = false;
-  std::jthread thread_{[this] {
-    std::unique_lock lock(mutex_);
-    for (;;) {
-      changed_.wait(lock, [this] { return work_ || isOver_; });
-      if (isOver_) return;
-      (*work_)();
-      work_ = nullptr;
-      changed_.notify_all();
-    }
-  }};
-};
-
-const Case sync("dispatch.sync", [](Report& report) {
-  constexpr std::size_t calls = 1000;
-  const dispatch_queue_t queue = dispatch_queue_create("bench");
-  HandOff handOff;
-  std::uint64_t ourSum = 0;
-  std::uint64_t theirSum = 0;
-  const Seconds seconds = measureInTurns(
-      [&] {
-        for (std::size_t number = 0; number < calls; ++number) {
-          dispatch_sync(queue, [&] { ourSum += number; });
-        }
-      },
-      [&] {
-        for (std::size_t number = 0; number < calls; ++number) {
-          handOff.doSync([&] { theirSum += number; });
-        }
-      });
-  report.add(
-      nanosecondsEach("dispatch_sync", "std::mutex with std::condition_variable", seconds, calls));
-});
 
 }  // namespace
 
