@@ -157,14 +157,15 @@ DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) noe
 
 DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
   if (DictionaryEntry* existing = findEntry(table, key)) return *existing;
+  // Taken before the table grows, because the caller's key may lie in the table itself.
+  Value ownKey = key.copy();
+  ownKey.setKeyHash(keyHashOf(ownKey));
   if (table.used == table.capacity) {
     // Many removed entries: sliding them out makes room enough.
     const bool mostlyDead = table.count < table.used / 2;
     growEntries(table, mostlyDead ? table.capacity
                                   : std::max<std::size_t>(4, std::size_t{table.capacity} * 2));
   }
-  Value ownKey = key.copy();
-  ownKey.setKeyHash(keyHashOf(ownKey));
   DictionaryEntry* entry = new (&table.entries[table.used]) DictionaryEntry{std::move(ownKey), {}};
   ++table.used;
   ++table.count;

@@ -125,6 +125,20 @@ TEST(NSDictionary, TakesAnyValueAsKeyByCopy) {
   EXPECT_FALSE(dictionary.allKeys()[0].isMutable() || dictionary.allKeys()[1].isMutable());
 }
 
+TEST(NSDictionary, TakesWhatItHoldsAsArguments) {
+  const auto text = [](int number) { return NSString::stringWithFormat("text %d", number); };
+  NSMutableDictionary dictionary{{text(0), text(1)}};
+  NSMutableSet set{text(0)};
+  // Each value becomes the next key, also where the table grows under it.
+  for (int i = 1; i < 1000; ++i) {
+    dictionary.setObject(text(i + 1), *dictionary.find(text(i - 1)));
+    set.addObject(text(i));
+    ASSERT_TRUE(dictionary[text(i)] == text(i + 1));
+  }
+  while (dictionary.count()) dictionary.removeObjectForKey(dictionary.begin()->key);
+  while (set.count()) set.removeObject(*set.begin());
+}
+
 struct ChangesItsOwner : NSObject {
   explicit ChangesItsOwner(Value dictionary) : owner(std::move(dictionary)) {}
   ~ChangesItsOwner() override { NSMutableDictionary::from(owner).setObject("late", "key"); }
