@@ -16,30 +16,18 @@ namespace {
 /// Nobody's keys collide this often by chance at half load.
 constexpr std::uint32_t longestTrustedProbe = 128;
 
-}  // namespace
+void useKeyedHash(DictionaryStorage& table) noexcept;
 
-std::uint32_t keyedHashOfKey(const Value& key) noexcept {
-  if (key.isString()) {
-    const auto& text = *key.storageAs<StringStorage>();
-    if (!text.isWide()) {
-      return static_cast<std::uint32_t>(keyedHash({text.ascii(), text.length}));
-    }
-    return static_cast<std::uint32_t>(keyedHash(NSString(key).utf8()));
-  }
-  const std::uint64_t hash = key.hash();
-  return static_cast<std::uint32_t>(keyedHash({reinterpret_cast<const char*>(&hash), sizeof hash}));
+/// The hash that a table finds a key by: the public one, or one that covers all of the key's content
+/// and whose collisions can't be chosen.
+std::uint32_t hashFor(const DictionaryStorage& table, const Value& key) {
+  return table.hasKeyedHash() ? static_cast<std::uint32_t>(keyedHashOf(key)) : keyHashOf(key);
 }
 
-namespace {
-
-std::uint32_t indexHash(const DictionaryStorage& table, const Value& key) noexcept {
-  return table.hasKeyedHash() ? keyedHashOfKey(key) : key.keyHash();
-}
-
-/// The entry whose key has this key hash and matches; `keyed` answers the hash that a keyed index goes by.
-template <class Matches, class IndexHash>
+/// The entry whose key has this hash, of the kind that the table goes by, and matches.
+template <class Matches>
 DictionaryEntry* findEntry(const DictionaryStorage& table, std::uint32_t hash,
-                           const Matches& matches, const IndexHash& keyed) noexcept {
+                           const Matches& matches) {
   if (!table.indexMask) {
     for (std::uint32_t position = 0; position < table.used; ++position) {
       DictionaryEntry& entry = table.entries[position];
@@ -47,7 +35,7 @@ DictionaryEntry* findEntry(const DictionaryStorage& table, std::uint32_t hash,
     }
     return nullptr;
   }
-  std::uint32_t slot = (table.hasKeyedHash() ? keyed() : hash) & table.indexMask;
+  std::uint32_t slot = hash & table.indexMask;
   while (const std::uint32_t position = table.index()[slot]) {
     DictionaryEntry& entry = table.entries[position - 1];
     if (entry.key.keyHash() == hash && matches(entry.key)) return &entry;
@@ -58,7 +46,7 @@ DictionaryEntry* findEntry(const DictionaryStorage& table, std::uint32_t hash,
 
 /// Puts an entry into a free slot. False when the way there was suspiciously long.
 bool indexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
-  std::uint32_t slot = indexHash(table, table.entries[position].key) & table.indexMask;
+  std::uint32_t slot = table.entries[position].key.keyHash() & table.indexMask;
   std::uint32_t probes = 0;
   while (table.index()[slot]) {
     if (++probes > longestTrustedProbe && !table.hasKeyedHash()) return false;
@@ -72,15 +60,24 @@ void clearIndex(DictionaryStorage& table) noexcept {
   std::memset(table.index(), 0, sizeof(std::uint32_t) * (std::size_t{table.indexMask} + 1));
 }
 
-/// Fills the cleared index with all living entries, if need be by the seeded hash.
+/// Fills the index anew with all living entries, by the seeded hash if it must be.
 void rebuildIndex(DictionaryStorage& table) noexcept {
   clearIndex(table);
   for (std::uint32_t position = 0; position < table.used; ++position) {
-    if (table.entries[position].key.isNil()) continue;
-    if (indexEntry(table, position)) continue;
-    table.flags |= StorageKeyedHash;
-    return rebuildIndex(table);
+    if (table.entries[position].key.isNil() || indexEntry(table, position)) continue;
+    return useKeyedHash(table);
   }
+}
+
+/// Goes over to the seeded hash: somebody chose colliding keys, or many keys differ only where the
+/// public hash does not look.
+void useKeyedHash(DictionaryStorage& table) noexcept {
+  table.flags |= StorageKeyedHash;
+  for (std::uint32_t position = 0; position < table.used; ++position) {
+    Value& key = table.entries[position].key;
+    if (!key.isNil()) key.setKeyHash(hashFor(table, key));
+  }
+  rebuildIndex(table);
 }
 
 /// Slides the living entries together after removals.
@@ -114,13 +111,13 @@ void growEntries(DictionaryStorage& table, std::size_t capacity) {
   if (slots) rebuildIndex(table);
 }
 
-bool sameKey(const Value& left, const Value& right) noexcept {
+bool sameKey(const Value& left, const Value& right) {
   return left.isIdenticalTo(right) || left.isEqual(right);
 }
 
 }  // namespace
 
-std::uint32_t keyHashOf(const Value& key) noexcept {
+std::uint32_t keyHashOf(const Value& key) {
   if (key.isString()) return hashOfString(*key.storageAs<StringStorage>());
   return finishHash(key.hash());
 }
@@ -140,43 +137,43 @@ DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity) {
 
 DictionaryEntry* findEntryPlainly(const DictionaryStorage& table, const StringKey& key) noexcept {
   if (key.isNil()) return nullptr;
-  return findEntry(
-      table, key.hash(),
-      [&](const Value& candidate) {
-        return candidate.isString() && key.matches(*candidate.storageAs<StringStorage>());
-      },
-      [&] { return keyedHashOfKey(key.string()); });
+  const std::uint32_t hash =
+      table.hasKeyedHash() ? static_cast<std::uint32_t>(key.keyedHash()) : key.hash();
+  return findEntry(table, hash, [&](const Value& candidate) {
+    return candidate.isString() && key.matches(*candidate.storageAs<StringStorage>());
+  });
 }
 
-DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) noexcept {
+DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) {
   if (key.isNil()) return nullptr;
-  return findEntry(
-      table, keyHashOf(key), [&](const Value& candidate) { return sameKey(candidate, key); },
-      [&] { return keyedHashOfKey(key); });
+  return findEntry(table, hashFor(table, key),
+                   [&](const Value& candidate) { return sameKey(candidate, key); });
 }
 
 DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
-  if (DictionaryEntry* existing = findEntry(table, key)) return *existing;
+  const bool wasKeyed = table.hasKeyedHash();
+  std::uint32_t hash = hashFor(table, key);
+  DictionaryEntry* existing =
+      findEntry(table, hash, [&](const Value& candidate) { return sameKey(candidate, key); });
+  if (existing) return *existing;
   // Taken before the table grows, because the caller's key may lie in the table itself.
   Value ownKey = key.copy();
-  ownKey.setKeyHash(keyHashOf(ownKey));
   if (table.used == table.capacity) {
     // Many removed entries: sliding them out makes room enough.
     const bool mostlyDead = table.count < table.used / 2;
     growEntries(table, mostlyDead ? table.capacity
                                   : std::max<std::size_t>(4, std::size_t{table.capacity} * 2));
+    if (table.hasKeyedHash() != wasKeyed) hash = hashFor(table, ownKey);
   }
+  ownKey.setKeyHash(hash);
   DictionaryEntry* entry = new (&table.entries[table.used]) DictionaryEntry{std::move(ownKey), {}};
   ++table.used;
   ++table.count;
-  if (table.indexMask && !indexEntry(table, table.used - 1)) {
-    table.flags |= StorageKeyedHash;
-    rebuildIndex(table);
-  }
+  if (table.indexMask && !indexEntry(table, table.used - 1)) useKeyedHash(table);
   return *entry;
 }
 
-bool removeEntry(DictionaryStorage& table, const Value& key) noexcept {
+bool removeEntry(DictionaryStorage& table, const Value& key) {
   DictionaryEntry* entry = findEntry(table, key);
   if (!entry) return false;
   // The key stays in the index as a dead position, which no search matches, until the next growth.
@@ -209,10 +206,10 @@ void finishBorrowedEntries(DictionaryStorage& table) noexcept {
   table.used = 0;
   for (std::uint32_t position = 0; position < written; ++position) {
     DictionaryEntry& entry = table.entries[position];
-    const Value& key = entry.key;
+    Value& key = entry.key;
+    if (table.hasKeyedHash()) key.setKeyHash(hashFor(table, key));
     DictionaryEntry* earlier = findEntry(
-        table, key.keyHash(), [&](const Value& candidate) { return sameKey(candidate, key); },
-        [&] { return keyedHashOfKey(key); });
+        table, key.keyHash(), [&](const Value& candidate) { return sameKey(candidate, key); });
     // Raw copies: borrowed entries count no references.
     if (earlier) {
       std::memcpy(static_cast<void*>(&earlier->value), static_cast<const void*>(&entry.value),
@@ -224,10 +221,7 @@ void finishBorrowedEntries(DictionaryStorage& table) noexcept {
                   sizeof entry);
     }
     ++table.used;
-    if (table.indexMask && !indexEntry(table, table.used - 1)) {
-      table.flags |= StorageKeyedHash;
-      rebuildIndex(table);
-    }
+    if (table.indexMask && !indexEntry(table, table.used - 1)) useKeyedHash(table);
   }
   table.count = table.used;
 }

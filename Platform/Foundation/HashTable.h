@@ -20,11 +20,8 @@ constexpr std::uint32_t indexSlots(std::uint32_t entries) noexcept {
   return places;
 }
 
-/// The hash that a keyed index goes by.
-std::uint32_t keyedHashOfKey(const Value& key) noexcept;
-
-/// The hash that entries are found by; never 0.
-std::uint32_t keyHashOf(const Value& key) noexcept;
+/// The public hash that entries are found by; never 0.
+std::uint32_t keyHashOf(const Value& key);
 
 /// An empty mutable table on the heap, owned by the caller, with room for `capacity` entries. Throws
 /// std::bad_alloc or std::length_error.
@@ -33,13 +30,13 @@ DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity);
 inline DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept;
 /// The same for tables without an index and those with a keyed one.
 DictionaryEntry* findEntryPlainly(const DictionaryStorage& table, const StringKey& key) noexcept;
-DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) noexcept;
+DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key);
 
 /// Entry for `key`, a new one with a nil value when there was none. The key must not be nil; a
 /// mutable one is copied. Takes memory from the heap; throws std::bad_alloc or std::length_error.
 DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key);
 
-bool removeEntry(DictionaryStorage& table, const Value& key) noexcept;
+bool removeEntry(DictionaryStorage& table, const Value& key);
 void removeAllEntries(DictionaryStorage& table) noexcept;
 
 /// Makes room for `capacity` entries in all.

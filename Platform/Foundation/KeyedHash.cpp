@@ -1,9 +1,9 @@
 #include <Foundation/KeyedHash.h>
 #include <Foundation/StringHash.h>
+#include <Foundation/UnicodeTranscoding.h>
 #include <Linux/Random.h>
 
 #include <array>
-#include <bit>
 #include <span>
 
 namespace zeb::detail {
@@ -21,44 +21,45 @@ const Key& processKey() noexcept {
   return key;
 }
 
-struct SipState {
-  std::uint64_t a, b, c, d;
-
-  void round() noexcept {
-    a += b;
-    c += d;
-    b = std::rotl(b, 13) ^ a;
-    d = std::rotl(d, 16) ^ c;
-    a = std::rotl(a, 32);
-    c += b;
-    a += d;
-    b = std::rotl(b, 17) ^ c;
-    d = std::rotl(d, 21) ^ a;
-    c = std::rotl(c, 32);
-  }
-
-  void absorb(std::uint64_t word) noexcept {
-    d ^= word;
-    round();
-    a ^= word;
-  }
-};
+/// The last word takes up what the whole ones left over, and the length.
+std::uint64_t finishBytes(KeyedHasher& hasher, std::uint64_t tail, std::size_t length) noexcept {
+  hasher.absorb(std::uint64_t{length} << 56 | tail);
+  return hasher.finish();
+}
 
 }  // namespace
 
-std::uint64_t keyedHash(std::string_view bytes) noexcept {
+KeyedHasher::KeyedHasher() noexcept {
   const Key& key = processKey();
-  SipState state{key[0] ^ 0x736f6d6570736575u, key[1] ^ 0x646f72616e646f6du,
-                 key[0] ^ 0x6c7967656e657261u, key[1] ^ 0x7465646279746573u};
-  const std::uint64_t lengthByte = std::uint64_t{bytes.size()} << 56;
+  a_ = key[0] ^ 0x736f6d6570736575u;
+  b_ = key[1] ^ 0x646f72616e646f6du;
+  c_ = key[0] ^ 0x6c7967656e657261u;
+  d_ = key[1] ^ 0x7465646279746573u;
+}
+
+std::uint64_t keyedHash(std::string_view bytes) noexcept {
+  KeyedHasher hasher;
+  const std::size_t length = bytes.size();
   while (bytes.size() >= 8) {
-    state.absorb(loadWord(bytes.data()));
+    hasher.absorb(loadWord(bytes.data()));
     bytes.remove_prefix(8);
   }
-  state.absorb(lengthByte | loadTail(bytes.data(), bytes.size()));
-  state.c ^= 0xFF;
-  for (int i = 0; i < 3; ++i) state.round();
-  return state.a ^ state.b ^ state.c ^ state.d;
+  return finishBytes(hasher, loadTail(bytes.data(), bytes.size()), length);
+}
+
+std::uint64_t keyedHash(std::uint64_t word) noexcept {
+  KeyedHasher hasher;
+  hasher.absorb(word);
+  return hasher.finish();
+}
+
+std::uint64_t keyedHash(const StringStorage& text) noexcept {
+  if (!text.isWide()) return keyedHash(std::string_view(text.ascii(), text.length));
+  KeyedHasher hasher;
+  const std::u16string_view units(text.units(), text.length);
+  const std::uint64_t tail =
+      visitUTF8Words(units, [&](std::uint64_t word) { hasher.absorb(word); });
+  return finishBytes(hasher, tail, utf8Length(units));
 }
 
 }  // namespace zeb::detail

@@ -90,6 +90,3 @@ class NSMutableArray : public NSArray {
 };
 
 }  // namespace zeb
-
-template <>
-struct std::hash<zeb::NSArray> : std::hash<zeb::Value> {};

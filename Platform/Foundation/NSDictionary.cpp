@@ -23,7 +23,7 @@ const Value* NSDictionary::findString(const NSString& key) const noexcept {
   return entry ? &entry->value : nullptr;
 }
 
-const Value* NSDictionary::findValue(const Value& key) const noexcept {
+const Value* NSDictionary::findValue(const Value& key) const {
   if (isNil()) return nullptr;
   const DictionaryEntry* entry = detail::findEntry(table(), key);
   return entry ? &entry->value : nullptr;

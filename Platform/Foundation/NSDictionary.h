@@ -16,8 +16,10 @@ class NSMutableDictionary;
 /// remembers the order of insertion. `NSDictionary{}` is nil; `NSDictionary::dictionary()` is empty. A key given again keeps its place and takes the later value.
 ///
 /// Lookup goes by hash, and for literal keys without making a string. Keys that somebody chose to
-/// collide do not slow it down for long: the table then changes to a secret hash. Nil as key or value
-/// throws NSException (NSInvalidArgumentException).
+/// collide do not slow it down for long, whatever their kind: the table then changes to a secret hash
+/// of all their content (down to 512 levels of collections). The exception are objects, which nobody
+/// can tell apart by hash when their class answers the same hash for all. Nil as key or value throws
+/// NSException (NSInvalidArgumentException).
 class NSDictionary : public Value {
  public:
   constexpr NSDictionary() noexcept = default;
@@ -40,12 +42,12 @@ class NSDictionary : public Value {
   /// other value handle.
   Value objectForKey(const StringKey& key) const noexcept { return valueOrNil(find(key)); }
   template <std::derived_from<Value> Key>
-  Value objectForKey(const Key& key) const noexcept {
+  Value objectForKey(const Key& key) const {
     return valueOrNil(find(key));
   }
   Value operator[](const StringKey& key) const noexcept { return valueOrNil(find(key)); }
   template <std::derived_from<Value> Key>
-  Value operator[](const Key& key) const noexcept {
+  Value operator[](const Key& key) const {
     return valueOrNil(find(key));
   }
 
@@ -53,7 +55,7 @@ class NSDictionary : public Value {
   /// and is not changed; null when there is none.
   const Value* find(const StringKey& key) const noexcept;
   template <std::derived_from<Value> Key>
-  const Value* find(const Key& key) const noexcept {
+  const Value* find(const Key& key) const {
     if constexpr (std::derived_from<Key, NSString>) return findString(key);
     return findValue(key);
   }
@@ -117,7 +119,7 @@ class NSDictionary : public Value {
  private:
   static Value valueOrNil(const Value* found) noexcept { return found ? *found : Value(); }
   const Value* findString(const NSString& key) const noexcept;
-  const Value* findValue(const Value& key) const noexcept;
+  const Value* findValue(const Value& key) const;
 };
 
 /// Dictionary that changes in place. Handles share one dictionary; belongs to one thread at a time.
@@ -142,6 +144,3 @@ class NSMutableDictionary : public NSDictionary {
 };
 
 }  // namespace zeb
-
-template <>
-struct std::hash<zeb::NSDictionary> : std::hash<zeb::Value> {};

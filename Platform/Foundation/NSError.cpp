@@ -1,3 +1,4 @@
+#include <Foundation/KeyedHash.h>
 #include <Foundation/NSError.h>
 
 #include <ostream>
@@ -25,7 +26,12 @@ class NSError::Details final : public NSObject {
     return error && error->code == code && error->domain == domain && error->userInfo == userInfo;
   }
   std::size_t hash() const noexcept override {
-    return domain.hash() ^ static_cast<std::size_t>(code);
+    // The details would lead on to other errors; the text is what tells most of them apart.
+    detail::KeyedHasher hasher;
+    hasher.absorb(detail::keyedHashOf(domain));
+    hasher.absorb(static_cast<std::uint64_t>(code));
+    hasher.absorb(detail::keyedHash(text));
+    return hasher.finish();
   }
   std::string className() const override { return "NSError"; }
   std::string description() const override {

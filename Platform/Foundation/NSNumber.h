@@ -37,6 +37,3 @@ class NSNumber : public Value {
 };
 
 }  // namespace zeb
-
-template <>
-struct std::hash<zeb::NSNumber> : std::hash<zeb::Value> {};

@@ -11,7 +11,7 @@ NSSet NSSet::setWithObjects(std::span<const Value> members) {
   return NSSet(detail::frozen(std::move(filled)));
 }
 
-Value NSSet::member(const Value& object) const noexcept {
+Value NSSet::member(const Value& object) const {
   if (isNil()) return {};
   const DictionaryEntry* entry = detail::findEntry(table(), object);
   return entry ? entry->key : Value();

@@ -25,9 +25,9 @@ class NSSet : public Value {
   static NSSet setWithObjects(std::span<const Value> members);
 
   std::size_t count() const noexcept { return isNil() ? 0 : table().count; }
-  bool containsObject(const Value& object) const noexcept { return !member(object).isNil(); }
+  bool containsObject(const Value& object) const { return !member(object).isNil(); }
   /// The member equal to `object`, or nil.
-  Value member(const Value& object) const noexcept;
+  Value member(const Value& object) const;
   Value anyObject() const noexcept { return count() ? *begin() : Value(); }
   NSArray allObjects() const;
 

@@ -1,3 +1,4 @@
+#include <Foundation/KeyedHash.h>
 #include <Foundation/NSArray.h>
 #include <Foundation/NSException.h>
 #include <Foundation/NSString.h>
@@ -38,11 +39,13 @@ StringStorage* newStringFromUTF8(std::string_view utf8) {
   return newString(std::u16string_view(units));
 }
 
-std::uint32_t computeHash(const StringStorage& string) {
+std::uint32_t computeHash(const StringStorage& string) noexcept {
   if (!string.isWide()) return hashOfUTF8(string.ascii(), string.length);
-  std::string utf8;
-  appendUTF8(utf8, std::u16string_view(string.units(), string.length));
-  return hashOfUTF8(utf8.data(), utf8.size());
+  const std::u16string_view units(string.units(), string.length);
+  std::uint64_t hash = startHash(utf8Length(units));
+  const std::uint64_t tail =
+      visitUTF8Words(units, [&](std::uint64_t word) { hash = mixHash(hash, word); });
+  return finishHash(mixHash(hash, tail));
 }
 
 }  // namespace
@@ -90,11 +93,20 @@ NSString StringKey::string() const {
   return NSString(Value(Value::adoptStorage, storage));
 }
 
+std::uint64_t StringKey::keyedHash() const noexcept {
+  return storage_ ? detail::keyedHash(*storage_) : detail::keyedHash({utf8_, length_});
+}
+
 bool StringKey::matchesWide(const detail::StringStorage& candidate) const noexcept {
   if (storage_) return detail::equalStrings(*storage_, candidate);
-  std::string utf8;
-  detail::appendUTF8(utf8, std::u16string_view(candidate.units(), candidate.length));
-  return utf8 == std::string_view(utf8_, length_);
+  const std::u16string_view units(candidate.units(), candidate.length);
+  std::string_view rest(utf8_, length_);
+  for (std::size_t index = 0; index < units.size();) {
+    const detail::EncodedScalar encoded = detail::encodeUTF8(detail::nextScalar(units, index));
+    if (!rest.starts_with(encoded.view())) return false;
+    rest.remove_prefix(encoded.length);
+  }
+  return rest.empty();
 }
 
 NSString::NSString(std::u16string_view units) : Value(adoptStorage, detail::newString(units)) {}

@@ -158,8 +158,4 @@ inline NSString operator""_ns(const char* utf8, std::size_t length) {
 }  // namespace literals
 
 }  // namespace zeb
-
-template <>
-struct std::hash<zeb::NSString> : std::hash<zeb::Value> {};
-
 #include <Foundation/Format.h>

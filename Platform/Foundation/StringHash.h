@@ -72,12 +72,17 @@ constexpr std::uint32_t finishHash(std::uint64_t hash) noexcept {
   return folded ? folded : 1;
 }
 
+/// What the hash of so many bytes starts from.
+constexpr std::uint64_t startHash(std::size_t length) noexcept {
+  return length * 0xA0761D6478BD642Fu;
+}
+
 /// The hash of bytes, word by word: `tailOf` loads the last, incomplete one as `loadTail` does, and
 /// `see` is shown each.
 template <class TailOf, class See>
 constexpr std::uint32_t hashWords(const char* bytes, std::size_t length, const TailOf& tailOf,
                                   const See& see) noexcept {
-  std::uint64_t hash = length * 0xA0761D6478BD642Fu;
+  std::uint64_t hash = startHash(length);
   for (; length >= 8; bytes += 8, length -= 8) {
     const std::uint64_t word = loadWord(bytes);
     see(word);

@@ -37,6 +37,8 @@ class StringKey {
 
   bool isNil() const noexcept { return !utf8_ && !storage_; }
   std::uint32_t hash() const noexcept { return hash_; }
+  /// Under the process's secret key (see KeyedHash.h).
+  std::uint64_t keyedHash() const noexcept;
 
   /// The text itself; empty when it came from a string of 16-bit units.
   std::string_view utf8() const noexcept {

@@ -64,28 +64,19 @@ void appendUTF16(std::u16string& units, std::string_view utf8) {
   }
 }
 
-void appendUTF8(std::string& utf8, char32_t scalar) {
-  const auto byte = [&](char32_t value) { utf8.push_back(static_cast<char>(value)); };
-  if (scalar < 0x80) {
-    byte(scalar);
-  } else if (scalar < 0x800) {
-    byte(0xC0 | scalar >> 6);
-    byte(0x80 | (scalar & 0x3F));
-  } else if (scalar < 0x10000) {
-    byte(0xE0 | scalar >> 12);
-    byte(0x80 | (scalar >> 6 & 0x3F));
-    byte(0x80 | (scalar & 0x3F));
-  } else {
-    byte(0xF0 | scalar >> 18);
-    byte(0x80 | (scalar >> 12 & 0x3F));
-    byte(0x80 | (scalar >> 6 & 0x3F));
-    byte(0x80 | (scalar & 0x3F));
-  }
-}
+void appendUTF8(std::string& utf8, char32_t scalar) { utf8 += encodeUTF8(scalar).view(); }
 
 void appendUTF8(std::string& utf8, std::u16string_view units) {
   utf8.reserve(utf8.size() + units.size());
   for (std::size_t index = 0; index < units.size();) appendUTF8(utf8, nextScalar(units, index));
+}
+
+std::size_t utf8Length(std::u16string_view units) noexcept {
+  std::size_t length = 0;
+  for (std::size_t index = 0; index < units.size();) {
+    length += encodeUTF8(nextScalar(units, index)).length;
+  }
+  return length;
 }
 
 std::size_t findMalformedUTF8(std::string_view utf8) noexcept {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -21,7 +23,25 @@ DecodedScalar decodeUTF8(std::string_view utf8, bool permitSurrogates = false) n
 /// surrogates again.
 void appendUTF16(std::u16string& units, std::string_view utf8);
 
-/// Appends the UTF-8 form of a scalar or, in three bytes, of an unpaired surrogate.
+/// The UTF-8 form of a scalar or, in three bytes, of an unpaired surrogate.
+struct EncodedScalar {
+  std::array<char, 4> bytes;
+  std::size_t length;
+
+  std::string_view view() const noexcept { return {bytes.data(), length}; }
+};
+constexpr EncodedScalar encodeUTF8(char32_t scalar) noexcept {
+  const auto byte = [](char32_t value) { return static_cast<char>(value); };
+  const auto continuation = [&](int shift) { return byte(0x80 | (scalar >> shift & 0x3F)); };
+  if (scalar < 0x80) return {{byte(scalar)}, 1};
+  if (scalar < 0x800) return {{byte(0xC0 | scalar >> 6), continuation(0)}, 2};
+  if (scalar < 0x10000) {
+    return {{byte(0xE0 | scalar >> 12), continuation(6), continuation(0)}, 3};
+  }
+  return {{byte(0xF0 | scalar >> 18), continuation(12), continuation(6), continuation(0)}, 4};
+}
+
+/// Appends the form that `encodeUTF8` gives.
 void appendUTF8(std::string& utf8, char32_t scalar);
 
 /// Appends UTF-8; unpaired surrogates in their three-byte form.
@@ -48,6 +68,29 @@ constexpr char32_t nextScalar(std::u16string_view units, std::size_t& index) noe
     return scalarOfPair(unit, units[index++]);
   }
   return unit;
+}
+
+/// Length of the form that `appendUTF8` makes of the units.
+std::size_t utf8Length(std::u16string_view units) noexcept;
+
+/// Hands that form, without making it, to `visit` in little-endian words of eight bytes, and answers
+/// the last, incomplete word.
+template <class Visit>
+std::uint64_t visitUTF8Words(std::u16string_view units, const Visit& visit) noexcept {
+  std::uint64_t word = 0;
+  unsigned filledBits = 0;
+  for (std::size_t index = 0; index < units.size();) {
+    const EncodedScalar encoded = encodeUTF8(nextScalar(units, index));
+    for (const char byte : encoded.view()) {
+      word |= std::uint64_t{static_cast<unsigned char>(byte)} << filledBits;
+      filledBits += 8;
+      if (filledBits < 64) continue;
+      visit(word);
+      word = 0;
+      filledBits = 0;
+    }
+  }
+  return word;
 }
 
 }  // namespace zeb::detail

@@ -134,9 +134,12 @@ class Value {
     return left.isNil() ? right.isNil() : left.isEqual(right);
   }
 
-  /// Equal values have equal hashes. Arrays hash a bounded sample of their elements, a few levels deep;
-  /// dictionaries and sets their keys.
-  std::size_t hash() const noexcept;
+  /// Equal values have equal hashes. Covers the content of collections down to four levels, the two
+  /// ends of data of more than 128 bytes, and what an object says of itself. Quick and the same in
+  /// every process, so that whoever chooses the values can make them collide: the tables of this
+  /// library notice that and change to a secret hash of all content. Throws
+  /// std::bad_alloc when data of several ranges can't be joined.
+  std::size_t hash() const;
 
   /// An immutable value with this content: an immutable value itself, a mutable one's snapshot (its
   /// elements are shared).
@@ -253,12 +256,21 @@ class Value {
 
 static_assert(sizeof(Value) == 16);
 
+namespace detail {
+
+/// A hash of all content, 512 levels deep, under a secret key of the process: see KeyedHash.h. For an
+/// object it is derived from the object's own hash.
+std::uint64_t keyedHashOf(const Value& value);
+
+}  // namespace detail
+
 /// Prints the description, as UTF-8.
 std::ostream& operator<<(std::ostream& stream, const Value& value);
 
 }  // namespace zeb
 
-template <>
-struct std::hash<zeb::Value> {
-  std::size_t operator()(const zeb::Value& value) const noexcept { return value.hash(); }
+/// Of all values and handles.
+template <std::derived_from<zeb::Value> Handle>
+struct std::hash<Handle> {
+  std::size_t operator()(const Handle& value) const { return value.hash(); }
 };

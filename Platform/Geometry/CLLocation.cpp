@@ -1,6 +1,5 @@
 #include <Foundation/Format.h>
-#include <Foundation/NSNumber.h>
-#include <Foundation/StringHash.h>
+#include <Foundation/KeyedHash.h>
 #include <Geometry/CLLocation.h>
 
 namespace zeb {
@@ -11,8 +10,14 @@ bool CLLocation::isEqual(const NSObject& other) const noexcept {
 }
 
 std::size_t CLLocation::hash() const noexcept {
-  return detail::mixHash(NSNumber(fields_.coordinate.latitude).hash(),
-                         NSNumber(fields_.coordinate.longitude).hash());
+  detail::KeyedHasher hasher;
+  for (const Value& field :
+       {Value(fields_.coordinate.latitude), Value(fields_.coordinate.longitude),
+        Value(fields_.altitude), Value(fields_.horizontalAccuracy), Value(fields_.verticalAccuracy),
+        Value(fields_.course), Value(fields_.speed), Value(fields_.timestamp)}) {
+    hasher.absorb(field.hash());
+  }
+  return hasher.finish();
 }
 
 std::string CLLocation::description() const {

@@ -1,5 +1,5 @@
 #include <Foundation/Format.h>
-#include <Foundation/StringHash.h>
+#include <Foundation/KeyedHash.h>
 #include <Geometry/NSValue.h>
 #include <Memory/Overloaded.h>
 
@@ -14,12 +14,12 @@ bool NSValue::isEqual(const NSObject& other) const noexcept {
 
 std::size_t NSValue::hash() const noexcept {
   const auto mixed = [](std::initializer_list<double> components) {
-    std::uint64_t hash = components.size();
+    detail::KeyedHasher hasher;
     for (const double component : components) {
       // Equal components have equal bits, but for the two zeros.
-      hash = detail::mixHash(hash, std::bit_cast<std::uint64_t>(component == 0 ? 0.0 : component));
+      hasher.absorb(std::bit_cast<std::uint64_t>(component == 0 ? 0.0 : component));
     }
-    return hash;
+    return hasher.finish();
   };
   return std::visit(
       Overloaded{
@@ -28,7 +28,12 @@ std::size_t NSValue::hash() const noexcept {
           },
           [&](const CGPoint& point) { return mixed({point.x, point.y}); },
           [&](const CGSize& size) { return mixed({size.width, size.height}); },
-          [&](const NSRange& range) { return detail::mixHash(range.location, range.length); },
+          [](const NSRange& range) {
+            detail::KeyedHasher hasher;
+            hasher.absorb(range.location);
+            hasher.absorb(range.length);
+            return hasher.finish();
+          },
           [&](const CGAffineTransform& matrix) {
             return mixed({matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty});
           },

@@ -46,21 +46,30 @@ inline void runOnSmallStack(std::function<void()> work) {
   ASSERT_EQ(pthread_join(thread, nullptr), 0);
 }
 
-/// Different keys of 16 characters that share one public hash, as an attacker would make them: the
-/// hash takes a key in two words and can be undone, so that each first word has one second word that
-/// leads to the wanted state.
+/// Different keys of 32 characters that share one public hash, as an attacker would make them: the
+/// hash takes in a word at a time and can be undone, so that for each first word there is a second one
+/// that leads to the wanted state. Each key joins two of such pairs.
 inline std::vector<std::string> collidingKeys(std::size_t count) {
   std::mt19937_64 random(1);
+  const auto pairsFrom = [&](std::uint64_t state, std::uint64_t wantedState) {
+    std::vector<std::string> pairs;
+    while (pairs.size() * pairs.size() < count) {
+      std::string pair(16, ' ');
+      for (char& character : pair) character = static_cast<char>('a' + random() % 26);
+      const std::uint64_t second =
+          detail::mixHash(state, detail::loadWord(pair.data())) ^ wantedState;
+      std::memcpy(&pair[8], &second, 8);
+      const auto isPlain = [](char c) { return c > ' ' && c < 127 && c != '"' && c != '\\'; };
+      if (std::all_of(pair.begin(), pair.end(), isPlain)) pairs.push_back(pair);
+    }
+    return pairs;
+  };
+  constexpr std::uint64_t state = 0x6162636465666768;
+  const std::vector<std::string> heads = pairsFrom(detail::startHash(32), state);
+  const std::vector<std::string> tails = pairsFrom(detail::mixHash(state, 0), state);
   std::vector<std::string> keys;
-  while (keys.size() < count) {
-    std::string key(16, ' ');
-    for (char& character : key) character = static_cast<char>('a' + random() % 26);
-    const std::uint64_t second =
-        detail::mixHash(16 * 0xA0761D6478BD642Fu, detail::loadWord(key.data())) ^
-        0x6162636465666768;
-    std::memcpy(&key[8], &second, 8);
-    const auto isPlain = [](char c) { return c > ' ' && c < 127 && c != '"' && c != '\\'; };
-    if (std::all_of(key.begin(), key.end(), isPlain)) keys.push_back(key);
+  for (std::size_t i = 0; i < count; ++i) {
+    keys.push_back(heads[i / tails.size()] + tails[i % tails.size()]);
   }
   return keys;
 }

@@ -10,6 +10,7 @@
 #include <ZEBUtilities/Coding/ZEBEncoder.h>
 
 #include <concepts>
+#include <functional>
 #include <optional>
 #include <ranges>
 #include <string>
@@ -29,6 +30,10 @@ namespace zeb {
 ///       explicit Profile(ZEBDecoder& decoder) : name(decoder.decodeStringForKey("name")) {}
 ///       NSString name;
 ///     };
+///
+/// In collections, objects of a type with `==` are equal by content, and are hashed by `std::hash` of the
+/// type. Specialise it for what is to be a member of large sets or a key in large dictionaries: without it
+/// all objects of the type have one hash, and such a collection compares them one after the other.
 template <class T>
 concept ZEBEncodableType = requires(const T& object, ZEBEncoder& encoder) {
   { T::encodableName() } -> std::convertible_to<NSString>;
@@ -74,6 +79,11 @@ class EncodableBox : public NSObject {
 };
 
 template <class T>
+concept HasStandardHash = requires(const T& object) {
+  { std::hash<T>()(object) } -> std::convertible_to<std::size_t>;
+};
+
+template <class T>
 class OwningBox final : public EncodableBox {
  public:
   template <class Source>
@@ -89,9 +99,13 @@ class OwningBox final : public EncodableBox {
     }
   }
   std::size_t hash() const noexcept override {
-    // All that equal objects are known to have in common.
-    if constexpr (std::equality_comparable<T>) return encodableName().hash();
-    return NSObject::hash();
+    if constexpr (!std::equality_comparable<T>) {
+      return NSObject::hash();
+    } else if constexpr (HasStandardHash<T>) {
+      return std::hash<T>()(object);
+    } else {
+      return encodableName().hash();  // all that equal objects are known to have in common
+    }
   }
 
   T object;

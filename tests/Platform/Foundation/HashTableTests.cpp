@@ -1,6 +1,8 @@
+#include <Foundation/NSData.h>
 #include <Foundation/NSDate.h>
 #include <Foundation/NSNull.h>
 #include <Foundation/NSSet.h>
+#include <Foundation/NSURL.h>
 
 #include "../Support.h"
 
@@ -106,6 +108,83 @@ TEST(NSDictionary, DefendsItselfAgainstChosenKeys) {
   }
   for (std::size_t i = 0; i < 4000; i += 2) dictionary.removeObjectForKey(NSString(keys[i]));
   for (std::size_t i = 0; i < 4000; ++i) ASSERT_EQ(!dictionary[NSString(keys[i])], i % 2 == 0);
+}
+
+/// What a search in the table has to look at, at the most.
+std::uint32_t longestProbe(const Value& dictionaryOrSet) {
+  const auto& table = *dictionaryOrSet.storageAs<detail::DictionaryStorage>();
+  std::uint32_t longest = 0;
+  for (std::uint32_t slot = 0, run = 0; slot <= table.indexMask; ++slot) {
+    run = table.index()[slot] ? run + 1 : 0;
+    longest = std::max(longest, run);
+  }
+  return longest;
+}
+
+/// Numbers whose public hashes are equal: the hash's steps undone from different ends.
+std::vector<std::uint64_t> collidingNumbers(std::uint64_t start, std::size_t count) {
+  const auto inverse = [](std::uint64_t odd) {
+    std::uint64_t result = odd;
+    for (int step = 0; step < 6; ++step) result *= 2 - odd * result;
+    return result;
+  };
+  std::vector<std::uint64_t> numbers;
+  for (std::uint64_t end = 0; numbers.size() < count; ++end) {
+    std::uint64_t word = (std::uint64_t{0xABCDEF} << 32 | end) * inverse(0xD6E8FEB86659FD93u);
+    word ^= word >> 29 ^ word >> 58;
+    numbers.push_back((word * inverse(0x9E3779B97F4A7C15u)) ^ start);
+  }
+  return numbers;
+}
+
+TEST(NSDictionary, DefendsItselfAgainstChosenKeysOfEveryKind) {
+  constexpr std::size_t count = 2000;
+  const std::vector<std::string> texts = collidingKeys(count);
+  const auto numbers = collidingNumbers(0, count);
+  const auto dates = collidingNumbers(static_cast<std::uint64_t>(ValueKind::Date), count);
+  const auto nested = [](Value value) {
+    for (int level = 0; level < 500; ++level) value = NSArray{value};
+    return value;
+  };
+  const std::string ends(1000, 'x');
+  using Maker = std::function<Value(std::size_t)>;
+  const std::pair<const char*, Maker> makers[] = {
+      {"number", [&](std::size_t i) { return Value(numbers[i]); }},
+      {"date",
+       [&](std::size_t i) {
+         return NSDate::dateWithTimeIntervalSinceReferenceDate(std::bit_cast<double>(dates[i]));
+       }},
+      {"URL",
+       [&](std::size_t i) {
+         const NSURL url = NSURL::URLWithString(texts[i]);
+         return url.isNil() ? NSURL::URLWithString(NSString::stringWithFormat("%zu", i)) : url;
+       }},
+      {"data", [&](std::size_t i) { return NSData::dataWithBytes(ends + texts[i] + ends); }},
+      {"array", [&](std::size_t i) { return NSArray{texts[i]}; }},
+      {"deep array", [&](std::size_t i) { return nested(i); }},
+      {"dictionary", [&](std::size_t i) { return NSDictionary{{"id", texts[i]}}; }},
+      {"dictionary by key", [&](std::size_t i) { return NSDictionary{{texts[i], 1}}; }},
+      {"deep dictionary",
+       [&](std::size_t i) { return NSDictionary{{"a", NSDictionary{{"b", nested(i)}}}}; }},
+      {"set", [&](std::size_t i) { return NSSet{NSSet{texts[i]}, 1}; }}};
+  for (const auto& [kind, make] : makers) {
+    NSMutableSet set;
+    for (std::size_t i = 0; i < count; ++i) set.addObject(make(i));
+    EXPECT_EQ(set.count(), count) << kind;
+    EXPECT_TRUE(set.storageAs<detail::DictionaryStorage>()->hasKeyedHash()) << kind;
+    EXPECT_LT(longestProbe(set), 256u) << kind;
+    for (std::size_t i = 0; i < count; i += 100) {
+      EXPECT_TRUE(set.containsObject(make(i)) && set.detachedCopy().containsObject(make(i)))
+          << kind;
+    }
+  }
+}
+
+TEST(NSSet, TellsRecordsApartByTheirValues) {
+  NSMutableSet set;
+  for (int i = 0; i < 10'000; ++i) set.addObject(NSDictionary{{"id", i}, {"parent", NSArray{i}}});
+  EXPECT_EQ(set.count(), 10'000u);
+  EXPECT_FALSE(set.storageAs<detail::DictionaryStorage>()->hasKeyedHash());
 }
 
 TEST(NSDictionary, TakesAnyValueAsKeyByCopy) {

@@ -23,7 +23,10 @@ TEST(Geometry, EveryFieldOfALocationCounts) {
     const CLLocation::Fields fields{{f[0], f[1]}, f[2], f[3], f[4], f[5], f[6], date};
     return Value(makeRef<CLLocation>(fields));
   };
-  for (int i = 0; i < 9; ++i) EXPECT_EQ(location(8) == location(i), i == 8) << i;
+  for (int i = 0; i < 9; ++i) {
+    EXPECT_EQ(location(8) == location(i), i == 8) << i;
+    EXPECT_EQ(location(8).hash() == location(i).hash(), i == 8) << i;
+  }
 }
 
 }  // namespace

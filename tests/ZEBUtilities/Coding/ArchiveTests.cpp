@@ -63,6 +63,27 @@ struct Node : ZEBObjCEncodable {
   Value value;
 };
 
+/// Equal by content.
+struct Ticket {
+  static const char* encodableName() { return "Ticket"; }
+  void encode(ZEBEncoder& encoder) const { encoder.encodeObject(number, "n"); }
+  bool operator==(const Ticket&) const = default;
+  int number;
+};
+
+}  // namespace
+}  // namespace zeb
+
+template <>
+struct std::hash<zeb::Ticket> {
+  std::size_t operator()(const zeb::Ticket& ticket) const {
+    return std::hash<int>()(ticket.number);
+  }
+};
+
+namespace zeb {
+namespace {
+
 /// Whose fields are written by a function.
 struct Writer {
   static const char* encodableName() { return ""; }
@@ -364,6 +385,12 @@ TEST(Unarchiver, BrokenDocumentsFailAsDocumentedAndNoneIsKept) {
 Ref<DecodingBuilder> builderOf(const char* text) {
   return makeRef<BasicDecodingBuilder>("own name",
                                        [text](ZEBDecoder&) -> ZEBEncodable { return Any(text); });
+}
+
+TEST(Encodable, ObjectsOfContentAreHashedByIt) {
+  const auto ticket = [](int number) { return ZEBEncodable(Ticket{number}).value(); };
+  EXPECT_TRUE(ticket(1) == ticket(1) && ticket(1).hash() == ticket(1).hash());
+  EXPECT_TRUE(ticket(1) != ticket(2) && ticket(1).hash() != ticket(2).hash());
 }
 
 TEST(Registry, TheLaterEntryAndTheFrontRegistryWin) {
