@@ -1,10 +1,12 @@
 #pragma once
 
-#include <Foundation/ValueStorage.h>
+#include <Foundation/Value.h>
 
 #include <bit>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string_view>
 
 namespace zeb {
@@ -51,5 +53,24 @@ std::uint64_t keyedHash(std::uint64_t word) noexcept;
 std::uint64_t keyedHash(const StringStorage& text) noexcept;
 
 }  // namespace detail
+
+/// A hash for the standard containers whose collisions nobody outside the process can choose:
+///
+///     std::unordered_map<std::string, int, KeyedHash<std::string>> counts;
+///
+/// Texts are hashed by their bytes; other keys than texts and values by their `std::hash`, which
+/// must differ where the keys do. It differs from process to process. Any thread.
+template <class Key>
+struct KeyedHash {
+  std::size_t operator()(const Key& key) const {
+    if constexpr (std::derived_from<Key, Value>) {
+      return std::hash<Value>()(key);
+    } else if constexpr (std::convertible_to<const Key&, std::string_view>) {
+      return detail::keyedHash(std::string_view(key));
+    } else {
+      return detail::keyedHash(std::uint64_t{std::hash<Key>()(key)});
+    }
+  }
+};
 
 }  // namespace zeb

@@ -135,10 +135,10 @@ class Value {
   }
 
   /// Equal values have equal hashes. Covers the content of collections down to four levels, the two
-  /// ends of data of more than 128 bytes, and what an object says of itself. Quick and the same in
-  /// every process, so that whoever chooses the values can make them collide: the tables of this
-  /// library notice that and change to a secret hash of all content. Throws
-  /// std::bad_alloc when data of several ranges can't be joined.
+  /// ends of data of more than 128 bytes, and what an object says of itself. Quick and, objects
+  /// excepted, the same in every process, so that whoever chooses the values can make them collide: the
+  /// tables of this library notice that and change to the secret hash that `std::hash<Value>` gives.
+  /// Throws std::bad_alloc when data of several ranges can't be joined.
   std::size_t hash() const;
 
   /// An immutable value with this content: an immutable value itself, a mutable one's snapshot (its
@@ -269,8 +269,9 @@ std::ostream& operator<<(std::ostream& stream, const Value& value);
 
 }  // namespace zeb
 
-/// Of all values and handles.
+/// Of all values and handles. Hashes all content under a key that differs from process to process, so
+/// that nobody outside can choose values that collide in a standard container.
 template <std::derived_from<zeb::Value> Handle>
 struct std::hash<Handle> {
-  std::size_t operator()(const Handle& value) const { return value.hash(); }
+  std::size_t operator()(const Handle& value) const { return zeb::detail::keyedHashOf(value); }
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Foundation/KeyedHash.h>
 #include <Foundation/NSDictionary.h>
 #include <Foundation/NSString.h>
 
@@ -12,11 +13,12 @@
 namespace zeb {
 
 /// The value layer's generic dictionary: a hash map with statically typed keys and values, in no
-/// promised order. One thread at a time, as any standard container.
+/// promised order. Nobody outside the process can choose keys that collide in it (see `KeyedHash`).
+/// One thread at a time, as any standard container.
 template <class Key, class Mapped>
-class Dictionary : public std::unordered_map<Key, Mapped> {
+class Dictionary : public std::unordered_map<Key, Mapped, KeyedHash<Key>> {
  public:
-  using std::unordered_map<Key, Mapped>::unordered_map;
+  using std::unordered_map<Key, Mapped, KeyedHash<Key>>::unordered_map;
 
   /// The pairs in order; a later one with an equal key replaces the earlier one's value.
   explicit Dictionary(std::span<const std::pair<Key, Mapped>> tupleArray) {

@@ -16,7 +16,10 @@ namespace zeb {
 /// How a decoded value becomes a static type; empty when it is of another kind. An object that nobody
 /// else refers to is moved out of the value instead of being copied. Values and their
 /// handles, arithmetic types (from numbers), boxed records, `Ref`s to objects, decodable types, vectors
-/// of these, and maps from strings or 64-bit integers to these.
+/// of these, and maps from strings or 64-bit integers to these. Whoever writes a document chooses the keys
+/// of its maps: decode what comes from outside into a map that is ordered (`std::map`) or hashed under a
+/// secret key (`Dictionary`, `std::unordered_map<NSString, …>` or one with `KeyedHash`), not into one with
+/// the standard library's hash of `std::string` or integers, whose collisions can be chosen.
 template <class T>
 struct DecodedValueAs;
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <unordered_map>
 
 #include "../../Platform/Support.h"
 
@@ -183,6 +184,29 @@ TEST(DictionaryDeathTest, GenericOnesCompareAndWalkPathsOfStringKeys) {
   EXPECT_FALSE(at({"mixed", "b"}) || at({"plain", "b", "c"}) || at({"no", "b"}));
   EXPECT_EXIT(at({}), testing::KilledBySignal(SIGABRT),
               "^zeb_objectForPathElementKeys needs at least one key\n$");
+}
+
+TEST(Dictionary, StandardContainersResistChosenKeysToo) {
+  const std::vector<std::string> texts = test::collidingKeys(2000);
+  std::unordered_map<NSString, int> strings;
+  std::unordered_map<NSArray, int> arrays;
+  Dictionary<std::int64_t, int> numbers;
+  numbers.reserve(texts.size());
+  const auto step = static_cast<std::int64_t>(numbers.bucket_count());
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    strings[NSString(texts[i])] = arrays[NSArray{texts[i]}] = 1;
+    numbers[static_cast<std::int64_t>(i) * step] = 1;
+  }
+  const auto expectSpread = [&](const auto& map) {
+    std::size_t largest = 0;
+    for (std::size_t i = 0; i < map.bucket_count(); ++i) {
+      largest = std::max(largest, map.bucket_size(i));
+    }
+    EXPECT_TRUE(map.size() == texts.size() && largest < 50) << largest;
+  };
+  expectSpread(strings);
+  expectSpread(arrays);
+  expectSpread(numbers);
 }
 
 }  // namespace
