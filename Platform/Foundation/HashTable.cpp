@@ -81,7 +81,7 @@ void useKeyedHash(DictionaryStorage& table) noexcept {
 }
 
 /// Slides the living entries together after removals.
-void compactEntries(DictionaryStorage& table) noexcept {
+void closeHoles(DictionaryStorage& table) noexcept {
   std::uint32_t target = 0;
   for (std::uint32_t position = 0; position < table.used; ++position) {
     if (table.entries[position].key.isNil()) continue;
@@ -91,14 +91,48 @@ void compactEntries(DictionaryStorage& table) noexcept {
   table.used = target;
 }
 
+/// Makes an entry whose key is gone a hole, one with the holes that it lies between. Both ends of a
+/// hole hold its length, in the payload of the nil key: that is how iterators pass over it at once.
+void noteHole(DictionaryStorage& table, std::uint32_t position) noexcept {
+  const auto holeAt = [&table](std::uint32_t neighbour) -> std::uint32_t {
+    if (neighbour >= table.used) return 0;
+    const Value& key = table.entries[neighbour].key;
+    return key.isNil() ? static_cast<std::uint32_t>(key.payload()) : 0;
+  };
+  const std::uint32_t before = position ? holeAt(position - 1) : 0;
+  const std::uint32_t length = before + 1 + holeAt(position + 1);
+  const std::uint32_t first = position - before;
+  for (const std::uint32_t end : {first, first + length - 1}) {
+    table.entries[end].key = Value(Value::adoptWords, 0, length);
+  }
+}
+
+std::uint32_t slotsFor(std::uint32_t capacity) noexcept {
+  return capacity > largestUnindexedTable ? indexSlots(capacity) : 0;
+}
+
+std::size_t bytesFor(std::uint32_t capacity) noexcept {
+  return capacity * sizeof(DictionaryEntry) + slotsFor(capacity) * sizeof(std::uint32_t);
+}
+
+/// Closes the holes and gives back room that is not needed, without needing any.
+void shrinkEntries(DictionaryStorage& table) noexcept {
+  closeHoles(table);
+  table.capacity = std::min(table.capacity, std::max(largestUnindexedTable, 2 * table.count));
+  const std::uint32_t slots = slotsFor(table.capacity);
+  table.indexMask = slots ? slots - 1 : 0;
+  void* smaller = std::realloc(static_cast<void*>(table.entries), bytesFor(table.capacity));
+  if (smaller) table.entries = static_cast<DictionaryEntry*>(smaller);
+  if (slots) rebuildIndex(table);
+}
+
 void growEntries(DictionaryStorage& table, std::size_t capacity) {
   if (capacity > UINT32_MAX / 2) throw std::length_error("too many dictionary entries");
   const auto room = static_cast<std::uint32_t>(capacity);
-  const std::uint32_t slots = room > largestUnindexedTable ? indexSlots(room) : 0;
-  auto* entries = static_cast<DictionaryEntry*>(
-      std::malloc(room * sizeof(DictionaryEntry) + slots * sizeof(std::uint32_t)));
+  const std::uint32_t slots = slotsFor(room);
+  auto* entries = static_cast<DictionaryEntry*>(std::malloc(bytesFor(room)));
   if (!entries) throw std::bad_alloc();
-  compactEntries(table);
+  closeHoles(table);
   // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
   if (table.used) {
     std::memcpy(static_cast<void*>(entries), static_cast<const void*>(table.entries),
@@ -109,6 +143,14 @@ void growEntries(DictionaryStorage& table, std::size_t capacity) {
   table.capacity = room;
   table.indexMask = slots ? slots - 1 : 0;
   if (slots) rebuildIndex(table);
+}
+
+/// After the last living entry went: gives back the room, unless it is so little that the next entry
+/// may have it.
+void forgetEntries(DictionaryStorage& table) noexcept {
+  if (table.indexMask) return removeAllEntries(table);
+  table.used = 0;
+  table.flags &= static_cast<std::uint8_t>(~StorageKeyedHash);
 }
 
 bool sameKey(const Value& left, const Value& right) {
@@ -176,9 +218,17 @@ DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
 bool removeEntry(DictionaryStorage& table, const Value& key) {
   DictionaryEntry* entry = findEntry(table, key);
   if (!entry) return false;
-  // The key stays in the index as a dead position, which no search matches, until the next growth.
+  // Released when the table is in order again; and the caller's key may be this one.
   const DictionaryEntry removed = std::move(*entry);
   --table.count;
+  if (table.count == 0) {
+    forgetEntries(table);
+    return true;
+  }
+  // The key stays in the index as a dead position, which no search matches, until the holes close.
+  noteHole(table, static_cast<std::uint32_t>(entry - table.entries));
+  const std::uint32_t holes = table.used - table.count;
+  if (holes > std::max(table.count, largestUnindexedTable)) shrinkEntries(table);
   return true;
 }
 

@@ -89,8 +89,9 @@ class NSDictionary : public Value {
     bool operator==(const Iterator& other) const noexcept { return entry_ == other.entry_; }
 
    private:
+    /// The nil key at the start of a hole holds the number of entries that were removed there.
     void skipRemoved() noexcept {
-      while (entry_ != end_ && entry_->key.isNil()) ++entry_;
+      if (entry_ != end_ && entry_->key.isNil()) entry_ += entry_->key.payload();
     }
     const DictionaryEntry* entry_ = nullptr;
     const DictionaryEntry* end_ = nullptr;

@@ -175,7 +175,7 @@ Value zeb_objectForAnyOfKeys(const NSDictionary& dictionary, const NSArray& keys
 }
 
 Value zeb_anyObject(const NSDictionary& dictionary) {
-  return zeb_objectForAnyOfKeys(dictionary, dictionary.allKeys());
+  return dictionary.count() ? dictionary.begin()->value : Value();
 }
 
 NSDictionary zeb_dictionaryByAddingEntriesFromDictionary(const NSDictionary& dictionary,

@@ -74,6 +74,31 @@ TEST(NSDictionary, BehavesLikeAModelUnderRandomChanges) {
   }
 }
 
+TEST(NSDictionary, RemovalKeepsIterationQuickAndGivesMemoryBack) {
+  constexpr int count = 200'000;
+  NSMutableDictionary fromFront, second, fromBack;
+  NSMutableSet set;
+  for (int i = 0; i < count; ++i) {
+    for (NSMutableDictionary* one : {&fromFront, &second, &fromBack}) one->setObject(i, Value(i));
+    set.addObject(i);
+  }
+  const auto capacity = [](const Value& value) {
+    return value.storageAs<detail::DictionaryStorage>()->capacity;
+  };
+  for (int i = 0; i < count - 1; ++i) {
+    ASSERT_TRUE(fromFront.begin()->key == i && second.begin()->key == 0 && set.anyObject() == i);
+    fromFront.removeObjectForKey(fromFront.begin()->key);
+    second.removeObjectForKey((++second.begin())->key);
+    fromBack.removeObjectForKey(Value(count - 1 - i));
+    set.removeObject(set.anyObject());
+  }
+  for (const Value& table : std::initializer_list<Value>{fromFront, second, fromBack, set}) {
+    EXPECT_LT(capacity(table), 32u);
+  }
+  EXPECT_EQ(fromFront, (NSDictionary{{count - 1, count - 1}}));
+  EXPECT_TRUE(fromBack == second && fromBack.allKeys() == NSArray{0} && set.count() == 1);
+}
+
 TEST(NSDictionary, GrowsToManyKeys) {
   NSMutableDictionary dictionary;
   const auto key = [](int number) { return NSString::stringWithFormat("k%d", number); };
