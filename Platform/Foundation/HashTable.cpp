@@ -1,3 +1,4 @@
+#include <Foundation/CollectionLimit.h>
 #include <Foundation/HashTable.h>
 #include <Foundation/KeyedHash.h>
 #include <Foundation/NSString.h>
@@ -6,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <stdexcept>
 #include <string>
 
 namespace zeb::detail {
@@ -127,7 +127,7 @@ void shrinkEntries(DictionaryStorage& table) noexcept {
 }
 
 void growEntries(DictionaryStorage& table, std::size_t capacity) {
-  if (capacity > UINT32_MAX / 2) throw std::length_error("too many dictionary entries");
+  requireCollectionCount(capacity);
   const auto room = static_cast<std::uint32_t>(capacity);
   const std::uint32_t slots = slotsFor(room);
   auto* entries = static_cast<DictionaryEntry*>(std::malloc(bytesFor(room)));
@@ -204,7 +204,7 @@ DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
     // Many removed entries: sliding them out makes room enough.
     const bool mostlyDead = table.count < table.used / 2;
     growEntries(table, mostlyDead ? table.capacity
-                                  : std::max<std::size_t>(4, std::size_t{table.capacity} * 2));
+                                  : grownCapacity(table.capacity, std::size_t{table.used} + 1));
     if (table.hasKeyedHash() != wasKeyed) hash = hashFor(table, ownKey);
   }
   ownKey.setKeyHash(hash);

@@ -13,7 +13,8 @@ namespace zeb::detail {
 /// Up to here a scan over the entries' hashes beats an index.
 inline constexpr std::uint32_t largestUnindexedTable = 8;
 
-/// Slots that an index over `entries` entries needs: at most half of them are taken.
+/// Slots that an index over `entries` entries needs: at most half of them are taken. Valid up to
+/// `maxCollectionCount` (see CollectionLimit.h).
 constexpr std::uint32_t indexSlots(std::uint32_t entries) noexcept {
   std::uint32_t places = 2 * largestUnindexedTable;
   while (places < 2 * std::uint64_t{entries}) places *= 2;

@@ -1,22 +1,19 @@
+#include <Foundation/CollectionLimit.h>
 #include <Foundation/NSArray.h>
 #include <Foundation/NSException.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
 #include <new>
-#include <stdexcept>
 #include <string>
 
 namespace zeb {
 
 namespace {
 
-constexpr std::size_t mostElements = std::size_t{1} << 31;
-
 Value* allocateValues(std::size_t capacity) {
-  if (capacity > mostElements) throw std::length_error("too many array elements");
+  detail::requireCollectionCount(capacity);
   auto* values =
       static_cast<Value*>(std::malloc(std::max<std::size_t>(capacity, 1) * sizeof(Value)));
   if (!values) throw std::bad_alloc();
@@ -44,8 +41,8 @@ void requireObject(const Value& object) {
 }  // namespace
 
 NSArray NSArray::arrayWithObjects(std::span<const Value> elements) {
+  detail::requireCollectionCount(elements.size());
   for (const Value& element : elements) requireObject(element);
-  if (elements.size() > mostElements) throw std::length_error("too many array elements");
   void* memory = std::malloc(sizeof(detail::ArrayStorage) + elements.size_bytes());
   if (!memory) throw std::bad_alloc();
   auto* array = new (memory) detail::ArrayStorage(0, static_cast<std::uint32_t>(elements.size()));
@@ -115,15 +112,15 @@ NSMutableArray NSMutableArray::arrayWithCapacity(std::size_t capacity) {
 void NSMutableArray::grow(std::size_t capacity) {
   detail::MutableArrayStorage& array = contents();
   if (capacity <= array.capacity) return;
-  capacity = std::max({capacity, std::size_t{array.capacity} * 2, std::size_t{4}});
-  Value* values = allocateValues(std::min(capacity, mostElements));
+  capacity = detail::grownCapacity(array.capacity, capacity);
+  Value* values = allocateValues(capacity);
   // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
   if (array.count) {
     std::memcpy(static_cast<void*>(values), static_cast<const void*>(array.buffer),
                 array.count * sizeof(Value));
   }
   std::free(std::exchange(array.buffer, values));
-  array.capacity = static_cast<std::uint32_t>(std::min(capacity, mostElements));
+  array.capacity = static_cast<std::uint32_t>(capacity);
 }
 
 void NSMutableArray::addObject(Value object) {

@@ -14,7 +14,7 @@ class NSMutableArray;
 ///
 /// `NSArray{a, b}` lists elements; mind that `NSArray{other}` therefore makes an array that holds
 /// `other`, and `NSArray(other)` copies the handle. `NSArray{}` is nil; `NSArray::array()` is empty. Nil as an element throws NSException
-/// (NSInvalidArgumentException). At most 2³¹ elements.
+/// (NSInvalidArgumentException). Beyond 2³⁰ elements std::length_error is thrown.
 class NSArray : public Value {
  public:
   constexpr NSArray() noexcept = default;

@@ -19,7 +19,7 @@ class NSMutableDictionary;
 /// collide do not slow it down for long, whatever their kind: the table then changes to a secret hash
 /// of all their content (down to 512 levels of collections). The exception are objects, which nobody
 /// can tell apart by hash when their class answers the same hash for all. Nil as key or value throws
-/// NSException (NSInvalidArgumentException).
+/// NSException (NSInvalidArgumentException); beyond 2³⁰ entries std::length_error is thrown.
 class NSDictionary : public Value {
  public:
   constexpr NSDictionary() noexcept = default;

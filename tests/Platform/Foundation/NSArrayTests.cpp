@@ -1,3 +1,5 @@
+#include <Foundation/CollectionLimit.h>
+#include <Foundation/HashTable.h>
 #include <Foundation/NSArray.h>
 
 #include "../Support.h"
@@ -42,6 +44,20 @@ TEST(NSMutableArray, ChangesInPlaceAndReleasesExactly) {
       [&] { array.replaceObjectAtIndex(0, nullptr); }, [] { NSArray{1, nullptr}; }};
   for (const auto& call : nil) EXPECT_EQ(raisedName(call), NSInvalidArgumentException);
   EXPECT_EQ(array, NSArray{1}) << "what raises changes nothing";
+}
+
+TEST(CollectionLimit, TooLargeCapacitiesAreRefused) {
+  constexpr std::size_t most = detail::maxCollectionCount;
+  const Value element = 1;
+  const std::function<void()> tooLarge[] = {
+      [] { NSMutableDictionary::dictionaryWithCapacity(1'100'000'000); },
+      [] { NSMutableDictionary::dictionaryWithCapacity(SIZE_MAX); },
+      [] { NSMutableArray::arrayWithCapacity(most + 1); },
+      [&] { NSArray::arrayWithObjects(std::span(&element, most + 1)); },
+      [] { detail::grownCapacity(most, most + 1); }};
+  for (const auto& call : tooLarge) EXPECT_THROW(call(), std::length_error);
+  EXPECT_EQ(detail::grownCapacity(most / 2 + 1, most / 2 + 2), most);
+  EXPECT_EQ(detail::indexSlots(most), 2 * most);
 }
 
 }  // namespace zeb::test
