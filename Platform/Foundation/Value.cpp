@@ -103,6 +103,9 @@ std::int64_t Value::convertedInteger() const noexcept {
 }
 
 float Value::floatValue() const noexcept {
+  // Integers are rounded once: by way of a double some would come out one step off.
+  if (kind() == Kind::SignedInteger) return static_cast<float>(static_cast<std::int64_t>(payload_));
+  if (kind() == Kind::UnsignedInteger) return static_cast<float>(payload_);
   if (kind() == Kind::Float) return inlineFloat(*this);
   const double number = doubleValue();
   using Limits = std::numeric_limits<float>;

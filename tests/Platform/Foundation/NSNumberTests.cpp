@@ -48,6 +48,11 @@ TEST(NSNumber, NumericReadings) {
     EXPECT_EQ(value.floatValue(), asDouble == 1e39 ? infinity : static_cast<float>(asDouble));
   }
   EXPECT_TRUE(Value(notANumber).longLongValue() == 0 && Value(notANumber).intValue() == 0);
+  // Integers are rounded to a float once: on the way through a double this one would be rounded twice.
+  constexpr std::int64_t aboveHalf = 0x1000001000000001;
+  EXPECT_EQ(Value(aboveHalf).floatValue(), 0x1.000002p60f);
+  EXPECT_EQ(Value(-aboveHalf).floatValue(), -0x1.000002p60f);
+  EXPECT_EQ(Value(std::uint64_t{aboveHalf} << 3).floatValue(), 0x1.000002p63f);
   // The size of the whole number decides, not the sign of its exponent.
   const std::string zeros(400, '0');
   EXPECT_EQ(Value("1" + zeros + "e-10").doubleValue(), infinity);
