@@ -6,6 +6,7 @@
 #include <Foundation/UnicodeTranscoding.h>
 
 #include <algorithm>
+#include <concepts>
 #include <cstring>
 
 namespace zeb {
@@ -82,6 +83,32 @@ void MutableStringStorage::contentsChanged() noexcept {
 
 }  // namespace detail
 
+namespace {
+
+/// Negative, 0 or positive: order by units, whatever their width. Narrow text is ASCII.
+template <class Left, class Right>
+int compareUnits(Left left, Right right) noexcept {
+  if constexpr (std::same_as<Left, Right>) {
+    return left.compare(right);
+  } else {
+    const auto [one, other] = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    if (one == left.end() || other == right.end())
+      return (one != left.end()) - (other != right.end());
+    return *one < *other ? -1 : 1;
+  }
+}
+
+/// Calls `use` with the two strings' units where they are, as views of bytes or of 16-bit units.
+template <class Use>
+auto withUnits(const NSString& left, const NSString& right, const Use& use) noexcept {
+  const auto withLeft = [&](auto units) {
+    return right.isASCII() ? use(units, right.asciiView()) : use(units, right.utf16View());
+  };
+  return left.isASCII() ? withLeft(left.asciiView()) : withLeft(left.utf16View());
+}
+
+}  // namespace
+
 // Value's text constructors live with strings.
 Value::Value(std::string_view utf8) : Value(adoptStorage, detail::newStringFromUTF8(utf8)) {}
 Value::Value(const char* utf8) : Value(utf8 ? Value(std::string_view(utf8)) : Value()) {}
@@ -150,20 +177,22 @@ NSComparisonResult NSString::compare(const NSString& other) const noexcept {
   if (isNil() || other.isNil()) {
     return result(static_cast<int>(!isNil()) - static_cast<int>(!other.isNil()));
   }
-  if (isASCII() && other.isASCII()) return result(asciiView().compare(other.asciiView()));
-  return result(utf16().compare(other.utf16()));
+  return result(
+      withUnits(*this, other, [](auto own, auto others) { return compareUnits(own, others); }));
 }
 
 bool NSString::hasPrefix(const NSString& prefix) const noexcept {
   if (prefix.length() == 0 || prefix.length() > length()) return false;
-  if (isASCII() && prefix.isASCII()) return asciiView().starts_with(prefix.asciiView());
-  return utf16().starts_with(prefix.utf16());
+  return withUnits(*this, prefix, [](auto own, auto part) {
+    return compareUnits(own.substr(0, part.size()), part) == 0;
+  });
 }
 
 bool NSString::hasSuffix(const NSString& suffix) const noexcept {
   if (suffix.length() == 0 || suffix.length() > length()) return false;
-  if (isASCII() && suffix.isASCII()) return asciiView().ends_with(suffix.asciiView());
-  return utf16().ends_with(suffix.utf16());
+  return withUnits(*this, suffix, [](auto own, auto part) {
+    return compareUnits(own.substr(own.size() - part.size()), part) == 0;
+  });
 }
 
 bool NSString::containsString(const NSString& part) const noexcept {
@@ -172,8 +201,14 @@ bool NSString::containsString(const NSString& part) const noexcept {
 
 NSRange NSString::rangeOfString(const NSString& part) const noexcept {
   if (part.length() == 0 || part.length() > length()) return {NSNotFound, 0};
-  const std::size_t place =
-      isASCII() && part.isASCII() ? asciiView().find(part.asciiView()) : utf16().find(part.utf16());
+  const std::size_t place = withUnits(*this, part, [](auto own, auto wanted) -> std::size_t {
+    if constexpr (std::same_as<decltype(own), decltype(wanted)>) {
+      return own.find(wanted);
+    } else {
+      const auto found = std::search(own.begin(), own.end(), wanted.begin(), wanted.end());
+      return found == own.end() ? own.npos : static_cast<std::size_t>(found - own.begin());
+    }
+  });
   if (place == std::string_view::npos) return {NSNotFound, 0};
   return {place, part.length()};
 }

@@ -1,6 +1,8 @@
 #include <Foundation/NSArray.h>
+#include <Foundation/NSDictionary.h>
 
 #include "../Support.h"
+#include "NoMemory.h"
 
 namespace zeb::test {
 
@@ -74,7 +76,9 @@ TEST(NSString, ComparesAndSearchesByUnits) {
       // By units, not by scalars: a surrogate sorts before U+FF5E.
       {"\xF0\x9F\x98\x80", "\xEF\xBD\x9E", NSOrderedAscending, false, false, NSNotFound}};
   for (const auto& [plain, part, order, prefix, suffix, place] : cases) {
-    for (const NSString& text : {plain, NSString(NSMutableString(plain))}) {
+    NSMutableString wide("\xE2\x82\xAC"_ns);  // holds ASCII in 16-bit units, too
+    wide.appendString(plain).deleteCharactersInRange({0, 1});
+    for (const NSString& text : {plain, NSString(NSMutableString(plain)), NSString(wide)}) {
       SCOPED_TRACE(text.utf8() + " and " + part.utf8());
       EXPECT_TRUE(text.compare(part) == order && part.compare(text) == -order);
       EXPECT_TRUE((text < part) == (order < 0) && (text == part) == (order == 0));
@@ -83,6 +87,16 @@ TEST(NSString, ComparesAndSearchesByUnits) {
       EXPECT_EQ(text.containsString(part), place != NSNotFound);
     }
   }
+}
+
+TEST(NSString, IsReadWithoutMemory) {
+  const NSString text("gr\xC3\xBC\xC3\x9F dich");
+  const NSString part("dich");
+  const NSDictionary dictionary{{text, 1}};
+  const NoMemory noMemory;
+  EXPECT_TRUE(text.hasSuffix(part) && !text.hasPrefix(part) && part.compare(text) < 0);
+  EXPECT_TRUE(text.rangeOfString(part) == (NSRange{5, 4}) && text.hash() != part.hash());
+  EXPECT_TRUE(dictionary.find("gr\xC3\xBC\xC3\x9F dich") && !dictionary.find("gr\xC3\xBC"));
 }
 
 TEST(NSString, CutsAndJoins) {
