@@ -56,11 +56,11 @@ Value NSArray::objectAtIndex(std::size_t index) const {
   return begin()[index];
 }
 
-bool NSArray::containsObject(const Value& object) const noexcept {
+bool NSArray::containsObject(const Value& object) const {
   return indexOfObject(object) != NSNotFound;
 }
 
-std::size_t NSArray::indexOfObject(const Value& object) const noexcept {
+std::size_t NSArray::indexOfObject(const Value& object) const {
   const Value* found =
       std::find_if(begin(), end(), [&](const Value& element) { return element.isEqual(object); });
   return found == end() ? NSNotFound : static_cast<std::size_t>(found - begin());

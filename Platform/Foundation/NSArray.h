@@ -36,9 +36,9 @@ class NSArray : public Value {
   Value operator[](std::size_t index) const { return objectAtIndex(index); }
   Value firstObject() const { return count() ? *begin() : Value(); }
   Value lastObject() const { return count() ? end()[-1] : Value(); }
-  bool containsObject(const Value& object) const noexcept;
+  bool containsObject(const Value& object) const;
   /// The first equal element's index, or NSNotFound.
-  std::size_t indexOfObject(const Value& object) const noexcept;
+  std::size_t indexOfObject(const Value& object) const;
 
   /// The elements themselves, valid as long as the array lives and is not changed.
   const Value* begin() const noexcept { return isNil() ? nullptr : array_().values(); }

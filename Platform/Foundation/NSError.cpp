@@ -21,7 +21,7 @@ class NSError::Details final : public NSObject {
         userInfo(details.isNil() ? NSDictionary::dictionary() : details.copy()),
         text(describe().utf8()) {}
 
-  bool isEqual(const NSObject& other) const noexcept override {
+  bool isEqual(const NSObject& other) const override {
     const auto* error = dynamic_cast<const Details*>(&other);
     return error && error->code == code && error->domain == domain && error->userInfo == userInfo;
   }
@@ -84,7 +84,7 @@ NSError::operator Value() const { return Value(details_); }
 
 NSError NSError::from(const Value& value) noexcept { return NSError(value.object<Details>()); }
 
-bool operator==(const NSError& left, const NSError& right) noexcept {
+bool operator==(const NSError& left, const NSError& right) {
   if (left.isNil() || right.isNil()) return left.isNil() == right.isNil();
   return left.details()->isEqual(*right.details_);
 }

@@ -58,7 +58,7 @@ class NSError : public std::exception {
   static NSError from(const Value& value) noexcept;
 
   /// Same domain, code and details; nil equals nil.
-  friend bool operator==(const NSError& left, const NSError& right) noexcept;
+  friend bool operator==(const NSError& left, const NSError& right);
 
  private:
   class Details;

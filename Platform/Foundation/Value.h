@@ -19,6 +19,8 @@ class NSString;
 /// One value of the dynamically typed family that JSON, property lists and archives are made of:
 /// string, number, array, dictionary, set, data, date, URL, the null marker, any `NSObject`, or nil.
 ///
+/// Freeing a tree takes no memory and does not recurse, however large and deep it is.
+///
 /// 16 bytes, cheap to copy: numbers, dates and null lie inside, everything else is shared by counted
 /// reference. `NSString`, `NSNumber`, `NSArray`, `NSDictionary` and the others are this same class
 /// with one kind's operations; such a handle made from a value of another kind is nil.
@@ -123,14 +125,16 @@ class Value {
   /// Equality of content: numbers across type codes, strings by units, collections by elements,
   /// objects by their own `isEqual`. Works to any nesting depth without recursion, except that
   /// collections used as dictionary keys or set members are looked into 64 levels deep and count as
-  /// different below. Nil is equal to nothing, not even to nil.
-  bool isEqual(const Value& other) const noexcept;
+  /// different below. Nil is equal to nothing, not even to nil. Takes memory only for collections that
+  /// are nested more than 32 levels deep, and to join data of several ranges; throws std::bad_alloc when
+  /// there is none.
+  bool isEqual(const Value& other) const;
 
   /// The same shared value; for inline kinds, the same kind and bits. Nil is identical to nil.
   bool isIdenticalTo(const Value& other) const noexcept;
 
   /// As `isEqual`, but nil equals nil: the equality that C++ containers need.
-  friend bool operator==(const Value& left, const Value& right) noexcept {
+  friend bool operator==(const Value& left, const Value& right) {
     return left.isNil() ? right.isNil() : left.isEqual(right);
   }
 
@@ -152,7 +156,7 @@ class Value {
   /// An equal tree that owns all its memory (but for collections that serve as dictionary keys within
   /// each other more than 64 levels deep). Values read from one JSON document share the document's
   /// memory, so that one kept string keeps all of it: detach what outlives the rest. Mutable
-  /// collections become immutable; objects are shared.
+  /// collections become immutable; objects are shared. Throws std::bad_alloc without memory for the copy.
   Value detachedCopy() const;
 
   /// The object of an object value when its class is `T` or derived from it, else nil.

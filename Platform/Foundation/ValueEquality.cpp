@@ -1,10 +1,9 @@
 #include <Foundation/HashTable.h>
-#include <Foundation/NSArray.h>
 #include <Foundation/NSData.h>
 #include <Foundation/NSURL.h>
 #include <Foundation/NumberOrder.h>
-#include <Foundation/TreeWalk.h>
 
+#include <array>
 #include <bit>
 #include <utility>
 #include <vector>
@@ -17,9 +16,46 @@ namespace {
 constexpr int deepestKeyNesting = 64;
 thread_local int keyNesting = 0;
 
-using Pair = std::pair<const Value*, const Value*>;
+struct KeyNestingScope {
+  KeyNestingScope() noexcept { ++keyNesting; }
+  ~KeyNestingScope() { --keyNesting; }
+};
 
-bool equalLeaves(const Value& left, const Value& right) noexcept {
+/// Two collections of one kind and size that are being compared.
+struct Level {
+  const Value* left;
+  const Value* right;
+  std::uint32_t position;  ///< of the left one's next element or entry
+};
+
+/// A stack of levels, of which the first ones take no memory from the heap.
+class Levels {
+ public:
+  bool isEmpty() const noexcept { return count_ == 0; }
+  Level& top() noexcept {
+    return count_ <= near_.size() ? near_[count_ - 1] : far_[count_ - 1 - near_.size()];
+  }
+  void push(const Value& left, const Value& right) {
+    const Level level{&left, &right, 0};
+    if (count_ < near_.size()) {
+      near_[count_] = level;
+    } else {
+      far_.push_back(level);
+    }
+    ++count_;
+  }
+  void pop() noexcept {
+    if (count_ > near_.size()) far_.pop_back();
+    --count_;
+  }
+
+ private:
+  std::array<Level, 32> near_;
+  std::vector<Level> far_;
+  std::size_t count_ = 0;
+};
+
+bool equalLeaves(const Value& left, const Value& right) {
   switch (left.kind()) {
     case ValueKind::Null:
       return true;
@@ -39,52 +75,77 @@ bool equalLeaves(const Value& left, const Value& right) noexcept {
   }
 }
 
-/// Compares what can be compared at once, and puts the rest of the work aside.
-bool equalSoFar(const Value& left, const Value& right, std::vector<Pair>& rest) {
-  if (left.isNil() || right.isNil()) return false;
-  if (left.isNumber() && right.isNumber()) return detail::orderNumbers(left, right) == 0;
-  if (left.kind() != right.kind()) return false;
-  if (left.isCounted() && left.payload() == right.payload()) return true;
+enum class Comparison { different, equal, byElements };
+
+/// Compares what can be compared without looking into collections.
+Comparison compareShallowly(const Value& left, const Value& right) {
+  const auto result = [](bool equal) { return equal ? Comparison::equal : Comparison::different; };
+  if (left.isNil() || right.isNil()) return Comparison::different;
+  if (left.isNumber() && right.isNumber()) return result(detail::orderNumbers(left, right) == 0);
+  if (left.kind() != right.kind()) return Comparison::different;
+  if (left.isCounted() && left.payload() == right.payload()) return Comparison::equal;
+  const auto bySizes = [](std::uint32_t one, std::uint32_t other) {
+    return one == other ? Comparison::byElements : Comparison::different;
+  };
   if (left.isArray()) {
-    const NSArray one(left);
-    const NSArray other(right);
-    if (one.count() != other.count()) return false;
-    for (std::size_t index = 0; index < one.count(); ++index) {
-      rest.emplace_back(one.begin() + index, other.begin() + index);
-    }
-    return true;
+    return bySizes(left.storageAs<detail::ArrayStorage>()->count,
+                   right.storageAs<detail::ArrayStorage>()->count);
   }
   if (left.isDictionary() || left.isSet()) {
-    const auto& one = *left.storageAs<detail::DictionaryStorage>();
-    const auto& other = *right.storageAs<detail::DictionaryStorage>();
-    if (one.count != other.count) return false;
-    for (std::uint32_t position = 0; position < one.used; ++position) {
-      const DictionaryEntry& entry = one.entries[position];
-      if (entry.key.isNil()) continue;
-      const DictionaryEntry* match = detail::findEntry(other, entry.key);
-      if (!match) return false;
-      if (left.isDictionary()) rest.emplace_back(&entry.value, &match->value);
-    }
-    return true;
+    return bySizes(left.storageAs<detail::DictionaryStorage>()->count,
+                   right.storageAs<detail::DictionaryStorage>()->count);
   }
-  return equalLeaves(left, right);
+  return result(equalLeaves(left, right));
+}
+
+/// The next two values to compare: none at the collections' end, and only the left one when the right
+/// collection lacks its key or member.
+std::pair<const Value*, const Value*> nextPair(Level& level) {
+  if (level.left->isArray()) {
+    const auto& one = *level.left->storageAs<detail::ArrayStorage>();
+    const auto& other = *level.right->storageAs<detail::ArrayStorage>();
+    if (level.position == one.count) return {};
+    const std::uint32_t position = level.position++;
+    return {one.values() + position, other.values() + position};
+  }
+  const auto& one = *level.left->storageAs<detail::DictionaryStorage>();
+  const auto& other = *level.right->storageAs<detail::DictionaryStorage>();
+  while (level.position < one.used) {
+    const DictionaryEntry& entry = one.entries[level.position++];
+    if (entry.key.isNil()) continue;
+    const DictionaryEntry* match = detail::findEntry(other, entry.key);
+    if (!match) return {&entry.key, nullptr};
+    if (level.left->isDictionary()) return {&entry.value, &match->value};
+  }
+  return {};
+}
+
+/// Of two collections that `compareShallowly` takes for comparable.
+bool equalCollections(const Value& left, const Value& right) {
+  Levels levels;
+  levels.push(left, right);
+  while (!levels.isEmpty()) {
+    const auto [one, other] = nextPair(levels.top());
+    if (!one) {
+      levels.pop();
+      continue;
+    }
+    if (!other) return false;
+    const Comparison comparison = compareShallowly(*one, *other);
+    if (comparison == Comparison::different) return false;
+    if (comparison == Comparison::byElements) levels.push(*one, *other);
+  }
+  return true;
 }
 
 }  // namespace
 
-bool Value::isEqual(const Value& other) const noexcept {
-  std::vector<Pair> rest;
-  if (!isArray() && !isDictionary() && !isSet()) return equalSoFar(*this, other, rest);
-  if (keyNesting == deepestKeyNesting) return isIdenticalTo(other);
-  ++keyNesting;
-  bool equal = equalSoFar(*this, other, rest);
-  while (equal && !rest.empty()) {
-    const auto [left, right] = rest.back();
-    rest.pop_back();
-    equal = equalSoFar(*left, *right, rest);
-  }
-  --keyNesting;
-  return equal;
+bool Value::isEqual(const Value& other) const {
+  const Comparison comparison = compareShallowly(*this, other);
+  if (comparison != Comparison::byElements) return comparison == Comparison::equal;
+  if (keyNesting == deepestKeyNesting) return false;
+  const KeyNestingScope scope;
+  return equalCollections(*this, other);
 }
 
 bool Value::isIdenticalTo(const Value& other) const noexcept {

@@ -5,7 +5,6 @@
 #include <Foundation/ValueStorage.h>
 
 #include <cstdlib>
-#include <vector>
 
 namespace zeb::detail {
 
@@ -46,27 +45,63 @@ void destroyNow(Storage* storage) noexcept {
   }
 }
 
+/// A field that the destruction of a collection does not need: it takes the upper half of a link.
+std::uint32_t& spareField(Storage& collection) noexcept {
+  if (collection.kind == ValueKind::Array) return static_cast<ArrayStorage&>(collection).capacity;
+  return static_cast<DictionaryStorage&>(collection).capacity;
+}
+
+/// Storages without references, linked through fields of their own: so the list needs no memory.
+class DyingStorages {
+ public:
+  void push(Storage& storage) noexcept {
+    if (storage.kind == ValueKind::Data) {
+      static_cast<DataStorage&>(storage).bytes = reinterpret_cast<const std::byte*>(first_);
+    } else {
+      const std::uint64_t next = reinterpret_cast<std::uintptr_t>(first_);
+      storage.countOrOffset.store(static_cast<std::uint32_t>(next), std::memory_order_relaxed);
+      spareField(storage) = static_cast<std::uint32_t>(next >> 32);
+    }
+    first_ = &storage;
+  }
+
+  /// Null when there is none.
+  Storage* pop() noexcept {
+    Storage* const storage = first_;
+    if (!storage) return nullptr;
+    if (storage->kind == ValueKind::Data) {
+      const std::byte* next = static_cast<DataStorage*>(storage)->bytes;
+      first_ = reinterpret_cast<Storage*>(const_cast<std::byte*>(next));
+    } else {
+      const std::uint64_t lower = storage->countOrOffset.load(std::memory_order_relaxed);
+      const std::uint64_t next = std::uint64_t{spareField(*storage)} << 32 | lower;
+      first_ = reinterpret_cast<Storage*>(static_cast<std::uintptr_t>(next));
+    }
+    return storage;
+  }
+
+ private:
+  Storage* first_ = nullptr;
+};
+
 /// What died while something else was being destroyed on this thread.
-thread_local std::vector<Storage*>* waiting = nullptr;
+thread_local DyingStorages waiting;
+thread_local bool isDestroying = false;
 
 }  // namespace
 
-// A tree dies without recursion, however deep it is: what its destruction releases last waits here.
+// A tree dies without recursion, however deep it is, and without taking memory: what its destruction
+// releases last waits in a list.
 void destroyStorage(Storage* storage) noexcept {
-  if (storage->kind == ValueKind::String) return destroyNow(storage);
-  if (waiting) {
-    waiting->push_back(storage);
-    return;
+  // These own nothing that could lead further down.
+  if (storage->kind == ValueKind::String || storage->kind == ValueKind::URL) {
+    return destroyNow(storage);
   }
-  std::vector<Storage*> list;
-  waiting = &list;
+  if (isDestroying) return waiting.push(*storage);
+  isDestroying = true;
   destroyNow(storage);
-  while (!list.empty()) {
-    Storage* next = list.back();
-    list.pop_back();
-    destroyNow(next);
-  }
-  waiting = nullptr;
+  while (Storage* next = waiting.pop()) destroyNow(next);
+  isDestroying = false;
 }
 
 }  // namespace zeb::detail

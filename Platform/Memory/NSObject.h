@@ -36,7 +36,7 @@ class NSObject {
   }
 
   /// Equality of content; identity unless a class says otherwise. Equal objects have equal hashes.
-  virtual bool isEqual(const NSObject& other) const noexcept { return this == &other; }
+  virtual bool isEqual(const NSObject& other) const { return this == &other; }
   virtual std::size_t hash() const noexcept;
 
   /// The object's class in the dynamic runtime. Nil for a C++ class that takes no part in it: its objects

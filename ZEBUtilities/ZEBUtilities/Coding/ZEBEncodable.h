@@ -90,7 +90,7 @@ class OwningBox final : public EncodableBox {
   explicit OwningBox(Source&& source) : object(std::forward<Source>(source)) {}
   NSString encodableName() const override { return T::encodableName(); }
   void encode(ZEBEncoder& encoder) const override { object.encode(encoder); }
-  bool isEqual(const NSObject& other) const noexcept override {
+  bool isEqual(const NSObject& other) const override {
     if constexpr (std::equality_comparable<T>) {
       const auto* box = dynamic_cast<const OwningBox*>(&other);
       return box && box->object == object;

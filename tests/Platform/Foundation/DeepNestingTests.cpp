@@ -2,7 +2,10 @@
 #include <Foundation/NSError.h>
 #include <Foundation/NSSet.h>
 
+#include <optional>
+
 #include "../Support.h"
+#include "NoMemory.h"
 
 namespace zeb::test {
 
@@ -38,6 +41,30 @@ TEST(DeepNesting, NothingRecursesOverTheDepthOfValues) {
       EXPECT_FALSE(detached.isNil());
     });
   }
+}
+
+TEST(DeepNesting, ShortageOfMemoryIsSurvived) {
+  const auto nested = [](int levels) {
+    Value value = NSData::dataByJoining(
+        std::vector{NSData::dataWithBytes("a"), NSData::data(), NSData::dataWithBytes("b")});
+    for (int level = 0; level < levels; ++level) {
+      value =
+          NSMutableArray{NSDictionary{{"k", NSSet{level}}, {"v", value}}, NSArray{level}, value};
+    }
+    return value;
+  };
+  std::optional<Value> value = nested(10);
+  const Value twin = nested(10);
+  EXPECT_EQ(*value, twin) << "joins the data";
+  Value deep = "innermost", deepTwin = "innermost";
+  for (Value* one : {&deep, &deepTwin}) {
+    for (int level = 0; level < 100; ++level) *one = NSArray{*one};
+  }
+  const NoMemory noMemory;
+  EXPECT_EQ(*value, twin);
+  EXPECT_THROW((void)deep.isEqual(deepTwin), std::bad_alloc);
+  EXPECT_THROW((void)deep.detachedCopy(), std::bad_alloc);
+  value.reset();
 }
 
 TEST(DeepNesting, JoinedDataIsReadAndFreedWithoutRecursion) {
