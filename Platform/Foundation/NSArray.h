@@ -21,7 +21,8 @@ class NSArray : public Value {
   constexpr NSArray(std::nullptr_t) noexcept {}
   NSArray(std::initializer_list<Value> elements) : NSArray(arrayWithObjects(elements)) {}
   /// The value when it is an array, else nil.
-  explicit NSArray(const Value& value) noexcept : Value(value.isArray() ? value : Value()) {}
+  template <detail::ValueBeside<NSArray> Source>
+  explicit NSArray(const Source& value) noexcept : Value(value.isArray() ? value : Value()) {}
 
   static NSArray array() { return arrayWithObjects({}); }
   static NSArray arrayWithObjects(std::span<const Value> elements);

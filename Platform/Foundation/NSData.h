@@ -20,7 +20,8 @@ class NSData : public Value {
   constexpr NSData() noexcept = default;
   constexpr NSData(std::nullptr_t) noexcept {}
   /// The value when it is data, else nil.
-  explicit NSData(const Value& value) noexcept : Value(value.isData() ? value : Value()) {}
+  template <detail::ValueBeside<NSData> Source>
+  explicit NSData(const Source& value) noexcept : Value(value.isData() ? value : Value()) {}
 
   static NSData data() { return dataWithBytes(std::span<const std::byte>()); }
   /// Copies the bytes.

@@ -20,7 +20,8 @@ class NSDate : public Value {
   constexpr NSDate() noexcept = default;
   constexpr NSDate(std::nullptr_t) noexcept {}
   /// The value when it is a date, else nil.
-  explicit NSDate(const Value& value) noexcept : Value(value.isDate() ? value : Value()) {}
+  template <detail::ValueBeside<NSDate> Source>
+  explicit NSDate(const Source& value) noexcept : Value(value.isDate() ? value : Value()) {}
   NSDate(SystemClock::time_point moment) noexcept
       : NSDate(dateWithTimeIntervalSince1970(
             std::chrono::duration<double>(moment.time_since_epoch()).count())) {}

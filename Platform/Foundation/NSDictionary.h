@@ -7,6 +7,7 @@
 
 #include <initializer_list>
 #include <span>
+#include <type_traits>
 
 namespace zeb {
 
@@ -27,7 +28,8 @@ class NSDictionary : public Value {
   NSDictionary(std::initializer_list<DictionaryEntry> entries)
       : NSDictionary(dictionaryWithEntries(entries)) {}
   /// The value when it is a dictionary, else nil.
-  explicit NSDictionary(const Value& value) noexcept
+  template <detail::ValueBeside<NSDictionary> Source>
+  explicit NSDictionary(const Source& value) noexcept
       : Value(value.isDictionary() ? value : Value()) {}
 
   static NSDictionary dictionary() { return dictionaryWithEntries({}); }
@@ -138,6 +140,10 @@ class NSMutableDictionary : public NSDictionary {
   /// Keys are copied, values shared. A nil key or object throws NSException
   /// (NSInvalidArgumentException). On a nil dictionary all of these do nothing.
   void setObject(Value object, const Value& key);
+  /// A bare number as key is mostly an object in the key's place; who means it says `Value(5)`.
+  template <class Number>
+    requires std::is_arithmetic_v<Number>
+  void setObject(Value object, Number key) = delete;
   void addEntriesFromDictionary(const NSDictionary& other);
   /// Nothing for a key that is not there, or nil.
   void removeObjectForKey(const Value& key);

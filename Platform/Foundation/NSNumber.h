@@ -17,7 +17,8 @@ class NSNumber : public Value {
   NSNumber(Integer integer) noexcept : Value(integer) {}
   NSNumber(std::floating_point auto number) noexcept : Value(number) {}
   /// The value when it is a number, else nil.
-  explicit NSNumber(const Value& value) noexcept : Value(value.isNumber() ? value : Value()) {}
+  template <detail::ValueBeside<NSNumber> Source>
+  explicit NSNumber(const Source& value) noexcept : Value(value.isNumber() ? value : Value()) {}
 
   /// The type code: c boolean or signed char, s i q signed of 2, 4, 8 bytes, their capitals unsigned,
   /// f float, d double; 0 for nil.

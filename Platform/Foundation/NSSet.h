@@ -20,7 +20,8 @@ class NSSet : public Value {
   NSSet(std::initializer_list<Value> members)
       : NSSet(setWithObjects(std::span(members.begin(), members.size()))) {}
   /// The value when it is a set, else nil.
-  explicit NSSet(const Value& value) noexcept : Value(value.isSet() ? value : Value()) {}
+  template <detail::ValueBeside<NSSet> Source>
+  explicit NSSet(const Source& value) noexcept : Value(value.isSet() ? value : Value()) {}
 
   static NSSet setWithObjects(std::span<const Value> members);
 

@@ -35,7 +35,8 @@ class NSString : public Value {
   NSString(const std::string& utf8) : Value(std::string_view(utf8)) {}
   NSString(std::u16string_view units);
   /// The value when it is a string, else nil.
-  explicit NSString(const Value& value) noexcept : Value(value.isString() ? value : Value()) {}
+  template <detail::ValueBeside<NSString> Source>
+  explicit NSString(const Source& value) noexcept : Value(value.isString() ? value : Value()) {}
 
   /// Strict decoding: nil when `bytes` is not well-formed UTF-8.
   static NSString stringWithUTF8(std::string_view bytes);

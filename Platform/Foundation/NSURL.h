@@ -11,7 +11,8 @@ class NSURL : public Value {
   constexpr NSURL() noexcept = default;
   constexpr NSURL(std::nullptr_t) noexcept {}
   /// The value when it is a URL, else nil.
-  explicit NSURL(const Value& value) noexcept : Value(value.isURL() ? value : Value()) {}
+  template <detail::ValueBeside<NSURL> Source>
+  explicit NSURL(const Source& value) noexcept : Value(value.isURL() ? value : Value()) {}
 
   /// Nil when `text` is nil or empty or holds what no URL may hold: white space, control characters,
   /// or one of the characters "<>\^`{|}.

@@ -69,12 +69,13 @@ class Value {
   ~Value() {
     if (isCounted()) releasePayload();
   }
-  Value& operator=(const Value& other) noexcept {
+  // Not of temporaries: `dictionary["key"] = 1` would change nothing.
+  Value& operator=(const Value& other) & noexcept {
     Value copy(other);
     swap(copy);
     return *this;
   }
-  Value& operator=(Value&& other) noexcept {
+  Value& operator=(Value&& other) & noexcept {
     Value moved(std::move(other));
     swap(moved);
     return *this;
@@ -261,6 +262,11 @@ class Value {
 static_assert(sizeof(Value) == 16);
 
 namespace detail {
+
+/// What a handle's kind can be asked of: a value or a handle of another kind. Not what would become a
+/// value first, whose kind is known: `NSString(5)` would always be nil.
+template <class Source, class Handle>
+concept ValueBeside = std::derived_from<Source, Value> && !std::derived_from<Source, Handle>;
 
 /// A hash of all content, 512 levels deep, under a secret key of the process: see KeyedHash.h. For an
 /// object it is derived from the object's own hash.

@@ -219,7 +219,8 @@ void addCollections(Builder& builder) {
       ValueKind::Dictionary, "NSMutableDictionary",
       {
           classMethod("dictionary", [] { return NSMutableDictionary(); }),
-          method("setObject:forKey:", &NSMutableDictionary::setObject),
+          method("setObject:forKey:", [](NSMutableDictionary self, const Value& object,
+                                         const Value& key) { self.setObject(object, key); }),
           method("removeObjectForKey:", &NSMutableDictionary::removeObjectForKey),
           method("removeAllObjects", &NSMutableDictionary::removeAllObjects),
           method("addEntriesFromDictionary:", &NSMutableDictionary::addEntriesFromDictionary),

@@ -12,6 +12,24 @@ namespace zeb::test {
 
 using Kind = ValueKind;
 
+// What would do nothing, or always give nil, does not compile.
+template <class Collection, class Place>
+concept TakesAssignmentAt = requires(Collection collection, Place place) { collection[place] = 1; };
+static_assert(!TakesAssignmentAt<NSMutableDictionary, NSString> &&
+              !TakesAssignmentAt<NSMutableArray, int>);
+template <class Key>
+concept IsKey =
+    requires(NSMutableDictionary dictionary, Key key) { dictionary.setObject("", key); };
+static_assert(IsKey<Value> && IsKey<NSNumber> && IsKey<const char*> && !IsKey<int> && !IsKey<bool>);
+template <class Handle, class... Sources>
+constexpr bool isMadeOfNone = !(std::is_constructible_v<Handle, Sources> || ...);
+static_assert(std::is_constructible_v<NSString, Value> &&
+              isMadeOfNone<NSString, int, bool, double>);
+static_assert(isMadeOfNone<NSArray, int, const char*> && isMadeOfNone<NSNumber, const char*> &&
+              isMadeOfNone<NSDictionary, int, const char*> && isMadeOfNone<NSSet, int> &&
+              isMadeOfNone<NSData, int, const char*> && isMadeOfNone<NSURL, const char*> &&
+              isMadeOfNone<NSDate, int, double>);
+
 std::atomic<int> deaths = 0;
 
 TEST(Value, EachKindAnswersForItselfAlone) {
