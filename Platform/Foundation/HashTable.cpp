@@ -24,36 +24,46 @@ std::uint32_t hashFor(const DictionaryStorage& table, const Value& key) {
   return table.hasKeyedHash() ? static_cast<std::uint32_t>(keyedHashOf(key)) : keyHashOf(key);
 }
 
-/// The entry whose key has this hash, of the kind that the table goes by, and matches.
+struct Search {
+  DictionaryEntry* entry;  ///< null when there is none
+  std::uint32_t slot;      ///< where the search ended; free when there is no entry
+};
+
+/// Looks for the entry whose key has this hash, of the kind that the table goes by, and matches.
 template <class Matches>
-DictionaryEntry* findEntry(const DictionaryStorage& table, std::uint32_t hash,
-                           const Matches& matches) {
+[[gnu::always_inline]] inline Search search(const DictionaryStorage& table, std::uint32_t hash,
+                                            const Matches& matches) {
   if (!table.indexMask) {
     for (std::uint32_t position = 0; position < table.used; ++position) {
       DictionaryEntry& entry = table.entries[position];
-      if (entry.key.keyHash() == hash && matches(entry.key)) return &entry;
+      if (entry.key.keyHash() == hash && matches(entry.key)) return {&entry, 0};
     }
-    return nullptr;
+    return {nullptr, 0};
   }
   std::uint32_t slot = hash & table.indexMask;
   while (const std::uint32_t position = table.index()[slot]) {
     DictionaryEntry& entry = table.entries[position - 1];
-    if (entry.key.keyHash() == hash && matches(entry.key)) return &entry;
+    if (entry.key.keyHash() == hash && matches(entry.key)) return {&entry, slot};
     slot = (slot + 1) & table.indexMask;
   }
-  return nullptr;
+  return {nullptr, slot};
 }
 
-/// Puts an entry into a free slot. False when the way there was suspiciously long.
-bool indexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
-  std::uint32_t slot = table.entries[position].key.keyHash() & table.indexMask;
-  std::uint32_t probes = 0;
-  while (table.index()[slot]) {
-    if (++probes > longestTrustedProbe && !table.hasKeyedHash()) return false;
-    slot = (slot + 1) & table.indexMask;
-  }
+/// Puts an entry into the first free slot from `slot` on; all slots between that of its hash and this
+/// one must be taken. False when the way there was suspiciously long.
+bool indexEntry(DictionaryStorage& table, std::uint32_t position, std::uint32_t slot) noexcept {
+  const std::uint32_t hash = table.entries[position].key.keyHash();
+  while (table.index()[slot]) slot = (slot + 1) & table.indexMask;
+  const std::uint32_t probes = (slot - hash) & table.indexMask;
+  if (probes > longestTrustedProbe && !table.hasKeyedHash()) return false;
   table.index()[slot] = position + 1;
   return true;
+}
+
+/// The same from the slot that belongs to the entry's hash.
+bool indexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
+  const std::uint32_t hash = table.entries[position].key.keyHash();
+  return indexEntry(table, position, hash & table.indexMask);
 }
 
 void clearIndex(DictionaryStorage& table) noexcept {
@@ -82,6 +92,7 @@ void useKeyedHash(DictionaryStorage& table) noexcept {
 
 /// Slides the living entries together after removals.
 void closeHoles(DictionaryStorage& table) noexcept {
+  if (table.used == table.count) return;
   std::uint32_t target = 0;
   for (std::uint32_t position = 0; position < table.used; ++position) {
     if (table.entries[position].key.isNil()) continue;
@@ -157,6 +168,11 @@ bool sameKey(const Value& left, const Value& right) {
   return left.isIdenticalTo(right) || left.isEqual(right);
 }
 
+[[gnu::always_inline]] inline Search searchKey(const DictionaryStorage& table, std::uint32_t hash,
+                                               const Value& key) {
+  return search(table, hash, [&](const Value& candidate) { return sameKey(candidate, key); });
+}
+
 }  // namespace
 
 std::uint32_t keyHashOf(const Value& key) {
@@ -181,23 +197,22 @@ DictionaryEntry* findEntryPlainly(const DictionaryStorage& table, const StringKe
   if (key.isNil()) return nullptr;
   const std::uint32_t hash =
       table.hasKeyedHash() ? static_cast<std::uint32_t>(key.keyedHash()) : key.hash();
-  return findEntry(table, hash, [&](const Value& candidate) {
+  const auto matches = [&](const Value& candidate) {
     return candidate.isString() && key.matches(*candidate.storageAs<StringStorage>());
-  });
+  };
+  return search(table, hash, matches).entry;
 }
 
 DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) {
   if (key.isNil()) return nullptr;
-  return findEntry(table, hashFor(table, key),
-                   [&](const Value& candidate) { return sameKey(candidate, key); });
+  return searchKey(table, hashFor(table, key), key).entry;
 }
 
 DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
   const bool wasKeyed = table.hasKeyedHash();
   std::uint32_t hash = hashFor(table, key);
-  DictionaryEntry* existing =
-      findEntry(table, hash, [&](const Value& candidate) { return sameKey(candidate, key); });
-  if (existing) return *existing;
+  Search found = searchKey(table, hash, key);
+  if (found.entry) return *found.entry;
   // Taken before the table grows, because the caller's key may lie in the table itself.
   Value ownKey = key.copy();
   if (table.used == table.capacity) {
@@ -206,12 +221,13 @@ DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
     growEntries(table, mostlyDead ? table.capacity
                                   : grownCapacity(table.capacity, std::size_t{table.used} + 1));
     if (table.hasKeyedHash() != wasKeyed) hash = hashFor(table, ownKey);
+    found.slot = hash & table.indexMask;
   }
   ownKey.setKeyHash(hash);
   DictionaryEntry* entry = new (&table.entries[table.used]) DictionaryEntry{std::move(ownKey), {}};
   ++table.used;
   ++table.count;
-  if (table.indexMask && !indexEntry(table, table.used - 1)) useKeyedHash(table);
+  if (table.indexMask && !indexEntry(table, table.used - 1, found.slot)) useKeyedHash(table);
   return *entry;
 }
 
@@ -258,11 +274,10 @@ void finishBorrowedEntries(DictionaryStorage& table) noexcept {
     DictionaryEntry& entry = table.entries[position];
     Value& key = entry.key;
     if (table.hasKeyedHash()) key.setKeyHash(hashFor(table, key));
-    DictionaryEntry* earlier = findEntry(
-        table, key.keyHash(), [&](const Value& candidate) { return sameKey(candidate, key); });
+    const Search found = searchKey(table, key.keyHash(), key);
     // Raw copies: borrowed entries count no references.
-    if (earlier) {
-      std::memcpy(static_cast<void*>(&earlier->value), static_cast<const void*>(&entry.value),
+    if (found.entry) {
+      std::memcpy(static_cast<void*>(&found.entry->value), static_cast<const void*>(&entry.value),
                   sizeof(Value));
       continue;
     }
@@ -271,7 +286,7 @@ void finishBorrowedEntries(DictionaryStorage& table) noexcept {
                   sizeof entry);
     }
     ++table.used;
-    if (table.indexMask && !indexEntry(table, table.used - 1)) useKeyedHash(table);
+    if (table.indexMask && !indexEntry(table, table.used - 1, found.slot)) useKeyedHash(table);
   }
   table.count = table.used;
 }

@@ -40,7 +40,7 @@ StringStorage* newStringFromUTF8(std::string_view utf8) {
   return newString(std::u16string_view(units));
 }
 
-std::uint32_t computeHash(const StringStorage& string) noexcept {
+std::uint32_t hashOfContent(const StringStorage& string) noexcept {
   if (!string.isWide()) return hashOfUTF8(string.ascii(), string.length);
   const std::u16string_view units(string.units(), string.length);
   std::uint64_t hash = startHash(utf8Length(units));
@@ -51,13 +51,9 @@ std::uint32_t computeHash(const StringStorage& string) noexcept {
 
 }  // namespace
 
-std::uint32_t hashOfString(const StringStorage& string) noexcept {
-  if (string.isMutable()) return computeHash(string);
-  std::uint32_t hash = string.hash.load(std::memory_order_relaxed);
-  if (hash == 0) {
-    hash = computeHash(string);
-    string.hash.store(hash, std::memory_order_relaxed);
-  }
+std::uint32_t computeHash(const StringStorage& string) noexcept {
+  const std::uint32_t hash = hashOfContent(string);
+  if (!string.isMutable()) string.hash.store(hash, std::memory_order_relaxed);
   return hash;
 }
 

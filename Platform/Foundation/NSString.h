@@ -138,9 +138,7 @@ inline StringKey::StringKey(const NSString& string) noexcept {
     utf8_ = storage_->ascii();
     length_ = storage_->length;
   }
-  // Mutable strings never note theirs.
-  hash_ = storage_->hash.load(std::memory_order_relaxed);
-  if (hash_ == 0) hash_ = detail::hashOfString(*storage_);
+  hash_ = detail::hashOfString(*storage_);
 }
 
 inline bool StringKey::matches(const detail::StringStorage& candidate) const noexcept {

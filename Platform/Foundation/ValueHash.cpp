@@ -36,19 +36,22 @@ class PublicHash {
     return table.hasKeyedHash() ? detail::keyHashOf(key) : key.keyHash();
   }
 
-  static std::uint64_t ofLeaf(const Value& leaf) {
+  [[gnu::always_inline]] static std::uint64_t ofLeaf(const Value& leaf) {
+    if (leaf.isString()) return detail::hashOfString(*leaf.storageAs<detail::StringStorage>());
+    if (leaf.isNumber()) return detail::hashOfNumber(leaf);
+    return ofRareLeaf(leaf);
+  }
+
+  static bool isCollection(const Value& value) noexcept {
+    return value.kind() >= ValueKind::Array && value.kind() <= ValueKind::Set;
+  }
+
+ private:
+  static std::uint64_t ofRareLeaf(const Value& leaf) {
     const auto kind = static_cast<std::uint64_t>(leaf.kind());
     switch (leaf.kind()) {
-      case ValueKind::Boolean:
-      case ValueKind::SignedInteger:
-      case ValueKind::UnsignedInteger:
-      case ValueKind::Float:
-      case ValueKind::Double:
-        return detail::hashOfNumber(leaf);
       case ValueKind::Date:
         return mixHash(kind, dateBits(leaf));
-      case ValueKind::String:
-        return detail::hashOfString(*leaf.storageAs<detail::StringStorage>());
       case ValueKind::URL:
         return mixHash(kind, NSURL(leaf).absoluteString().hash());
       case ValueKind::Data:
@@ -60,11 +63,6 @@ class PublicHash {
     }
   }
 
-  static bool isCollection(const Value& value) noexcept {
-    return value.kind() >= ValueKind::Array && value.kind() <= ValueKind::Set;
-  }
-
- private:
   /// Of long data the two ends and the length.
   static std::uint64_t ofBytes(std::string_view bytes) noexcept {
     constexpr std::size_t end = 64;
@@ -111,10 +109,18 @@ class SecretHash {
   detail::KeyedHasher hasher_;
 };
 
+template <class Hash>
+std::uint64_t collectionHash(const Value& value, int levels);
+
 /// The hash of a value, so many levels of collections deep.
 template <class Hash>
-std::uint64_t contentHash(const Value& value, int levels) {
+[[gnu::always_inline]] inline std::uint64_t contentHash(const Value& value, int levels) {
   if (!PublicHash::isCollection(value)) return Hash::ofLeaf(value);
+  return collectionHash<Hash>(value, levels);
+}
+
+template <class Hash>
+std::uint64_t collectionHash(const Value& value, int levels) {
   Hash hash;
   hash.absorb(static_cast<std::uint64_t>(value.kind()));
   const auto hashBelow = [levels](const Value& inner) {

@@ -177,8 +177,12 @@ inline void releaseStorage(Storage* storage) noexcept {
   }
 }
 
-/// 32-bit hash of the text, computed once for immutable strings.
-std::uint32_t hashOfString(const StringStorage& string) noexcept;
+std::uint32_t computeHash(const StringStorage& string) noexcept;
+/// 32-bit hash of the text, computed once for immutable strings; mutable ones never note theirs.
+inline std::uint32_t hashOfString(const StringStorage& string) noexcept {
+  const std::uint32_t noted = string.hash.load(std::memory_order_relaxed);
+  return noted ? noted : computeHash(string);
+}
 bool equalStrings(const StringStorage& left, const StringStorage& right) noexcept;
 
 }  // namespace detail

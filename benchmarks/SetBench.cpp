@@ -1,0 +1,69 @@
+#include <Foundation/NSSet.h>
+#include <Json/NSJSONSerialization.h>
+
+#include <string>
+#include <vector>
+
+#include "Bench.h"
+
+#if ZEB_BENCH_HAVE_ABSL
+#include <absl/container/flat_hash_set.h>
+#endif
+
+namespace zeb::bench {
+
+namespace {
+
+constexpr const char* peerName = "absl::flat_hash_set, serialized strings";
+
+#if ZEB_BENCH_HAVE_ABSL
+
+constexpr std::size_t records = 10'000;
+
+std::string makeRecord(std::size_t number) {
+  const std::string text = std::to_string(number);
+  return "{\"id\":" + text + ",\"name\":\"user " + text + "\",\"email\":\"user" + text +
+         "@example.org\",\"score\":" + std::to_string(number % 97) +
+         ".5,\"active\":" + (number % 2 ? "true" : "false") + ",\"tags\":[\"reader\",\"tag" +
+         std::to_string(number % 13) + "\"],\"address\":{\"city\":\"city " +
+         std::to_string(number % 101) + "\",\"zip\":" + std::to_string(10'000 + number) + "}}";
+}
+
+/// Puts all records into a new set: ours takes the parsed dictionaries, theirs copies of the texts.
+void measureInserting(Report& report) {
+  std::vector<std::string> texts;
+  std::string document = "[";
+  for (std::size_t number = 0; number < records; ++number) {
+    texts.push_back(makeRecord(number));
+    document += (number ? "," : "") + texts.back();
+  }
+  document += "]";
+  const NSArray parsed(NSJSONSerialization::JSONObjectWithData(NSData::dataWithBytes(document), 0));
+  require(parsed.count() == records, "the records were not parsed");
+  const auto ours = [&] {
+    NSMutableSet set;
+    for (const Value& record : parsed) set.addObject(record);
+    return set.count();
+  };
+  const auto theirs = [&] {
+    absl::flat_hash_set<std::string> set;
+    for (const std::string& text : texts) set.insert(text);
+    return set.size();
+  };
+  require(ours() == records && theirs() == records, "records were taken for equal");
+  report.add(nanosecondsEach("NSMutableSet", peerName,
+                             measureInTurns([&] { consume(ours()); }, [&] { consume(theirs()); }),
+                             records));
+}
+
+#else
+
+void measureInserting(Report& report) { report.skip(peerName); }
+
+#endif
+
+const Case inserting("set.insert", measureInserting);
+
+}  // namespace
+
+}  // namespace zeb::bench
