@@ -64,8 +64,9 @@ void ConcurrentQueue::letIn(const Waiting& waiting) noexcept {
   }
 }
 
-/// Has blocks in `ready_` seen, by the order of sequentially consistent operations: who adds one first
-/// appends it, then looks for lookers; a looker first stops being one, then looks a last time.
+/// Makes sure that a thread takes the blocks in `ready_`. A producer first appends a block and then looks
+/// for threads that look at the list; such a thread first stops counting as one and then tests whether the
+/// list is empty. These operations are sequentially consistent, so one of the two sees the other.
 void ConcurrentQueue::announce() noexcept {
   if (lookers_.load(std::memory_order_seq_cst) == 0) requestTurn();
 }
@@ -83,6 +84,9 @@ void ConcurrentQueue::takeTurn() {
     item = ready_.pop();
     if (!item) item = lookForNext();
   }
+  // A block that is just being appended can't be popped yet, but its producer may already rely on this
+  // turn. The list does not count as empty then.
+  if (!ready_.isEmpty()) requestTurn();
 }
 
 WorkItem* ConcurrentQueue::lookForNext() noexcept {
