@@ -273,13 +273,14 @@ RunLoopModes::Outlook RunLoopModes::outlook(RunLoopMode& mode) {
 }
 
 void RunLoopModes::watchNow(int descriptor, PollSet& pollSet) {
-  if (!watched_) return;
   std::uint32_t events = 0;
-  visitActive(*watched_, [&](RunLoopMode& active) {
+  const auto addEvents = [&](RunLoopMode& active) {
     for (const auto& source : sourcesOfDescriptor(active, descriptor)) {
       if (!source->isResting()) events |= source->events();
     }
-  });
+  };
+  // The watched mode may have been forgotten with its last source, whose descriptor is still watched.
+  if (watched_) visitActive(*watched_, addEvents);
   pollSet.watch(descriptor, {.isReadable = (events & DescriptorReadable) != 0,
                              .isWritable = (events & DescriptorWritable) != 0});
 }

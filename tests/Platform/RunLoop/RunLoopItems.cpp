@@ -1,6 +1,7 @@
 #include <Dispatch/DispatchSource.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -169,6 +170,24 @@ TEST(RunLoopModes, MayBeMadeUpForOneUse) {
       timer->invalidate();
     }
     EXPECT_EQ(calls, count);
+  });
+}
+
+TEST(RunLoopModes, AreForgottenTogetherWithWhatTheyWatched) {
+  onNewThread([] {
+    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+    Pair pair;
+    pair.send('a');
+    const auto reader =
+        Source::source(pair.ends[0], DescriptorReadable,
+                       [](const Ref<Source>& source, auto) { source->setEvents(0); });
+    loop->addDescriptorSource(reader, "private");
+    EXPECT_TRUE(runOnce("private"));
+    reader->setEvents(DescriptorReadable);
+    reader->invalidate();
+    pollfd waiting{loop->pollableDescriptor(), POLLIN, 0};
+    loop->runPending();
+    EXPECT_EQ(poll(&waiting, 1, 0), 0) << "the loop still waits for the descriptor";
   });
 }
 
