@@ -105,8 +105,8 @@ void DataEncoder::writeField(const StringKey& key, const WriteValue& writeValue)
   field.keyLength = static_cast<std::uint32_t>(field.valueStart - field.keyStart);
   writeValue();
   field.valueEnd = text_.size();
-  guard.fieldIsWritten();
   finishField(field);
+  guard.fieldIsWritten();
 }
 
 void DataEncoder::writeKey(const StringKey& key) {
