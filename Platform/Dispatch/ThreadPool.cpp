@@ -155,7 +155,11 @@ bool ThreadPool::replaceBlocked(Crew& crew) {
     if (runnable == processors_) return false;
   }
   if (!hasWorkFor(crew)) return false;
-  crew.threads.fetch_add(1, std::memory_order_relaxed);
+  // Other threads may have started some while the states were read.
+  std::size_t threads = crew.threads.load(std::memory_order_relaxed);
+  do {
+    if (threads >= maxThreads) return false;
+  } while (!crew.threads.compare_exchange_weak(threads, threads + 1, std::memory_order_relaxed));
   return startThread(crew);
 }
 
