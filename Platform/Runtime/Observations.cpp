@@ -96,12 +96,20 @@ void Observations::add(const NSObject& object, const NSString& key,
 
   Replaced replaced;
   std::lock_guard guard(mutex_);
-  link(*registration);
+  // What may run out of memory comes first: a registration is linked only once a list keeps it alive.
+  Registration& added = *registration;
+  Registration*& latest = latest_[added.owner()];
   KeyObservers* part = partFor(key);
-  if (part && !part->isFull()) return part->append(std::move(registration));
-  auto larger = part ? makeRef<KeyObservers>(*part) : makeRef<KeyObservers>(object, key);
-  larger->append(std::move(registration));
-  replaced = replacePart(part, std::move(larger));
+  if (part && !part->isFull()) {
+    part->append(std::move(registration));
+  } else {
+    auto larger = part ? makeRef<KeyObservers>(*part) : makeRef<KeyObservers>(object, key);
+    larger->append(std::move(registration));
+    replaced = replacePart(part, std::move(larger));
+  }
+  added.older = latest;
+  if (latest) latest->newer = &added;
+  latest = &added;
 }
 
 KeyObservers* Observations::partFor(const NSString& key) const noexcept {
@@ -110,13 +118,6 @@ KeyObservers* Observations::partFor(const NSString& key) const noexcept {
   const auto part =
       std::find_if(list->begin(), list->end(), [&](const auto& one) { return one->key() == key; });
   return part == list->end() ? nullptr : part->get();
-}
-
-void Observations::link(Registration& registration) {
-  Registration*& latest = latest_[registration.owner()];
-  registration.older = latest;
-  if (latest) latest->newer = &registration;
-  latest = &registration;
 }
 
 void Observations::deactivate(Registration& registration) {

@@ -184,7 +184,6 @@ class Observations final : public NSObject {
 
   // Under the lock.
   KeyObservers* partFor(const NSString& key) const noexcept;
-  void link(Registration& registration);
   void deactivate(Registration& registration);
 
   template <class Matches>
