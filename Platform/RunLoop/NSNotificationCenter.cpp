@@ -178,8 +178,8 @@ void NSNotificationCenter::removeObserver(const Ref<NSObject>& observer, const N
     if (name.isNil() || own->second.size() <= named->second->registrations.size()) {
       removeFrom(own, removed, isUnwanted);
     } else {
-      const Ref<List> list = named->second;
-      for (const Ref<Registration>& one : list->registrations) {
+      const List& list = *removed.outdatedLists.emplace_back(named->second);
+      for (const Ref<Registration>& one : list.registrations) {
         if (one->owner != own->first || one->isRemoved() || !isUnwanted(*one)) continue;
         removeOne(own->second, one, removed);
       }
@@ -214,23 +214,25 @@ NSNotificationCenter::Registrations::iterator NSNotificationCenter::removeFrom(
 }
 
 /// Removes one of an observer's registrations; the last one takes its place.
-void NSNotificationCenter::removeOne(Removed& own, const Ref<Registration>& one, Removed& removed) {
+void NSNotificationCenter::removeOne(OwnRegistrations& own, const Ref<Registration>& one,
+                                     Removed& removed) {
   own.back()->place = one->place;
   std::swap(own[one->place], own.back());
-  removed.push_back(std::move(own.back()));
+  removed.registrations.push_back(std::move(own.back()));
   own.pop_back();
-  Registration& registration = *removed.back();
+  Registration& registration = *removed.registrations.back();
   registration.setRemoved();
   --count_;
-  noteGap(listsByName_.find(registration.name()));
+  noteGap(listsByName_.find(registration.name()), removed);
 }
 
-void NSNotificationCenter::noteGap(Lists::iterator list) {
+void NSNotificationCenter::noteGap(Lists::iterator list, Removed& removed) {
   Ref<List>& entries = list->second;
   if (2 * ++entries->gaps < entries->registrations.size()) return;
   auto rest = makeRef<List>();
   std::ranges::copy_if(entries->registrations, std::back_inserter(rest->registrations),
                        [](const Ref<Registration>& one) { return !one->isRemoved(); });
+  removed.outdatedLists.push_back(entries);
   if (rest->registrations.empty()) {
     listsByName_.erase(list);
   } else {
@@ -239,7 +241,7 @@ void NSNotificationCenter::noteGap(Lists::iterator list) {
 }
 
 void NSNotificationCenter::releaseBlocks(const Removed& removed) {
-  for (const Ref<Registration>& registration : removed) registration->releaseBlock();
+  for (const Ref<Registration>& registration : removed.registrations) registration->releaseBlock();
 }
 
 void NSNotificationCenter::postNotification(const Ref<NSNotification>& notification) {

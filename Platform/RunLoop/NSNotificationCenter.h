@@ -66,16 +66,23 @@ class NSNotificationCenter : public NSObject {
   class Registration;
   struct List;
   using Lists = std::unordered_map<NSString, Ref<List>>;
-  using Registrations = std::unordered_map<const void*, std::vector<Ref<Registration>>>;
-  using Removed = std::vector<Ref<Registration>>;
+  using OwnRegistrations = std::vector<Ref<Registration>>;
+  using Registrations = std::unordered_map<const void*, OwnRegistrations>;
+
+  /// What goes away with a removal. It is released after the lock, because blocks, filters and tokens own
+  /// objects whose destructors may call the centre.
+  struct Removed {
+    OwnRegistrations registrations;
+    std::vector<Ref<List>> outdatedLists;
+  };
 
   void add(const void* observer, const Ref<Registration>& registration);
   void removeDead();
   template <class Predicate>
   Registrations::iterator removeFrom(Registrations::iterator own, Removed& removed,
                                      const Predicate& isUnwanted);
-  void removeOne(Removed& own, const Ref<Registration>& one, Removed& removed);
-  void noteGap(Lists::iterator list);
+  void removeOne(OwnRegistrations& own, const Ref<Registration>& one, Removed& removed);
+  void noteGap(Lists::iterator list, Removed& removed);
   static void releaseBlocks(const Removed& removed);
 
   std::mutex mutex_;

@@ -159,6 +159,30 @@ TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
   EXPECT_EQ(lateCalls, 100) << "in the inner post only";
 }
 
+TEST(NSNotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
+  struct PostsAtItsEnd : NSObject {
+    explicit PostsAtItsEnd(Ref<NSNotificationCenter> itsCenter) : center(std::move(itsCenter)) {}
+    ~PostsAtItsEnd() override { center->postNotificationName("ended"); }
+    const Ref<NSNotificationCenter> center;
+  };
+  static const char key = 0;
+  const auto center = makeRef<NSNotificationCenter>();
+  int ends = 0;
+  const Ref<NSObject> listener =
+      center->addObserverForName("ended", nullptr, nullptr, counting(ends));
+  std::vector<Ref<NSObject>> tokens;
+  for (int i = 0; i < 4; ++i) {
+    tokens.push_back(center->addObserverForName("A", nullptr, nullptr, [](auto&) {}));
+    setAssociatedObject(*tokens.back(), &key, makeRef<PostsAtItsEnd>(center));
+  }
+  // Removed registrations stay in the list for the name until they are half of it.
+  while (!tokens.empty()) {
+    center->removeObserver(tokens.back());
+    tokens.pop_back();
+  }
+  EXPECT_EQ(ends, 4);
+}
+
 TEST(NSNotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
   const auto center = makeRef<NSNotificationCenter>();
   const auto queue = makeRef<NSOperationQueue>();
