@@ -22,6 +22,7 @@ Class* ObjectiveCObserverQueue::runtimeClass() {
                       }),
           property("observerQueue", &ObjectiveCObserverQueue::observerQueue),
           method("init", [](const Value&) { detail::stopForPlainInit("ObjectiveCObserverQueue"); }),
+          classMethod("init", [] { detail::stopForPlainInit("ObjectiveCObserverQueue"); }),
           classMethod("new", [] { detail::stopForPlainInit("ObjectiveCObserverQueue"); }),
       });
   return cls;

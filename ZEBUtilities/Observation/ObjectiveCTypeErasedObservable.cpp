@@ -20,6 +20,7 @@ Class* ObjectiveCTypeErasedObservable::runtimeClass() {
           method("removeObserver:", &Self::removeObserver),
           method("init",
                  [](const Value&) { detail::stopForPlainInit("ObjectiveCTypeErasedObservable"); }),
+          classMethod("init", [] { detail::stopForPlainInit("ObjectiveCTypeErasedObservable"); }),
           classMethod("new", [] { detail::stopForPlainInit("ObjectiveCTypeErasedObservable"); }),
       });
   return cls;

@@ -107,10 +107,12 @@ TEST(ZEBObservableDeathTest, CannotBeMadeOfNothing) {
   };
   const Value bridge = Observable<int>::create().second->objectiveCBridgedObservable();
   EXPECT_DEATH(send(bridge, "init"_sel), report("ObjectiveCTypeErasedObservable"));
-  EXPECT_DEATH(send(ZEBObservable::runtimeClass(), "new"_sel),
-               report("ObjectiveCTypeErasedObservable"));
-  EXPECT_DEATH(send(ZEBObserverQueue::runtimeClass(), "new"_sel),
-               report("ObjectiveCObserverQueue"));
+  for (const SEL initializer : {"init"_sel, "new"_sel}) {
+    EXPECT_DEATH(send(ZEBObservable::runtimeClass(), initializer),
+                 report("ObjectiveCTypeErasedObservable"));
+    EXPECT_DEATH(send(ZEBObserverQueue::runtimeClass(), initializer),
+                 report("ObjectiveCObserverQueue"));
+  }
 }
 
 }  // namespace
