@@ -26,6 +26,13 @@ class ProtocolRef {
     requires std::convertible_to<T*, NSObject*> && std::convertible_to<T*, Protocol*>
   ProtocolRef(Ref<T> object) noexcept : protocol_(object.get()), object_(std::move(object)) {}
 
+  /// The object by the protocol; nil when its class does not implement it.
+  static ProtocolRef from(Ref<NSObject> object) noexcept {
+    auto* protocol = dynamic_cast<Protocol*>(object.get());
+    if (!protocol) return nullptr;
+    return ProtocolRef(protocol, std::move(object));
+  }
+
   Protocol* get() const noexcept { return protocol_; }
   Protocol* operator->() const noexcept { return protocol_; }
   Protocol& operator*() const noexcept { return *protocol_; }

@@ -4,9 +4,11 @@
 #include <Foundation/NSString.h>
 #include <Foundation/Value.h>
 #include <Memory/NSObject.h>
+#include <Memory/ProtocolRef.h>
 #include <Runtime/SEL.h>
 
 #include <concepts>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,8 +23,9 @@ namespace zeb {
 ///     fromValue(Value)     an optional, empty when the value is of another kind
 ///
 /// Here: numbers and enumerations (read from nil as 0, and from whatever else reads as a number), all
-/// value handles, `Value` itself, `Ref<T>` and `T*` for objects (and classes), texts, selectors (as their
-/// names), and types that, like `NSError`, convert to `Value` and have a static `from`.
+/// value handles, `Value` itself, `Ref<T>` and `T*` for objects (and classes), `ProtocolRef<P>` for objects
+/// that implement the protocol, untyped pointers (as their addresses, which are numbers), texts, selectors
+/// (as their names), and types that, like `NSError`, convert to `Value` and have a static `from`.
 template <class T>
 struct ValueConversion;
 
@@ -123,6 +126,33 @@ struct ValueConversion<Object*> {
     auto* object = dynamic_cast<Object*>(value.objectPointer());
     if (!object && !value.isNil()) return std::nullopt;
     return object;
+  }
+};
+
+template <class Protocol>
+struct ValueConversion<ProtocolRef<Protocol>> {
+  static constexpr char typeCode = '@';
+  static Value toValue(const ProtocolRef<Protocol>& object) noexcept { return object.object(); }
+  static std::optional<ProtocolRef<Protocol>> fromValue(const Value& value) noexcept {
+    auto object = ProtocolRef<Protocol>::from(value.object<NSObject>());
+    if (!object && !value.isNil()) return std::nullopt;
+    return object;
+  }
+};
+
+/// Contexts and keys, which nobody follows.
+template <class Pointer>
+  requires std::same_as<Pointer, void*> || std::same_as<Pointer, const void*>
+struct ValueConversion<Pointer> {
+  static constexpr char typeCode = '^';
+  static Value toValue(Pointer pointer) noexcept {
+    return reinterpret_cast<std::uintptr_t>(pointer);
+  }
+  static std::optional<Pointer> fromValue(const Value& value) noexcept {
+    if (value.isNil()) return nullptr;
+    if (!value.isNumber()) return std::nullopt;
+    return reinterpret_cast<Pointer>(
+        static_cast<std::uintptr_t>(NSNumber(value).unsignedLongLongValue()));
   }
 };
 

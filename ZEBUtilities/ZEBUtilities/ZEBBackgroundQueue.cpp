@@ -1,3 +1,4 @@
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBBackgroundQueue.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
@@ -10,6 +11,15 @@ const dispatch_queue_t& ZEBBackgroundQueue::sharedBackgroundQueue() {
   static const auto* queue = new dispatch_queue_t(
       dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".queue.background"));
   return *queue;
+}
+
+Class* ZEBBackgroundQueue::runtimeClass() {
+  using Self = ZEBBackgroundQueue;
+  static Class* const cls = registerClass(
+      "ZEBBackgroundQueue", {
+                                classMethod("sharedBackgroundQueue", &Self::sharedBackgroundQueue),
+                            });
+  return cls;
 }
 
 }  // namespace zeb

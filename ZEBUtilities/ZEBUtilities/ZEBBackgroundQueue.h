@@ -11,6 +11,9 @@ class ZEBBackgroundQueue {
 
   /// Serial, and the same one every time. Any thread.
   static const dispatch_queue_t& sharedBackgroundQueue();
+
+  /// "ZEBBackgroundQueue", with sharedBackgroundQueue.
+  static Class* runtimeClass();
 };
 
 }  // namespace zeb

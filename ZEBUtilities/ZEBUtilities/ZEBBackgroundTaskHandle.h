@@ -26,6 +26,11 @@ class ZEBBackgroundTaskHandle : public NSObject {
   /// Tells the delegate, if it still exists.
   ~ZEBBackgroundTaskHandle() override;
 
+  /// "ZEBBackgroundTaskHandle", with everything here by its selectors; the initialiser is a class method
+  /// there, and a delegate an object that implements the protocol.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   const NSString& identifier() const noexcept { return identifier_; }
   const NSString& name() const noexcept { return name_; }
 

@@ -1,4 +1,6 @@
 #include <Dispatch/DispatchQueue.h>
+#include <Runtime/BlockConversion.h>
+#include <Runtime/Registration.h>
 #include <Runtime/Send.h>
 #include <ZEBUtilities/CallbackTablePrivate.h>
 #include <ZEBUtilities/ZEBCallbackDispatcher.h>
@@ -82,6 +84,28 @@ void ZEBCallbackDispatcher::fireWithUserInfo(Value userInfo) {
     if (callback.observer.isAlive()) blocks.push_back(&callback.block);
   }
   for (const CallbackBlock* block : blocks) (*block)(userInfo);
+}
+
+Class* ZEBCallbackDispatcher::runtimeClass() {
+  using Self = ZEBCallbackDispatcher;
+  static Class* const cls = registerClass(
+      "ZEBCallbackDispatcher",
+      {
+          classMethod("init", [] { return makeRef<Self>(); }),
+          classMethod("new", [] { return makeRef<Self>(); }),
+          method("addObserver:usingBlock:",
+                 [](Self& self, const Ref<NSObject>& observer, const CallbackBlock& block) {
+                   self.addObserver(observer, block);
+                 }),
+          method("addObserver:selector:",
+                 [](Self& self, const Ref<NSObject>& observer, SEL selector) {
+                   self.addObserver(observer, selector);
+                 }),
+          method("removeObserver:", &Self::removeObserver),
+          method("fire", &Self::fire),
+          method("fireWithUserInfo:", &Self::fireWithUserInfo),
+      });
+  return cls;
 }
 
 }  // namespace zeb

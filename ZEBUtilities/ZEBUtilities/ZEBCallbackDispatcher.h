@@ -33,6 +33,12 @@ class ZEBCallbackDispatcher : public NSObject {
   ZEBCallbackDispatcher();
   ~ZEBCallbackDispatcher() override;
 
+  /// "ZEBCallbackDispatcher", with everything here by its selectors: addObserver:usingBlock:,
+  /// addObserver:selector: and so on. "init" and "new" are class methods there, and a block travels as
+  /// Runtime/BlockConversion.h says.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   /// Adds a block to the observer's. Nothing when either is nil.
   void addObserver(const Ref<NSObject>& observer, CallbackBlock block);
   void addObserver(const Ref<NSObject>&, std::nullptr_t) noexcept {}

@@ -1,5 +1,6 @@
 #include <Foundation/NSException.h>
 #include <Foundation/NSNull.h>
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBCircularFIFOBuffer.h>
 
 #include <algorithm>
@@ -79,6 +80,23 @@ void ZEBCircularFIFOBuffer::tellDelegate(const Value& purged) {
 void ZEBCircularFIFOBuffer::Iterator::requireUnchanged() const {
   if (buffer_->mutatingInteger_ == mutations_) return;
   throw NSException(NSGenericException, "the buffer was mutated while being enumerated");
+}
+
+Class* ZEBCircularFIFOBuffer::runtimeClass() {
+  using Self = ZEBCircularFIFOBuffer;
+  static Class* const cls = registerClass(
+      "ZEBCircularFIFOBuffer", {
+                                   classMethod("initWithSize:", &Self::initWithSize),
+                                   property("size", &Self::size, &Self::setSize),
+                                   property("count", &Self::count),
+                                   property("delegate", &Self::delegate, &Self::setDelegate),
+                                   method("addObject:", &Self::addObject),
+                                   method("removeObject", &Self::removeObject),
+                                   method("peekObject", &Self::peekObject),
+                                   method("allObjects", &Self::allObjects),
+                                   method("removeAllObjects", &Self::removeAllObjects),
+                               });
+  return cls;
 }
 
 }  // namespace zeb

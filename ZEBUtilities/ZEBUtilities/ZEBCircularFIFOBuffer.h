@@ -36,6 +36,11 @@ class ZEBCircularFIFOBuffer : public NSObject {
   /// An empty buffer; nil for size 0.
   static Ref<ZEBCircularFIFOBuffer> initWithSize(std::size_t size);
 
+  /// "ZEBCircularFIFOBuffer", with everything here but the enumeration by its selectors; the initialiser is a
+  /// class method there, and a delegate an object that implements the protocol.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   std::size_t size() const noexcept { return size_; }
   /// A larger size keeps all objects. A smaller one keeps the newest that fit, and the delegate is told of each
   /// of the others, oldest first, when the buffer has its new size. 0 throws NSException

@@ -1,3 +1,5 @@
+#include <Runtime/BlockConversion.h>
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBDeallocHook.h>
 
 #include <utility>
@@ -24,6 +26,21 @@ void ZEBDeallocHook::unattachFrom(const Ref<NSObject>& object, const void* key) 
     return dynamic_cast<const ZEBDeallocHook*>(&associated) != nullptr;
   });
   if (hook) static_cast<ZEBDeallocHook&>(*hook).removeCallback();
+}
+
+Class* ZEBDeallocHook::runtimeClass() {
+  using Self = ZEBDeallocHook;
+  static Class* const cls = registerClass(
+      "ZEBDeallocHook",
+      {
+          classMethod("initWithCallback:",
+                      [](const Block<void()>& callback) { return makeRef<Self>(callback); }),
+          classMethod("attachTo:forKey:callback:", &Self::attachTo),
+          classMethod("unattachFrom:forKey:", &Self::unattachFrom),
+          property("callback", &Self::callback, &Self::setCallback),
+          method("removeCallback", &Self::removeCallback),
+      });
+  return cls;
 }
 
 }  // namespace zeb

@@ -14,6 +14,11 @@ class ZEBDeallocHook : public NSObject {
   explicit ZEBDeallocHook(Block<void()> callback) noexcept;
   ~ZEBDeallocHook() override;
 
+  /// "ZEBDeallocHook", with everything here by its selectors; the initialiser is a class method there, and
+  /// blocks travel as Runtime/BlockConversion.h says.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   /// Attaches a hook to the object under the key, an address that the caller owns. Destroys the hook that
   /// was there, which calls that one's callback. Nil object: nothing, and nothing is called. Any thread.
   static void attachTo(const Ref<NSObject>& object, const void* key, Block<void()> callback);

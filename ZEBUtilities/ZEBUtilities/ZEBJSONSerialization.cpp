@@ -3,6 +3,9 @@
 #include <Linux/Clock.h>
 #include <Linux/Thread.h>
 #include <Logging/OLGLogging.h>
+#include <Runtime/BlockConversion.h>
+#include <Runtime/ErrorConversion.h>
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBJSONSerialization.h>
 #include <ZEBUtilities/ZEBLaunchTime.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
@@ -123,6 +126,27 @@ void ZEBJSONSerialization::decodeJSONData(const NSData& data, std::uint64_t opti
   completeOnMainQueue(std::move(completion), [data, options](NSError* error) {
     return JSONObjectWithData(data, options, error);
   });
+}
+
+Class* ZEBJSONSerialization::runtimeClass() {
+  using Self = ZEBJSONSerialization;
+  static Class* const cls = registerClass(
+      "ZEBJSONSerialization",
+      {
+          classMethod("dataWithJSONObject:options:error:", &Self::dataWithJSONObject),
+          classMethod("JSONObjectWithData:options:error:",
+                      [](const NSData& data, std::uint64_t options, NSError* error) {
+                        return Self::JSONObjectWithData(data, options, error);
+                      }),
+          classMethod(
+              "JSONObjectWithData:permitMainThread:options:error:",
+              [](const NSData& data, bool permitMainThread, std::uint64_t options, NSError* error) {
+                return Self::JSONObjectWithData(data, permitMainThread, options, error);
+              }),
+          classMethod("encodeJSONObject:options:completion:", &Self::encodeJSONObject),
+          classMethod("decodeJSONData:options:completion:", &Self::decodeJSONData),
+      });
+  return cls;
 }
 
 }  // namespace zeb

@@ -46,6 +46,10 @@ class ZEBJSONSerialization {
                                EncodingCompletion completion);
   static void decodeJSONData(const NSData& data, std::uint64_t options,
                              DecodingCompletion completion);
+
+  /// "ZEBJSONSerialization", with everything here by its selectors; completions and errors travel as
+  /// Runtime/BlockConversion.h and Runtime/ErrorConversion.h say.
+  static Class* runtimeClass();
 };
 
 }  // namespace zeb

@@ -1,8 +1,11 @@
 #include <Foundation/NSException.h>
 #include <Linux/Console.h>
+#include <Runtime/BlockConversion.h>
 #include <Runtime/NSAssertionHandler.h>
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBKVODispatcher.h>
 
+#include <optional>
 #include <utility>
 
 namespace zeb {
@@ -85,6 +88,51 @@ void ZEBKVODispatcher::observeValueForKeyPath(const NSString& keyPath, const Val
                           76, "Observed keyPath doesn't match registered keyPath");
   }
   dispatchBlock_(keyPath, object, change, context);
+}
+
+namespace {
+
+/// A change that travels through the runtime is its dictionary.
+void observeValue(ZEBKVODispatcher& self, const NSString& keyPath, const Value& object,
+                  const NSDictionary& change, void* context) {
+  const auto reported = [&change](const char* key) {
+    const Value value = change[NSString(key)];
+    return value.isNull()  ? std::optional<Value>(Value())
+           : value.isNil() ? std::nullopt
+                           : std::optional(value);
+  };
+  const std::optional<Value> oldValue = reported(NSKeyValueChangeOldKey);
+  const std::optional<Value> newValue = reported(NSKeyValueChangeNewKey);
+  self.observeValueForKeyPath(
+      keyPath, object,
+      KeyValueChange(oldValue ? &*oldValue : nullptr, newValue ? &*newValue : nullptr,
+                     change[NSString(NSKeyValueChangeNotificationIsPriorKey)].boolValue()),
+      context);
+}
+
+}  // namespace
+
+Class* ZEBKVODispatcher::runtimeClass() {
+  using Self = ZEBKVODispatcher;
+  static Class* const cls = registerClass(
+      "ZEBKVODispatcher",
+      {
+          classMethod("initToObserveValueForKeyPath:ofWeakObject:options:context:suspended:"
+                      "withDispatchBlock:",
+                      &Self::initToObserveValueForKeyPath_ofWeakObject),
+          classMethod(
+              "initToObserveValueForKeyPath:ofObject:options:context:suspended:withDispatchBlock:",
+              &Self::initToObserveValueForKeyPath_ofObject),
+          property("keyPath", &Self::keyPath),
+          property("object", &Self::object),
+          property("weakObject", &Self::weakObject),
+          property("dispatchBlock", &Self::dispatchBlock),
+          property("options", &Self::options),
+          property("context", &Self::context),
+          property("suspendDispatching", &Self::suspendDispatching, &Self::setSuspendDispatching),
+          method("observeValueForKeyPath:ofObject:change:context:", &observeValue),
+      });
+  return cls;
 }
 
 }  // namespace zeb

@@ -36,6 +36,11 @@ class ZEBKVODispatcher : public NSObject, public NSKeyValueObserver {
       void* context, bool suspended, DispatchBlock dispatchBlock);
   ~ZEBKVODispatcher() override;
 
+  /// "ZEBKVODispatcher", with everything here by its selectors; the initialisers are class methods there,
+  /// blocks travel as Runtime/BlockConversion.h says, and a change as its dictionary.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   const NSString& keyPath() const noexcept { return keyPath_; }
   /// Nil when the object is held weakly only.
   const Ref<NSObject>& object() const noexcept { return object_; }

@@ -1,6 +1,8 @@
 #include <Dispatch/DispatchQueue.h>
 #include <Memory/WeakRef.h>
 #include <RunLoop/NSRunLoop.h>
+#include <Runtime/BlockConversion.h>
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBMainThreadRunLoopDeferredTask.h>
 
 #include <utility>
@@ -31,6 +33,18 @@ void ZEBMainThreadRunLoopDeferredTask::invokeDeferredTask() {
   if (const Ref<RunLoopObserver> observer = std::exchange(observer_, nullptr))
     observer->invalidate();
   if (task_) task_();
+}
+
+Class* ZEBMainThreadRunLoopDeferredTask::runtimeClass() {
+  using Self = ZEBMainThreadRunLoopDeferredTask;
+  static Class* const cls =
+      registerClass("ZEBMainThreadRunLoopDeferredTask",
+                    {
+                        classMethod("initWithTask:",
+                                    [](const Block<void()>& task) { return makeRef<Self>(task); }),
+                        property("task", &Self::task),
+                    });
+  return cls;
 }
 
 }  // namespace zeb

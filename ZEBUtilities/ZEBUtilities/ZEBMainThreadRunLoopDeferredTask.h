@@ -19,6 +19,11 @@ class ZEBMainThreadRunLoopDeferredTask : public NSObject {
   explicit ZEBMainThreadRunLoopDeferredTask(Block<void()> task);
   ~ZEBMainThreadRunLoopDeferredTask() override;
 
+  /// "ZEBMainThreadRunLoopDeferredTask", with initWithTask: as a class method and the property task; blocks
+  /// travel as Runtime/BlockConversion.h says.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   const Block<void()>& task() const noexcept { return task_; }
 
  private:

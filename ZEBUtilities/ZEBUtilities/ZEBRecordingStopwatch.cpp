@@ -1,5 +1,8 @@
 #include <Dispatch/DispatchQueue.h>
+#include <Foundation/NSArray.h>
 #include <Memory/WeakRef.h>
+#include <Runtime/BlockConversion.h>
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBRecordingStopwatch.h>
 #include <ZEBUtilities/ZEBStopwatch.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
@@ -21,6 +24,12 @@ struct Recording {
 Recording& recording() {
   static auto* recording = new Recording;
   return *recording;
+}
+
+NSArray arrayOf(const std::vector<Ref<ZEBRecordingStopwatch>>& stopwatches) {
+  NSMutableArray array;
+  for (const Ref<ZEBRecordingStopwatch>& stopwatch : stopwatches) array.addObject(stopwatch);
+  return array;
 }
 
 }  // namespace
@@ -103,6 +112,41 @@ std::string ZEBRecordingStopwatch::description() const {
                                     NSObject::description(), name_, current.count,
                                     current.average(), suffix)
       .utf8();
+}
+
+Class* ZEBRecordingStopwatch::runtimeClass() {
+  using Self = ZEBRecordingStopwatch;
+  static Class* const cls = registerClass(
+      "ZEBRecordingStopwatch",
+      {
+          classMethod("initWithName:", [](const NSString& name) { return makeRef<Self>(name); }),
+          classMethod("initWithName:shortestRecordable:",
+                      [](const NSString& name, double shortestRecordable) {
+                        return makeRef<Self>(name, shortestRecordable);
+                      }),
+          classMethod("initWithName:shortestRecordable:tooSlow:tooSlowMinimumCount:",
+                      [](const NSString& name, double shortestRecordable, double tooSlow,
+                         std::size_t tooSlowMinimumCount) {
+                        return makeRef<Self>(name, shortestRecordable, tooSlow,
+                                             tooSlowMinimumCount);
+                      }),
+          classMethod("runBlock:withOptionalRecordingStopwatch:",
+                      [](const Block<void()>& block, const Ref<Self>& stopwatch) {
+                        Self::runBlock(block, stopwatch);
+                      }),
+          classMethod("recordingStopwatches", [] { return arrayOf(Self::recordingStopwatches()); }),
+          classMethod("tooSlowRecordingStopwatches",
+                      [] { return arrayOf(Self::tooSlowRecordingStopwatches()); }),
+          property("name", &Self::name),
+          property("shortestRecordable", &Self::shortestRecordable),
+          property("tooSlow", &Self::tooSlow),
+          property("tooSlowMinimumCount", &Self::tooSlowMinimumCount),
+          method("runBlock:", [](Self& self, const Block<void()>& block) { self.runBlock(block); }),
+          method("total", &Self::total),
+          method("count", &Self::count),
+          method("average", &Self::average),
+      });
+  return cls;
 }
 
 }  // namespace zeb

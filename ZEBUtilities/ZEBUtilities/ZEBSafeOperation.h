@@ -12,10 +12,16 @@ bool zeb_isCompletionBlockNotNilledBugPresent() noexcept;
 
 /// An operation whose completion block is certainly released after it has run. As every operation here does
 /// that, the three classes are what they derive from, under names that say what the code relies on.
+///
+/// In the dynamic runtime the three have their own names, and the selectors of what they inherit; the
+/// initialisers are class methods there, and blocks travel as Runtime/BlockConversion.h says.
 class ZEBSafeOperation : public NSOperation {
  public:
   /// Forgets the completion block before it has run.
   void zeb_clearCompletionBlock() { NSOperation::setCompletionBlock(nullptr); }
+
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
 };
 
 class ZEBSafeBlockOperation : public NSBlockOperation {
@@ -26,6 +32,9 @@ class ZEBSafeBlockOperation : public NSBlockOperation {
   }
 
   void zeb_clearCompletionBlock() { NSBlockOperation::setCompletionBlock(nullptr); }
+
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
 };
 
 class ZEBSafeInvocationOperation : public NSInvocationOperation {
@@ -33,6 +42,9 @@ class ZEBSafeInvocationOperation : public NSInvocationOperation {
   using NSInvocationOperation::NSInvocationOperation;
 
   void zeb_clearCompletionBlock() { NSInvocationOperation::setCompletionBlock(nullptr); }
+
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
 };
 
 }  // namespace zeb

@@ -1,3 +1,4 @@
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBLaunchTime.h>
 #include <ZEBUtilities/ZEBStopwatch.h>
 
@@ -18,6 +19,27 @@ double ZEBStopwatch::timeInterval() noexcept {
 
 double ZEBStopwatch::timeIntervalSinceStart() const noexcept {
   return ZEBTimeIntervalSinceLaunch() - startIntervalSinceLaunch_;
+}
+
+Class* ZEBStopwatch::runtimeClass() {
+  using Self = ZEBStopwatch;
+  static Class* const cls = registerClass(
+      "ZEBStopwatch", {
+                          classMethod("init", [] { return makeRef<Self>(); }),
+                          classMethod("new", [] { return makeRef<Self>(); }),
+                          classMethod("initWithTimeIntervalSinceStart:",
+                                      [](double timeIntervalSinceStart) {
+                                        return makeRef<Self>(timeIntervalSinceStart);
+                                      }),
+                          method("timeInterval", &Self::timeInterval),
+                          method("timeIntervalSinceStart", &Self::timeIntervalSinceStart),
+                          property("startIntervalSinceLaunch", &Self::startIntervalSinceLaunch,
+                                   &Self::setStartIntervalSinceLaunch),
+                          property("intervalSinceLaunchForTimeIntervalMethod",
+                                   &Self::intervalSinceLaunchForTimeIntervalMethod,
+                                   &Self::setIntervalSinceLaunchForTimeIntervalMethod),
+                      });
+  return cls;
 }
 
 }  // namespace zeb

@@ -13,6 +13,10 @@ class ZEBStopwatch : public NSObject {
   /// Counts as started so many seconds ago.
   explicit ZEBStopwatch(double timeIntervalSinceStart) noexcept;
 
+  /// "ZEBStopwatch", with everything here by its selectors; the initialisers are class methods there.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   /// Seconds since the last call, or since the start for the first one: a lap.
   double timeInterval() noexcept;
   /// Seconds since the start. Changes nothing.

@@ -1,6 +1,8 @@
 #include <Memory/WeakRef.h>
 #include <RunLoop/NSNotificationCenter.h>
 #include <RunLoop/NSOperationQueue.h>
+#include <Runtime/BlockConversion.h>
+#include <Runtime/Registration.h>
 #include <ZEBUtilities/ZEBThread.h>
 
 #include <utility>
@@ -63,5 +65,22 @@ void ZEBThread::performBlock(Block<void()> block, bool synchronous) {
 }
 
 bool ZEBThread::isCurrentThread() const { return NSThread::currentThread() == thread_; }
+
+Class* ZEBThread::runtimeClass() {
+  using Self = ZEBThread;
+  static Class* const cls =
+      registerClass("ZEBThread", {
+                                     classMethod("init", [] { return makeRef<Self>(); }),
+                                     classMethod("new", [] { return makeRef<Self>(); }),
+                                     method("performBlockSync:", &Self::performBlockSync),
+                                     method("performBlockAsync:", &Self::performBlockAsync),
+                                     method("performBlock:synchronous:", &Self::performBlock),
+                                     method("isCurrentThread", &Self::isCurrentThread),
+                                     method("cancel", &Self::cancel),
+                                     method("isCancelled", &Self::isCancelled),
+                                     property("name", &Self::name, &Self::setName),
+                                 });
+  return cls;
+}
 
 }  // namespace zeb

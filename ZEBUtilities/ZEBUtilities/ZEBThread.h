@@ -21,6 +21,11 @@ class ZEBThread : public NSObject {
  public:
   ZEBThread();
 
+  /// "ZEBThread", with everything here by its selectors; "init" and "new" are class methods there, and
+  /// blocks travel as Runtime/BlockConversion.h says.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   /// Has the block called on the thread and waits for it; on the thread itself, calls it at once.
   void performBlockSync(Block<void()> block) { performBlock(std::move(block), true); }
   void performBlockAsync(Block<void()> block) { performBlock(std::move(block), false); }

@@ -14,6 +14,10 @@ class ZEBWeakValueObject : public NSObject {
     return makeRef<ZEBWeakValueObject>(value);
   }
 
+  /// "ZEBWeakValueObject", with everything here by its selectors; initWithValue: is a class method there.
+  static Class* runtimeClass();
+  Class* classObject() const override { return runtimeClass(); }
+
   /// Nil once the object is gone.
   Ref<NSObject> value() const noexcept { return value_.lock(); }
   void setValue(const Ref<NSObject>& value) { value_ = value; }
