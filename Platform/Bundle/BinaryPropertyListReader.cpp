@@ -203,7 +203,7 @@ class Reader {
   Value dateAt(std::uint64_t begin) {
     const double seconds = std::bit_cast<double>(number(begin, 8));
     if (std::isfinite(seconds)) return NSDate::dateWithTimeIntervalSinceReferenceDate(seconds);
-    fail("it has a date that is none");
+    fail("it has an invalid date");
     return nullptr;
   }
 

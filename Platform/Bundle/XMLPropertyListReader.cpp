@@ -31,7 +31,7 @@ std::string_view trimmed(std::string_view text) noexcept {
   return text.substr(begin, text.find_last_not_of(space) + 1 - begin);
 }
 
-/// Decimal, or hexadecimal behind "0x", with or without a sign; nil when it is none or beyond 64 bits.
+/// Decimal, or hexadecimal behind "0x", with or without a sign; nil if the text is no integer or beyond 64 bits.
 Value integerOf(std::string_view text) {
   text = trimmed(text);
   const bool isNegative = text.starts_with('-');
@@ -52,7 +52,7 @@ Value integerOf(std::string_view text) {
   return magnitude == most + 1 ? Value(std::numeric_limits<std::int64_t>::min()) : Value();
 }
 
-/// Nil when it is none or beyond every double.
+/// Nil if the text is no number or beyond every double.
 Value realOf(std::string_view text) {
   text = trimmed(text);
   if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
@@ -90,7 +90,7 @@ Value dateOf(std::string_view text) {
   return NSDate::dateWithTimeIntervalSince1970(days * 86400 + hour * 3600 + minute * 60 + second);
 }
 
-/// Base64 with white space anywhere; nil when it is none.
+/// Base64 with white space anywhere; nil if the text is not base64.
 Value dataOf(std::string text) {
   std::erase_if(text, isSpace);
   return NSData::dataWithBase64EncodedString(text);
@@ -206,11 +206,11 @@ class Reader {
       case Kind::String:
         return builder_.add(NSString::stringWithUTF8(text_));
       case Kind::Integer:
-        return addUnlessNil(integerOf(text_), "it has an integer that is none, or beyond 64 bits");
+        return addUnlessNil(integerOf(text_), "it has an invalid integer, or one beyond 64 bits");
       case Kind::Real:
-        return addUnlessNil(realOf(text_), "it has a real number that is none, or out of range");
+        return addUnlessNil(realOf(text_), "it has an invalid real number, or one out of range");
       case Kind::Date:
-        return addUnlessNil(dateOf(text_), "it has a date that is none");
+        return addUnlessNil(dateOf(text_), "it has an invalid date");
       case Kind::Data:
         return addUnlessNil(dataOf(std::move(text_)), "it has data that is no base64");
       case Kind::True:
