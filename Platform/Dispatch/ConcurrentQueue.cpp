@@ -9,7 +9,7 @@ namespace zeb::detail {
 
 namespace {
 
-/// After so many blocks a thread lets other work have it, if any waits.
+/// After this many blocks a thread ends its turn if other work is waiting.
 constexpr int itemsPerTurn = 128;
 /// How long a thread that has run the last block looks for a next one: about as long as it takes to get a
 /// thread from the pool.
@@ -120,7 +120,7 @@ void ConcurrentQueue::admit() {
       state_.store(line_.empty() ? running : closed | running, std::memory_order_release);
     }
   }
-  // Whoever was let in may be done, and may have let the queue go, before all have been told.
+  // A block that was let in may finish and release the queue before the others have been told.
   const dispatch_queue_t alive(this);
   bool hasBlocks = false;
   for (const Waiting& waiting : admitted) {

@@ -34,7 +34,7 @@ dispatch_source_t dispatch_source_create_timer(const dispatch_queue_t& queue);
 void dispatch_source_set_timer(const dispatch_source_t& source, dispatch_time_t start,
                                std::uint64_t interval, std::uint64_t leeway);
 
-/// A nil handler is none; here and below.
+/// A nil handler removes the handler, here and below.
 void dispatch_source_set_event_handler(const dispatch_source_t& source, Block<void()> handler);
 /// Called once on the queue after a cancellation.
 void dispatch_source_set_cancel_handler(const dispatch_source_t& source, Block<void()> handler);

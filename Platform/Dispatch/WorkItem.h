@@ -12,7 +12,7 @@ namespace zeb::detail {
 
 class WorkItem;
 
-/// Whoever runs items in a way of its own: a concurrent queue, which counts them, or a queue's turn.
+/// Runs items in its own way, such as a concurrent queue, which counts them, or a queue's turn.
 class WorkRunner {
  public:
   /// Runs and disposes of the item.

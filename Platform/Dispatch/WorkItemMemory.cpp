@@ -59,7 +59,7 @@ struct Region {
   Region* next = nullptr;
 };
 
-/// Free pages for all threads: so many at most, and the rest goes back to the system, by whole regions.
+/// Free pages for all threads, up to a limit. The rest is returned to the system by whole regions.
 class PagePool {
  public:
   static PagePool& shared() {
