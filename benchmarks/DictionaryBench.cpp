@@ -1,4 +1,4 @@
-#include <Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
 
 #include <algorithm>
 #include <random>

@@ -1,6 +1,6 @@
-#include <Dispatch/DispatchQueue.h>
-#include <Dispatch/DispatchSemaphore.h>
-#include <Dispatch/DispatchSource.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
+#include <ZEBPlatform/Dispatch/DispatchSource.h>
 
 #include <atomic>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "JsonBench.h"
 
-#include <Foundation/NSArray.h>
-#include <Foundation/NSDictionary.h>
-#include <Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Json/NSJSONSerialization.h>
 
 #include <chrono>
 

@@ -1,9 +1,9 @@
-#include <Dispatch/DispatchQueue.h>
-#include <Dispatch/DispatchSemaphore.h>
 #include <Observation/Observable.h>
-#include <Runtime/NSKeyValueCoding.h>
-#include <Runtime/NSKeyValueObserving.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
+#include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
+#include <ZEBPlatform/Runtime/NSKeyValueObserving.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBCallbackDispatcher.h>
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-#include <RunLoop/NSBlockOperation.h>
-#include <RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
+#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
 
 #include <algorithm>
 #include <array>

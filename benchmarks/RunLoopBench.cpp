@@ -1,4 +1,4 @@
-#include <RunLoop/NSThread.h>
+#include <ZEBPlatform/RunLoop/NSThread.h>
 
 #include <algorithm>
 #include <chrono>

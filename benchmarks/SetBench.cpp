@@ -1,5 +1,5 @@
-#include <Foundation/NSSet.h>
-#include <Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Foundation/NSSet.h>
+#include <ZEBPlatform/Json/NSJSONSerialization.h>
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-# The outside libraries that rooms may name as PRIVATE_LIBRARIES: how each is found here, by a
+# The outside libraries that modules may name as PRIVATE_LIBRARIES: how each is found here, by a
 # find_package() consumer of the static library, and by a pkg-config one.
 #
 # zeb_outside_library(<name> PKGCONFIG <module>…

@@ -2,8 +2,8 @@
 // value or an error, never both or neither; whatever was read can be looked at and copied, and reads
 // back equal after it was written.
 
-#include <Foundation/NSString.h>
-#include <Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Json/NSJSONSerialization.h>
 
 #include <cstdlib>
 #include <string_view>

@@ -1,9 +1,9 @@
 // Reads the input as a property list: a value or an error, never both or neither; what was read is no
 // deeper or larger than the limits say.
 
-#include <Bundle/NSPropertyListSerialization.h>
-#include <Foundation/NSString.h>
-#include <Foundation/TreeWalk.h>
+#include <ZEBPlatform/Bundle/NSPropertyListSerialization.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/TreeWalk.h>
 
 #include <cstdint>
 #include <cstdlib>

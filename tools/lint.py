@@ -1,11 +1,10 @@
 #!/usr/bin/env python3
 """Checks what the compiler cannot: that every include points to where it may.
 
-- A room includes only the rooms that its zeb_room() declaration depends on, and the declarations
-  themselves point down or sideways, never up, and never in a circle.
-- System and outside headers stay in their homes, out of the public headers.
-- The product has no conditional compilation, every header has #pragma once, and no file holds a
-  wording or path that means nothing outside its author's desk.
+- A module includes only the modules that its zeb_module() declaration depends on. The declarations
+  point down or sideways, never up, and never form a cycle.
+- System and outside headers are included only in the modules they belong to, never in public headers.
+- The product has no conditional compilation, and every header has #pragma once.
 
 Prints one `file:line: message` for each fault and fails when there is any.
 """
@@ -15,28 +14,29 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-STOREYS = ("Platform", "ZEBUtilities")
+# Each library's folder, and what stands before a module's folder where its headers are included.
+LIBRARIES = {"ZEBPlatform": "ZEBPlatform/", "ZEBUtilities": ""}
 
-# The umbrella header offers the whole product, whatever the room it lies in depends on.
-UMBRELLA = "ZEBUtilities/ZEBUtilities/ZEBUtilities.h"
+# The umbrella header and the group headers offer whole modules, so they may include any module.
+COLLECTING_HEADER = re.compile(r"ZEBUtilities/ZEBUtilities/[^/]+\.h")
 
 # Where the headers that match may be included: path patterns, public headers excepted. The first
-# match counts; what is neither a room's header, nor here, nor standard is a system header.
+# match counts; what is neither a module's header, nor here, nor standard is a system header.
 HEADER_HOMES = [
-    (r"(e|i)mmintrin\.h", [r"Platform/.*"]),
-    (r"cxxabi\.h", [r"Platform/.*"]),
-    (r"simdjson.*", [r"Platform/Json/.*"]),
-    (r"fmt/.*", [r"Platform/(Json|Logging)/.*"]),
-    (r"spdlog/.*", [r"Platform/Logging/.*"]),
-    (r"unicode/.*", [r"Platform/Text/.*"]),
-    (r"(openssl|nettle|libsecret)/.*|sqlite3\.h", [r"Platform/Security/.*"]),
-    (r"expat\.h", [r"Platform/Bundle/.*"]),
+    (r"(e|i)mmintrin\.h", [r"ZEBPlatform/.*"]),
+    (r"cxxabi\.h", [r"ZEBPlatform/.*"]),
+    (r"simdjson.*", [r"ZEBPlatform/Json/.*"]),
+    (r"fmt/.*", [r"ZEBPlatform/(Json|Logging)/.*"]),
+    (r"spdlog/.*", [r"ZEBPlatform/Logging/.*"]),
+    (r"unicode/.*", [r"ZEBPlatform/Text/.*"]),
+    (r"(openssl|nettle|libsecret)/.*|sqlite3\.h", [r"ZEBPlatform/Security/.*"]),
+    (r"expat\.h", [r"ZEBPlatform/Bundle/.*"]),
     (r"zlib\.h", [r"ZEBUtilities/ZEBUtilities/NSData\+ZlibAdditions\.cpp"]),
 ]
-SYSTEM_HOME = [r"Platform/Linux/.*"]
+SYSTEM_HOME = [r"ZEBPlatform/Linux/.*"]
 
 # Public headers whose very job is to speak an outside library's types.
-PUBLIC_BRIDGES = {"Platform/Foundation/fmt.h": r"fmt/.*"}
+PUBLIC_BRIDGES = {"ZEBPlatform/Foundation/fmt.h": r"fmt/.*"}
 
 STANDARD_HEADERS = set(
     """
@@ -52,14 +52,9 @@ STANDARD_HEADERS = set(
     """.split()
 )
 
-# Put together from pieces, so that this file passes its own check.
-FORBIDDEN_WORDING = re.compile(
-    (r"\b(?i:spec" r"ifications?)\b|\bspec" r"\.md|\bPart" r" [0-9]|/wo" r"rk/").encode()
-)
-
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 CONDITIONAL = re.compile(r"^\s*#\s*(if|ifdef|ifndef|elif|else)\b")
-ROOM_KEYWORDS = ("FLOOR", "DEPENDS", "PRIVATE_LIBRARIES")
+MODULE_KEYWORDS = ("LAYER", "DEPENDS", "PRIVATE_LIBRARIES")
 
 faults = []
 
@@ -68,23 +63,23 @@ def fault(file, line, message):
     faults.append(f"{file}:{line}: {message}")
 
 
-class Room:
-    def __init__(self, storey, folder, declared_at):
-        self.storey = storey
+class Module:
+    def __init__(self, library, folder, declared_at):
+        self.library = library
         self.folder = folder
         self.declared_at = declared_at
-        self.floor = 0
+        self.layer = 0
         self.dependencies = []
 
 
-def read_rooms():
-    """The zeb_room() declarations by folder, in their order."""
-    rooms = {}
-    for storey in STOREYS:
-        name = f"{storey}/CMakeLists.txt"
+def read_modules():
+    """The zeb_module() declarations by folder, in their order."""
+    modules = {}
+    for library in LIBRARIES:
+        name = f"{library}/CMakeLists.txt"
         text = re.sub(r"#[^\n]*", "", (ROOT / name).read_text(encoding="utf-8"))
         variables = {}
-        for call in re.finditer(r"\b(set|zeb_room)\s*\(([^)]*)\)", text):
+        for call in re.finditer(r"\b(set|zeb_module)\s*\(([^)]*)\)", text):
             arguments = call[2].split()
             expanded = []
             for argument in arguments:
@@ -93,32 +88,32 @@ def read_rooms():
             if call[1] == "set":
                 variables[expanded[0]] = expanded[1:]
                 continue
-            room = Room(storey, expanded[0], (name, text.count("\n", 0, call.start()) + 1))
+            module = Module(library, expanded[0], (name, text.count("\n", 0, call.start()) + 1))
             keyword = None
             for argument in expanded[1:]:
-                if argument in ROOM_KEYWORDS:
+                if argument in MODULE_KEYWORDS:
                     keyword = argument
-                elif keyword == "FLOOR":
-                    room.floor = int(argument)
+                elif keyword == "LAYER":
+                    module.layer = int(argument)
                 elif keyword == "DEPENDS":
-                    room.dependencies.append(argument)
-            rooms[room.folder] = room
-    return rooms
+                    module.dependencies.append(argument)
+            modules[module.folder] = module
+    return modules
 
 
-def check_declarations(rooms):
-    """Declaring dependencies first makes every circle visible as an arrow to a later room."""
+def check_declarations(modules):
+    """A cycle shows as a dependency on a module that is declared later."""
     declared = set()
-    for room in rooms.values():
-        for dependency in room.dependencies:
+    for module in modules.values():
+        for dependency in module.dependencies:
             if dependency not in declared:
                 problem = "which is not declared before it"
-            elif rooms[dependency].floor > room.floor:
-                problem = "which is on a higher floor"
+            elif modules[dependency].layer > module.layer:
+                problem = "which is in a higher layer"
             else:
                 continue
-            fault(*room.declared_at, f"{room.folder} depends on {dependency}, {problem}")
-        declared.add(room.folder)
+            fault(*module.declared_at, f"{module.folder} depends on {dependency}, {problem}")
+        declared.add(module.folder)
 
 
 def is_public_header(file):
@@ -126,7 +121,7 @@ def is_public_header(file):
 
 
 def may_include(file, header):
-    """Whether a header that belongs to no room may be included by the file; says why not."""
+    """Why the file must not include a header that belongs to no module; None if it may."""
     if header in STANDARD_HEADERS:
         return None
     if re.fullmatch(PUBLIC_BRIDGES.get(file, "-"), header):
@@ -134,44 +129,44 @@ def may_include(file, header):
     known_homes = (homes for pattern, homes in HEADER_HOMES if re.fullmatch(pattern, header))
     homes = next(known_homes, SYSTEM_HOME)
     if not any(re.fullmatch(home, file) for home in homes):
-        return f"<{header}> is outside its home"
+        return f"<{header}> may be included only in its own module"
     if is_public_header(file):
         return f"<{header}> does not belong in a public header"
     return None
 
 
-def check_source(file, text, rooms):
+def check_source(file, text, modules, included):
     folder, _, _ = file.rpartition("/")
-    storey, _, room_folder = folder.partition("/")
-    room = rooms.get(room_folder)
-    if room is None or room.storey != storey:
-        fault(file, 1, f"no zeb_room() declares the folder {folder}")
+    library, _, module_folder = folder.partition("/")
+    module = modules.get(module_folder)
+    if module is None or module.library != library:
+        fault(file, 1, f"no zeb_module() declares the folder {folder}")
         return
 
     for number, line in enumerate(text.splitlines(), 1):
-        if storey == "ZEBUtilities" and CONDITIONAL.match(line):
+        if library == "ZEBUtilities" and CONDITIONAL.match(line):
             fault(file, number, "the product has no conditional compilation")
         include = INCLUDE.match(line)
         if not include:
             continue
         if include[1] == '"':
-            fault(file, number, f'"{include[2]}" must be written from its root, as <Room/Header.h>')
+            fault(file, number, f'"{include[2]}" must be written from its root, as <Module/Header.h>')
             continue
         header_folder, _, header_name = include[2].rpartition("/")
-        target = rooms.get(header_folder)
+        target = included.get(header_folder)
         if target is None:
             objection = may_include(file, include[2])
             if objection:
                 fault(file, number, objection)
-        elif target is room:
+        elif target is module:
             if is_public_header(file) and header_name.endswith("Private.h"):
                 fault(file, number, f"a public header includes the private <{include[2]}>")
         elif header_name.endswith("Private.h"):
             fault(file, number, f"<{include[2]}> is private to {target.folder}")
-        elif file == UMBRELLA and target.storey == storey:
+        elif COLLECTING_HEADER.fullmatch(file):
             continue
-        elif target.folder not in room.dependencies:
-            fault(file, number, f"{room.folder} does not depend on {target.folder}")
+        elif target.folder not in module.dependencies:
+            fault(file, number, f"{module.folder} does not depend on {target.folder}")
 
 
 def files():
@@ -189,20 +184,17 @@ def files():
 
 
 def main():
-    rooms = read_rooms()
-    check_declarations(rooms)
+    modules = read_modules()
+    check_declarations(modules)
+    included = {LIBRARIES[module.library] + folder: module for folder, module in modules.items()}
     for file in sorted(files()):
-        content = (ROOT / file).read_bytes()
-        for wording in FORBIDDEN_WORDING.finditer(content):
-            line = content.count(b"\n", 0, wording.start()) + 1
-            fault(file, line, f"forbidden wording: {wording[0].decode(errors='replace')}")
         if not file.endswith((".h", ".cpp")):
             continue
-        text = content.decode(encoding="utf-8", errors="replace")
+        text = (ROOT / file).read_text(encoding="utf-8", errors="replace")
         if file.endswith(".h") and not re.search(r"^#pragma once$", text, re.MULTILINE):
             fault(file, 1, "#pragma once is missing")
-        if file.startswith(tuple(f"{storey}/" for storey in STOREYS)):
-            check_source(file, text, rooms)
+        if file.startswith(tuple(f"{library}/" for library in LIBRARIES)):
+            check_source(file, text, modules, included)
 
     for line in faults:
         print(line)

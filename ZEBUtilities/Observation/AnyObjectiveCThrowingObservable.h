@@ -1,10 +1,10 @@
 #pragma once
 
-#include <Dispatch/DispatchQueue.h>
-#include <Foundation/Value.h>
-#include <Memory/Block.h>
-#include <Memory/NSObject.h>
 #include <Observation/ObserverQueue.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/NSObject.h>
 
 namespace zeb {
 

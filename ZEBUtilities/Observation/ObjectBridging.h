@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Foundation/Value.h>
 #include <Observation/ObservedValue.h>
-#include <Runtime/ValueConversion.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Runtime/ValueConversion.h>
 
 #include <concepts>
 

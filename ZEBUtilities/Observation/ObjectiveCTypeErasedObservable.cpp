@@ -1,7 +1,7 @@
-#include <Foundation/NSException.h>
 #include <Observation/ObjectiveCTypeErasedObservable.h>
 #include <Observation/PlainInitPrivate.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 
 #include <utility>
 

@@ -2,7 +2,7 @@
 
 #include <Observation/AnyObjectiveCThrowingObservable.h>
 #include <Observation/ObjectiveCObserverQueue.h>
-#include <Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/BlockConversion.h>
 
 namespace zeb {
 

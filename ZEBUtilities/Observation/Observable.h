@@ -1,12 +1,12 @@
 #pragma once
 
-#include <Foundation/NSException.h>
-#include <Memory/Block.h>
 #include <Observation/ObjectBridging.h>
 #include <Observation/ObservableCore.h>
 #include <Observation/ObservableInput.h>
 #include <Observation/Observer.h>
 #include <Observation/ObserverQueue.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Memory/Block.h>
 
 #include <concepts>
 #include <cstdint>

@@ -1,8 +1,8 @@
-#include <Foundation/NSException.h>
-#include <Memory/TypeName.h>
 #include <Observation/ObjectiveCTypeErasedObservable.h>
 #include <Observation/ObservableCore.h>
-#include <Runtime/Class.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Memory/TypeName.h>
+#include <ZEBPlatform/Runtime/Class.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 
 #include <vector>

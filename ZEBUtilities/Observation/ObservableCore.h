@@ -1,9 +1,9 @@
 #pragma once
 
-#include <Memory/Block.h>
-#include <Memory/WeakRef.h>
 #include <Observation/AnyObjectiveCThrowingObservable.h>
 #include <Observation/ObserverQueue.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Memory/WeakRef.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Memory/NSObject.h>
+#include <ZEBPlatform/Memory/NSObject.h>
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Memory/Block.h>
 #include <Observation/ObservableCore.h>
 #include <Observation/ObservedValue.h>
+#include <ZEBPlatform/Memory/Block.h>
 
 #include <utility>
 

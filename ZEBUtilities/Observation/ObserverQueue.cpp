@@ -1,6 +1,6 @@
-#include <Foundation/NSException.h>
 #include <Observation/ObjectiveCObserverQueue.h>
 #include <Observation/ObserverQueue.h>
+#include <ZEBPlatform/Foundation/NSException.h>
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Dispatch/DispatchQueue.h>
-#include <Memory/NSObject.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Memory/NSObject.h>
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Linux/Console.h>
+#include <ZEBPlatform/Linux/Console.h>
 
 #include <string>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Memory/NSObject.h>
-#include <Memory/SnapshotPointer.h>
-#include <Memory/WeakRef.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Memory/SnapshotPointer.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
 #include <ZEBUtilities/ZEBCallbackDispatcher.h>
 
 #include <atomic>

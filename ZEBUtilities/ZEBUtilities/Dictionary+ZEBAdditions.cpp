@@ -1,4 +1,4 @@
-#include <Linux/Console.h>
+#include <ZEBPlatform/Linux/Console.h>
 #include <ZEBUtilities/Dictionary+ZEBAdditions.h>
 
 #include <algorithm>

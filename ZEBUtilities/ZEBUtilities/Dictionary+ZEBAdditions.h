@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Foundation/KeyedHash.h>
-#include <Foundation/NSDictionary.h>
-#include <Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/KeyedHash.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSString.h>
 
 #include <concepts>
 #include <span>

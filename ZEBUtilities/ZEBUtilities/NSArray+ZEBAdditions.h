@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
 
 namespace zeb {
 

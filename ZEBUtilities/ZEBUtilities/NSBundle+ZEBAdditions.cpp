@@ -1,4 +1,4 @@
-#include <Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBUtilities/NSBundle+ZEBAdditions.h>
 
 #include <algorithm>

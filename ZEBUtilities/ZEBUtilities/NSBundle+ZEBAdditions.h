@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Bundle/NSBundle.h>
-#include <Foundation/NSString.h>
+#include <ZEBPlatform/Bundle/NSBundle.h>
+#include <ZEBPlatform/Foundation/NSString.h>
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include <Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Json/NSJSONSerialization.h>
 #include <ZEBUtilities/NSData+ZEBAdditions.h>
 
 namespace zeb {

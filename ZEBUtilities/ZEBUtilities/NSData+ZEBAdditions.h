@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Foundation/NSData.h>
-#include <Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSString.h>
 
 namespace zeb {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <Foundation/NSArray.h>
-#include <Foundation/NSData.h>
-#include <Foundation/NSDictionary.h>
-#include <Foundation/NSError.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSError.h>
 
 #include <cstdint>
 

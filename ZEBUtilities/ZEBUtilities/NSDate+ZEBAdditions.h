@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
 
 namespace zeb {
 

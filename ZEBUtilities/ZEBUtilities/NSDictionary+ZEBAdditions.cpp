@@ -1,4 +1,4 @@
-#include <Foundation/TreeRebuild.h>
+#include <ZEBPlatform/Foundation/TreeRebuild.h>
 #include <ZEBUtilities/NSDate+ZEBAdditions.h>
 #include <ZEBUtilities/NSDictionary+ZEBAdditions.h>
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <Foundation/NSArray.h>
-#include <Foundation/NSDate.h>
-#include <Foundation/NSDictionary.h>
-#include <Foundation/NSNumber.h>
-#include <Foundation/NSSet.h>
-#include <Foundation/NSString.h>
-#include <Geometry/CGGeometry.h>
-#include <Memory/FunctionView.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSNumber.h>
+#include <ZEBPlatform/Foundation/NSSet.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Geometry/CGGeometry.h>
+#include <ZEBPlatform/Memory/FunctionView.h>
 
 #include <cstdint>
 

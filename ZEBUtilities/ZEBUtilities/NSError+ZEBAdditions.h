@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Foundation/NSError.h>
-#include <Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/NSError.h>
+#include <ZEBPlatform/Foundation/NSString.h>
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
-#include <Foundation/NSArray.h>
-#include <Foundation/NSSet.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBUtilities/NSMutableDictionary+ZEBAdditions.h>
 
 namespace zeb {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
 
 namespace zeb {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Memory/Ref.h>
-#include <RunLoop/NSOperation.h>
+#include <ZEBPlatform/Memory/Ref.h>
+#include <ZEBPlatform/RunLoop/NSOperation.h>
 
 #include <concepts>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
 
 namespace zeb {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Foundation/NSString.h>
-#include <Memory/NSObject.h>
-#include <Memory/ProtocolRef.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Memory/ProtocolRef.h>
 
 namespace zeb {
 

@@ -1,7 +1,7 @@
-#include <Dispatch/DispatchQueue.h>
-#include <Runtime/BlockConversion.h>
-#include <Runtime/Registration.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/CallbackTablePrivate.h>
 #include <ZEBUtilities/ZEBCallbackDispatcher.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>

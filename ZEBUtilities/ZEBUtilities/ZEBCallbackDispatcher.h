@@ -1,10 +1,10 @@
 #pragma once
 
-#include <Foundation/Value.h>
-#include <Memory/Block.h>
-#include <Memory/NSObject.h>
-#include <Memory/WeakRef.h>
-#include <Runtime/SEL.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/Runtime/SEL.h>
 
 #include <concepts>
 #include <cstddef>

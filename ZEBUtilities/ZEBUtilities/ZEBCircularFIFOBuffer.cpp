@@ -1,6 +1,6 @@
-#include <Foundation/NSException.h>
-#include <Foundation/NSNull.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/NSNull.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBCircularFIFOBuffer.h>
 
 #include <algorithm>

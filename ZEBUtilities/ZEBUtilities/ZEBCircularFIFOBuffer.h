@@ -1,9 +1,9 @@
 #pragma once
 
-#include <Foundation/NSArray.h>
-#include <Foundation/Value.h>
-#include <Memory/NSObject.h>
-#include <Memory/ProtocolRef.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Memory/ProtocolRef.h>
 
 #include <cstddef>
 #include <vector>

@@ -1,7 +1,7 @@
-#include <Bundle/NSBundle.h>
-#include <Linux/DynamicLoader.h>
-#include <Linux/FileTrust.h>
-#include <Logging/OLGLogging.h>
+#include <ZEBPlatform/Bundle/NSBundle.h>
+#include <ZEBPlatform/Linux/DynamicLoader.h>
+#include <ZEBPlatform/Linux/FileTrust.h>
+#include <ZEBPlatform/Logging/OLGLogging.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>
 

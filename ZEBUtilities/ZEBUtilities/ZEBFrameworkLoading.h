@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Foundation/NSArray.h>
-#include <Foundation/NSError.h>
-#include <Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSError.h>
+#include <ZEBPlatform/Foundation/NSString.h>
 
 #include <cstdint>
 

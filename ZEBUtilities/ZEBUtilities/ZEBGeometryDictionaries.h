@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Foundation/NSDictionary.h>
-#include <Geometry/CGGeometry.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Geometry/CGGeometry.h>
 
 namespace zeb {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <Foundation/NSData.h>
-#include <Foundation/NSError.h>
-#include <Foundation/Value.h>
-#include <Json/NSJSONSerialization.h>
-#include <Memory/Block.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSError.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Memory/Block.h>
 
 #include <concepts>
 #include <cstdint>

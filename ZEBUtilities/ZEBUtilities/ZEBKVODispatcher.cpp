@@ -1,8 +1,8 @@
-#include <Foundation/NSException.h>
-#include <Linux/Console.h>
-#include <Runtime/BlockConversion.h>
-#include <Runtime/NSAssertionHandler.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/NSAssertionHandler.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBKVODispatcher.h>
 
 #include <optional>

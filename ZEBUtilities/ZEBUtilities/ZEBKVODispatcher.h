@@ -1,9 +1,9 @@
 #pragma once
 
-#include <Foundation/NSString.h>
-#include <Memory/Block.h>
-#include <Memory/WeakRef.h>
-#include <Runtime/NSKeyValueObserving.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/Runtime/NSKeyValueObserving.h>
 
 #include <atomic>
 

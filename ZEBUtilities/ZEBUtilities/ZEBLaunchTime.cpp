@@ -1,5 +1,5 @@
-#include <Linux/Clock.h>
-#include <Linux/Console.h>
+#include <ZEBPlatform/Linux/Clock.h>
+#include <ZEBPlatform/Linux/Console.h>
 #include <ZEBUtilities/ZEBLaunchTime.h>
 
 #include <cstdlib>

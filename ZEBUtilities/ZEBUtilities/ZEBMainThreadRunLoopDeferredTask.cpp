@@ -1,8 +1,8 @@
-#include <Dispatch/DispatchQueue.h>
-#include <Memory/WeakRef.h>
-#include <RunLoop/NSRunLoop.h>
-#include <Runtime/BlockConversion.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/RunLoop/NSRunLoop.h>
+#include <ZEBPlatform/Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBMainThreadRunLoopDeferredTask.h>
 
 #include <utility>

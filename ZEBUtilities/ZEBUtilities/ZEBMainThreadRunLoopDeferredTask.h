@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Memory/Block.h>
-#include <Memory/NSObject.h>
-#include <RunLoop/RunLoopObserver.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/RunLoop/RunLoopObserver.h>
 
 namespace zeb {
 

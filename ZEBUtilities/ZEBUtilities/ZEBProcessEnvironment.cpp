@@ -1,4 +1,4 @@
-#include <Bundle/NSBundle.h>
+#include <ZEBPlatform/Bundle/NSBundle.h>
 #include <ZEBUtilities/ZEBProcessEnvironment.h>
 
 namespace zeb {

@@ -1,8 +1,8 @@
-#include <Dispatch/DispatchQueue.h>
-#include <Foundation/NSArray.h>
-#include <Memory/WeakRef.h>
-#include <Runtime/BlockConversion.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBRecordingStopwatch.h>
 #include <ZEBUtilities/ZEBStopwatch.h>
 #include <ZEBUtilities/ZEBUtilitiesConstants.h>

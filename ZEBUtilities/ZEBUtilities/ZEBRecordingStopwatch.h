@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Foundation/NSString.h>
-#include <Memory/FunctionView.h>
-#include <Memory/NSObject.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Memory/FunctionView.h>
+#include <ZEBPlatform/Memory/NSObject.h>
 
 #include <cstddef>
 #include <vector>

@@ -1,5 +1,5 @@
-#include <Runtime/BlockConversion.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBSafeOperation.h>
 
 namespace zeb {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <RunLoop/NSBlockOperation.h>
-#include <RunLoop/NSInvocationOperation.h>
-#include <RunLoop/NSOperation.h>
+#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
+#include <ZEBPlatform/RunLoop/NSInvocationOperation.h>
+#include <ZEBPlatform/RunLoop/NSOperation.h>
 
 namespace zeb {
 

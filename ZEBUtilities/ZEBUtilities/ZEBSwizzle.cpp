@@ -1,5 +1,5 @@
-#include <Runtime/MethodBody.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Runtime/MethodBody.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/ZEBSwizzle.h>
 
 namespace zeb {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Runtime/Class.h>
-#include <Runtime/SEL.h>
+#include <ZEBPlatform/Runtime/Class.h>
+#include <ZEBPlatform/Runtime/SEL.h>
 
 /// Exchanging what methods of the dynamic runtime do. Not synchronised: do it at start-up, before other
 /// threads use the class. Nothing for a nil class, or one without the methods.

@@ -1,8 +1,8 @@
-#include <Memory/WeakRef.h>
-#include <RunLoop/NSNotificationCenter.h>
-#include <RunLoop/NSOperationQueue.h>
-#include <Runtime/BlockConversion.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBThread.h>
 
 #include <utility>

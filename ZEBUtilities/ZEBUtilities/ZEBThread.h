@@ -1,9 +1,9 @@
 #pragma once
 
-#include <Foundation/NSString.h>
-#include <Memory/Block.h>
-#include <Memory/NSObject.h>
-#include <RunLoop/NSThread.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/RunLoop/NSThread.h>
 
 namespace zeb {
 

@@ -1,7 +1,7 @@
-#include <Linux/DynamicLoader.h>
-#include <Logging/OLGLogging.h>
-#include <RunLoop/NSNotificationCenter.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Linux/DynamicLoader.h>
+#include <ZEBPlatform/Logging/OLGLogging.h>
+#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <ZEBUtilities/ZEBProcessEnvironment.h>
 #include <ZEBUtilities/ZEBTimer.h>

@@ -1,18 +1,18 @@
 #pragma once
 
-#include <Dispatch/DispatchSource.h>
-#include <Foundation/NSDate.h>
-#include <Foundation/NSString.h>
-#include <Foundation/Value.h>
-#include <Linux/Thread.h>
-#include <Memory/Block.h>
-#include <Memory/NSObject.h>
-#include <Memory/WeakRef.h>
-#include <RunLoop/NSNotification.h>
-#include <RunLoop/NSRunLoop.h>
-#include <RunLoop/NSTimer.h>
-#include <Runtime/Class.h>
-#include <Runtime/SEL.h>
+#include <ZEBPlatform/Dispatch/DispatchSource.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/RunLoop/NSNotification.h>
+#include <ZEBPlatform/RunLoop/NSRunLoop.h>
+#include <ZEBPlatform/RunLoop/NSTimer.h>
+#include <ZEBPlatform/Runtime/Class.h>
+#include <ZEBPlatform/Runtime/SEL.h>
 #include <ZEBUtilities/ZEBTimerAction.h>
 
 #include <atomic>

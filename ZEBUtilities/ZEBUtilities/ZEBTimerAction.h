@@ -1,9 +1,9 @@
 #pragma once
 
-#include <Foundation/NSException.h>
-#include <Memory/Block.h>
-#include <Memory/NSObject.h>
-#include <Runtime/SEL.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Runtime/SEL.h>
 
 #include <functional>
 #include <type_traits>

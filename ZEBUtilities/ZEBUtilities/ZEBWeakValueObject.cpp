@@ -1,4 +1,4 @@
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBWeakValueObject.h>
 
 namespace zeb {

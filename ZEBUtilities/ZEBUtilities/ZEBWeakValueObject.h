@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Memory/NSObject.h>
-#include <Memory/WeakRef.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
 
 namespace zeb {
 

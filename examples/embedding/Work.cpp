@@ -1,7 +1,7 @@
 #include "Work.h"
 
-#include <Dispatch/DispatchQueue.h>
-#include <RunLoop/NSThread.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/RunLoop/NSThread.h>
 
 #include <iostream>
 #include <string>

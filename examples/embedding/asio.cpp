@@ -1,6 +1,6 @@
 // Our main loop inside a Boost.Asio io_context.
 
-#include <RunLoop/NSRunLoop.h>
+#include <ZEBPlatform/RunLoop/NSRunLoop.h>
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>

@@ -1,6 +1,6 @@
 // Our main loop inside a GLib main loop, as in a GTK application.
 
-#include <RunLoop/NSRunLoop.h>
+#include <ZEBPlatform/RunLoop/NSRunLoop.h>
 #include <glib-unix.h>
 
 #include <iostream>

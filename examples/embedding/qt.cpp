@@ -1,6 +1,6 @@
 // Our main loop inside Qt's event loop.
 
-#include <RunLoop/NSRunLoop.h>
+#include <ZEBPlatform/RunLoop/NSRunLoop.h>
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

@@ -1,6 +1,6 @@
 #include "SignalSource.h"
 
-#include <RunLoop/NSRunLoop.h>
+#include <ZEBPlatform/RunLoop/NSRunLoop.h>
 #include <signal.h>
 #include <sys/signalfd.h>
 #include <unistd.h>

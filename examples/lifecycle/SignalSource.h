@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Memory/Block.h>
-#include <RunLoop/RunLoopDescriptorSource.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/RunLoop/RunLoopDescriptorSource.h>
 
 #include <initializer_list>
 

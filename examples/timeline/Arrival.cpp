@@ -1,9 +1,9 @@
 #include "Arrival.h"
 
-#include <Dispatch/DispatchSource.h>
-#include <Foundation/Format.h>
 #include <Observation/Observable.h>
-#include <RunLoop/NSRunLoop.h>
+#include <ZEBPlatform/Dispatch/DispatchSource.h>
+#include <ZEBPlatform/Foundation/Format.h>
+#include <ZEBPlatform/RunLoop/NSRunLoop.h>
 #include <ZEBUtilities/ZEBBackgroundQueue.h>
 #include <ZEBUtilities/ZEBJSONSerialization.h>
 #include <ZEBUtilities/ZEBTimer.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Foundation/NSData.h>
-#include <Memory/Block.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Memory/Block.h>
 
 #include "Steps.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Foundation/NSDate.h>
-#include <Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
 
 namespace zeb::timeline {
 

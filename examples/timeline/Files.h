@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSData.h>
 
 #include <string>
 

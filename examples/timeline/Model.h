@@ -1,9 +1,9 @@
 #pragma once
 
-#include <Foundation/NSDate.h>
-#include <Foundation/NSString.h>
-#include <Foundation/NSURL.h>
-#include <Geometry/CGGeometry.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/NSURL.h>
+#include <ZEBPlatform/Geometry/CGGeometry.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 #include <ZEBUtilities/Coding/ZEBRawValueEnumCodable.h>
 

@@ -1,6 +1,6 @@
 #include "Report.h"
 
-#include <Foundation/Format.h>
+#include <ZEBPlatform/Foundation/Format.h>
 
 #include <algorithm>
 #include <chrono>

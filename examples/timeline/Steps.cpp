@@ -1,6 +1,6 @@
 #include "Steps.h"
 
-#include <Foundation/Format.h>
+#include <ZEBPlatform/Foundation/Format.h>
 #include <malloc.h>
 
 namespace zeb::timeline {

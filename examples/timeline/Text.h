@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/NSString.h>
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 // Receives a feed, makes objects of it, archives them, reads them back, and shows what it found.
 
-#include <Foundation/Format.h>
-#include <Logging/OLGLogging.h>
+#include <ZEBPlatform/Foundation/Format.h>
+#include <ZEBPlatform/Logging/OLGLogging.h>
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiver.h>
 

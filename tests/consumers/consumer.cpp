@@ -1,5 +1,5 @@
 // A program of another project: it sees the installed library only.
-#include <Linux/DynamicLoader.h>
+#include <ZEBPlatform/Linux/DynamicLoader.h>
 #include <ZEBUtilities/ZEBUtilities.h>
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Foundation/Value.h>
-#include <Memory/NSObject.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/NSObject.h>
 
 #include <any>
 #include <concepts>

@@ -1,6 +1,6 @@
-#include <Foundation/NSDictionary.h>
-#include <Foundation/NSException.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>
 #include <ZEBUtilities/Coding/ZEBEncoderConversion.h>
 

@@ -1,6 +1,6 @@
-#include <Foundation/HashTable.h>
-#include <Foundation/TreeRebuild.h>
-#include <Linux/Stack.h>
+#include <ZEBPlatform/Foundation/HashTable.h>
+#include <ZEBPlatform/Foundation/TreeRebuild.h>
+#include <ZEBPlatform/Linux/Stack.h>
 #include <ZEBUtilities/Coding/DataDecoderPrivate.h>
 
 #include <bit>

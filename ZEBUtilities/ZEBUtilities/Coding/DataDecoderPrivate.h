@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Foundation/NSData.h>
-#include <Foundation/NSDate.h>
-#include <Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBUtilities/Coding/ArchiveFormatPrivate.h>
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>
 #include <ZEBUtilities/Coding/ZEBDecoder.h>

@@ -1,12 +1,12 @@
-#include <Foundation/NSData.h>
-#include <Foundation/NSError.h>
-#include <Foundation/NSException.h>
-#include <Foundation/UnicodeTranscoding.h>
-#include <Json/JsonReader.h>
-#include <Json/JsonWriter.h>
-#include <Linux/Console.h>
-#include <Linux/Stack.h>
-#include <Memory/Overloaded.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSError.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
+#include <ZEBPlatform/Json/JsonReader.h>
+#include <ZEBPlatform/Json/JsonWriter.h>
+#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/Stack.h>
+#include <ZEBPlatform/Memory/Overloaded.h>
 #include <ZEBUtilities/Coding/ArchiveFormatPrivate.h>
 #include <ZEBUtilities/Coding/DataEncoderPrivate.h>
 

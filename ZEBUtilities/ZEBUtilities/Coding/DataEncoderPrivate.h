@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Foundation/NSDictionary.h>
-#include <Geometry/CLLocation.h>
-#include <Json/JsonTextWriter.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Geometry/CLLocation.h>
+#include <ZEBPlatform/Json/JsonTextWriter.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 #include <ZEBUtilities/Coding/ZEBEncoder.h>
 

@@ -1,4 +1,4 @@
-#include <Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBUtilities/Coding/DecodingBuilder.h>
 
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Memory/Block.h>
-#include <Memory/NSObject.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/NSObject.h>
 #include <ZEBUtilities/Coding/ZEBEitherEncodable.h>
 
 namespace zeb {

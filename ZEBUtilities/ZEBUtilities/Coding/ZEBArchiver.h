@@ -1,7 +1,7 @@
 #pragma once
 
-#include <Foundation/NSData.h>
-#include <Foundation/NSError.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 
 namespace zeb {

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <Foundation/NSNumber.h>
-#include <Foundation/NSRange.h>
-#include <Foundation/NSString.h>
-#include <Foundation/StringKey.h>
-#include <Foundation/Value.h>
-#include <Geometry/CGGeometry.h>
+#include <ZEBPlatform/Foundation/NSNumber.h>
+#include <ZEBPlatform/Foundation/NSRange.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/StringKey.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Geometry/CGGeometry.h>
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include <Linux/Console.h>
+#include <ZEBPlatform/Linux/Console.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 
 namespace zeb {

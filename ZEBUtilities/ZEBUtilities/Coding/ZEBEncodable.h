@@ -1,11 +1,11 @@
 #pragma once
 
-#include <Foundation/NSArray.h>
-#include <Foundation/NSData.h>
-#include <Foundation/NSDate.h>
-#include <Foundation/NSDictionary.h>
-#include <Geometry/CLLocation.h>
-#include <Geometry/NSValue.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Geometry/CLLocation.h>
+#include <ZEBPlatform/Geometry/NSValue.h>
 #include <ZEBUtilities/Coding/ZEBDecoder.h>
 #include <ZEBUtilities/Coding/ZEBEncoder.h>
 

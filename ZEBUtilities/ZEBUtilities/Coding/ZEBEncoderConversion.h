@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Foundation/Value.h>
-#include <Memory/NSObject.h>
-#include <Runtime/ValueConversion.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Runtime/ValueConversion.h>
 #include <ZEBUtilities/Coding/ZEBEncoder.h>
 
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiverError.h>
 

@@ -1,4 +1,4 @@
-#include <Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Json/NSJSONSerialization.h>
 #include <ZEBUtilities/Coding/DataDecoderPrivate.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiver.h>
 

@@ -1,10 +1,10 @@
-#include <Foundation/NSArray.h>
-#include <Foundation/NSData.h>
-#include <Foundation/NSDictionary.h>
-#include <Runtime/BlockConversion.h>
-#include <Runtime/ErrorConversion.h>
-#include <Runtime/Registration.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/ErrorConversion.h>
+#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
 #include <ZEBUtilities/Coding/ZEBEncoderConversion.h>
@@ -20,7 +20,7 @@
 #include <utility>
 #include <vector>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

@@ -1,5 +1,5 @@
-#include <Foundation/NSNull.h>
-#include <Foundation/NSSet.h>
+#include <ZEBPlatform/Foundation/NSNull.h>
+#include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
 #include <ZEBUtilities/Coding/ZEBRawValueEnumCodable.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiver.h>
@@ -11,7 +11,7 @@
 #include <regex>
 #include <sstream>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

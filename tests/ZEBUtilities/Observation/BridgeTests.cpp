@@ -1,9 +1,9 @@
-#include <Foundation/NSException.h>
-#include <Foundation/NSNumber.h>
 #include <Observation/ObjectiveCTypeErasedObservable.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/NSNumber.h>
+#include <ZEBPlatform/Runtime/Send.h>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 #include "Support.h"
 
 namespace zeb {

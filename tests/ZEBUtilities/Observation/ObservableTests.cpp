@@ -1,7 +1,7 @@
 #include <array>
 #include <memory>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 #include "Support.h"
 
 namespace zeb {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <Dispatch/MainQueue.h>
-#include <Linux/Thread.h>
 #include <Observation/Observable.h>
+#include <ZEBPlatform/Dispatch/MainQueue.h>
+#include <ZEBPlatform/Linux/Thread.h>
 #include <gtest/gtest.h>
 
 #include <condition_variable>

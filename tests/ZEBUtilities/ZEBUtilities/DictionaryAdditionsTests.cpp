@@ -1,7 +1,7 @@
-#include <Foundation/NSData.h>
-#include <Foundation/NSNull.h>
-#include <Foundation/NSURL.h>
-#include <Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSNull.h>
+#include <ZEBPlatform/Foundation/NSURL.h>
+#include <ZEBPlatform/Json/NSJSONSerialization.h>
 #include <ZEBUtilities/ZEBUtilities.h>
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <functional>
 #include <unordered_map>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

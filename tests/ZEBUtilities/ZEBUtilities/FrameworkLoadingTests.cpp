@@ -1,4 +1,4 @@
-#include <Linux/DynamicLoader.h>
+#include <ZEBPlatform/Linux/DynamicLoader.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <string>
 
-#include "../../Platform/Logging/LogRecorder.h"
+#include "../../ZEBPlatform/Logging/LogRecorder.h"
 #include "FakeSystem.h"
 
 namespace zeb {

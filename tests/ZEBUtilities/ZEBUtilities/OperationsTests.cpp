@@ -1,7 +1,7 @@
-#include <Memory/WeakRef.h>
-#include <RunLoop/NSOperationQueue.h>
-#include <Runtime/Registration.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/OperationDependencyGraph.h>
 #include <ZEBUtilities/ZEBBackgroundQueue.h>
 #include <ZEBUtilities/ZEBBackgroundTaskHandle.h>
@@ -10,8 +10,8 @@
 
 #include <thread>
 
-#include "../../Platform/Logging/LogRecorder.h"
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Logging/LogRecorder.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

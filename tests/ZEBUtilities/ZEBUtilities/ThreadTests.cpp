@@ -1,5 +1,5 @@
-#include <Memory/WeakRef.h>
-#include <RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
 #include <ZEBUtilities/ZEBMainThreadRunLoopDeferredTask.h>
 #include <ZEBUtilities/ZEBThread.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include <Foundation/NSString.h>
-#include <Runtime/Registration.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBCallbackDispatcher.h>
 
 #include <atomic>
@@ -7,7 +7,7 @@
 #include <semaphore>
 #include <thread>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

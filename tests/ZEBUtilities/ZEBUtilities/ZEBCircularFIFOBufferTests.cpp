@@ -1,11 +1,11 @@
-#include <Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBUtilities/ZEBCircularFIFOBuffer.h>
 #include <gtest/gtest.h>
 
 #include <deque>
 #include <random>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

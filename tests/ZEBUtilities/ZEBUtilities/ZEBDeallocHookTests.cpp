@@ -5,7 +5,7 @@
 #include <memory>
 #include <thread>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

@@ -1,7 +1,7 @@
-#include <Dispatch/MainQueue.h>
-#include <Foundation/NSException.h>
-#include <Foundation/NSSet.h>
-#include <Linux/Thread.h>
+#include <ZEBPlatform/Dispatch/MainQueue.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/NSSet.h>
+#include <ZEBPlatform/Linux/Thread.h>
 #include <ZEBUtilities/NSData+ZEBAdditions.h>
 #include <ZEBUtilities/NSData+ZEBJSONAdditions.h>
 #include <ZEBUtilities/ZEBJSONSerialization.h>
@@ -12,8 +12,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "../../Platform/Logging/LogRecorder.h"
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Logging/LogRecorder.h"
+#include "../../ZEBPlatform/Support.h"
 #include "FakeSystem.h"
 
 namespace zeb {

@@ -1,9 +1,9 @@
-#include <Foundation/NSDictionary.h>
-#include <Runtime/Registration.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/ZEBKVODispatcher.h>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

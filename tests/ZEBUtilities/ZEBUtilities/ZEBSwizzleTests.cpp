@@ -1,8 +1,8 @@
-#include <Runtime/Registration.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/ZEBSwizzle.h>
 
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Support.h"
 
 namespace zeb {
 namespace {

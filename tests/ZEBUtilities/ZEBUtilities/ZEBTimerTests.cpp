@@ -1,8 +1,8 @@
-#include <Bundle/NSBundle.h>
-#include <Dispatch/DispatchSemaphore.h>
-#include <RunLoop/NSNotificationCenter.h>
-#include <Runtime/Registration.h>
-#include <Runtime/Send.h>
+#include <ZEBPlatform/Bundle/NSBundle.h>
+#include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
+#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <ZEBUtilities/ZEBTimer.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "../../Platform/Logging/LogRecorder.h"
-#include "../../Platform/Support.h"
+#include "../../ZEBPlatform/Logging/LogRecorder.h"
+#include "../../ZEBPlatform/Support.h"
 #include "FakeSystem.h"
 
 namespace zeb {

@@ -1,8 +1,0 @@
-#include <Linux/Console.h>
-#include <Memory/FunctionView.h>
-
-namespace zeb::detail {
-
-void stopForNilCall() noexcept { fatal("A nil block was called."); }
-
-}  // namespace zeb::detail

@@ -1,8 +1,0 @@
-#include <RunLoop/RunLoopMode.h>
-
-namespace zeb {
-
-constinit const char* const NSDefaultRunLoopMode = "kCFRunLoopDefaultMode";
-constinit const char* const NSRunLoopCommonModes = "kCFRunLoopCommonModes";
-
-}  // namespace zeb

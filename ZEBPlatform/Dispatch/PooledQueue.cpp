@@ -1,0 +1,66 @@
+#include <ZEBPlatform/Dispatch/PooledQueue.h>
+#include <ZEBPlatform/Dispatch/ThreadGate.h>
+
+namespace zeb::detail {
+
+PooledQueue::PooledQueue(std::string_view label, Urgency urgency)
+    : DispatchQueue(label), urgency_(urgency) {}
+
+// Promotion is by the order of sequentially consistent operations: who requests a turn first sets the
+// request, then looks for waiting threads; who waits first counts itself, then looks for a request.
+void PooledQueue::requestTurn() noexcept {
+  if (turn_.load(std::memory_order_seq_cst) & requested) return;
+  retain();  // for the entry; an earlier one may serve the request, and the queue go, at once
+  const std::uint32_t bit = isAwaited() ? isPromoted : isListed;
+  const std::uint32_t before = turn_.fetch_or(requested | bit, std::memory_order_seq_cst);
+  if (bit == isListed && isAwaited()) promoteTurn();
+  if (before & bit) {
+    release();
+  } else if (bit == isListed) {
+    ThreadPool::shared().submit(entry_, urgency_);
+  } else {
+    ThreadPool::shared().submitAwaited(promotedEntry_);
+  }
+}
+
+/// Whether that gave the pool an entry.
+bool PooledQueue::promoteTurn() noexcept {
+  std::uint32_t turn = turn_.load(std::memory_order_seq_cst);
+  do {
+    if (!(turn & requested) || (turn & isPromoted)) return false;
+  } while (!turn_.compare_exchange_weak(turn, turn | isPromoted, std::memory_order_seq_cst));
+  retain();
+  ThreadPool::shared().submitAwaited(promotedEntry_);
+  return true;
+}
+
+void PooledQueue::waitAt(ThreadGate& gate) noexcept {
+  if (gate.isOpenSoon()) return;
+  waitingThreads_.fetch_add(1, std::memory_order_seq_cst);
+  {
+    const auto promote = [this] { return promoteTurn(); };
+    const ThreadPool::BlockingScope blocking(promote);
+    gate.sleepUntilOpen();
+  }
+  waitingThreads_.fetch_sub(1, std::memory_order_relaxed);
+}
+
+bool PooledQueue::shouldYield() const noexcept {
+  const ThreadPool& pool = ThreadPool::shared();
+  return isAwaited() ? pool.hasAwaitedWork() : pool.hasWaitingWork();
+}
+
+PooledQueue::Entry::Entry(PooledQueue& queue, std::uint32_t bit) noexcept
+    : WorkItem(nullptr), queue_(queue), bit_(bit) {
+  runner = this;
+}
+
+void PooledQueue::Entry::runItem(WorkItem&) {
+  PooledQueue& queue = queue_;  // the entry itself may be in the pool again soon
+  const std::uint32_t before =
+      queue.turn_.fetch_and(~(requested | bit_), std::memory_order_seq_cst);
+  if (before & requested) queue.takeTurn();
+  queue.release();
+}
+
+}  // namespace zeb::detail

@@ -1,0 +1,188 @@
+#include <ZEBPlatform/Dispatch/WorkItemMemory.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <new>
+#include <utility>
+
+// Sanitizers follow a block from its allocation to its release only if it is not used again in between.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define ZEB_REUSE_BLOCKS 0
+#elif defined(__has_feature)
+#define ZEB_REUSE_BLOCKS !(__has_feature(address_sanitizer) || __has_feature(thread_sanitizer))
+#else
+#define ZEB_REUSE_BLOCKS 1
+#endif
+
+namespace zeb::detail {
+
+namespace {
+
+constexpr std::size_t pageSize = 4096;
+constexpr std::uint32_t blocksPerPage = pageSize / WorkItemMemory::blockSize - 1;
+
+struct Region;
+
+/// Blocks, and in the place of the first one what is known about them.
+struct alignas(pageSize) Page {
+  std::atomic<std::uint32_t> freed{0};  ///< its thread counts the blocks that it will not use
+  Region* region = nullptr;
+  Page* next = nullptr;  ///< of its region's free pages
+
+  static Page& of(void* block) noexcept {
+    return *reinterpret_cast<Page*>(reinterpret_cast<std::uintptr_t>(block) & ~(pageSize - 1));
+  }
+  void* block(std::uint32_t index) noexcept {
+    return reinterpret_cast<std::byte*>(this) + (index + 1) * WorkItemMemory::blockSize;
+  }
+};
+
+/// Pages that come from the system at once and go back at once: allocated one by one, each would lose as much again
+/// to its alignment.
+struct Region {
+  static constexpr std::size_t pageCount = 31;  ///< and the place of one for what is below
+
+  Region() noexcept {
+    for (Page& page : pages) {
+      page.region = this;
+      page.next = std::exchange(firstFree, &page);
+    }
+  }
+
+  std::array<Page, pageCount> pages;
+  Page* firstFree = nullptr;
+  std::size_t freeCount = pageCount;
+  // Among the regions with free pages:
+  Region* previous = nullptr;
+  Region* next = nullptr;
+};
+
+/// Free pages for all threads, up to a limit. The rest is returned to the system by whole regions.
+class PagePool {
+ public:
+  static PagePool& shared() {
+    static auto* pool = new PagePool;
+    return *pool;
+  }
+
+  Page* take() {
+    std::unique_lock lock(mutex_);
+    if (!first_) {
+      lock.unlock();
+      auto* const region = new Region;
+      lock.lock();
+      link(*region);
+      freeCount_ += Region::pageCount;
+    }
+    Region& region = *first_;
+    Page* const page = region.firstFree;
+    region.firstFree = page->next;
+    --freeCount_;
+    if (--region.freeCount == 0) unlink(region);
+    return page;
+  }
+
+  void put(Page* page) noexcept {
+    page->freed.store(0, std::memory_order_relaxed);
+    Region& region = *page->region;
+    {
+      std::lock_guard guard(mutex_);
+      page->next = std::exchange(region.firstFree, page);
+      ++freeCount_;
+      if (++region.freeCount == 1) link(region);
+      if (region.freeCount < Region::pageCount || freeCount_ <= maxFreePages) return;
+      unlink(region);
+      freeCount_ -= Region::pageCount;
+    }
+    delete &region;
+  }
+
+ private:
+  static constexpr std::size_t maxFreePages = 4096;
+
+  void link(Region& region) noexcept {
+    region.next = std::exchange(first_, &region);
+    if (region.next) region.next->previous = &region;
+  }
+  void unlink(Region& region) noexcept {
+    (region.previous ? region.previous->next : first_) = region.next;
+    if (region.next) region.next->previous = region.previous;
+    region.previous = region.next = nullptr;
+  }
+
+  std::mutex mutex_;
+  Region* first_ = nullptr;  ///< of those with free pages
+  std::size_t freeCount_ = 0;
+};
+
+void addFreed(Page& page, std::uint32_t count) noexcept {
+  if (page.freed.fetch_add(count, std::memory_order_acq_rel) + count == blocksPerPage) {
+    PagePool::shared().put(&page);
+  }
+}
+
+/// What a thread is at.
+struct ThreadPages {
+  Page* source = nullptr;  ///< of new blocks
+  std::uint32_t used = blocksPerPage;
+  Page* freeing = nullptr;  ///< the page of the last freed blocks, which does not know of them yet
+  std::uint32_t freed = 0;
+  bool isOver = false;
+};
+constinit thread_local ThreadPages pages;
+
+struct AtThreadEnd {
+  ~AtThreadEnd() {
+    pages.isOver = true;
+    if (pages.freeing) addFreed(*pages.freeing, pages.freed);
+    if (pages.used < blocksPerPage) addFreed(*pages.source, blocksPerPage - pages.used);
+  }
+  /// Only what is used is made, and destroyed.
+  void use() noexcept {}
+};
+thread_local AtThreadEnd atThreadEnd;
+
+[[maybe_unused]] void* allocateFromNewPage() {
+  Page* const page = PagePool::shared().take();
+  if (pages.isOver) {
+    addFreed(*page, blocksPerPage - 1);
+    return page->block(0);
+  }
+  atThreadEnd.use();
+  pages.source = page;
+  pages.used = 1;
+  return page->block(0);
+}
+
+[[maybe_unused]] void freeInOtherPage(Page& page) noexcept {
+  if (pages.isOver) return addFreed(page, 1);
+  atThreadEnd.use();
+  if (pages.freeing) addFreed(*pages.freeing, pages.freed);
+  pages.freeing = &page;
+  pages.freed = 1;
+}
+
+}  // namespace
+
+void* WorkItemMemory::allocate() {
+#if ZEB_REUSE_BLOCKS
+  if (pages.used == blocksPerPage || pages.isOver) return allocateFromNewPage();
+  return pages.source->block(pages.used++);
+#else
+  return ::operator new(blockSize);
+#endif
+}
+
+void WorkItemMemory::free(void* block) noexcept {
+#if ZEB_REUSE_BLOCKS
+  Page& page = Page::of(block);
+  if (&page != pages.freeing || pages.isOver) return freeInOtherPage(page);
+  ++pages.freed;
+#else
+  ::operator delete(block);
+#endif
+}
+
+}  // namespace zeb::detail

@@ -1,0 +1,294 @@
+#include <ZEBPlatform/Foundation/CollectionLimit.h>
+#include <ZEBPlatform/Foundation/HashTable.h>
+#include <ZEBPlatform/Foundation/KeyedHash.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+
+namespace zeb::detail {
+
+namespace {
+
+/// Nobody's keys collide this often by chance at half load.
+constexpr std::uint32_t longestTrustedProbe = 128;
+
+void useKeyedHash(DictionaryStorage& table) noexcept;
+
+/// The hash that a table finds a key by: the public one, or one that covers all of the key's content
+/// and whose collisions can't be chosen.
+std::uint32_t hashFor(const DictionaryStorage& table, const Value& key) {
+  return table.hasKeyedHash() ? static_cast<std::uint32_t>(keyedHashOf(key)) : keyHashOf(key);
+}
+
+struct Search {
+  DictionaryEntry* entry;  ///< null when there is none
+  std::uint32_t slot;      ///< where the search ended; free when there is no entry
+};
+
+/// Looks for the entry whose key has this hash, of the kind that the table goes by, and matches.
+template <class Matches>
+[[gnu::always_inline]] inline Search search(const DictionaryStorage& table, std::uint32_t hash,
+                                            const Matches& matches) {
+  if (!table.indexMask) {
+    for (std::uint32_t position = 0; position < table.used; ++position) {
+      DictionaryEntry& entry = table.entries[position];
+      if (entry.key.keyHash() == hash && matches(entry.key)) return {&entry, 0};
+    }
+    return {nullptr, 0};
+  }
+  std::uint32_t slot = hash & table.indexMask;
+  while (const std::uint32_t position = table.index()[slot]) {
+    DictionaryEntry& entry = table.entries[position - 1];
+    if (entry.key.keyHash() == hash && matches(entry.key)) return {&entry, slot};
+    slot = (slot + 1) & table.indexMask;
+  }
+  return {nullptr, slot};
+}
+
+/// Puts an entry into the first free slot from `slot` on; all slots between that of its hash and this
+/// one must be taken. False when the way there was suspiciously long.
+bool indexEntry(DictionaryStorage& table, std::uint32_t position, std::uint32_t slot) noexcept {
+  const std::uint32_t hash = table.entries[position].key.keyHash();
+  while (table.index()[slot]) slot = (slot + 1) & table.indexMask;
+  const std::uint32_t probes = (slot - hash) & table.indexMask;
+  if (probes > longestTrustedProbe && !table.hasKeyedHash()) return false;
+  table.index()[slot] = position + 1;
+  return true;
+}
+
+/// The same from the slot that belongs to the entry's hash.
+bool indexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
+  const std::uint32_t hash = table.entries[position].key.keyHash();
+  return indexEntry(table, position, hash & table.indexMask);
+}
+
+void clearIndex(DictionaryStorage& table) noexcept {
+  std::memset(table.index(), 0, sizeof(std::uint32_t) * (std::size_t{table.indexMask} + 1));
+}
+
+/// Fills the index anew with all living entries, by the seeded hash if it must be.
+void rebuildIndex(DictionaryStorage& table) noexcept {
+  clearIndex(table);
+  for (std::uint32_t position = 0; position < table.used; ++position) {
+    if (table.entries[position].key.isNil() || indexEntry(table, position)) continue;
+    return useKeyedHash(table);
+  }
+}
+
+/// Goes over to the seeded hash: somebody chose colliding keys, or many keys differ only where the
+/// public hash does not look.
+void useKeyedHash(DictionaryStorage& table) noexcept {
+  table.flags |= StorageKeyedHash;
+  for (std::uint32_t position = 0; position < table.used; ++position) {
+    Value& key = table.entries[position].key;
+    if (!key.isNil()) key.setKeyHash(hashFor(table, key));
+  }
+  rebuildIndex(table);
+}
+
+/// Slides the living entries together after removals.
+void closeHoles(DictionaryStorage& table) noexcept {
+  if (table.used == table.count) return;
+  std::uint32_t target = 0;
+  for (std::uint32_t position = 0; position < table.used; ++position) {
+    if (table.entries[position].key.isNil()) continue;
+    if (target != position) table.entries[target] = std::move(table.entries[position]);
+    ++target;
+  }
+  table.used = target;
+}
+
+/// Makes an entry whose key is gone a hole, one with the holes that it lies between. Both ends of a
+/// hole hold its length, in the payload of the nil key: that is how iterators pass over it at once.
+void noteHole(DictionaryStorage& table, std::uint32_t position) noexcept {
+  const auto holeAt = [&table](std::uint32_t neighbour) -> std::uint32_t {
+    if (neighbour >= table.used) return 0;
+    const Value& key = table.entries[neighbour].key;
+    return key.isNil() ? static_cast<std::uint32_t>(key.payload()) : 0;
+  };
+  const std::uint32_t before = position ? holeAt(position - 1) : 0;
+  const std::uint32_t length = before + 1 + holeAt(position + 1);
+  const std::uint32_t first = position - before;
+  for (const std::uint32_t end : {first, first + length - 1}) {
+    table.entries[end].key = Value(Value::adoptWords, 0, length);
+  }
+}
+
+std::uint32_t slotsFor(std::uint32_t capacity) noexcept {
+  return capacity > largestUnindexedTable ? indexSlots(capacity) : 0;
+}
+
+std::size_t bytesFor(std::uint32_t capacity) noexcept {
+  return capacity * sizeof(DictionaryEntry) + slotsFor(capacity) * sizeof(std::uint32_t);
+}
+
+/// Closes the holes and gives back room that is not needed, without needing any.
+void shrinkEntries(DictionaryStorage& table) noexcept {
+  closeHoles(table);
+  table.capacity = std::min(table.capacity, std::max(largestUnindexedTable, 2 * table.count));
+  const std::uint32_t slots = slotsFor(table.capacity);
+  table.indexMask = slots ? slots - 1 : 0;
+  void* smaller = std::realloc(static_cast<void*>(table.entries), bytesFor(table.capacity));
+  if (smaller) table.entries = static_cast<DictionaryEntry*>(smaller);
+  if (slots) rebuildIndex(table);
+}
+
+void growEntries(DictionaryStorage& table, std::size_t capacity) {
+  requireCollectionCount(capacity);
+  const auto room = static_cast<std::uint32_t>(capacity);
+  const std::uint32_t slots = slotsFor(room);
+  auto* entries = static_cast<DictionaryEntry*>(std::malloc(bytesFor(room)));
+  if (!entries) throw std::bad_alloc();
+  closeHoles(table);
+  // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
+  if (table.used) {
+    std::memcpy(static_cast<void*>(entries), static_cast<const void*>(table.entries),
+                table.used * sizeof(DictionaryEntry));
+  }
+  std::free(table.entries);
+  table.entries = entries;
+  table.capacity = room;
+  table.indexMask = slots ? slots - 1 : 0;
+  if (slots) rebuildIndex(table);
+}
+
+/// After the last living entry went: gives back the room, unless it is so little that the next entry
+/// may have it.
+void forgetEntries(DictionaryStorage& table) noexcept {
+  if (table.indexMask) return removeAllEntries(table);
+  table.used = 0;
+  table.flags &= static_cast<std::uint8_t>(~StorageKeyedHash);
+}
+
+bool sameKey(const Value& left, const Value& right) {
+  return left.isIdenticalTo(right) || left.isEqual(right);
+}
+
+[[gnu::always_inline]] inline Search searchKey(const DictionaryStorage& table, std::uint32_t hash,
+                                               const Value& key) {
+  return search(table, hash, [&](const Value& candidate) { return sameKey(candidate, key); });
+}
+
+}  // namespace
+
+std::uint32_t keyHashOf(const Value& key) {
+  if (key.isString()) return hashOfString(*key.storageAs<StringStorage>());
+  return finishHash(key.hash());
+}
+
+DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity) {
+  void* memory = std::malloc(sizeof(DictionaryStorage));
+  if (!memory) throw std::bad_alloc();
+  auto* table = new (memory) DictionaryStorage(dictionaryOrSet, StorageMutable);
+  try {
+    reserveEntries(*table, capacity);
+  } catch (...) {
+    std::free(memory);
+    throw;
+  }
+  return table;
+}
+
+DictionaryEntry* findEntryPlainly(const DictionaryStorage& table, const StringKey& key) noexcept {
+  if (key.isNil()) return nullptr;
+  const std::uint32_t hash =
+      table.hasKeyedHash() ? static_cast<std::uint32_t>(key.keyedHash()) : key.hash();
+  const auto matches = [&](const Value& candidate) {
+    return candidate.isString() && key.matches(*candidate.storageAs<StringStorage>());
+  };
+  return search(table, hash, matches).entry;
+}
+
+DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key) {
+  if (key.isNil()) return nullptr;
+  return searchKey(table, hashFor(table, key), key).entry;
+}
+
+DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
+  const bool wasKeyed = table.hasKeyedHash();
+  std::uint32_t hash = hashFor(table, key);
+  Search found = searchKey(table, hash, key);
+  if (found.entry) return *found.entry;
+  // Taken before the table grows, because the caller's key may lie in the table itself.
+  Value ownKey = key.copy();
+  if (table.used == table.capacity) {
+    // Many removed entries: sliding them out makes room enough.
+    const bool mostlyDead = table.count < table.used / 2;
+    growEntries(table, mostlyDead ? table.capacity
+                                  : grownCapacity(table.capacity, std::size_t{table.used} + 1));
+    if (table.hasKeyedHash() != wasKeyed) hash = hashFor(table, ownKey);
+    found.slot = hash & table.indexMask;
+  }
+  ownKey.setKeyHash(hash);
+  DictionaryEntry* entry = new (&table.entries[table.used]) DictionaryEntry{std::move(ownKey), {}};
+  ++table.used;
+  ++table.count;
+  if (table.indexMask && !indexEntry(table, table.used - 1, found.slot)) useKeyedHash(table);
+  return *entry;
+}
+
+bool removeEntry(DictionaryStorage& table, const Value& key) {
+  DictionaryEntry* entry = findEntry(table, key);
+  if (!entry) return false;
+  // Released when the table is in order again; and the caller's key may be this one.
+  const DictionaryEntry removed = std::move(*entry);
+  --table.count;
+  if (table.count == 0) {
+    forgetEntries(table);
+    return true;
+  }
+  // The key stays in the index as a dead position, which no search matches, until the holes close.
+  noteHole(table, static_cast<std::uint32_t>(entry - table.entries));
+  const std::uint32_t holes = table.used - table.count;
+  if (holes > std::max(table.count, largestUnindexedTable)) shrinkEntries(table);
+  return true;
+}
+
+void removeAllEntries(DictionaryStorage& table) noexcept {
+  DictionaryEntry* entries = std::exchange(table.entries, nullptr);
+  const std::uint32_t used = std::exchange(table.used, 0);
+  table.count = table.capacity = table.indexMask = 0;
+  table.flags &= static_cast<std::uint8_t>(~StorageKeyedHash);
+  for (std::uint32_t position = 0; position < used; ++position)
+    entries[position].~DictionaryEntry();
+  std::free(entries);
+}
+
+void reserveEntries(DictionaryStorage& table, std::size_t capacity) {
+  if (capacity > table.capacity) growEntries(table, capacity);
+}
+
+void finishBorrowedEntries(DictionaryStorage& table) noexcept {
+  table.capacity = table.used;
+  if (table.used > largestUnindexedTable) {
+    table.indexMask = indexSlots(table.used) - 1;
+    clearIndex(table);
+  }
+  const std::uint32_t written = table.used;
+  table.used = 0;
+  for (std::uint32_t position = 0; position < written; ++position) {
+    DictionaryEntry& entry = table.entries[position];
+    Value& key = entry.key;
+    if (table.hasKeyedHash()) key.setKeyHash(hashFor(table, key));
+    const Search found = searchKey(table, key.keyHash(), key);
+    // Raw copies: borrowed entries count no references.
+    if (found.entry) {
+      std::memcpy(static_cast<void*>(&found.entry->value), static_cast<const void*>(&entry.value),
+                  sizeof(Value));
+      continue;
+    }
+    if (table.used != position) {
+      std::memcpy(static_cast<void*>(&table.entries[table.used]), static_cast<const void*>(&entry),
+                  sizeof entry);
+    }
+    ++table.used;
+    if (table.indexMask && !indexEntry(table, table.used - 1, found.slot)) useKeyedHash(table);
+  }
+  table.count = table.used;
+}
+
+}  // namespace zeb::detail

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/DictionaryEntry.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/ValueStorage.h>
+
+#include <cstddef>
+#include <cstdint>
+
+/// The hash table under dictionaries and sets, as functions over `DictionaryStorage`.
+namespace zeb::detail {
+
+/// Up to here a scan over the entries' hashes beats an index.
+inline constexpr std::uint32_t largestUnindexedTable = 8;
+
+/// Slots that an index over `entries` entries needs: at most half of them are taken. Valid up to
+/// `maxCollectionCount` (see CollectionLimit.h).
+constexpr std::uint32_t indexSlots(std::uint32_t entries) noexcept {
+  std::uint32_t places = 2 * largestUnindexedTable;
+  while (places < 2 * std::uint64_t{entries}) places *= 2;
+  return places;
+}
+
+/// The public hash that entries are found by; never 0.
+std::uint32_t keyHashOf(const Value& key);
+
+/// An empty mutable table on the heap, owned by the caller, with room for `capacity` entries. Throws
+/// std::bad_alloc or std::length_error.
+DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity);
+
+inline DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept;
+/// The same for tables without an index and those with a keyed one.
+DictionaryEntry* findEntryPlainly(const DictionaryStorage& table, const StringKey& key) noexcept;
+DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key);
+
+/// Entry for `key`, a new one with a nil value when there was none. The key must not be nil; a
+/// mutable one is copied. Takes memory from the heap; throws std::bad_alloc or std::length_error.
+DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key);
+
+bool removeEntry(DictionaryStorage& table, const Value& key);
+void removeAllEntries(DictionaryStorage& table) noexcept;
+
+/// Makes room for `capacity` entries in all.
+void reserveEntries(DictionaryStorage& table, std::size_t capacity);
+
+/// Turns `table.used` entries, written by a builder in order and with their key hashes set, into a
+/// table: equal keys are merged (the last value wins, at the first one's place) and, above
+/// `largestUnindexedTable`, indexed, for which there must be room for `indexSlots(used)` numbers behind
+/// the entries. The entries hold no references of their own.
+void finishBorrowedEntries(DictionaryStorage& table) noexcept;
+
+// The commonest search by far: what is rare in it is kept out of line.
+[[gnu::always_inline]] inline DictionaryEntry* findEntry(const DictionaryStorage& table,
+                                                         const StringKey& key) noexcept {
+  const std::uint32_t hash = key.hash();  // of a nil key 0, which no entry has
+  if (!table.indexMask || table.hasKeyedHash()) return findEntryPlainly(table, key);
+  const std::uint32_t* const index = table.index();
+  const std::uint64_t wantedHead = Value::headOfKey(ValueKind::String, hash);
+  std::uint32_t slot = hash & table.indexMask;
+  while (const std::uint32_t position = index[slot]) {
+    DictionaryEntry& entry = table.entries[position - 1];
+    if (entry.key.head() == wantedHead && key.matches(*entry.key.storageAs<StringStorage>())) {
+      return &entry;
+    }
+    slot = (slot + 1) & table.indexMask;
+  }
+  return nullptr;
+}
+
+}  // namespace zeb::detail

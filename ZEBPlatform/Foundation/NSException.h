@@ -1,0 +1,46 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+
+#include <exception>
+
+namespace zeb {
+
+/// Names of the exceptions that the collections raise.
+extern const char* const NSInvalidArgumentException;
+extern const char* const NSRangeException;
+extern const char* const NSGenericException;
+
+/// The platform's exception: what misuse of a value raises. Every other C++ exception is not a
+/// platform exception, and the library's guards let it pass. A shared immutable handle.
+class NSException : public std::exception {
+ public:
+  NSException(const NSString& name, const NSString& reason, const NSDictionary& userInfo = nullptr);
+
+  NSString name() const;
+  NSString reason() const;
+  NSDictionary userInfo() const;
+  /// "name: reason", as UTF-8.
+  const char* what() const noexcept override;
+
+  /// The exception as a value, for error details.
+  operator Value() const;
+  /// Whether the value holds an exception.
+  static bool isException(const Value& value) noexcept;
+  /// The exception that the value holds; throws NSException (NSInvalidArgumentException) when none.
+  static NSException from(const Value& value);
+
+ private:
+  class Details;
+  explicit NSException(Ref<NSObject> details) noexcept;
+  const Details* details() const noexcept;
+
+  Ref<NSObject> details_;  ///< always a `Details`
+};
+
+[[noreturn]] void raiseInvalidArgument(const NSString& reason);
+[[noreturn]] void raiseRange(std::size_t index, std::size_t count);
+
+}  // namespace zeb

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/Value.h>
+
+#include <compare>
+
+namespace zeb::detail {
+
+/// Exact order of two number values, whatever their type codes. Unordered when a side is not a number.
+std::partial_ordering orderNumbers(const Value& left, const Value& right) noexcept;
+
+/// Hash that equal numbers share.
+std::size_t hashOfNumber(const Value& number) noexcept;
+
+}  // namespace zeb::detail

@@ -1,0 +1,79 @@
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSSet.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/TreeRebuild.h>
+
+namespace zeb {
+
+namespace {
+
+/// A string's immutable copy in memory of its own.
+NSString copiedString(const NSString& string) {
+  return string.isASCII() ? NSString(string.asciiView()) : NSString(string.utf16View());
+}
+
+/// An immutable leaf that owns its memory: only strings (and collections) are ever made inside a
+/// document's memory.
+Value detachedLeaf(const Value& leaf) {
+  const bool isInDocument = leaf.isString() && (leaf.storage()->flags & detail::StorageInArena);
+  return isInDocument ? copiedString(NSString(leaf)) : leaf.copy();
+}
+
+bool isCollection(const Value& value) noexcept {
+  return value.kind() >= ValueKind::Array && value.kind() <= ValueKind::Set;
+}
+
+struct DetachingRules : detail::TreeRules {
+  static constexpr int deepestKeyNesting = 64;
+  int keyNesting = 0;
+
+  Value leaf(const Value& value) const {
+    if (!isCollection(value) || keyNesting == deepestKeyNesting) return detachedLeaf(value);
+    DetachingRules inner;  // a collection that is a key
+    inner.keyNesting = keyNesting + 1;
+    return detail::rebuildTree(value, inner);
+  }
+};
+
+}  // namespace
+
+Value Value::copy() const {
+  if (!isMutable()) return *this;
+  switch (kind()) {
+    case Kind::String:
+      return copiedString(NSString(*this));
+    case Kind::Data:
+      return NSData::dataWithBytes(NSData(*this).bytes());
+    case Kind::Array: {
+      const NSArray array(*this);
+      return NSArray::arrayWithObjects(std::span(array.begin(), array.count()));
+    }
+    default:
+      return detail::frozen(mutableCopy());
+  }
+}
+
+Value Value::mutableCopy() const {
+  switch (kind()) {
+    case Kind::String:
+      return NSString(*this).mutableCopy();
+    case Kind::Data:
+      return NSData(*this).mutableCopy();
+    case Kind::Array:
+      return NSArray(*this).mutableCopy();
+    case Kind::Dictionary:
+      return NSDictionary(*this).mutableCopy();
+    case Kind::Set:
+      return NSSet(*this).mutableCopy();
+    default:
+      return *this;
+  }
+}
+
+Value Value::detachedCopy() const {
+  return isCollection(*this) ? detail::rebuildTree(*this, DetachingRules()) : detachedLeaf(*this);
+}
+
+}  // namespace zeb

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/NSRange.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Geometry/CGGeometry.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+
+#include <concepts>
+#include <string>
+#include <variant>
+
+namespace zeb {
+
+/// The plain records that can travel inside a `Value`.
+template <class T>
+concept BoxableRecord =
+    std::same_as<T, CGRect> || std::same_as<T, CGPoint> || std::same_as<T, CGSize> ||
+    std::same_as<T, NSRange> || std::same_as<T, CGAffineTransform>;
+
+/// A plain record as an object, so that collections can hold it. Immutable; any thread.
+class NSValue final : public NSObject {
+ public:
+  using Content = std::variant<CGRect, CGPoint, CGSize, NSRange, CGAffineTransform>;
+
+  explicit NSValue(const Content& content) noexcept : content_(content) {}
+
+  const Content& content() const noexcept { return content_; }
+
+  /// Equal when they hold equal records of the same type.
+  bool isEqual(const NSObject& other) const noexcept override;
+  std::size_t hash() const noexcept override;
+  std::string description() const override;
+
+ private:
+  Content content_;
+};
+
+/// The record as a value.
+Value boxed(const NSValue::Content& record);
+
+/// The record in a value that was made of one of its type, else null. Valid as long as the value.
+template <BoxableRecord Record>
+const Record* unboxed(const Value& value) noexcept {
+  const auto* box = dynamic_cast<const NSValue*>(value.objectPointer());
+  return box ? std::get_if<Record>(&box->content()) : nullptr;
+}
+
+}  // namespace zeb

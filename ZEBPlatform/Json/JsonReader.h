@@ -1,0 +1,23 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Json/JsonStructure.h>
+
+#include <string_view>
+
+namespace zeb::detail {
+
+/// Containers may be nested this deep, in reading and in writing.
+inline constexpr std::size_t deepestJsonNesting = 512;
+
+struct JsonReading {
+  Value value;  ///< nil when there was a fault
+  JsonFault fault;
+};
+
+/// Builds the immutable tree of a JSON text given as UTF-8 without byte-order mark. The tree's
+/// collections and strings lie together in one arena. `permitFragments` takes a text whose root is
+/// neither array nor dictionary.
+JsonReading readJson(std::string_view utf8, bool permitFragments);
+
+}  // namespace zeb::detail

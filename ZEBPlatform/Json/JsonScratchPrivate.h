@@ -1,0 +1,84 @@
+#pragma once
+
+#include <ZEBPlatform/Json/JsonStructure.h>
+#include <ZEBPlatform/Json/KeyTable.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace zeb::detail {
+
+/// A value under construction: its two words, whose references into the arena are not counted.
+struct Words {
+  std::uint64_t head;
+  std::uint64_t payload;
+};
+
+/// Room for the values whose collection is not closed yet. Keeps its memory for the next document.
+class WordStack {
+ public:
+  /// Where the stack begins, with room for `words` and one block of copying too many.
+  Words* reserve(std::size_t words);
+
+  std::size_t reservedBytes() const noexcept { return capacity_ * sizeof(Words); }
+  /// Bytes that may have been written, and so take memory.
+  std::size_t usedBytes() const noexcept { return used_ * sizeof(Words); }
+  /// Gives the system the memory back that lies behind the first `bytes`.
+  void discardBehind(std::size_t bytes) noexcept;
+
+  static constexpr std::size_t wordsAtOnce = 4;
+
+ private:
+  struct Free {
+    void operator()(Words* words) const noexcept;
+  };
+  std::unique_ptr<Words, Free> memory_;
+  std::size_t capacity_ = 0;
+  std::size_t used_ = 0;
+};
+
+/// A reader's working memory.
+class JsonScratch {
+ public:
+  JsonScratch() = default;
+  JsonScratch(const JsonScratch&) = delete;
+  JsonScratch& operator=(const JsonScratch&) = delete;
+  ~JsonScratch();
+
+  JsonStructure structure;
+  WordStack stack;
+  KeyTable keys;
+
+ private:
+  friend class JsonScratchLease;
+
+  /// Whether it may be kept for the next document. Gives back what it must not keep.
+  bool prepareToBeKept() noexcept;
+  void discardMostMemory() noexcept;
+
+  std::size_t sharedBytes_ = 0;  ///< what it holds of the memory that threads share
+};
+
+/// Lends the calling thread its working memory for the time of one document.
+///
+/// A thread keeps `maxKeptBytesPerThread` for its next document. What a larger document needed beyond that
+/// is kept as well, so that reading such documents again and again costs no page faults, as long as all
+/// threads together keep no more than `maxSharedKeptBytes` in this way. The system gets the rest back.
+class JsonScratchLease {
+ public:
+  static constexpr std::size_t maxKeptBytesPerThread = std::size_t{1} << 20;
+  static constexpr std::size_t maxSharedKeptBytes = std::size_t{32} << 20;
+
+  JsonScratchLease();
+  JsonScratchLease(const JsonScratchLease&) = delete;
+  JsonScratchLease& operator=(const JsonScratchLease&) = delete;
+  ~JsonScratchLease();
+
+  JsonScratch& operator*() const noexcept { return *scratch_; }
+
+ private:
+  std::unique_ptr<JsonScratch> scratch_;
+};
+
+}  // namespace zeb::detail

@@ -1,0 +1,128 @@
+#include <ZEBPlatform/Foundation/NSError.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/TreeRebuild.h>
+#include <ZEBPlatform/Json/JsonReader.h>
+#include <ZEBPlatform/Json/JsonTextWriter.h>
+#include <ZEBPlatform/Json/JsonWriter.h>
+#include <ZEBPlatform/Json/NSJSONSerialization.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace zeb::detail {
+
+namespace {
+
+/// Visits a tree and writes it. Every value is written with a comma behind it, which the end of its
+/// collection takes the place of: so each takes one look at the room that is left.
+class DocumentWriter {
+ public:
+  explicit DocumentWriter(std::uint64_t options)
+      : pretty_(options & NSJSONWritingPrettyPrinted),
+        text_(!(options & NSJSONWritingWithoutEscapingSlashes)) {}
+
+  NSData finish() {
+    text_.output().truncate(text_.size() - 1);
+    return text_.finish();
+  }
+
+  bool enter(const Value& collection, std::size_t depth) {
+    if (collection.isSet()) raiseUnwritable(collection);
+    if (depth >= deepestJsonNesting) throw nestingError();
+    text_.put(collection.isArray() ? '[' : '{');
+    indentation_ = depth + 1;
+    return true;
+  }
+
+  void leave(const Value& collection, std::size_t depth) {
+    indentation_ = depth;
+    const bool isEmpty = text_.output().last() != ',';
+    if (!isEmpty) text_.output().truncate(text_.size() - 1);
+    if (pretty_ && !isEmpty) newLine();
+    text_.put(collection.isArray() ? std::string_view("],") : std::string_view("},"));
+  }
+
+  void element(std::size_t) {
+    if (pretty_) newLine();
+  }
+
+  void key(const Value& key, std::size_t) {
+    if (!key.isString()) {
+      raiseInvalidArgument(NSString::stringWithFormat("JSON keys must be strings: %@", key));
+    }
+    const auto& text = *key.storageAs<StringStorage>();
+    if (!pretty_) return text_.writeString(text, ':');
+    newLine();
+    text_.writeString(text, ' ');
+    text_.put(": ");
+  }
+
+  [[gnu::always_inline]] void leaf(const Value& value) {
+    if (value.isString()) return text_.writeString(*value.storageAs<StringStorage>(), ',');
+    if (!value.isNumber() && !value.isNull()) raiseUnwritable(value);
+    if (!JsonTextWriter::isFinite(value)) {
+      raiseInvalidArgument(NSString::stringWithFormat("JSON has no number %@", value));
+    }
+    text_.writeScalar(value, ',');
+  }
+
+ private:
+  [[noreturn]] static void raiseUnwritable(const Value& value) {
+    raiseInvalidArgument(NSString::stringWithFormat("JSON has no such value: %@", value));
+  }
+
+  void newLine() {
+    text_.put('\n');
+    // Indented no further than so, lest a deep document grow out of all proportion.
+    constexpr std::size_t deepestIndentation = 32;
+    const std::size_t levels = std::min(indentation_, deepestIndentation);
+    for (std::size_t level = 0; level < levels; ++level) text_.put("  ");
+  }
+
+  const bool pretty_;
+  JsonTextWriter text_;
+  std::size_t indentation_ = 0;
+};
+
+/// Dictionaries with their entries in the order of their keys, which are strings or, in what will be
+/// refused anyway, in any order.
+struct SortedKeysRules : TreeRules {
+  static bool keeps(const Value&, std::size_t depth) {
+    if (depth >= deepestJsonNesting) throw nestingError();
+    return true;
+  }
+  static Value finished(Value collection) {
+    if (!collection.isDictionary()) return frozen(std::move(collection));
+    std::vector<DictionaryEntry> entries;
+    for (const DictionaryEntry& entry : NSDictionary(collection)) entries.push_back(entry);
+    std::sort(entries.begin(), entries.end(),
+              [](const DictionaryEntry& left, const DictionaryEntry& right) {
+                return NSString(left.key) < NSString(right.key);
+              });
+    return NSDictionary::dictionaryWithEntries(entries);
+  }
+};
+
+}  // namespace
+
+NSError nestingError() {
+  return NSError(NSCocoaErrorDomain, NSPropertyListWriteInvalidError,
+                 {{NSLocalizedDescriptionKey, "Nested more than 512 levels deep."}});
+}
+
+NSData writeJson(const Value& root, std::uint64_t options) {
+  const bool isCollection = root.isArray() || root.isDictionary();
+  if (!isCollection && !(options & NSJSONWritingFragmentsAllowed)) {
+    raiseInvalidArgument("The root of a JSON document must be an array or a dictionary");
+  }
+  DocumentWriter writer(options);
+  if (options & NSJSONWritingSortedKeys) {
+    walkTree(rebuildTree(root, SortedKeysRules()), writer);
+  } else {
+    walkTree(root, writer);
+  }
+  return writer.finish();
+}
+
+}  // namespace zeb::detail

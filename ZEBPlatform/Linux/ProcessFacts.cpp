@@ -1,0 +1,94 @@
+#include <ZEBPlatform/Linux/FileReading.h>
+#include <ZEBPlatform/Linux/ProcessFacts.h>
+
+#include <sched.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+
+namespace zeb {
+
+namespace {
+
+/// No file that is read here comes near it.
+constexpr std::size_t maximumFileSize = std::size_t{4} << 20;
+
+std::uint64_t configuration(int name) noexcept {
+  return static_cast<std::uint64_t>(std::max(sysconf(name), 0L));
+}
+
+}  // namespace
+
+std::string executablePath() {
+  std::error_code failure;
+  return std::filesystem::read_symlink("/proc/self/exe", failure).string();
+}
+
+std::int32_t processIdentifier() noexcept { return getpid(); }
+
+std::vector<std::string> processArguments() {
+  std::string content;
+  readWholeFile("/proc/self/cmdline", maximumFileSize, content);
+  std::vector<std::string> arguments;
+  for (std::size_t begin = 0; begin < content.size();) {
+    const std::size_t end = std::min(content.find('\0', begin), content.size());
+    arguments.push_back(content.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return arguments;
+}
+
+std::vector<std::pair<std::string, std::string>> processEnvironment() {
+  std::vector<std::pair<std::string, std::string>> variables;
+  for (char** variable = environ; variable && *variable; ++variable) {
+    const std::string_view text(*variable);
+    const std::size_t equals = text.find('=');
+    if (equals == std::string_view::npos) continue;
+    variables.emplace_back(text.substr(0, equals), text.substr(equals + 1));
+  }
+  return variables;
+}
+
+std::string machineName() {
+  utsname names;
+  return uname(&names) == 0 ? names.nodename : "";
+}
+
+std::size_t configuredProcessorCount() noexcept {
+  return std::max<std::size_t>(configuration(_SC_NPROCESSORS_CONF), 1);
+}
+
+std::size_t usableProcessorCount() noexcept {
+  cpu_set_t usable;
+  // Fails on machines of more processors than the set has places for.
+  if (sched_getaffinity(0, sizeof usable, &usable) != 0) {
+    return std::max<std::size_t>(configuration(_SC_NPROCESSORS_ONLN), 1);
+  }
+  return static_cast<std::size_t>(CPU_COUNT(&usable));
+}
+
+std::uint64_t physicalMemorySize() noexcept {
+  return configuration(_SC_PHYS_PAGES) * configuration(_SC_PAGESIZE);
+}
+
+std::string kernelRelease() {
+  utsname names;
+  return uname(&names) == 0 ? names.release : "";
+}
+
+std::string operatingSystemName() {
+  std::string content;
+  readWholeFile("/etc/os-release", maximumFileSize, content);
+  constexpr std::string_view key = "PRETTY_NAME=";
+  std::size_t begin = content.starts_with(key) ? 0 : content.find("\n" + std::string(key));
+  if (begin == std::string::npos) return "Linux";
+  begin = content.find('=', begin) + 1;
+  std::string name = content.substr(begin, content.find('\n', begin) - begin);
+  std::erase(name, '"');
+  return name;
+}
+
+}  // namespace zeb

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <ZEBPlatform/Memory/Ref.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace zeb {
+
+class Class;
+
+namespace detail {
+class ObjectExtras;
+}
+
+/// Root of all classes whose objects are shared by reference.
+///
+/// Objects are made with `makeRef<T>()`, start with one reference and are deleted by the release of
+/// the last one, on whichever thread that happens. The count is atomic; everything else about an
+/// object is as thread-safe as its class says.
+class NSObject {
+ public:
+  /// A destructor may hand its object to code that takes a reference for a while; one that is kept dangles.
+  NSObject(const NSObject&) = delete;
+  NSObject& operator=(const NSObject&) = delete;
+
+  void retain() const noexcept { strongCount_.fetch_add(1, std::memory_order_relaxed); }
+  void release() const noexcept;
+
+  /// Whether the caller's reference is the only one, so that nobody else can come to see a change.
+  bool isUniquelyReferenced() const noexcept {
+    return strongCount_.load(std::memory_order_acquire) == 1 &&
+           !extras_.load(std::memory_order_acquire);
+  }
+
+  /// Equality of content; identity unless a class says otherwise. Equal objects have equal hashes.
+  virtual bool isEqual(const NSObject& other) const { return this == &other; }
+  virtual std::size_t hash() const noexcept;
+
+  /// The object's class in the dynamic runtime. Nil for a C++ class that takes no part in it: its objects
+  /// count as plain `NSObject`s there.
+  virtual Class* classObject() const { return nullptr; }
+
+  /// The name of the object's class, without namespace.
+  virtual std::string className() const;
+
+  /// For people reading logs: "<ClassName: 0x…>" unless a class has something better to say. UTF-8.
+  virtual std::string description() const;
+
+ protected:
+  NSObject() noexcept = default;
+  virtual ~NSObject();
+
+  /// For somebody who knows the object without a reference, and whom its destructor waits for: false when
+  /// the destruction has begun.
+  bool retainUnlessDying() const noexcept;
+
+ private:
+  friend class detail::ObjectExtras;
+
+  mutable std::atomic<std::uint32_t> strongCount_{1};
+  /// Weak references and associated objects: most objects never have any.
+  mutable std::atomic<detail::ObjectExtras*> extras_{nullptr};
+};
+
+/// Keeps `associated` alive as long as `owner`, under `key` (an address that the caller chooses and
+/// owns; it is never dereferenced). A nil `associated` removes the association. The old one is
+/// released. Associated objects are released while the owner is being destroyed, after the
+/// destructors of its own class. Any thread.
+void setAssociatedObject(const NSObject& owner, const void* key, Ref<NSObject> associated);
+
+/// The object kept under `key`, or nil. Any thread.
+Ref<NSObject> associatedObject(const NSObject& owner, const void* key);
+
+/// Removes the association under `key` and answers its object if `isWanted` says yes to that object; else
+/// changes nothing and answers nil. Of several threads that take at the same time one gets the object. A lock
+/// is held while `isWanted` looks at the object, so that it must do nothing else. Any thread.
+[[nodiscard]] Ref<NSObject> takeAssociatedObject(const NSObject& owner, const void* key,
+                                                 bool (*isWanted)(const NSObject& associated));
+
+}  // namespace zeb

@@ -1,0 +1,129 @@
+#pragma once
+
+#include <ZEBPlatform/Linux/Console.h>
+
+#include <atomic>
+#include <cstdint>
+#include <utility>
+
+namespace zeb::detail {
+
+/// A value that many threads read while others replace it by a changed copy.
+///
+/// Reading takes no lock and never waits: it costs two atomic operations. A reader pins the snapshot that is
+/// current and goes on with it, whatever is replaced meanwhile. Each snapshot is counted by itself: it is
+/// destroyed by whoever lets go of it last, at once, however many pins of other snapshots there are. For values
+/// that are read much more often than they are replaced.
+template <class T>
+class SnapshotPointer {
+  struct Snapshot;
+
+ public:
+  /// Keeps one snapshot readable; empty when there was none. May be passed to another thread.
+  class Pin {
+   public:
+    Pin() noexcept = default;
+    Pin(Pin&& other) noexcept : snapshot_(std::exchange(other.snapshot_, nullptr)) {}
+    Pin& operator=(Pin other) noexcept {
+      std::swap(snapshot_, other.snapshot_);
+      return *this;
+    }
+    ~Pin() {
+      if (snapshot_ && snapshot_->pins.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        delete snapshot_;
+      }
+    }
+
+    explicit operator bool() const noexcept { return snapshot_ != nullptr; }
+    const T& operator*() const noexcept { return snapshot_->value; }
+    const T* operator->() const noexcept { return &snapshot_->value; }
+
+   private:
+    friend class SnapshotPointer;
+    explicit Pin(Snapshot* snapshot) noexcept : snapshot_(snapshot) {}
+
+    Snapshot* snapshot_ = nullptr;
+  };
+
+  /// Empty.
+  SnapshotPointer() noexcept = default;
+  SnapshotPointer(const SnapshotPointer&) = delete;
+  SnapshotPointer& operator=(const SnapshotPointer&) = delete;
+  /// Snapshots that are still pinned live on.
+  ~SnapshotPointer() { (void)clear(); }
+
+  /// The current snapshot. Any thread.
+  Pin pin() noexcept {
+    const std::uint64_t word = word_.fetch_add(1, std::memory_order_acquire);
+    if (countIn(word) >= maxCount) [[unlikely]]
+      settle(snapshotIn(word));
+    return Pin(snapshotIn(word));
+  }
+
+  /// The current value, null for none, for a caller who keeps others from replacing it meanwhile.
+  const T* get() const noexcept {
+    const Snapshot* snapshot = snapshotIn(word_.load(std::memory_order_acquire));
+    return snapshot ? &snapshot->value : nullptr;
+  }
+
+  /// Makes `value` the current one. Answers a pin of the one before, so that the caller decides where it is
+  /// destroyed if nobody else reads it: after an own lock, for instance. Any thread.
+  [[nodiscard]] Pin replace(T value) { return exchange(new Snapshot(std::move(value))); }
+  /// The same, with nothing as the current one.
+  [[nodiscard]] Pin clear() noexcept { return exchange(nullptr); }
+
+ private:
+  // The word holds the current snapshot's address in its upper 48 bits, which is as much as Linux gives a
+  // program unless it asks for more, and below it how many pins were made since it was set or settled. A
+  // snapshot's own counter starts with the claim of being current. Pins are added to it when they are settled
+  // and subtracted when they end, so that it may fall below the claim meanwhile but not to zero.
+  static constexpr unsigned countBits = 16;
+  /// From here on a pin settles the count. Another 2^15 threads would have to pin before it is done.
+  static constexpr std::uint64_t maxCount = std::uint64_t{1} << (countBits - 1);
+  static constexpr std::int64_t currentClaim = std::int64_t{1} << 32;
+
+  struct Snapshot {
+    explicit Snapshot(T itsValue) : value(std::move(itsValue)) {}
+    const T value;
+    std::atomic<std::int64_t> pins{currentClaim};
+  };
+  static_assert(sizeof(Snapshot*) == sizeof(std::uint64_t));
+
+  static Snapshot* snapshotIn(std::uint64_t word) noexcept {
+    return reinterpret_cast<Snapshot*>(word >> countBits);
+  }
+  static std::uint64_t countIn(std::uint64_t word) noexcept {
+    return word & ((std::uint64_t{1} << countBits) - 1);
+  }
+
+  Pin exchange(Snapshot* fresh) noexcept {
+    const auto address = reinterpret_cast<std::uint64_t>(fresh);
+    if (address >> (64 - countBits) != 0) {
+      fatal("SnapshotPointer: the system gave memory at an address of more than 48 bits");
+    }
+    const std::uint64_t old = word_.exchange(address << countBits, std::memory_order_acq_rel);
+    Snapshot* replaced = snapshotIn(old);
+    if (replaced) {
+      // The answered pin takes the place of the claim.
+      replaced->pins.fetch_add(static_cast<std::int64_t>(countIn(old)) + 1 - currentClaim,
+                               std::memory_order_relaxed);
+    }
+    return Pin(replaced);
+  }
+
+  /// Moves the count out of the word before it is full. The caller has pinned the snapshot.
+  void settle(Snapshot* pinned) noexcept {
+    std::uint64_t word = word_.load(std::memory_order_relaxed);
+    while (snapshotIn(word) == pinned && countIn(word) >= maxCount) {
+      const auto count = static_cast<std::int64_t>(countIn(word));
+      if (pinned) pinned->pins.fetch_add(count, std::memory_order_relaxed);
+      const std::uint64_t settled = word - countIn(word);
+      if (word_.compare_exchange_weak(word, settled, std::memory_order_relaxed)) return;
+      if (pinned) pinned->pins.fetch_sub(count, std::memory_order_relaxed);
+    }
+  }
+
+  std::atomic<std::uint64_t> word_{0};
+};
+
+}  // namespace zeb::detail

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <ZEBPlatform/Linux/EventDescriptor.h>
+#include <ZEBPlatform/Linux/InterruptibleSleep.h>
+#include <ZEBPlatform/Linux/PollSet.h>
+#include <ZEBPlatform/Linux/TimerDescriptor.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+namespace zeb::detail {
+
+/// What a loop's thread sleeps on: descriptors that are watched, a moment, and a call from another thread.
+///
+/// That takes three descriptors of its own. While the process has none left, the thread sleeps without; only
+/// watching descriptors is impossible then.
+class LoopWaiter {
+ public:
+  /// Makes the waiter's own descriptors, if they are not there; a thread that sleeps without is woken. False
+  /// when the process has too few left. Any thread.
+  bool reserveDescriptors() noexcept;
+
+  /// Null without descriptors of its own. They stay once they are there. Any thread.
+  PollSet* pollSet() noexcept {
+    Descriptors* const descriptors = descriptors_.load(std::memory_order_acquire);
+    return descriptors ? &descriptors->pollSet : nullptr;
+  }
+
+  /// Ends a wait, or the next one; makes the set's descriptor readable until something is collected. For threads
+  /// that know that the loop's thread has called `setMoment` and may be waiting.
+  void wake() noexcept;
+
+  // For the loop's thread:
+
+  /// The moment that ends the next wait. It has to be set before the thread lets others know that it waits,
+  /// because it also decides whether the wait is one on the descriptors.
+  void setMoment(std::uint64_t moment) noexcept;
+  void wait() noexcept;
+
+ private:
+  struct Descriptors {
+    bool areUsable() const noexcept;
+
+    EventDescriptor event;
+    TimerDescriptor timer;
+    PollSet pollSet;
+    std::uint64_t moment = UINT64_MAX;  ///< what the timer is set to
+  };
+
+  std::atomic<Descriptors*> descriptors_{nullptr};
+  std::mutex mutex_;
+  std::unique_ptr<Descriptors> ownedDescriptors_;  ///< under the mutex
+  Descriptors* waitedFor_ = nullptr;               ///< the loop's thread only
+  InterruptibleSleep sleep_;                       ///< for want of descriptors
+};
+
+}  // namespace zeb::detail

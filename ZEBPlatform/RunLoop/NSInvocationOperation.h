@@ -1,0 +1,74 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/FunctionView.h>
+#include <ZEBPlatform/RunLoop/NSOperation.h>
+
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+namespace zeb {
+
+class SEL;  // in Runtime/SEL.h
+
+/// Raised when the result of a cancelled invocation is asked for.
+extern const char* const NSInvocationOperationCancelledException;
+
+/// An operation that calls something which answers a value, and keeps the answer. The callable is released
+/// when the operation has run.
+class NSInvocationOperation : public NSOperation {
+ public:
+  /// Anything that can be called without arguments; what answers nothing answers nil. A nil callable: nothing is
+  /// called, and the result is nil.
+  template <class Callable>
+    requires std::is_invocable_v<std::decay_t<Callable>&>
+  explicit NSInvocationOperation(Callable&& callable)
+      : invocation_(invocation(std::forward<Callable>(callable))) {}
+
+  /// Calls a method of the object, which is kept alive until then. With a nil target or method nothing is called,
+  /// and the result is nil.
+  template <class Target, class Class, class Result>
+  NSInvocationOperation(Ref<Target> target, Result (Class::*method)()) {
+    if (!target || !method) return;
+    invocation_ =
+        invocation([target = std::move(target), method] { return (target.get()->*method)(); });
+  }
+
+  /// Sends the target a message, as `performSelector` does: with the object if the selector takes an argument. Both
+  /// are kept alive until then. Nil receives everything and answers nil; a target that does not know the
+  /// selector stops the process when the operation runs. A nil selector throws NSException
+  /// (NSInvalidArgumentException).
+  ///
+  /// Sending belongs to the dynamic runtime, which is built on this module: the definition is there.
+  NSInvocationOperation(Value target, SEL selector, Value object = nullptr);
+
+  /// What the call answered; nil before the operation has finished. Throws what the call threw, if that was
+  /// an NSException, and NSException (NSInvocationOperationCancelledException) if it was cancelled before.
+  Value result() const;
+
+  void main() override;
+
+ private:
+  template <class Callable>
+  static Block<Value()> invocation(Callable&& callable) {
+    if (detail::isNilCallable(callable)) return nullptr;
+    if constexpr (std::is_void_v<std::invoke_result_t<std::decay_t<Callable>&>>) {
+      return [callable = std::forward<Callable>(callable)]() mutable {
+        callable();
+        return Value();
+      };
+    } else {
+      return std::forward<Callable>(callable);
+    }
+  }
+
+  Block<Value()> invocation_;
+  Value result_;
+  std::optional<NSException> exception_;
+  bool hasRun_ = false;
+};
+
+}  // namespace zeb

@@ -1,0 +1,199 @@
+#pragma once
+
+#include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/FunctionView.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Memory/ShortLock.h>
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <vector>
+
+namespace zeb {
+
+class NSOperationQueue;
+
+/// Which of a queue's ready operations goes first. Other numbers count as the nearest of these.
+enum NSOperationQueuePriority : std::int64_t {
+  NSOperationQueuePriorityVeryLow = -8,
+  NSOperationQueuePriorityLow = -4,
+  NSOperationQueuePriorityNormal = 0,
+  NSOperationQueuePriorityHigh = 4,
+  NSOperationQueuePriorityVeryHigh = 8,
+};
+
+/// How urgent an operation's or a queue's work is for the process's thread pool.
+enum NSQualityOfService : std::int64_t {
+  NSQualityOfServiceUserInteractive = 0x21,
+  NSQualityOfServiceUserInitiated = 0x19,
+  NSQualityOfServiceUtility = 0x11,
+  NSQualityOfServiceBackground = 0x09,
+  NSQualityOfServiceDefault = -1,  ///< of an operation: as its queue
+};
+
+/// One piece of work that runs once, after the operations that it depends on, mostly on an
+/// `NSOperationQueue`. Subclasses override `main`; see also `NSBlockOperation`.
+///
+/// An operation becomes ready when all its dependencies are finished (cancelled ones finish too) or when it
+/// is cancelled, and is run once by its queue or by `start`. A cancelled operation finishes without running
+/// its `main`, or as soon as its running `main` sees `isCancelled` and returns. One that depends on an
+/// operation which nobody starts never runs.
+///
+/// An NSException that leaves `main` is logged and the operation finishes. Any other exception is none of the
+/// platform's. On a queue it ends the process where it is thrown: the operation does not finish, so nobody
+/// who waits for it goes on meanwhile. Out of `start` it reaches the caller, after the operation has finished.
+///
+/// Dependencies in a circle would never run. They are reported instead: enqueueing an operation throws
+/// NSException (NSInvalidArgumentException) that names the circle if it or anything that it waits for is part
+/// of one, and so does the `addDependency` that closes a circle of operations on queues.
+///
+/// Everything may be called from any thread. Priority, quality of service, name and completion block are to
+/// be set before the operation is enqueued.
+class NSOperation : public NSObject {
+ public:
+  NSOperation() noexcept;
+  ~NSOperation() override;
+
+  /// Runs the operation on this thread. Throws NSException (NSInvalidArgumentException) if it is not ready,
+  /// executes already or is on a queue; a finished one is left alone.
+  void start();
+  /// The work. An asynchronous operation's only begins it.
+  virtual void main() {}
+  /// Sets `isCancelled`; nothing that runs is interrupted. An operation that waits on a queue gets ready,
+  /// whatever it depends on, and finishes. Overrides call this.
+  virtual void cancel();
+
+  bool isCancelled() const noexcept { return flags() & cancelledFlag; }
+  bool isExecuting() const noexcept {
+    return (flags() & (executingFlag | finishedFlag)) == executingFlag;
+  }
+  bool isFinished() const noexcept { return flags() & finishedFlag; }
+  /// Whether nothing is left to wait for.
+  bool isReady() const noexcept { return isReadyIn(state_.load(std::memory_order_acquire)); }
+  /// Whether the operation goes on after `main` has returned, until `finish` is called.
+  virtual bool isAsynchronous() const noexcept { return false; }
+
+  /// Makes this operation wait for another one. Nil: nothing. Has no effect once the operation is ready on a
+  /// queue. The other one is kept alive as long as this one depends on it, even when it is finished.
+  void addDependency(const Ref<NSOperation>& operation);
+  /// Nil or a stranger: nothing.
+  void removeDependency(const Ref<NSOperation>& operation);
+  /// In the order in which they were added, each once.
+  std::vector<Ref<NSOperation>> dependencies() const;
+
+  /// Called once after the operation has finished, on the thread that finished it; by then `isFinished` is
+  /// true, and who waited or depends on the operation may run already. Released as soon as it has run. An
+  /// exception that leaves it ends the process.
+  virtual void setCompletionBlock(Block<void()> block);
+  Block<void()> completionBlock() const;
+
+  NSOperationQueuePriority queuePriority() const noexcept { return queuePriority_; }
+  void setQueuePriority(NSOperationQueuePriority priority) noexcept { queuePriority_ = priority; }
+  NSQualityOfService qualityOfService() const noexcept { return qualityOfService_; }
+  void setQualityOfService(NSQualityOfService service) noexcept { qualityOfService_ = service; }
+  NSString name() const;
+  void setName(const NSString& name);
+
+  /// Returns when the operation has finished; its completion block may still run.
+  ///
+  /// Throws NSException (NSGenericException) instead of waiting for ever if this operation, or an unfinished one
+  /// that it depends on, directly or not,
+  ///  - is one whose `main` is calling;
+  ///  - is on the queue of the operation that is calling, which runs one at a time;
+  ///  - is on the main queue and has not begun, and the main thread is calling.
+  /// What is added or changed after the wait has begun is not seen, nor what an operation waits for in other
+  /// ways than by a dependency: its own waits, dispatch queues, semaphores.
+  void waitUntilFinished();
+
+  /// The name, or the class and address.
+  std::string description() const override;
+
+ protected:
+  /// Ends an asynchronous operation. Any thread. Before `main` is called, and again: nothing.
+  void finish();
+
+ private:
+  friend class NSOperationQueue;
+  class CircleSearch;
+  class WaitCheck;
+  struct Dependency;
+  struct Dependencies;
+
+  // The state is one word, so that every step and what it leads to are one atomic operation: flags, and
+  // above them the number of unfinished dependencies.
+  using State = std::uint64_t;
+  static constexpr State cancelledFlag = 1;
+  static constexpr State claimedFlag = 2;    ///< somebody runs it or will: a queue, or `start`
+  static constexpr State enqueuedFlag = 4;   ///< its queue waits for it to get ready
+  static constexpr State submittedFlag = 8;  ///< was ready: its queue may run it at any time
+  static constexpr State executingFlag = 16;
+  static constexpr State finishedFlag = 32;
+  static constexpr State circleFreeFlag = 64;  ///< neither it nor what it waits for is in a circle
+  static constexpr State onPathFlag = 128;     ///< of the search for circles
+  static constexpr State barrierFlag = 256;    ///< waits for its dependencies even when cancelled
+  static constexpr State oneDependency = State{1} << 32;
+
+  State flags() const noexcept { return state_.load(std::memory_order_acquire); }
+  static bool isReadyIn(State state) noexcept {
+    return (state & (cancelledFlag | barrierFlag)) == cancelledFlag || state < oneDependency;
+  }
+  /// Whether an operation in this state has to be handed to its queue. One in another state may run and die at
+  /// any time, so that nobody without a reference may touch it.
+  static bool isToBeSubmittedIn(State state) noexcept {
+    return (state & (enqueuedFlag | submittedFlag)) == enqueuedFlag && isReadyIn(state);
+  }
+  /// After a step to `state`: whether it is on the caller to hand the operation to its queue.
+  bool shallSubmit(State state) noexcept {
+    return isToBeSubmittedIn(state) &&
+           !(state_.fetch_or(submittedFlag, std::memory_order_acq_rel) & submittedFlag);
+  }
+
+  void claim();
+  void unclaim() noexcept { state_.fetch_and(~claimedFlag, std::memory_order_acq_rel); }
+  void execute(NSOperationQueue* queue);
+  void end() noexcept;
+  /// Throws if a wait for all these operations, which make up `what`, would certainly never end.
+  static void requireThatWaitingCanEnd(FunctionView<std::vector<Ref<NSOperation>>()> awaited,
+                                       const NSObject& what);
+  bool isHeldUpBy(const WaitCheck& caller, bool isAwaitedItself) const;
+
+  // For those whose dependencies are free of circles (see OperationCirclesPrivate.h).
+  using Level = std::uint32_t;
+  void requireNoCircle();
+  bool markCircleFreeIfDependenciesAre();
+  void rise(Level level, std::vector<Ref<NSOperation>>& dependents);
+  bool hasDependents() const;
+
+  bool insertDependency(const Ref<NSOperation>& operation, State flagsAgainst);
+  std::vector<Ref<NSOperation>> dependenciesWithout(State unwantedFlags) const;
+  void addDependent(Dependency& dependency) noexcept;
+  static void removeDependent(Dependency& dependency) noexcept;
+  NSOperation* unlinkDependents() noexcept;
+  void forgetDependencies();
+  void letGo(Dependencies* dependencies) noexcept;
+
+  std::atomic<State> state_{0};
+  mutable detail::ShortLock mutex_;
+  std::atomic<Level> level_{0};  ///< changed under the mutex
+  // Under the mutex:
+  Dependencies* dependencies_ = nullptr;
+  Dependencies* lastDependencies_ = nullptr;
+  Dependency* dependents_ = nullptr;  ///< those that wait for this operation
+  std::vector<dispatch_semaphore_t> waiters_;
+  Block<void()> completionBlock_;
+  NSString name_;
+
+  NSOperationQueuePriority queuePriority_ = NSOperationQueuePriorityNormal;
+  NSQualityOfService qualityOfService_ = NSQualityOfServiceDefault;
+
+  NSOperationQueue* queue_ = nullptr;  ///< set once, before `enqueuedFlag`
+  NSOperation* nextReady_ = nullptr;   ///< of those that got ready together, then of its queue's
+  // Its queue's, under the queue's mutex:
+  NSOperation* nextInQueue_ = nullptr;
+  NSOperation* previousInQueue_ = nullptr;
+};
+
+}  // namespace zeb

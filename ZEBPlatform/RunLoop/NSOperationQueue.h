@@ -1,0 +1,134 @@
+#pragma once
+
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Memory/Block.h>
+#include <ZEBPlatform/Memory/FunctionView.h>
+#include <ZEBPlatform/RunLoop/NSOperation.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <mutex>
+#include <span>
+#include <vector>
+
+namespace zeb {
+
+/// As many operations at once as the thread pool runs.
+inline constexpr std::int64_t NSOperationQueueDefaultMaxConcurrentOperationCount = -1;
+
+/// Runs operations on the process's thread pool, each as soon as it is ready and the limit of operations at
+/// once allows it; of several, the one with the highest priority, then the one that got ready first.
+///
+/// The queue keeps its operations alive until they have finished, and they keep the queue: dropping it loses
+/// no operation. (So a suspended queue that has operations has to be resumed or cancelled before it is
+/// dropped.) Any thread may call anything.
+class NSOperationQueue : public NSObject {
+ public:
+  NSOperationQueue();
+
+  /// The queue of the main thread: one operation at a time, run by the main run loop. Its limit, suspension
+  /// and underlying queue can't be changed: such calls do nothing.
+  static const Ref<NSOperationQueue>& mainQueue();
+  /// The queue whose operation the caller is part of; on the main thread outside of any, the main one; else
+  /// nil.
+  static Ref<NSOperationQueue> currentQueue();
+
+  /// Nil: nothing. An operation that is on a queue, executes or has finished, or that waits in a circle, throws
+  /// NSException (NSInvalidArgumentException) and is not added.
+  void addOperation(const Ref<NSOperation>& operation);
+  /// All of them, in this order; after an exception, none. With `waitUntilFinished` this returns when they have
+  /// finished. Where that would be never, it throws as `NSOperation::waitUntilFinished` does: then they are on
+  /// the queue and run as soon as they can.
+  void addOperations(std::span<const Ref<NSOperation>> operations, bool waitUntilFinished);
+  void addOperations(std::initializer_list<Ref<NSOperation>> operations, bool waitUntilFinished) {
+    addOperations(std::span(operations.begin(), operations.size()), waitUntilFinished);
+  }
+  /// Nil: nothing.
+  void addOperationWithBlock(Block<void()> block);
+  /// Runs the block alone: after everything that is on the queue now, before everything added later. When it is
+  /// cancelled, it is not run, but its place in the order remains. Nil: nothing.
+  void addBarrierBlock(Block<void()> block);
+
+  /// Those that have not finished, in the order in which they were added.
+  std::vector<Ref<NSOperation>> operations() const;
+  std::size_t operationCount() const;
+  void cancelAllOperations();
+  /// Returns when the queue is empty; completion blocks may still run. Throws NSException (NSGenericException)
+  /// instead of waiting for ever where `waitUntilFinished` of one of the queue's operations would.
+  void waitUntilAllOperationsAreFinished();
+
+  /// Less than -1 throws NSException (NSInvalidArgumentException); with 0 nothing runs. What runs goes on.
+  void setMaxConcurrentOperationCount(std::int64_t count);
+  std::int64_t maxConcurrentOperationCount() const;
+
+  /// Keeps operations from starting; those that execute go on.
+  void setSuspended(bool suspended);
+  bool isSuspended() const;
+
+  NSQualityOfService qualityOfService() const;
+  void setQualityOfService(NSQualityOfService service);
+
+  /// The dispatch queue that runs the operations; nil: the global one of the quality of service. Throws
+  /// NSException (NSInvalidArgumentException) while there are operations, and for the main dispatch queue.
+  void setUnderlyingQueue(const dispatch_queue_t& queue);
+  dispatch_queue_t underlyingQueue() const;
+
+  NSString name() const;
+  void setName(const NSString& name);
+  std::string description() const override;
+
+ private:
+  friend class NSOperation;
+
+  /// Ready operations of one priority, first in first out.
+  struct ReadyList {
+    NSOperation* first = nullptr;
+    NSOperation** end = &first;
+  };
+  static constexpr std::size_t priorities = 5;
+
+  class Tickets;
+
+  enum OfMainThread { ofMainThread };
+  explicit NSOperationQueue(OfMainThread);
+
+  static void submit(NSOperation* readyOperations);
+  bool append(std::span<const Ref<NSOperation>> operations, Ref<NSOperation>& awaitedBarrier);
+  void useTicket();
+  void remove(NSOperation& operation, NSOperation* readyOperations);
+  void change(FunctionView<void()> step);
+  Ref<NSOperation> latestBarrier() const;
+
+  // Under the mutex.
+  void append(NSOperation& operation) noexcept;
+  void pushReady(NSOperation& operation) noexcept;
+  NSOperation* pushReadyOfOwn(NSOperation* readyOperations) noexcept;
+  NSOperation* firstReady() const noexcept;
+  NSOperation* takeReady() noexcept;
+  bool hasRoomForTicket() const noexcept;
+  Ref<NSOperationQueue> referenceIfIdle() noexcept;
+  std::vector<Ref<NSOperation>> allOperations() const;
+
+  const bool isMain_ = false;
+  mutable detail::ShortLock mutex_;
+  NSOperation* first_ = nullptr;  ///< all operations, oldest first; each is retained
+  NSOperation* last_ = nullptr;
+  std::size_t count_ = 0;
+  ReadyList ready_[priorities];
+  std::int64_t readyCount_ = 0;
+  std::int64_t ticketCount_ = 0;  ///< given to the thread pool, and not yet begun
+  std::int64_t executingCount_ = 0;
+  std::int64_t limit_ = NSOperationQueueDefaultMaxConcurrentOperationCount;
+  bool isSuspended_ = false;
+  Ref<NSOperation> barrier_;    ///< the latest one, until it has finished
+  Ref<NSOperationQueue> self_;  ///< while there are operations or tickets
+  std::vector<dispatch_semaphore_t> waiters_;
+  NSQualityOfService qualityOfService_ = NSQualityOfServiceDefault;
+  dispatch_queue_t globalQueue_;      ///< of that quality, for want of an underlying one
+  dispatch_queue_t underlyingQueue_;  ///< nil unless somebody set it
+  NSString name_;
+};
+
+}  // namespace zeb

@@ -1,0 +1,206 @@
+#include <ZEBPlatform/Dispatch/ThreadGate.h>
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
+#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/RunLoop/NSThread.h>
+#include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
+#include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace zeb {
+
+constinit const char* const NSThreadWillExitNotification = "NSThreadWillExitNotification";
+
+/// The calling thread's own `NSThread`.
+class NSThread::Current {
+ public:
+  static Ref<NSThread> get() {
+    if (isOver_) return afterTheEnd();
+    if (!current_.thread_) {
+      current_.thread_ =
+          zeb::isMainThread() ? mainThread() : Ref<NSThread>::adopt(new NSThread(ForeignThread{}));
+    }
+    return current_.thread_;
+  }
+  static void set(Ref<NSThread> thread) { current_.thread_ = std::move(thread); }
+
+  ~Current() {
+    isOver_ = true;
+    // The main thread's loop may be asked for until the very end of the process.
+    if (thread_ && !thread_->isMain_) thread_->finish();
+  }
+
+ private:
+  /// For destructors of other thread-local objects: a thread whose loop has ended.
+  static Ref<NSThread> afterTheEnd() {
+    if (zeb::isMainThread()) return mainThread();
+    Ref<NSThread> thread = Ref<NSThread>::adopt(new NSThread(ForeignThread{}));
+    thread->finish();
+    return thread;
+  }
+
+  static thread_local Current current_;
+  static constinit thread_local bool isOver_;
+
+  Ref<NSThread> thread_;
+};
+
+thread_local NSThread::Current NSThread::Current::current_;
+constinit thread_local bool NSThread::Current::isOver_ = false;
+
+NSThread::NSThread(Block<void()> block)
+    : isMain_(false), runLoop_(NSRunLoop::make(isMain_)), block_(std::move(block)) {}
+
+NSThread::NSThread(MainThread)
+    : isMain_(true), phase_(Phase::started), runLoop_(NSRunLoop::make(isMain_)) {}
+
+NSThread::NSThread(ForeignThread)
+    : isMain_(false),
+      phase_(Phase::started),
+      runLoop_(NSRunLoop::make(isMain_)),
+      handle_(currentThreadHandle()) {
+  runLoop_->core().adopt();
+}
+
+NSThread::~NSThread() { finish(); }
+
+void NSThread::detachNewThreadWithBlock(Block<void()> block) {
+  makeRef<NSThread>(std::move(block))->start();
+}
+
+Ref<NSThread> NSThread::currentThread() { return Current::get(); }
+
+const Ref<NSThread>& NSThread::mainThread() {
+  static const auto* thread = new Ref<NSThread>(Ref<NSThread>::adopt(new NSThread(MainThread{})));
+  return *thread;
+}
+
+void NSThread::sleepForTimeInterval(NSTimeInterval seconds) {
+  // Longer than that the standard library's clocks can't count.
+  constexpr NSTimeInterval aCentury = 100.0 * 366 * 24 * 60 * 60;
+  if (!(seconds > 0)) return;
+  std::this_thread::sleep_for(std::chrono::duration<double>(std::min(seconds, aCentury)));
+}
+
+void NSThread::sleepUntilDate(const NSDate& date) {
+  sleepForTimeInterval(date.timeIntervalSinceDate(NSDate::date()));
+}
+
+void NSThread::start() {
+  Phase expected = Phase::made;
+  if (!phase_.compare_exchange_strong(expected, Phase::started)) {
+    raiseInvalidArgument("the thread was started before");
+  }
+  const auto enter = [](void* thread) {
+    Ref<NSThread>::adopt(static_cast<NSThread*>(thread))->run();
+  };
+  retain();
+  if (startThread(stackSize(), enter, this)) return;
+  phase_ = Phase::made;
+  release();
+  throw NSException(NSGenericException, "the system has no more threads");
+}
+
+void NSThread::run() noexcept {
+  Current::set(Ref<NSThread>(this));
+  runLoop_->core().adopt();
+  Block<void()> block;
+  {
+    std::lock_guard guard(mutex_);
+    handle_ = currentThreadHandle();
+    if (!name_.isNil()) setThreadName(*handle_, name_.utf8());
+    block = std::exchange(block_, nullptr);
+  }
+  if (block && !isCancelled()) block();
+  NSNotificationCenter::defaultCenter()->postNotificationName(NSThreadWillExitNotification,
+                                                              Ref<NSThread>(this));
+  block = nullptr;
+  finish();
+}
+
+/// On the thread itself, or where its last reference is released. Again: nothing.
+void NSThread::finish() noexcept {
+  if (phase_.exchange(Phase::finished) == Phase::finished) return;
+  {
+    std::lock_guard guard(mutex_);
+    handle_.reset();
+  }
+  dictionary_ = nullptr;
+  runLoop_->core().close();
+}
+
+void NSThread::cancel() noexcept { isCancelled_ = true; }
+bool NSThread::isCancelled() const noexcept { return isCancelled_; }
+bool NSThread::isExecuting() const noexcept { return phase_ == Phase::started; }
+bool NSThread::isFinished() const noexcept { return phase_ == Phase::finished; }
+bool NSThread::isMainThread() const noexcept { return isMain_; }
+
+NSString NSThread::name() const {
+  std::lock_guard guard(mutex_);
+  return name_;
+}
+
+void NSThread::setName(const NSString& name) {
+  std::lock_guard guard(mutex_);
+  name_ = name.copy();
+  if (handle_) setThreadName(*handle_, name_.utf8());
+}
+
+std::size_t NSThread::stackSize() const {
+  std::lock_guard guard(mutex_);
+  return stackSize_;
+}
+
+void NSThread::setStackSize(std::size_t bytes) {
+  std::lock_guard guard(mutex_);
+  stackSize_ = bytes;
+}
+
+const Ref<NSRunLoop>& NSThread::runLoop() const noexcept { return runLoop_; }
+
+NSMutableDictionary NSThread::threadDictionary() {
+  if (dictionary_.isNil()) dictionary_ = NSMutableDictionary();
+  return dictionary_;
+}
+
+namespace detail {
+
+const NSArray& commonModes() {
+  static const auto* modes = new NSArray{NSRunLoopCommonModes};
+  return *modes;
+}
+
+void performAndWait(const Ref<NSThread>& thread, FunctionView<void()> block, const NSArray& modes) {
+  if (!block) return;
+  if (NSThread::currentThread() == thread) {
+    block();
+    return;
+  }
+  // Opened with the end of the posted block, be it called or dropped.
+  class Opener {
+   public:
+    explicit Opener(ThreadGate& gate) : gate_(&gate) {}
+    Opener(Opener&& other) noexcept : gate_(std::exchange(other.gate_, nullptr)) {}
+    Opener(const Opener&) = delete;
+    Opener& operator=(const Opener&) = delete;
+    ~Opener() {
+      if (gate_) gate_->open();
+    }
+
+   private:
+    ThreadGate* gate_;
+  };
+  ThreadGate gate;
+  WorkItem& item = *newWorkItem([block, opener = Opener(gate)] { block(); });
+  item.runner = new PerformScope(modes, nullptr);
+  if (modes.count() == 0 || !thread->runLoop()->core().post(item)) PerformScope::dropAtOnce(item);
+  gate.wait();
+}
+
+}  // namespace detail
+
+}  // namespace zeb

@@ -1,0 +1,124 @@
+#include <ZEBPlatform/Linux/Clock.h>
+#include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
+#include <ZEBPlatform/RunLoop/NSRunLoop.h>
+#include <ZEBPlatform/RunLoop/NSTimer.h>
+#include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
+
+#include <utility>
+
+namespace zeb {
+
+namespace {
+
+constexpr NSTimeInterval shortestInterval = 0.0001;
+
+NSTimeInterval usableInterval(NSTimeInterval interval) noexcept {
+  return interval >= shortestInterval ? interval : shortestInterval;  // also for what is no number
+}
+
+}  // namespace
+
+NSTimer::NSTimer(const NSDate& fireDate, NSTimeInterval interval, bool repeats, Handler handler,
+                 Value userInfo)
+    : interval_(usableInterval(interval)),
+      repeats_(repeats),
+      userInfo_(std::move(userInfo)),
+      handler_(std::move(handler)) {
+  setFireTime(fireDate);
+}
+
+NSTimer::~NSTimer() = default;
+
+Ref<NSTimer> NSTimer::timerWithTimeInterval(NSTimeInterval interval, bool repeats, Handler handler,
+                                            Value userInfo) {
+  const NSDate first = NSDate::date().dateByAddingTimeInterval(usableInterval(interval));
+  return makeRef<NSTimer>(first, interval, repeats, std::move(handler), std::move(userInfo));
+}
+
+Ref<NSTimer> NSTimer::scheduledTimerWithTimeInterval(NSTimeInterval interval, bool repeats,
+                                                     Handler handler, Value userInfo) {
+  const Ref<NSTimer> timer =
+      timerWithTimeInterval(interval, repeats, std::move(handler), std::move(userInfo));
+  NSRunLoop::currentRunLoop()->addTimer(timer, NSDefaultRunLoopMode);
+  return timer;
+}
+
+NSDate NSTimer::fireDate() const {
+  std::lock_guard guard(mutex_);
+  return fireDate_;
+}
+
+void NSTimer::setFireDate(const NSDate& date) {
+  std::lock_guard guard(mutex_);
+  if (!isValid()) return;
+  setFireTime(date);
+  schedule();
+}
+
+NSTimeInterval NSTimer::tolerance() const {
+  std::lock_guard guard(mutex_);
+  return tolerance_;
+}
+
+void NSTimer::setTolerance(NSTimeInterval seconds) {
+  std::lock_guard guard(mutex_);
+  tolerance_ = seconds > 0 ? seconds : 0;
+  schedule();
+}
+
+void NSTimer::setFireTime(const NSDate& date) noexcept {
+  fireDate_ = date.isNil() ? NSDate::date() : date;
+  moment_ = detail::momentOfDate(fireDate_);
+}
+
+/// With the lock held: tells the loop of a change.
+void NSTimer::schedule() {
+  if (!loop_ || isFiring_) return;
+  detail::RunLoopCore& core = loop_->core();
+  if (core.modes().schedule(*this)) core.lookAround();
+}
+
+void NSTimer::fire() {
+  {
+    std::lock_guard guard(mutex_);
+    if (!repeats_ && std::exchange(hasFired_, true)) return;
+  }
+  callBlock();
+}
+
+/// The loop has taken the timer out of a heap because it is due.
+void NSTimer::fireIfDue() noexcept {
+  {
+    std::lock_guard guard(mutex_);
+    const std::uint64_t now = mach_absolute_time();
+    // Somebody else may have changed it meanwhile, or a loop that its block runs has come across it.
+    if (!isValid() || isFiring_ || moment_ > now) return;
+    if (repeats_) {
+      advanceBeyond(now);
+    } else if (std::exchange(hasFired_, true)) {
+      return;
+    }
+    isFiring_ = true;
+  }
+  callBlock();
+  std::lock_guard guard(mutex_);
+  isFiring_ = false;
+  schedule();
+}
+
+void NSTimer::callBlock() noexcept {
+  if (const Handler handler = handler_.get()) handler(Ref<NSTimer>(this));
+  if (!repeats_) invalidate();
+}
+
+void NSTimer::advanceBeyond(std::uint64_t now) noexcept {
+  const std::uint64_t step = detail::ticksOfInterval(interval_);
+  const std::uint64_t steps = (now - moment_) / step + 1;
+  const bool isInReach = steps <= (UINT64_MAX - moment_) / step;
+  moment_ = isInReach ? moment_ + steps * step : UINT64_MAX;
+  fireDate_ = fireDate_.dateByAddingTimeInterval(static_cast<double>(steps) * interval_);
+}
+
+void NSTimer::leave(detail::RunLoopCore& core) noexcept { core.modes().remove(*this); }
+
+}  // namespace zeb

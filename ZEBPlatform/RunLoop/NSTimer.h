@@ -1,0 +1,94 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/RunLoop/ItemBlock.h>
+#include <ZEBPlatform/RunLoop/RunLoopItem.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace zeb {
+
+namespace detail {
+struct TimerNode;
+}
+
+/// Calls a block at a moment, or again and again, on the thread of the run loop that it is added to. For
+/// timers on queues see Dispatch/DispatchSource.h.
+///
+/// Dates are wall-clock dates. They become moments of the monotonic clock when the timer is made or its
+/// date is set: setting the machine's clock afterwards moves nothing, and time that the machine sleeps does
+/// not count. A repeating timer keeps to its grid (date + n × interval) however late a firing was. Firings
+/// that were missed because the machine or the loop was busy, or the loop ran in other modes, become one
+/// late firing, never a burst; the next one is the first moment of the grid after that.
+///
+/// A timer that does not repeat is invalidated after its firing. All functions may be called from any
+/// thread.
+class NSTimer final : public RunLoopItem {
+ public:
+  using Handler = Block<void(const Ref<NSTimer>& timer)>;
+
+  /// Fires first at `fireDate` (nil or past: at once), then each `interval` seconds if it repeats; intervals
+  /// below 0.0001 count as that. Does nothing until it is added to a run loop.
+  NSTimer(const NSDate& fireDate, NSTimeInterval interval, bool repeats, Handler handler,
+          Value userInfo = nullptr);
+  ~NSTimer() override;
+
+  /// A timer that fires first after `interval` seconds.
+  static Ref<NSTimer> timerWithTimeInterval(NSTimeInterval interval, bool repeats, Handler handler,
+                                            Value userInfo = nullptr);
+  /// The same, added to the calling thread's run loop in the default mode.
+  static Ref<NSTimer> scheduledTimerWithTimeInterval(NSTimeInterval interval, bool repeats,
+                                                     Handler handler, Value userInfo = nullptr);
+
+  /// The next firing, or the last one of a timer that is invalid.
+  NSDate fireDate() const;
+  /// Moves the next firing, and with it the grid. An invalid timer stays as it is.
+  void setFireDate(const NSDate& date);
+
+  /// Seconds between firings; 0 for a timer that does not repeat.
+  NSTimeInterval timeInterval() const noexcept { return repeats_ ? interval_ : 0; }
+  bool repeats() const noexcept { return repeats_; }
+  const Value& userInfo() const noexcept { return userInfo_; }
+
+  /// Seconds that a firing may be late, so that several timers share one wake-up; the grid stays. At first
+  /// 0.
+  NSTimeInterval tolerance() const;
+  void setTolerance(NSTimeInterval seconds);
+
+  /// Calls the block now, on this thread. A repeating timer's schedule stays as it is; another one is invalid
+  /// afterwards. An invalid timer does nothing.
+  void fire();
+
+ private:
+  friend class NSRunLoop;
+  friend class detail::RunLoopCore;
+  friend class detail::RunLoopModes;
+
+  void setFireTime(const NSDate& date) noexcept;
+  void advanceBeyond(std::uint64_t now) noexcept;
+  void schedule();
+  void fireIfDue() noexcept;
+  void callBlock() noexcept;
+  void leave(detail::RunLoopCore& core) noexcept override;
+  void releaseBlock() noexcept override { handler_.release(); }
+
+  const NSTimeInterval interval_;
+  const bool repeats_;
+  const Value userInfo_;
+
+  // Under the item's lock:
+  NSDate fireDate_;
+  std::uint64_t moment_;  ///< the same on the monotonic clock
+  NSTimeInterval tolerance_ = 0;
+  bool isFiring_ = false;  ///< its loop calls it, and schedules it afterwards
+  bool hasFired_ = false;  ///< what counts for one that does not repeat
+  detail::ItemBlock<void(const Ref<NSTimer>&)> handler_;
+
+  /// Under the modes' lock: its place in each mode.
+  std::vector<std::unique_ptr<detail::TimerNode>> nodes_;
+};
+
+}  // namespace zeb

@@ -1,0 +1,332 @@
+#include <ZEBPlatform/Dispatch/MainQueue.h>
+#include <ZEBPlatform/Linux/Clock.h>
+#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
+#include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace zeb::detail {
+
+namespace {
+
+/// After so many blocks a loop looks at its timers and descriptors again.
+constexpr std::size_t blocksPerPass = 256;
+
+constinit std::atomic<RunLoopCore*> mainCore{nullptr};
+
+/// Different for each thread that runs.
+const void* currentThreadMark() noexcept {
+  static thread_local const char mark = 0;
+  return &mark;
+}
+
+}  // namespace
+
+class RunLoopCore::FrameScope {
+ public:
+  FrameScope(RunLoopCore& core, RunFrame& frame) : core_(core) { set(&frame); }
+  FrameScope(const FrameScope&) = delete;
+  FrameScope& operator=(const FrameScope&) = delete;
+  ~FrameScope() { set(core_.frame_->outer); }
+
+ private:
+  void set(RunFrame* frame) {
+    std::lock_guard guard(core_.frameMutex_);
+    core_.frame_ = frame;
+  }
+
+  RunLoopCore& core_;
+};
+
+// For any thread.
+
+bool RunLoopCore::post(WorkItem& item) noexcept {
+  const LoopInbox::Outcome outcome = inbox_.push(item);
+  if (outcome == LoopInbox::Outcome::mustWake) waiter_.wake();
+  return outcome != LoopInbox::Outcome::closed;
+}
+
+void RunLoopCore::lookAround() noexcept {
+  if (inbox_.requestLook() == LoopInbox::Outcome::mustWake) waiter_.wake();
+}
+
+void RunLoopCore::mainQueueIsReady() noexcept {
+  isMainQueueReady_.store(true, std::memory_order_release);
+  lookAround();
+}
+
+void RunLoopCore::stop() noexcept {
+  {
+    std::lock_guard guard(frameMutex_);
+    if (!frame_) return;
+    frame_->isStopped.store(true, std::memory_order_relaxed);
+  }
+  lookAround();
+}
+
+void RunLoopCore::observerWasAdded() noexcept {
+  if (isHosted_) lookAround();
+}
+
+bool RunLoopCore::canWatch(int descriptor) noexcept {
+  return waiter_.reserveDescriptors() && modes_.canWatch(descriptor, *waiter_.pollSet());
+}
+
+void RunLoopCore::watch(int descriptor) {
+  if (PollSet* const pollSet = waiter_.pollSet()) modes_.watch(descriptor, *pollSet);
+}
+
+void RunLoopCore::adopt() noexcept {
+  ownThread_.store(currentThreadMark(), std::memory_order_relaxed);
+  if (!isMain_) return;
+  mainCore.store(this);
+  setMainQueueWaker([] { mainCore.load()->mainQueueIsReady(); });
+}
+
+void RunLoopCore::requireOwnThread() noexcept {
+  if (ownThread_.load(std::memory_order_relaxed) == currentThreadMark()) return;
+  if (!isMain_ || !isMainThread()) fatal("A run loop was used on a thread that is not its own.");
+  adopt();  // the main thread comes here for the first time
+}
+
+void RunLoopCore::close() noexcept {
+  pending_.append(inbox_.close());
+  pending_.dropAll();
+  for (const Ref<RunLoopItem>& item : modes_.close()) item->invalidate();
+}
+
+// For the loop's own thread.
+
+bool RunLoopCore::run(const NSString& modeName, std::uint64_t limit, bool endsAfterInput) {
+  requireOwnThread();
+  const RunLoopModes::Run run(modes_, modeName);
+  const bool didRun = runFrame(run.mode(), limit, endsAfterInput);
+  if (isHosted_) leaveWaitingToHost();
+  return didRun;
+}
+
+bool RunLoopCore::runFrame(RunLoopMode& mode, std::uint64_t limit, bool endsAfterInput) {
+  RunFrame frame{mode, frame_};
+  FrameScope scope(*this, frame);
+  beginRun();
+  takePosted();
+  const RunLoopModes::Outlook outlook = modes_.outlook(mode);
+  if (!hasWork(frame, outlook) && !canGetWork(frame, outlook)) return false;
+  notify(frame, RunLoopEntry);
+  while (!frame.isStopped) {
+    const bool didHandleInput = pass(frame);
+    if (frame.isStopped || (endsAfterInput && didHandleInput)) break;
+    if (limit != UINT64_MAX && mach_absolute_time() >= limit) break;
+    const RunLoopModes::Outlook next = modes_.outlook(mode);
+    if (hasWork(frame, next)) continue;
+    if (!canGetWork(frame, next)) break;
+    notify(frame, RunLoopBeforeWaiting);
+    wait(frame, limit);
+    notify(frame, RunLoopAfterWaiting);
+  }
+  notify(frame, RunLoopExit);
+  return true;
+}
+
+/// What is ready but not handled, because its block is what runs the loop, must not keep it awake.
+void RunLoopCore::beginRun() {
+  ++runs_;
+  for (RunLoopDescriptorSource* const source : calledSources_) {
+    source->setResting(true);
+    watch(source->descriptor());
+  }
+}
+
+/// One turn of everything that there is to do. Whether something other than a timer was handled.
+bool RunLoopCore::pass(RunFrame& frame) {
+  notify(frame, RunLoopBeforeTimers);
+  fireDueTimers(frame);
+  notify(frame, RunLoopBeforeSources);
+  bool didHandleInput = runBlocks(frame);
+  didHandleInput |= runSources(frame);
+  didHandleInput |= runMainQueue(frame);
+  didHandleInput |= handleDescriptors(frame);
+  return didHandleInput;
+}
+
+void RunLoopCore::fireDueTimers(RunFrame& frame) {
+  const std::uint64_t now = mach_absolute_time();
+  while (!frame.isStopped) {
+    const Ref<NSTimer> timer = modes_.takeDueTimer(frame.mode, now);
+    if (!timer) return;
+    timer->fireIfDue();
+  }
+}
+
+bool RunLoopCore::runBlocks(RunFrame& frame) {
+  takePosted();
+  bool didRun = false;
+  for (std::size_t left = std::min(pending_.count(), blocksPerPass); left > 0; --left) {
+    if (frame.isStopped.load(std::memory_order_relaxed)) break;
+    WorkItem* const item = pending_.takeFirst(frame.mode);
+    if (!item) break;
+    PerformScope::run(*item);
+    didRun = true;
+  }
+  didRunBlocks_ |= didRun;
+  return didRun;
+}
+
+bool RunLoopCore::runSources(RunFrame& frame) {
+  bool didRun = false;
+  if (!modes_.hasAny<RunLoopSource>()) return didRun;
+  // What signals itself again has its turn in the next pass.
+  for (const Ref<RunLoopSource>& source : modes_.signalledSources(frame.mode)) {
+    if (frame.isStopped) break;
+    didRun |= source->perform();
+  }
+  return didRun;
+}
+
+bool RunLoopCore::runMainQueue(RunFrame& frame) {
+  if (!frame.mode.isCommon || frame.isStopped || !isMainQueueReady_.exchange(false)) return false;
+  if (detail::runMainQueue()) isMainQueueReady_ = true;
+  return true;
+}
+
+bool RunLoopCore::handleDescriptors(RunFrame& frame) {
+  if (!modes_.hasAny<RunLoopDescriptorSource>()) return false;
+  PollSet& pollSet = *waiter_.pollSet();  // without one, no source was added
+  modes_.watchMode(frame.mode, pollSet);
+  std::array<ReadyDescriptor, 64> ready;
+  const std::size_t count = pollSet.collect(ready);
+  // Collecting took the sign that the host's loop goes by: a callback may run that loop.
+  if (isHosted_ && count > 0) waiter_.wake();
+  const std::uint64_t runs = runs_;
+  bool didCall = false;
+  for (std::size_t index = 0; index < count; ++index) {
+    for (const auto& source : modes_.sourcesOf(frame.mode, ready[index].descriptor)) {
+      // A run from inside a callback has handled what else was ready; the rest is reported anew.
+      if (frame.isStopped || runs != runs_) return didCall;
+      didCall |= call(*source, ready[index].readiness);
+    }
+  }
+  return didCall;
+}
+
+bool RunLoopCore::call(RunLoopDescriptorSource& source, Readiness readiness) {
+  std::uint32_t events = 0;
+  if (readiness.isReadable) events |= DescriptorReadable;
+  if (readiness.isWritable) events |= DescriptorWritable;
+  calledSources_.push_back(&source);
+  const bool didCall = source.call(events);
+  calledSources_.pop_back();
+  if (source.isResting()) {
+    source.setResting(false);
+    watch(source.descriptor());
+  }
+  return didCall;
+}
+
+void RunLoopCore::notify(RunFrame& frame, RunLoopActivity activity) {
+  if (!modes_.hasAny<RunLoopObserver>()) return;
+  for (const auto& observer : modes_.observersOf(frame.mode, activity)) observer->call(activity);
+}
+
+bool RunLoopCore::hasWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) noexcept {
+  if (pending_.hasAny(frame.mode) || inbox_.hasItems() || outlook.hasSignalledSource) return true;
+  if (frame.mode.isCommon && isMainQueueReady_) return true;
+  return outlook.nextWakeUp != UINT64_MAX && outlook.nextWakeUp <= mach_absolute_time();
+}
+
+/// Whether the mode has anything to wait for.
+bool RunLoopCore::canGetWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) const noexcept {
+  return outlook.hasTimers || outlook.hasInputs || (isMain_ && frame.mode.isCommon);
+}
+
+void RunLoopCore::wait(RunFrame& frame, std::uint64_t limit) {
+  // Looked at anew, for an observer may have added something.
+  const RunLoopModes::Outlook outlook = modes_.outlook(frame.mode);
+  if (frame.isStopped || hasWork(frame, outlook)) return;
+  if (waiter_.reserveDescriptors()) modes_.watchMode(frame.mode, *waiter_.pollSet());
+  waiter_.setMoment(std::min(outlook.nextWakeUp, limit));
+  if (std::exchange(didRunBlocks_, false)) lingerForNews();
+  if (inbox_.tryToSleep()) waiter_.wait();
+}
+
+/// Blocks from another thread are often followed by more. Waiting for these without sleeping costs less than
+/// being woken, for as long as that would take.
+void RunLoopCore::lingerForNews() const noexcept {
+  constexpr int looks = 400;
+  for (int look = 0; look < looks && !inbox_.hasNews(); ++look) relaxProcessor();
+}
+
+RunLoopModes::Outlook RunLoopCore::fireTimers(const NSString& modeName) {
+  requireOwnThread();
+  const RunLoopModes::Run run(modes_, modeName);
+  RunFrame frame{run.mode(), frame_};
+  FrameScope scope(*this, frame);
+  fireDueTimers(frame);
+  return modes_.outlook(frame.mode);
+}
+
+NSString RunLoopCore::currentMode() {
+  requireOwnThread();
+  return frame_ ? frame_->mode.name : NSString();
+}
+
+void RunLoopCore::makeCommon(const NSString& modeName) {
+  requireOwnThread();
+  modes_.makeCommon(modeName, waiter_.pollSet());
+  pending_.forgetWhatWasSkipped();
+}
+
+void RunLoopCore::dropBlocks(const void* target) {
+  requireOwnThread();
+  takePosted();
+  pending_.drop(target);
+  if (isHosted_) leaveWaitingToHost();
+}
+
+// For an application's own loop.
+
+int RunLoopCore::pollableDescriptor() {
+  requireOwnThread();
+  if (!waiter_.reserveDescriptors()) return -1;
+  isHosted_ = true;
+  leaveWaitingToHost();
+  return waiter_.pollSet()->descriptor();
+}
+
+void RunLoopCore::runPending() {
+  requireOwnThread();
+  // A callback may run the application's loop, which must not wait while there are callbacks left.
+  waiter_.wake();
+  {
+    RunFrame frame{modes_.defaultMode(), frame_};
+    FrameScope scope(*this, frame);
+    beginRun();
+    if (std::exchange(isHostWaiting_, false)) notify(frame, RunLoopAfterWaiting);
+    pass(frame);
+    if (!hasWork(frame, modes_.outlook(frame.mode))) {
+      notify(frame, RunLoopBeforeWaiting);
+      isHostWaiting_ = true;
+    }
+  }
+  leaveWaitingToHost();
+}
+
+/// Leaves the descriptor readable if there is something to do, and otherwise lets it become so.
+void RunLoopCore::leaveWaitingToHost() {
+  takePosted();  // requests to look around that came before this look are met by it
+  RunFrame frame{modes_.defaultMode(), frame_};
+  if (!waiter_.reserveDescriptors()) return;  // then the application has none of ours to wait for
+  PollSet& pollSet = *waiter_.pollSet();
+  modes_.watchMode(frame.mode, pollSet);
+  pollSet.forgetChanges();
+  const RunLoopModes::Outlook outlook = modes_.outlook(frame.mode);
+  waiter_.setMoment(outlook.nextWakeUp);
+  if (hasWork(frame, outlook) || !inbox_.tryToSleep()) waiter_.wake();
+}
+
+}  // namespace zeb::detail

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/StringKey.h>
+#include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Memory/ObjectExtras.h>
+#include <ZEBPlatform/Memory/SnapshotPointer.h>
+
+#include <optional>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace zeb {
+class KeyValueChange;
+}
+
+namespace zeb::detail {
+
+class Observations;
+class KeyObservers;
+struct Registration;
+
+using KeyObserversList = std::vector<Ref<KeyObservers>>;
+
+/// Whether anybody observes, or did.
+inline bool isObserved(const NSObject& object) noexcept {
+  const ObjectExtras* extras = ObjectExtras::ifAny(object);
+  return extras && extras->observations();
+}
+
+/// Who observes a key of an object now: stays readable while this lives, whoever is added or removed
+/// meanwhile.
+class PinnedObservers {
+ public:
+  PinnedObservers(Observations* observations, const StringKey& key) noexcept;
+  ~PinnedObservers();
+  PinnedObservers(const PinnedObservers&) = delete;
+  PinnedObservers& operator=(const PinnedObservers&) = delete;
+
+  explicit operator bool() const noexcept { return observers_ != nullptr; }
+  const KeyObservers* operator->() const noexcept { return observers_; }
+
+ private:
+  SnapshotPointer<KeyObserversList>::Pin list_;
+  const KeyObservers* observers_ = nullptr;
+};
+
+/// One change of a key of an object, from before it to after it, for those who observe when it begins.
+class ObservedChange {
+ public:
+  /// Takes note of old values, and tells those who want to know beforehand.
+  ObservedChange(const NSObject& object, const StringKey& key);
+  ~ObservedChange();
+  ObservedChange(const ObservedChange&) = delete;
+  ObservedChange& operator=(const ObservedChange&) = delete;
+
+  /// Whether anybody observes this key.
+  bool concernsAnybody() const noexcept { return static_cast<bool>(observers_); }
+  bool isOf(const StringKey& key) const noexcept;
+
+  /// Tells everybody.
+  void tell();
+
+  /// For a change that is not known to end: it must not keep its object alive.
+  void releaseObject() noexcept { object_ = nullptr; }
+  void retainObject(const NSObject& object) noexcept;
+
+ private:
+  bool isConcerned(const Ref<Registration>& registration) const noexcept;
+  void prepare(const Registration& registration);
+  const Value* oldValueFor(const Registration& registration) const noexcept;
+  /// False when the observer is dead.
+  bool tell(const Registration& registration, const KeyValueChange& change) const;
+  bool tellAlongPath(const Registration& registration) const;
+
+  Value object_;
+  PinnedObservers observers_;  ///< let go before the object
+  /// Those who are there when the change begins.
+  std::span<const Ref<Registration>> registrations_;
+  std::optional<Value> oldValue_;
+  /// Of registrations whose path goes on from here.
+  std::vector<std::pair<const Registration*, Value>> oldValuesAlongPaths_;
+};
+
+}  // namespace zeb::detail

@@ -1,0 +1,62 @@
+# An installed library is made of modules: source folders, each compiled as a target of its own, so
+# that a module's outside libraries are visible to that module only.
+
+# zeb_library(<library> EXPORT_NAME <name> INCLUDE_ROOT <folder> [BUILT_ON <library>])
+#   Begins a library, to which the following zeb_module() calls add. Its headers are included by their
+#   path below INCLUDE_ROOT. Users link it as ZEB::<name>.
+function(zeb_library library)
+  cmake_parse_arguments(PARSE_ARGV 1 library "" "EXPORT_NAME;INCLUDE_ROOT;BUILT_ON" "")
+  # The empty source keeps the library valid while none of its modules has one.
+  file(CONFIGURE OUTPUT "${library}.cpp" CONTENT "")
+  add_library(${library} "${CMAKE_CURRENT_BINARY_DIR}/${library}.cpp")
+  add_library(ZEB::${library_EXPORT_NAME} ALIAS ${library})
+  target_compile_features(${library} PUBLIC cxx_std_20)
+  target_link_libraries(${library} PUBLIC ${library_BUILT_ON} PRIVATE Threads::Threads)
+  target_sources(${library} PUBLIC FILE_SET HEADERS BASE_DIRS "${library_INCLUDE_ROOT}")
+  set_target_properties(${library} PROPERTIES
+    EXPORT_NAME ${library_EXPORT_NAME}
+    LINKER_LANGUAGE CXX
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN")
+  set(ZEB_LIBRARY ${library} PARENT_SCOPE)
+  set(ZEB_INCLUDE_ROOT "${library_INCLUDE_ROOT}" PARENT_SCOPE)
+  set(ZEB_BUILT_ON "${library_BUILT_ON}" PARENT_SCOPE)
+endfunction()
+
+# zeb_module(<folder> LAYER <number> [DEPENDS <module>…] [PRIVATE_LIBRARIES <outside library>…])
+#   Adds the folder's sources and headers to the current library.
+#   LAYER and DEPENDS say what the module may include: modules of its own layer or a lower one that
+#   are declared before it. tools/lint.py reads these calls and checks every include against them.
+#   Headers named *Private.h belong to the module alone and are not installed.
+function(zeb_module folder)
+  cmake_parse_arguments(PARSE_ARGV 1 module "" "LAYER" "DEPENDS;PRIVATE_LIBRARIES")
+
+  get_property(declared_modules GLOBAL PROPERTY ZEB_MODULES)
+  foreach(dependency IN LISTS module_DEPENDS)
+    if(NOT dependency IN_LIST declared_modules)
+      message(FATAL_ERROR "Module ${folder} depends on ${dependency}, which is not declared before it.")
+    endif()
+  endforeach()
+  set_property(GLOBAL APPEND PROPERTY ZEB_MODULES ${folder})
+
+  file(GLOB headers CONFIGURE_DEPENDS "${folder}/*.h")
+  list(FILTER headers EXCLUDE REGEX "Private\\.h$")
+  target_sources(${ZEB_LIBRARY} PUBLIC FILE_SET HEADERS FILES ${headers})
+
+  file(GLOB sources CONFIGURE_DEPENDS "${folder}/*.cpp")
+  if(NOT sources)
+    return()
+  endif()
+  string(REPLACE "/" "_" module_target "zeb_module_${folder}")
+  add_library(${module_target} OBJECT ${sources})
+  zeb_warnings(${module_target})
+  target_include_directories(${module_target} PRIVATE "${ZEB_INCLUDE_ROOT}")
+  target_link_libraries(${module_target} PRIVATE ${ZEB_BUILT_ON})
+  target_sources(${ZEB_LIBRARY} PRIVATE $<TARGET_OBJECTS:${module_target}>)
+  foreach(name IN LISTS module_PRIVATE_LIBRARIES)
+    zeb_find_outside_library(${name} outside_targets)
+    target_link_libraries(${module_target} PRIVATE ${outside_targets})
+    target_link_libraries(${ZEB_LIBRARY} PRIVATE ${outside_targets})
+  endforeach()
+endfunction()

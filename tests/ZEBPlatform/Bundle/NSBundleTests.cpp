@@ -1,0 +1,105 @@
+#include <ZEBPlatform/Bundle/NSBundle.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace zeb {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder that goes with the test.
+struct ScratchFolder {
+  const fs::path path = fs::temp_directory_path() / ("zeb-bundle-" + std::to_string(getpid()));
+  ScratchFolder() { fs::create_directories(path); }
+  ~ScratchFolder() { fs::remove_all(path); }
+
+  void write(const std::string& name, const std::string& content) const {
+    fs::create_directories((path / name).parent_path());
+    std::ofstream(path / name) << content;
+  }
+  std::string operator/(const std::string& name) const { return (path / name).string(); }
+};
+
+std::string infoNamed(const std::string& name) {
+  return "<plist><dict><key>CFBundleIdentifier</key><string>" + name +
+         "</string><key>CFBundleExecutable</key><string>Run</string></dict></plist>";
+}
+
+TEST(NSBundle, FindsTheBundleOfAnExecutable) {
+  const ScratchFolder scratch;
+  scratch.write("bin/Info.plist", infoNamed("beside"));
+  scratch.write("bin/flat.app/Info.plist", infoNamed("flat"));
+  scratch.write("bin/deep.app/Contents/Info.plist", infoNamed("deep"));
+  scratch.write("Own.app/Contents/Info.plist", infoNamed("own"));
+  const struct {
+    const char* executable;
+    const char* identifier;
+    const char* bundle;
+    const char* frameworks;
+  } cases[] = {
+      {"bin/plain", "beside", "bin", "bin/Frameworks"},
+      {"bin/flat", "flat", "bin/flat.app", "bin/flat.app/Frameworks"},
+      {"bin/deep", "deep", "bin/deep.app", "bin/deep.app/Contents/Frameworks"},
+      {"Own.app/Contents/MacOS/Own", "own", "Own.app", "Own.app/Contents/Frameworks"},
+      {"nothing/here", nullptr, "nothing", "nothing/Frameworks"},
+  };
+  for (const auto& expected : cases) {
+    const std::string executable = scratch / expected.executable;
+    const auto bundle = NSBundle::bundleForExecutable(executable);
+    EXPECT_EQ(bundle->bundleIdentifier(), NSString(expected.identifier)) << executable;
+    EXPECT_EQ(bundle->bundlePath(), NSString(scratch / expected.bundle));
+    EXPECT_EQ(bundle->privateFrameworksPath(), NSString(scratch / expected.frameworks));
+    EXPECT_EQ(bundle->executablePath(), NSString(executable));
+    EXPECT_TRUE(bundle->infoDictionary().isDictionary() && bundle->infoDictionaryError().isNil());
+  }
+  const auto deep = NSBundle::bundleWithPath(scratch / "bin/deep.app/");
+  EXPECT_EQ(deep->executablePath(), NSString(scratch / "bin/deep.app/Contents/MacOS/Run"));
+  EXPECT_EQ(deep->resourcePath(), NSString(scratch / "bin/deep.app/Contents/Resources"));
+  EXPECT_TRUE(NSBundle::bundleWithPath(scratch / "none") == nullptr);
+  EXPECT_TRUE(NSBundle::bundleWithPath(nullptr) == nullptr);
+  EXPECT_TRUE(NSBundle::bundleForExecutable(nullptr) == nullptr);
+}
+
+TEST(NSBundle, KeepsTheReasonWhyItsFileCannotBeRead) {
+  const ScratchFolder scratch;
+  scratch.write("bad/Info.plist", "<plist><dict>");
+  scratch.write("list/Info.plist", "<plist><array/></plist>");
+  fs::create_directories(scratch.path / "folder/Info.plist");
+  const struct {
+    const char* folder;
+    const char* domain;
+    const char* reason;
+  } cases[] = {
+      {"bad", NSCocoaErrorDomain, "malformed"},
+      {"list", NSCocoaErrorDomain, "holds no dictionary"},
+      {"folder", NSPOSIXErrorDomain, "Invalid argument"},
+  };
+  for (const auto& expected : cases) {
+    const auto bundle = NSBundle::bundleWithPath(scratch / expected.folder);
+    EXPECT_EQ(bundle->infoDictionary(), NSDictionary::dictionary());
+    EXPECT_EQ(bundle->infoDictionaryError().domain(), NSString(expected.domain));
+    EXPECT_TRUE(
+        bundle->infoDictionaryError().localizedDescription().containsString(expected.reason))
+        << bundle->infoDictionaryError();
+  }
+}
+
+TEST(NSBundle, TakesTheHostsMainBundleUntilSomebodyAsked) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";  // a process of its own
+  const auto setAndAsk = [] {
+    const auto hosts = NSBundle::bundleWithPath("/opt/app", {{"Key", "value"}});
+    const bool isTaken = !NSBundle::setMainBundle(nullptr) && NSBundle::setMainBundle(hosts) &&
+                         NSBundle::mainBundle() == hosts && !NSBundle::setMainBundle(hosts);
+    std::_Exit(isTaken ? 0 : 1);
+  };
+  EXPECT_EXIT(setAndAsk(), testing::ExitedWithCode(0), "");
+  EXPECT_EQ(NSBundle::mainBundle()->executablePath(),
+            NSString(fs::read_symlink("/proc/self/exe").string()));
+}
+
+}  // namespace
+}  // namespace zeb

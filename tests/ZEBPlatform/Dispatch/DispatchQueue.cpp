@@ -1,0 +1,393 @@
+#include <ZEBPlatform/Dispatch/DispatchOnce.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
+#include <ZEBPlatform/Dispatch/DispatchSource.h>
+#include <ZEBPlatform/Dispatch/WorkItemMemory.h>
+#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <latch>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace zeb {
+namespace {
+
+constexpr DispatchQueueKind serialKind = DispatchQueueKind::serial;
+constexpr DispatchQueueKind concurrentKind = DispatchQueueKind::concurrent;
+
+TEST(DispatchQueue, RunsAMillionPostsOfTwoProducersOneByOneAndInEachOnesOrder) {
+  constexpr std::uint32_t perProducer = 500'000;
+  const dispatch_queue_t queue = dispatch_queue_create("order");
+  std::uint32_t next[2] = {0, 0};  // without a lock: the queue is one
+  std::uint32_t outOfOrder = 0;
+  {
+    std::vector<std::jthread> producers;
+    for (const int producer : {0, 1}) {
+      producers.emplace_back([&, producer] {
+        for (std::uint32_t number = 0; number < perProducer; ++number) {
+          dispatch_async(queue, [&, producer, number] {
+            outOfOrder += next[producer] != number;
+            next[producer] = number + 1;
+          });
+        }
+      });
+    }
+  }
+  dispatch_sync(queue, [&] {
+    EXPECT_EQ(next[0], perProducer);
+    EXPECT_EQ(next[1], perProducer);
+    EXPECT_EQ(outOfOrder, 0u);
+  });
+}
+
+TEST(DispatchQueue, MixedSyncAndAsyncFromFourThreadsExcludeEachOther) {
+  const dispatch_queue_t serial = dispatch_queue_create("serial");
+  const dispatch_queue_t concurrent = dispatch_queue_create("concurrent", concurrentKind);
+  std::int64_t serialSum = 0;
+  std::int64_t concurrentSum = 0;  // written in barriers, read in shared blocks
+  std::atomic<std::int64_t> torn{0};
+  {
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+      threads.emplace_back([&] {
+        for (int round = 0; round < 2000; ++round) {
+          dispatch_async(serial, [&] { ++serialSum; });
+          dispatch_sync(serial, [&] { ++serialSum; });
+          dispatch_barrier_async(concurrent, [&] { concurrentSum += 2; });
+          dispatch_async(concurrent, [&] { torn += concurrentSum % 2; });
+          dispatch_sync(concurrent, [&] { torn += concurrentSum % 2; });
+          if (round % 8 == 0) dispatch_barrier_sync(concurrent, [&] { concurrentSum += 2; });
+        }
+      });
+    }
+  }
+  dispatch_sync(serial, [&] { EXPECT_EQ(serialSum, 4 * 2000 * 2); });
+  dispatch_barrier_sync(concurrent, [&] { EXPECT_EQ(concurrentSum, 4 * (2000 + 250) * 2); });
+  EXPECT_EQ(torn, 0);
+}
+
+TEST(DispatchQueue, ABarrierRunsAloneAfterEarlierBlocksAndBeforeLaterOnes) {
+  const dispatch_queue_t queue = dispatch_queue_create("barriers", concurrentKind);
+  const auto bothInside = std::make_shared<std::latch>(2);
+  std::atomic<int> done{0};
+  for (int block = 0; block < 2; ++block) {
+    dispatch_async(queue, [&] {
+      bothInside->arrive_and_wait();  // returns only if the two run at once
+      ++done;
+    });
+  }
+  int seenByBarrier = -1;
+  dispatch_barrier_async(queue, [&] { seenByBarrier = done; });
+  int seenLater = -1;
+  dispatch_async(queue, [&] { seenLater = seenByBarrier; });
+  dispatch_barrier_sync(queue, [] {});
+  EXPECT_EQ(seenByBarrier, 2);
+  EXPECT_EQ(seenLater, 2);
+}
+
+TEST(DispatchQueue, MakesProgressBehindTwoHundredBlocksThatWait) {
+  for (const bool isKnownWait : {true, false}) {
+    const dispatch_semaphore_t semaphore = dispatch_semaphore_create(0);
+    std::latch latch(1);
+    std::latch done(201);
+    const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+    for (int block = 0; block < 200; ++block) {
+      dispatch_async(queue, [&] {
+        if (isKnownWait) {
+          dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER);
+        } else {
+          latch.wait();  // the library is not told
+        }
+        done.count_down();
+      });
+    }
+    dispatch_async(queue, [&] {
+      for (int block = 0; block < 200; ++block) dispatch_semaphore_signal(semaphore);
+      latch.count_down();
+      done.count_down();
+    });
+    done.wait();
+  }
+}
+
+// More blocks than the pool may have threads: a thread that waits for a queue must not wait for the blocks
+// that were given to the pool before the queue's.
+TEST(DispatchQueue, ThreadsThatWaitForQueuesDoNotWaitForTheRestOfThePool) {
+  constexpr int blocks = 1500;
+  const dispatch_queue_t global = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  const dispatch_queue_t shared = dispatch_queue_create("shared", concurrentKind);
+  std::latch done(blocks);
+  std::atomic<int> sum{0};
+  const auto useQueues = [&] {
+    const dispatch_queue_t serial = dispatch_queue_create("serial");
+    const dispatch_queue_t concurrent = dispatch_queue_create("concurrent", concurrentKind);
+    dispatch_async(serial, [&] { ++sum; });
+    dispatch_sync(serial, [&] { ++sum; });
+    dispatch_barrier_async(concurrent, [&] { ++sum; });
+    dispatch_sync(concurrent, [&] { ++sum; });
+    for (int reader = 0; reader < 3; ++reader) dispatch_async(concurrent, [&] { ++sum; });
+    dispatch_barrier_sync(concurrent, [&] { ++sum; });
+    dispatch_barrier_async(shared, [&] { ++sum; });
+    dispatch_sync(shared, [&] { ++sum; });
+  };
+  for (int block = 0; block < blocks; ++block) {
+    dispatch_async(global, [&] {
+      useQueues();
+      done.count_down();
+    });
+  }
+  done.wait();
+  EXPECT_EQ(sum, blocks * 10);
+
+  // The same while the pool is used up by blocks that wait for this thread, inside and outside of it.
+  const dispatch_semaphore_t goOn = dispatch_semaphore_create(0);
+  std::latch over(600);
+  std::latch inside(1);
+  for (int block = 0; block < 600; ++block) {
+    dispatch_async(global, [&, block] {
+      if (block == 500) {
+        useQueues();
+        inside.count_down();
+      }
+      dispatch_semaphore_wait(goOn, DISPATCH_TIME_FOREVER);
+      over.count_down();
+    });
+  }
+  useQueues();
+  inside.wait();
+  for (int block = 0; block < 600; ++block) dispatch_semaphore_signal(goOn);
+  over.wait();
+  EXPECT_EQ(sum, (blocks + 2) * 10);
+}
+
+TEST(DispatchQueue, LeavesSurplusThreadsAsleepAfterABurst) {
+  constexpr int burst = 64;
+  const dispatch_queue_t global = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  const auto awaitSleep = [](int thread) {
+    for (int look = 0; look < 100'000 && !isThreadBlocked(thread); ++look) {
+      std::this_thread::yield();
+    }
+  };
+  const dispatch_semaphore_t goOn = dispatch_semaphore_create(0);
+  std::latch inside(burst);
+  std::latch over(burst);
+  std::array<int, burst> threads;
+  for (int& thread : threads) {
+    dispatch_async(global, [&] {
+      thread = currentThreadIdentifier();
+      inside.count_down();
+      dispatch_semaphore_wait(goOn, DISPATCH_TIME_FOREVER);
+      over.count_down();
+    });
+  }
+  inside.wait();
+  for (int block = 0; block < burst; ++block) dispatch_semaphore_signal(goOn);
+  over.wait();
+  for (const int thread : threads) awaitSleep(thread);
+  std::set<int> used;
+  for (int block = 0; block < burst; ++block) {
+    int thread = 0;
+    std::latch done(1);
+    dispatch_async(global, [&] {
+      thread = currentThreadIdentifier();
+      done.count_down();
+    });
+    done.wait();
+    used.insert(thread);
+    awaitSleep(thread);
+  }
+  EXPECT_LE(used.size(), burst / 4);
+}
+
+TEST(DispatchQueue, KeepsAReleasedQueueUntilItsWorkIsDoneAndThenLetsItGo) {
+  for (const DispatchQueueKind kind : {serialKind, concurrentKind}) {
+    WeakRef<DispatchQueue> weak;
+    std::atomic<int> count{0};
+    std::latch done(100);
+    {
+      dispatch_queue_t queue = dispatch_queue_create("short-lived", kind);
+      weak = queue;
+      for (int block = 0; block < 99; ++block) {
+        dispatch_async(queue, [&, captured = std::make_shared<int>(1)] {
+          count += *captured;
+          done.count_down();
+        });
+      }
+      dispatch_queue_t* only = &queue;
+      dispatch_sync(queue, [&] {
+        *only = nullptr;  // the last reference, from inside
+        done.count_down();
+      });
+    }
+    done.wait();
+    EXPECT_EQ(count, 99);
+    while (weak.lock()) std::this_thread::yield();
+  }
+}
+
+TEST(DispatchQueue, SyncNestsAcrossQueuesAndPassesExceptionsOn) {
+  const dispatch_queue_t outer = dispatch_queue_create("outer");
+  const dispatch_queue_t inner = dispatch_queue_create("inner", concurrentKind);
+  const std::thread::id caller = std::this_thread::get_id();
+  int depth = 0;
+  dispatch_sync(outer, [&] {
+    dispatch_sync(inner, [&] {
+      dispatch_barrier_async(inner, [] {});
+      // Behind a waiting barrier, but inside already: standing in line would never end.
+      dispatch_sync(inner, [&] { depth += std::this_thread::get_id() == caller; });
+    });
+  });
+  EXPECT_EQ(depth, 1);
+  for (const dispatch_queue_t& queue : {outer, inner}) {
+    EXPECT_THROW(dispatch_sync(queue, [] { throw std::runtime_error("mine"); }),
+                 std::runtime_error);
+    EXPECT_THROW(dispatch_barrier_sync(queue, [] { throw std::runtime_error("mine"); }),
+                 std::runtime_error);
+    dispatch_sync(queue, [&] { ++depth; });  // still usable
+  }
+  EXPECT_EQ(depth, 3);
+}
+
+TEST(DispatchQueueDeathTest, WaitingForOneselfStopsTheProcess) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const auto onQueue = [](const dispatch_queue_t& queue, auto wait) {
+    dispatch_sync(dispatch_queue_create("between"), [&] {
+      dispatch_barrier_sync(
+          queue, [&] { dispatch_sync(dispatch_queue_create("deeper"), [&] { wait(queue); }); });
+    });
+  };
+  const auto sync = [](const dispatch_queue_t& queue) { dispatch_sync(queue, [] {}); };
+  const auto barrier = [](const dispatch_queue_t& queue) { dispatch_barrier_sync(queue, [] {}); };
+  EXPECT_DEATH(onQueue(dispatch_queue_create("mine"), sync),
+               "^dispatch_sync onto the queue \"mine\"");
+  EXPECT_DEATH(onQueue(dispatch_queue_create("ours", concurrentKind), sync),
+               "onto the queue \"ours\"");
+  EXPECT_DEATH(onQueue(dispatch_queue_create("ours", concurrentKind), barrier),
+               "^dispatch_barrier_sync onto the queue \"ours\"");
+  EXPECT_DEATH(dispatch_sync(dispatch_get_main_queue(), [] {}), "onto the queue \"main-thread\"");
+}
+
+TEST(DispatchQueueDeathTest, NilArgumentsAreReportedByFunctionAndNilBlocksAreNothingToDo) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const Block<void()> block = [] {};
+  const dispatch_time_t later = dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC);
+  const std::pair<const char*, std::function<void()>> calls[] = {
+      {"dispatch_async .* queue", [&] { dispatch_async(nullptr, block); }},
+      {"dispatch_sync .* queue", [&] { dispatch_sync(nullptr, block); }},
+      {"dispatch_barrier_async .* queue", [&] { dispatch_barrier_async(nullptr, block); }},
+      {"dispatch_barrier_sync .* queue", [&] { dispatch_barrier_sync(nullptr, block); }},
+      {"dispatch_after .* queue", [&] { dispatch_after(later, nullptr, block); }},
+      {"dispatch_semaphore_wait .* semaphore", [] { dispatch_semaphore_wait(nullptr, 0); }},
+      {"dispatch_semaphore_signal .* semaphore", [] { dispatch_semaphore_signal(nullptr); }},
+      {"dispatch_source_set_timer .* source", [] { dispatch_source_set_timer(nullptr, 0, 1, 0); }},
+      {"dispatch_source_set_event_handler .* source",
+       [&] { dispatch_source_set_event_handler(nullptr, block); }},
+      {"dispatch_source_set_cancel_handler .* source",
+       [&] { dispatch_source_set_cancel_handler(nullptr, block); }},
+      {"dispatch_resume .* source", [] { dispatch_resume(nullptr); }},
+      {"dispatch_suspend .* source", [] { dispatch_suspend(nullptr); }},
+  };
+  for (const auto& [message, call] : calls) EXPECT_DEATH(call(), std::string("^") + message);
+
+  const Block<void()> none;
+  for (const dispatch_queue_t& queue : {dispatch_queue_create(nullptr), dispatch_queue_t()}) {
+    dispatch_async(queue, none);
+    dispatch_sync(queue, none);
+    dispatch_barrier_async(queue, none);
+    dispatch_barrier_sync(queue, none);
+    dispatch_after(later, queue, none);
+  }
+  dispatch_once_t once;
+  dispatch_once(once, none);
+  int calledOnce = 0;
+  dispatch_once(once, [&] { ++calledOnce; });
+  EXPECT_EQ(calledOnce, 1);
+}
+
+TEST(WorkItemMemory, TakesHardlyMoreThanItsBlocks) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "Sanitizers get each block from the general allocator.";
+#endif
+  constexpr std::size_t pages = 3000;
+  std::vector<void*> blocks;
+  std::set<std::uintptr_t> used;
+  while (used.size() < pages) {
+    blocks.push_back(detail::WorkItemMemory::allocate());
+    used.insert(reinterpret_cast<std::uintptr_t>(blocks.back()) / 4096);
+  }
+  // Pages with another one right behind them have lost nothing to their alignment.
+  std::size_t adjacent = 0;
+  for (const std::uintptr_t page : used) adjacent += used.contains(page + 1);
+  EXPECT_GE(adjacent, pages * 9 / 10);
+  for (void* block : blocks) detail::WorkItemMemory::free(block);
+}
+
+TEST(DispatchQueueDeathTest, ExitWithWorkPendingNeitherHangsNorCrashes) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  const auto exitBusy = [] {
+    const dispatch_queue_t queue = dispatch_queue_create("busy");
+    const dispatch_queue_t many = dispatch_queue_create("many", concurrentKind);
+    for (int block = 0; block < 100'000; ++block) {
+      dispatch_async(queue, [] {});
+      dispatch_async(many, [] {});
+    }
+    dispatch_async(dispatch_get_main_queue(), [] {});
+    std::exit(7);
+  };
+  EXPECT_EXIT(exitBusy(), testing::ExitedWithCode(7), "");
+}
+
+TEST(DispatchQueue, GlobalQueuesAnswerToPrioritiesAndQualities) {
+  EXPECT_EQ(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT),
+            dispatch_get_global_queue(QOS_CLASS_DEFAULT));
+  EXPECT_EQ(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_BACKGROUND),
+            dispatch_get_global_queue(QOS_CLASS_BACKGROUND));
+  EXPECT_NE(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_HIGH),
+            dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_LOW));
+  EXPECT_FALSE(dispatch_get_global_queue(12345));
+  EXPECT_FALSE(dispatch_get_global_queue(0, 1));
+  EXPECT_STREQ(dispatch_queue_get_label(dispatch_queue_create("label")), "label");
+  EXPECT_STREQ(dispatch_queue_get_label(nullptr), "");
+}
+
+TEST(DispatchSemaphore, GivesUpInTimeAndHandsOverEachSignalOnce) {
+  EXPECT_FALSE(dispatch_semaphore_create(-1));
+  const dispatch_semaphore_t semaphore = dispatch_semaphore_create(1);
+  EXPECT_EQ(dispatch_semaphore_wait(semaphore, DISPATCH_TIME_NOW), 0);
+  EXPECT_NE(dispatch_semaphore_wait(semaphore, DISPATCH_TIME_NOW), 0);
+  EXPECT_NE(dispatch_semaphore_wait(semaphore, dispatch_time(DISPATCH_TIME_NOW, 1000)), 0);
+  EXPECT_EQ(dispatch_semaphore_signal(semaphore), 0);  // nobody waits
+  EXPECT_EQ(dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER), 0);
+
+  const dispatch_semaphore_t taken = dispatch_semaphore_create(0);
+  dispatch_once_t once;
+  int initialised = 0;
+  for (int block = 0; block < 10; ++block) {
+    dispatch_async(dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT), [&] {
+      dispatch_once(once, [&] { ++initialised; });
+      dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER);
+      dispatch_semaphore_signal(taken);
+    });
+  }
+  for (int block = 0; block < 10; ++block) {
+    dispatch_semaphore_signal(semaphore);
+    dispatch_semaphore_wait(taken, DISPATCH_TIME_FOREVER);
+  }
+  EXPECT_EQ(initialised, 1);
+  EXPECT_NE(dispatch_semaphore_wait(semaphore, DISPATCH_TIME_NOW), 0);
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,278 @@
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSNull.h>
+#include <ZEBPlatform/Foundation/NSSet.h>
+#include <ZEBPlatform/Foundation/NSURL.h>
+
+#include "../Support.h"
+
+namespace zeb::test {
+
+TEST(StringKey, LiteralsAndStringsHashAndMatchAlike) {
+  const auto check = [](const StringKey& literal, const NSString& string) {
+    const NSDictionary dictionary{{"other", 0}, {string, 1}};
+    EXPECT_EQ(literal.hash(), StringKey(string).hash()) << string;
+    EXPECT_EQ(literal.hash(), StringKey(std::string_view(string.utf8())).hash()) << string;
+    EXPECT_TRUE(literal.string() == string && dictionary[literal] == 1) << string;
+    EXPECT_TRUE(dictionary[string] == 1 && dictionary[NSMutableString(string)] == 1) << string;
+    EXPECT_FALSE(dictionary.find(string.stringByAppendingString("x"))) << string;
+  };
+  check("", "");
+  check("abcdefg", "abcdefg");
+  check("abcdefghijklmnopq", "abcdefghijklmnopq");
+  check("a\0b", "a\0b"_ns);
+  check("\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9");
+  check("\xE3\x82\xAD\xE3\x83\xBC\xF0\x9F\x98\x80", std::u16string_view(u"\u30AD\u30FC\U0001F600"));
+  EXPECT_TRUE(StringKey(NSString()).isNil() && StringKey(NSString()).string().isNil());
+}
+
+TEST(NSDictionary, KeepsTheOrderOfInsertion) {
+  NSMutableDictionary dictionary{{"c", 1}, {"a", 2}, {"b", 3}, {"a", 4}};
+  EXPECT_TRUE(dictionary.allKeys()[1] == "a" && dictionary["a"] == 4);
+  dictionary.removeObjectForKey("c");
+  dictionary.setObject(5, "d");
+  dictionary.setObject(6, "c");
+  dictionary.removeObjectForKey("unknown");
+  EXPECT_EQ(dictionary.allKeys(), (NSArray{"a", "b", "d", "c"}));
+  EXPECT_EQ(dictionary.allValues(), (NSArray{4, 3, 5, 6}));
+  EXPECT_EQ(dictionary, (NSDictionary{{"d", 5}, {"c", 6}, {"b", 3}, {"a", 4}})) << "in any order";
+  EXPECT_FALSE((dictionary == NSDictionary{{"d", 5}, {"c", 6}, {"b", 3}, {"a", 0}}));
+  dictionary.addEntriesFromDictionary(dictionary);
+  dictionary.addEntriesFromDictionary({{"e", 7}, {"b", 8}});
+  EXPECT_EQ(dictionary.copy().allKeys(), (NSArray{"a", "b", "d", "c", "e"}));
+  EXPECT_EQ(raisedName([&] { dictionary.setObject(1, nullptr); }), NSInvalidArgumentException);
+  EXPECT_EQ(raisedName([] { NSDictionary({{"k", nullptr}}); }), NSInvalidArgumentException);
+}
+
+TEST(NSDictionary, BehavesLikeAModelUnderRandomChanges) {
+  std::mt19937 random(7);
+  for (const unsigned universe : {6u, 40u, 500u}) {
+    NSMutableDictionary dictionary;
+    std::vector<std::pair<NSString, int>> model;
+    for (int step = 0; step < 6000; ++step) {
+      const auto key = NSString::stringWithFormat("cl\xC3\xA9 %lu", random() % universe);
+      const auto isKey = [&](const auto& entry) { return entry.first == key; };
+      const auto place = std::find_if(model.begin(), model.end(), isKey);
+      const bool known = place != model.end();
+      ASSERT_EQ(dictionary[key], known ? Value(place->second) : Value());
+      if (random() % 1000 == 0) {
+        dictionary.removeAllObjects();
+        model.clear();
+      } else if (random() % 9 < 4) {
+        dictionary.removeObjectForKey(key);
+        if (known) model.erase(place);
+      } else {
+        dictionary.setObject(step, key);
+        (known ? *place : model.emplace_back(key, step)).second = step;
+      }
+      ASSERT_EQ(dictionary.count(), model.size());
+      if (step % 100) continue;
+      auto expected = model.begin();
+      for (const auto& [storedKey, value] : dictionary) ASSERT_EQ(value, expected++->second);
+      ASSERT_TRUE(dictionary == dictionary.copy() && dictionary == dictionary.detachedCopy());
+    }
+  }
+}
+
+TEST(NSDictionary, RemovalKeepsIterationQuickAndGivesMemoryBack) {
+  constexpr int count = 60'000;
+  NSMutableDictionary fromFront, second, fromBack;
+  NSMutableSet set;
+  for (int i = 0; i < count; ++i) {
+    for (NSMutableDictionary* one : {&fromFront, &second, &fromBack}) one->setObject(i, Value(i));
+    set.addObject(i);
+  }
+  const auto capacity = [](const Value& value) {
+    return value.storageAs<detail::DictionaryStorage>()->capacity;
+  };
+  for (int i = 0; i < count - 1; ++i) {
+    ASSERT_TRUE(fromFront.begin()->key == i && second.begin()->key == 0 && set.anyObject() == i);
+    fromFront.removeObjectForKey(fromFront.begin()->key);
+    second.removeObjectForKey((++second.begin())->key);
+    fromBack.removeObjectForKey(Value(count - 1 - i));
+    set.removeObject(set.anyObject());
+  }
+  for (const Value& table : std::initializer_list<Value>{fromFront, second, fromBack, set}) {
+    EXPECT_LT(capacity(table), 32u);
+  }
+  EXPECT_EQ(fromFront, (NSDictionary{{count - 1, count - 1}}));
+  EXPECT_TRUE(fromBack == second && fromBack.allKeys() == NSArray{0} && set.count() == 1);
+}
+
+TEST(NSDictionary, GrowsToManyKeys) {
+  NSMutableDictionary dictionary;
+  const auto key = [](int number) { return NSString::stringWithFormat("k%d", number); };
+  for (int i = 0; i < 100'000; ++i) dictionary.setObject(i, key(i));
+  for (int i = 0; i < 100'000; ++i)
+    ASSERT_TRUE(dictionary[key(i)] == i && !dictionary[key(-1 - i)]);
+  EXPECT_EQ(dictionary.count(), 100'000u);
+  EXPECT_FALSE(dictionary.storageAs<detail::DictionaryStorage>()->hasKeyedHash())
+      << "nobody chose them";
+}
+
+TEST(NSDictionary, DefendsItselfAgainstChosenKeys) {
+  const std::vector<std::string> keys = collidingKeys(4001);
+  const std::uint32_t hash = StringKey(std::string_view(keys[0])).hash();
+  NSMutableDictionary dictionary;
+  NSMutableSet set;
+  for (std::size_t i = 0; i < 4000; ++i) {
+    ASSERT_EQ(StringKey(std::string_view(keys[i])).hash(), hash);
+    dictionary.setObject(i, NSString(keys[i]));
+    set.addObject(NSString(keys[i]));
+  }
+  EXPECT_TRUE(dictionary.storageAs<detail::DictionaryStorage>()->hasKeyedHash());
+  EXPECT_TRUE(set.storageAs<detail::DictionaryStorage>()->hasKeyedHash() && set.count() == 4000);
+  dictionary.setObject("ordinary", "\xC3\xA9");
+  for (const NSDictionary& table : {NSDictionary(dictionary), dictionary.copy()}) {
+    for (std::size_t i = 0; i < 4000; ++i) {
+      ASSERT_TRUE(table[NSString(keys[i])] == i &&
+                  table[StringKey(std::string_view(keys[i]))] == i);
+    }
+    EXPECT_TRUE(table[NSString(keys[4000])].isNil() && table["\xC3\xA9"] == "ordinary");
+    EXPECT_EQ(table, dictionary);
+  }
+  for (std::size_t i = 0; i < 4000; i += 2) dictionary.removeObjectForKey(NSString(keys[i]));
+  for (std::size_t i = 0; i < 4000; ++i) ASSERT_EQ(!dictionary[NSString(keys[i])], i % 2 == 0);
+}
+
+/// What a search in the table has to look at, at the most.
+std::uint32_t longestProbe(const Value& dictionaryOrSet) {
+  const auto& table = *dictionaryOrSet.storageAs<detail::DictionaryStorage>();
+  std::uint32_t longest = 0;
+  for (std::uint32_t slot = 0, run = 0; slot <= table.indexMask; ++slot) {
+    run = table.index()[slot] ? run + 1 : 0;
+    longest = std::max(longest, run);
+  }
+  return longest;
+}
+
+/// Numbers whose public hashes are equal: the hash's steps undone from different ends.
+std::vector<std::uint64_t> collidingNumbers(std::uint64_t start, std::size_t count) {
+  const auto inverse = [](std::uint64_t odd) {
+    std::uint64_t result = odd;
+    for (int step = 0; step < 6; ++step) result *= 2 - odd * result;
+    return result;
+  };
+  std::vector<std::uint64_t> numbers;
+  for (std::uint64_t end = 0; numbers.size() < count; ++end) {
+    std::uint64_t word = (std::uint64_t{0xABCDEF} << 32 | end) * inverse(0xD6E8FEB86659FD93u);
+    word ^= word >> 29 ^ word >> 58;
+    numbers.push_back((word * inverse(0x9E3779B97F4A7C15u)) ^ start);
+  }
+  return numbers;
+}
+
+TEST(NSDictionary, DefendsItselfAgainstChosenKeysOfEveryKind) {
+  constexpr std::size_t count = 1000;
+  const std::vector<std::string> texts = collidingKeys(count);
+  const auto numbers = collidingNumbers(0, count);
+  const auto dates = collidingNumbers(static_cast<std::uint64_t>(ValueKind::Date), count);
+  const auto nested = [](Value value) {
+    for (int level = 0; level < 50; ++level) value = NSArray{value};
+    return value;
+  };
+  const std::string ends(1000, 'x');
+  using Maker = std::function<Value(std::size_t)>;
+  const std::pair<const char*, Maker> makers[] = {
+      {"number", [&](std::size_t i) { return Value(numbers[i]); }},
+      {"date",
+       [&](std::size_t i) {
+         return NSDate::dateWithTimeIntervalSinceReferenceDate(std::bit_cast<double>(dates[i]));
+       }},
+      {"URL",
+       [&](std::size_t i) {
+         const NSURL url = NSURL::URLWithString(texts[i]);
+         return url.isNil() ? NSURL::URLWithString(NSString::stringWithFormat("%zu", i)) : url;
+       }},
+      {"data", [&](std::size_t i) { return NSData::dataWithBytes(ends + texts[i] + ends); }},
+      {"array", [&](std::size_t i) { return NSArray{texts[i]}; }},
+      {"deep array", [&](std::size_t i) { return nested(i); }},
+      {"dictionary", [&](std::size_t i) { return NSDictionary{{"id", texts[i]}}; }},
+      {"dictionary by key", [&](std::size_t i) { return NSDictionary{{texts[i], 1}}; }},
+      {"deep dictionary",
+       [&](std::size_t i) { return NSDictionary{{"a", NSDictionary{{"b", nested(i)}}}}; }},
+      {"set", [&](std::size_t i) { return NSSet{NSSet{texts[i]}, 1}; }}};
+  for (const auto& [kind, make] : makers) {
+    NSMutableSet set;
+    for (std::size_t i = 0; i < count; ++i) set.addObject(make(i));
+    EXPECT_EQ(set.count(), count) << kind;
+    EXPECT_TRUE(set.storageAs<detail::DictionaryStorage>()->hasKeyedHash()) << kind;
+    EXPECT_LT(longestProbe(set), 256u) << kind;
+    const NSSet detached = set.detachedCopy();
+    for (std::size_t i = 0; i < count; i += 100) {
+      EXPECT_TRUE(set.containsObject(make(i)) && detached.containsObject(make(i))) << kind;
+    }
+  }
+}
+
+TEST(NSSet, TellsRecordsApartByTheirValues) {
+  NSMutableSet set;
+  for (int i = 0; i < 10'000; ++i) set.addObject(NSDictionary{{"id", i}, {"parent", NSArray{i}}});
+  EXPECT_EQ(set.count(), 10'000u);
+  EXPECT_FALSE(set.storageAs<detail::DictionaryStorage>()->hasKeyedHash());
+}
+
+TEST(NSDictionary, TakesAnyValueAsKeyByCopy) {
+  NSMutableString text("key"_ns);
+  NSMutableArray list{1};
+  const auto date = [] { return NSDate::dateWithTimeIntervalSince1970(5); };
+  const NSMutableDictionary dictionary{
+      {text, "text"},   {list, "list"},           {1, "number"},
+      {date(), "date"}, {NSNull::null(), "null"}, {NSSet{1, 2}, "set"}};
+  text.appendString("!");
+  list.addObject(2);
+  EXPECT_TRUE(dictionary["key"] == "text" && dictionary[text].isNil());
+  EXPECT_TRUE(dictionary[NSArray{1}] == "list" && dictionary[list].isNil());
+  EXPECT_TRUE(dictionary[Value(1.0)] == "number" && dictionary[Value(true)] == "number");
+  EXPECT_TRUE(dictionary[Value("1")].isNil() && dictionary[date()] == "date");
+  EXPECT_TRUE(dictionary[NSNull::null()] == "null" && (dictionary[NSSet{2, 1}] == "set"));
+  EXPECT_FALSE(dictionary.allKeys()[0].isMutable() || dictionary.allKeys()[1].isMutable());
+}
+
+TEST(NSDictionary, TakesWhatItHoldsAsArguments) {
+  const auto text = [](int number) { return NSString::stringWithFormat("text %d", number); };
+  NSMutableDictionary dictionary{{text(0), text(1)}};
+  NSMutableSet set{text(0)};
+  // Each value becomes the next key, also where the table grows under it.
+  for (int i = 1; i < 1000; ++i) {
+    dictionary.setObject(text(i + 1), *dictionary.find(text(i - 1)));
+    set.addObject(text(i));
+    ASSERT_TRUE(dictionary[text(i)] == text(i + 1));
+  }
+  while (dictionary.count()) dictionary.removeObjectForKey(dictionary.begin()->key);
+  while (set.count()) set.removeObject(*set.begin());
+}
+
+struct ChangesItsOwner : NSObject {
+  explicit ChangesItsOwner(Value dictionary) : owner(std::move(dictionary)) {}
+  ~ChangesItsOwner() override { NSMutableDictionary::from(owner).setObject("late", "key"); }
+  const Value owner;
+};
+
+TEST(NSDictionary, ReleasesValuesWhenItsOwnStateIsInOrder) {
+  NSMutableDictionary dictionary;
+  dictionary.setObject(makeRef<ChangesItsOwner>(dictionary), "key");
+  dictionary.setObject(1, "key");
+  EXPECT_EQ(dictionary["key"], "late");
+  dictionary.setObject(makeRef<ChangesItsOwner>(dictionary), "key");
+  dictionary.removeObjectForKey("key");
+  dictionary.setObject(makeRef<ChangesItsOwner>(dictionary), "other");
+  dictionary.removeAllObjects();
+  EXPECT_EQ(dictionary, (NSDictionary{{"key", "late"}}));
+}
+
+TEST(NSSet, HoldsDifferentMembers) {
+  const NSString first("a");
+  NSMutableSet set{first, "a", 1, 1.0, true, NSArray{1}, NSArray{1u}};
+  EXPECT_TRUE(set.member("a").isIdenticalTo(first)) << "the member that was there first stays";
+  EXPECT_TRUE(set.containsObject(1u) && !set.containsObject("1") && !set.containsObject(nullptr));
+  EXPECT_EQ(set.allObjects(), (NSArray{"a", 1, NSArray{1}}));
+  const NSSet twin{NSArray{1}, 1, "a"};
+  EXPECT_TRUE(set == twin && set.hash() == twin.hash()) << "order does not count";
+  EXPECT_FALSE(set.isEqual(NSSet{"a", 1, NSArray{2}}));
+  set.removeObject("a");
+  EXPECT_TRUE(set.anyObject() == 1 && std::distance(set.begin(), set.end()) == 2);
+  EXPECT_EQ(raisedName([&] { set.addObject(nullptr); }), NSInvalidArgumentException);
+}
+
+}  // namespace zeb::test

@@ -1,0 +1,37 @@
+#include <ZEBPlatform/Foundation/NSError.h>
+
+#include "../Support.h"
+
+namespace zeb::test {
+
+TEST(NSError, CarriesDomainCodeAndDetails) {
+  const NSError inner("inner", -1);
+  const NSString text("It failed.");
+  const NSDictionary details{{NSLocalizedDescriptionKey, text}, {NSUnderlyingErrorKey, inner}};
+  const NSError error("domain", 7, details);
+  EXPECT_TRUE(error.domain() == "domain" && error.code() == 7 && error.userInfo() == details);
+  EXPECT_TRUE(error.localizedDescription() == text && error.underlyingError() == inner);
+  EXPECT_STREQ(error.what(), "It failed.");
+  EXPECT_STREQ(inner.what(), "The operation couldn't be completed. (inner error -1.)");
+  EXPECT_TRUE(inner.userInfo() == NSDictionary::dictionary() && inner.underlyingError().isNil());
+
+  const NSError twin("domain", 7, details.mutableCopy());
+  const Value value = error;
+  EXPECT_TRUE(error == twin && value.hash() == Value(twin).hash() && NSError::from(value) == error);
+  EXPECT_FALSE(error == NSError("domain", 8, details) || error == NSError("domain", 7));
+  EXPECT_FALSE(error == NSError("other", 7, details) || error == NSError());
+  EXPECT_TRUE(NSError() == NSError(nullptr) && NSError::from("text").isNil());
+  EXPECT_EQ(NSString::stringWithFormat("%@|%@", error, NSError()),
+            "Error Domain=domain Code=7 \"It failed.\"|(null)");
+}
+
+TEST(NSException, CarriesNameReasonAndDetails) {
+  const NSException exception("Name", "the reason", {{"key", 1}});
+  EXPECT_TRUE(exception.name() == "Name" && exception.reason() == "the reason");
+  EXPECT_STREQ(exception.what(), "Name: the reason");
+  EXPECT_EQ(NSException::from(exception).userInfo()["key"], 1);
+  EXPECT_FALSE(NSException::isException(NSError("domain", 1)) || NSException::isException("text"));
+  EXPECT_EQ(raisedName([] { NSException::from("text"); }), NSInvalidArgumentException);
+}
+
+}  // namespace zeb::test

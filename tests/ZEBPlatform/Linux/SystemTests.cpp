@@ -1,0 +1,53 @@
+#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Linux/ThreadState.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
+namespace zeb::test {
+
+TEST(ConsoleDeathTest, FatalWritesExactlyTheMessageAndAborts) {
+  EXPECT_EXIT(fatal("100 %s sure"), testing::KilledBySignal(SIGABRT), "^100 %s sure\n$");
+}
+
+TEST(Thread, KnowsTheMainThreadAlsoAfterAFork) {
+  EXPECT_TRUE(isMainThread());
+  int status = -1;
+  std::thread([&] {
+    EXPECT_FALSE(isMainThread());
+    const pid_t child = fork();
+    if (child == 0) _exit(isMainThread() ? 0 : 1);
+    waitpid(child, &status, 0);
+  }).join();
+  EXPECT_EQ(status, 0);
+}
+
+TEST(ThreadState, AThreadIsBlockedOnlyIfTheSystemSaysSo) {
+  EXPECT_FALSE(isThreadBlocked(currentThreadIdentifier()));
+  std::atomic<int> sleeper{0};
+  std::atomic<bool> isOver{false};
+  std::thread thread([&] {
+    sleeper = currentThreadIdentifier();
+    sleeper.notify_all();
+    isOver.wait(false);
+  });
+  sleeper.wait(0);
+  while (!isThreadBlocked(sleeper)) std::this_thread::yield();
+  rlimit limit;
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit none{0, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);  // from here on nobody can be asked
+  EXPECT_FALSE(isThreadBlocked(currentThreadIdentifier()));
+  EXPECT_FALSE(isThreadBlocked(sleeper));
+  setrlimit(RLIMIT_NOFILE, &limit);
+  isOver = true;
+  isOver.notify_all();
+  thread.join();
+}
+
+}  // namespace zeb::test

@@ -1,0 +1,81 @@
+#include <ZEBPlatform/Memory/SnapshotPointer.h>
+
+#include <array>
+#include <barrier>
+#include <memory>
+#include <thread>
+
+#include "../Support.h"
+
+namespace zeb::test {
+
+using Shared = detail::SnapshotPointer<Ref<Probe>>;
+
+TEST(SnapshotPointer, DestroysEachSnapshotWithItsOwnLastPin) {
+  std::atomic<int> deaths = 0;
+  {
+    Shared shared;
+    EXPECT_FALSE(shared.pin() || shared.get());
+    Shared::Pin first, before;
+    for (int round = 0; round < 100; ++round) {
+      Shared::Pin replaced = shared.replace(makeRef<Probe>(deaths));
+      if (round == 1) first = std::move(replaced);
+      // There is no moment without a pin.
+      Shared::Pin next = shared.pin();
+      before = std::move(next);
+      EXPECT_EQ(&*before, shared.get());
+    }
+    EXPECT_EQ(deaths, 98) << "all but the current one and the pinned one";
+    EXPECT_TRUE((*first)->isAlive);
+    first = Shared::Pin();
+    EXPECT_EQ(deaths, 99);
+  }
+  EXPECT_EQ(deaths, 100);
+}
+
+TEST(SnapshotPointer, CountsMorePinsThanItsWordHolds) {
+  std::atomic<int> deaths = 0;
+  Shared shared;
+  constexpr std::size_t many = 100'000;
+  for (std::size_t i = 0; i < many; ++i) EXPECT_FALSE(shared.pin()) << "empty";
+  (void)shared.replace(makeRef<Probe>(deaths));
+  for (std::size_t i = 0; i < many; ++i) EXPECT_TRUE(shared.pin());
+  std::vector<Shared::Pin> pins;
+  for (std::size_t i = 0; i < many; ++i) pins.push_back(shared.pin());
+  (void)shared.replace(makeRef<Probe>(deaths));
+  (void)shared.clear();
+  EXPECT_EQ(deaths, 1) << "the second, which nobody had pinned";
+  EXPECT_FALSE(shared.pin());
+  while (pins.size() > 1) pins.pop_back();
+  EXPECT_TRUE((*pins.front())->isAlive);
+  pins.clear();
+  EXPECT_EQ(deaths, 2);
+}
+
+TEST(SnapshotPointer, StandsReadersAndWritersTogether) {
+  std::atomic<int> deaths = 0, made = 0, deadOnes = 0;
+  {
+    Shared shared;
+    std::barrier meeting(4);
+    const auto work = [&](bool replaces) {
+      meeting.arrive_and_wait();
+      std::array<Shared::Pin, 3> pins;
+      for (int round = 0; round < 60'000; ++round) {
+        Shared::Pin& pin = pins[static_cast<std::size_t>(round) % pins.size()];
+        pin = shared.pin();
+        if (pin && !(*pin)->isAlive) ++deadOnes;
+        if (!replaces || round % 16) continue;
+        ++made;
+        (void)shared.replace(makeRef<Probe>(deaths));
+      }
+    };
+    std::vector<std::thread> threads;
+    for (const bool replaces : {false, false, true, true}) threads.emplace_back(work, replaces);
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(made - deaths, 1) << "nothing but the current one is left";
+  }
+  EXPECT_EQ(deadOnes, 0);
+  EXPECT_EQ(deaths, made);
+}
+
+}  // namespace zeb::test

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <ZEBPlatform/Memory/FunctionView.h>
+#include <ZEBPlatform/RunLoop/NSThread.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+
+namespace zeb::test {
+
+/// Calls the body on a new thread, so that each test has a loop of its own.
+inline void onNewThread(FunctionView<void()> body) {
+  std::thread([&] { body(); }).join();
+}
+
+/// A thread that runs its loop as long as the object lives, and has ended after that.
+class LoopThread {
+ public:
+  LoopThread() { thread->start(); }
+  ~LoopThread() {
+    loop->performBlock([itself = loop.get()] { itself->stop(); });
+    performOnThread(thread, [] {}, true);  // dropped when the thread ends
+  }
+
+  const Ref<NSThread> thread = makeRef<NSThread>([] {
+    NSRunLoop::currentRunLoop()->addPort(NSPort::port(), NSDefaultRunLoopMode);
+    NSRunLoop::currentRunLoop()->run();
+  });
+  const Ref<NSRunLoop> loop = thread->runLoop();
+};
+
+/// One pass of the calling thread's loop, without waiting.
+inline bool runOnce(const NSString& mode = NSDefaultRunLoopMode) {
+  return NSRunLoop::currentRunLoop()->runMode(mode, NSDate::distantPast());
+}
+
+/// Runs the calling thread's loop until somebody stops it.
+inline void runUntilStopped() {
+  const Ref<NSPort> port = NSPort::port();
+  NSRunLoop::currentRunLoop()->addPort(port, NSDefaultRunLoopMode);
+  NSRunLoop::currentRunLoop()->run();
+  port->invalidate();
+}
+
+/// The calling thread's loop and another one wake each other so many times, while `run` runs the former; then
+/// calls `end`. A lost wake-up hangs it.
+inline void playPingPong(int rounds, const std::function<void()>& run,
+                         const std::function<void()>& end) {
+  const LoopThread other;
+  const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+  std::function<void()> serve = [&] {
+    if (--rounds == 0) return end();
+    other.loop->performBlock([&] { loop->performBlock([&] { serve(); }); });
+  };
+  loop->performBlock([&] { serve(); });
+  run();
+}
+
+}  // namespace zeb::test

@@ -1,0 +1,251 @@
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "../Support.h"
+
+namespace zeb {
+namespace {
+
+Ref<NSObject> object() {
+  static std::atomic<int> deaths;
+  return makeRef<test::Probe>(deaths);
+}
+
+NSNotificationCenter::Handler counting(int& calls) {
+  return [&calls](const Ref<NSNotification>&) { ++calls; };
+}
+
+TEST(NSNotificationCenter, DeliversWhatPassesBothFilters) {
+  const auto center = makeRef<NSNotificationCenter>();
+  const Ref<NSObject> one = object(), two = object();
+  const NSString text("a text that is no short one"), equalText(text.utf8());
+  struct Case {
+    NSString name;
+    Value object;
+    int expected;
+    int calls = 0;
+  } cases[] = {{nullptr, nullptr, 7}, {"A", nullptr, 5}, {"B", nullptr, 2}, {"A", one, 1},
+               {nullptr, one, 2},     {"A", two, 1},     {"A", text, 1},    {"A", 5, 1},
+               {"A", equalText, 0},   {"B", two, 0}};
+  for (Case& each : cases) {
+    (void)center->addObserverForName(each.name, each.object, nullptr, counting(each.calls));
+  }
+  for (const Value& posted : {Value(), Value(one), Value(two), Value(text), Value(5)}) {
+    center->postNotificationName("A", posted);
+  }
+  center->postNotificationName("B", one);
+  center->postNotificationName("B");
+  for (const Case& each : cases) {
+    EXPECT_EQ(each.calls, each.expected) << each.name << ", " << each.object;
+  }
+}
+
+TEST(NSNotificationCenter, HandsOverTheNotificationAndRefusesNone) {
+  const auto center = makeRef<NSNotificationCenter>();
+  const Ref<NSObject> observer = object();
+  Ref<NSNotification> seen;
+  center->addObserver(
+      observer, [&](const Ref<NSNotification>& notification) { throw seen = notification; }, "A");
+  EXPECT_THROW(center->postNotificationName("A", 3, {{"key", "value"}}), Ref<NSNotification>);
+  EXPECT_TRUE(seen->name() == "A" && seen->object() == 3 && seen->userInfo()["key"] == "value");
+  for (const auto& call :
+       std::vector<std::function<void()>>{[&] { center->postNotification(nullptr); },
+                                          [&] { center->postNotificationName(nullptr); }}) {
+    EXPECT_EQ(test::raisedName(call), NSInvalidArgumentException);
+  }
+  center->addObserver(nullptr, [](const auto&) {}, "B");
+  center->addObserver(observer, nullptr, "B");
+  center->removeObserver(nullptr);
+  EXPECT_FALSE(center->addObserverForName("B", nullptr, nullptr, nullptr));
+  center->postNotificationName("B");
+}
+
+TEST(NSNotificationCenter, KeepsNeitherObserverNorObjectAliveButTheTokensBlock) {
+  std::atomic<int> deaths = 0;
+  const auto center = makeRef<NSNotificationCenter>();
+  int calls = 0;
+  // A block's captured state tells of its release.
+  const auto block = [&] {
+    return [&calls, state = makeRef<test::Probe>(deaths)](const Ref<NSNotification>&) { ++calls; };
+  };
+  center->addObserver(makeRef<test::Probe>(deaths), block(), "A");
+  (void)center->addObserverForName("A", makeRef<test::Probe>(deaths), nullptr, counting(calls));
+  EXPECT_EQ(deaths, 2) << "observer and object";
+  center->postNotificationName("A");
+  EXPECT_TRUE(calls == 0 && deaths == 3) << "the block, once a post has met it";
+
+  const WeakRef<NSObject> token = center->addObserverForName("B", nullptr, nullptr, block());
+  center->postNotificationName("B");
+  EXPECT_EQ(calls, 1) << "dropping the token ends nothing";
+  center->removeObserver(token.lock());
+  EXPECT_EQ(deaths, 4);
+
+  for (int i = 0; i < 10'000; ++i) center->addObserver(makeRef<test::Probe>(deaths), block(), "C");
+  EXPECT_GT(deaths, 4 + 10'000 + 9'000) << "the dead are looked for while others come";
+}
+
+TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
+  struct Case {
+    NSString name;
+    Value object;
+    int expected;
+  };
+  const Ref<NSObject> other = object();
+  for (const Case& each : {Case{nullptr, nullptr, 0}, Case{"A", nullptr, 1}, Case{"A", other, 2},
+                           Case{nullptr, other, 2}, Case{"C", nullptr, 3}}) {
+    const auto center = makeRef<NSNotificationCenter>();
+    const Ref<NSObject> observer = object();
+    int calls = 0, strangersCalls = 0;
+    center->addObserver(observer, counting(calls), "A");
+    center->addObserver(observer, counting(calls), "A", other);
+    center->addObserver(observer, counting(calls), nullptr);
+    center->addObserver(other, counting(strangersCalls), "A");
+    center->removeObserver(observer, each.name, each.object);
+    center->postNotificationName("A", other);
+    EXPECT_EQ(calls, each.expected) << each.name << ", " << each.object;
+    EXPECT_EQ(strangersCalls, 1);
+  }
+}
+
+/// One observer of many names, and many of one: looking through all of them each time would take minutes.
+TEST(NSNotificationCenter, RemovingOneCostsTheSameAmongMany) {
+  const auto center = makeRef<NSNotificationCenter>();
+  const Ref<NSObject> observer = object();
+  constexpr int count = 30'000;
+  std::vector<NSString> names;
+  std::vector<Ref<NSObject>> others;
+  int calls = 0;
+  for (int i = 0; i < count; ++i) {
+    names.push_back(NSString::stringWithFormat("name %d", i));
+    center->addObserver(observer, counting(calls), names.back());
+    others.push_back(object());
+    center->addObserver(others.back(), counting(calls), "A");
+  }
+  for (int i = 0; i + 1 < count; ++i) {
+    center->removeObserver(observer, names[static_cast<std::size_t>(i)], nullptr);
+    center->removeObserver(others[static_cast<std::size_t>(i)], "A", nullptr);
+  }
+  for (const NSString& name : names) center->postNotificationName(name);
+  center->postNotificationName("A");
+  EXPECT_EQ(calls, 2);
+}
+
+TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
+  const auto center = makeRef<NSNotificationCenter>();
+  std::vector<Ref<NSObject>> observers;
+  int calls = 0, lateCalls = 0;
+  for (int i = 0; i < 50; ++i) {
+    observers.push_back(object());
+    center->addObserver(
+        observers.back(),
+        [&, center = center.get()](const Ref<NSNotification>&) {
+          if (++calls > 1) return;
+          for (std::size_t other = 1; other < 49; ++other) center->removeObserver(observers[other]);
+          observers.back() = nullptr;  // the last one dies
+          for (int late = 0; late < 100; ++late) {
+            center->addObserver(observers[0], counting(lateCalls), "A");
+          }
+          center->postNotificationName("A");
+          center->removeObserver(observers[0]);
+          observers[0] = nullptr;  // whose block is running
+        },
+        "A");
+  }
+  center->postNotificationName("A");
+  EXPECT_EQ(calls, 2) << "the first one and, in the inner post, the first one again";
+  EXPECT_EQ(lateCalls, 100) << "in the inner post only";
+}
+
+TEST(NSNotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
+  struct PostsAtItsEnd : NSObject {
+    explicit PostsAtItsEnd(Ref<NSNotificationCenter> itsCenter) : center(std::move(itsCenter)) {}
+    ~PostsAtItsEnd() override { center->postNotificationName("ended"); }
+    const Ref<NSNotificationCenter> center;
+  };
+  static const char key = 0;
+  const auto center = makeRef<NSNotificationCenter>();
+  int ends = 0;
+  const Ref<NSObject> listener =
+      center->addObserverForName("ended", nullptr, nullptr, counting(ends));
+  std::vector<Ref<NSObject>> tokens;
+  for (int i = 0; i < 4; ++i) {
+    tokens.push_back(center->addObserverForName("A", nullptr, nullptr, [](auto&) {}));
+    setAssociatedObject(*tokens.back(), &key, makeRef<PostsAtItsEnd>(center));
+  }
+  // Removed registrations stay in the list for the name until they are half of it.
+  while (!tokens.empty()) {
+    center->removeObserver(tokens.back());
+    tokens.pop_back();
+  }
+  EXPECT_EQ(ends, 4);
+}
+
+TEST(NSNotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
+  const auto center = makeRef<NSNotificationCenter>();
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setMaxConcurrentOperationCount(1);
+  queue->setSuspended(true);
+  std::vector<Value> seen;
+  const auto note = [&](const Ref<NSNotification>& notification) {
+    EXPECT_EQ(NSOperationQueue::currentQueue(), queue);
+    seen.push_back(notification->object());
+  };
+  (void)center->addObserverForName("A", nullptr, queue, note);
+  const Ref<NSObject> removed = center->addObserverForName("A", nullptr, queue, note);
+  for (int i = 0; i < 3; ++i) center->postNotificationName("A", i);
+  center->removeObserver(removed);
+  EXPECT_TRUE(seen.empty());
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(seen, (std::vector<Value>{0, 1, 2}));
+}
+
+/// Four threads register, remove, post and drop, in blocks as well, at observers that die meanwhile.
+TEST(NSNotificationCenter, StandsAStorm) {
+  const auto center = makeRef<NSNotificationCenter>();
+  std::atomic<int> deaths = 0, made = 0, posts = 0, calls = 0;
+  const NSString names[] = {"A", "B"};
+  const auto storm = [&](unsigned seed) {
+    std::mt19937 random(seed);
+    std::vector<Ref<test::Probe>> mine;
+    for (int step = 0; step < 3000; ++step) {
+      const NSString& name = names[random() % 2];
+      switch (random() % 5) {
+        case 0:
+        case 1: {
+          ++made;
+          mine.push_back(makeRef<test::Probe>(deaths));
+          center->addObserver(
+              mine.back(),
+              [&, probe = mine.back().get(), act = random() % 8](const Ref<NSNotification>&) {
+                EXPECT_TRUE(probe->isAlive);
+                ++calls;
+                if (act == 0) center->removeObserver(Ref(probe));
+                if (act == 1 && posts++ % 16 == 0) center->postNotificationName("A");
+              },
+              random() % 4 ? name : nullptr);
+          break;
+        }
+        case 2:
+          center->postNotificationName(name);
+          break;
+        case 3:
+          if (!mine.empty()) center->removeObserver(mine[random() % mine.size()]);
+          break;
+        default:
+          if (mine.size() > 8) mine.erase(mine.begin(), mine.begin() + 6);
+      }
+    }
+  };
+  std::vector<std::thread> threads;
+  for (unsigned seed = 1; seed <= 4; ++seed) threads.emplace_back(storm, seed);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_GT(calls, 1000);
+  EXPECT_EQ(deaths, made);
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,198 @@
+#include <ZEBPlatform/Dispatch/MainQueue.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
+#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <semaphore>
+#include <thread>
+
+#include "../Support.h"
+
+namespace zeb {
+namespace {
+
+TEST(NSOperationQueue, TakesTheMostImportantFirst) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setMaxConcurrentOperationCount(1);
+  queue->setSuspended(true);
+  std::vector<int> order;
+  for (const int priority : {0, -8, 4, 8, -4, 0, -100, 100, 3, 8}) {
+    const auto operation = makeRef<NSBlockOperation>([&, priority] { order.push_back(priority); });
+    operation->setQueuePriority(static_cast<NSOperationQueuePriority>(priority));
+    queue->addOperation(operation);
+  }
+  EXPECT_EQ(queue->operationCount(), 10u);
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(order, (std::vector{8, 100, 8, 4, 3, 0, 0, -4, -8, -100}));
+}
+
+TEST(NSOperationQueue, RunsAsManyAtOnceAsItMay) {
+  const auto queue = makeRef<NSOperationQueue>();
+  EXPECT_EQ(test::raisedName([&] { queue->setMaxConcurrentOperationCount(-2); }),
+            NSInvalidArgumentException);
+  for (const int limit : {1, 3}) {
+    queue->setMaxConcurrentOperationCount(0);
+    std::atomic<int> atOnce = 0, ran = 0;
+    for (int i = 0; i < 500; ++i) {
+      queue->addOperationWithBlock([&, limit] {
+        EXPECT_LE(++atOnce, limit);
+        std::this_thread::yield();
+        --atOnce, ++ran;
+      });
+    }
+    EXPECT_EQ(ran, 0);
+    queue->setMaxConcurrentOperationCount(limit);
+    queue->waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(ran, 500);
+  }
+}
+
+/// Each one waits for the one that was added after it.
+TEST(NSOperationQueue, BlockedOperationsDoNotStarveOthers) {
+  const auto queue = makeRef<NSOperationQueue>();
+  std::vector<std::unique_ptr<std::binary_semaphore>> done;
+  for (int i = 0; i <= 40; ++i) done.push_back(std::make_unique<std::binary_semaphore>(0));
+  for (std::size_t i = 0; i < 40; ++i) {
+    queue->addOperationWithBlock([&, i] {
+      done[i + 1]->acquire();
+      done[i]->release();
+    });
+  }
+  queue->addOperationWithBlock([&] { done[40]->release(); });
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_TRUE(done[0]->try_acquire());
+}
+
+TEST(NSOperationQueue, WaitsSuspendedAndOutlivesItsOwner) {
+  for (const bool isCancelled : {true, false}) {
+    auto queue = makeRef<NSOperationQueue>();
+    const WeakRef<NSOperationQueue> weak(queue);
+    std::atomic<int> ran = 0;
+    queue->setSuspended(true);
+    for (int i = 0; i < 100; ++i) queue->addOperationWithBlock([&] { ++ran; });
+    queue->addOperationWithBlock(nullptr);
+    if (isCancelled) queue->cancelAllOperations();
+    EXPECT_TRUE(queue->operations().size() == 100 && ran == 0);
+    queue->setSuspended(false);
+    queue = nullptr;
+    while (weak.lock()) std::this_thread::yield();  // it goes when the last operation has gone
+    EXPECT_EQ(ran, isCancelled ? 0 : 100);
+  }
+}
+
+TEST(NSOperationQueue, RunsBarriersAlone) {
+  const auto queue = makeRef<NSOperationQueue>();
+  std::atomic<int> running = 0, ran = 0;
+  for (int step = 1; step <= 2000; ++step) {
+    queue->addOperationWithBlock([&] { ++running, std::this_thread::yield(), ++ran, --running; });
+    if (step % 50 > 1) continue;
+    queue->addBarrierBlock([&, step] { EXPECT_TRUE(running == 0 && ran == step) << step; });
+  }
+  queue->waitUntilAllOperationsAreFinished();
+
+  queue->setSuspended(true);
+  int order = 0;
+  for (int pair = 0; pair < 100; ++pair) {
+    queue->addOperationWithBlock([&, pair] { EXPECT_EQ(order, pair > 50 ? pair - 1 : pair); });
+    queue->addBarrierBlock([&] { ++order; });
+  }
+  std::size_t dependencies = 0;
+  for (const auto& each : queue->operations()) dependencies += each->dependencies().size();
+  EXPECT_EQ(dependencies, 100u + 99u + 99u)
+      << "each barrier waits for one operation and one barrier";
+  const auto cancelled = queue->operations()[2 * 50 + 1];
+  cancelled->cancel();
+  EXPECT_FALSE(cancelled->isReady()) << "later ones still have to wait for those before it";
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(order, 99);
+
+  const auto earlier = makeRef<NSBlockOperation>(), later = makeRef<NSBlockOperation>();
+  earlier->addDependency(later);
+  queue->addOperation(earlier);
+  queue->addBarrierBlock([] {});
+  EXPECT_EQ(test::raisedName([&] { queue->addOperation(later); }), NSInvalidArgumentException)
+      << "it would wait for the barrier, which waits for what waits for it";
+  earlier->removeDependency(later);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+TEST(NSOperationQueue, KnowsWhereItRuns) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setUnderlyingQueue(dispatch_queue_create("serial"));
+  queue->setSuspended(true);
+  int order = 0;
+  for (int i = 0; i < 10; ++i) {
+    queue->addOperationWithBlock([&, i] {
+      makeRef<NSBlockOperation>([&] {
+        EXPECT_EQ(NSOperationQueue::currentQueue(), queue);
+      })->start();
+      EXPECT_EQ(order++, i) << "the underlying queue is serial";
+    });
+  }
+  for (const dispatch_queue_t& other : {dispatch_queue_t(), dispatch_get_main_queue()}) {
+    EXPECT_EQ(test::raisedName([&] { queue->setUnderlyingQueue(other); }),
+              NSInvalidArgumentException);
+  }
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(order, 10);
+
+  const auto& mainQueue = NSOperationQueue::mainQueue();
+  mainQueue->setSuspended(true);
+  mainQueue->setMaxConcurrentOperationCount(8);
+  EXPECT_TRUE(mainQueue->maxConcurrentOperationCount() == 1 && !mainQueue->isSuspended());
+  EXPECT_EQ(NSOperationQueue::currentQueue(), mainQueue);
+  std::thread([&] {
+    EXPECT_FALSE(NSOperationQueue::currentQueue());
+    mainQueue->addOperationWithBlock(
+        [&] { EXPECT_EQ(NSOperationQueue::currentQueue(), mainQueue); });
+  }).join();
+  while (mainQueue->operationCount() > 0) detail::runMainQueue();
+}
+
+/// Graphs over two queues whose operations are cancelled, freed of dependencies, waited for and dropped
+/// while they start.
+TEST(NSOperationQueue, StandsAStorm) {
+  std::atomic<int> deaths = 0, made = 0, completions = 0;
+  const auto storm = [&](unsigned seed) {
+    std::mt19937 random(seed);
+    const Ref<NSOperationQueue> queues[] = {makeRef<NSOperationQueue>(),
+                                            makeRef<NSOperationQueue>()};
+    queues[1]->setMaxConcurrentOperationCount(2);
+    for (int round = 0; round < 20; ++round) {
+      std::vector<Ref<NSOperation>> graph;
+      for (std::size_t i = 0; i < 60; ++i, ++made) {
+        graph.push_back(makeRef<NSBlockOperation>(
+            [probe = makeRef<test::Probe>(deaths)] { EXPECT_TRUE(probe->isAlive); }));
+        graph[i]->setCompletionBlock([&completions] { ++completions; });
+        for (int edge = 0; edge < 3 && i > 0; ++edge) graph[i]->addDependency(graph[random() % i]);
+      }
+      std::thread disturber([&graph, &queues, choice = std::mt19937(seed)]() mutable {
+        for (int step = 0; step < 60; ++step) {
+          const std::size_t i = 1 + choice() % 59;
+          if (step % 3 == 0) graph[i]->cancel();
+          if (step % 3 == 1) graph[i]->removeDependency(graph[choice() % i]);
+          if (step % 3 == 2) graph[i]->addDependency(graph[choice() % i]);
+          if (step % 10 == 0) queues[0]->setSuspended(step % 20 == 0);
+          if (step % 10 == 5) queues[1]->setMaxConcurrentOperationCount(1 + step % 3);
+        }
+      });
+      for (std::size_t i = graph.size(); i-- > 0;) queues[random() % 2]->addOperation(graph[i]);
+      if (round % 4 == 0) queues[0]->addBarrierBlock([] {});
+      disturber.join();
+      graph[random() % 60]->waitUntilFinished();
+    }
+    for (const auto& queue : queues) queue->waitUntilAllOperationsAreFinished();
+  };
+  std::vector<std::thread> threads;
+  for (unsigned seed = 1; seed <= 4; ++seed) threads.emplace_back(storm, seed);
+  for (std::thread& thread : threads) thread.join();
+  while (completions < made || deaths < made) std::this_thread::yield();
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,431 @@
+#include <ZEBPlatform/Dispatch/MainQueue.h>
+#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
+#include <ZEBPlatform/RunLoop/NSInvocationOperation.h>
+#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <latch>
+#include <set>
+#include <thread>
+
+#include "../Logging/LogRecorder.h"
+#include "../Support.h"
+
+namespace zeb {
+namespace {
+
+using Operations = std::vector<Ref<NSOperation>>;
+
+Ref<NSOperation> operation(Block<void()> block = [] {}) {
+  return NSBlockOperation::blockOperationWithBlock(std::move(block));
+}
+
+Ref<NSOperation> named(const char* name) {
+  const auto made = operation();
+  made->setName(name);
+  return made;
+}
+
+/// The text of the NSException that the call throws.
+template <class Call>
+std::string raised(const Call& call) {
+  try {
+    call();
+  } catch (const NSException& exception) {
+    return exception.what();
+  }
+  return "nothing";
+}
+
+std::string state(const NSOperation& operation) {
+  std::string text;
+  if (operation.isReady()) text += "ready ";
+  if (operation.isExecuting()) text += "executing ";
+  if (operation.isCancelled()) text += "cancelled ";
+  if (operation.isFinished()) text += "finished ";
+  return text;
+}
+
+TEST(NSOperation, RunsOnceAndTellsWhereItIs) {
+  std::atomic<int> deaths = 0;
+  std::string during, inCompletion;
+  Ref<NSOperation> work;
+  work = operation([&, state_ = Ref<NSObject>(makeRef<test::Probe>(deaths))] {
+    during = state(*work);
+    EXPECT_NE(raised([&] { work->start(); }).find("is executing"), std::string::npos);
+  });
+  work->setCompletionBlock([&, state_ = Ref<NSObject>(makeRef<test::Probe>(deaths))] {
+    inCompletion = state(*work);
+    EXPECT_FALSE(work->completionBlock());
+  });
+  EXPECT_EQ(state(*work), "ready ");
+  work->start();
+  EXPECT_EQ(during, "ready executing ");
+  EXPECT_EQ(inCompletion, "ready finished ");
+  EXPECT_EQ(deaths, 2) << "both blocks are released";
+  work->start();
+  work->cancel();
+  EXPECT_EQ(state(*work), "ready cancelled finished ");
+}
+
+TEST(NSOperation, RefusesToBeRunTwice) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setSuspended(true);
+  const auto first = named("first"), second = named("second"), done = named("done");
+  second->addDependency(first);
+  done->start();
+  queue->addOperation(first);
+  for (const auto& [call, reason] : std::vector<std::pair<std::function<void()>, std::string>>{
+           {[&] { second->start(); }, "second is not ready"},
+           {[&] { queue->addOperation(first); }, "first is on a queue"},
+           {[&] { first->start(); }, "first is on a queue"},
+           {[&] { queue->addOperations({second, done}, false); }, "done has finished"}}) {
+    EXPECT_EQ(raised(call), "NSInvalidArgumentException: " + reason);
+  }
+  EXPECT_EQ(queue->operationCount(), 1u) << "none of them is added";
+  queue->addOperation(second);
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+TEST(NSOperation, WaitsForWhatItDependsOn) {
+  const auto queue = makeRef<NSOperationQueue>(), otherQueue = makeRef<NSOperationQueue>();
+  std::string order;
+  const auto first = operation([&] { order += '1'; }), second = operation([&] { order += '2'; }),
+             third = operation([&] { order += '3'; });
+  third->addDependency(second);
+  third->addDependency(first);
+  third->addDependency(second);
+  third->addDependency(nullptr);
+  second->addDependency(first);
+  EXPECT_EQ(third->dependencies(), (Operations{second, first}));
+  const auto unneeded = operation();
+  third->addDependency(unneeded);
+  queue->addOperations({third, nullptr, second}, false);
+  EXPECT_FALSE(third->isReady() || second->isReady());
+  const auto dropped = operation();  // that waits for what finishes later
+  for (int i = 0; i < 9; ++i) dropped->addDependency(first);
+  dropped->removeDependency(operation());
+  dropped->removeDependency(first);
+  EXPECT_TRUE(dropped->isReady() && dropped->dependencies().empty());
+  operation()->addDependency(first);  // dies at once
+  otherQueue->addOperation(first);
+  second->waitUntilFinished();
+  EXPECT_FALSE(third->isReady());
+  third->removeDependency(unneeded);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(order, "123");
+  EXPECT_EQ(third->dependencies(), (Operations{second, first})) << "also when they have finished";
+}
+
+TEST(NSOperation, FinishesUnrunWhenCancelled) {
+  const auto queue = makeRef<NSOperationQueue>();
+  const auto neverStarted = operation();
+  std::atomic<int> runs = 0;
+  std::latch completed(1);
+  const auto cancelled = operation([&] { ++runs; }), after = operation([&] { runs += 10; });
+  cancelled->addDependency(neverStarted);
+  cancelled->setCompletionBlock([&] { completed.count_down(); });
+  after->addDependency(cancelled);
+  queue->addOperations({after, cancelled}, false);
+  EXPECT_FALSE(cancelled->isReady());
+  cancelled->cancel();
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(runs, 10);
+  completed.wait();
+  EXPECT_EQ(state(*cancelled), "ready cancelled finished ");
+}
+
+TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
+  test::LogRecorder log;
+  const auto queue = makeRef<NSOperationQueue>();
+  const auto raising = operation([] { raiseInvalidArgument("no such thing"); });
+  raising->setName("raising");
+  const auto several = makeRef<NSBlockOperation>();
+  several->addExecutionBlock([] {});
+  several->addExecutionBlock([] { raiseInvalidArgument("either"); });
+  several->addDependency(raising);
+  queue->addOperations({raising, several}, true);
+  ASSERT_EQ(log.lines.size(), 2u);
+  EXPECT_EQ(log.lines[0],
+            "3|NSOperation|ZEBPlatform/RunLoop/NSOperation|-[NSOperation main]|exception thrown in "
+            "raising: "
+            "NSInvalidArgumentException: no such thing");
+
+  const auto throwing = operation([] { throw 1; });
+  EXPECT_THROW(throwing->start(), int);
+  EXPECT_TRUE(throwing->isFinished());
+}
+
+TEST(NSOperation, OtherExceptionsEndTheProcessBeforeAnybodyGoesOn) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto throwOnQueue = [] {
+    const auto throwing = operation([] { throw 1; });
+    throwing->setCompletionBlock([] { std::_Exit(0); });
+    makeRef<NSOperationQueue>()->addOperations({throwing}, true);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(throwOnQueue(), testing::KilledBySignal(SIGABRT), "");
+  const auto throwInCompletion = [] {
+    const auto throwing = operation();
+    throwing->setCompletionBlock([] { throw 1; });
+    try {
+      throwing->start();
+    } catch (...) {
+    }
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(throwInCompletion(), testing::KilledBySignal(SIGABRT), "");
+}
+
+TEST(NSOperation, ReportsCirclesInsteadOfHanging) {
+  const auto queue = makeRef<NSOperationQueue>();
+  const auto a = named("a"), b = named("b"), c = named("c"), d = named("d");
+  EXPECT_EQ(raised([&] { a->addDependency(a); }),
+            "NSInvalidArgumentException: operations wait for each other: a -> a");
+  a->addDependency(b);
+  b->addDependency(c);
+  b->addDependency(d);
+  c->addDependency(a);
+  d->addDependency(operation());
+  const auto outside = named("outside");
+  outside->addDependency(d);
+  outside->addDependency(a);
+  for (const auto& [enqueued, circle] :
+       {std::pair(a, "a -> b -> c -> a"), std::pair(c, "c -> a -> b -> c"),
+        std::pair(outside, "a -> b -> c -> a")}) {
+    EXPECT_EQ(raised([&] { queue->addOperations({operation(), enqueued}, true); }),
+              std::string("NSInvalidArgumentException: operations wait for each other: ") + circle);
+  }
+  EXPECT_EQ(queue->operationCount(), 0u);
+  c->removeDependency(a);
+  queue->addOperations({outside, a, b}, false);
+  EXPECT_EQ(
+      raised([&] { c->addDependency(outside); }),
+      "NSInvalidArgumentException: operations wait for each other: c -> outside -> a -> b -> c")
+      << "which runs as soon as c and d are enqueued";
+  c->addDependency(d);
+  queue->addOperations({c, d, d->dependencies()[0]}, false);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+/// Every operation waits for later ones; all are reached from the first one that is enqueued.
+TEST(NSOperation, LooksThroughLargeGraphsOnce) {
+  const auto queue = makeRef<NSOperationQueue>();
+  std::mt19937 random(1);
+  Operations operations(20'000);
+  std::atomic<int> ran = 0;
+  for (auto& each : operations) {
+    each = operation([&] {
+      for (const auto& earlier : each->dependencies()) EXPECT_TRUE(earlier->isFinished());
+      ++ran;
+    });
+  }
+  for (std::size_t i = 0; i + 1 < operations.size(); ++i) {
+    operations[i]->addDependency(operations[i + 1]);
+    for (int edge = 0; edge < 4; ++edge) {
+      operations[i]->addDependency(operations[i + 1 + random() % (operations.size() - i - 1)]);
+    }
+  }
+  queue->addOperations(operations, true);
+  EXPECT_EQ(ran, 20'000);
+}
+
+/// What is on a queue already gets dependencies at random; a plain search tells which ones close a circle.
+TEST(NSOperation, FindsCirclesOfLateDependencies) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setSuspended(true);
+  std::mt19937 random(1);
+  constexpr std::size_t count = 150;
+  Operations operations;
+  std::vector<std::set<std::size_t>> waitsFor(count);
+  for (std::size_t i = 0; i < count; ++i) operations.push_back(operation());
+  queue->addOperations(operations, false);
+  int refusals = 0;
+  for (int step = 0; step < 3000; ++step) {
+    const std::size_t from = random() % count, to = random() % count;
+    if (step % 5 == 4) {
+      operations[from]->removeDependency(operations[to]);
+      waitsFor[from].erase(to);
+      continue;
+    }
+    std::set<std::size_t> reached{to};
+    std::vector<std::size_t> waiting{to};
+    while (!waiting.empty()) {
+      const std::size_t next = waiting.back();
+      waiting.pop_back();
+      for (const std::size_t other : waitsFor[next]) {
+        if (reached.insert(other).second) waiting.push_back(other);
+      }
+    }
+    const bool isCircle = reached.contains(from);
+    ASSERT_EQ(raised([&] { operations[from]->addDependency(operations[to]); }) != "nothing",
+              isCircle)
+        << step;
+    if (!isCircle) waitsFor[from].insert(to);
+    refusals += isCircle;
+  }
+  EXPECT_TRUE(refusals > 300 && refusals < 2000) << refusals;
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+/// Two chains that grow while they are on a queue, and then wait for each other step by step, downwards and
+/// upwards: looking through a chain each time would take minutes.
+TEST(NSOperation, LateDependenciesCostNoSearchOfAllOthers) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setSuspended(true);
+  constexpr std::size_t count = 30'000;
+  Operations one, other;
+  for (Operations* chain : {&one, &other}) {
+    for (std::size_t i = 0; i < count; ++i) chain->push_back(operation());
+    queue->addOperations(*chain, false);
+  }
+  for (std::size_t i = 1; i < count; ++i) one[i]->addDependency(one[i - 1]);
+  for (std::size_t i = count - 1; i > 0; --i) other[i]->addDependency(other[i - 1]);
+  for (std::size_t i = 0; i < count; ++i) one[i]->addDependency(other[i]);
+  for (std::size_t i = count / 2; i < count; ++i) other[i]->addDependency(one[i / 2]);
+  EXPECT_NE(raised([&] { other[0]->addDependency(one.back()); }), "nothing");
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+TEST(NSOperation, ChainsOfAnyLengthDieOnASmallStack) {
+  test::runOnSmallStack([] {
+    std::atomic<int> deaths = 0;
+    Ref<NSOperation> last;
+    for (int i = 0; i < 100'000; ++i) {
+      auto link = operation([probe = makeRef<test::Probe>(deaths)] {});
+      link->addDependency(last);
+      last = std::move(link);
+    }
+    last = nullptr;
+    EXPECT_EQ(deaths, 100'000);
+  });
+}
+
+TEST(NSOperation, RefusesToWaitForEver) {
+  const auto serial = makeRef<NSOperationQueue>(), other = makeRef<NSOperationQueue>();
+  const auto& mainQueue = NSOperationQueue::mainQueue();
+  serial->setMaxConcurrentOperationCount(1);
+  serial->setName("serial");
+  other->setName("other");
+  const auto later = named("later"), onMain = named("on main"), behind = named("behind"),
+             between = operation();
+  behind->addDependency(between);
+  std::string reports;
+  const auto report = [&](const auto& wait) { reports += raised(wait) + "\n"; };
+  Ref<NSOperation> asking;
+  asking = operation([&] {
+    serial->addOperation(later);
+    report([&] { asking->waitUntilFinished(); });
+    report([&] { later->waitUntilFinished(); });
+    report([&] { serial->waitUntilAllOperationsAreFinished(); });
+    for (const auto& needed : {asking, later}) {
+      between->addDependency(needed);
+      report([&] { behind->waitUntilFinished(); });
+      between->removeDependency(needed);
+    }
+    makeRef<NSOperationQueue>()->addOperations({operation()}, true);
+  });
+  asking->setName("asking");
+  serial->addOperations({asking, nullptr}, true);
+  onMain->addDependency(operation());
+  mainQueue->addOperation(onMain);
+  report([&] { onMain->waitUntilFinished(); });
+  report([&] { mainQueue->waitUntilAllOperationsAreFinished(); });
+  between->addDependency(onMain);
+  report([&] { other->addOperations({behind, between}, true); });
+  report([&] { other->waitUntilAllOperationsAreFinished(); });
+  std::string expected;
+  for (const auto& [awaited, reason] :
+       std::vector<std::pair<std::string, std::string>>{{"asking", ""},
+                                                        {"later", ""},
+                                                        {"serial", ""},
+                                                        {"behind", "asking"},
+                                                        {"behind", "later"},
+                                                        {"on main", ""},
+                                                        {"NSOperationQueue Main Queue", ""},
+                                                        {between->description(), "on main"},
+                                                        {"other", "on main"}}) {
+    expected +=
+        "NSGenericException: waiting here for " + awaited + " would never end" +
+        (reason.empty() ? "" : ": it waits for " + reason + ", for which this thread is needed") +
+        "\n";
+  }
+  EXPECT_EQ(reports, expected);
+  onMain->cancel();
+  while (!onMain->isFinished()) detail::runMainQueue();
+  other->waitUntilAllOperationsAreFinished();
+}
+
+TEST(NSBlockOperation, RunsItsBlocksAtOnce) {
+  std::latch everybody(3);
+  const auto several = makeRef<NSBlockOperation>(), none = makeRef<NSBlockOperation>();
+  several->addExecutionBlock(nullptr);
+  for (int i = 0; i < 3; ++i) several->addExecutionBlock([&] { everybody.arrive_and_wait(); });
+  makeRef<NSOperationQueue>()->addOperations({several, none}, true);
+  EXPECT_TRUE(everybody.try_wait());
+}
+
+TEST(NSInvocationOperation, KeepsWhatTheCallAnswered) {
+  struct Adder : NSObject {
+    Value next() { return ++sum; }
+    int sum = 41;
+  };
+  const auto adder = makeRef<Adder>();
+  const auto method = makeRef<NSInvocationOperation>(adder, &Adder::next);
+  const auto nothing = makeRef<NSInvocationOperation>([&] { adder->sum = 0; });
+  const auto raising = makeRef<NSInvocationOperation>([]() -> Value { raiseRange(3, 2); });
+  const auto cancelled = makeRef<NSInvocationOperation>([] { return Value(1); });
+  EXPECT_EQ(method->result(), Value());
+  cancelled->cancel();
+  test::LogRecorder log;
+  for (const auto& each : {method, nothing, raising, cancelled}) each->start();
+  EXPECT_EQ(method->result(), 42);
+  EXPECT_EQ(nothing->result(), Value());
+  EXPECT_EQ(adder->sum, 0);
+  for (const auto& nil : {makeRef<NSInvocationOperation>(Block<void()>()),
+                          makeRef<NSInvocationOperation>(std::function<void()>())}) {
+    nil->start();
+    EXPECT_EQ(nil->result(), Value());
+  }
+  EXPECT_EQ(test::raisedName([&] { raising->result(); }), NSRangeException);
+  EXPECT_EQ(test::raisedName([&] { cancelled->result(); }),
+            NSInvocationOperationCancelledException);
+}
+
+/// Ends on another thread than the one that began it.
+class Download final : public NSOperation {
+ public:
+  bool isAsynchronous() const noexcept override { return true; }
+  void main() override { hasBegun.count_down(); }
+  void cancel() override {
+    NSOperation::cancel();
+    finish();
+  }
+  void arrive() { finish(); }
+  std::latch hasBegun{1};
+};
+
+TEST(NSOperation, GoesOnAfterMainWhenAsynchronous) {
+  const auto queue = makeRef<NSOperationQueue>();
+  queue->setMaxConcurrentOperationCount(1);
+  const auto download = makeRef<Download>(), cancelled = makeRef<Download>();
+  std::atomic<bool> hasRun = false;
+  queue->addOperations({download, cancelled, operation([&] { hasRun = true; })}, false);
+  cancelled->cancel();  // finishes when its turn comes, and not before
+  EXPECT_FALSE(cancelled->isFinished());
+  download->hasBegun.wait();
+  EXPECT_EQ(state(*download), "ready executing ");
+  EXPECT_FALSE(hasRun) << "the place is taken";
+  download->arrive();
+  download->arrive();
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_TRUE(hasRun && cancelled->isFinished() && !cancelled->hasBegun.try_wait());
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,196 @@
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <semaphore>
+
+#include "../Support.h"
+#include "LoopSupport.h"
+
+namespace zeb::test {
+
+TEST(RunLoopBlocks, StormsFromTwoThreadsKeepEachOnesOrder) {
+  onNewThread([] {
+    constexpr int each = 500'000;
+    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+    int next[2] = {0, 0};
+    bool isInOrder = true;
+    const auto produce = [&](int producer) {
+      for (int number = 0; number < each; ++number) {
+        loop->performBlock([&, producer, number] {
+          isInOrder &= next[producer]++ == number;
+          if (next[0] + next[1] == 2 * each) loop->stop();
+        });
+      }
+    };
+    std::thread first(produce, 0);
+    std::thread second(produce, 1);
+    runUntilStopped();
+    first.join();
+    second.join();
+    EXPECT_TRUE(isInOrder);
+  });
+}
+
+TEST(RunLoopBlocks, NoWakeUpIsLost) {
+  onNewThread(
+      [] { playPingPong(20'000, runUntilStopped, [] { NSRunLoop::currentRunLoop()->stop(); }); });
+}
+
+TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
+  onNewThread([] {
+    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+    std::string log;
+    const auto note = [&](char letter) { return [&log, letter] { log += letter; }; };
+    const NSArray inner{"inner"}, both{"inner", NSDefaultRunLoopMode}, common{NSRunLoopCommonModes};
+    const int target = 0;
+    EXPECT_FALSE(runOnce());
+    EXPECT_TRUE(loop->currentMode().isNil());
+    loop->performBlock([&] {
+      log += '[';
+      EXPECT_EQ(loop->currentMode(), NSString(NSDefaultRunLoopMode));
+      EXPECT_TRUE(runOnce("inner"));
+      log += ']';
+    });
+    loop->performBlock(note('a'));
+    loop->performBlock(inner, note('b'));
+    loop->performBlock(both, note('c'));
+    loop->performBlock(common, [&] {
+      log += '(';
+      EXPECT_TRUE(runOnce("third"));
+      log += ')';
+    });
+    loop->performBlock(NSArray{"third"}, [&] {
+      EXPECT_FALSE(runOnce("empty"));
+      EXPECT_TRUE(runOnce());  // the innermost of three finishes what the outer ones have not begun
+      loop->cancelPerformBlocksWithTarget(&target);
+      log += '3';
+    });
+    loop->performBlock(note('d'));
+    loop->performBlock(Block<void()>());
+    loop->performBlock(NSArray::array(), note('!'));
+    std::atomic<int> deaths{0};
+    for (const NSArray& modes : {inner, NSArray{"third"}}) {
+      loop->performBlock(modes, [&log, probe = makeRef<Probe>(deaths)] { log += '!'; }, &target);
+    }
+    EXPECT_TRUE(runOnce());
+    EXPECT_EQ(log, "[bc!]a(d3)");  // one ran before it was cancelled
+    EXPECT_EQ(deaths, 2);
+    EXPECT_FALSE(runOnce());
+
+    loop->performBlock(common, note('e'));
+    EXPECT_FALSE(runOnce("inner"));
+    loop->addCommonMode("inner");
+    EXPECT_TRUE(runOnce("inner"));
+    EXPECT_EQ(log.back(), 'e');
+  });
+}
+
+// Looking through the waiting blocks once per run would take minutes.
+TEST(RunLoopBlocks, AStormForAnotherModeIsHeldBackAndKept) {
+  onNewThread([] {
+    constexpr int count = 200'000;
+    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+    int held = 0, handled = 0;
+    for (int number = 0; number < count; ++number) {
+      loop->performBlock([&held, number] { held += held == number; });
+      loop->performBlock(NSArray{"inner"}, [&] { ++handled; });
+      if (number % 10 == 0) runOnce("inner");
+    }
+    while (runOnce("inner")) {
+    }
+    EXPECT_EQ(handled, count);
+    EXPECT_EQ(held, 0);
+    while (runOnce()) {
+    }
+    EXPECT_EQ(held, count);
+  });
+}
+
+TEST(RunLoopBlocks, RunsEndWhenTheyShall) {
+  onNewThread([] {
+    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+    const NSDate never = NSDate::distantFuture();
+    std::string log;
+    loop->stop();  // nothing runs: no effect
+    loop->performBlock([&] {
+      runUntilStopped();
+      log += 'b';
+    });
+    loop->performBlock([&] {
+      std::thread([&] { loop->stop(); }).join();  // ends the innermost run only
+      log += 'a';
+    });
+    loop->performBlock([&] { loop->stop(); });
+    loop->performBlock([&] { log += 'c'; });
+    runUntilStopped();
+    EXPECT_EQ(log, "ab");
+    EXPECT_TRUE(runOnce());
+    EXPECT_EQ(log, "abc");
+
+    EXPECT_FALSE(loop->runMode(NSDefaultRunLoopMode, never));  // empty
+    const LoopThread other;
+    const Ref<NSPort> port = NSPort::port();
+    loop->addPort(port, NSDefaultRunLoopMode);
+    for (const char letter : {'d', 'e'}) {
+      other.loop->performBlock([&] { loop->performBlock([&] { log += letter; }); });
+      EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, never));  // after one input
+      EXPECT_EQ(log.back(), letter);
+    }
+    EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, nullptr));
+    loop->performBlock([&] { port->invalidate(); });
+    loop->run();  // until nothing is left
+  });
+}
+
+TEST(RunLoopBlocks, TheMainQueueRunsInCommonModesOfTheMainLoopOnly) {
+  const Ref<NSRunLoop> loop = NSRunLoop::mainRunLoop();
+  ASSERT_EQ(loop, NSRunLoop::currentRunLoop());
+  std::string log;
+  dispatch_async(dispatch_get_main_queue(), [&] {
+    log += 'a';
+    // Inside one of its blocks the next one has to wait.
+    loop->performBlock([&] { log += 'b'; });
+    runOnce();
+  });
+  dispatch_async(dispatch_get_main_queue(), [&] { log += 'c'; });
+  loop->performBlock(NSArray{"private"}, [&] { log += 'p'; });
+  EXPECT_TRUE(runOnce("private"));
+  EXPECT_EQ(log, "p");
+  EXPECT_TRUE(runOnce());
+  EXPECT_EQ(log, "pabc");
+
+  std::thread poster([&] { dispatch_async(dispatch_get_main_queue(), [&] { loop->stop(); }); });
+  loop->run();
+  poster.join();
+}
+
+TEST(RunLoopDeathTest, MisuseAndExitAmidWork) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const LoopThread other;
+  EXPECT_EXIT(other.loop->run(), testing::KilledBySignal(SIGABRT),
+              "A run loop was used on a thread that is not its own.");
+
+  const auto exitAmidWork = [] {
+    const Ref<NSRunLoop>& main = NSRunLoop::mainRunLoop();
+    std::counting_semaphore started(0);
+    for (int number = 0; number < 2; ++number) {
+      NSThread::detachNewThreadWithBlock([&] {
+        const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+        for (started.release();; runOnce()) {
+          main->performBlock([] {});
+          dispatch_async(dispatch_get_main_queue(), [] {});
+          loop->performBlock([] {});
+          NSTimer::scheduledTimerWithTimeInterval(0.0001, true, [](const Ref<NSTimer>&) {});
+        }
+      });
+    }
+    started.acquire();
+    started.acquire();
+    main->performBlock([] { std::exit(0); });
+    main->run();
+  };
+  EXPECT_EXIT(exitAmidWork(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace zeb::test

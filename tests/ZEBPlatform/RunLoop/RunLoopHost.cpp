@@ -1,0 +1,181 @@
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Linux/EventDescriptor.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+
+#include <functional>
+
+#include "FakeClock.h"
+#include "LoopSupport.h"
+
+namespace zeb::test {
+
+namespace {
+
+/// The loop of an application that knows nothing of ours but the descriptor.
+struct Host {
+  bool isReadable(int milliseconds = 0) const {
+    pollfd waiting{descriptor, POLLIN, 0};
+    return poll(&waiting, 1, milliseconds) == 1;
+  }
+  void run() {
+    for (isOver = false; !isOver;) {
+      EXPECT_TRUE(isReadable(-1));
+      loop->runPending();
+    }
+  }
+
+  const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+  const int descriptor = loop->pollableDescriptor();
+  bool isOver = false;
+};
+
+}  // namespace
+
+TEST(RunLoopHost, TheDescriptorIsReadableExactlyWhenThereIsSomethingToDo) {
+  onNewThread([] {
+    FakeClock clock;
+    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
+    std::string log;
+    const auto note = [&](char letter) { return [&log, letter](auto&&...) { log += letter; }; };
+    loop->performBlock(note('a'));
+    const Host host;
+    const auto expectWork = [&](const char* logAfterwards) {
+      EXPECT_TRUE(host.isReadable()) << log;
+      loop->runPending();
+      EXPECT_EQ(log, logAfterwards);
+      EXPECT_FALSE(host.isReadable()) << log;
+    };
+    expectWork("a");
+    loop->runPending();  // for nothing
+    EXPECT_FALSE(host.isReadable());
+    std::thread([&] { loop->performBlock(note('b')); }).join();
+    expectWork("ab");
+    const auto timer = NSTimer::scheduledTimerWithTimeInterval(1, true, note('c'));
+    expectWork("ab");  // wakes the host once, to see when
+    clock.advance(0.9);
+    EXPECT_FALSE(host.isReadable());
+    clock.advance(0.2);
+    expectWork("abc");
+    clock.advance(1);
+    expectWork("abcc");
+    timer->invalidate();
+    const auto source = makeRef<RunLoopSource>(note('d'));
+    loop->addSource(source, NSRunLoopCommonModes);
+    loop->runPending();
+    source->signal();
+    expectWork("abccd");
+
+    // Work that makes work is left for the next turn, so that the host has its own.
+    loop->performBlock([&] {
+      loop->performBlock([&] { loop->performBlock(note('f')); });
+      log += 'e';
+    });
+    for (const char* afterwards : {"abccde", "abccde"}) {
+      loop->runPending();
+      EXPECT_EQ(log, afterwards);
+      EXPECT_TRUE(host.isReadable());
+    }
+    expectWork("abccdef");
+
+    // Other uses of the loop in between leave the descriptor right as well.
+    loop->performBlock([&] { loop->stop(); });
+    loop->performBlock(note('g'));
+    loop->run();
+    expectWork("abccdefg");
+    EXPECT_FALSE(runOnce("empty"));
+    loop->cancelPerformBlocksWithTarget(&log);
+    EXPECT_FALSE(host.isReadable());
+    loop->performBlock(note('h'));
+    expectWork("abccdefgh");
+
+    log.clear();
+    const auto hear = [&](auto&, RunLoopActivity activity) {
+      log += activity == RunLoopBeforeWaiting ? 'w' : activity == RunLoopAfterWaiting ? 'a' : '!';
+      if (log == "aw") loop->performBlock(note('B'));
+    };
+    const auto heard = RunLoopBeforeWaiting | RunLoopAfterWaiting | RunLoopEntry | RunLoopExit;
+    loop->addObserver(makeRef<RunLoopObserver>(heard, true, 0, hear), NSRunLoopCommonModes);
+    loop->runPending();
+    expectWork("awaBw");
+  });
+}
+
+// The main queue, timers and blocks go on while a callback runs the application's loop, as dialogs do.
+TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
+  Host host;
+  const Ref<NSRunLoop>& loop = host.loop;
+  std::string log;
+  loop->performBlock([&] {
+    log += '(';
+    Host dialog;
+    std::thread poster;
+    NSTimer::scheduledTimerWithTimeInterval(0.001, false, [&](auto&) {
+      log += 't';
+      poster = std::thread([&] {
+        dispatch_async(dispatch_get_main_queue(), [&] {
+          log += 'q';
+          dialog.isOver = true;
+        });
+      });
+    });
+    dialog.run();
+    poster.join();
+    log += ')';
+    host.isOver = true;
+  });
+  loop->performBlock([&] { log += 'b'; });
+  loop->performBlock([&] { log += 'c'; });
+  host.run();
+  EXPECT_EQ(log, "(bctq)");
+
+  log.clear();
+  dispatch_async(dispatch_get_main_queue(), [&] {
+    // Inside a block of the main queue its next one has to wait, the rest has not.
+    Host dialog;
+    dispatch_async(dispatch_get_main_queue(), [&] {
+      log += 'n';
+      host.isOver = true;
+    });
+    loop->performBlock([&] {
+      log += 'b';
+      dialog.isOver = true;
+    });
+    dialog.run();
+    log += '.';
+  });
+  host.run();
+  EXPECT_EQ(log, "b.n");
+}
+
+// A descriptor's block empties it and opens a dialog: the wake-up for what comes next must not be gone.
+TEST(RunLoopHost, DescriptorBlocksMayRunTheApplicationsLoop) {
+  Host host;
+  EventDescriptor event;
+  bool isDone = false;
+  std::thread poster;
+  const auto source = RunLoopDescriptorSource::source(
+      event.descriptor(), DescriptorReadable, [&](const auto& itself, auto) {
+        itself->invalidate();
+        Host dialog;
+        poster =
+            std::thread([&] { host.loop->performBlock([&] { isDone = dialog.isOver = true; }); });
+        dialog.run();
+        host.isOver = true;
+      });
+  host.loop->addDescriptorSource(source, NSDefaultRunLoopMode);
+  event.signal();
+  host.run();
+  poster.join();
+  EXPECT_TRUE(isDone);
+}
+
+TEST(RunLoopHost, NoWakeUpIsLost) {
+  onNewThread([] {
+    Host host;
+    playPingPong(20'000, [&] { host.run(); }, [&] { host.isOver = true; });
+    EXPECT_FALSE(host.isReadable());
+  });
+}
+
+}  // namespace zeb::test

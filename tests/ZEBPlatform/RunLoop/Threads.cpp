@@ -1,0 +1,172 @@
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Linux/Stack.h>
+#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <semaphore>
+#include <thread>
+
+#include "../Support.h"
+#include "LoopSupport.h"
+
+namespace zeb::test {
+
+namespace {
+
+std::string systemName() {
+  char name[16] = {};
+  pthread_getname_np(pthread_self(), name, sizeof name);
+  return name;
+}
+
+}  // namespace
+
+TEST(Threads, RunTheirBlockOnceAndEnd) {
+  std::atomic<int> deaths{0};
+  std::binary_semaphore started(0), mayEnd(0), exited(0);
+  auto thread = makeRef<NSThread>([&, probe = makeRef<Probe>(deaths)] {
+    const Ref<NSThread> self = NSThread::currentThread();
+    EXPECT_EQ(systemName(), "a thread with ");  // not half a character
+    EXPECT_FALSE(self->isMainThread());
+    EXPECT_EQ(self->runLoop(), NSRunLoop::currentRunLoop());
+    self->threadDictionary().setObject(makeRef<Probe>(deaths), "probe");
+    EXPECT_TRUE(self->threadDictionary()["probe"].isObject());
+    EXPECT_LT(remainingStack(), 2'000'000U);  // the usual size is larger, sanitizers add to ours
+    started.release();
+    mayEnd.acquire();
+    EXPECT_EQ(systemName(), "from elsewhere");
+  });
+  thread->setName("a thread with ä long name");
+  thread->setStackSize(300'001);
+  EXPECT_FALSE(thread->isExecuting());
+  const auto token = NSNotificationCenter::defaultCenter()->addObserverForName(
+      NSThreadWillExitNotification, thread, nullptr, [&](const Ref<NSNotification>& notification) {
+        EXPECT_EQ(notification->object().object<NSThread>(), NSThread::currentThread());
+        EXPECT_FALSE(NSThread::currentThread()->isFinished());
+        exited.release();
+      });
+  thread->start();
+  EXPECT_EQ(raisedName([&] { thread->start(); }), NSInvalidArgumentException);
+  started.acquire();
+  EXPECT_TRUE(thread->isExecuting());
+  thread->setName("from elsewhere");
+  mayEnd.release();
+  exited.acquire();
+  performOnThread(thread, [] {}, true);  // returns when the thread has ended
+  EXPECT_TRUE(thread->isFinished());
+  EXPECT_FALSE(thread->isExecuting());
+  EXPECT_EQ(deaths, 2);
+  NSNotificationCenter::defaultCenter()->removeObserver(token);
+
+  thread = makeRef<NSThread>([] { FAIL(); });
+  thread->cancel();
+  thread->start();
+  performOnThread(thread, [] {}, true);
+}
+
+TEST(Threads, EveryThreadHasOneUntilItsEnd) {
+  EXPECT_EQ(NSThread::currentThread(), NSThread::mainThread());
+  const std::string name = systemName();
+  NSThread::mainThread()->setName("main");
+  EXPECT_EQ(systemName(), name);
+  NSThread::sleepForTimeInterval(-1);
+  NSThread::sleepUntilDate(NSDate::distantPast());
+
+  // Also in destructors of thread-local objects, before and after that of its own.
+  struct Local {
+    ~Local() {
+      NSRunLoop::currentRunLoop()->performBlock([] { FAIL(); });
+      EXPECT_EQ(NSThread::currentThread()->isFinished(), isDestroyedLast);
+    }
+    bool isDestroyedLast;
+  };
+  for (const bool isDestroyedLast : {true, false}) {
+    Ref<NSThread> foreign;
+    std::thread([&] {
+      if (!isDestroyedLast) NSThread::currentThread();
+      static thread_local Local local;
+      local.isDestroyedLast = isDestroyedLast;
+      foreign = NSThread::currentThread();
+      EXPECT_EQ(NSThread::currentThread(), foreign);
+      EXPECT_FALSE(foreign->isMainThread());
+      foreign->setName("foreign");
+      EXPECT_EQ(systemName(), "foreign");
+    }).join();
+    EXPECT_TRUE(foreign->isFinished());
+    foreign->setName("too late");
+  }
+}
+
+TEST(Threads, PerformingOnThem) {
+  const Ref<NSThread> self = NSThread::currentThread();
+  std::string log;
+  performOnThread(self, [&] { log += 'a'; }, true);
+  EXPECT_EQ(log, "a");
+  performOnThread(self, [&] { log += 'b'; }, false);
+  EXPECT_EQ(log, "a");
+  runOnce();
+  EXPECT_EQ(log, "ab");
+  performOnThread(Ref<NSThread>(), [] { FAIL(); }, true);
+  performOnThread(self, Block<void()>(), true);
+
+  const LoopThread other;
+  for (int round = 0; round < 1000; ++round) {
+    int value = -1;  // on this stack: waiting must mean waiting
+    performOnThread(other.thread, [&] { value = round; }, true);
+    ASSERT_EQ(value, round);
+  }
+  std::binary_semaphore done(0);
+  performOnThread(other.thread, [&] { done.release(); }, false, NSArray{NSDefaultRunLoopMode});
+  done.acquire();
+  performOnThread(other.thread, [] { FAIL(); }, true, NSArray::array());  // in no mode
+}
+
+TEST(Threads, TheLoopEndsWithItsThread) {
+  std::atomic<int> deaths{0};
+  std::binary_semaphore isWaiting(0), mayEnd(0);
+  Ref<NSTimer> timer;
+  const auto probing = [&] { return [probe = makeRef<Probe>(deaths)](auto&&...) { FAIL(); }; };
+  const auto thread = makeRef<NSThread>([&] {
+    timer = NSTimer::scheduledTimerWithTimeInterval(1000, true, probing());
+    isWaiting.release();
+    mayEnd.acquire();
+  });
+  thread->runLoop()->performBlock(probing());  // before it has begun
+  thread->start();
+  isWaiting.acquire();
+  performOnThread(thread, probing(), false);
+  std::thread waiter([&] { performOnThread(thread, probing(), true); });
+  mayEnd.release();
+  waiter.join();  // released by the thread's end
+  performOnThread(thread, probing(), true);
+  EXPECT_EQ(deaths, 5);
+  EXPECT_FALSE(timer->isValid());
+  const auto late = NSTimer::timerWithTimeInterval(1, true, nullptr);
+  thread->runLoop()->addTimer(late, NSDefaultRunLoopMode);
+  EXPECT_FALSE(late->isValid());
+
+  // Blocks whose release drops further ones, and waits for some.
+  struct Link : NSObject {
+    ~Link() override {
+      performOnThread(ended, [] { FAIL(); }, true);
+      if (next) ended->runLoop()->performBlock([held = std::move(next)] { FAIL(); });
+    }
+    Ref<NSThread> ended;
+    Ref<Link> next;
+  };
+  runOnSmallStack([&] {
+    Ref<Link> chain;
+    for (int length = 0; length < 100'000; ++length) {
+      const auto link = makeRef<Link>();
+      link->ended = thread;
+      link->next = std::exchange(chain, link);
+    }
+  });
+
+  makeRef<NSThread>(nullptr)->runLoop()->performBlock(probing());  // never started
+  EXPECT_EQ(deaths, 6);
+}
+
+}  // namespace zeb::test

@@ -1,0 +1,55 @@
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
+#include <ZEBPlatform/Runtime/Send.h>
+
+#include "../Support.h"
+#include "Track.h"
+
+namespace zeb::test {
+
+TEST(KeyValueCoding, ReachesPropertiesMethodsAndEntries) {
+  const auto track = Track::trackWithTitle("One");
+  const auto next = Track::trackWithTitle("Two");
+  setValueForKey(track, next, "next");
+  setValueForKeyPath(track, 7, "next.plays");
+  NSMutableDictionary shelf{{"first", track}};
+  setValueForKeyPath(shelf, "Uno", "first.title");
+  setValueForKey(shelf, "gone", "extra");
+  setValueForKey(shelf, nullptr, "extra");
+  setValueForKey(Value(), 1, "anything");
+
+  const struct {
+    Value receiver;
+    const char* path;
+    Value value;
+  } cases[] = {
+      {track, "title", "Uno"},
+      {track, "next.plays", 7},
+      {track, "next.next.title", nullptr},
+      {track, "title.length", 3},
+      {track, "next.description.length", Value(next).description().length()},
+      {shelf, "first.next.title", "Two"},
+      {shelf, "extra", nullptr},
+      {nullptr, "anything.at all", nullptr},
+  };
+  for (const auto& one : cases)
+    EXPECT_EQ(valueForKeyPath(one.receiver, one.path), one.value) << one.path;
+  EXPECT_EQ(send(track, "valueForKeyPath:"_sel, "next.title"), "Two");
+}
+
+TEST(KeyValueCoding, RefusesWhatIsNotThere) {
+  const auto track = Track::trackWithTitle("One");
+  const std::function<void()> cases[] = {
+      [&] { valueForKey(track, "volume"); },
+      [&] { valueForKey(track, "setTitle:"); },
+      [&] { valueForKeyPath(track, "title.volume"); },
+      [&] { setValueForKey(track, true, "capitals"); },
+      [&] { setValueForKey(track, 1, "volume"); },
+      [&] { setValueForKey(NSDictionary{{"a", 1}}, 1, "a"); },
+  };
+  for (const auto& call : cases) EXPECT_EQ(raisedName(call), "NSUnknownKeyException");
+  EXPECT_EQ(raisedName([&] { setValueForKey(track, NSArray::array(), "title"); }),
+            NSInvalidArgumentException);
+}
+
+}  // namespace zeb::test

@@ -1,0 +1,311 @@
+#include <ZEBPlatform/Foundation/NSNull.h>
+#include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
+#include <ZEBPlatform/Runtime/NSKeyValueObserving.h>
+#include <ZEBPlatform/Runtime/Send.h>
+#include <malloc.h>
+
+#include <barrier>
+#include <random>
+#include <sstream>
+#include <thread>
+
+#include "../Support.h"
+#include "Track.h"
+
+namespace zeb::test {
+
+constexpr auto New = NSKeyValueObservingOptionNew;
+constexpr auto Old = NSKeyValueObservingOptionOld;
+constexpr auto Initial = NSKeyValueObservingOptionInitial;
+constexpr auto Prior = NSKeyValueObservingOptionPrior;
+
+/// Writes "path old>new" into a log for each change, and then does something.
+struct Observer : NSObject, NSKeyValueObserver {
+  explicit Observer(std::string& target) : log(target) {}
+  void observeValueForKeyPath(const NSString& keyPath, const Value& object,
+                              const KeyValueChange& change, void* context) override {
+    EXPECT_TRUE(object.object<Track>());
+    EXPECT_EQ(change.kind(), NSKeyValueChangeSetting);
+    std::ostringstream line;
+    line << (change.isPrior() ? "(" : "") << keyPath;
+    if (context) line << "#" << static_cast<const char*>(context);
+    const NSDictionary& dictionary = change.dictionary();
+    if (const Value old = dictionary["old"]) line << " " << old << ">";
+    if (const Value fresh = dictionary["new"]) line << fresh;
+    EXPECT_EQ(dictionary["notificationIsPrior"].boolValue(), change.isPrior());
+    log += line.str() + "\n";
+    if (then) std::exchange(then, nullptr)();
+  }
+  std::string& log;
+  std::function<void()> then;
+};
+
+struct KeyValueObserving : testing::Test {
+  std::string taken() { return std::exchange(log, ""); }
+  std::string log;
+  Ref<Track> track = Track::trackWithTitle("One");
+  Ref<Observer> observer = makeRef<Observer>(log);
+  Ref<Observer> other = makeRef<Observer>(log);
+};
+
+TEST_F(KeyValueObserving, TellsWhatTheOptionsAskFor) {
+  const struct {
+    NSKeyValueObservingOptions options;
+    const char* told;
+  } cases[] = {
+      {0, "title\n"},
+      {New, "titleTwo\n"},
+      {Old, "title One>\n"},
+      {New | Old, "title One>Two\n"},
+      {Initial, "title\ntitle\n"},
+      {Initial | New, "titleOne\ntitleTwo\n"},
+      {Prior | New, "(title\ntitleTwo\n"},
+      {Prior | Old | New, "(title One>\ntitle One>Two\n"},
+  };
+  for (const auto& one : cases) {
+    track->setTitle("One");
+    addObserver(track, observer, "title", one.options);
+    send(track, "setTitle:"_sel, "Two");
+    removeObserver(track, observer, "title");
+    send(track, "setTitle:"_sel, "Three");
+    EXPECT_EQ(taken(), one.told);
+  }
+  addObserver(track, observer, "title", New | Old);
+  setValueForKey(track, nullptr, "title");
+  EXPECT_EQ(taken(), "title Three><null>\n") << "nil is in the dictionary as null";
+}
+
+TEST_F(KeyValueObserving, HearsEachWayOfChangingOnce) {
+  addObserver(track, observer, "plays", New);
+  addObserver(track, observer, "rank", New);
+  addObserver(track, observer, "no property", 0);
+  send(track, "setPlays:"_sel, 1);
+  setValueForKey(track, 2, "plays");
+  setValueForKeyPath(track, 3, "plays");
+  EXPECT_EQ(taken(), "plays1\nplays2\nplays3\n");
+  send(track, "setRank:"_sel, 4);
+  track->setRank(5);
+  EXPECT_EQ(taken(), "rank4\nrank5\n") << "manual: told by the C++ setter";
+  willChangeValueForKey(track, "plays");
+  willChangeValueForKey(track, "no property");
+  didChangeValueForKey(track, "plays");
+  didChangeValueForKey(track, "no property");
+  didChangeValueForKey(track, "plays");
+  EXPECT_EQ(taken(), "plays3\nno property\n") << "a second did without a will";
+
+  // Swizzled or overridden setters still tell, and once.
+  extendClass(Track::runtimeClass(), {method("loudly_setPlays:", [](Track& self, int plays) {
+                send(self, "loudly_setPlays:"_sel, plays * 100);
+              })});
+  const auto exchange = [] {
+    method_exchangeImplementations(
+        class_getInstanceMethod(Track::runtimeClass(), "setPlays:"_sel),
+        class_getInstanceMethod(Track::runtimeClass(), "loudly_setPlays:"_sel));
+  };
+  exchange();
+  send(track, "setPlays:"_sel, 6);
+  exchange();
+  EXPECT_EQ(taken(), "plays600\n");
+  const IMP getter =
+      class_replaceMethod(Track::runtimeClass(), "plays"_sel, [](const Track&) { return -1; });
+  send(track, "setPlays:"_sel, 7);
+  class_replaceMethod(Track::runtimeClass(), "plays"_sel, getter);
+  EXPECT_EQ(taken(), "plays-1\n");
+}
+
+struct Suite : Track {
+  static Class* runtimeClass() {
+    static Class* const cls = registerClass("Suite", Track::runtimeClass());
+    return cls;
+  }
+  Class* classObject() const override { return runtimeClass(); }
+};
+
+TEST_F(KeyValueObserving, SeesMethodsThatASubclassGetsLater) {
+  track = makeRef<Suite>();
+  addObserver(track, observer, "plays", New);
+  class_addMethod(Suite::runtimeClass(), "setPlays:"_sel,
+                  [](Suite& self, int plays) { self.setRank(plays); });
+  class_addMethod(Suite::runtimeClass(), "plays"_sel, [](const Suite&) { return 8; });
+  send(track, "setPlays:"_sel, 1);
+  EXPECT_EQ(taken(), "plays8\n");
+}
+
+TEST_F(KeyValueObserving, FollowsKeyPaths) {
+  const auto second = Track::trackWithTitle("Two");
+  const auto third = Track::trackWithTitle("Three");
+  addObserver(track, observer, "next.title", New | Old);
+  setValueForKey(track, second, "next");
+  setValueForKey(second, "Deux", "title");
+  setValueForKey(track, third, "next");
+  setValueForKey(second, "unheard", "title");
+  setValueForKey(third, "Trois", "title");
+  setValueForKey(track, nullptr, "next");
+  setValueForKey(third, "unheard", "title");
+  EXPECT_EQ(taken(),
+            "next.title <null>>Two\nnext.title Two>Deux\nnext.title Deux>Three\n"
+            "next.title Three>Trois\nnext.title Trois><null>\n");
+  setValueForKey(track, track, "next");
+  setValueForKey(track, "Self", "title");
+  EXPECT_EQ(taken(), "next.title <null>>One\nnext.title One>Self\n");
+  removeObserver(track, observer, "next.title");
+  setValueForKey(track, "unheard", "title");
+
+  addObserver(track, observer, "next.next.title", New);
+  setValueForKey(track, second, "next");
+  setValueForKey(second, third, "next");
+  EXPECT_EQ(taken(), "next.next.title<null>\nnext.next.titleunheard\n");
+  setValueForKey(third, "Tres", "title");
+  track = nullptr;
+  setValueForKey(third, "unheard", "title");
+  setValueForKey(second, nullptr, "next");
+  EXPECT_EQ(taken(), "next.next.titleTres\n") << "until the first object dies";
+}
+
+TEST_F(KeyValueObserving, RefusesWhatCannotBe) {
+  char one[] = "1";
+  char two[] = "2";
+  addObserver(track, observer, "title", New, one);
+  addObserver(track, observer, "title", New, two);
+  addObserver(track, nullptr, "title", New);
+  addObserver(nullptr, observer, "title", New);
+  removeObserver(nullptr, observer, "title");
+  removeObserver(track, observer, "title", one);
+  send(track, "setTitle:"_sel, "Two");
+  EXPECT_EQ(taken(), "title#2Two\n");
+  removeObserver(track, observer, "title");
+  for (const auto& path : {"title", "rank", "next.title"}) {
+    EXPECT_EQ(raisedName([&] { removeObserver(track, observer, path); }), NSRangeException);
+  }
+  EXPECT_EQ(raisedName([&] { addObserver(track, observer, "next.volume", 0); }), "")
+      << "nothing there to ask";
+}
+
+TEST_F(KeyValueObserving, CallbacksMayChangeEverything) {
+  addObserver(track, observer, "title", New);
+  addObserver(track, other, "title", New);
+  observer->then = [&] {
+    removeObserver(track, other, "title");
+    addObserver(track, other, "plays", New);
+    send(track, "setPlays:"_sel, 1);
+    addObserver(track, other, "title", New);
+  };
+  send(track, "setTitle:"_sel, "Two");
+  EXPECT_EQ(taken(), "titleTwo\nplays1\n") << "removed before, added after it began";
+  observer->then = [&] { send(track, "setTitle:"_sel, "inner"); };
+  send(track, "setTitle:"_sel, "outer");
+  EXPECT_EQ(taken(), "titleouter\ntitleinner\ntitleinner\ntitleouter\n");
+
+  observer->then = [&] { other = nullptr; };
+  send(track, "setTitle:"_sel, "Three");
+  EXPECT_EQ(taken(), "titleThree\n") << "a dead observer";
+  observer->then = [&] { throw std::runtime_error("enough"); };
+  EXPECT_THROW(send(track, "setTitle:"_sel, "Four"), std::runtime_error);
+  addObserver(track, observer, "rank", 0);
+  observer->then = [&] { throw std::runtime_error("enough"); };
+  EXPECT_THROW(track->setRank(1), std::runtime_error);
+
+  other = makeRef<Observer>(log);
+  addObserver(track, other, "title", Prior);
+  taken();
+  observer->then = [&] { track = nullptr; };
+  Track* raw = track.get();
+  const WeakRef<Track> weak(track);
+  willChangeValueForKey(track, "title");
+  send(*raw, "setTitle:"_sel, "Five");
+  EXPECT_EQ(taken(), "(title\n(title\ntitleFive\ntitle\n")
+      << "the object dies after the last callback";
+  EXPECT_FALSE(weak.lock());
+}
+
+TEST_F(KeyValueObserving, ForgetsObserversThatDied) {
+  for (int i = 0; i < 1000; ++i) addObserver(track, makeRef<Observer>(log), "title", New);
+  addObserver(track, observer, "title", New);
+  send(track, "setTitle:"_sel, "Two");
+  EXPECT_EQ(taken(), "titleTwo\n");
+}
+
+TEST_F(KeyValueObserving, ManyObserversGoInAnyOrder) {
+  setValueForKey(track, Track::trackWithTitle("Next"), "next");
+  std::vector<Ref<Observer>> observers(40'000);
+  for (Ref<Observer>& one : observers) one = makeRef<Observer>(log);
+  for (const char* path : {"title", "next.title"}) {
+    for (const Ref<Observer>& one : observers) addObserver(track, one, path, New);
+    addObserver(track, observers.back(), path, New);
+    const auto remove = [&](const Ref<Observer>& one) { removeObserver(track, one, path); };
+    std::ranges::for_each(observers, remove);
+    EXPECT_EQ(raisedName([&] { remove(observers.front()); }), NSRangeException);
+    setValueForKeyPath(track, "changed", path);
+    EXPECT_EQ(std::ranges::count(taken(), '\n'), 1) << "the one that was added twice";
+    remove(observers.back());
+    setValueForKeyPath(track, "unheard", path);
+    EXPECT_EQ(taken(), "");
+  }
+}
+
+/// Lists that were replaced while a change went on must not wait for a moment without any change. (Sanitizers
+/// have heaps of their own, which is not looked at.)
+TEST_F(KeyValueObserving, KeepsLittleMemoryWhileAChangeGoesOn) {
+  addObserver(track, observer, "title", New);
+  willChangeValueForKey(track, "title");
+  const std::size_t before = mallinfo2().uordblks;
+  for (int i = 0; i < 10'000; ++i) {
+    addObserver(track, other, "title", New);
+    removeObserver(track, other, "title");
+  }
+  EXPECT_LT(mallinfo2().uordblks, before + 500'000);
+  didChangeValueForKey(track, "title");
+  EXPECT_EQ(taken(), "titleOne\n");
+}
+
+/// Counts, and looks at what it is told of.
+struct StormObserver : NSObject, NSKeyValueObserver {
+  void observeValueForKeyPath(const NSString&, const Value& object, const KeyValueChange& change,
+                              void*) override {
+    told += object.object<Track>() && (change.newValue().isNumber() || change.newValue().isNil());
+    if (then) then();
+  }
+  std::atomic<int> told = 0;
+  std::function<void()> then;
+};
+
+TEST(KeyValueObservingStorm, ThreadsAddRemoveChangeAndDestroy) {
+  constexpr int rounds = 300;
+  const auto root = makeRef<Track>();
+  std::vector<Ref<Track>> middles;
+  for (int i = 0; i < 3; ++i) middles.push_back(makeRef<Track>());
+  const auto steady = makeRef<StormObserver>();
+  addObserver(root, steady, "plays", New);
+  std::barrier meeting(4);
+  const auto work = [&](unsigned seed) {
+    std::mt19937 random(seed);
+    meeting.arrive_and_wait();
+    for (int round = 0; round < rounds; ++round) {
+      auto mine = makeRef<StormObserver>();
+      mine->then = [&root] {
+        const auto inner = makeRef<StormObserver>();
+        addObserver(root, inner, "plays", New);
+        removeObserver(root, inner, "plays");
+      };
+      addObserver(root, mine, "plays", New | Old);
+      addObserver(root, mine, "next.plays", New | Prior);
+      send(root, "setPlays:"_sel, round);
+      setValueForKey(root, random() % 4 ? middles[random() % 3] : makeRef<Track>(), "next");
+      setValueForKey(middles[random() % 3], round, "plays");
+      EXPECT_GE(mine->told.load(), 1);
+      if (random() % 2) continue;  // the observer dies registered
+      removeObserver(root, mine, "plays");
+      removeObserver(root, mine, "next.plays");
+    }
+  };
+  std::vector<std::thread> threads;
+  for (unsigned seed = 0; seed < 4; ++seed) threads.emplace_back(work, seed);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(steady->told.load(), 4 * rounds) << "no change is lost";
+  const int before = steady->told;
+  send(root, "setPlays:"_sel, 0);
+  EXPECT_EQ(steady->told.load(), before + 1);
+}
+
+}  // namespace zeb::test

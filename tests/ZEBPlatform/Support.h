@@ -1,0 +1,77 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/NSException.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <algorithm>
+#include <functional>
+#include <random>
+
+namespace zeb::test {
+
+/// An object whose death is counted.
+struct Probe : NSObject {
+  explicit Probe(std::atomic<int>& counter) : deaths(counter) {}
+  ~Probe() override {
+    isAlive = false;
+    ++deaths;
+  }
+  std::atomic<int>& deaths;
+  std::atomic<bool> isAlive{true};
+};
+
+/// The name of the platform exception that the call throws; empty when it throws none.
+template <class Call>
+std::string raisedName(const Call& call) {
+  try {
+    call();
+  } catch (const NSException& exception) {
+    return exception.name().utf8();
+  }
+  return "";
+}
+
+/// Runs the work on a thread with a stack of 256 KiB and waits for it.
+inline void runOnSmallStack(std::function<void()> work) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 256 * 1024);
+  const auto start = [](void* argument) -> void* {
+    (*static_cast<std::function<void()>*>(argument))();
+    return nullptr;
+  };
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, start, &work), 0);
+  ASSERT_EQ(pthread_join(thread, nullptr), 0);
+}
+
+/// Different keys of 32 characters that share one public hash, as an attacker would make them: the
+/// hash takes in a word at a time and can be undone, so that for each first word there is a second one
+/// that leads to the wanted state. Each key joins two of such pairs.
+inline std::vector<std::string> collidingKeys(std::size_t count) {
+  std::mt19937_64 random(1);
+  const auto pairsFrom = [&](std::uint64_t state, std::uint64_t wantedState) {
+    std::vector<std::string> pairs;
+    while (pairs.size() * pairs.size() < count) {
+      std::string pair(16, ' ');
+      for (char& character : pair) character = static_cast<char>('a' + random() % 26);
+      const std::uint64_t second =
+          detail::mixHash(state, detail::loadWord(pair.data())) ^ wantedState;
+      std::memcpy(&pair[8], &second, 8);
+      const auto isPlain = [](char c) { return c > ' ' && c < 127 && c != '"' && c != '\\'; };
+      if (std::all_of(pair.begin(), pair.end(), isPlain)) pairs.push_back(pair);
+    }
+    return pairs;
+  };
+  constexpr std::uint64_t state = 0x6162636465666768;
+  const std::vector<std::string> heads = pairsFrom(detail::startHash(32), state);
+  const std::vector<std::string> tails = pairsFrom(detail::mixHash(state, 0), state);
+  std::vector<std::string> keys;
+  for (std::size_t i = 0; i < count; ++i) {
+    keys.push_back(heads[i / tails.size()] + tails[i % tails.size()]);
+  }
+  return keys;
+}
+
+}  // namespace zeb::test
