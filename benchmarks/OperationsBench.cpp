@@ -1,5 +1,5 @@
-#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/NSBlockOperation.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 
 #include <algorithm>
 #include <array>

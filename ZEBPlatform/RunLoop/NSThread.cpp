@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Dispatch/ThreadGate.h>
 #include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
 #include <ZEBPlatform/RunLoop/NSThread.h>
 #include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>

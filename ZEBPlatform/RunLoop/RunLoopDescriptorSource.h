@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/RunLoop/ItemBlock.h>
+#include <ZEBPlatform/Memory/ItemBlock.h>
 #include <ZEBPlatform/RunLoop/RunLoopItem.h>
 
 #include <cstdint>

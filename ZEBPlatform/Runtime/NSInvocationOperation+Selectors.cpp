@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/RunLoop/NSInvocationOperation.h>
+#include <ZEBPlatform/Operations/NSInvocationOperation.h>
 #include <ZEBPlatform/Runtime/Send.h>
 
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Memory/Ref.h>
-#include <ZEBPlatform/RunLoop/NSOperation.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
 
 #include <concepts>
 #include <utility>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
-#include <ZEBPlatform/RunLoop/NSInvocationOperation.h>
-#include <ZEBPlatform/RunLoop/NSOperation.h>
+#include <ZEBPlatform/Operations/NSBlockOperation.h>
+#include <ZEBPlatform/Operations/NSInvocationOperation.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
 
 namespace zeb {
 

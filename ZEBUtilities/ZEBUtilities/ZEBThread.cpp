@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 #include <ZEBPlatform/Runtime/BlockConversion.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/ZEBThread.h>

@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Linux/DynamicLoader.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>
 #include <ZEBUtilities/ZEBProcessEnvironment.h>

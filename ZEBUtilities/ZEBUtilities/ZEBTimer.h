@@ -8,7 +8,7 @@
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/RunLoop/NSNotification.h>
+#include <ZEBPlatform/Notifications/NSNotification.h>
 #include <ZEBPlatform/RunLoop/NSRunLoop.h>
 #include <ZEBPlatform/RunLoop/NSTimer.h>
 #include <ZEBPlatform/Runtime/Class.h>

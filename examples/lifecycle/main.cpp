@@ -4,7 +4,7 @@
 //     example_lifecycle             leaves and returns by itself, as a test
 //     example_lifecycle terminal    press Ctrl-Z to leave, and enter fg to return; Ctrl-C ends it
 
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBUtilities/ZEBUtilities.h>
 #include <signal.h>
 

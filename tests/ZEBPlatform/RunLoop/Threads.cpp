@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Linux/Stack.h>
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 

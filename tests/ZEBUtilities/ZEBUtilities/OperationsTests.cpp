@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/OperationDependencyGraph.h>

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBUtilities/ZEBMainThreadRunLoopDeferredTask.h>
 #include <ZEBUtilities/ZEBThread.h>
 #include <gtest/gtest.h>

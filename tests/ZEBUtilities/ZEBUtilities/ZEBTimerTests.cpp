@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Bundle/NSBundle.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/ZEBFrameworkLoading.h>

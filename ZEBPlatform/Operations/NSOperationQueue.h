@@ -4,7 +4,7 @@
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
-#include <ZEBPlatform/RunLoop/NSOperation.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
 
 #include <cstddef>
 #include <cstdint>

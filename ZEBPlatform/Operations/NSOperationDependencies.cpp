@@ -1,7 +1,7 @@
-#include <ZEBPlatform/RunLoop/NSOperation.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
-#include <ZEBPlatform/RunLoop/OperationCirclesPrivate.h>
-#include <ZEBPlatform/RunLoop/OperationDependencyPrivate.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/OperationCirclesPrivate.h>
+#include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
 
 #include <unordered_set>
 #include <utility>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/RunLoop/NSInvocationOperation.h>
+#include <ZEBPlatform/Operations/NSInvocationOperation.h>
 
 namespace zeb {
 

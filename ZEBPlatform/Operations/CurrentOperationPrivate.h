@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 
 namespace zeb::detail {
 

@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Dispatch/MainQueue.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/NSBlockOperation.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 #include <gtest/gtest.h>
 
 #include <latch>

@@ -1,10 +1,10 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
-#include <ZEBPlatform/RunLoop/CurrentOperationPrivate.h>
-#include <ZEBPlatform/RunLoop/NSOperation.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
-#include <ZEBPlatform/RunLoop/OperationDependencyPrivate.h>
-#include <ZEBPlatform/RunLoop/OperationExceptionsPrivate.h>
+#include <ZEBPlatform/Operations/CurrentOperationPrivate.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
+#include <ZEBPlatform/Operations/OperationExceptionsPrivate.h>
 
 #include <utility>
 
@@ -58,7 +58,7 @@ bool detail::loggingExceptions(const NSOperation& operation, FunctionView<void()
   } catch (const NSException& exception) {
     constexpr const char* channel = "NSOperation";
     if (OLGCanLog(nullptr, OLGLevelError, channel)) {
-      OLGLogEx(nullptr, OLGLevelError, channel, "ZEBPlatform/RunLoop/NSOperation",
+      OLGLogEx(nullptr, OLGLevelError, channel, "Platform/RunLoop/NSOperation",
                "-[NSOperation main]", __LINE__, "exception thrown in %s: %s",
                operation.description(), exception.what());
     }

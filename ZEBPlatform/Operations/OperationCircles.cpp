@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/RunLoop/OperationCirclesPrivate.h>
-#include <ZEBPlatform/RunLoop/OperationDependencyPrivate.h>
+#include <ZEBPlatform/Operations/OperationCirclesPrivate.h>
+#include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
 
 #include <algorithm>
 #include <cmath>

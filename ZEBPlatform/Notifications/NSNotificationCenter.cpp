@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Memory/ItemBlock.h>
 #include <ZEBPlatform/Memory/ObjectExtras.h>
-#include <ZEBPlatform/RunLoop/ItemBlock.h>
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 
 #include <algorithm>
 #include <atomic>

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/RunLoop/NSNotification.h>
+#include <ZEBPlatform/Notifications/NSNotification.h>
 
 #include <utility>
 

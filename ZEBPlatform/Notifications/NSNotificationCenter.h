@@ -6,8 +6,8 @@
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/RunLoop/NSNotification.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Notifications/NSNotification.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 
 #include <mutex>
 #include <unordered_map>

@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Dispatch/MainQueue.h>
-#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
-#include <ZEBPlatform/RunLoop/NSInvocationOperation.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/NSBlockOperation.h>
+#include <ZEBPlatform/Operations/NSInvocationOperation.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
@@ -150,7 +150,7 @@ TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
   queue->addOperations({raising, several}, true);
   ASSERT_EQ(log.lines.size(), 2u);
   EXPECT_EQ(log.lines[0],
-            "3|NSOperation|ZEBPlatform/RunLoop/NSOperation|-[NSOperation main]|exception thrown in "
+            "3|NSOperation|Platform/RunLoop/NSOperation|-[NSOperation main]|exception thrown in "
             "raising: "
             "NSInvalidArgumentException: no such thing");
 

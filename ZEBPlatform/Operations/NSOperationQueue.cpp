@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Linux/Thread.h>
-#include <ZEBPlatform/RunLoop/CurrentOperationPrivate.h>
-#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/CurrentOperationPrivate.h>
+#include <ZEBPlatform/Operations/NSBlockOperation.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 
 #include <algorithm>
 #include <utility>

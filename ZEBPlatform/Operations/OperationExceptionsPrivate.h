@@ -1,7 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Memory/FunctionView.h>
-#include <ZEBPlatform/RunLoop/NSOperation.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
 
 namespace zeb::detail {
 

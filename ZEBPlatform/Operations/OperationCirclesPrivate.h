@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/RunLoop/NSOperation.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
 
 #include <cstddef>
 #include <mutex>

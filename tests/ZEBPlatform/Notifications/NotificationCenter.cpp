@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/RunLoop/NSNotificationCenter.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <gtest/gtest.h>
 
 #include <thread>

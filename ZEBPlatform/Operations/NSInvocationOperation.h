@@ -4,7 +4,7 @@
 #include <ZEBPlatform/Foundation/Value.h>
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
-#include <ZEBPlatform/RunLoop/NSOperation.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
 
 #include <optional>
 #include <type_traits>

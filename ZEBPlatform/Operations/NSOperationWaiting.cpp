@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Linux/Thread.h>
-#include <ZEBPlatform/RunLoop/CurrentOperationPrivate.h>
-#include <ZEBPlatform/RunLoop/NSOperation.h>
-#include <ZEBPlatform/RunLoop/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/CurrentOperationPrivate.h>
+#include <ZEBPlatform/Operations/NSOperation.h>
+#include <ZEBPlatform/Operations/NSOperationQueue.h>
 
 #include <algorithm>
 #include <unordered_set>

@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
-#include <ZEBPlatform/RunLoop/NSBlockOperation.h>
-#include <ZEBPlatform/RunLoop/OperationExceptionsPrivate.h>
+#include <ZEBPlatform/Operations/NSBlockOperation.h>
+#include <ZEBPlatform/Operations/OperationExceptionsPrivate.h>
 
 #include <utility>
 
