@@ -4,7 +4,7 @@
 #include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
 #include <ZEBPlatform/Runtime/NSKeyValueObserving.h>
 #include <ZEBPlatform/Runtime/Registration.h>
-#include <ZEBUtilities/ZEBCallbackDispatcher.h>
+#include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
 
 #include <cstdint>
 #include <memory>

@@ -1,18 +1,22 @@
 # An installed library is made of modules: source folders, each compiled as a target of its own, so
 # that a module's outside libraries are visible to that module only.
 
-# zeb_library(<library> EXPORT_NAME <name> INCLUDE_ROOT <folder> [BUILT_ON <library>])
+# zeb_library(<library> EXPORT_NAME <name> INCLUDE_ROOT <folder> MODULE_HEADERS <folder>
+#             [BUILT_ON <library>])
 #   Begins a library, to which the following zeb_module() calls add. Its headers are included by their
-#   path below INCLUDE_ROOT. Users link it as ZEB::<name>.
+#   path below INCLUDE_ROOT; the folder MODULE_HEADERS has the headers that offer a module each. Users
+#   link the library as ZEB::<name>.
 function(zeb_library library)
-  cmake_parse_arguments(PARSE_ARGV 1 library "" "EXPORT_NAME;INCLUDE_ROOT;BUILT_ON" "")
+  cmake_parse_arguments(PARSE_ARGV 1 library "" "EXPORT_NAME;INCLUDE_ROOT;MODULE_HEADERS;BUILT_ON" "")
   # The empty source keeps the library valid while none of its modules has one.
   file(CONFIGURE OUTPUT "${library}.cpp" CONTENT "")
   add_library(${library} "${CMAKE_CURRENT_BINARY_DIR}/${library}.cpp")
   add_library(ZEB::${library_EXPORT_NAME} ALIAS ${library})
   target_compile_features(${library} PUBLIC cxx_std_20)
   target_link_libraries(${library} PUBLIC ${library_BUILT_ON} PRIVATE Threads::Threads)
-  target_sources(${library} PUBLIC FILE_SET HEADERS BASE_DIRS "${library_INCLUDE_ROOT}")
+  file(GLOB headers CONFIGURE_DEPENDS "${library_MODULE_HEADERS}/*.h")
+  target_sources(${library} PUBLIC FILE_SET HEADERS BASE_DIRS "${library_INCLUDE_ROOT}"
+    FILES ${headers})
   set_target_properties(${library} PROPERTIES
     EXPORT_NAME ${library_EXPORT_NAME}
     LINKER_LANGUAGE CXX

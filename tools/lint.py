@@ -3,6 +3,7 @@
 
 - A module includes only the modules that its zeb_module() declaration depends on. The declarations
   point down or sideways, never up, and never form a cycle.
+- A module header includes all public headers of its module, the umbrella all module headers.
 - System and outside headers are included only in the modules they belong to, never in public headers.
 - The product has no conditional compilation, and every header has #pragma once.
 
@@ -17,8 +18,11 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 # Each library's folder, and what stands before a module's folder where its headers are included.
 LIBRARIES = {"ZEBPlatform": "ZEBPlatform/", "ZEBUtilities": ""}
 
-# The umbrella header and the group headers offer whole modules, so they may include any module.
-COLLECTING_HEADER = re.compile(r"ZEBUtilities/ZEBUtilities/[^/]+\.h")
+# The folders of the module headers, each of which includes all public headers of one module.
+MODULE_HEADER_FOLDERS = {"ZEBPlatform": "ZEBPlatform", "ZEBUtilities": "ZEBUtilities/ZEBUtilities"}
+
+# Offers everything: it includes all module headers of both libraries.
+UMBRELLA = "ZEBUtilities/ZEBUtilities/ZEBUtilities.h"
 
 # Where the headers that match may be included: path patterns, public headers excepted. The first
 # match counts; what is neither a module's header, nor here, nor standard is a system header.
@@ -31,7 +35,7 @@ HEADER_HOMES = [
     (r"unicode/.*", [r"ZEBPlatform/Text/.*"]),
     (r"(openssl|nettle|libsecret)/.*|sqlite3\.h", [r"ZEBPlatform/Security/.*"]),
     (r"expat\.h", [r"ZEBPlatform/Bundle/.*"]),
-    (r"zlib\.h", [r"ZEBUtilities/ZEBUtilities/NSData\+ZlibAdditions\.cpp"]),
+    (r"zlib\.h", [r"ZEBUtilities/ZEBUtilities/Encodings/NSData\+ZlibAdditions\.cpp"]),
 ]
 SYSTEM_HOME = [r"ZEBPlatform/Linux/.*"]
 
@@ -163,10 +167,36 @@ def check_source(file, text, modules, included):
                 fault(file, number, f"a public header includes the private <{include[2]}>")
         elif header_name.endswith("Private.h"):
             fault(file, number, f"<{include[2]}> is private to {target.folder}")
-        elif COLLECTING_HEADER.fullmatch(file):
-            continue
         elif target.folder not in module.dependencies:
             fault(file, number, f"{module.folder} does not depend on {target.folder}")
+
+
+def module_headers(modules, sources):
+    """What each module header must include, by its file."""
+    expected = {UMBRELLA: []}
+    for module in modules.values():
+        folder = f"{module.library}/{module.folder}"
+        names = (name.removeprefix(f"{folder}/") for name in sources if is_public_header(name))
+        offered = [
+            f"{LIBRARIES[module.library]}{module.folder}/{name}"
+            for name in names
+            if "/" not in name and f"{folder}/{name}" not in PUBLIC_BRIDGES
+        ]
+        if not offered:
+            continue
+        name = module.folder.rpartition("/")[2]
+        header = f"{MODULE_HEADER_FOLDERS[module.library]}/{name}.h"
+        expected[header] = offered
+        expected[UMBRELLA].append(header.removeprefix("ZEBUtilities/"))
+    return expected
+
+
+def check_module_header(file, text, expected):
+    included = {match[2] for match in map(INCLUDE.match, text.splitlines()) if match}
+    for header in sorted(set(expected) - included):
+        fault(file, 1, f"does not include <{header}>")
+    for header in sorted(included - set(expected)):
+        fault(file, 1, f"includes <{header}>, which is not a public header of the module")
 
 
 def files():
@@ -187,13 +217,17 @@ def main():
     modules = read_modules()
     check_declarations(modules)
     included = {LIBRARIES[module.library] + folder: module for folder, module in modules.items()}
-    for file in sorted(files()):
-        if not file.endswith((".h", ".cpp")):
-            continue
+    sources = sorted(name for name in files() if name.endswith((".h", ".cpp")))
+    collecting = module_headers(modules, sources)
+    for file in sorted(set(collecting) - set(sources)):
+        fault(file, 1, "the module header is missing")
+    for file in sources:
         text = (ROOT / file).read_text(encoding="utf-8", errors="replace")
         if file.endswith(".h") and not re.search(r"^#pragma once$", text, re.MULTILINE):
             fault(file, 1, "#pragma once is missing")
-        if file.startswith(tuple(f"{library}/" for library in LIBRARIES)):
+        if file in collecting:
+            check_module_header(file, text, collecting[file])
+        elif file.startswith(tuple(f"{library}/" for library in LIBRARIES)):
             check_source(file, text, modules, included)
 
     for line in faults:

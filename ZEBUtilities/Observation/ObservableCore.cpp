@@ -3,7 +3,7 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Memory/TypeName.h>
 #include <ZEBPlatform/Runtime/Class.h>
-#include <ZEBUtilities/ZEBUtilitiesConstants.h>
+#include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
 
 #include <vector>
 

@@ -4,9 +4,9 @@
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
 #include <ZEBPlatform/Foundation/Format.h>
 #include <ZEBPlatform/RunLoop/NSRunLoop.h>
-#include <ZEBUtilities/ZEBBackgroundQueue.h>
-#include <ZEBUtilities/ZEBJSONSerialization.h>
-#include <ZEBUtilities/ZEBTimer.h>
+#include <ZEBUtilities/JSON/ZEBJSONSerialization.h>
+#include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
+#include <ZEBUtilities/Timing/ZEBTimer.h>
 
 #include <algorithm>
 #include <cstdio>

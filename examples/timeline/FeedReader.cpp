@@ -1,7 +1,7 @@
 #include "FeedReader.h"
 
-#include <ZEBUtilities/NSDictionary+ZEBAdditions.h>
-#include <ZEBUtilities/ZEBGeometryDictionaries.h>
+#include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
+#include <ZEBUtilities/Graphics/ZEBGeometryDictionaries.h>
 
 #include <chrono>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "Fields.h"
 
-#include <ZEBUtilities/NSDictionary+ZEBAdditions.h>
+#include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
 
 namespace zeb::timeline {
 

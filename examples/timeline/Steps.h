@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBUtilities/ZEBStopwatch.h>
+#include <ZEBUtilities/Timing/ZEBStopwatch.h>
 
 #include "Table.h"
 

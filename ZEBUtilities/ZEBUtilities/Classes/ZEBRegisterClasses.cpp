@@ -1,23 +1,23 @@
 #include <Observation/ObjectiveCObserverQueue.h>
 #include <Observation/ObjectiveCTypeErasedObservable.h>
+#include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
+#include <ZEBUtilities/Callbacks/ZEBDeallocHook.h>
+#include <ZEBUtilities/Callbacks/ZEBKVODispatcher.h>
+#include <ZEBUtilities/Callbacks/ZEBWeakValueObject.h>
 #include <ZEBUtilities/Classes/ZEBRegisterClasses.h>
 #include <ZEBUtilities/Coding/DecodingBuilder.h>
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
-#include <ZEBUtilities/ZEBBackgroundQueue.h>
-#include <ZEBUtilities/ZEBBackgroundTaskHandle.h>
-#include <ZEBUtilities/ZEBCallbackDispatcher.h>
-#include <ZEBUtilities/ZEBCircularFIFOBuffer.h>
-#include <ZEBUtilities/ZEBDeallocHook.h>
-#include <ZEBUtilities/ZEBJSONSerialization.h>
-#include <ZEBUtilities/ZEBKVODispatcher.h>
-#include <ZEBUtilities/ZEBMainThreadRunLoopDeferredTask.h>
-#include <ZEBUtilities/ZEBRecordingStopwatch.h>
-#include <ZEBUtilities/ZEBSafeOperation.h>
-#include <ZEBUtilities/ZEBStopwatch.h>
-#include <ZEBUtilities/ZEBThread.h>
-#include <ZEBUtilities/ZEBTimer.h>
-#include <ZEBUtilities/ZEBWeakValueObject.h>
+#include <ZEBUtilities/Collections/ZEBCircularFIFOBuffer.h>
+#include <ZEBUtilities/JSON/ZEBJSONSerialization.h>
+#include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
+#include <ZEBUtilities/Tasks/ZEBBackgroundTaskHandle.h>
+#include <ZEBUtilities/Tasks/ZEBMainThreadRunLoopDeferredTask.h>
+#include <ZEBUtilities/Tasks/ZEBSafeOperation.h>
+#include <ZEBUtilities/Tasks/ZEBThread.h>
+#include <ZEBUtilities/Timing/ZEBRecordingStopwatch.h>
+#include <ZEBUtilities/Timing/ZEBStopwatch.h>
+#include <ZEBUtilities/Timing/ZEBTimer.h>
 
 namespace zeb {
 

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "../Support.h"
+#include "Support/Support.h"
 #include "NoMemory.h"
 
 namespace zeb::test {

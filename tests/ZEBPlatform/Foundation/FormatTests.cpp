@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSNumber.h>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

@@ -2,7 +2,7 @@
 #include <ZEBPlatform/Foundation/HashTable.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

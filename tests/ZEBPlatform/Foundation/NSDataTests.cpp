@@ -3,7 +3,7 @@
 
 #include <thread>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 
-#include "../Support.h"
+#include "Support/Support.h"
 #include "NoMemory.h"
 
 namespace zeb::test {

@@ -6,7 +6,7 @@
 #include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/NSURL.h>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

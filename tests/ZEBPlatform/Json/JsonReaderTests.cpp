@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

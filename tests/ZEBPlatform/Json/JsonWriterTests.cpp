@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

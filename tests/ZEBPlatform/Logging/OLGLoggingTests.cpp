@@ -3,7 +3,7 @@
 #include <regex>
 #include <stdexcept>
 
-#include "LogRecorder.h"
+#include "Support/LogRecorder.h"
 
 namespace zeb {
 namespace {

@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

@@ -3,7 +3,7 @@
 #include <barrier>
 #include <thread>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

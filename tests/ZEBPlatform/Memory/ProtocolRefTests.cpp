@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Memory/ProtocolRef.h>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <thread>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

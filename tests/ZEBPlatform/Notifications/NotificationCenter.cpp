@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb {
 namespace {

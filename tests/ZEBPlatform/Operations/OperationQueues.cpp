@@ -8,7 +8,7 @@
 #include <semaphore>
 #include <thread>
 
-#include "../Support.h"
+#include "Support/Support.h"
 
 namespace zeb {
 namespace {

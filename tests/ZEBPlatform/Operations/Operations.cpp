@@ -10,8 +10,8 @@
 #include <set>
 #include <thread>
 
-#include "../Logging/LogRecorder.h"
-#include "../Support.h"
+#include "Support/LogRecorder.h"
+#include "Support/Support.h"
 
 namespace zeb {
 namespace {

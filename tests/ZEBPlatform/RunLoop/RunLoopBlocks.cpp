@@ -4,8 +4,8 @@
 #include <atomic>
 #include <semaphore>
 
-#include "../Support.h"
-#include "LoopSupport.h"
+#include "Support/Support.h"
+#include "Support/LoopSupport.h"
 
 namespace zeb::test {
 

@@ -5,8 +5,8 @@
 
 #include <functional>
 
-#include "FakeClock.h"
-#include "LoopSupport.h"
+#include "Support/FakeClock.h"
+#include "Support/LoopSupport.h"
 
 namespace zeb::test {
 

@@ -14,9 +14,9 @@
 #include <semaphore>
 #include <utility>
 
-#include "../Support.h"
-#include "FakeClock.h"
-#include "LoopSupport.h"
+#include "Support/Support.h"
+#include "Support/FakeClock.h"
+#include "Support/LoopSupport.h"
 
 namespace zeb::test {
 

@@ -5,9 +5,9 @@
 #include <semaphore>
 #include <vector>
 
-#include "../Support.h"
-#include "FakeClock.h"
-#include "LoopSupport.h"
+#include "Support/Support.h"
+#include "Support/FakeClock.h"
+#include "Support/LoopSupport.h"
 
 namespace zeb::test {
 

@@ -8,8 +8,8 @@
 #include <semaphore>
 #include <thread>
 
-#include "../Support.h"
-#include "LoopSupport.h"
+#include "Support/Support.h"
+#include "Support/LoopSupport.h"
 
 namespace zeb::test {
 

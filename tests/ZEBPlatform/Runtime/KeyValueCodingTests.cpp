@@ -2,8 +2,8 @@
 #include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
 #include <ZEBPlatform/Runtime/Send.h>
 
-#include "../Support.h"
-#include "Track.h"
+#include "Support/Support.h"
+#include "Support/Track.h"
 
 namespace zeb::test {
 

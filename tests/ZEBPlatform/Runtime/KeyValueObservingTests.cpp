@@ -10,8 +10,8 @@
 #include <sstream>
 #include <thread>
 
-#include "../Support.h"
-#include "Track.h"
+#include "Support/Support.h"
+#include "Support/Track.h"
 
 namespace zeb::test {
 

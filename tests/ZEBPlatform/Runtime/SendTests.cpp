@@ -5,8 +5,8 @@
 
 #include <thread>
 
-#include "../Support.h"
-#include "Track.h"
+#include "Support/Support.h"
+#include "Support/Track.h"
 
 namespace zeb::test {
 

@@ -5,22 +5,22 @@
 #include <ZEBPlatform/Runtime/ErrorConversion.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBPlatform/Runtime/Send.h>
+#include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
+#include <ZEBUtilities/Callbacks/ZEBKVODispatcher.h>
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
 #include <ZEBUtilities/Coding/ZEBEncoderConversion.h>
-#include <ZEBUtilities/ZEBBackgroundQueue.h>
-#include <ZEBUtilities/ZEBBackgroundTaskHandle.h>
-#include <ZEBUtilities/ZEBCallbackDispatcher.h>
-#include <ZEBUtilities/ZEBCircularFIFOBuffer.h>
-#include <ZEBUtilities/ZEBKVODispatcher.h>
-#include <ZEBUtilities/ZEBTimer.h>
+#include <ZEBUtilities/Collections/ZEBCircularFIFOBuffer.h>
+#include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
+#include <ZEBUtilities/Tasks/ZEBBackgroundTaskHandle.h>
+#include <ZEBUtilities/Timing/ZEBTimer.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "../../ZEBPlatform/Support.h"
+#include "Support/Support.h"
 
 namespace zeb {
 namespace {

@@ -11,7 +11,7 @@
 #include <regex>
 #include <sstream>
 
-#include "../../ZEBPlatform/Support.h"
+#include "Support/Support.h"
 
 namespace zeb {
 namespace {

@@ -3,8 +3,8 @@
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Runtime/Send.h>
 
-#include "../../ZEBPlatform/Support.h"
-#include "Support.h"
+#include "Support/Support.h"
+#include "Support/HeldQueue.h"
 
 namespace zeb {
 namespace {

@@ -1,8 +1,8 @@
 #include <array>
 #include <memory>
 
-#include "../../ZEBPlatform/Support.h"
-#include "Support.h"
+#include "Support/Support.h"
+#include "Support/HeldQueue.h"
 
 namespace zeb {
 namespace {

@@ -1,0 +1,6 @@
+#pragma once
+
+// The module Bundle: bundles and property lists.
+
+#include <ZEBPlatform/Bundle/NSBundle.h>
+#include <ZEBPlatform/Bundle/NSPropertyListSerialization.h>

@@ -1,0 +1,5 @@
+#pragma once
+
+// The module Classes: registration of the product's classes by name.
+
+#include <ZEBUtilities/Classes/ZEBRegisterClasses.h>

@@ -1,0 +1,9 @@
+#pragma once
+
+// The module Collections: typed access to dictionaries, additions to collections, the circular buffer.
+
+#include <ZEBUtilities/Collections/Dictionary+ZEBAdditions.h>
+#include <ZEBUtilities/Collections/NSArray+ZEBAdditions.h>
+#include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
+#include <ZEBUtilities/Collections/NSMutableDictionary+ZEBAdditions.h>
+#include <ZEBUtilities/Collections/ZEBCircularFIFOBuffer.h>

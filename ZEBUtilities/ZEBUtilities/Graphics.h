@@ -1,0 +1,5 @@
+#pragma once
+
+// The module Graphics: geometry as dictionaries.
+
+#include <ZEBUtilities/Graphics/ZEBGeometryDictionaries.h>

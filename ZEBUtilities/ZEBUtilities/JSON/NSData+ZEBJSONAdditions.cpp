@@ -1,0 +1,31 @@
+#include <ZEBUtilities/JSON/NSData+ZEBJSONAdditions.h>
+#include <ZEBUtilities/JSON/ZEBJSONSerialization.h>
+
+namespace zeb {
+
+// The identifier prefix is spelled out, because a constant must be ready before any code runs.
+const char* const ZEBNSDataJSONAdditionsErrorDomain = "org.zebutilities.ZEBOrvaneJSONParsing";
+
+namespace {
+
+template <class Handle>
+Handle rootOfKind(const NSData& data, NSError* error) {
+  const Value root = ZEBJSONSerialization::JSONObjectWithData(data, 0, error);
+  const Handle typed(root);
+  if (!root.isNil() && typed.isNil() && error) {
+    *error = NSError(ZEBNSDataJSONAdditionsErrorDomain, ZEBNSDataJSONAdditionsErrorUnexpectedRoot);
+  }
+  return typed.copy();
+}
+
+}  // namespace
+
+NSDictionary zeb_JSONDictionary(const NSData& data, NSError* error) {
+  return rootOfKind<NSDictionary>(data, error);
+}
+
+NSArray zeb_JSONArray(const NSData& data, NSError* error) {
+  return rootOfKind<NSArray>(data, error);
+}
+
+}  // namespace zeb

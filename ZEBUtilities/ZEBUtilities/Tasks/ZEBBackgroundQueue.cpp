@@ -1,0 +1,25 @@
+#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
+#include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
+
+#include <string>
+
+namespace zeb {
+
+const dispatch_queue_t& ZEBBackgroundQueue::sharedBackgroundQueue() {
+  // Never destroyed: work may be queued while the process ends.
+  static const auto* queue = new dispatch_queue_t(
+      dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".queue.background"));
+  return *queue;
+}
+
+Class* ZEBBackgroundQueue::runtimeClass() {
+  using Self = ZEBBackgroundQueue;
+  static Class* const cls = registerClass(
+      "ZEBBackgroundQueue", {
+                                classMethod("sharedBackgroundQueue", &Self::sharedBackgroundQueue),
+                            });
+  return cls;
+}
+
+}  // namespace zeb

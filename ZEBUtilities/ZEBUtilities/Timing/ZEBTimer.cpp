@@ -1,0 +1,383 @@
+#include <ZEBPlatform/Linux/DynamicLoader.h>
+#include <ZEBPlatform/Logging/OLGLogging.h>
+#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
+#include <ZEBPlatform/Runtime/Send.h>
+#include <ZEBUtilities/Bundle/ZEBFrameworkLoading.h>
+#include <ZEBUtilities/Bundle/ZEBProcessEnvironment.h>
+#include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
+#include <ZEBUtilities/Timing/ZEBTimer.h>
+
+#include <atomic>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <utility>
+
+namespace zeb {
+
+namespace {
+
+/// No thread has this handle.
+constexpr ThreadHandle hasFired = ~ThreadHandle{0};
+
+constexpr const char* sourceFile = "ZEBUtilities/ZEBUtilities/ZEBTimer";
+
+struct UIKit {
+  ZEBLibraryHandle handle = nullptr;
+  NSError error;
+};
+
+void reportMissing(const UIKit& uiKit) {
+  const char* channel = ZEBUtilitiesLoggingChannel_Timer;
+  if (uiKit.handle || !OLGCanLog(nullptr, OLGLevelNotice, channel)) return;
+  OLGLogEx(nullptr, OLGLevelNotice, channel, sourceFile, "+[ZEBTimer initialize]", __LINE__,
+           "UIKit was not loaded (%@); timers listen to the notification names built in. "
+           "ZEBSetFrameworksDirectory() names its folder.",
+           uiKit.error.userInfo()["dlerror"]);
+}
+
+/// Opened, for good, when the first timer is made that pauses. Threads that come at once may all open it,
+/// because loading calls the framework's and the log handler's code, which no lock may be held for.
+const UIKit& uiKit() {
+  static constinit std::atomic<const UIKit*> found = nullptr;
+  if (const UIKit* known = found.load(std::memory_order_acquire)) return *known;
+  auto mine = std::make_unique<UIKit>();
+  const NSString own = ZEBFrameworksDirectory();
+  mine->handle = ZEBLoadFramework("UIKit", dynamicLoaderLazyLocalMode,
+                                  own.isNil() ? NSArray() : NSArray{own}, &mine->error);
+  const UIKit* known = nullptr;
+  if (!found.compare_exchange_strong(known, mine.get(), std::memory_order_acq_rel)) return *known;
+  const UIKit& kept = *mine.release();  // never destroyed: timers are made until the very end
+  reportMissing(kept);
+  return kept;
+}
+
+/// What the framework calls the notification; without it, or if it does not know it, what ours would.
+NSString notificationName(const char* symbol) {
+  const auto* name = static_cast<const char* const*>(symbolInSharedObject(uiKit().handle, symbol));
+  return name ? *name : symbol;
+}
+
+/// Cut to what the number holds; nothing is no time.
+std::int64_t nanoseconds(NSTimeInterval seconds) noexcept {
+  constexpr auto most = std::numeric_limits<std::int64_t>::max();
+  const double exact = seconds * 1e9;
+  if (std::isnan(exact)) return 0;
+  if (exact >= static_cast<double>(most)) return most;
+  if (exact <= -static_cast<double>(most)) return -most;
+  return static_cast<std::int64_t>(exact);
+}
+
+dispatch_queue_t orGlobalQueue(const dispatch_queue_t& queue) {
+  return queue ? queue : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+}
+
+std::uint64_t nanosecondsFromZero(NSTimeInterval seconds) noexcept {
+  return static_cast<std::uint64_t>(std::max<std::int64_t>(nanoseconds(seconds), 0));
+}
+
+}  // namespace
+
+void ZEBTimerAction::operator()(NSObject& target, const Ref<ZEBTimer>& timer) const {
+  if (member_) {
+    member_(target, timer);
+  } else if (selector_) {
+    performSelector(target, selector_, timer);
+  }
+}
+
+ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, const Ref<NSObject>& target,
+                   ZEBTimerAction selector, Value userInfo, ZEBTimerBlock block, bool repeats,
+                   ZEBTimerBackgroundingBehavior backgroundingBehavior)
+    : target_(target),
+      action_(std::move(selector)),
+      userInfo_(std::move(userInfo)),
+      repeats_(repeats),
+      timeInterval_(interval),
+      backgroundingBehavior_(ZEBAmIRunningInAnExtension() ? ZEBTimerBackgroundingBehaviorNone
+                                                          : backgroundingBehavior),
+      block_(std::move(block)),
+      fireDate_(fireDate) {
+  if (backgroundingBehavior_ != ZEBTimerBackgroundingBehaviorNone) observeBackgrounding();
+}
+
+ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, const Ref<NSObject>& target,
+                   ZEBTimerAction selector, Value userInfo, bool repeats,
+                   ZEBTimerBackgroundingBehavior backgroundingBehavior)
+    : ZEBTimer(fireDate, interval, target, std::move(selector), std::move(userInfo), nullptr,
+               repeats, backgroundingBehavior) {}
+
+ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, ZEBTimerBlock block,
+                   bool repeats, ZEBTimerBackgroundingBehavior backgroundingBehavior)
+    : ZEBTimer(fireDate, interval, nullptr, nullptr, nullptr, std::move(block), repeats,
+               backgroundingBehavior) {}
+
+ZEBTimer::~ZEBTimer() { invalidateForGood(); }
+
+ZEBTimerBlock ZEBTimer::block() const {
+  const std::lock_guard guard(mutex_);
+  return block_;
+}
+
+void ZEBTimer::setBlock(ZEBTimerBlock block) {
+  const std::lock_guard guard(mutex_);
+  std::swap(block_, block);  // the old one dies after the lock
+}
+
+NSDate ZEBTimer::fireDate() const {
+  const std::lock_guard guard(mutex_);
+  return fireDate_;
+}
+
+NSTimeInterval ZEBTimer::tolerance() const {
+  const std::lock_guard guard(mutex_);
+  return tolerance_;
+}
+
+NSDate ZEBTimer::backgroundDate() const {
+  const std::lock_guard guard(mutex_);
+  return backgroundDate_;
+}
+
+void ZEBTimer::setBackgroundDate(const NSDate& date) {
+  const std::lock_guard guard(mutex_);
+  backgroundDate_ = date;
+}
+
+bool ZEBTimer::isValid() const {
+  const std::lock_guard guard(mutex_);
+  return isValidNow();
+}
+
+bool ZEBTimer::isValidNow() const {
+  if (gcdSource_) return true;
+  return nsTimer_ ? nsTimer_->isValid() : !timerWasCreated_;
+}
+
+void ZEBTimer::scheduleWithRunLoop(const Ref<NSRunLoop>& runLoop, const NSString& mode) {
+  const Ref<NSRunLoop> loop = runLoop ? runLoop : NSRunLoop::currentRunLoop();
+  const NSString modeName = mode.isNil() ? NSString(NSDefaultRunLoopMode) : mode.copy();
+  Ref<NSRunLoop> stored = loop;  // the one before is released after the lock
+  Ref<NSTimer> timer;
+  {
+    const std::lock_guard guard(mutex_);
+    if (!isValidNow() || gcdSource_) return;
+    timer = nsTimer();
+    targetRunLoopMode_ = modeName;
+    std::swap(targetRunLoop_, stored);
+  }
+  loop->addTimer(timer, modeName);
+}
+
+Ref<NSTimer> ZEBTimer::nsTimer() {
+  if (!std::exchange(timerWasCreated_, true)) {
+    // Keeps this timer until the run loop's one is invalidated.
+    nsTimer_ = makeRef<NSTimer>(
+        fireDate_, timeInterval_, repeats_,
+        [self = Ref(this)](const Ref<NSTimer>& timer) { self->_timerDidFire(timer); }, userInfo_);
+    if (tolerance_ > 0) nsTimer_->setTolerance(tolerance_);
+  }
+  return nsTimer_;
+}
+
+void ZEBTimer::applyToQueue(const dispatch_queue_t& queue) {
+  dispatch_queue_t target = orGlobalQueue(queue);
+  const std::lock_guard guard(mutex_);
+  if (!isFreeForAQueue()) return;
+  std::swap(targetGCDQueue_, target);  // the one before is released after the lock
+  startSource(targetGCDQueue_);
+}
+
+void ZEBTimer::setUpGCDTimer(const dispatch_queue_t& queue) {
+  const dispatch_queue_t target = orGlobalQueue(queue);
+  const std::lock_guard guard(mutex_);
+  if (isFreeForAQueue()) startSource(target);
+}
+
+void ZEBTimer::applyGCDTimerToSource() const {
+  const std::lock_guard guard(mutex_);
+  if (gcdSource_) scheduleSource();
+}
+
+bool ZEBTimer::isFreeForAQueue() const { return isValidNow() && !nsTimer_ && !gcdSource_; }
+
+void ZEBTimer::startSource(const dispatch_queue_t& queue) {
+  gcdSource_ = dispatch_source_create_timer(queue);
+  scheduleSource();
+  dispatch_source_set_event_handler(gcdSource_, [weak = WeakRef<ZEBTimer>(this)] {
+    if (const Ref<ZEBTimer> timer = weak.lock()) timer->_fireInternal();
+  });
+  dispatch_resume(gcdSource_);
+  timerWasCreated_ = true;
+}
+
+void ZEBTimer::scheduleSource() const {
+  const NSTimeInterval delay = fireDate_.timeIntervalSinceDate(NSDate::date());
+  const std::int64_t untilStart = fireDate_.isNil() ? 0 : nanoseconds(delay);
+  const std::uint64_t interval =
+      repeats_ ? nanosecondsFromZero(timeInterval_) : DISPATCH_TIME_FOREVER;
+  dispatch_source_set_timer(gcdSource_, dispatch_time(DISPATCH_TIME_NOW, untilStart), interval,
+                            nanosecondsFromZero(tolerance_));
+}
+
+void ZEBTimer::setFireDate(const NSDate& date) {
+  const std::lock_guard guard(mutex_);
+  if (date.isIdenticalTo(fireDate_)) return;
+  fireDate_ = date;
+  if (gcdSource_) {
+    scheduleSource();
+  } else if (nsTimer_) {
+    nsTimer_->setFireDate(date);
+  }
+}
+
+void ZEBTimer::setTolerance(NSTimeInterval tolerance) {
+  const std::lock_guard guard(mutex_);
+  if (tolerance == tolerance_) return;
+  tolerance_ = tolerance;
+  if (gcdSource_) {
+    scheduleSource();
+  } else if (nsTimer_) {
+    nsTimer_->setTolerance(tolerance);
+  }
+}
+
+void ZEBTimer::fire() {
+  if (isValid()) _fireInternal();
+}
+
+void ZEBTimer::_timerDidFire(const Ref<NSTimer>&) { _fireInternal(); }
+
+/// The queue, or the run loop, and somebody's `fire()` may come at once: the first one fires. Its own thread
+/// may come back meanwhile.
+bool ZEBTimer::mayFire() noexcept {
+  const ThreadHandle thread = currentThreadHandle();
+  ThreadHandle firing = 0;
+  return firingThread_.compare_exchange_strong(firing, thread, std::memory_order_relaxed) ||
+         firing == thread;
+}
+
+void ZEBTimer::_fireInternal() {
+  if (!repeats_ && !mayFire()) return;
+  const Ref<ZEBTimer> self(this);
+  // Also when the block or the method throws: a timer that can't fire again is of no use.
+  struct AfterFiring {
+    ZEBTimer& timer;
+    ~AfterFiring() {
+      if (timer.repeats_) return;
+      timer.firingThread_.store(hasFired, std::memory_order_relaxed);
+      timer.invalidate();
+    }
+  } afterFiring{*this};
+  const Ref<NSObject> target = target_.lock();
+  const ZEBTimerBlock block = this->block();
+  if (block) {
+    logFiring("(%@): fired with block: %@");
+    block(self);
+  } else if (target && action_) {
+    logFiring("(%@): fired: %@");
+    action_(*target, self);
+  } else {
+    logFiring("(%@): fired for deallocated target; invalidating: %@");
+    invalidate();
+  }
+}
+
+void ZEBTimer::logFiring(const char* format) const {
+  const char* channel = ZEBUtilitiesLoggingChannel_Timer;
+  if (shouldSilenceLogging() || !OLGCanLog(nullptr, OLGLevelDebug, channel)) return;
+  OLGLogEx(nullptr, OLGLevelDebug, channel, sourceFile, "-[ZEBTimer _fireInternal]", __LINE__,
+           format, *this, _logProperties());
+}
+
+std::string ZEBTimer::_logProperties() const {
+  const Ref<NSObject> target = target_.lock();
+  return formattedText("timeInterval=%0.1f target=%@ selector=%@ block=%@",
+                       {timeInterval_, target ? target->className() : std::string("nil"),
+                        selector() ? selector().name() : "NULL", block().description()});
+}
+
+void ZEBTimer::invalidate() {
+  const Ref<ZEBTimer> self(this);  // the run loop may be the last one that keeps it
+  invalidateForGood();
+}
+
+void ZEBTimer::invalidateForGood() {
+  _invalidate(false);
+  ZEBTimerBlock released;  // dies after the lock
+  const std::lock_guard guard(mutex_);
+  backgroundDate_ = nullptr;
+  std::swap(block_, released);
+}
+
+bool ZEBTimer::_invalidate(bool forBackgrounding) {
+  dispatch_source_t source;
+  Ref<NSTimer> timer;
+  {
+    const std::lock_guard guard(mutex_);
+    if (forBackgrounding) {
+      // What was invalidated for good must not come back.
+      if (!isValidNow()) return false;
+      backgroundDate_ = NSDate::date();
+    }
+    if (!std::exchange(timerWasCreated_, !forBackgrounding)) return false;
+    std::swap(source, gcdSource_);
+    std::swap(timer, nsTimer_);
+  }
+  dispatch_source_cancel(source);
+  if (timer) timer->invalidate();
+  return true;
+}
+
+void ZEBTimer::observeBackgrounding() {
+  const auto observe = [this](const char* symbol, auto handle) {
+    NSNotificationCenter::defaultCenter()->addObserver(
+        Ref<NSObject>(this),
+        [this, handle](const Ref<NSNotification>& notification) { (this->*handle)(notification); },
+        notificationName(symbol));
+  };
+  observe("UIApplicationDidEnterBackgroundNotification", &ZEBTimer::_applicationDidBackground);
+  observe("UIApplicationWillEnterForegroundNotification", &ZEBTimer::_applicationWillForeground);
+}
+
+void ZEBTimer::_applicationDidBackground(const Ref<NSNotification>&) {
+  if (pauses()) _invalidate(true);
+}
+
+bool ZEBTimer::pauses() const noexcept {
+  return backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorPause ||
+         backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorReset;
+}
+
+void ZEBTimer::_applicationWillForeground(const Ref<NSNotification>&) {
+  NSTimeInterval delay = 0;
+  dispatch_queue_t queue;
+  Ref<NSRunLoop> runLoop;
+  NSString mode;
+  {
+    const std::lock_guard guard(mutex_);
+    if (backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorNone) return;
+    const NSDate pausedAt = std::exchange(backgroundDate_, nullptr);
+    if (pausedAt.isNil() || !isValidNow() || !pauses()) return;
+    delay = delayAfter(pausedAt);
+    queue = targetGCDQueue_;
+    runLoop = targetRunLoop_;
+    mode = targetRunLoopMode_;
+  }
+  setFireDate(NSDate::date().dateByAddingTimeInterval(delay));
+  if (queue) {
+    applyToQueue(queue);
+  } else {
+    scheduleWithRunLoop(runLoop, mode);
+  }
+}
+
+NSTimeInterval ZEBTimer::delayAfter(const NSDate& backgroundDate) const {
+  if (backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorReset) return timeInterval_;
+  const NSTimeInterval overdue = backgroundDate.timeIntervalSinceDate(fireDate_);
+  if (overdue < 0) return -overdue;
+  // Deliberately not what is left until the next multiple of the interval.
+  return timeInterval_ > 0 ? std::fmod(overdue, timeInterval_) : 0;
+}
+
+}  // namespace zeb

@@ -1,0 +1,147 @@
+#include <ZEBPlatform/Linux/DynamicLoader.h>
+#include <ZEBUtilities/Bundle/ZEBFrameworkLoading.h>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "Support/LogRecorder.h"
+#include "Support/FakeSystem.h"
+
+namespace zeb {
+namespace {
+
+TEST(FrameworkLoading, OpensAFrameworkByAnyOfItsNames) {
+  const NSString own = ZEBFrameworksDirectory();
+  ASSERT_FALSE(own.isNil());
+  const std::string path = own.utf8() + "/UIKit.framework";
+  const struct {
+    std::string name;
+    NSArray directories;
+  } cases[] = {
+      {"UIKit", {own}},
+      {"UIKit.framework", {"/nowhere", 17, own.utf8() + "/"}},
+      {"/nowhere/UIKit.framework", {own}},
+      {path, nullptr},
+      {path + "/", {"/nowhere"}},
+  };
+  for (const auto& [name, directories] : cases) {
+    NSError error("untouched", 1);
+    const ZEBLibraryHandle handle = ZEBLoadFramework(name, RTLD_NOW, directories, &error);
+    ASSERT_TRUE(handle) << name << error;
+    for (const char* symbol : {"UIApplicationDidEnterBackgroundNotification",
+                               "UIApplicationWillEnterForegroundNotification"}) {
+      const auto* text = static_cast<const char* const*>(symbolInSharedObject(handle, symbol));
+      ASSERT_TRUE(text);
+      EXPECT_STREQ(*text, symbol);
+    }
+    EXPECT_EQ(symbolInSharedObject(handle, "UIApplicationMain"), nullptr);
+    EXPECT_EQ(symbolInSharedObject(handle, nullptr), nullptr);
+    EXPECT_TRUE(ZEBUnloadFramework(handle, &error));
+    EXPECT_EQ(error.domain(), "untouched"_ns);
+  }
+}
+
+TEST(FrameworkLoading, ReportsTheLastFailure) {
+  NSError error;
+  EXPECT_FALSE(ZEBLoadFramework(nullptr, RTLD_NOW, {"/"}, &error));
+  EXPECT_EQ(error, NSError("NSPOSIXErrorDomain", 22));
+  error = nullptr;
+  EXPECT_FALSE(ZEBUnloadFramework(nullptr, &error));
+  EXPECT_EQ(error, NSError("NSPOSIXErrorDomain", 22));
+
+  // Each error tells the file that was tried last.
+  for (const auto& [name, tried] :
+       {std::pair{"Foo", "/System/Library/Frameworks/Foo.framework/Foo"},
+        {"Foo.framework", "/System/Library/Frameworks/Foo.framework/Foo"},
+        {"Some/Foo.framework", "Some/Foo.framework/Foo"},
+        {"/Some/Dir/Foo.framework", "/Some/Dir/Foo.framework/Foo"}}) {
+    EXPECT_FALSE(ZEBLoadFramework(name, RTLD_NOW, {"/Extra"}, &error));
+    EXPECT_EQ(error.domain(), "NSPOSIXErrorDomain"_ns);
+    EXPECT_EQ(error.code(), 2);
+    EXPECT_EQ(error.userInfo()["frameworkName"], Value("Foo.framework/Foo"));
+    EXPECT_TRUE(NSString(error.userInfo()["dlerror"]).hasPrefix(std::string(tried) + ":"))
+        << error.userInfo();
+  }
+  EXPECT_FALSE(ZEBLoadFramework("Foo", RTLD_NOW));
+
+  // A library that the program was linked with, and that nobody has opened.
+  Dl_info image;
+  void* handle = nullptr;
+  ASSERT_TRUE(dladdr1(stdout, &image, &handle, RTLD_DL_LINKMAP));
+  EXPECT_FALSE(ZEBUnloadFramework(handle, &error));
+  EXPECT_EQ(error.code(), 2);
+  EXPECT_EQ(error.userInfo().count(), 1u);
+  EXPECT_GT(NSString(error.userInfo()["dlerror"]).length(), 0u);
+}
+
+TEST(FrameworkLoading, LoadsNothingThatOthersCouldHaveChosen) {
+  namespace fs = std::filesystem;
+  std::string folder = testing::TempDir() + "frameworks-XXXXXX";
+  ASSERT_TRUE(mkdtemp(folder.data()));
+  const fs::path start = fs::current_path();
+  const std::string framework = folder + "/Trap.framework";
+  const std::string file = framework + "/Trap";
+  fs::create_directory(framework);
+  fs::copy_file(ZEBFrameworksDirectory().utf8() + "/UIKit.framework/UIKit", file);
+  fs::current_path(folder);
+  const auto dlerror = [&](const NSString& path, const NSArray& directories) -> std::string {
+    NSError error;
+    const ZEBLibraryHandle handle = ZEBLoadFramework(path, RTLD_NOW, directories, &error);
+    if (handle) ZEBUnloadFramework(handle);
+    return handle ? "loaded" : NSString(error.userInfo()["dlerror"]).utf8();
+  };
+  const auto modes = [&](unsigned ofFile, unsigned ofFolder) {
+    fs::permissions(file, fs::perms(ofFile));
+    fs::permissions(framework, fs::perms(ofFolder));
+    return dlerror(framework, nullptr);
+  };
+  const auto holds = [](const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+  };
+
+  test::LogRecorder log;
+  for (const char* relative : {"Trap", "./Trap", "../Trap.framework"}) {
+    EXPECT_NE(dlerror(relative, {"", ".", fs::path(folder).filename().string()}), "loaded");
+  }
+  EXPECT_TRUE(holds(dlerror("./Trap", nullptr), "relative"));
+  EXPECT_EQ(modes(0644, 0755), "loaded");
+  EXPECT_EQ(modes(0600, 01777), "loaded") << "nobody exchanges others' files in a sticky folder";
+  EXPECT_TRUE(holds(modes(0664, 0755), file + " can be changed"));
+  EXPECT_TRUE(holds(modes(0646, 0755), file + " can be changed"));
+  EXPECT_TRUE(holds(modes(0644, 0757), framework + " can be changed"));
+  EXPECT_NE(dlerror("Trap", {folder}), "loaded");
+  EXPECT_TRUE(holds(log.take().back(), framework + " can be changed"))
+      << "the error tells of another";
+  EXPECT_EQ(modes(0644, 0755), "loaded");
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(file.c_str(), 12345, 0), 0);
+    EXPECT_TRUE(holds(dlerror(framework, nullptr), file + " belongs to another user"));
+    ASSERT_EQ(chown(file.c_str(), 0, 0), 0);
+  }
+
+  ZEBSetFrameworksDirectory(folder);
+  test::fakeRaisedPrivileges = true;
+  EXPECT_NE(dlerror("Trap", {folder}), "loaded");
+  EXPECT_NE(dlerror(framework, nullptr), "loaded");
+  EXPECT_NE(ZEBFrameworksDirectory(), NSString(folder));
+  test::fakeRaisedPrivileges = false;
+  ZEBSetFrameworksDirectory(nullptr);
+  fs::current_path(start);
+  fs::remove_all(folder);
+}
+
+TEST(FrameworkLoading, TakesTheHostsFolderFirst) {
+  const NSString found = ZEBFrameworksDirectory();
+  ZEBSetFrameworksDirectory("/opt/frameworks");
+  EXPECT_EQ(ZEBFrameworksDirectory(), "/opt/frameworks"_ns);
+  ZEBSetFrameworksDirectory(nullptr);
+  EXPECT_EQ(ZEBFrameworksDirectory(), found);
+}
+
+}  // namespace
+}  // namespace zeb

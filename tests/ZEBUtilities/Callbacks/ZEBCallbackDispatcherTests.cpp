@@ -1,0 +1,168 @@
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
+
+#include <atomic>
+#include <barrier>
+#include <semaphore>
+#include <thread>
+
+#include "Support/Support.h"
+
+namespace zeb {
+namespace {
+
+struct Listener : NSObject {
+  Class* classObject() const override {
+    static Class* const cls =
+        registerClass("Listener", {
+                                      method("heard:", &Listener::hear),
+                                      method("heard", [](Listener& self) { self.log += "plain "; }),
+                                      method("count", [](Listener& self) { ++self.calls; }),
+                                  });
+    return cls;
+  }
+  void hear(const Value& userInfo) { log += userInfo.description().utf8() + " "; }
+  std::string log;
+  /// Several threads that fire at the same time call one observer at the same time.
+  std::atomic<int> calls = 0;
+};
+
+struct CallbackDispatcher : testing::Test {
+  auto writes(const char* text) {
+    return [this, text](const Value& userInfo) {
+      log += text + (userInfo ? userInfo.description().utf8() : "");
+    };
+  }
+  std::string fired() {
+    dispatcher->fire();
+    return std::exchange(log, "");
+  }
+  std::string log;
+  Ref<ZEBCallbackDispatcher> dispatcher = makeRef<ZEBCallbackDispatcher>();
+  Ref<Listener> first = makeRef<Listener>();
+  Ref<Listener> second = makeRef<Listener>();
+};
+
+TEST_F(CallbackDispatcher, CallsBlocksByObserverInTheOrderOfTheirAdding) {
+  dispatcher->addObserver(first, writes("a"));
+  dispatcher->addObserver(second, writes("b"));
+  dispatcher->addObserver(first, writes("c"));
+  dispatcher->addObserver(nullptr, writes("never"));
+  dispatcher->addObserver(first, nullptr);
+  EXPECT_EQ(fired(), "acb") << "fired right after adding";
+  dispatcher->fireWithUserInfo("!");
+  EXPECT_EQ(std::exchange(log, ""), "a!c!b!");
+  dispatcher->removeObserver(nullptr);
+  dispatcher->removeObserver(makeRef<Listener>());
+  dispatcher->removeObserver(first);
+  EXPECT_EQ(fired(), "b");
+  dispatcher->addObserver(first, writes("d"));
+  EXPECT_EQ(fired(), "bd");
+  second = nullptr;
+  EXPECT_EQ(fired(), "d") << "a destroyed observer";
+}
+
+TEST_F(CallbackDispatcher, SendsSelectorsAndCallsMembers) {
+  dispatcher->addObserver(first, "heard:"_sel);
+  dispatcher->addObserver(first, "heard"_sel);
+  dispatcher->addObserver(first, &Listener::hear);
+  dispatcher->addObserver(first, static_cast<void (Listener::*)(const Value&)>(nullptr));
+  dispatcher->fireWithUserInfo(7);
+  EXPECT_EQ(first->log, "7 plain 7 ");
+}
+
+TEST_F(CallbackDispatcher, BlocksMayAddRemoveFireAndDestroy) {
+  bool once = true;
+  dispatcher->addObserver(first, [&](const Value&) {
+    log += "x";
+    if (!std::exchange(once, false)) return;
+    dispatcher->addObserver(first, writes("new"));
+    dispatcher->removeObserver(second);
+    dispatcher->fire();
+    log += "|";
+  });
+  dispatcher->addObserver(second, writes("y"));
+  EXPECT_EQ(fired(), "xxnew|y") << "the outer firing has its list";
+  EXPECT_EQ(fired(), "xnew");
+  dispatcher->addObserver(second, writes("z"));
+  dispatcher->addObserver(first, [&](const Value&) { second = nullptr; });
+  EXPECT_EQ(fired(), "xnewz") << "collected before its observer was destroyed";
+  EXPECT_EQ(fired(), "xnew");
+  dispatcher->addObserver(first, [&](const Value&) { dispatcher = nullptr; });
+  dispatcher->addObserver(first, writes("last"));
+  dispatcher->fire();
+  EXPECT_FALSE(dispatcher);
+  EXPECT_EQ(log, "xnewlast");
+}
+
+TEST_F(CallbackDispatcher, GivesAllBlocksTheUserInfoOfTheCall) {
+  Value current = "sent";
+  dispatcher->addObserver(first, writes("a"));
+  dispatcher->addObserver(first, [&](const Value&) { current = "changed meanwhile"; });
+  dispatcher->addObserver(first, writes(" b"));
+  dispatcher->fireWithUserInfo(current);
+  EXPECT_EQ(log, "asent bsent");
+}
+
+/// Fires when the block that holds it dies.
+struct FiresAtDeath {
+  explicit FiresAtDeath(std::binary_semaphore& signal) : died(signal) {}
+  ~FiresAtDeath() {
+    makeRef<ZEBCallbackDispatcher>()->fire();
+    died.release();
+  }
+  std::binary_semaphore& died;
+};
+
+TEST_F(CallbackDispatcher, BlocksDieOutsideTheQueue) {
+  std::binary_semaphore died(0);
+  const auto holds = [&] { return [held = std::make_shared<FiresAtDeath>(died)](const Value&) {}; };
+  dispatcher->addObserver(first, holds());
+  dispatcher->removeObserver(first);
+  died.acquire();
+  dispatcher->addObserver(second, holds());
+  dispatcher->fire();
+  second = nullptr;
+  dispatcher->fire();
+  died.acquire();
+  dispatcher->addObserver(first, holds());
+  dispatcher = nullptr;
+  died.acquire();
+}
+
+TEST(CallbackDispatcherStorm, ThreadsAddRemoveFireAndDestroy) {
+  const auto dispatcher = makeRef<ZEBCallbackDispatcher>();
+  const auto steady = makeRef<Listener>();
+  std::atomic<int> steadyCalls = 0;
+  dispatcher->addObserver(steady, [&](const Value&) { ++steadyCalls; });
+  constexpr int rounds = 150;
+  std::barrier meeting(4);
+  const auto work = [&](int seed) {
+    meeting.arrive_and_wait();
+    for (int round = 0; round < rounds; ++round) {
+      auto mine = makeRef<Listener>();
+      const auto counter = std::make_shared<std::atomic<int>>(0);
+      dispatcher->addObserver(mine,
+                              [=, weak = WeakRef<ZEBCallbackDispatcher>(dispatcher)](const Value&) {
+                                ++*counter;
+                                const auto inner = makeRef<Listener>();
+                                if (const auto alive = weak.lock())
+                                  alive->addObserver(inner, "count"_sel);
+                              });
+      dispatcher->fire();
+      EXPECT_GE(counter->load(), 1) << "ordered after this thread's adding";
+      if ((round + seed) % 2) {
+        dispatcher->removeObserver(mine);
+        dispatcher->fire();
+      }
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int seed = 0; seed < 4; ++seed) threads.emplace_back(work, seed);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(steadyCalls, 4 * rounds * 3 / 2);
+}
+
+}  // namespace
+}  // namespace zeb

@@ -1,0 +1,92 @@
+#include <ZEBUtilities/Callbacks/ZEBDeallocHook.h>
+#include <ZEBUtilities/Callbacks/ZEBWeakValueObject.h>
+
+#include <barrier>
+#include <memory>
+#include <thread>
+
+#include "Support/Support.h"
+
+namespace zeb {
+namespace {
+
+TEST(ZEBDeallocHook, RunsWhenItsOwnerDiesUnlessTakenAway) {
+  const char keys[3] = {};
+  std::string log;
+  std::atomic<int> deaths = 0;
+  Ref<NSObject> owner = makeRef<test::Probe>(deaths);
+  const auto hook = [&](const char* text) {
+    return [&log, &deaths, text] { log += text + std::to_string(deaths); };
+  };
+  ZEBDeallocHook::attachTo(owner, &keys[0], hook("first"));
+  ZEBDeallocHook::attachTo(owner, &keys[0], hook(" second"));
+  ZEBDeallocHook::attachTo(owner, &keys[1], hook(" unheard"));
+  ZEBDeallocHook::attachTo(nullptr, &keys[1], hook(" unheard"));
+  EXPECT_EQ(log, "first0") << "replaced";
+  setAssociatedObject(*owner, &keys[2], makeRef<ZEBWeakValueObject>(owner));
+  ZEBDeallocHook::unattachFrom(owner, &keys[1]);
+  ZEBDeallocHook::unattachFrom(owner, &keys[2]);
+  EXPECT_TRUE(associatedObject(*owner, &keys[2])) << "somebody else's";
+  ZEBDeallocHook::unattachFrom(nullptr, &keys[0]);
+  owner = nullptr;
+  EXPECT_EQ(log, "first0 second1");
+
+  {
+    ZEBDeallocHook plain(nullptr);
+  }
+  auto changed = makeRef<ZEBDeallocHook>(hook(" unheard"));
+  changed->removeCallback();
+  EXPECT_FALSE(changed->callback());
+  changed->setCallback(hook(" third"));
+  changed = nullptr;
+  EXPECT_EQ(log, "first0 second1 third1");
+}
+
+TEST(ZEBDeallocHook, IsTakenAwayByOneOfManyAndLeavesNewOnesAlone) {
+  static const char key = 0;
+  // The callback's captured state dies while its hook is unattached, and attaches another one.
+  std::atomic<int> calls = 0;
+  auto owner = makeRef<ZEBWeakValueObject>(nullptr);
+  auto attachesAtDeath = std::shared_ptr<void>(
+      nullptr, [&](void*) { ZEBDeallocHook::attachTo(owner, &key, [&] { ++calls; }); });
+  ZEBDeallocHook::attachTo(owner, &key, [held = std::move(attachesAtDeath)] { FAIL(); });
+  ZEBDeallocHook::unattachFrom(owner, &key);
+  EXPECT_EQ(calls, 0) << "the new hook stays";
+  owner = nullptr;
+  EXPECT_EQ(calls, 1);
+
+  std::vector<Ref<ZEBWeakValueObject>> owners(2000);
+  std::atomic<int> deaths = 0;
+  for (auto& each : owners) {
+    each = makeRef<ZEBWeakValueObject>(nullptr);
+    ZEBDeallocHook::attachTo(each, &key, [&, probe = makeRef<test::Probe>(deaths)] { ++calls; });
+  }
+  std::vector<std::thread> threads;
+  std::barrier meeting(3);
+  for (int i = 0; i < 3; ++i) {
+    threads.emplace_back([&] {
+      meeting.arrive_and_wait();
+      for (const auto& each : owners) ZEBDeallocHook::unattachFrom(each, &key);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(deaths, 2000);
+  owners.clear();
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(ZEBWeakValueObject, ReadsNilOnceItsValueIsGone) {
+  std::atomic<int> deaths = 0;
+  Ref<NSObject> value = makeRef<test::Probe>(deaths);
+  const auto box = ZEBWeakValueObject::withValue(value);
+  EXPECT_EQ(box->value(), value);
+  value = nullptr;
+  EXPECT_TRUE(deaths == 1 && !box->value());
+  value = makeRef<test::Probe>(deaths);
+  box->setValue(value);
+  EXPECT_EQ(box->value(), value);
+  EXPECT_FALSE(makeRef<ZEBWeakValueObject>(nullptr)->value());
+}
+
+}  // namespace
+}  // namespace zeb
