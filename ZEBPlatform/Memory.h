@@ -4,13 +4,9 @@
 
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
-#include <ZEBPlatform/Memory/ItemBlock.h>
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Memory/ObjectExtras.h>
 #include <ZEBPlatform/Memory/Overloaded.h>
 #include <ZEBPlatform/Memory/ProtocolRef.h>
 #include <ZEBPlatform/Memory/Ref.h>
-#include <ZEBPlatform/Memory/ShortLock.h>
-#include <ZEBPlatform/Memory/SnapshotPointer.h>
 #include <ZEBPlatform/Memory/TypeName.h>
 #include <ZEBPlatform/Memory/WeakRef.h>

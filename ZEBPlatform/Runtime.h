@@ -5,8 +5,6 @@
 #include <ZEBPlatform/Runtime/BlockConversion.h>
 #include <ZEBPlatform/Runtime/Class.h>
 #include <ZEBPlatform/Runtime/ErrorConversion.h>
-#include <ZEBPlatform/Runtime/FoundationClasses.h>
-#include <ZEBPlatform/Runtime/GrowingIndex.h>
 #include <ZEBPlatform/Runtime/KeyValueChange.h>
 #include <ZEBPlatform/Runtime/MethodBody.h>
 #include <ZEBPlatform/Runtime/NSAssertionHandler.h>
@@ -16,6 +14,4 @@
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBPlatform/Runtime/SEL.h>
 #include <ZEBPlatform/Runtime/Send.h>
-#include <ZEBPlatform/Runtime/SetterName.h>
-#include <ZEBPlatform/Runtime/TypedCall.h>
 #include <ZEBPlatform/Runtime/ValueConversion.h>

@@ -28,13 +28,16 @@ function(zeb_library library)
   set(ZEB_BUILT_ON "${library_BUILT_ON}" PARENT_SCOPE)
 endfunction()
 
-# zeb_module(<folder> LAYER <number> [DEPENDS <module>…] [PRIVATE_LIBRARIES <outside library>…])
+# zeb_module(<folder> LAYER <number> [DEPENDS <module>…] [PRIVATE_LIBRARIES <outside library>…]
+#            [INSTALLED_DETAIL <header name>…])
 #   Adds the folder's sources and headers to the current library.
 #   LAYER and DEPENDS say what the module may include: modules of its own layer or a lower one that
 #   are declared before it. tools/lint.py reads these calls and checks every include against them.
-#   Headers named *Private.h belong to the module alone and are not installed.
+#   Headers named *Private.h belong to the module alone. Headers in its folder detail/ are for the
+#   library's other modules too. Neither are installed, except those of detail/ that public headers
+#   need, which INSTALLED_DETAIL names without their ".h".
 function(zeb_module folder)
-  cmake_parse_arguments(PARSE_ARGV 1 module "" "LAYER" "DEPENDS;PRIVATE_LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 module "" "LAYER" "DEPENDS;PRIVATE_LIBRARIES;INSTALLED_DETAIL")
 
   get_property(declared_modules GLOBAL PROPERTY ZEB_MODULES)
   foreach(dependency IN LISTS module_DEPENDS)
@@ -46,6 +49,9 @@ function(zeb_module folder)
 
   file(GLOB headers CONFIGURE_DEPENDS "${folder}/*.h")
   list(FILTER headers EXCLUDE REGEX "Private\\.h$")
+  foreach(name IN LISTS module_INSTALLED_DETAIL)
+    list(APPEND headers "${folder}/detail/${name}.h")
+  endforeach()
   target_sources(${ZEB_LIBRARY} PUBLIC FILE_SET HEADERS FILES ${headers})
 
   file(GLOB sources CONFIGURE_DEPENDS "${folder}/*.cpp")

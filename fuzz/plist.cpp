@@ -3,7 +3,7 @@
 
 #include <ZEBPlatform/Bundle/NSPropertyListSerialization.h>
 #include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Foundation/TreeWalk.h>
+#include <ZEBPlatform/Foundation/detail/TreeWalk.h>
 
 #include <cstdint>
 #include <cstdlib>

@@ -58,7 +58,7 @@ STANDARD_HEADERS = set(
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 CONDITIONAL = re.compile(r"^\s*#\s*(if|ifdef|ifndef|elif|else)\b")
-MODULE_KEYWORDS = ("LAYER", "DEPENDS", "PRIVATE_LIBRARIES")
+MODULE_KEYWORDS = ("LAYER", "DEPENDS", "PRIVATE_LIBRARIES", "INSTALLED_DETAIL")
 
 faults = []
 
@@ -74,6 +74,7 @@ class Module:
         self.declared_at = declared_at
         self.layer = 0
         self.dependencies = []
+        self.installed_details = []
 
 
 def read_modules():
@@ -101,6 +102,8 @@ def read_modules():
                     module.layer = int(argument)
                 elif keyword == "DEPENDS":
                     module.dependencies.append(argument)
+                elif keyword == "INSTALLED_DETAIL":
+                    module.installed_details.append(f"{argument}.h")
             modules[module.folder] = module
     return modules
 
@@ -121,7 +124,7 @@ def check_declarations(modules):
 
 
 def is_public_header(file):
-    return file.endswith(".h") and not file.endswith("Private.h")
+    return file.endswith(".h") and not file.endswith("Private.h") and "/detail/" not in file
 
 
 def may_include(file, header):
@@ -140,12 +143,15 @@ def may_include(file, header):
 
 
 def check_source(file, text, modules, included):
-    folder, _, _ = file.rpartition("/")
-    library, _, module_folder = folder.partition("/")
+    folder, _, name = file.rpartition("/")
+    library, _, module_folder = folder.removesuffix("/detail").partition("/")
     module = modules.get(module_folder)
     if module is None or module.library != library:
         fault(file, 1, f"no zeb_module() declares the folder {folder}")
         return
+    is_installed = is_public_header(file) or (
+        folder.endswith("/detail") and name in module.installed_details
+    )
 
     for number, line in enumerate(text.splitlines(), 1):
         if library == "ZEBUtilities" and CONDITIONAL.match(line):
@@ -157,18 +163,21 @@ def check_source(file, text, modules, included):
             fault(file, number, f'"{include[2]}" must be written from its root, as <Module/Header.h>')
             continue
         header_folder, _, header_name = include[2].rpartition("/")
-        target = included.get(header_folder)
+        is_detail = header_folder.endswith("/detail")
+        target = included.get(header_folder.removesuffix("/detail"))
         if target is None:
             objection = may_include(file, include[2])
             if objection:
                 fault(file, number, objection)
-        elif target is module:
-            if is_public_header(file) and header_name.endswith("Private.h"):
-                fault(file, number, f"a public header includes the private <{include[2]}>")
-        elif header_name.endswith("Private.h"):
+            continue
+        if target is not module and header_name.endswith("Private.h"):
             fault(file, number, f"<{include[2]}> is private to {target.folder}")
-        elif target.folder not in module.dependencies:
+        elif target is not module and target.folder not in module.dependencies:
             fault(file, number, f"{module.folder} does not depend on {target.folder}")
+        elif is_installed and header_name.endswith("Private.h"):
+            fault(file, number, f"an installed header includes the private <{include[2]}>")
+        elif is_installed and is_detail and header_name not in target.installed_details:
+            fault(file, number, f"an installed header includes <{include[2]}>, which is not installed")
 
 
 def module_headers(modules, sources):

@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Bundle/NSBundle.h>
 #include <ZEBPlatform/Bundle/NSPropertyListSerialization.h>
 #include <ZEBPlatform/Foundation/NSData.h>
-#include <ZEBPlatform/Linux/FileReading.h>
-#include <ZEBPlatform/Linux/ProcessFacts.h>
+#include <ZEBPlatform/Linux/detail/FileReading.h>
+#include <ZEBPlatform/Linux/detail/ProcessFacts.h>
 
 #include <cerrno>
 #include <filesystem>

@@ -2,7 +2,7 @@
 #include <ZEBPlatform/Bundle/PropertyListBuilderPrivate.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
-#include <ZEBPlatform/Foundation/TreeRebuild.h>
+#include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 
 #include <utility>
 

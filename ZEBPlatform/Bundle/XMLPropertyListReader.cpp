@@ -2,7 +2,7 @@
 #include <ZEBPlatform/Bundle/PropertyListBuilderPrivate.h>
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSDate.h>
-#include <ZEBPlatform/Foundation/NumberText.h>
+#include <ZEBPlatform/Foundation/detail/NumberText.h>
 
 #include <expat.h>
 

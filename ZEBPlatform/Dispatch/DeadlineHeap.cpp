@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Dispatch/DeadlineHeap.h>
+#include <ZEBPlatform/Dispatch/detail/DeadlineHeap.h>
 
 #include <algorithm>
 #include <utility>

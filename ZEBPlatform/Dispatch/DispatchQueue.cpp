@@ -1,8 +1,8 @@
-#include <ZEBPlatform/Dispatch/ConcurrentQueue.h>
+#include <ZEBPlatform/Dispatch/ConcurrentQueuePrivate.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
-#include <ZEBPlatform/Dispatch/QueueFrame.h>
-#include <ZEBPlatform/Dispatch/SerialQueue.h>
-#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
+#include <ZEBPlatform/Dispatch/SerialQueuePrivate.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 
 #include <array>
 

@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
-#include <ZEBPlatform/Dispatch/NilArgument.h>
-#include <ZEBPlatform/Dispatch/ThreadPool.h>
+#include <ZEBPlatform/Dispatch/ThreadPoolPrivate.h>
+#include <ZEBPlatform/Dispatch/detail/NilArgument.h>
 
 #include <algorithm>
 #include <chrono>

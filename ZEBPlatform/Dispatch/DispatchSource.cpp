@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
-#include <ZEBPlatform/Dispatch/DispatchTimers.h>
-#include <ZEBPlatform/Dispatch/NilArgument.h>
+#include <ZEBPlatform/Dispatch/DispatchTimersPrivate.h>
+#include <ZEBPlatform/Dispatch/detail/NilArgument.h>
 #include <ZEBPlatform/Linux/Clock.h>
-#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 
 #include <mutex>
 #include <utility>

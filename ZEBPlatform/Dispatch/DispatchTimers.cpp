@@ -1,7 +1,7 @@
-#include <ZEBPlatform/Dispatch/DispatchTimers.h>
+#include <ZEBPlatform/Dispatch/DispatchTimersPrivate.h>
 #include <ZEBPlatform/Linux/Clock.h>
-#include <ZEBPlatform/Linux/Console.h>
-#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
 
 #include <algorithm>
 #include <chrono>

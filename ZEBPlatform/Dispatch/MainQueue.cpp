@@ -1,8 +1,8 @@
-#include <ZEBPlatform/Dispatch/MainQueue.h>
 #include <ZEBPlatform/Dispatch/MainQueuePrivate.h>
-#include <ZEBPlatform/Dispatch/QueueFrame.h>
-#include <ZEBPlatform/Dispatch/ThreadGate.h>
-#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
+#include <ZEBPlatform/Dispatch/detail/MainQueue.h>
+#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
 
 #include <exception>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/SerialQueue.h>
+#include <ZEBPlatform/Dispatch/SerialQueuePrivate.h>
 
 namespace zeb::detail {
 

@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Dispatch/NilArgument.h>
-#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Dispatch/detail/NilArgument.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 
 #include <string>
 

@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Dispatch/PooledQueue.h>
-#include <ZEBPlatform/Dispatch/ThreadGate.h>
+#include <ZEBPlatform/Dispatch/PooledQueuePrivate.h>
+#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
 
 namespace zeb::detail {
 

@@ -1,7 +1,7 @@
-#include <ZEBPlatform/Dispatch/QueueFrame.h>
-#include <ZEBPlatform/Dispatch/SerialQueue.h>
-#include <ZEBPlatform/Dispatch/ThreadGate.h>
-#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
+#include <ZEBPlatform/Dispatch/SerialQueuePrivate.h>
+#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
 
 namespace zeb::detail {
 

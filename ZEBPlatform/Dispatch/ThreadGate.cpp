@@ -1,6 +1,6 @@
-#include <ZEBPlatform/Dispatch/ThreadGate.h>
-#include <ZEBPlatform/Dispatch/ThreadPool.h>
-#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Dispatch/ThreadPoolPrivate.h>
+#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
 
 namespace zeb::detail {
 

@@ -1,8 +1,8 @@
-#include <ZEBPlatform/Dispatch/ThreadPool.h>
-#include <ZEBPlatform/Linux/Console.h>
-#include <ZEBPlatform/Linux/ProcessFacts.h>
-#include <ZEBPlatform/Linux/Thread.h>
-#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Dispatch/ThreadPoolPrivate.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
+#include <ZEBPlatform/Linux/detail/ProcessFacts.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
 
 #include <algorithm>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Dispatch/WorkItemMemory.h>
+#include <ZEBPlatform/Dispatch/detail/WorkItemMemory.h>
 
 #include <array>
 #include <atomic>

@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Dispatch/WorkList.h>
-#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Dispatch/WorkListPrivate.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
 
 namespace zeb::detail {
 

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Foundation/Arena.h>
+#include <ZEBPlatform/Foundation/detail/Arena.h>
 
 #include <algorithm>
 #include <cstdlib>

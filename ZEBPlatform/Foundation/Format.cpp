@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/Format.h>
-#include <ZEBPlatform/Foundation/NumberText.h>
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
+#include <ZEBPlatform/Foundation/detail/NumberText.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
-#include <ZEBPlatform/Foundation/CollectionLimit.h>
-#include <ZEBPlatform/Foundation/HashTable.h>
+#include <ZEBPlatform/Foundation/CollectionLimitPrivate.h>
 #include <ZEBPlatform/Foundation/KeyedHash.h>
 #include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/detail/HashTable.h>
 
 #include <algorithm>
 #include <cstdlib>

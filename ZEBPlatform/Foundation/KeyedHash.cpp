@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Foundation/KeyedHash.h>
-#include <ZEBPlatform/Foundation/StringHash.h>
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
-#include <ZEBPlatform/Linux/Random.h>
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
+#include <ZEBPlatform/Linux/detail/Random.h>
 
 #include <array>
 #include <span>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Foundation/CollectionLimit.h>
+#include <ZEBPlatform/Foundation/CollectionLimitPrivate.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Foundation/DataStorage.h>
+#include <ZEBPlatform/Foundation/DataStoragePrivate.h>
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 

@@ -1,7 +1,7 @@
-#include <ZEBPlatform/Foundation/HashTable.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Foundation/TreeRebuild.h>
+#include <ZEBPlatform/Foundation/detail/HashTable.h>
+#include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 
 namespace zeb {
 

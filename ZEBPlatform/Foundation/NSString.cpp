@@ -2,8 +2,8 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Foundation/StringBuilding.h>
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
+#include <ZEBPlatform/Foundation/detail/StringBuilding.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 
 #include <algorithm>
 #include <concepts>

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSURL.h>
-#include <ZEBPlatform/Foundation/URLStorage.h>
+#include <ZEBPlatform/Foundation/URLStoragePrivate.h>
 
 #include <algorithm>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSNumber.h>
-#include <ZEBPlatform/Foundation/NumberOrder.h>
-#include <ZEBPlatform/Foundation/StringHash.h>
+#include <ZEBPlatform/Foundation/NumberOrderPrivate.h>
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
 
 #include <bit>
 #include <cmath>

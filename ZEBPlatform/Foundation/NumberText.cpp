@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Foundation/NumberText.h>
+#include <ZEBPlatform/Foundation/detail/NumberText.h>
 
 #include <algorithm>
 #include <charconv>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Foundation/StringHash.h>
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 
 #include <cstdint>
 #include <cstring>

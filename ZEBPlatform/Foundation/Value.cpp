@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Foundation/NumberText.h>
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
 #include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Foundation/detail/NumberText.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 
 #include <algorithm>
 #include <bit>

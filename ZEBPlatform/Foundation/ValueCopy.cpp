@@ -3,7 +3,7 @@
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Foundation/TreeRebuild.h>
+#include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 
 namespace zeb {
 

@@ -3,8 +3,8 @@
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/NSURL.h>
-#include <ZEBPlatform/Foundation/NumberText.h>
-#include <ZEBPlatform/Foundation/TreeWalk.h>
+#include <ZEBPlatform/Foundation/detail/NumberText.h>
+#include <ZEBPlatform/Foundation/detail/TreeWalk.h>
 
 #include <algorithm>
 #include <chrono>

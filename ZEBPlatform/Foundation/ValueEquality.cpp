@@ -1,7 +1,7 @@
-#include <ZEBPlatform/Foundation/HashTable.h>
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSURL.h>
-#include <ZEBPlatform/Foundation/NumberOrder.h>
+#include <ZEBPlatform/Foundation/NumberOrderPrivate.h>
+#include <ZEBPlatform/Foundation/detail/HashTable.h>
 
 #include <array>
 #include <bit>

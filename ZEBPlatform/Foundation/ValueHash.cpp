@@ -1,9 +1,9 @@
-#include <ZEBPlatform/Foundation/HashTable.h>
 #include <ZEBPlatform/Foundation/KeyedHash.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSURL.h>
-#include <ZEBPlatform/Foundation/NumberOrder.h>
+#include <ZEBPlatform/Foundation/NumberOrderPrivate.h>
+#include <ZEBPlatform/Foundation/detail/HashTable.h>
 
 #include <bit>
 #include <span>

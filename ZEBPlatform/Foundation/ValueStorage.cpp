@@ -1,8 +1,8 @@
-#include <ZEBPlatform/Foundation/DataStorage.h>
+#include <ZEBPlatform/Foundation/DataStoragePrivate.h>
 #include <ZEBPlatform/Foundation/DictionaryEntry.h>
-#include <ZEBPlatform/Foundation/HashTable.h>
-#include <ZEBPlatform/Foundation/URLStorage.h>
+#include <ZEBPlatform/Foundation/URLStoragePrivate.h>
 #include <ZEBPlatform/Foundation/ValueStorage.h>
+#include <ZEBPlatform/Foundation/detail/HashTable.h>
 
 #include <cstdlib>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Foundation/StringHash.h>
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 
 #include <atomic>

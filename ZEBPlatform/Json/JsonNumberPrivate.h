@@ -1,7 +1,7 @@
 #pragma once
 
-#include <ZEBPlatform/Foundation/NumberText.h>
 #include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Foundation/detail/NumberText.h>
 #include <ZEBPlatform/Json/SimdjsonPrivate.h>
 
 #include <bit>

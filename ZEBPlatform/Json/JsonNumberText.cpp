@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Json/FmtPrivate.h>
-#include <ZEBPlatform/Json/JsonNumberText.h>
+#include <ZEBPlatform/Json/detail/JsonNumberText.h>
 
 #include <array>
 #include <cmath>

@@ -1,12 +1,12 @@
-#include <ZEBPlatform/Foundation/Arena.h>
-#include <ZEBPlatform/Foundation/HashTable.h>
-#include <ZEBPlatform/Foundation/StringBuilding.h>
-#include <ZEBPlatform/Foundation/StringHash.h>
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
-#include <ZEBPlatform/Json/ByteBlock.h>
+#include <ZEBPlatform/Foundation/detail/Arena.h>
+#include <ZEBPlatform/Foundation/detail/HashTable.h>
+#include <ZEBPlatform/Foundation/detail/StringBuilding.h>
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 #include <ZEBPlatform/Json/JsonNumberPrivate.h>
-#include <ZEBPlatform/Json/JsonReader.h>
 #include <ZEBPlatform/Json/JsonScratchPrivate.h>
+#include <ZEBPlatform/Json/detail/ByteBlock.h>
+#include <ZEBPlatform/Json/detail/JsonReader.h>
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Json/JsonScratchPrivate.h>
-#include <ZEBPlatform/Linux/MemoryPages.h>
+#include <ZEBPlatform/Linux/detail/MemoryPages.h>
 
 #include <algorithm>
 #include <atomic>

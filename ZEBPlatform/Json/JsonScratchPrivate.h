@@ -1,7 +1,7 @@
 #pragma once
 
-#include <ZEBPlatform/Json/JsonStructure.h>
-#include <ZEBPlatform/Json/KeyTable.h>
+#include <ZEBPlatform/Json/JsonStructurePrivate.h>
+#include <ZEBPlatform/Json/KeyTablePrivate.h>
 
 #include <cstddef>
 #include <cstdint>

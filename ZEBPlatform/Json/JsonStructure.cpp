@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
-#include <ZEBPlatform/Json/JsonStructure.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
+#include <ZEBPlatform/Json/JsonStructurePrivate.h>
 #include <ZEBPlatform/Json/SimdjsonPrivate.h>
 
 namespace zeb::detail {

@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
-#include <ZEBPlatform/Json/JsonText.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
+#include <ZEBPlatform/Json/JsonTextPrivate.h>
 
 #include <algorithm>
 

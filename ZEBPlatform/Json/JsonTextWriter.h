@@ -1,11 +1,11 @@
 #pragma once
 
-#include <ZEBPlatform/Foundation/DataBuilder.h>
-#include <ZEBPlatform/Foundation/StringHash.h>
 #include <ZEBPlatform/Foundation/Value.h>
 #include <ZEBPlatform/Foundation/ValueStorage.h>
-#include <ZEBPlatform/Json/ByteBlock.h>
-#include <ZEBPlatform/Json/JsonNumberText.h>
+#include <ZEBPlatform/Foundation/detail/DataBuilder.h>
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
+#include <ZEBPlatform/Json/detail/ByteBlock.h>
+#include <ZEBPlatform/Json/detail/JsonNumberText.h>
 
 #include <bit>
 #include <cstddef>

@@ -1,11 +1,11 @@
 #include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Foundation/TreeRebuild.h>
-#include <ZEBPlatform/Json/JsonReader.h>
+#include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 #include <ZEBPlatform/Json/JsonTextWriter.h>
-#include <ZEBPlatform/Json/JsonWriter.h>
 #include <ZEBPlatform/Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Json/detail/JsonReader.h>
+#include <ZEBPlatform/Json/detail/JsonWriter.h>
 
 #include <algorithm>
 #include <vector>

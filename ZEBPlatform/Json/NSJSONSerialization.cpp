@@ -1,10 +1,10 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Foundation/TreeRebuild.h>
-#include <ZEBPlatform/Json/JsonReader.h>
-#include <ZEBPlatform/Json/JsonText.h>
-#include <ZEBPlatform/Json/JsonWriter.h>
+#include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
+#include <ZEBPlatform/Json/JsonTextPrivate.h>
 #include <ZEBPlatform/Json/NSJSONSerialization.h>
+#include <ZEBPlatform/Json/detail/JsonReader.h>
+#include <ZEBPlatform/Json/detail/JsonWriter.h>
 
 namespace zeb {
 

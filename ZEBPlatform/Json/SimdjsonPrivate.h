@@ -4,7 +4,7 @@
 // text's structure, and its conversion of decimal numbers. With a version whose insides are not known,
 // both report that they can't, and their callers go by plain code.
 
-#include <ZEBPlatform/Linux/MemoryPages.h>
+#include <ZEBPlatform/Linux/detail/MemoryPages.h>
 
 #include <simdjson.h>
 

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 
 #include <errno.h>
 #include <sys/socket.h>

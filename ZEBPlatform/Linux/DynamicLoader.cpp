@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Linux/DynamicLoader.h>
-#include <ZEBPlatform/Linux/FileTrust.h>
-#include <ZEBPlatform/Linux/ProcessFacts.h>
+#include <ZEBPlatform/Linux/detail/FileTrust.h>
+#include <ZEBPlatform/Linux/detail/ProcessFacts.h>
 
 #include <dlfcn.h>
 #include <link.h>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/EventDescriptor.h>
+#include <ZEBPlatform/Linux/detail/EventDescriptor.h>
 
 #include <sys/eventfd.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/FileReading.h>
+#include <ZEBPlatform/Linux/detail/FileReading.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
-#include <ZEBPlatform/Linux/FileReading.h>
-#include <ZEBPlatform/Linux/FileTrust.h>
-#include <ZEBPlatform/Linux/ProcessFacts.h>
+#include <ZEBPlatform/Linux/detail/FileReading.h>
+#include <ZEBPlatform/Linux/detail/FileTrust.h>
+#include <ZEBPlatform/Linux/detail/ProcessFacts.h>
 
 #include <sys/auxv.h>
 #include <sys/stat.h>

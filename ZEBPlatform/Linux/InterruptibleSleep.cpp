@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Linux/Clock.h>
-#include <ZEBPlatform/Linux/InterruptibleSleep.h>
+#include <ZEBPlatform/Linux/detail/InterruptibleSleep.h>
 
 #include <algorithm>
 #include <chrono>

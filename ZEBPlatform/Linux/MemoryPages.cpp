@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/MemoryPages.h>
+#include <ZEBPlatform/Linux/detail/MemoryPages.h>
 
 #include <sys/mman.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/PollSet.h>
+#include <ZEBPlatform/Linux/detail/PollSet.h>
 
 #include <sys/epoll.h>
 #include <sys/stat.h>

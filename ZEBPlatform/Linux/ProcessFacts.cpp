@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Linux/FileReading.h>
-#include <ZEBPlatform/Linux/ProcessFacts.h>
+#include <ZEBPlatform/Linux/detail/FileReading.h>
+#include <ZEBPlatform/Linux/detail/ProcessFacts.h>
 
 #include <sched.h>
 #include <sys/utsname.h>

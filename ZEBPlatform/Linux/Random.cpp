@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Linux/Console.h>
-#include <ZEBPlatform/Linux/Random.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
+#include <ZEBPlatform/Linux/detail/Random.h>
 
 #include <sys/random.h>
 

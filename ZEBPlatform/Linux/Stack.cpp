@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/Stack.h>
+#include <ZEBPlatform/Linux/detail/Stack.h>
 
 #include <pthread.h>
 

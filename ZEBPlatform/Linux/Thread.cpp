@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
 
 #include <limits.h>
 #include <pthread.h>

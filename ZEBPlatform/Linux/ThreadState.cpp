@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
 
 #include <fcntl.h>
 #include <unistd.h>

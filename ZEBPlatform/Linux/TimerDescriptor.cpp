@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/TimerDescriptor.h>
+#include <ZEBPlatform/Linux/detail/TimerDescriptor.h>
 
 #include <sys/timerfd.h>
 #include <unistd.h>

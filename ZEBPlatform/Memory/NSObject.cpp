@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Memory/ObjectExtras.h>
 #include <ZEBPlatform/Memory/TypeName.h>
+#include <ZEBPlatform/Memory/detail/ObjectExtras.h>
 
 #include <algorithm>
 #include <cstdio>

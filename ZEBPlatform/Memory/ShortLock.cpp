@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Linux/ThreadState.h>
-#include <ZEBPlatform/Memory/ShortLock.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
+#include <ZEBPlatform/Memory/detail/ShortLock.h>
 
 namespace zeb::detail {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Memory/ObjectExtras.h>
+#include <ZEBPlatform/Memory/detail/ObjectExtras.h>
 
 namespace zeb {
 

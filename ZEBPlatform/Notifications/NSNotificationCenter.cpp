@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Memory/ItemBlock.h>
-#include <ZEBPlatform/Memory/ObjectExtras.h>
+#include <ZEBPlatform/Memory/detail/ItemBlock.h>
+#include <ZEBPlatform/Memory/detail/ObjectExtras.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 
 #include <algorithm>

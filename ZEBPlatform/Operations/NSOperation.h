@@ -5,7 +5,7 @@
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Memory/ShortLock.h>
+#include <ZEBPlatform/Memory/detail/ShortLock.h>
 
 #include <atomic>
 #include <cstdint>

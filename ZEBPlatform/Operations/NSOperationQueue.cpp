@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBPlatform/Operations/CurrentOperationPrivate.h>
 #include <ZEBPlatform/Operations/NSBlockOperation.h>
 #include <ZEBPlatform/Operations/NSOperationQueue.h>

@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Linux/Clock.h>
-#include <ZEBPlatform/Linux/ProcessFacts.h>
-#include <ZEBPlatform/Linux/Random.h>
+#include <ZEBPlatform/Linux/detail/ProcessFacts.h>
+#include <ZEBPlatform/Linux/detail/Random.h>
 #include <ZEBPlatform/Process/NSProcessInfo.h>
 
 #include <array>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <ZEBPlatform/Linux/EventDescriptor.h>
-#include <ZEBPlatform/Linux/InterruptibleSleep.h>
-#include <ZEBPlatform/Linux/PollSet.h>
-#include <ZEBPlatform/Linux/TimerDescriptor.h>
+#include <ZEBPlatform/Linux/detail/EventDescriptor.h>
+#include <ZEBPlatform/Linux/detail/InterruptibleSleep.h>
+#include <ZEBPlatform/Linux/detail/PollSet.h>
+#include <ZEBPlatform/Linux/detail/TimerDescriptor.h>
 
 #include <atomic>
 #include <cstdint>

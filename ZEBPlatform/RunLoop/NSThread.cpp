@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Dispatch/ThreadGate.h>
+#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBPlatform/RunLoop/LoopTimePrivate.h>

@@ -4,7 +4,7 @@
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Memory/NSObject.h>

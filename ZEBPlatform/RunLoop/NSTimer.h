@@ -2,7 +2,7 @@
 
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/Value.h>
-#include <ZEBPlatform/Memory/ItemBlock.h>
+#include <ZEBPlatform/Memory/detail/ItemBlock.h>
 #include <ZEBPlatform/RunLoop/RunLoopItem.h>
 
 #include <cstdint>

@@ -1,8 +1,8 @@
-#include <ZEBPlatform/Dispatch/MainQueue.h>
+#include <ZEBPlatform/Dispatch/detail/MainQueue.h>
 #include <ZEBPlatform/Linux/Clock.h>
-#include <ZEBPlatform/Linux/Console.h>
-#include <ZEBPlatform/Linux/Thread.h>
-#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
 #include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Linux/PollSet.h>
+#include <ZEBPlatform/Linux/detail/PollSet.h>
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopDescriptorSource.h>
 

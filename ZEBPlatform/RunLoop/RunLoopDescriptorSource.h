@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Memory/ItemBlock.h>
+#include <ZEBPlatform/Memory/detail/ItemBlock.h>
 #include <ZEBPlatform/RunLoop/RunLoopItem.h>
 
 #include <cstdint>

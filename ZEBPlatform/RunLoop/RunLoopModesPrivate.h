@@ -1,7 +1,7 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/DeadlineHeap.h>
-#include <ZEBPlatform/Linux/PollSet.h>
+#include <ZEBPlatform/Dispatch/detail/DeadlineHeap.h>
+#include <ZEBPlatform/Linux/detail/PollSet.h>
 #include <ZEBPlatform/RunLoop/NSRunLoop.h>
 
 #include <atomic>

@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Runtime/ClassRegistryPrivate.h>
-#include <ZEBPlatform/Runtime/FoundationClasses.h>
+#include <ZEBPlatform/Runtime/FoundationClassesPrivate.h>
 #include <ZEBPlatform/Runtime/MethodBody.h>
 
 #include <deque>

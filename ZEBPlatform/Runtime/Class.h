@@ -5,8 +5,8 @@
 #include <ZEBPlatform/Foundation/Value.h>
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Runtime/GrowingIndex.h>
 #include <ZEBPlatform/Runtime/SEL.h>
+#include <ZEBPlatform/Runtime/detail/GrowingIndex.h>
 
 #include <atomic>
 #include <cstdint>

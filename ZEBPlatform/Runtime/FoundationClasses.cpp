@@ -8,7 +8,7 @@
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/NSURL.h>
 #include <ZEBPlatform/Runtime/ClassRegistryPrivate.h>
-#include <ZEBPlatform/Runtime/FoundationClasses.h>
+#include <ZEBPlatform/Runtime/FoundationClassesPrivate.h>
 #include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBPlatform/Runtime/Send.h>

@@ -2,7 +2,7 @@
 
 #include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Runtime/Class.h>
-#include <ZEBPlatform/Runtime/TypedCall.h>
+#include <ZEBPlatform/Runtime/detail/TypedCall.h>
 
 #include <string>
 #include <utility>

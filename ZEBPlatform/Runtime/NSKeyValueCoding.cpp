@@ -3,7 +3,7 @@
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
 #include <ZEBPlatform/Runtime/Send.h>
-#include <ZEBPlatform/Runtime/SetterName.h>
+#include <ZEBPlatform/Runtime/SetterNamePrivate.h>
 
 namespace zeb {
 

@@ -4,8 +4,8 @@
 #include <ZEBPlatform/Foundation/StringKey.h>
 #include <ZEBPlatform/Foundation/Value.h>
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Memory/ObjectExtras.h>
-#include <ZEBPlatform/Memory/SnapshotPointer.h>
+#include <ZEBPlatform/Memory/detail/ObjectExtras.h>
+#include <ZEBPlatform/Memory/detail/SnapshotPointer.h>
 
 #include <optional>
 #include <span>

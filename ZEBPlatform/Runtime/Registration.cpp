@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Runtime/ClassRegistryPrivate.h>
-#include <ZEBPlatform/Runtime/FoundationClasses.h>
+#include <ZEBPlatform/Runtime/FoundationClassesPrivate.h>
 #include <ZEBPlatform/Runtime/Registration.h>
-#include <ZEBPlatform/Runtime/SetterName.h>
+#include <ZEBPlatform/Runtime/SetterNamePrivate.h>
 
 #include <string>
 #include <utility>

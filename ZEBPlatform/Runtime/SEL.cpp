@@ -1,6 +1,6 @@
-#include <ZEBPlatform/Foundation/StringHash.h>
-#include <ZEBPlatform/Runtime/GrowingIndex.h>
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
 #include <ZEBPlatform/Runtime/SEL.h>
+#include <ZEBPlatform/Runtime/detail/GrowingIndex.h>
 
 #include <algorithm>
 #include <memory>

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Memory/TypeName.h>
 #include <ZEBPlatform/Runtime/ObservedChange.h>
 #include <ZEBPlatform/Runtime/Send.h>

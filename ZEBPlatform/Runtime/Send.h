@@ -4,8 +4,8 @@
 #include <ZEBPlatform/Memory/Ref.h>
 #include <ZEBPlatform/Runtime/Class.h>
 #include <ZEBPlatform/Runtime/SEL.h>
-#include <ZEBPlatform/Runtime/TypedCall.h>
 #include <ZEBPlatform/Runtime/ValueConversion.h>
+#include <ZEBPlatform/Runtime/detail/TypedCall.h>
 
 #include <concepts>
 #include <span>

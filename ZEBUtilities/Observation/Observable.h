@@ -1,10 +1,10 @@
 #pragma once
 
-#include <Observation/ObjectBridging.h>
 #include <Observation/ObservableCore.h>
 #include <Observation/ObservableInput.h>
 #include <Observation/Observer.h>
 #include <Observation/ObserverQueue.h>
+#include <Observation/detail/ObjectBridging.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Memory/Block.h>
 

@@ -3,7 +3,6 @@
 // The module Observation: observable values.
 
 #include <Observation/AnyObjectiveCThrowingObservable.h>
-#include <Observation/ObjectBridging.h>
 #include <Observation/ObjectiveCObserverQueue.h>
 #include <Observation/ObjectiveCTypeErasedObservable.h>
 #include <Observation/Observable.h>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <Observation/Observable.h>
-#include <ZEBPlatform/Dispatch/MainQueue.h>
-#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Dispatch/detail/MainQueue.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
 #include <gtest/gtest.h>
 
 #include <condition_variable>

@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Bundle/NSBundle.h>
 #include <ZEBPlatform/Linux/DynamicLoader.h>
-#include <ZEBPlatform/Linux/FileTrust.h>
+#include <ZEBPlatform/Linux/detail/FileTrust.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
 #include <ZEBUtilities/Bundle/ZEBFrameworkLoading.h>
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Runtime/BlockConversion.h>
 #include <ZEBPlatform/Runtime/NSAssertionHandler.h>
 #include <ZEBPlatform/Runtime/Registration.h>

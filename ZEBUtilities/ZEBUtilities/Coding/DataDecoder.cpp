@@ -1,6 +1,6 @@
-#include <ZEBPlatform/Foundation/HashTable.h>
-#include <ZEBPlatform/Foundation/TreeRebuild.h>
-#include <ZEBPlatform/Linux/Stack.h>
+#include <ZEBPlatform/Foundation/detail/HashTable.h>
+#include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
+#include <ZEBPlatform/Linux/detail/Stack.h>
 #include <ZEBUtilities/Coding/DataDecoderPrivate.h>
 
 #include <bit>

@@ -1,11 +1,11 @@
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Foundation/UnicodeTranscoding.h>
-#include <ZEBPlatform/Json/JsonReader.h>
-#include <ZEBPlatform/Json/JsonWriter.h>
-#include <ZEBPlatform/Linux/Console.h>
-#include <ZEBPlatform/Linux/Stack.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
+#include <ZEBPlatform/Json/detail/JsonReader.h>
+#include <ZEBPlatform/Json/detail/JsonWriter.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
+#include <ZEBPlatform/Linux/detail/Stack.h>
 #include <ZEBPlatform/Memory/Overloaded.h>
 #include <ZEBUtilities/Coding/ArchiveFormatPrivate.h>
 #include <ZEBUtilities/Coding/DataEncoderPrivate.h>

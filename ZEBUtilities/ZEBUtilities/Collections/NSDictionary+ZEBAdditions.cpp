@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Foundation/TreeRebuild.h>
+#include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 #include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
 #include <ZEBUtilities/Dates/NSDate+ZEBAdditions.h>
 

@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Linux/Clock.h>
-#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
 #include <ZEBPlatform/Runtime/BlockConversion.h>
 #include <ZEBPlatform/Runtime/ErrorConversion.h>

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Linux/Clock.h>
-#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBUtilities/Timing/ZEBLaunchTime.h>
 
 #include <cstdlib>

@@ -2,8 +2,8 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
-#include <ZEBPlatform/Dispatch/WorkItemMemory.h>
-#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Dispatch/detail/WorkItemMemory.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include <ZEBPlatform/Foundation/CollectionLimit.h>
-#include <ZEBPlatform/Foundation/HashTable.h>
+#include <ZEBPlatform/Foundation/CollectionLimitPrivate.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/detail/HashTable.h>
 
 #include "Support/Support.h"
 

@@ -1,6 +1,6 @@
-#include <ZEBPlatform/Linux/Console.h>
-#include <ZEBPlatform/Linux/Thread.h>
-#include <ZEBPlatform/Linux/ThreadState.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
+#include <ZEBPlatform/Linux/detail/ThreadState.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Memory/SnapshotPointer.h>
+#include <ZEBPlatform/Memory/detail/SnapshotPointer.h>
 
 #include <array>
 #include <barrier>

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Dispatch/MainQueue.h>
+#include <ZEBPlatform/Dispatch/detail/MainQueue.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
 #include <ZEBPlatform/Operations/NSBlockOperation.h>
 #include <ZEBPlatform/Operations/NSOperationQueue.h>

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
-#include <ZEBPlatform/Linux/EventDescriptor.h>
+#include <ZEBPlatform/Linux/detail/EventDescriptor.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Linux/Stack.h>
+#include <ZEBPlatform/Linux/detail/Stack.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -8,8 +8,8 @@
 #include <semaphore>
 #include <thread>
 
-#include "Support/Support.h"
 #include "Support/LoopSupport.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

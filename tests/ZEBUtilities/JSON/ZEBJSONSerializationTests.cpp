@@ -1,7 +1,7 @@
-#include <ZEBPlatform/Dispatch/MainQueue.h>
+#include <ZEBPlatform/Dispatch/detail/MainQueue.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Foundation/NSSet.h>
-#include <ZEBPlatform/Linux/Thread.h>
+#include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
 #include <ZEBUtilities/Encodings/NSData+ZEBAdditions.h>
 #include <ZEBUtilities/JSON/NSData+ZEBJSONAdditions.h>
@@ -12,9 +12,9 @@
 #include <stdexcept>
 #include <thread>
 
+#include "Support/FakeSystem.h"
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
-#include "Support/FakeSystem.h"
 
 namespace zeb {
 namespace {

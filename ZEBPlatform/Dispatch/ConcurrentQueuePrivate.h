@@ -1,8 +1,8 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/PooledQueue.h>
-#include <ZEBPlatform/Dispatch/QueueFrame.h>
-#include <ZEBPlatform/Dispatch/WorkList.h>
+#include <ZEBPlatform/Dispatch/PooledQueuePrivate.h>
+#include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
+#include <ZEBPlatform/Dispatch/WorkListPrivate.h>
 
 #include <atomic>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/PooledQueue.h>
+#include <ZEBPlatform/Dispatch/PooledQueuePrivate.h>
 
 #include <atomic>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Linux/Console.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 
 #include <atomic>
 #include <cstdint>

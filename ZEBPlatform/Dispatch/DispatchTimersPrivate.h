@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/DeadlineHeap.h>
+#include <ZEBPlatform/Dispatch/detail/DeadlineHeap.h>
 
 #include <condition_variable>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Foundation/Value.h>
-#include <ZEBPlatform/Json/JsonStructure.h>
+#include <ZEBPlatform/Json/JsonStructurePrivate.h>
 
 #include <string_view>
 

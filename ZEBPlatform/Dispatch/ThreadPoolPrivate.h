@@ -1,7 +1,7 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/WorkItem.h>
-#include <ZEBPlatform/Dispatch/WorkList.h>
+#include <ZEBPlatform/Dispatch/WorkListPrivate.h>
+#include <ZEBPlatform/Dispatch/detail/WorkItem.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
-#include <ZEBPlatform/Dispatch/ThreadPool.h>
+#include <ZEBPlatform/Dispatch/ThreadPoolPrivate.h>
 
 #include <atomic>
 #include <cstddef>

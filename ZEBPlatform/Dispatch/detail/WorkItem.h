@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/WorkItemMemory.h>
+#include <ZEBPlatform/Dispatch/detail/WorkItemMemory.h>
 
 #include <atomic>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Memory/ShortLock.h>
+#include <ZEBPlatform/Memory/detail/ShortLock.h>
 
 #include <utility>
 #include <vector>

@@ -3,7 +3,7 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBPlatform/Foundation/NSSet.h>
-#include <ZEBPlatform/Foundation/TreeWalk.h>
+#include <ZEBPlatform/Foundation/detail/TreeWalk.h>
 
 #include <utility>
 #include <vector>

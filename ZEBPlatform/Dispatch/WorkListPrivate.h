@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/WorkItem.h>
+#include <ZEBPlatform/Dispatch/detail/WorkItem.h>
 
 #include <atomic>
 #include <mutex>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <ZEBPlatform/Foundation/StringHash.h>
 #include <ZEBPlatform/Foundation/ValueStorage.h>
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
 
 #include <algorithm>
 #include <cstdint>
