@@ -1,7 +1,7 @@
+#include <ZEBPlatform/Concurrency/detail/Spin.h>
+#include <ZEBPlatform/Concurrency/detail/ThreadGate.h>
 #include <ZEBPlatform/Dispatch/ConcurrentQueuePrivate.h>
 #include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
-#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
-#include <ZEBPlatform/Linux/detail/ThreadState.h>
 
 #include <vector>
 
@@ -13,7 +13,7 @@ namespace {
 constexpr int itemsPerTurn = 128;
 /// How long a thread that has run the last block looks for a next one: about as long as it takes to get a
 /// thread from the pool.
-constexpr int spinsForNext = 100;
+constexpr int maxSpins = 100;
 
 }  // namespace
 
@@ -39,9 +39,9 @@ bool ConcurrentQueue::tryEnter(Access access) noexcept {
 void ConcurrentQueue::enterOrQueue(Waiting waiting) {
   bool mustAdmit = false;
   {
-    std::unique_lock lock(mutex_);
+    LockGuard guard(lock_);
     if (tryEnter(waiting.access)) {
-      lock.unlock();
+      guard.unlock();
       letIn(waiting);
       if (waiting.item) announce();
       return;
@@ -92,10 +92,7 @@ void ConcurrentQueue::takeTurn() {
 WorkItem* ConcurrentQueue::lookForNext() noexcept {
   WorkItem* item = nullptr;
   lookers_.fetch_add(1, std::memory_order_seq_cst);
-  for (int spin = 0; spin < spinsForNext && !item; ++spin) {
-    relaxProcessor();
-    item = ready_.pop();
-  }
+  spin(maxSpins, [&] { return (item = ready_.pop()) != nullptr; });
   lookers_.fetch_sub(1, std::memory_order_seq_cst);
   return item ? item : ready_.pop();
 }
@@ -105,7 +102,7 @@ void ConcurrentQueue::admit() {
   std::vector<Waiting> admitted;
   bool isEmpty = false;
   {
-    std::lock_guard guard(mutex_);
+    const LockGuard guard(lock_);
     if (!line_.empty() && line_.front().access == Access::exclusive) {
       admitted.push_back(line_.front());
       line_.pop_front();

@@ -1,13 +1,12 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/WorkList.h>
 #include <ZEBPlatform/Dispatch/PooledQueuePrivate.h>
 #include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
-#include <ZEBPlatform/Dispatch/WorkListPrivate.h>
 
 #include <atomic>
 #include <cstdint>
 #include <deque>
-#include <mutex>
 
 namespace zeb::detail {
 
@@ -48,13 +47,13 @@ class ConcurrentQueue final : public PooledQueue {
   };
 
   bool tryEnter(Access access) noexcept;
-  void enterOrQueue(Waiting waiting);
+  void enterOrQueue(Waiting waiting) ZEB_EXCLUDES(lock_);
   void letIn(const Waiting& waiting) noexcept;
   void announce() noexcept;
   void takeTurn() override;
   WorkItem* lookForNext() noexcept;
   void leave() noexcept;
-  void admit();
+  void admit() ZEB_EXCLUDES(lock_);
   void runInside(Access access, FunctionView<void()> block);
 
   /// Set while a barrier runs or waits: new arrivals stand in line.
@@ -63,8 +62,8 @@ class ConcurrentQueue final : public PooledQueue {
   Runner sharedRunner_{*this, Access::shared};
   Runner exclusiveRunner_{*this, Access::exclusive};
   alignas(64) std::atomic<std::uint64_t> state_{0};  ///< how many run, and `closed`
-  std::mutex mutex_;
-  std::deque<Waiting> line_;
+  Lock lock_;
+  std::deque<Waiting> line_ ZEB_GUARDED_BY(lock_);
   WorkList ready_;                           ///< blocks that were let in and have not begun
   alignas(64) std::atomic<int> lookers_{0};  ///< threads that look at `ready_` before they leave
 };

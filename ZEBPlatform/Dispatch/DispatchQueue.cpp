@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Dispatch/ConcurrentQueuePrivate.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
@@ -45,12 +46,13 @@ class GlobalQueue final : public DispatchQueue {
 };
 
 const dispatch_queue_t& globalQueue(Urgency urgency) {
-  static const auto* queues = new std::array<dispatch_queue_t, detail::urgencyCount>{
-      makeRef<GlobalQueue>("user-interactive", Urgency::userInteractive),
-      makeRef<GlobalQueue>("user-initiated", Urgency::userInitiated),
-      makeRef<GlobalQueue>("default", Urgency::standard),
-      makeRef<GlobalQueue>("utility", Urgency::utility),
-      makeRef<GlobalQueue>("background", Urgency::background)};
+  using Queues = std::array<dispatch_queue_t, detail::urgencyCount>;
+  static const detail::NeverDestroyed<Queues> queues(
+      Queues{makeRef<GlobalQueue>("user-interactive", Urgency::userInteractive),
+             makeRef<GlobalQueue>("user-initiated", Urgency::userInitiated),
+             makeRef<GlobalQueue>("default", Urgency::standard),
+             makeRef<GlobalQueue>("utility", Urgency::utility),
+             makeRef<GlobalQueue>("background", Urgency::background)});
   return (*queues)[static_cast<std::size_t>(urgency)];
 }
 

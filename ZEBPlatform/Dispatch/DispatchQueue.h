@@ -1,7 +1,7 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/WorkItem.h>
 #include <ZEBPlatform/Dispatch/detail/NilArgument.h>
-#include <ZEBPlatform/Dispatch/detail/WorkItem.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 

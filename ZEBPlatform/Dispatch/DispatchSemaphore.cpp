@@ -1,39 +1,33 @@
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Dispatch/ThreadPoolPrivate.h>
 #include <ZEBPlatform/Dispatch/detail/NilArgument.h>
-
-#include <algorithm>
-#include <chrono>
+#include <ZEBPlatform/Linux/Clock.h>
 
 namespace zeb {
 
 bool DispatchSemaphore::wait(dispatch_time_t timeout) {
-  std::unique_lock lock(mutex_);
+  const detail::LockGuard guard(lock_);
   if (value_ > 0) {
     --value_;
     return true;
   }
   if (timeout == DISPATCH_TIME_NOW) return false;
   detail::ThreadPool::BlockingScope blocking;
-  ++waiting_;
-  const auto isAvailable = [this] { return value_ > 0; };
-  if (timeout == DISPATCH_TIME_FOREVER) {
-    available_.wait(lock, isAvailable);
-  } else {
-    const std::chrono::nanoseconds moment(std::min<dispatch_time_t>(timeout, INT64_MAX));
-    available_.wait_until(lock, std::chrono::steady_clock::time_point(moment), isAvailable);
+  ++waiters_;
+  while (value_ == 0 && (timeout == DISPATCH_TIME_FOREVER || mach_absolute_time() < timeout)) {
+    isAvailable_.waitUntil(lock_, timeout);
   }
-  --waiting_;
+  --waiters_;
   if (value_ == 0) return false;
   --value_;
   return true;
 }
 
 bool DispatchSemaphore::signal() {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   ++value_;
-  if (waiting_ < value_) return false;  // those who wait have been signalled, and are on their way
-  available_.notify_one();
+  if (waiters_ < value_) return false;  // every waiter has been signalled already
+  isAvailable_.notifyOne();
   return true;
 }
 
@@ -44,7 +38,7 @@ dispatch_semaphore_t dispatch_semaphore_create(std::int64_t value) {
 std::int64_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore,
                                      dispatch_time_t timeout) {
   detail::notNil(semaphore, "dispatch_semaphore_wait", "semaphore");
-  const dispatch_semaphore_t alive = semaphore;  // whoever waits keeps it, whatever its owner does
+  const dispatch_semaphore_t alive = semaphore;  // its owner may release it during the wait
   return alive->wait(timeout) ? 0 : 1;
 }
 

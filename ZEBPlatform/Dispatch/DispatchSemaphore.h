@@ -1,11 +1,10 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/Condition.h>
 #include <ZEBPlatform/Dispatch/DispatchTime.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 
 namespace zeb {
 
@@ -20,10 +19,10 @@ class DispatchSemaphore final : public NSObject {
   bool signal();
 
  private:
-  std::mutex mutex_;
-  std::condition_variable available_;
-  std::int64_t value_;
-  std::int64_t waiting_ = 0;
+  detail::Lock lock_;
+  detail::Condition isAvailable_;
+  std::int64_t value_ ZEB_GUARDED_BY(lock_);
+  std::int64_t waiters_ ZEB_GUARDED_BY(lock_) = 0;
 };
 
 using dispatch_semaphore_t = Ref<DispatchSemaphore>;

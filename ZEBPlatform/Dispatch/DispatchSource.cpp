@@ -1,10 +1,10 @@
+#include <ZEBPlatform/Concurrency/detail/RepeatGrid.h>
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
 #include <ZEBPlatform/Dispatch/DispatchTimersPrivate.h>
 #include <ZEBPlatform/Dispatch/detail/NilArgument.h>
 #include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/Linux/detail/Console.h>
 
-#include <mutex>
 #include <utility>
 
 namespace zeb {
@@ -13,22 +13,21 @@ namespace {
 
 using detail::DispatchTimer;
 using detail::DispatchTimers;
+using detail::LockGuard;
 
-/// Everything but the queue is guarded by the timers' lock.
-///
-/// At most one event is under way, from its submission to the handler's return; what falls due
-/// meanwhile is remembered as one missed firing. So a handler never runs twice at once, and a busy
-/// queue never gets a burst.
+/// At most one event is under way, from its submission to the handler's return; firings that fall due
+/// meanwhile are remembered as one. So a handler never runs twice at the same time, and a busy queue
+/// never gets a burst.
 class TimerSource final : public DispatchSource, public DispatchTimer {
  public:
   explicit TimerSource(dispatch_queue_t queue) : queue_(std::move(queue)) {}
   ~TimerSource() override {
-    std::lock_guard guard(timers().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     timers().disarm(*this);
   }
 
   void setTimer(dispatch_time_t start, std::uint64_t interval, std::uint64_t leewayNanoseconds) {
-    std::lock_guard guard(timers().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     if (isCancelled_) return;
     hasSchedule_ = start != DISPATCH_TIME_FOREVER;
     deadline = start == DISPATCH_TIME_NOW ? mach_absolute_time() : start;
@@ -40,23 +39,23 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
   }
 
   void setEventHandler(Block<void()> handler) {
-    std::lock_guard guard(timers().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     if (!isCancelled_) std::swap(eventHandler_, handler);
   }
 
   void setCancelHandler(Block<void()> handler) {
-    std::lock_guard guard(timers().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     if (!isCancelled_) std::swap(cancelHandler_, handler);
   }
 
   void suspend() {
-    std::lock_guard guard(timers().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     ++suspensions_;
     armOrDisarm();
   }
 
   void resume() {
-    std::lock_guard guard(timers().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     if (suspensions_ == 0) fatal("dispatch_resume: the source is not suspended.");
     if (--suspensions_ > 0) return;
     if (isCancelled_) {
@@ -68,8 +67,8 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
   }
 
   void cancel() {
-    Block<void()> handler;  // released after the lock: what it captured may come back here
-    std::lock_guard guard(timers().mutex());
+    Block<void()> handler;  // released after the lock: what it captured may call this source
+    const LockGuard guard(DispatchTimers::lock);
     if (std::exchange(isCancelled_, true)) return;
     std::swap(handler, eventHandler_);
     timers().disarm(*this);
@@ -77,14 +76,14 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
   }
 
   bool isCancelled() {
-    std::lock_guard guard(timers().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     return isCancelled_;
   }
 
  private:
   static DispatchTimers& timers() { return DispatchTimers::shared(); }
 
-  void armOrDisarm() {
+  void armOrDisarm() ZEB_REQUIRES(DispatchTimers::lock) {
     if (hasSchedule_ && suspensions_ == 0 && !isCancelled_) {
       timers().arm(*this);
     } else {
@@ -92,8 +91,8 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     }
   }
 
-  /// While an event is under way the timer rests, so that a busy queue costs no wake-ups.
-  void becomeDue(std::uint64_t now) noexcept override {
+  /// While an event is under way the timer is not armed again, so that a busy queue costs no wake-ups.
+  void becomeDue(std::uint64_t now) noexcept override ZEB_REQUIRES(DispatchTimers::lock) {
     if (isUnderWay_) {
       hasMissed_ = true;
     } else {
@@ -101,12 +100,12 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     }
   }
 
-  void fireIfMissed() {
+  void fireIfMissed() ZEB_REQUIRES(DispatchTimers::lock) {
     if (suspensions_ > 0 || isUnderWay_ || !std::exchange(hasMissed_, false)) return;
     fire(mach_absolute_time());
   }
 
-  void fire(std::uint64_t now) {
+  void fire(std::uint64_t now) ZEB_REQUIRES(DispatchTimers::lock) {
     if (hasSchedule_ && deadline <= now) {
       moveAlongGrid(now);
       armOrDisarm();
@@ -114,15 +113,16 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     submitEvent();
   }
 
-  /// To the next point that lies ahead: those that were missed are one firing.
-  void moveAlongGrid(std::uint64_t now) {
-    const std::uint64_t missed = (now - deadline) / interval_;
-    const std::uint64_t most = (DISPATCH_TIME_FOREVER - deadline) / interval_;
-    hasSchedule_ = interval_ != DISPATCH_TIME_FOREVER && missed < most;
-    if (hasSchedule_) deadline += (missed + 1) * interval_;
+  /// Moves the deadline to the next point in the future: all missed points are one firing.
+  void moveAlongGrid(std::uint64_t now) ZEB_REQUIRES(DispatchTimers::lock) {
+    const std::uint64_t steps = interval_ != DISPATCH_TIME_FOREVER
+                                    ? detail::intervalsToNextPoint(deadline, interval_, now)
+                                    : 0;
+    hasSchedule_ = steps > 0;
+    deadline += steps * interval_;
   }
 
-  void submitEvent() {
+  void submitEvent() ZEB_REQUIRES(DispatchTimers::lock) {
     if (!retainUnlessDying()) return;  // its destructor waits for the lock
     isUnderWay_ = true;
     dispatch_async(queue_, [self = Ref<TimerSource>::adopt(this), schedule = schedule_] {
@@ -133,8 +133,8 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
   void handleEvent(std::uint64_t schedule) {
     Block<void()> handler;
     {
-      std::lock_guard guard(timers().mutex());
-      if (isUniquelyReferenced()) return;  // by this event: everybody else has let the source go
+      const LockGuard guard(DispatchTimers::lock);
+      if (isUniquelyReferenced()) return;  // by this event: all other references were released
       if (suspensions_ > 0) {
         hasMissed_ = schedule == schedule_;  // for the resume
       } else if (schedule == schedule_) {
@@ -142,7 +142,7 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
       }
     }
     if (handler) handler();
-    std::lock_guard guard(timers().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     isUnderWay_ = false;
     if (isCancelled_) {
       submitCancellation();
@@ -151,22 +151,23 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     }
   }
 
-  /// Not before the last event is over, and only once.
-  void submitCancellation() {
+  /// Submits the cancel handler once, after the last event has ended.
+  void submitCancellation() ZEB_REQUIRES(DispatchTimers::lock) {
     if (isUnderWay_ || suspensions_ > 0 || !cancelHandler_) return;
     dispatch_async(queue_, [handler = std::exchange(cancelHandler_, nullptr)] { handler(); });
   }
 
   const dispatch_queue_t queue_;
-  Block<void()> eventHandler_;
-  Block<void()> cancelHandler_;
-  std::uint64_t interval_ = DISPATCH_TIME_FOREVER;
-  std::uint64_t schedule_ = 0;  ///< counts the calls of `setTimer`
-  std::uint32_t suspensions_ = 1;
-  bool hasSchedule_ = false;
-  bool isCancelled_ = false;
-  bool isUnderWay_ = false;
-  bool hasMissed_ = false;
+  Block<void()> eventHandler_ ZEB_GUARDED_BY(DispatchTimers::lock);
+  Block<void()> cancelHandler_ ZEB_GUARDED_BY(DispatchTimers::lock);
+  std::uint64_t interval_ ZEB_GUARDED_BY(DispatchTimers::lock) = DISPATCH_TIME_FOREVER;
+  /// Counts the calls of `setTimer`.
+  std::uint64_t schedule_ ZEB_GUARDED_BY(DispatchTimers::lock) = 0;
+  std::uint32_t suspensions_ ZEB_GUARDED_BY(DispatchTimers::lock) = 1;
+  bool hasSchedule_ ZEB_GUARDED_BY(DispatchTimers::lock) = false;
+  bool isCancelled_ ZEB_GUARDED_BY(DispatchTimers::lock) = false;
+  bool isUnderWay_ ZEB_GUARDED_BY(DispatchTimers::lock) = false;
+  bool hasMissed_ ZEB_GUARDED_BY(DispatchTimers::lock) = false;
 };
 
 TimerSource& timerSource(const dispatch_source_t& source, const char* function) noexcept {
@@ -238,7 +239,7 @@ void dispatch_after(dispatch_time_t when, const dispatch_queue_t& queue, Block<v
     dispatch_async(queue, std::move(block));
   } else if (when != DISPATCH_TIME_FOREVER) {
     auto* delayed = new DelayedBlock(when, queue, std::move(block));
-    std::lock_guard guard(DispatchTimers::shared().mutex());
+    const LockGuard guard(DispatchTimers::lock);
     DispatchTimers::shared().arm(*delayed);
   }
 }

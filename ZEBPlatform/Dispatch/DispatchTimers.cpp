@@ -1,15 +1,15 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Dispatch/DispatchTimersPrivate.h>
 #include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
 
-#include <algorithm>
-#include <chrono>
-
 namespace zeb::detail {
 
+constinit Lock DispatchTimers::lock;
+
 DispatchTimers& DispatchTimers::shared() {
-  static auto* timers = new DispatchTimers;
+  static NeverDestroyed<DispatchTimers> timers;
   return *timers;
 }
 
@@ -25,22 +25,17 @@ void DispatchTimers::arm(DispatchTimer& timer) {
   // A later first deadline needs no system call: the thread wakes up once for nothing.
   if (heap_.nextWakeUp() >= wakeUp_) return;
   wakeUp_ = heap_.nextWakeUp();
-  isEarlier_.notify_one();
+  isEarlier_.notifyOne();
 }
 
 void DispatchTimers::wait() noexcept {
   setExactTimeouts();
-  std::unique_lock lock(mutex_);
+  const LockGuard guard(lock);
   for (;;) {
     const std::uint64_t now = mach_absolute_time();
     while (DeadlineNode* due = heap_.takeDue(now)) static_cast<DispatchTimer*>(due)->becomeDue(now);
     wakeUp_ = heap_.nextWakeUp();
-    if (wakeUp_ == UINT64_MAX) {
-      isEarlier_.wait(lock);
-    } else {
-      const std::chrono::nanoseconds moment(std::min<std::uint64_t>(wakeUp_, INT64_MAX));
-      isEarlier_.wait_until(lock, std::chrono::steady_clock::time_point(moment));
-    }
+    isEarlier_.waitUntil(lock, wakeUp_);
   }
 }
 

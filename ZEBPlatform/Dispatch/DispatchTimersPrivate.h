@@ -1,18 +1,20 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/detail/DeadlineHeap.h>
+#include <ZEBPlatform/Concurrency/detail/Condition.h>
+#include <ZEBPlatform/Concurrency/detail/DeadlineHeap.h>
 
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 
 namespace zeb::detail {
 
-/// A node of the dispatch timers.
+template <class T>
+class NeverDestroyed;
+
+/// A timer that `DispatchTimers` waits for.
 class DispatchTimer : public DeadlineNode {
  public:
-  /// Its deadline has passed and it is in the heap no longer. Called on the timers' thread with their
-  /// lock held: it may put itself back with `arm`, and must call nobody else's code.
+  /// Called after the deadline, when the timer has left the heap. It runs on the timers' thread with
+  /// their lock held, so it may arm the timer again but must not call foreign code.
   virtual void becomeDue(std::uint64_t now) noexcept = 0;
 
  protected:
@@ -25,22 +27,21 @@ class DispatchTimers {
  public:
   static DispatchTimers& shared();
 
-  /// Guards the heap, and the state of whatever stands in it.
-  std::mutex& mutex() noexcept { return mutex_; }
+  /// Guards the heap and the state of the timers.
+  static Lock lock;
 
-  /// With the lock held: adds or moves a timer.
-  void arm(DispatchTimer& timer);
-  /// With the lock held.
-  void disarm(DispatchTimer& timer) noexcept { heap_.remove(timer); }
+  /// Adds or moves a timer.
+  void arm(DispatchTimer& timer) ZEB_REQUIRES(lock);
+  void disarm(DispatchTimer& timer) noexcept ZEB_REQUIRES(lock) { heap_.remove(timer); }
 
  private:
+  friend class NeverDestroyed<DispatchTimers>;
   DispatchTimers();
   void wait() noexcept;
 
-  std::mutex mutex_;
-  DeadlineHeap heap_;
-  std::condition_variable isEarlier_;
-  std::uint64_t wakeUp_ = UINT64_MAX;  ///< when the thread will look again
+  DeadlineHeap heap_ ZEB_GUARDED_BY(lock);
+  Condition isEarlier_;
+  std::uint64_t wakeUp_ ZEB_GUARDED_BY(lock) = UINT64_MAX;  ///< when the thread will look again
 };
 
 }  // namespace zeb::detail

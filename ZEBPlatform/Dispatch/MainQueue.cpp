@@ -1,7 +1,8 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Dispatch/MainQueuePrivate.h>
 #include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
+#include <ZEBPlatform/Dispatch/detail/BlockingWait.h>
 #include <ZEBPlatform/Dispatch/detail/MainQueue.h>
-#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
 
 #include <exception>
@@ -19,10 +20,10 @@ constexpr int itemsPerTurn = 256;
 class SyncItem final : public WorkItem {
  public:
   SyncItem(const DispatchQueue& queue, FunctionView<void()> block) noexcept
-      : WorkItem(&operate), queue_(queue), block_(block), outer_(QueueFrame::current()) {}
+      : WorkItem(&operate), queue_(queue), block_(block), outer_(QueueFrame::innermost()) {}
 
   void waitUntilDone() {
-    gate_.wait();
+    waitUntilOpen(gate_);
     if (exception_) std::rethrow_exception(exception_);
   }
 
@@ -49,7 +50,8 @@ class SyncItem final : public WorkItem {
 };
 
 MainQueue& mainQueue() {
-  static auto* queue = new MainQueue;
+  // Never released: the count of references begins with one of its own.
+  static NeverDestroyed<MainQueue> queue;
   return *queue;
 }
 
@@ -89,7 +91,7 @@ bool runMainQueue() { return mainQueue().runItemsOnMainThread(); }
 }  // namespace detail
 
 const dispatch_queue_t& dispatch_get_main_queue() {
-  static const auto* queue = new dispatch_queue_t(&detail::mainQueue());
+  static const detail::NeverDestroyed<dispatch_queue_t> queue(&detail::mainQueue());
   return *queue;
 }
 

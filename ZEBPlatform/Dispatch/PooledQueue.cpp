@@ -1,5 +1,5 @@
+#include <ZEBPlatform/Concurrency/detail/ThreadGate.h>
 #include <ZEBPlatform/Dispatch/PooledQueuePrivate.h>
-#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
 
 namespace zeb::detail {
 
@@ -35,7 +35,7 @@ bool PooledQueue::promoteTurn() noexcept {
 }
 
 void PooledQueue::waitAt(ThreadGate& gate) noexcept {
-  if (gate.isOpenSoon()) return;
+  if (gate.spinUntilOpen()) return;
   waitingThreads_.fetch_add(1, std::memory_order_seq_cst);
   {
     const auto promote = [this] { return promoteTurn(); };

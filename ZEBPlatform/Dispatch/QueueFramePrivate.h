@@ -1,43 +1,35 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/FrameStack.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 
 namespace zeb::detail {
 
-/// Notes on a thread's stack which queue's block it is running, for as long as it lives; innermost
-/// first. So a block that waits for its own queue is found out.
-class QueueFrame {
+/// Notes which queue's block the thread is running while the frame lives, so that a block that waits for
+/// its own queue is found.
+class QueueFrame : public FrameStack<QueueFrame> {
  public:
   enum class Access { shared, exclusive };
 
   QueueFrame(const DispatchQueue& queue, Access access) noexcept
-      : QueueFrame(queue, access, innermost) {}
-  /// On behalf of another thread, which waits meanwhile with these frames.
-  QueueFrame(const DispatchQueue& queue, Access access, const QueueFrame* outer) noexcept
-      : queue_(queue), access_(access), outer_(outer), previous_(innermost) {
-    innermost = this;
-  }
-  QueueFrame(const QueueFrame&) = delete;
-  QueueFrame& operator=(const QueueFrame&) = delete;
-  ~QueueFrame() { innermost = previous_; }
+      : QueueFrame(queue, access, innermost()) {}
+  /// On behalf of another thread, whose frames are `waiters` and which waits meanwhile.
+  QueueFrame(const DispatchQueue& queue, Access access, const QueueFrame* waiters) noexcept
+      : queue_(queue), access_(access), waiters_(waiters) {}
 
-  /// The calling thread's innermost frame of that queue, or null.
+  /// The innermost frame of that queue of the calling thread and the threads that wait for it, or null.
   static const QueueFrame* find(const DispatchQueue& queue) noexcept {
-    const QueueFrame* frame = innermost;
-    while (frame && &frame->queue_ != &queue) frame = frame->outer_;
+    const QueueFrame* frame = innermost();
+    while (frame && &frame->queue_ != &queue) frame = frame->waiters_;
     return frame;
   }
-  static const QueueFrame* current() noexcept { return innermost; }
 
   Access access() const noexcept { return access_; }
 
  private:
-  static inline constinit thread_local const QueueFrame* innermost = nullptr;
-
   const DispatchQueue& queue_;
   const Access access_;
-  const QueueFrame* const outer_;
-  const QueueFrame* const previous_;
+  const QueueFrame* const waiters_;
 };
 
 /// Stops the process: `function` was called from a block of the queue that it would wait for.

@@ -1,6 +1,7 @@
+#include <ZEBPlatform/Concurrency/detail/Spin.h>
+#include <ZEBPlatform/Concurrency/detail/ThreadGate.h>
 #include <ZEBPlatform/Dispatch/QueueFramePrivate.h>
 #include <ZEBPlatform/Dispatch/SerialQueuePrivate.h>
-#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
 #include <ZEBPlatform/Linux/detail/ThreadState.h>
 
 namespace zeb::detail {
@@ -11,7 +12,7 @@ namespace {
 constexpr int itemsPerTurn = 128;
 /// How long a thread that has run the last item looks for a next one: about as long as it takes to get a
 /// thread from the pool.
-constexpr int spinsForNext = 100;
+constexpr int maxSpins = 100;
 
 }  // namespace
 
@@ -79,10 +80,8 @@ bool SerialQueue::runItems(int most) {
       return false;
     }
     item->run();
-    for (int spin = 0; spin < spinsForNext; ++spin) {
-      if (item->next.load(std::memory_order_relaxed)) break;
-      relaxProcessor();
-    }
+    const auto hasNext = [item] { return item->next.load(std::memory_order_relaxed) != nullptr; };
+    if (!hasNext()) spin(maxSpins, hasNext);
     WorkItem* next = removeFront(*item);
     item->dispose();
     if (!next) return false;

@@ -1,4 +1,7 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
+#include <ZEBPlatform/Concurrency/detail/Spin.h>
 #include <ZEBPlatform/Dispatch/ThreadPoolPrivate.h>
+#include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Linux/detail/ProcessFacts.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
@@ -14,9 +17,9 @@ namespace zeb::detail {
 namespace {
 
 /// Looking for work before going to sleep: shorter than the sleep and the wake-up that it saves.
-constexpr int spinsBeforeSleep = 2000;
+constexpr int maxSpins = 2000;
 /// A thread beyond the number of processors leaves after so long without work.
-constexpr std::chrono::seconds surplusLifetime{5};
+constexpr std::uint64_t surplusLifetime = 5'000'000'000;
 /// How often the watcher looks at threads that leave work waiting.
 constexpr std::chrono::milliseconds watchInterval{5};
 /// Looking at hundreds of threads takes long; looks in vain may take this part of a processor at most.
@@ -24,16 +27,20 @@ constexpr int watchShare = 20;
 
 }  // namespace
 
+constinit Lock ThreadPool::lock;
 constinit thread_local ThreadPool::Worker* ThreadPool::currentWorker = nullptr;
 
 ThreadPool& ThreadPool::shared() {
-  static auto* pool = new ThreadPool;
+  static NeverDestroyed<ThreadPool> pool;
   return *pool;
 }
 
 ThreadPool::ThreadPool() : processors_(usableProcessorCount()) {
-  ordinary_.workers.reserve(maxThreads);
-  reserve_.workers.reserve(maxThreads);
+  {
+    const LockGuard guard(lock);
+    ordinary_.workers.reserve(maxThreads);
+    reserve_.workers.reserve(maxThreads);
+  }
   const auto watch = [](void* pool) { static_cast<ThreadPool*>(pool)->watch(); };
   // Without a thread for it only the waits of this library are seen.
   if (!startServiceThread("zeb-pool-watch", watch, this)) isWatched_ = true;
@@ -67,20 +74,20 @@ void ThreadPool::wakeOrGrow() {
   // All threads are busy, or blocked without our knowing.
   if (!mayGrow()) return;
   if (isWatched_.load() || isWatched_.exchange(true)) return;
-  std::lock_guard guard(watchMutex_);
-  watch_.notify_one();
+  const LockGuard guard(watchLock_);
+  watch_.notifyOne();
 }
 
 /// Whether one slept.
 bool ThreadPool::wake(Crew& crew) {
   if (crew.sleeping.load(std::memory_order_seq_cst) == 0) return false;
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock);
   Worker* const worker = crew.lastSleeper;
   if (!worker) return false;
   crew.lastSleeper = worker->nextSleeper;
   crew.sleeping.fetch_sub(1, std::memory_order_seq_cst);
   worker->isWoken = true;
-  worker->wake.notify_one();
+  worker->wake.notifyOne();
   return true;
 }
 
@@ -119,8 +126,8 @@ bool ThreadPool::mayGrow() const noexcept {
 void ThreadPool::watch() {
   for (;;) {
     {
-      std::unique_lock lock(watchMutex_);
-      watch_.wait(lock, [this] { return isWatched_.load(); });
+      const LockGuard guard(watchLock_);
+      while (!isWatched_.load()) watch_.wait(watchLock_);
     }
     std::chrono::nanoseconds interval = watchInterval;
     while (mayGrow()) {
@@ -143,7 +150,7 @@ bool ThreadPool::replaceBlocked(Crew& crew) {
   std::array<int, maxThreads> identifiers;
   std::size_t candidates = 0;  // those that are not blocked as far as we know
   {
-    std::lock_guard guard(mutex_);
+    const LockGuard guard(lock);
     for (const Worker* worker : crew.workers) {
       if (worker->blockingScopes.load(std::memory_order_relaxed) > 0) continue;
       identifiers[candidates++] = worker->identifier;
@@ -176,10 +183,7 @@ WorkItem* ThreadPool::takeFor(const Crew& crew) noexcept {
 WorkItem* ThreadPool::lookForWork() {
   WorkItem* item = nullptr;
   if (spinning_.fetch_add(1, std::memory_order_seq_cst) == 0) {
-    for (int spin = 0; spin < spinsBeforeSleep && !item; ++spin) {
-      relaxProcessor();
-      item = takeFor(ordinary_);
-    }
+    spin(maxSpins, [&] { return (item = takeFor(ordinary_)) != nullptr; });
   }
   spinning_.fetch_sub(1, std::memory_order_seq_cst);
   // Producers relied on this thread's looking: there may be more than what it found.
@@ -194,7 +198,7 @@ void ThreadPool::work(Crew& crew) {
   Worker self(crew);
   currentWorker = &self;
   {
-    std::lock_guard guard(mutex_);
+    const LockGuard guard(lock);
     crew.workers.push_back(&self);
   }
   for (;;) {
@@ -217,17 +221,13 @@ void ThreadPool::work(Crew& crew) {
 /// False when the thread is not needed any more.
 bool ThreadPool::sleepUntilWoken(Worker& worker) {
   Crew& crew = worker.crew;
-  std::unique_lock lock(mutex_);
+  const LockGuard guard(lock);
   worker.isWoken = false;
   worker.nextSleeper = std::exchange(crew.lastSleeper, &worker);
   crew.sleeping.fetch_add(1, std::memory_order_seq_cst);
   if (!hasWorkFor(crew)) {
-    const auto isWoken = [&worker] { return worker.isWoken; };
-    if (isSurplus(crew)) {
-      worker.wake.wait_for(lock, surplusLifetime, isWoken);
-    } else {
-      worker.wake.wait(lock, isWoken);
-    }
+    const std::uint64_t end = isSurplus(crew) ? mach_absolute_time() + surplusLifetime : UINT64_MAX;
+    while (!worker.isWoken && mach_absolute_time() < end) worker.wake.waitUntil(lock, end);
   }
   if (worker.isWoken) return true;  // and who woke it has taken it from the sleepers
   Worker** link = &crew.lastSleeper;

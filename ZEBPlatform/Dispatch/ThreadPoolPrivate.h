@@ -1,18 +1,20 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/WorkListPrivate.h>
-#include <ZEBPlatform/Dispatch/detail/WorkItem.h>
+#include <ZEBPlatform/Concurrency/detail/Condition.h>
+#include <ZEBPlatform/Concurrency/detail/WorkItem.h>
+#include <ZEBPlatform/Concurrency/detail/WorkList.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 
 #include <array>
 #include <atomic>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 namespace zeb::detail {
+
+template <class T>
+class NeverDestroyed;
 
 /// How urgent work is: more urgent work that waits is taken first.
 enum class Urgency : std::uint8_t { userInteractive, userInitiated, standard, utility, background };
@@ -59,15 +61,16 @@ class ThreadPool {
  private:
   struct Worker;
 
+  static Lock lock;
+
   /// Threads that take the same work. Who went to sleep last is woken first: so the threads that are not needed
   /// sleep on until they leave, and the one that runs has its memory at hand.
   struct Crew {
     std::atomic<std::size_t> sleeping{0};
     std::atomic<std::size_t> threads{0};
     std::atomic<std::size_t> blocked{0};
-    // Under the pool's lock:
-    Worker* lastSleeper = nullptr;
-    std::vector<Worker*> workers;
+    Worker* lastSleeper ZEB_GUARDED_BY(lock) = nullptr;
+    std::vector<Worker*> workers ZEB_GUARDED_BY(lock);
   };
 
   /// A thread of the pool, on its own stack.
@@ -77,12 +80,12 @@ class ThreadPool {
     Crew& crew;
     const int identifier;
     std::atomic<int> blockingScopes{0};
-    // Under the pool's lock:
-    std::condition_variable wake;
-    bool isWoken = false;
-    Worker* nextSleeper = nullptr;
+    Condition wake;
+    bool isWoken ZEB_GUARDED_BY(lock) = false;
+    Worker* nextSleeper ZEB_GUARDED_BY(lock) = nullptr;
   };
 
+  friend class NeverDestroyed<ThreadPool>;
   ThreadPool();
 
   void work(Crew& crew);
@@ -109,10 +112,8 @@ class ThreadPool {
   Crew reserve_;
   std::atomic<bool> isWatched_{false};
 
-  std::mutex mutex_;
-
-  std::mutex watchMutex_;
-  std::condition_variable watch_;
+  Lock watchLock_;
+  Condition watch_;
 };
 
 }  // namespace zeb::detail

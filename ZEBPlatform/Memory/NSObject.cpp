@@ -28,7 +28,7 @@ ObjectExtras& ObjectExtras::of(const NSObject& object) {
 }
 
 Ref<NSObject> ObjectExtras::lock() noexcept {
-  std::lock_guard guard(lock_);
+  const LockGuard guard(lock_);
   const NSObject* object = object_.load(std::memory_order_relaxed);
   if (!object || !object->retainUnlessDying()) return nullptr;
   return Ref<NSObject>::adopt(const_cast<NSObject*>(object));
@@ -36,7 +36,7 @@ Ref<NSObject> ObjectExtras::lock() noexcept {
 
 void ObjectExtras::setAssociated(const void* key, Ref<NSObject> associated) {
   Ref<NSObject> old;  // released after the lock: its destructor may come back here
-  std::lock_guard guard(lock_);
+  const LockGuard guard(lock_);
   for (auto entry = associations_.begin(); entry != associations_.end(); ++entry) {
     if (entry->first != key) continue;
     old = std::move(entry->second);
@@ -51,7 +51,7 @@ void ObjectExtras::setAssociated(const void* key, Ref<NSObject> associated) {
 }
 
 Ref<NSObject> ObjectExtras::associated(const void* key) {
-  std::lock_guard guard(lock_);
+  const LockGuard guard(lock_);
   for (const auto& [candidate, object] : associations_) {
     if (candidate == key) return object;
   }
@@ -60,7 +60,7 @@ Ref<NSObject> ObjectExtras::associated(const void* key) {
 
 Ref<NSObject> ObjectExtras::takeAssociated(const void* key,
                                            bool (*isWanted)(const NSObject& associated)) {
-  std::lock_guard guard(lock_);
+  const LockGuard guard(lock_);
   for (auto entry = associations_.begin(); entry != associations_.end(); ++entry) {
     if (entry->first != key) continue;
     if (!isWanted(*entry->second)) return nullptr;
@@ -80,7 +80,7 @@ NSObject& ObjectExtras::setObservationsOnce(Ref<NSObject> fresh) noexcept {
 }
 
 void ObjectExtras::objectIsDying() noexcept {
-  std::lock_guard guard(lock_);
+  const LockGuard guard(lock_);
   object_.store(nullptr, std::memory_order_release);
 }
 
@@ -88,7 +88,7 @@ void ObjectExtras::objectIsGone() noexcept {
   (void)Ref<NSObject>::adopt(observations_.exchange(nullptr, std::memory_order_acq_rel));
   {
     std::vector<std::pair<const void*, Ref<NSObject>>> associations;
-    std::lock_guard guard(lock_);
+    const LockGuard guard(lock_);
     associations.swap(associations_);
   }
   release();

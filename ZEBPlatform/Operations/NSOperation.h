@@ -1,11 +1,11 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Memory/detail/ShortLock.h>
 
 #include <atomic>
 #include <cstdint>
@@ -176,7 +176,7 @@ class NSOperation : public NSObject {
   void letGo(Dependencies* dependencies) noexcept;
 
   std::atomic<State> state_{0};
-  mutable detail::ShortLock mutex_;
+  mutable detail::Lock mutex_;
   std::atomic<Level> level_{0};  ///< changed under the mutex
   // Under the mutex:
   Dependencies* dependencies_ = nullptr;

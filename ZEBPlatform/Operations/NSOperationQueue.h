@@ -112,7 +112,7 @@ class NSOperationQueue : public NSObject {
   std::vector<Ref<NSOperation>> allOperations() const;
 
   const bool isMain_ = false;
-  mutable detail::ShortLock mutex_;
+  mutable detail::Lock mutex_;
   NSOperation* first_ = nullptr;  ///< all operations, oldest first; each is retained
   NSOperation* last_ = nullptr;
   std::size_t count_ = 0;

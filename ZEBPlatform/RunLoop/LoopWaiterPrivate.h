@@ -1,7 +1,7 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/InterruptibleSleep.h>
 #include <ZEBPlatform/Linux/detail/EventDescriptor.h>
-#include <ZEBPlatform/Linux/detail/InterruptibleSleep.h>
 #include <ZEBPlatform/Linux/detail/PollSet.h>
 #include <ZEBPlatform/Linux/detail/TimerDescriptor.h>
 

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Dispatch/detail/ThreadGate.h>
+#include <ZEBPlatform/Dispatch/detail/BlockingWait.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
@@ -198,7 +198,7 @@ void performAndWait(const Ref<NSThread>& thread, FunctionView<void()> block, con
   WorkItem& item = *newWorkItem([block, opener = Opener(gate)] { block(); });
   item.runner = new PerformScope(modes, nullptr);
   if (modes.count() == 0 || !thread->runLoop()->core().post(item)) PerformScope::dropAtOnce(item);
-  gate.wait();
+  waitUntilOpen(gate);
 }
 
 }  // namespace detail

@@ -1,9 +1,12 @@
+#include <ZEBPlatform/Concurrency/detail/RepeatGrid.h>
+#include <ZEBPlatform/Concurrency/detail/Seconds.h>
 #include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
 #include <ZEBPlatform/RunLoop/NSRunLoop.h>
 #include <ZEBPlatform/RunLoop/NSTimer.h>
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace zeb {
@@ -112,11 +115,11 @@ void NSTimer::callBlock() noexcept {
 }
 
 void NSTimer::advanceBeyond(std::uint64_t now) noexcept {
-  const std::uint64_t step = detail::ticksOfInterval(interval_);
-  const std::uint64_t steps = (now - moment_) / step + 1;
-  const bool isInReach = steps <= (UINT64_MAX - moment_) / step;
-  moment_ = isInReach ? moment_ + steps * step : UINT64_MAX;
-  fireDate_ = fireDate_.dateByAddingTimeInterval(static_cast<double>(steps) * interval_);
+  const std::uint64_t interval = detail::ticksIn(interval_);
+  const std::uint64_t count = detail::intervalsToNextPoint(moment_, interval, now);
+  moment_ = count > 0 ? moment_ + count * interval : UINT64_MAX;
+  const auto steps = static_cast<double>(std::max<std::uint64_t>(count, 1));
+  fireDate_ = fireDate_.dateByAddingTimeInterval(steps * interval_);
 }
 
 void NSTimer::leave(detail::RunLoopCore& core) noexcept { core.modes().remove(*this); }

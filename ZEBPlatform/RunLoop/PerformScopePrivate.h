@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/detail/WorkItem.h>
+#include <ZEBPlatform/Concurrency/detail/WorkItem.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/RunLoop/RunLoopModesPrivate.h>
 

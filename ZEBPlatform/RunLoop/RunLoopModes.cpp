@@ -1,4 +1,4 @@
-#include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
+#include <ZEBPlatform/Concurrency/detail/Seconds.h>
 #include <ZEBPlatform/RunLoop/RunLoopModesPrivate.h>
 
 #include <algorithm>
@@ -199,7 +199,7 @@ RunLoopModes::ReleasedItems RunLoopModes::close() {
 
 bool RunLoopModes::schedule(NSTimer& timer) {
   std::lock_guard guard(mutex_);
-  const std::uint64_t leeway = ticksOfInterval(timer.tolerance_);
+  const std::uint64_t leeway = ticksIn(timer.tolerance_);
   bool isSooner = false;
   for (const auto& node : timer.nodes_) {
     DeadlineHeap& timers = node->mode.timers;

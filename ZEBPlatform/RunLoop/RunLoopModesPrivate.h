@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/detail/DeadlineHeap.h>
+#include <ZEBPlatform/Concurrency/detail/DeadlineHeap.h>
 #include <ZEBPlatform/Linux/detail/PollSet.h>
 #include <ZEBPlatform/RunLoop/NSRunLoop.h>
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/Memory/detail/SnapshotPointer.h>
 #include <ZEBPlatform/Runtime/Class.h>
 #include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
 #include <ZEBPlatform/Runtime/NSKeyValueObserving.h>

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/StringKey.h>
 #include <ZEBPlatform/Foundation/Value.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 #include <ZEBPlatform/Memory/detail/ObjectExtras.h>
-#include <ZEBPlatform/Memory/detail/SnapshotPointer.h>
 
 #include <optional>
 #include <span>

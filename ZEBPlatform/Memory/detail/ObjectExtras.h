@@ -1,7 +1,7 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBPlatform/Memory/detail/ShortLock.h>
 
 #include <utility>
 #include <vector>
@@ -47,9 +47,9 @@ class ObjectExtras {
 
   std::atomic<std::uint32_t> count_{1};
   std::atomic<NSObject*> observations_{nullptr};
-  ShortLock lock_;
-  std::atomic<const NSObject*> object_;  ///< changes under the lock
-  std::vector<std::pair<const void*, Ref<NSObject>>> associations_;
+  Lock lock_;
+  std::atomic<const NSObject*> object_;  ///< changed with the lock held
+  std::vector<std::pair<const void*, Ref<NSObject>>> associations_ ZEB_GUARDED_BY(lock_);
 };
 
 }  // namespace zeb::detail

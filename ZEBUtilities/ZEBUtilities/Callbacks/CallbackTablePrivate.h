@@ -1,8 +1,8 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/Memory/detail/SnapshotPointer.h>
 #include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
 
 #include <atomic>

@@ -1,8 +1,8 @@
+#include <ZEBPlatform/Concurrency/detail/WorkItemMemory.h>
 #include <ZEBPlatform/Dispatch/DispatchOnce.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
-#include <ZEBPlatform/Dispatch/detail/WorkItemMemory.h>
 #include <ZEBPlatform/Linux/detail/ThreadState.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
+#include <ZEBPlatform/Concurrency/detail/DeadlineHeap.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
-#include <ZEBPlatform/Dispatch/detail/DeadlineHeap.h>
 #include <ZEBPlatform/Linux/Clock.h>
 #include <gtest/gtest.h>
 #include <signal.h>

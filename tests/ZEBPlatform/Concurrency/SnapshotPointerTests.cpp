@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Memory/detail/SnapshotPointer.h>
+#include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 
 #include <array>
 #include <barrier>

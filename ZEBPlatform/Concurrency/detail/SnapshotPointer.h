@@ -10,10 +10,11 @@ namespace zeb::detail {
 
 /// A value that many threads read while others replace it by a changed copy.
 ///
-/// Reading takes no lock and never waits: it costs two atomic operations. A reader pins the snapshot that is
-/// current and goes on with it, whatever is replaced meanwhile. Each snapshot is counted by itself: it is
-/// destroyed by whoever lets go of it last, at once, however many pins of other snapshots there are. For values
-/// that are read much more often than they are replaced.
+/// Reading takes no lock and never waits: it costs two atomic operations. A reader pins the current
+/// snapshot and goes on with it, whatever is replaced meanwhile. Each snapshot has its own counter: the
+/// last owner destroys it at once, however many pins of other snapshots exist. For values that are read
+/// much more often than they are replaced. What a thread did before `replace()` is visible to the
+/// threads that pin the new snapshot.
 template <class T>
 class SnapshotPointer {
   struct Snapshot;
@@ -49,7 +50,7 @@ class SnapshotPointer {
   SnapshotPointer() noexcept = default;
   SnapshotPointer(const SnapshotPointer&) = delete;
   SnapshotPointer& operator=(const SnapshotPointer&) = delete;
-  /// Snapshots that are still pinned live on.
+  /// Snapshots that are still pinned stay alive.
   ~SnapshotPointer() { (void)clear(); }
 
   /// The current snapshot. Any thread.
@@ -60,25 +61,26 @@ class SnapshotPointer {
     return Pin(snapshotIn(word));
   }
 
-  /// The current value, null for none, for a caller who keeps others from replacing it meanwhile.
+  /// The current value or null, for a caller that keeps other threads from replacing it meanwhile.
   const T* get() const noexcept {
     const Snapshot* snapshot = snapshotIn(word_.load(std::memory_order_acquire));
     return snapshot ? &snapshot->value : nullptr;
   }
 
-  /// Makes `value` the current one. Answers a pin of the one before, so that the caller decides where it is
-  /// destroyed if nobody else reads it: after an own lock, for instance. Any thread.
+  /// Makes `value` the current one. Answers a pin of the previous one, so that the caller decides where
+  /// it is destroyed if no other thread reads it: after unlocking, for instance. Any thread.
   [[nodiscard]] Pin replace(T value) { return exchange(new Snapshot(std::move(value))); }
-  /// The same, with nothing as the current one.
+  /// The same, without a current value afterwards.
   [[nodiscard]] Pin clear() noexcept { return exchange(nullptr); }
 
  private:
-  // The word holds the current snapshot's address in its upper 48 bits, which is as much as Linux gives a
-  // program unless it asks for more, and below it how many pins were made since it was set or settled. A
-  // snapshot's own counter starts with the claim of being current. Pins are added to it when they are settled
-  // and subtracted when they end, so that it may fall below the claim meanwhile but not to zero.
+  // The upper 48 bits of the word hold the current snapshot's address: Linux gives a program no larger
+  // addresses unless it asks for them. The lower bits count the pins since the word was set or settled. A
+  // snapshot's own counter starts with the claim of being current. Pins are added to it when they are
+  // settled and subtracted when they end, so it may fall below the claim meanwhile, but not to zero.
   static constexpr unsigned countBits = 16;
-  /// From here on a pin settles the count. Another 2^15 threads would have to pin before it is done.
+  /// From this count on, a pin settles it. 2^15 more threads would have to pin before that is done to
+  /// overflow the count.
   static constexpr std::uint64_t maxCount = std::uint64_t{1} << (countBits - 1);
   static constexpr std::int64_t currentClaim = std::int64_t{1} << 32;
 
@@ -104,14 +106,15 @@ class SnapshotPointer {
     const std::uint64_t old = word_.exchange(address << countBits, std::memory_order_acq_rel);
     Snapshot* replaced = snapshotIn(old);
     if (replaced) {
-      // The answered pin takes the place of the claim.
+      // The answered pin replaces the claim.
       replaced->pins.fetch_add(static_cast<std::int64_t>(countIn(old)) + 1 - currentClaim,
                                std::memory_order_relaxed);
     }
     return Pin(replaced);
   }
 
-  /// Moves the count out of the word before it is full. The caller has pinned the snapshot.
+  /// Moves the count from the word to the snapshot before it overflows. The caller has pinned the
+  /// snapshot.
   void settle(Snapshot* pinned) noexcept {
     std::uint64_t word = word_.load(std::memory_order_relaxed);
     while (snapshotIn(word) == pinned && countIn(word) >= maxCount) {

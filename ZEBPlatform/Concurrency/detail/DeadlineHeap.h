@@ -6,12 +6,13 @@
 
 namespace zeb::detail {
 
-/// What stands in a `DeadlineHeap`. In one heap at a time.
+/// A base of objects that a `DeadlineHeap` orders. A node is in one heap at a time and must be removed
+/// before it is destroyed.
 class DeadlineNode {
  public:
-  /// Due from here on; in ticks of `mach_absolute_time()`.
+  /// When the node becomes due, in ticks of `mach_absolute_time()`.
   std::uint64_t deadline = 0;
-  /// It may wait for so much longer, to share somebody else's wake-up.
+  /// How many ticks it may wait beyond the deadline, to share another node's wake-up.
   std::uint64_t leeway = 0;
 
   bool isInHeap() const noexcept { return index_ != absent; }
@@ -20,7 +21,7 @@ class DeadlineNode {
   friend class DeadlineHeap;
   static constexpr std::size_t absent = SIZE_MAX;
 
-  /// When it must be woken for.
+  /// The latest moment to wake up for it.
   std::uint64_t latest() const noexcept {
     return leeway < UINT64_MAX - deadline ? deadline + leeway : UINT64_MAX;
   }
@@ -28,27 +29,28 @@ class DeadlineNode {
   std::size_t index_ = absent;
 };
 
-/// Timers by their deadlines: the next one at once, any one added or moved in logarithmic time, removed in
-/// constant time on the average. Owns nothing and locks nothing.
+/// Timers by their deadlines. Reading the next wake-up takes constant time, adding or moving a node
+/// logarithmic time, removing one constant time on average. It owns no node and has no lock: the caller
+/// guards it.
 class DeadlineHeap {
  public:
   bool isEmpty() const noexcept { return entries_.size() == gaps_; }
 
-  /// The moment to wake up at, or `UINT64_MAX`. Too early, once, if the first node was removed meanwhile.
+  /// When to wake up, or `UINT64_MAX`. After the first node was removed, once earlier than necessary.
   std::uint64_t nextWakeUp() const noexcept {
     return entries_.empty() ? UINT64_MAX : entries_.front().latest;
   }
 
-  /// Adds a node, or moves one whose deadline has changed.
+  /// Adds a node, or moves a node whose deadline has changed.
   void put(DeadlineNode& node);
-  /// Removes a node; nothing if it is not in.
+  /// Removes the node if it is in the heap.
   void remove(DeadlineNode& node) noexcept;
-  /// Removes and answers the first node if it is due at `now`, else null.
+  /// Removes and answers the first node if it is due at `now`; else answers null.
   DeadlineNode* takeDue(std::uint64_t now) noexcept;
 
  private:
-  /// The moment stands beside the node, so that sifting reads no node. A removed node leaves its entry behind
-  /// without a node, until the entry comes to the front or the gaps are too many.
+  /// The moment lies beside the node's address, so that sifting reads no node. The entry of a removed
+  /// node stays without a node, until it comes to the front or there are too many such gaps.
   struct Entry {
     std::uint64_t latest;
     DeadlineNode* node;

@@ -1,9 +1,10 @@
-#include <ZEBPlatform/Dispatch/detail/WorkItemMemory.h>
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
+#include <ZEBPlatform/Concurrency/detail/WorkItemMemory.h>
 
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <new>
 #include <utility>
 
@@ -25,9 +26,10 @@ constexpr std::uint32_t blocksPerPage = pageSize / WorkItemMemory::blockSize - 1
 
 struct Region;
 
-/// Blocks, and in the place of the first one what is known about them.
+/// Blocks; the page's own state takes the place of the first one.
 struct alignas(pageSize) Page {
-  std::atomic<std::uint32_t> freed{0};  ///< its thread counts the blocks that it will not use
+  /// Freed blocks, and those that its thread will not hand out any more.
+  std::atomic<std::uint32_t> freed{0};
   Region* region = nullptr;
   Page* next = nullptr;  ///< of its region's free pages
 
@@ -39,10 +41,10 @@ struct alignas(pageSize) Page {
   }
 };
 
-/// Pages that come from the system at once and go back at once: allocated one by one, each would lose as much again
-/// to its alignment.
+/// Pages that are allocated together and freed together. Allocated one by one, each page would waste its
+/// own size to be aligned.
 struct Region {
-  static constexpr std::size_t pageCount = 31;  ///< and the place of one for what is below
+  static constexpr std::size_t pageCount = 31;  ///< a 32nd one has the place of the members below
 
   Region() noexcept {
     for (Page& page : pages) {
@@ -63,16 +65,16 @@ struct Region {
 class PagePool {
  public:
   static PagePool& shared() {
-    static auto* pool = new PagePool;
+    static NeverDestroyed<PagePool> pool;
     return *pool;
   }
 
   Page* take() {
-    std::unique_lock lock(mutex_);
+    LockGuard guard(lock_);
     if (!first_) {
-      lock.unlock();
+      guard.unlock();
       auto* const region = new Region;
-      lock.lock();
+      guard.lock();
       link(*region);
       freeCount_ += Region::pageCount;
     }
@@ -88,7 +90,7 @@ class PagePool {
     page->freed.store(0, std::memory_order_relaxed);
     Region& region = *page->region;
     {
-      std::lock_guard guard(mutex_);
+      const LockGuard guard(lock_);
       page->next = std::exchange(region.firstFree, page);
       ++freeCount_;
       if (++region.freeCount == 1) link(region);
@@ -102,19 +104,19 @@ class PagePool {
  private:
   static constexpr std::size_t maxFreePages = 4096;
 
-  void link(Region& region) noexcept {
+  void link(Region& region) noexcept ZEB_REQUIRES(lock_) {
     region.next = std::exchange(first_, &region);
     if (region.next) region.next->previous = &region;
   }
-  void unlink(Region& region) noexcept {
+  void unlink(Region& region) noexcept ZEB_REQUIRES(lock_) {
     (region.previous ? region.previous->next : first_) = region.next;
     if (region.next) region.next->previous = region.previous;
     region.previous = region.next = nullptr;
   }
 
-  std::mutex mutex_;
-  Region* first_ = nullptr;  ///< of those with free pages
-  std::size_t freeCount_ = 0;
+  Lock lock_;
+  Region* first_ ZEB_GUARDED_BY(lock_) = nullptr;  ///< of the regions with free pages
+  std::size_t freeCount_ ZEB_GUARDED_BY(lock_) = 0;
 };
 
 void addFreed(Page& page, std::uint32_t count) noexcept {
@@ -123,11 +125,11 @@ void addFreed(Page& page, std::uint32_t count) noexcept {
   }
 }
 
-/// What a thread is at.
+/// The pages that a thread uses at the moment.
 struct ThreadPages {
   Page* source = nullptr;  ///< of new blocks
   std::uint32_t used = blocksPerPage;
-  Page* freeing = nullptr;  ///< the page of the last freed blocks, which does not know of them yet
+  Page* freeing = nullptr;  ///< the page of the last freed blocks; `freed` is not in its count yet
   std::uint32_t freed = 0;
   bool isOver = false;
 };
@@ -139,7 +141,7 @@ struct AtThreadEnd {
     if (pages.freeing) addFreed(*pages.freeing, pages.freed);
     if (pages.used < blocksPerPage) addFreed(*pages.source, blocksPerPage - pages.used);
   }
-  /// Only what is used is made, and destroyed.
+  /// Makes sure that this object exists: thread-local objects are made when they are first used.
   void use() noexcept {}
 };
 thread_local AtThreadEnd atThreadEnd;

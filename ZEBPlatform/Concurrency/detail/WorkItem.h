@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Dispatch/detail/WorkItemMemory.h>
+#include <ZEBPlatform/Concurrency/detail/WorkItemMemory.h>
 
 #include <atomic>
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace zeb::detail {
 
 class WorkItem;
 
-/// Runs items in its own way, such as a concurrent queue, which counts them, or a queue's turn.
+/// Runs items in a way of its own. A concurrent queue counts its items, for example.
 class WorkRunner {
  public:
   /// Runs and disposes of the item.
@@ -22,8 +22,8 @@ class WorkRunner {
   ~WorkRunner() = default;
 };
 
-/// One piece of work on its way through a queue: a closure of any type, to be run once on some thread.
-/// Exactly one of `run()` and `discard()` is called, then `dispose()`.
+/// A closure of any type on its way through a queue, to be run once on some thread. The queue that holds
+/// the item owns it: it calls exactly one of `run()` and `discard()`, then `dispose()`.
 class WorkItem {
  public:
   enum class Operation { run, discard, dispose };
@@ -33,20 +33,21 @@ class WorkItem {
   WorkItem(const WorkItem&) = delete;
   WorkItem& operator=(const WorkItem&) = delete;
 
-  /// Calls the closure and destroys it. The item itself stays, for it may be a link of a list.
+  /// Calls the closure and destroys it. The item itself stays, because it may be a link of a list.
   ///
-  /// A closure that throws ends the process. From here down to where a thread of the pool begins, nothing catches and
-  /// nothing is `noexcept`: so the process stops where the exception was thrown, and its message and
-  /// the throwing stack are there to be seen. Who runs items on another thread must not let it pass.
+  /// A closure that throws ends the process. Between here and the first function of a pool thread,
+  /// nothing catches and nothing is `noexcept`, so the process stops where the exception was thrown and
+  /// a debugger shows the throwing stack. Code that runs items on other threads must not let the
+  /// exception pass.
   void run() { operate_(*this, Operation::run); }
-  /// Destroys the closure without a call.
+  /// Destroys the closure without calling it.
   void discard() noexcept { operate_(*this, Operation::discard); }
-  /// Gives the item's memory back.
+  /// Frees the item's memory.
   void dispose() noexcept { operate_(*this, Operation::dispose); }
 
   bool isOperatedBy(Operate operate) const noexcept { return operate_ == operate; }
 
-  /// The list or the queue that holds the item uses these.
+  /// For the list or the queue that holds the item.
   std::atomic<WorkItem*> next{nullptr};
   WorkRunner* runner = nullptr;
 
@@ -57,8 +58,7 @@ class WorkItem {
   Operate operate_;
 };
 
-/// A work item with its closure inside, so that posting costs one allocation. A closure that throws
-/// ends the process, as a thread's function would: nobody is there to catch it.
+/// A work item with its closure inside, so that posting costs one allocation.
 template <class Closure>
 class ClosureItem final : public WorkItem {
  public:
@@ -95,7 +95,7 @@ class ClosureItem final : public WorkItem {
     self.closure_.~Closure();
   }
 
-  // The closure dies before the item, as soon as it has run.
+  // A union, because the closure is destroyed before the item, as soon as it has run.
   union {
     Closure closure_;
   };

@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Dispatch/detail/DeadlineHeap.h>
+#include <ZEBPlatform/Concurrency/detail/DeadlineHeap.h>
 
 #include <algorithm>
 #include <utility>

@@ -1,0 +1,23 @@
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/Spin.h>
+
+namespace zeb::detail {
+
+namespace {
+
+constexpr int maxSpins = 100;
+
+}  // namespace
+
+void Lock::lockContended() noexcept {
+  const bool isOwned = spin(maxSpins, [this] {
+    return state_.load(std::memory_order_relaxed) == unlocked && try_lock();
+  });
+  if (isOwned) return;
+  // From here on every owner wakes one sleeper, at worst one time too many.
+  while (state_.exchange(awaited, std::memory_order_acquire) != unlocked) {
+    state_.wait(awaited, std::memory_order_relaxed);
+  }
+}
+
+}  // namespace zeb::detail

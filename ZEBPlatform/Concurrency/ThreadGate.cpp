@@ -1,0 +1,30 @@
+#include <ZEBPlatform/Concurrency/detail/Spin.h>
+#include <ZEBPlatform/Concurrency/detail/ThreadGate.h>
+
+namespace zeb::detail {
+
+namespace {
+
+constexpr int maxSpins = 200;
+
+}  // namespace
+
+bool ThreadGate::spinUntilOpen() const noexcept {
+  const auto isOpen = [this] { return state_.load(std::memory_order_acquire) == opened; };
+  return isOpen() || spin(maxSpins, isOpen);
+}
+
+void ThreadGate::sleepUntilOpen() noexcept {
+  int expected = closed;
+  if (!state_.compare_exchange_strong(expected, awaited, std::memory_order_acq_rel)) return;
+  while (state_.load(std::memory_order_acquire) != opened) {
+    state_.wait(awaited, std::memory_order_acquire);
+  }
+}
+
+void ThreadGate::open() noexcept {
+  // Waking uses the address only, so it does no harm if the gate has been destroyed by then.
+  if (state_.exchange(opened, std::memory_order_acq_rel) == awaited) state_.notify_one();
+}
+
+}  // namespace zeb::detail

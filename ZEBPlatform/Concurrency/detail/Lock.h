@@ -1,0 +1,71 @@
+#pragma once
+
+#include <ZEBPlatform/Concurrency/detail/ThreadSafety.h>
+
+#include <atomic>
+
+namespace zeb::detail {
+
+/// The library's mutual exclusion: for data that several threads share and hold for a short time.
+///
+/// Size: four bytes. Cost: one atomic operation each to lock and to unlock without contention. A thread
+/// that finds it locked looks again for about a microsecond, because owners mostly leave within that
+/// time, and then sleeps in the kernel. Not fair: a newcomer may overtake a sleeping thread. Not
+/// recursive: a second lock() of the owner never returns. Do not hold it during blocking calls or calls
+/// of the user's code; use a queue or a `ThreadGate` to wait for events.
+///
+/// What a thread did before unlock() is visible to the next owner after its lock(). The lock may be
+/// destroyed as soon as the last owner's unlock() has made it free, even if that call has not returned.
+class ZEB_CAPABILITY("lock") Lock {
+ public:
+  constexpr Lock() noexcept = default;
+  Lock(const Lock&) = delete;
+  Lock& operator=(const Lock&) = delete;
+
+  void lock() noexcept ZEB_ACQUIRES() {
+    if (!try_lock()) lockContended();
+  }
+  bool try_lock() noexcept ZEB_TRY_ACQUIRES(true) {
+    int expected = unlocked;
+    return state_.compare_exchange_strong(expected, locked, std::memory_order_acquire,
+                                          std::memory_order_relaxed);
+  }
+  void unlock() noexcept ZEB_RELEASES() {
+    // Waking uses the address only, so it does no harm if the lock has been destroyed by then.
+    if (state_.exchange(unlocked, std::memory_order_release) == awaited) state_.notify_one();
+  }
+
+ private:
+  enum State : int { unlocked, locked, awaited };
+
+  void lockContended() noexcept;
+
+  std::atomic<int> state_{unlocked};
+};
+
+/// Holds a lock while it lives. `unlock()` and `lock()` interrupt that, for code that must let the lock
+/// go on some path before the end of the scope.
+class ZEB_SCOPED_CAPABILITY LockGuard {
+ public:
+  explicit LockGuard(Lock& lock) noexcept ZEB_ACQUIRES(lock) : lock_(lock) { lock_.lock(); }
+  LockGuard(const LockGuard&) = delete;
+  LockGuard& operator=(const LockGuard&) = delete;
+  ~LockGuard() ZEB_RELEASES() {
+    if (isHeld_) lock_.unlock();
+  }
+
+  void unlock() noexcept ZEB_RELEASES() {
+    isHeld_ = false;
+    lock_.unlock();
+  }
+  void lock() noexcept ZEB_ACQUIRES() {
+    lock_.lock();
+    isHeld_ = true;
+  }
+
+ private:
+  Lock& lock_;
+  bool isHeld_ = true;
+};
+
+}  // namespace zeb::detail
