@@ -1,5 +1,5 @@
-# How our own code is compiled. Everything here holds for this directory tree only, so that a project
-# that adds the library with add_subdirectory() keeps its own settings.
+# How our own code is compiled. All settings apply to this directory tree only, so that a project that
+# adds the library with add_subdirectory() keeps its own.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -13,7 +13,8 @@ if(PROJECT_IS_TOP_LEVEL)
   endif()
 endif()
 
-# Nobody replaces single functions of a library at load time, so calls within it may be inlined.
+# Replacing single functions of the library at load time is not supported, so that calls within it can
+# be inlined.
 add_compile_options(-fno-semantic-interposition)
 
 if(NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
@@ -31,13 +32,13 @@ if(ZEB_SANITIZE)
 endif()
 if(ZEB_BUILD_FUZZERS)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-    message(FATAL_ERROR "ZEB_BUILD_FUZZERS needs clang; use the fuzz preset.")
+    message(FATAL_ERROR "ZEB_BUILD_FUZZERS needs clang; configure with \"cmake --preset fuzz\".")
   endif()
   # The library reports its coverage to the fuzzer; only the fuzz programs link libFuzzer's main.
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# zeb_warnings(<target>): the warnings that our own code is free of.
+# zeb_warnings(<target>): the warnings that our own code must not cause.
 function(zeb_warnings target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion

@@ -1,14 +1,15 @@
-# An installed library is made of modules: source folders, each compiled as a target of its own, so
-# that a module's outside libraries are visible to that module only.
+# An installed library consists of modules. Each module is a source folder and a target of its own, so
+# that its outside libraries are visible to this module only.
 
 # zeb_library(<library> EXPORT_NAME <name> INCLUDE_ROOT <folder> MODULE_HEADERS <folder>
 #             [BUILT_ON <library>])
 #   Begins a library, to which the following zeb_module() calls add. Its headers are included by their
-#   path below INCLUDE_ROOT; the folder MODULE_HEADERS has the headers that offer a module each. Users
-#   link the library as ZEB::<name>.
+#   path below INCLUDE_ROOT. The folder MODULE_HEADERS contains the module headers, each of which
+#   includes all public headers of one module. Users link the library as ZEB::<name>.
 function(zeb_library library)
-  cmake_parse_arguments(PARSE_ARGV 1 library "" "EXPORT_NAME;INCLUDE_ROOT;MODULE_HEADERS;BUILT_ON" "")
-  # The empty source keeps the library valid while none of its modules has one.
+  cmake_parse_arguments(PARSE_ARGV 1 library
+    "" "EXPORT_NAME;INCLUDE_ROOT;MODULE_HEADERS;BUILT_ON" "")
+  # A library needs a source even if none of its modules has one.
   file(CONFIGURE OUTPUT "${library}.cpp" CONTENT "")
   add_library(${library} "${CMAKE_CURRENT_BINARY_DIR}/${library}.cpp")
   add_library(ZEB::${library_EXPORT_NAME} ALIAS ${library})
@@ -31,18 +32,20 @@ endfunction()
 # zeb_module(<folder> LAYER <number> [DEPENDS <module>…] [PRIVATE_LIBRARIES <outside library>…]
 #            [INSTALLED_DETAIL <header name>…])
 #   Adds the folder's sources and headers to the current library.
-#   LAYER and DEPENDS say what the module may include: modules of its own layer or a lower one that
-#   are declared before it. tools/lint.py reads these calls and checks every include against them.
-#   Headers named *Private.h belong to the module alone. Headers in its folder detail/ are for the
-#   library's other modules too. Neither are installed, except those of detail/ that public headers
-#   need, which INSTALLED_DETAIL names without their ".h".
+#   The module may include the modules that DEPENDS names. They are declared before it and have the
+#   same LAYER or a lower one. tools/lint.py reads these calls and checks every include against them.
+#   Headers named *Private.h are for the module alone; headers in its folder detail/ are also for the
+#   library's other modules. They are not installed, except those of detail/ that public headers need:
+#   INSTALLED_DETAIL names these, without ".h".
 function(zeb_module folder)
-  cmake_parse_arguments(PARSE_ARGV 1 module "" "LAYER" "DEPENDS;PRIVATE_LIBRARIES;INSTALLED_DETAIL")
+  cmake_parse_arguments(PARSE_ARGV 1 module
+    "" "LAYER" "DEPENDS;PRIVATE_LIBRARIES;INSTALLED_DETAIL")
 
   get_property(declared_modules GLOBAL PROPERTY ZEB_MODULES)
   foreach(dependency IN LISTS module_DEPENDS)
     if(NOT dependency IN_LIST declared_modules)
-      message(FATAL_ERROR "Module ${folder} depends on ${dependency}, which is not declared before it.")
+      message(FATAL_ERROR
+        "The module ${folder} depends on ${dependency}, which is not declared before it.")
     endif()
   endforeach()
   set_property(GLOBAL APPEND PROPERTY ZEB_MODULES ${folder})

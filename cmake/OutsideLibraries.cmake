@@ -1,12 +1,12 @@
-# The outside libraries that modules may name as PRIVATE_LIBRARIES: how each is found here, by a
-# find_package() consumer of the static library, and by a pkg-config one.
+# The outside libraries that modules may name as PRIVATE_LIBRARIES, and how each is found: by this
+# build, and by users of the static library with find_package() or with pkg-config.
 #
 # zeb_outside_library(<name> PKGCONFIG <module>…
 #                     [PACKAGE <find_package arguments>… TARGETS <target>…])
 #   Without PACKAGE the library is found through its pkg-config modules.
 
 find_package(Threads REQUIRED)
-set(CMAKE_FIND_PACKAGE_TARGETS_GLOBAL ON)  # the libraries' users in other directories link them too
+set(CMAKE_FIND_PACKAGE_TARGETS_GLOBAL ON)  # programs in other directories link them, too
 
 function(zeb_outside_library name)
   cmake_parse_arguments(PARSE_ARGV 1 outside "" "" "PACKAGE;TARGETS;PKGCONFIG")
@@ -18,14 +18,14 @@ function(zeb_outside_library name)
   endforeach()
 endfunction()
 
-# zeb_find_outside_library(<name> <result>): finds it, notes that the build uses it, and sets the
-# variable <result> to its targets.
+# zeb_find_outside_library(<name> <result>): finds the library, records that the build uses it, and
+# sets the variable <result> to its targets.
 function(zeb_find_outside_library name result)
   foreach(part PACKAGE TARGETS PKGCONFIG)
     get_property(${part} GLOBAL PROPERTY ZEB_OUTSIDE_${name}_${part})
   endforeach()
   if(NOT PKGCONFIG)
-    message(FATAL_ERROR "${name} is not declared in cmake/OutsideLibraries.cmake.")
+    message(FATAL_ERROR "The outside library \"${name}\" is not declared in cmake/OutsideLibraries.cmake.")
   endif()
   get_property(used GLOBAL PROPERTY ZEB_OUTSIDE_LIBRARIES_USED)
   if(NOT name IN_LIST used)

@@ -1,4 +1,4 @@
-# zeb_program(<target> LINKS <library>… SOURCES <file>…): a program of our own, warnings included.
+# zeb_program(<target> LINKS <library>… SOURCES <file>…): a program compiled with our warnings.
 function(zeb_program target)
   cmake_parse_arguments(PARSE_ARGV 1 program "" "" "SOURCES;LINKS")
   add_executable(${target} ${program_SOURCES})

@@ -1,6 +1,6 @@
-// The names of the notifications that tell of an application's way to the background and back. Linux has no
-// framework that exports them: this one lets code that looks them up at run time find the same names
-// everywhere. Whoever knows when the application goes posts them.
+// The names of the notifications that the application has gone to the background and comes back. On
+// Linux no framework of the system exports them; this one does, so that code which looks them up at run
+// time finds them everywhere. The host application posts the notifications.
 
 extern "C" {
 

@@ -1,4 +1,4 @@
-// A program of another project: it sees the installed library only.
+// A program of another project, which can use only the installed library.
 #include <ZEBPlatform/Linux/DynamicLoader.h>
 #include <ZEBUtilities/ZEBUtilities.h>
 
@@ -8,10 +8,10 @@ int main() {
   using namespace zeb;
   const NSDictionary dictionary{{"a", 1}};
   if (zeb_intForKey(dictionary, "a") != 1) return 1;
-  // Nothing here refers to the class, which static libraries could therefore leave out.
+  // This program does not refer to the class, so the linker could leave it out of a static library.
   if (!objc_lookUpClass("ZEBObservable")) return 1;
 
-  // The shared library knows its own place; a program that holds the static one has to tell it.
+  // The shared library knows its own place; a program with the static library has to set it.
   if (ZEBFrameworksDirectory().isNil()) ZEBSetFrameworksDirectory(ZEB_FRAMEWORKS_DIRECTORY);
   NSError error;
   const ZEBLibraryHandle handle =

@@ -1,7 +1,7 @@
-// All public headers, compiled after headers that fill the world with macros: real ones where they are
-// installed, and then the usual names in any case. That it compiles is the test.
+// Compiles all public headers after headers that define many macros: the real ones if they are
+// installed, and then the usual names in any case. The test is that this file compiles.
 
-// Standard headers can't stand a macro min() either, and are mostly there before the macros.
+// Standard headers do not compile after a macro min() either, and are usually included first.
 #include <algorithm>
 #include <any>
 #include <array>
