@@ -28,7 +28,7 @@ double secondsOf(const std::function<void()>& work, std::size_t calls) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// How many calls fill a turn. Finding out is the warm-up.
+/// The number of calls that fills a turn. Finding it is the warm-up.
 std::size_t callsOfTurn(const std::function<void()>& work) {
   work();
   std::size_t calls = 1;
@@ -75,7 +75,7 @@ void Report::add(Comparison comparison) {
 }
 
 void Report::skip(const std::string& peer) {
-  std::fprintf(stderr, "zeb_bench: %s is left out: %s is not installed\n", caseName_.c_str(),
+  std::fprintf(stderr, "zeb_bench: %s is skipped, because %s is not installed\n", caseName_.c_str(),
                peer.c_str());
 }
 
@@ -118,10 +118,13 @@ namespace {
 
 constexpr const char* usage =
     "usage: zeb_bench [--verbose] [--svg FILE] [NAME…]\n"
-    "Measures us against our peers in the cases whose names begin with a NAME, or in all of them.\n"
-    "  --verbose   prints every input's result to standard error\n"
-    "  --svg FILE  also draws the results\n"
-    "ZEB_BENCH_DATA names the folder of JSON documents to read, instead of ../shared/data.\n"
+    "Measures this library against others (peers) in all cases, or in those whose names begin\n"
+    "with a NAME.\n"
+    "  --verbose   also prints the result of every input, to standard error\n"
+    "  --svg FILE  also draws the results as a picture\n"
+    "The environment variable ZEB_BENCH_DATA names the folder of the JSON documents; the default "
+    "is\n"
+    "../shared/data.\n"
     "Cases:";
 
 int explain(std::FILE* stream, int status) {
@@ -171,7 +174,7 @@ int main(int count, char** arguments) {
     }
   }
   if (!picture.empty() && !zeb::bench::drawPicture(report.comparisons(), picture)) {
-    std::fprintf(stderr, "zeb_bench: %s can't be written\n", picture.c_str());
+    std::fprintf(stderr, "zeb_bench: the picture %s can't be written\n", picture.c_str());
     failed = true;
   }
   return failed ? 1 : 0;

@@ -8,7 +8,7 @@
 
 namespace zeb::bench {
 
-/// What a value counts, and whether more of it is better.
+/// The unit of a value, and whether larger values are better.
 struct Metric {
   const char* name;
   bool moreIsBetter;
@@ -17,7 +17,7 @@ inline constexpr Metric megabytesPerSecond{"MB/s", true};
 inline constexpr Metric nanoseconds{"ns", false};
 inline constexpr Metric bytes{"bytes", false};
 
-/// Us and a peer at the same work, on one input or several.
+/// This library and another one (the peer) doing the same work, on one input or several.
 struct Comparison {
   struct Sample {
     std::string input;
@@ -34,19 +34,19 @@ struct Comparison {
   /// Geometric means over the inputs.
   double ourValue() const;
   double peerValue() const;
-  /// Above 1 when we are better. The same as the geometric mean of the inputs' ratios.
+  /// Above 1 if we are better. It equals the geometric mean of the inputs' ratios.
   double ratio() const;
 };
 
-/// Collects the results and prints each as soon as it is there.
+/// Collects the results and prints each one at once.
 class Report {
  public:
   explicit Report(bool verbose) : verbose_(verbose) {}
 
-  /// Whose results come next.
+  /// Names the case of the following results.
   void startCase(const std::string& name) { caseName_ = name; }
   void add(Comparison comparison);
-  /// Says on standard error that a peer is not installed.
+  /// Prints to standard error that a peer is not installed.
   void skip(const std::string& peer);
 
   const std::vector<Comparison>& comparisons() const { return comparisons_; }
@@ -57,8 +57,8 @@ class Report {
   std::vector<Comparison> comparisons_;
 };
 
-/// A case makes itself known by a constant of this type in its file. It throws std::exception when
-/// what it would compare is not the same work.
+/// A constant of this type in a case's file registers the case. The case throws std::exception if
+/// the two sides did not do the same work.
 struct Case {
   Case(std::string name, std::function<void(Report&)> run);
 };
@@ -68,11 +68,11 @@ struct Seconds {
   double peer;
 };
 
-/// Seconds of one call of each: after a warm-up they take turns, each as often as fills some
-/// milliseconds, and the median turn of each counts.
+/// Seconds of one call of each. After a warm-up the two take turns of some milliseconds; the median
+/// turn of each counts.
 Seconds measureInTurns(const std::function<void()>& ours, const std::function<void()>& peer);
 
-/// The nanoseconds of one of the `count` things that a call does.
+/// The nanoseconds of one step, if each call does `count` steps.
 Comparison nanosecondsEach(std::string ours, std::string peer, Seconds seconds, std::size_t count);
 
 double median(std::vector<double> values);

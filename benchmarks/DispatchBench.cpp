@@ -27,7 +27,7 @@ namespace {
 
 constexpr std::size_t posts = 200'000;
 
-/// Calls `post` `posts` times altogether, from as many threads at once.
+/// Posts `posts` blocks in total, from `producers` threads at the same time.
 void postFrom(int producers, const std::function<void(std::size_t)>& postMany) {
   std::vector<std::jthread> threads;
   for (int other = 1; other < producers; ++other) {
@@ -136,7 +136,7 @@ const Case timerCreateCancel("timer.create_cancel", [](Report& report) {
                              measureInTurns(ours, theirs), timers));
 });
 
-/// Nobody else uses the queue: both sides run the block on the calling thread.
+/// No other thread uses the queue: both sides run the block on the calling thread.
 const Case sync("dispatch.sync", [](Report& report) {
   constexpr std::size_t calls = 1000;
   const dispatch_queue_t queue = dispatch_queue_create("bench");
@@ -163,7 +163,7 @@ const Case sync("dispatch.sync", [](Report& report) {
                              measureInTurns(ours, theirs), calls));
 });
 
-/// Two threads wait for every block of theirs on one queue.
+/// Two threads post to one queue, and each waits for each of its blocks.
 const Case contendedSync("dispatch.sync.contended", [](Report& report) {
   constexpr std::size_t calls = 5000;  // of each thread
   const auto fromTwoThreads = [](const std::function<void()>& callMany) {

@@ -99,7 +99,7 @@ const std::vector<Document>& documents() {
     const char* folder = std::getenv("ZEB_BENCH_DATA");
     std::vector<Document> read = readDocuments(folder ? folder : "../shared/data");
     if (!read.empty()) return read;
-    std::fputs("zeb_bench: no JSON files to read, so documents made here are measured\n", stderr);
+    std::fputs("zeb_bench: no JSON files were found; generated documents are measured\n", stderr);
     return Maker().make();
   }();
   return all;

@@ -10,8 +10,8 @@ struct Document {
   std::string text;
 };
 
-/// The JSON files of the folder ZEB_BENCH_DATA, or else ../shared/data; where there are none,
-/// documents made here.
+/// The JSON files of the folder that the environment variable ZEB_BENCH_DATA names, by default
+/// ../shared/data. If there are none, generated documents.
 const std::vector<Document>& documents();
 
 }  // namespace zeb::bench

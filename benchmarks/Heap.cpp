@@ -4,8 +4,8 @@
 
 #include <cerrno>
 
-// glibc calls the program's own allocation functions when it has them, and offers its own under these
-// names. While nothing is counted, a call costs one untaken branch more, for us and for our peers.
+// glibc calls the program's own allocation functions if it defines them; glibc's own functions have
+// these names. While nothing is counted, a call costs one more branch, for us and for the peers.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);

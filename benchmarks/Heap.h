@@ -5,8 +5,8 @@
 
 namespace zeb::bench {
 
-/// By how many bytes the work made the heap grow: what it allocated and did not free, as usable sizes
-/// of blocks. The program has one thread.
+/// The number of bytes by which the work made the heap grow: the usable sizes of the blocks that it
+/// allocated and did not free. The program must have one thread.
 std::ptrdiff_t heapGrowth(const std::function<void()>& work);
 
 }  // namespace zeb::bench

@@ -35,8 +35,9 @@ struct Ours {
 
 using OurJson = JsonAdapter<Ours>;
 
-/// Does `measure(ours, theirs)` with every document and each peer that is there, and reports it as
-/// speed in bytes of the document, for both, as no two write the same number of bytes.
+/// Calls `measure(ours, theirs)` with every document and each installed peer. Speeds are reported
+/// in bytes of the original document for both, because no two libraries write the same number of
+/// bytes.
 template <class Measure>
 void compareWith(const std::vector<JsonPeer>& peers, Report& report, const Measure& measure) {
   for (const JsonPeer& peer : peers) {
@@ -69,18 +70,18 @@ void measureParsing(Report& report) {
 
 void measureWriting(Report& report) {
   compareWith(jsonWriters(), report, [](JsonLibrary& ours, JsonLibrary& theirs) {
-    // The texts differ in order and in the form of numbers; what they say must not.
+    // The texts may differ in the order of keys and in the form of numbers, but not in content.
     OurJson ourText(ours.written()), theirText(theirs.written());
     ourText.keepTree();
     theirText.keepTree();
     require(ourText.countValues() == ours.countValues() &&
                 theirText.countValues() == ours.countValues(),
-            "what was written is another document");
+            "the written documents differ from the original");
     return measureInTurns([&] { ours.write(); }, [&] { theirs.write(); });
   });
 }
 
-/// The clock is read around every single call. That counts against us: freeing a small tree takes
+/// The clock is read around every call. This is to our disadvantage: freeing a small tree takes
 /// hardly longer than reading the clock.
 void measureFreeing(Report& report) {
   constexpr double bound = 2;
@@ -111,10 +112,10 @@ void measureMemory(Report& report) {
   Comparison comparison{bytes, ourName, peer.name, {}};
   for (const Document& document : documents()) {
     const auto bytesOfTree = [&](MakeJsonLibrary make) {
-      make(document.text)->parse();  // what a library makes once for itself is no part of a tree
+      make(document.text)->parse();  // so that what a library allocates once is not counted
       const auto library = make(document.text);
       const auto growth = static_cast<double>(heapGrowth([&] { library->keepTree(); }));
-      require(growth > 0 && library->countValues() > 0, "no tree of " + document.name);
+      require(growth > 0 && library->countValues() > 0, document.name + " gave no tree");
       return growth;
     };
     comparison.samples.push_back(

@@ -10,8 +10,8 @@
 
 namespace zeb::bench {
 
-/// One JSON library with one document: the text in the form that the library likes best, made
-/// beforehand, and the tree once it is kept.
+/// One JSON library with one document: the text, prepared in the form that suits the library best,
+/// and the tree after `keepTree()`.
 class JsonLibrary {
  public:
   virtual ~JsonLibrary() = default;
@@ -20,15 +20,16 @@ class JsonLibrary {
   virtual void parse() = 0;
   /// Parses the text and keeps the tree for the functions below.
   virtual void keepTree() = 0;
-  /// Scalars and containers in the tree, without keys; 0 when the text could not be read.
+  /// Scalars and containers in the tree, without keys; 0 if the text could not be read.
   virtual std::size_t countValues() = 0;
   /// Writes the tree compactly into new memory and frees that.
   virtual void write() = 0;
   virtual std::string written() = 0;
 };
 
-/// A `JsonLibrary` out of what is particular to one: the types `Text` and `Tree`, `parse(text)`,
-/// `count(tree)`, `write(tree)` and `copy(whatWriteAnswered)`.
+/// Makes a `JsonLibrary` of the parts that differ between libraries: the types `Text` and `Tree`,
+/// `parse(text)`, `count(tree)`, `write(tree)` and `copy(written)`, which takes the result of
+/// `write`.
 template <class Particulars>
 class JsonAdapter : public JsonLibrary {
  public:
@@ -59,7 +60,7 @@ struct JsonPeer {
 
 std::vector<JsonPeer> jsonReaders();
 std::vector<JsonPeer> jsonWriters();
-/// The one whose tree in memory ours is compared with.
+/// The library whose tree in memory is compared with ours.
 JsonPeer jsonTreeOwner();
 
 std::unique_ptr<JsonLibrary> makeQtJson(std::string_view text);

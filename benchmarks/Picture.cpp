@@ -16,7 +16,7 @@ constexpr int top = 64;
 constexpr int rowHeight = 20;
 constexpr int barHeight = 12;
 
-// Drawn on a ground of its own, so that it can be read wherever it is shown.
+// The picture has its own background, so that it is readable on any page.
 constexpr const char* style =
     "<style>\n"
     "text{font:12px system-ui,sans-serif;fill:#1f2328}.title{font-size:15px;font-weight:600}\n"
@@ -109,7 +109,7 @@ bool drawPicture(const std::vector<Comparison>& comparisons, const std::string& 
   svg << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << width << "\" height=\""
       << bottom + 16 << "\" viewBox=\"0 0 " << width << ' ' << bottom + 16 << "\">\n"
       << style << "<rect width=\"100%\" height=\"100%\" class=\"ground\"/>\n";
-  drawText(svg, 16, 24, "title", "How many times as good as each peer (right of 1: we are better)");
+  drawText(svg, 16, 24, "title", "Ratio to each peer (right of 1: this library is better)");
   drawGrid(svg, scale, bottom);
   int y = top;
   caseName.clear();

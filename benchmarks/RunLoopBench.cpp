@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::size_t posts = 1'000'000;
 
-/// Runs the calling thread's loop until it is stopped, though it has nothing but blocks to wait for.
+/// Runs the calling thread's loop until it is stopped. The port keeps it running without timers.
 void runLoop() {
   const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
   const Ref<NSPort> port = NSPort::port();
@@ -33,7 +33,7 @@ void runLoop() {
   port->invalidate();
 }
 
-/// Another thread posts to our loop, which is run meanwhile.
+/// Another thread posts to our loop while this thread runs it.
 void postToRunLoop() {
   const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
   std::size_t left = posts;
@@ -49,7 +49,7 @@ void postToRunLoop() {
 
 #if ZEB_BENCH_HAVE_GLIB
 
-/// As `g_main_context_invoke` does it from another thread.
+/// Does the same as `g_main_context_invoke` from another thread.
 void invoke(GMainContext* context, GSourceFunc function, gpointer data) {
   GSource* const source = g_idle_source_new();
   g_source_set_priority(source, G_PRIORITY_DEFAULT);
@@ -122,7 +122,7 @@ const Case post("runloop.post", [](Report& report) {
 #endif
 });
 
-// Two loops that wake each other: each sleeps until the other one has answered.
+// Two loops wake each other: each sleeps until the other one has answered.
 
 using Latencies = std::vector<double>;  ///< nanoseconds of one way
 
@@ -130,7 +130,8 @@ class RoundTrips {
  public:
   explicit RoundTrips(Latencies& latencies) : latencies_(latencies) {}
 
-  /// Notes the end of a round trip, if one was under way; false when that was the last one.
+  /// Records the end of a round trip, if one was under way, and begins the next one. False after
+  /// the last one.
   bool next() {
     const auto now = std::chrono::steady_clock::now();
     if (isUnderWay_) {

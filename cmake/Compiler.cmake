@@ -1,5 +1,5 @@
-# How our own code is compiled. All settings apply to this directory tree only, so that a project that
-# adds the library with add_subdirectory() keeps its own.
+# How our own code is compiled. All settings apply to this directory tree only, so that a project
+# that adds the library with add_subdirectory() keeps its own.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -13,8 +13,8 @@ if(PROJECT_IS_TOP_LEVEL)
   endif()
 endif()
 
-# Replacing single functions of the library at load time is not supported, so that calls within it can
-# be inlined.
+# Replacing single functions of the library at load time is not supported, so that calls within it
+# can be inlined.
 add_compile_options(-fno-semantic-interposition)
 
 if(NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)

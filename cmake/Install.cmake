@@ -1,5 +1,5 @@
-# Installs the headers of both libraries below include/zebutilities/, the CMake package ZEBUtilities and
-# the pkg-config module zebutilities.
+# Installs the headers of both libraries below include/zebutilities/, the CMake package ZEBUtilities
+# and the pkg-config module zebutilities.
 include(CMakePackageConfigHelpers)
 
 set(zeb_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/ZEBUtilities")
@@ -10,8 +10,8 @@ install(TARGETS ZEBPlatform ZEBUtilities EXPORT ZEBUtilitiesTargets
   FILE_SET HEADERS DESTINATION "${zeb_header_dir}")
 install(EXPORT ZEBUtilitiesTargets NAMESPACE ZEB:: DESTINATION "${zeb_package_dir}")
 
-# Programs that link our static libraries also link the outside libraries that these were built with;
-# our shared libraries refer to them by themselves.
+# Programs that link our static libraries also link the outside libraries that these were built
+# with; our shared libraries refer to them by themselves.
 set(ZEB_FIND_DEPENDENCIES "")
 set(ZEB_PKGCONFIG_REQUIRES "")
 set(ZEB_PKGCONFIG_LIBS "")
@@ -44,7 +44,8 @@ install(FILES
   "${PROJECT_BINARY_DIR}/cmake/ZEBUtilitiesConfigVersion.cmake"
   DESTINATION "${zeb_package_dir}")
 
-# The pkg-config module computes its prefix from its own place, so that the installed tree can be moved.
+# The pkg-config module computes its prefix from its own place, so that the installed tree can be
+# moved.
 file(RELATIVE_PATH zeb_prefix_from_pkgconfig
   "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/zebutilities.pc.in cmake/zebutilities.pc @ONLY)

@@ -1,11 +1,11 @@
-# An installed library consists of modules. Each module is a source folder and a target of its own, so
-# that its outside libraries are visible to this module only.
+# An installed library consists of modules. Each module is a source folder and a target of its own,
+# so that its outside libraries are visible to this module only.
 
 # zeb_library(<library> EXPORT_NAME <name> INCLUDE_ROOT <folder> MODULE_HEADERS <folder>
 #             [BUILT_ON <library>])
-#   Begins a library, to which the following zeb_module() calls add. Its headers are included by their
-#   path below INCLUDE_ROOT. The folder MODULE_HEADERS contains the module headers, each of which
-#   includes all public headers of one module. Users link the library as ZEB::<name>.
+#   Begins a library, to which the following zeb_module() calls add. Its headers are included by
+#   their path below INCLUDE_ROOT. The folder MODULE_HEADERS contains the module headers, each of
+#   which includes all public headers of one module. Users link the library as ZEB::<name>.
 function(zeb_library library)
   cmake_parse_arguments(PARSE_ARGV 1 library
     "" "EXPORT_NAME;INCLUDE_ROOT;MODULE_HEADERS;BUILT_ON" "")
@@ -31,11 +31,11 @@ endfunction()
 
 # zeb_module(<folder> LAYER <number> [DEPENDS <module>…] [PRIVATE_LIBRARIES <outside library>…]
 #            [INSTALLED_DETAIL <header name>…])
-#   Adds the folder's sources and headers to the current library.
-#   The module may include the modules that DEPENDS names. They are declared before it and have the
-#   same LAYER or a lower one. tools/lint.py reads these calls and checks every include against them.
-#   Headers named *Private.h are for the module alone; headers in its folder detail/ are also for the
-#   library's other modules. They are not installed, except those of detail/ that public headers need:
+#   Adds the folder's sources and headers to the current library. The module may include the modules
+#   that DEPENDS names. They are declared before it and have the same LAYER or a lower one.
+#   tools/lint.py reads these calls and checks every include against them. Headers named *Private.h
+#   are for the module alone; headers in its folder detail/ are also for the library's other
+#   modules. They are not installed, except those of detail/ that public headers need:
 #   INSTALLED_DETAIL names these, without ".h".
 function(zeb_module folder)
   cmake_parse_arguments(PARSE_ARGV 1 module

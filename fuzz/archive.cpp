@@ -1,4 +1,4 @@
-// Unarchives the input as objects of several types. Whatever comes out is archived, read and archived
+// Unarchives the input as objects of several types. Each result is archived, read and archived
 // again: both documents must be the same.
 
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
@@ -87,7 +87,7 @@ struct Album {
   std::optional<Ref<CLLocation>> place;
 };
 
-/// Holds anything.
+/// Contains any value.
 struct Shelf : ZEBObjCEncodable {
   explicit Shelf(ZEBDecoder& decoder) : content(decoder.decodeObjectForKey("content")) {}
   NSString encodableName() const override { return "Shelf"; }
@@ -126,7 +126,7 @@ void readWriteAndCompare(const NSData& input) {
   try {
     written = ZEBArchiver().archivedData(*object);
   } catch (const NSError& error) {
-    // Components may be plain in what we read but lie a level deeper in what we write.
+    // A component may be one level deeper in the written document than in the input.
     if (error.code() == NSPropertyListWriteInvalidError) return;
     throw;
   }

@@ -1,6 +1,6 @@
-// Reads the input as a JSON document with every option and checks what must hold for all bytes: a
-// value or an error, never both or neither; whatever was read can be looked at and copied, and reads
-// back equal after it was written.
+// Reads the input as a JSON document with every option and checks what must hold for all bytes: the
+// result is either a value or an error; each value can be printed and copied, and is equal after it
+// was written and read again.
 
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Json/NSJSONSerialization.h>

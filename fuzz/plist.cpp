@@ -1,5 +1,5 @@
-// Reads the input as a property list: a value or an error, never both or neither; what was read is no
-// deeper or larger than the limits say.
+// Reads the input as a property list. The result is either a value or an error, and each value
+// respects the limits of depth and size.
 
 #include <ZEBPlatform/Bundle/NSPropertyListSerialization.h>
 #include <ZEBPlatform/Foundation/NSString.h>
@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (value.isNil()) return 0;
   Measure measure;
   detail::walkTree(value, measure);
-  // An archive's UID is a dictionary of its own.
+  // A UID of an archive becomes a dictionary, which is one level more.
   require(measure.depth <= NSPropertyListMaximumDepth + 1 && measure.values <= 2 * size);
   require(!value.description().isNil());
   return 0;

@@ -1,5 +1,5 @@
-// Stands in for libFuzzer's main() in normal builds: runs every file below the given directories
-// through the fuzz target, so that the kept corpus is part of the tests with every compiler.
+// Replaces libFuzzer's main() in normal builds: passes every file below the given directories to
+// the fuzz target, so that the corpus is part of the tests with every compiler.
 
 #include <cstddef>
 #include <cstdint>
@@ -18,10 +18,10 @@ bool replay(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   if (!file) {
-    std::fprintf(stderr, "cannot read %s\n", path.c_str());
+    std::fprintf(stderr, "replay: %s can't be read\n", path.c_str());
     return false;
   }
-  // A heap copy of the exact size lets a sanitizer see a read past the input's end.
+  // With a heap copy of the exact size a sanitizer detects a read past the input's end.
   const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
   LLVMFuzzerTestOneInput(input.data(), input.size());
   return true;
@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
   std::size_t count = 0;
   for (int i = 1; i < argc; ++i) {
     if (!std::filesystem::is_directory(argv[i])) {
-      std::fprintf(stderr, "no directory %s\n", argv[i]);
+      std::fprintf(stderr, "replay: %s is not a directory\n", argv[i]);
       return 1;
     }
     for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[i])) {

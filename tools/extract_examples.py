@@ -3,10 +3,10 @@
 
 Usage: extract_examples.py OUTPUT_DIRECTORY DOCUMENT...
 
-Each ```cpp block that holds `int main` becomes OUTPUT_DIRECTORY/<document>_<n>.cpp. When the next
-thing after it is a ```text block, that is the program's promised output and becomes the .txt file of
-the same name. Prints the names, one a line. Files that did not change are left alone, so that a
-document's prose can be edited without recompiling its examples.
+Each ```cpp block that contains `int main` becomes OUTPUT_DIRECTORY/<document>_<n>.cpp. If a ```text
+block follows directly, it is the program's promised output and becomes the .txt file of the same
+name. Prints one name per line. Files that did not change are not written, so that editing a
+document's text does not recompile its examples.
 """
 
 import pathlib

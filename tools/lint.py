@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
-"""Checks what the compiler cannot: that every include points to where it may.
+"""Checks what the compiler can't: that every include points to a permitted place.
 
 - A module includes only the modules that its zeb_module() declaration depends on. The declarations
   point down or sideways, never up, and never form a cycle.
 - A module header includes all public headers of its module, the umbrella all module headers.
-- System and outside headers are included only in the modules they belong to, never in public headers.
+- Headers of the system and of outside libraries are included only in the modules that they belong
+  to, and never in public headers.
 - The product has no conditional compilation, and every header has #pragma once.
 
-Prints one `file:line: message` for each fault and fails when there is any.
+Prints one `file:line: message` for each fault, and fails if there is any.
 """
 
 import pathlib
@@ -15,17 +16,18 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-# Each library's folder, and what stands before a module's folder where its headers are included.
+# Each library's folder, and the prefix of a module's folder when its headers are included.
 LIBRARIES = {"ZEBPlatform": "ZEBPlatform/", "ZEBUtilities": ""}
 
 # The folders of the module headers, each of which includes all public headers of one module.
 MODULE_HEADER_FOLDERS = {"ZEBPlatform": "ZEBPlatform", "ZEBUtilities": "ZEBUtilities/ZEBUtilities"}
 
-# Offers everything: it includes all module headers of both libraries.
+# Includes all module headers of both libraries.
 UMBRELLA = "ZEBUtilities/ZEBUtilities/ZEBUtilities.h"
 
-# Where the headers that match may be included: path patterns, public headers excepted. The first
-# match counts; what is neither a module's header, nor here, nor standard is a system header.
+# Patterns of headers, and of the files that may include them; public headers never may. The first
+# match counts. A header that is neither a module's, nor listed here, nor standard is a system
+# header.
 HEADER_HOMES = [
     (r"(e|i)mmintrin\.h", [r"ZEBPlatform/.*"]),
     (r"cxxabi\.h", [r"ZEBPlatform/.*"]),
@@ -39,7 +41,7 @@ HEADER_HOMES = [
 ]
 SYSTEM_HOME = [r"ZEBPlatform/Linux/.*"]
 
-# Public headers whose very job is to speak an outside library's types.
+# Public headers whose purpose is to convert to an outside library's types.
 PUBLIC_BRIDGES = {"ZEBPlatform/Foundation/fmt.h": r"fmt/.*"}
 
 STANDARD_HEADERS = set(
@@ -109,7 +111,7 @@ def read_modules():
 
 
 def check_declarations(modules):
-    """A cycle shows as a dependency on a module that is declared later."""
+    """Finds cycles, too: they contain a dependency on a module that is declared later."""
     declared = set()
     for module in modules.values():
         for dependency in module.dependencies:
@@ -128,7 +130,7 @@ def is_public_header(file):
 
 
 def may_include(file, header):
-    """Why the file must not include a header that belongs to no module; None if it may."""
+    """Why the file must not include a header that belongs to no module, or None if it may."""
     if header in STANDARD_HEADERS:
         return None
     if re.fullmatch(PUBLIC_BRIDGES.get(file, "-"), header):
@@ -160,7 +162,7 @@ def check_source(file, text, modules, included):
         if not include:
             continue
         if include[1] == '"':
-            fault(file, number, f'"{include[2]}" must be written from its root, as <Module/Header.h>')
+            fault(file, number, f'"{include[2]}" must be written as <Module/Header.h>')
             continue
         header_folder, _, header_name = include[2].rpartition("/")
         is_detail = header_folder.endswith("/detail")
@@ -177,7 +179,8 @@ def check_source(file, text, modules, included):
         elif is_installed and header_name.endswith("Private.h"):
             fault(file, number, f"an installed header includes the private <{include[2]}>")
         elif is_installed and is_detail and header_name not in target.installed_details:
-            fault(file, number, f"an installed header includes <{include[2]}>, which is not installed")
+            message = f"an installed header includes <{include[2]}>, which is not installed"
+            fault(file, number, message)
 
 
 def module_headers(modules, sources):

@@ -29,6 +29,6 @@ int main() {
 
   startWork([&] { context.stop(); });
   context.run();
-  descriptor.release();  // it is not ours to close
+  descriptor.release();  // the run loop owns it
   std::cout << "the application's loop has ended\n";
 }

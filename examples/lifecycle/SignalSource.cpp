@@ -14,7 +14,7 @@ Ref<RunLoopDescriptorSource> handleSignals(std::initializer_list<int> signals,
   for (const int signal : signals) sigaddset(&set, signal);
   sigprocmask(SIG_BLOCK, &set, nullptr);
 
-  // The process needs it until its end, so nobody closes it.
+  // It is never closed, because the process needs it until its end.
   const int descriptor = signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
   const auto source = RunLoopDescriptorSource::source(
       descriptor, DescriptorReadable,

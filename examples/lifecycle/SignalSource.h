@@ -5,7 +5,8 @@
 
 #include <initializer_list>
 
-/// Has the signals handled on the calling thread's run loop, as events among others, instead of interrupting
-/// whatever runs. To be made once, before other threads are started: they inherit what is blocked here.
+/// Handles the signals as events of the calling thread's run loop, so that they interrupt nothing.
+/// Call it once, before other threads are started, because these inherit the signals that it
+/// blocks.
 zeb::Ref<zeb::RunLoopDescriptorSource> handleSignals(std::initializer_list<int> signals,
                                                      zeb::Block<void(int signal)> handler);

@@ -1,8 +1,9 @@
-// What it takes for timers to pause while an application is away: somebody has to say when it leaves and when
-// it returns. Here the terminal's job control does. A desktop application would ask its window system.
+// Timers that pause while the application is in the background. The host posts a notification when
+// the application goes to the background and one when it comes back: here at the signals of the
+// terminal's job control, in a desktop application at events of the window system.
 //
-//     example_lifecycle             leaves and returns by itself, as a test
-//     example_lifecycle terminal    press Ctrl-Z to leave, and enter fg to return; Ctrl-C ends it
+//     example_lifecycle             goes and comes back by itself, as a test
+//     example_lifecycle terminal    Ctrl-Z sends it to the background, fg brings it back
 
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBUtilities/ZEBUtilities.h>
@@ -17,7 +18,7 @@ using namespace zeb;
 
 namespace {
 
-/// The names that the framework UIKit exports.
+/// Posts one of the two notifications that the framework UIKit names.
 void post(const char* notification) {
   NSNotificationCenter::defaultCenter()->postNotificationName(notification);
 }
@@ -42,7 +43,7 @@ int main(int argc, char** argv) {
                 [isInTerminal](int signal) { handleSignal(signal, isInTerminal); });
 
   int ticks = 0;
-  // Fires although the application is away, and calls it back.
+  // Fires while the application is in the background, and brings it back.
   const auto alarm = ZEBTimer::timerWithTimeInterval(
       0.2,
       [&](const Ref<ZEBTimer>&) {

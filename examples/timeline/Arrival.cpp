@@ -26,7 +26,7 @@ struct Progress {
   std::size_t bytes = 0;
 };
 
-/// The sender: puts one piece after the other on the background queue.
+/// The sender: delivers one piece after the other on the background queue.
 class Sender : public NSObject {
  public:
   Sender(const NSData& data, ObservableInput<Progress> progress)
@@ -50,8 +50,8 @@ class Sender : public NSObject {
   std::size_t sent_ = 0;  ///< on the background queue only
 };
 
-/// "arriving ████████░░░░ 5.1 of 7.6 KB": one line that is drawn over itself on a terminal, and several lines
-/// elsewhere.
+/// "arriving ████████░░░░ 5.1 of 7.6 KB": one line that is overwritten on a terminal, and several
+/// lines elsewhere.
 class ProgressLine {
  public:
   ProgressLine(const Screen& screen, std::size_t total)
@@ -68,7 +68,7 @@ class ProgressLine {
     std::fflush(stdout);
     ++refreshes_;
   }
-  /// Leaves the line for what comes next.
+  /// Ends the line, so that other output can follow.
   void finish() {
     if (isTerminal_) std::printf("\r\033[K");
   }
@@ -86,10 +86,10 @@ class ProgressLine {
 
 void receive(const NSData& data, const Screen& screen, Steps& steps,
              const Block<void(const Value& document)>& use) {
-  // No data is no error to the serializer: it is what an answer without a body has.
+  // The serializer does not report empty data as an error, because an empty response has none.
   if (data.isEmpty()) throw std::runtime_error("No value at line 1, column 1 (byte offset 0).");
 
-  // What follows happens on the main thread, in blocks of its queue and timers of its run loop.
+  // Everything below happens on the main thread, in blocks of its queue and timers of its run loop.
   const Ref<NSRunLoop> loop = NSRunLoop::mainRunLoop();
   std::exception_ptr failure;
   const auto finish = [&](const Value& document, const NSError& error) {

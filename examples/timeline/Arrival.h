@@ -7,10 +7,10 @@
 
 namespace zeb::timeline {
 
-/// Lets the data arrive piece by piece, as from a network, while a line on the screen tells how far it is;
-/// then has it parsed in the background and calls `use` with the document, on the main queue. Returns when
-/// all that is done: the main thread runs its run loop meanwhile. What `use` throws, and the parser's error,
-/// are thrown from here. Main thread.
+/// Delivers the data piece by piece, as from a network, while a line on the screen shows the
+/// progress. Then parses the data in the background and calls `use` with the document, on the main
+/// queue. Runs the main thread's run loop until everything is done. Throws the exceptions of `use`
+/// and the parser's error. Main thread only.
 void receive(const NSData& data, const Screen& screen, Steps& steps,
              const Block<void(const Value& document)>& use);
 

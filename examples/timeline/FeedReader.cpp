@@ -68,7 +68,7 @@ bool FeedReader::canRead(const Value& document) {
 }
 
 Timeline FeedReader::timeline(const Value& document) {
-  // A list of events gets the dictionary around it that feeds of posts have.
+  // A list of events is put into a dictionary, as in feeds of posts.
   const bool hasEvents = document.isArray();
   const NSDictionary feed =
       hasEvents ? NSDictionary{{"title", "Events"}, {"posts", document}} : NSDictionary(document);

@@ -5,15 +5,15 @@
 
 namespace zeb::timeline {
 
-/// Makes a timeline out of a parsed document of one of two shapes: a dictionary with "posts", or an
-/// array of a code hosting site's events. What is missing or wrong gets a default.
+/// Makes a timeline of a parsed document, which is a dictionary with "posts" or an array of a code
+/// hosting site's events. Missing and wrong fields get defaults.
 class FeedReader {
  public:
   static bool canRead(const Value& document);
 
   Timeline timeline(const Value& document);
 
-  /// In all that was read so far.
+  /// Counted over all documents that were read.
   const Gaps& gaps() const noexcept { return gaps_; }
   std::size_t authorCount() const noexcept { return authors_->count(); }
 

@@ -44,7 +44,7 @@ NSArray Fields::strings(const StringKey& key) const {
   return strings;
 }
 
-/// The accessors read any text as a number, "soon" as 0: right for a counter, wrong for a date.
+/// The readers take any text as a number, "soon" as 0, which suits a counter but not a date.
 bool Fields::hasNumber(const StringKey& key) const {
   if (!zeb_numberForKey(dictionary_, key).isNil()) return true;
   const std::string text = zeb_stringForKey(dictionary_, key).utf8();

@@ -5,19 +5,19 @@
 
 namespace zeb::timeline {
 
-/// What a feed had, but not in a usable form.
+/// Counts of the fields that a feed had, but not in a usable form.
 struct Gaps {
   std::size_t nulls = 0;
-  std::size_t unusable = 0;       ///< of the wrong kind, or without sense
+  std::size_t unusable = 0;       ///< of the wrong kind, or nonsensical
   std::size_t dropped = 0;        ///< elements of arrays
-  std::size_t numbersAsText = 0;  ///< usable: for curiosity only
+  std::size_t numbersAsText = 0;  ///< usable; for information only
 
   std::size_t total() const noexcept { return nulls + unusable + dropped; }
 };
 
-/// Reads a loosely typed dictionary through the library's typed accessors, and takes note of what had
-/// to be replaced by a default; a missing field is no gap. Strings are detached from their document,
-/// whose memory they would otherwise keep.
+/// Reads a loosely typed dictionary with the library's typed readers, and counts the values that
+/// had to be replaced by a default; a missing field does not count. Strings are detached from their
+/// document, because they would keep its memory otherwise.
 class Fields {
  public:
   Fields(const Value& dictionary, Gaps& gaps) : dictionary_(dictionary), gaps_(gaps) {}
@@ -32,7 +32,7 @@ class Fields {
 
  private:
   bool hasNumber(const StringKey& key) const;
-  /// Passes the result of an accessor on.
+  /// Returns the result of a reader, after counting it.
   template <class Handle>
   const Handle& noted(const StringKey& key, const Handle& result) const;
 

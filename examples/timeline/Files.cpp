@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t largestFile = std::size_t{1} << 30;
 
-/// Passes the result of a system call on.
+/// Returns the result of a system call, or throws its error.
 ssize_t checked(ssize_t result) {
   if (result < 0) throw std::runtime_error(std::generic_category().message(errno));
   return result;
@@ -37,7 +37,7 @@ struct OpenFile {
 }  // namespace
 
 NSData contentsOfFile(const std::string& path) {
-  // Asked before it is opened: opening a pipe would wait for somebody who writes into it.
+  // Checked before opening, because opening a pipe would wait for a writer.
   std::error_code code;
   const std::filesystem::file_status status = std::filesystem::status(path, code);
   if (exists(status) && !is_regular_file(status)) throw std::runtime_error("Not a regular file");
@@ -48,7 +48,7 @@ NSData contentsOfFile(const std::string& path) {
   std::array<std::byte, 65536> chunk;
   while (const auto count = checked(::read(file.descriptor, chunk.data(), chunk.size()))) {
     data.appendBytes(std::span(chunk).first(static_cast<std::size_t>(count)));
-    if (data.length() > largestFile) refuseSize();  // it grew, or had not told its size
+    if (data.length() > largestFile) refuseSize();  // it grew, or its size was not known
   }
   return data;
 }
@@ -75,7 +75,7 @@ TemporaryFile::~TemporaryFile() {
 }
 
 void TemporaryFile::remove() noexcept {
-  std::error_code ignored;  // what stays behind in the temporary directory does no harm
+  std::error_code ignored;  // a file that stays in the temporary directory does no harm
   std::filesystem::remove_all(directory_, ignored);
 }
 

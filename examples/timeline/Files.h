@@ -6,12 +6,13 @@
 
 namespace zeb::timeline {
 
-/// All of a regular file. Throws std::exception with a text for people: what is no regular file, is
-/// larger than 1 GiB or can't be read is refused.
+/// The content of a regular file. Throws std::exception with a readable text if it is not a regular
+/// file, is larger than 1 GiB or can't be read.
 NSData contentsOfFile(const std::string& path);
 
-/// A file for its owner alone, in a new directory below the temporary one, that appears whole or not at
-/// all and goes with this object unless kept. Throws std::exception when the file can't be written.
+/// A file that only its owner can read, in a new directory below the temporary one. It is written
+/// completely or not at all, and this object removes it unless `keep()` was called. Throws
+/// std::exception if the file can't be written.
 class TemporaryFile {
  public:
   explicit TemporaryFile(const NSData& data);

@@ -23,7 +23,7 @@ bool Author::isEqual(const NSObject& other) const noexcept {
   return author && author->handle == handle && author->name == name && author->home == home;
 }
 
-// An archive is input from outside like any other: a text that is no URL is refused.
+// An archive is input from outside, so a text that is not a URL is refused.
 Link::Link(ZEBDecoder& decoder)
     : title(decoder.decodeStringForKey("title")),
       url(NSURL::URLWithString(decoder.decodeStringForKey("url"))) {
@@ -70,8 +70,8 @@ void Post::encode(ZEBEncoder& encoder) const {
   encoder.encodeInt64(gaps, "gaps");
 }
 
-// Written out because references are equal only when they lead to the same author, and here an equal
-// one will do.
+// Written out, because references are equal only if they refer to the same object, but posts with
+// equal authors are equal.
 bool Post::operator==(const Post& other) const {
   return author->isEqual(*other.author) && identifier == other.identifier && kind == other.kind &&
          date == other.date && text == other.text && links == other.links && tags == other.tags &&

@@ -15,7 +15,7 @@
 
 namespace zeb::timeline {
 
-/// Who wrote a post. Many posts share one author, so authors are shared objects. Immutable.
+/// The author of a post. Many posts share one author, so authors are shared objects. Immutable.
 class Author final : public ZEBObjCEncodable {
  public:
   Author(const NSString& authorHandle, const NSString& authorName, const NSString& place)
@@ -30,7 +30,7 @@ class Author final : public ZEBObjCEncodable {
   const NSString handle, name, home;
 };
 
-/// A place that a post leads to.
+/// A link in a post.
 struct Link {
   Link(const NSString& linkTitle, const NSURL& linkURL) : title(linkTitle), url(linkURL) {}
   explicit Link(ZEBDecoder& decoder);
@@ -38,7 +38,7 @@ struct Link {
   void encode(ZEBEncoder& encoder) const;
   bool operator==(const Link&) const = default;
 
-  /// The host as the URL has it, in whatever script; empty when there is none.
+  /// The host as in the URL, in any script; empty if there is none.
   NSString host() const;
 
   NSString title;
@@ -76,7 +76,7 @@ struct Post {
   std::vector<NSString> tags;
   std::optional<CGSize> mediaSize;  ///< in pixels
   std::int64_t likes = 0, shares = 0, replies = 0;
-  std::int64_t gaps = 0;  ///< fields that the feed had, but not in a usable form
+  std::int64_t gaps = 0;  ///< fields of the feed that were not usable
 };
 
 struct Timeline {
@@ -92,7 +92,7 @@ struct Timeline {
 
 }  // namespace zeb::timeline
 
-/// The texts by which archives, and feeds too, know the kinds of posts.
+/// The texts for the kinds of posts, in archives and in feeds.
 template <>
 struct zeb::ZEBRawValueEnumTraits<zeb::timeline::PostKind> {
   using Kind = timeline::PostKind;

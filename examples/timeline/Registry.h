@@ -7,10 +7,10 @@
 
 namespace zeb::timeline {
 
-/// Lets equal authors be one object. One thread at a time.
+/// Makes equal authors one object. One thread at a time.
 class AuthorPool : public NSObject {
  public:
-  /// The known author when there is an equal one, else this one, known from now on.
+  /// The known author that is equal, if there is one; otherwise adds this author and returns it.
   Ref<Author> shared(const Ref<Author>& author);
   std::size_t count() const noexcept { return authors_.count(); }
 
@@ -21,8 +21,8 @@ class AuthorPool : public NSObject {
 /// Rebuilds every type of the model. Any thread.
 Ref<DecodingBuilderRegistry> modelRegistry();
 
-/// The same with another builder for authors in front, which lets posts share them again: an archive
-/// holds trees, so an author comes out of it once for each post. One thread at a time, as the pool.
+/// The same with another builder for authors, which lets posts share them again: archives contain
+/// trees, so decoding creates an author for each post. One thread at a time, like the pool.
 Ref<DecodingBuilderRegistry> sharingRegistry(const Ref<AuthorPool>& pool);
 
 }  // namespace zeb::timeline

@@ -17,7 +17,7 @@ double heapInUse() {
 
 void Steps::start() {
   heapBefore_ = heapInUse();
-  stopwatch_->timeInterval();  // ends the lap before, which nobody asks for
+  stopwatch_->timeInterval();  // ends the previous lap, which is not used
 }
 
 void Steps::finish(const NSString& name, std::size_t bytes) {

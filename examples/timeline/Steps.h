@@ -6,14 +6,14 @@
 
 namespace zeb::timeline {
 
-/// What a run did, how long each step took and by how much it made the heap grow. Each step runs once,
-/// so that times are those of a cold start.
+/// The steps of a run, the time that each took and the number of bytes by which the heap grew. Each
+/// step runs once, so the times are those of a cold start.
 class Steps {
  public:
   void start();
-  /// Ends what `start` began; `bytes` is the size of the document that it worked on.
+  /// Ends the step that `start` began; `bytes` is the size of its document.
   void finish(const NSString& name, std::size_t bytes);
-  /// Adds a word to the latest step.
+  /// Adds a remark to the latest step.
   void remark(const NSString& text) { steps_.back().remark = text; }
 
   void print(std::ostream& out, const Screen& screen) const;

@@ -33,7 +33,7 @@ void Table::addRow(std::vector<Cell> cells) {
   for (std::size_t index = 0; index < cells.size(); ++index) {
     for (const auto& [text, ink, maximumLines] : cells[index]) {
       for (const NSString& line : wrapped(printable(text), columns_[index].widest, maximumLines)) {
-        // An invisible mark, with which terminals that turn such text around leave the cells alone.
+        // An invisible mark keeps terminals that reorder such text from moving the cells.
         const char* mark = hasRightToLeftLetters(line) ? "\u200E" : "";
         const std::size_t width = displayWidth(line);
         row[index].push_back({mark + line.utf8() + mark, ink, width});
@@ -48,7 +48,8 @@ void Table::print(std::ostream& out, const Screen& screen) const {
     std::size_t height = 0;
     for (const auto& lines : row) height = std::max(height, lines.size());
     for (std::size_t number = 0; number < height; ++number) {
-      std::size_t owedSpaces = 0;  // written before the next text, so that no line ends in spaces
+      std::size_t owedSpaces =
+          0;  // written before the next text, so that lines do not end in spaces
       for (std::size_t index = 0; index < row.size(); ++index) {
         const Line line = number < row[index].size() ? row[index][number] : Line{"", plain, 0};
         const std::size_t padding = widths_[index] - line.width;

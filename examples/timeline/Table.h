@@ -7,7 +7,7 @@
 
 namespace zeb::timeline {
 
-/// What standard output can show.
+/// The abilities of standard output.
 struct Screen {
   std::size_t width = 100;
   bool hasColours = false;
@@ -35,16 +35,16 @@ using Cell = std::vector<Paragraph>;
 
 struct Column {
   NSString title;
-  std::size_t widest = 20;  ///< narrower when the content is
+  std::size_t widest = 20;  ///< columns at most
   bool isAlignedRight = false;
 };
 
-/// Rows of cells, aligned by what terminals show. Takes any text and makes it printable.
+/// Rows of cells, aligned by the width that terminals show. Makes any text printable.
 class Table {
  public:
   explicit Table(std::vector<Column> columns);
 
-  /// Cells that are missing are empty.
+  /// Missing cells are empty.
   void addRow(std::vector<Cell> cells);
   void print(std::ostream& out, const Screen& screen) const;
 

@@ -13,9 +13,9 @@ struct ScalarRange {
   char32_t first, last;
 };
 
-// Good for the scripts that feeds are full of; a Unicode library would know the others too.
+// Covers the scripts that are common in feeds; a Unicode library would cover the others, too.
 
-/// What belongs to the letter or emoji before it.
+/// Whether the scalar belongs to the preceding letter or emoji.
 constexpr ScalarRange marks[] = {
     {0x300, 0x36F},   {0x591, 0x5BD},     {0x5BF, 0x5C7},    {0x610, 0x61A},   {0x64B, 0x65F},
     {0x670, 0x670},   {0x6D6, 0x6DC},     {0x6DF, 0x6E8},    {0x900, 0x902},   {0x93A, 0x93A},
@@ -51,9 +51,9 @@ char32_t nextScalar(std::u16string_view units, std::size_t& index) {
   return 0x10000 + ((unit & 0x3FF) << 10) + (next & 0x3FF);
 }
 
-/// What people see as one character, nearly.
+/// Approximately what people see as one character.
 struct Cluster {
-  std::size_t end;  ///< in UTF-16 units; it begins where the one before ends
+  std::size_t end;  ///< in UTF-16 units; it begins at the end of the previous one
   std::size_t width;
   bool isSpace;
 };
@@ -79,7 +79,7 @@ std::vector<Cluster> clustersOf(const NSString& text) {
   return clusters;
 }
 
-/// How many of the clusters fit into the width.
+/// The number of clusters that fit into the width.
 std::size_t fitting(std::span<const Cluster> clusters, std::size_t width) {
   std::size_t count = 0;
   while (count < clusters.size() && clusters[count].width <= width) {

@@ -6,21 +6,21 @@
 
 namespace zeb::timeline {
 
-/// The text as one line that a terminal can show without harm: white space as single spaces, other
-/// control characters and unpaired surrogates as U+FFFD, without the invisible characters that would
-/// turn the direction of whatever follows, and without towers of marks.
+/// The text as one line that is safe for a terminal. White space becomes single spaces, other
+/// control characters and unpaired surrogates become U+FFFD. Invisible characters that would change
+/// the direction of the following text are removed, and so are long sequences of combining marks.
 NSString printable(const NSString& text);
 
-/// Columns that printable text takes in a terminal: right for most scripts and emoji. Where terminals
-/// disagree, as a modern one has it: an emoji joined of several takes two columns.
+/// The number of columns that printable text takes in a terminal, for most scripts and emoji. Where
+/// terminals differ, it follows modern ones: an emoji that consists of several takes two columns.
 std::size_t displayWidth(const NSString& text);
 
-/// The printable text in lines of at most `width` columns (at least 3), broken at spaces where possible
-/// and never within what people see as one character. What does not fit into the lines is cut off, and
-/// the last line then ends in "…".
+/// The printable text in lines of at most `width` columns (at least 3). Lines are broken at spaces
+/// if possible, and never inside a visible character. Text that does not fit is cut off, and the
+/// last line then ends in "…".
 std::vector<NSString> wrapped(const NSString& text, std::size_t width, std::size_t maximumLines);
 
-/// Whether there are letters of the large scripts that run from right to left.
+/// Whether the text has letters of the large scripts that are written from right to left.
 bool hasRightToLeftLetters(const NSString& text);
 
 }  // namespace zeb::timeline

@@ -1,4 +1,4 @@
-// Receives a feed, makes objects of it, archives them, reads them back, and shows what it found.
+// Receives a feed, makes objects of it, archives them, reads the archive, and shows the posts.
 
 #include <ZEBPlatform/Foundation/Format.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
@@ -29,7 +29,7 @@ constexpr const char* usage =
     "Shows a feed, or what any other JSON file consists of; without a file, a feed of its own.\n"
     "  --keep  leave the archive in the temporary directory and tell its path\n";
 
-/// Sends the objects through a file and back.
+/// Writes the objects to a file and reads them back.
 void archive(const Timeline& timeline, bool keepsArchive, Steps& steps) {
   steps.start();
   const NSData archived = ZEBArchiver().archivedData(timeline);
@@ -52,7 +52,8 @@ void archive(const Timeline& timeline, bool keepsArchive, Steps& steps) {
   steps.remark(NSString::stringWithFormat("equal, with as many authors: %tu", authors->count()));
 }
 
-/// Writes to standard output. A reader that has seen enough, such as `head`, is no failure.
+/// Writes to standard output. A reader that closes the pipe early, such as `head`, is not a
+/// failure.
 bool show(const std::string& text) {
   const bool isTaken = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
   if ((std::fflush(stdout) == 0 && isTaken) || errno == EPIPE) return true;
@@ -105,7 +106,7 @@ bool showReport(const std::string* path, bool keepsArchive, const Screen& screen
 
 int run(int argumentCount, char** arguments) {
   std::signal(SIGPIPE, SIG_IGN);  // a closed pipe ends one write, not the process
-  OLGSetLevel(OLGLevelError);     // and not warnings of a busy main thread
+  OLGSetLevel(OLGLevelError);     // hides warnings about the busy main thread
   bool keepsArchive = false;
   std::vector<std::string> paths;
   for (int index = 1; index < argumentCount; ++index) {

@@ -1,4 +1,4 @@
-"""Shows the library's values in gdb as what they hold: strings, numbers, dates, collections.
+"""Shows the contents of the library's values in gdb: strings, numbers, dates, collections.
 
 In gdb or in ~/.gdbinit:  source <this repository>/tools/gdb/zeb_printers.py
 """
@@ -16,7 +16,7 @@ KINDS = {
 }
 STORAGE_WIDE = 4
 STORAGE_INDIRECT = 8
-MOST_CHARACTERS = 200
+MAX_CHARACTERS = 200
 
 
 def storage(payload, name):
@@ -31,7 +31,7 @@ def string_at(payload):
     content = int(header + 1)
     if flags & STORAGE_INDIRECT:
         content = int(storage(payload, "MutableStringStorage")["data"])
-    shown = min(length, MOST_CHARACTERS)
+    shown = min(length, MAX_CHARACTERS)
     data = gdb.selected_inferior().read_memory(content, shown * unit).tobytes() if shown else b""
     text = data.decode("utf-16-le" if unit == 2 else "ascii", "backslashreplace")
     return '"' + text.replace('"', '\\"') + '"' + ("..." if shown < length else "")
@@ -111,7 +111,7 @@ class ValuePrinter:
 
 
 class RefPrinter:
-    """A zeb::Ref: the object that it names."""
+    """A zeb::Ref and the object that it refers to."""
 
     def __init__(self, value):
         self.object = value["object_"]

@@ -1,4 +1,4 @@
-#include "ObservationBench.h"
+#include "ObservationPeers.h"
 
 #include <QCoreApplication>
 #include <QObject>
@@ -90,4 +90,4 @@ std::unique_ptr<QtObservation> makeQtObservation(std::size_t receivers) {
 
 }  // namespace zeb::bench
 
-#include "ObservationBenchQt.moc"
+#include "ObservationPeersQt.moc"

@@ -29,7 +29,8 @@ std::string makeRecord(std::size_t number) {
          std::to_string(number % 101) + "\",\"zip\":" + std::to_string(10'000 + number) + "}}";
 }
 
-/// Puts all records into a new set: ours takes the parsed dictionaries, theirs copies of the texts.
+/// Inserts all records into a new set: our set the parsed dictionaries, their set copies of the
+/// texts.
 void measureInserting(Report& report) {
   std::vector<std::string> texts;
   std::string document = "[";
@@ -50,7 +51,7 @@ void measureInserting(Report& report) {
     for (const std::string& text : texts) set.insert(text);
     return set.size();
   };
-  require(ours() == records && theirs() == records, "records were taken for equal");
+  require(ours() == records && theirs() == records, "different records were treated as equal");
   report.add(nanosecondsEach("NSMutableSet", peerName,
                              measureInTurns([&] { consume(ours()); }, [&] { consume(theirs()); }),
                              records));

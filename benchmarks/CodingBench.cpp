@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #if ZEB_BENCH_HAVE_CEREAL
-// The JSON cases measure RapidJSON itself, compiled with other settings than cereal's.
+// Another namespace than that of the JSON cases, which compile RapidJSON with other settings.
 #define RAPIDJSON_NAMESPACE cereal_rapidjson
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiver.h>
@@ -159,7 +159,7 @@ struct Theirs {
     {
       cereal::JSONOutputArchive archive(stream, cereal::JSONOutputArchive::Options::NoIndent());
       archive(all);
-    }  // which completes the text
+    }  // its destructor completes the text
     return std::move(stream).str();
   }
   static std::vector<TheirObject> read(std::istringstream& document) {
@@ -230,8 +230,9 @@ void measureReading(Report& report) {
   const Theirs theirs;
   const NSData ourDocument = ours.write();
   std::istringstream theirDocument(theirs.write());
-  require(ours.isLike(ours.read(ourDocument)), "we read other objects than we wrote");
-  require(theirs.all == Theirs::read(theirDocument), "our peer reads other objects than it wrote");
+  require(ours.isLike(ours.read(ourDocument)), "our archive does not give the written objects");
+  require(theirs.all == Theirs::read(theirDocument),
+          "the peer's archive does not give the written objects");
   addResult(report, measureInTurns([&] { consume(ours.read(ourDocument)); },
                                    [&] { consume(Theirs::read(theirDocument)); }));
 }

@@ -26,7 +26,7 @@ constexpr const char* peerName = "absl::flat_hash_map";
 // clang-format on
 constexpr std::size_t literals = 12;
 
-/// As large as a `Value` and, like one, asked for its kind before it is read.
+/// As large as a `Value`. As with a `Value`, the kind is tested before the content is read.
 struct Payload {
   std::int64_t integerValue() const { return isInteger ? integer : 0; }
   std::uint64_t isInteger = 0;
@@ -51,7 +51,7 @@ std::vector<std::string> makeKeys(std::size_t count) {
   return keys;
 }
 
-/// The same entries in both, and keys to ask with: equal to the stored ones, but other objects.
+/// The same entries in both, and keys to look up: equal to the stored ones, but other objects.
 struct Tables {
   explicit Tables(std::size_t count) : keys(makeKeys(count)) {
     NSMutableDictionary entries;
@@ -71,7 +71,7 @@ struct Tables {
   std::vector<NSString> ourKeys;
 };
 
-/// Looks every key up once and answers the sum of the integers found.
+/// Looks every key up once and returns the sum of the integers found.
 using Lookup = std::int64_t (*)(const Tables& tables);
 
 std::int64_t findOurKeys(const Tables& tables) {
@@ -112,8 +112,8 @@ std::int64_t findTheirLiterals(const Tables& tables) {
   return sum;
 }
 
-/// Literals that were made views beforehand. g++ 12 copies a view that was just made in a way that
-/// stalls the processor, which costs more than the lookup itself.
+/// Views of literals that exist before the look-up. g++ 12 copies a fresh view in a way that stalls
+/// the processor, which costs more than the look-up itself.
 std::int64_t findTheirConstants(const Tables& tables) {
   std::int64_t sum = 0;
 #define ZEB_BENCH_USE(literal)                             \
