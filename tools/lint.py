@@ -7,6 +7,7 @@
 - Headers of the system and of outside libraries are included only in the modules that they belong
   to, and never in public headers.
 - The product has no conditional compilation, and every header has #pragma once.
+- The files that the documents name or link to exist.
 
 Prints one `file:line: message` for each fault, and fails if there is any.
 """
@@ -56,6 +57,13 @@ STANDARD_HEADERS = set(
     string string_view syncstream system_error thread tuple type_traits typeindex typeinfo
     unordered_map unordered_set utility valarray variant vector version
     """.split()
+)
+
+DOCUMENTS = ("README.md", "CONTRIBUTING.md", "CHANGELOG.md", "docs/")
+# A link to a file of the project, or the path of a source in backticks.
+FILE_REFERENCE = re.compile(
+    r"\]\(([\w+-]*[./][\w/.+-]*)(?:#[\w-]*)?\)"
+    r"|`((?:ZEB\w+|benchmarks|cmake|fuzz|tests|tools)/[\w/.+-]+\.\w+)`"
 )
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
@@ -211,6 +219,14 @@ def check_module_header(file, text, expected):
         fault(file, 1, f"includes <{header}>, which is not a public header of the module")
 
 
+def check_document(file, text):
+    for number, line in enumerate(text.splitlines(), 1):
+        for link, path in FILE_REFERENCE.findall(line):
+            target = ROOT / path if path else (ROOT / file).parent / link
+            if not target.exists():
+                fault(file, number, f"there is no {path or link}")
+
+
 def files():
     """Every file of the project, relative to its root."""
     pending = [ROOT]
@@ -229,7 +245,8 @@ def main():
     modules = read_modules()
     check_declarations(modules)
     included = {LIBRARIES[module.library] + folder: module for folder, module in modules.items()}
-    sources = sorted(name for name in files() if name.endswith((".h", ".cpp")))
+    names = sorted(files())
+    sources = [name for name in names if name.endswith((".h", ".cpp"))]
     collecting = module_headers(modules, sources)
     for file in sorted(set(collecting) - set(sources)):
         fault(file, 1, "the module header is missing")
@@ -241,6 +258,10 @@ def main():
             check_module_header(file, text, collecting[file])
         elif file.startswith(tuple(f"{library}/" for library in LIBRARIES)):
             check_source(file, text, modules, included)
+
+    for file in names:
+        if file.endswith(".md") and file.startswith(DOCUMENTS):
+            check_document(file, (ROOT / file).read_text(encoding="utf-8"))
 
     for line in faults:
         print(line)
