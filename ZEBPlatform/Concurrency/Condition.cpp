@@ -3,8 +3,9 @@
 
 namespace zeb::detail {
 
-// A notification that comes after the lock was released changes the count that the waiter has read, so
-// the system does not let it fall asleep. The lock makes the waiter's count visible to the notifier.
+// A notification after the release of the lock changes the count that the waiter has read, so that
+// the system refuses to let the waiter sleep. The release of the lock makes `waiters_` visible to
+// the notifying thread.
 void Condition::waitUntil(Lock& lock, std::uint64_t deadline) noexcept {
   waiters_.fetch_add(1, std::memory_order_relaxed);
   const std::uint32_t seen = notifications_.load(std::memory_order_relaxed);

@@ -8,7 +8,8 @@
 #include <new>
 #include <utility>
 
-// Sanitizers follow a block from its allocation to its release only if it is not used again in between.
+// Sanitizers follow a block from its allocation to its release only if it is not used again in
+// between.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define ZEB_REUSE_BLOCKS 0
 #elif defined(__has_feature)
@@ -41,8 +42,8 @@ struct alignas(pageSize) Page {
   }
 };
 
-/// Pages that are allocated together and freed together. Allocated one by one, each page would waste its
-/// own size to be aligned.
+/// Pages that are allocated together and freed together. Allocated one by one, each page would
+/// waste its own size to be aligned.
 struct Region {
   static constexpr std::size_t pageCount = 31;  ///< a 32nd one has the place of the members below
 

@@ -2,12 +2,15 @@
 
 namespace zeb::detail {
 
-/// Keeps a call from being entered again while it is under way on the same thread:
+/// A guard against re-entrancy: keeps a function from running again while it already runs on the
+/// same thread.
 ///
 ///     const CallGuard guard(isCalling_);
 ///     if (!guard) return;
 ///
-/// The flag belongs to one thread; it is cleared when the guard that set it ends, also by an exception.
+/// The guard that sets the flag clears it when it ends, also when an exception ends it. The flag
+/// must outlive the guard. It is a plain bool of one thread: do not use the guard to keep other
+/// threads out.
 class CallGuard {
  public:
   explicit CallGuard(bool& isUnderWay) noexcept : isUnderWay_(isUnderWay), isEntered_(!isUnderWay) {
@@ -19,7 +22,7 @@ class CallGuard {
     if (isEntered_) isUnderWay_ = false;
   }
 
-  /// Whether this guard's call is the first one.
+  /// Whether this guard belongs to the outermost call, which may go on.
   explicit operator bool() const noexcept { return isEntered_; }
 
  private:

@@ -12,9 +12,19 @@ namespace zeb::detail {
 ///     LockGuard guard(lock_);
 ///     while (!isReady_) changed_.wait(lock_);
 ///
-/// Waits may end without a reason, so the caller tests its own condition in a loop. To notify, hold the
-/// lock or have held it during the change; a notification without a waiter costs one atomic load. The
-/// condition may be destroyed as soon as no thread waits, if notifications are made with the lock held. Size: eight bytes. It needs no file descriptor.
+/// Waits may end without a notification, so the caller tests its own condition in a loop. All waits
+/// on one condition use the same lock. The notifying thread changes the data with that lock held
+/// and notifies before or after it releases the lock. A thread that has not seen the change is then
+/// either woken or finds the change before it sleeps.
+///
+/// Memory ordering: the lock alone makes the change visible; notifications order nothing.
+/// Lifetime: the condition may be destroyed when no thread waits and no notification is under way.
+/// If all notifications are made with the lock held, the last waiter may destroy it as soon as its
+/// wait returns.
+/// Size: eight bytes, no initialisation at run time, no file descriptor.
+/// Cost: a notification without a waiter is one atomic load; otherwise it is one system call.
+/// Fairness: the system mostly wakes the thread that has waited longest; nothing relies on it.
+/// Do not use it to hand over one event to one thread; a `ThreadGate` needs no lock for that.
 class Condition {
  public:
   constexpr Condition() noexcept = default;
@@ -23,7 +33,8 @@ class Condition {
 
   /// Unlocks the lock while the thread sleeps and locks it again before it returns.
   void wait(Lock& lock) noexcept ZEB_REQUIRES(lock) { waitUntil(lock, UINT64_MAX); }
-  /// The same, at most until the deadline in ticks of `mach_absolute_time()`; `UINT64_MAX` for never.
+  /// Like wait(), but at most until the deadline in ticks of `mach_absolute_time()`; `UINT64_MAX` for
+  /// never.
   void waitUntil(Lock& lock, std::uint64_t deadline) noexcept ZEB_REQUIRES(lock);
 
   void notifyOne() noexcept;
@@ -33,5 +44,7 @@ class Condition {
   std::atomic<std::uint32_t> notifications_{0};
   std::atomic<std::uint32_t> waiters_{0};
 };
+
+static_assert(sizeof(Condition) == 8);
 
 }  // namespace zeb::detail

@@ -6,13 +6,14 @@
 
 namespace zeb::detail {
 
-/// A base of objects that a `DeadlineHeap` orders. A node is in one heap at a time and must be removed
-/// before it is destroyed.
+/// Base of the objects that a `DeadlineHeap` orders. A node is in at most one heap and must be
+/// removed before it is destroyed. After a change of its members while it is in a heap, call put()
+/// again.
 class DeadlineNode {
  public:
   /// When the node becomes due, in ticks of `mach_absolute_time()`.
   std::uint64_t deadline = 0;
-  /// How many ticks it may wait beyond the deadline, to share another node's wake-up.
+  /// Ticks that it may wait beyond the deadline at most, to share another node's wake-up.
   std::uint64_t leeway = 0;
 
   bool isInHeap() const noexcept { return index_ != absent; }
@@ -21,7 +22,7 @@ class DeadlineNode {
   friend class DeadlineHeap;
   static constexpr std::size_t absent = SIZE_MAX;
 
-  /// The latest moment to wake up for it.
+  /// The latest moment at which the thread must wake up for this node.
   std::uint64_t latest() const noexcept {
     return leeway < UINT64_MAX - deadline ? deadline + leeway : UINT64_MAX;
   }
@@ -29,14 +30,20 @@ class DeadlineNode {
   std::size_t index_ = absent;
 };
 
-/// Timers by their deadlines. Reading the next wake-up takes constant time, adding or moving a node
-/// logarithmic time, removing one constant time on average. It owns no node and has no lock: the caller
-/// guards it.
+/// Timers ordered by the latest moment at which they may fire.
+///
+/// Threads: it has no lock and orders no memory; the caller guards it and its nodes with one lock.
+/// Lifetime: it owns no node. The nodes must outlive it or be removed first.
+/// Cost: reading the next wake-up takes constant time, adding or moving a node logarithmic time,
+/// removing a node constant time on average. Size: 16 bytes for each node and for each gap of a
+/// removed node; at most three quarters of the entries, or 64 of them, are gaps.
+/// Nodes of equal deadlines come in any order: do not use it as a queue.
 class DeadlineHeap {
  public:
   bool isEmpty() const noexcept { return entries_.size() == gaps_; }
 
-  /// When to wake up, or `UINT64_MAX`. After the first node was removed, once earlier than necessary.
+  /// When to wake up, or `UINT64_MAX`. After the first node was removed this may still be its
+  /// moment, so that one wake-up finds nothing due.
   std::uint64_t nextWakeUp() const noexcept {
     return entries_.empty() ? UINT64_MAX : entries_.front().latest;
   }
@@ -45,12 +52,13 @@ class DeadlineHeap {
   void put(DeadlineNode& node);
   /// Removes the node if it is in the heap.
   void remove(DeadlineNode& node) noexcept;
-  /// Removes and answers the first node if it is due at `now`; else answers null.
+  /// Removes and answers the first node if its deadline is not after `now`; otherwise answers null.
   DeadlineNode* takeDue(std::uint64_t now) noexcept;
 
  private:
-  /// The moment lies beside the node's address, so that sifting reads no node. The entry of a removed
-  /// node stays without a node, until it comes to the front or there are too many such gaps.
+  /// The moment lies beside the node's address, so that sifting reads no node. A removed node
+  /// leaves its entry as a gap, with a null node, until the gap comes to the front or there are too
+  /// many gaps.
   struct Entry {
     std::uint64_t latest;
     DeadlineNode* node;

@@ -6,18 +6,24 @@
 
 namespace zeb::detail {
 
-/// Where one thread sleeps until the monotonic clock reaches a moment or another thread wakes it. It
-/// needs no file descriptor: for threads that would sleep on descriptors if the process had any left.
+/// The sleep of one thread until the monotonic clock reaches a moment or another thread wakes it.
+/// It needs no file descriptor, so it also serves threads in a process that has none left.
+///
+/// Memory ordering: what a thread did before wake() is visible to the sleeping thread after the
+/// sleep() that this wake() ends. Wake-ups are not counted: several before one sleep() end only
+/// that one.
+/// Lifetime: it must outlive all calls. Size: 32 bytes.
+/// Do not let several threads sleep on one object: only one of them would notice a wake-up.
 class InterruptibleSleep {
  public:
-  /// The moment in ticks of `mach_absolute_time()`, `UINT64_MAX` for never. Replaces the moment that was
-  /// set before, also for a sleep that has begun. Any thread.
-  void setMoment(std::uint64_t moment) noexcept;
+  /// Sets the moment in ticks of `mach_absolute_time()`, `UINT64_MAX` for never. Replaces the
+  /// previous moment, also for a sleep that has begun. Any thread.
+  void setMoment(std::uint64_t moment) noexcept ZEB_EXCLUDES(lock_);
   /// Ends the sleep, or the next one if the thread does not sleep. Any thread.
-  void wake() noexcept;
+  void wake() noexcept ZEB_EXCLUDES(lock_);
 
-  /// Returns after the moment, which is forgotten then, or after `wake()`.
-  void sleep() noexcept;
+  /// Returns when the moment has come, which resets it to never, or after wake().
+  void sleep() noexcept ZEB_EXCLUDES(lock_);
 
  private:
   Lock lock_;

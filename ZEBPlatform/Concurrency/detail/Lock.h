@@ -8,14 +8,18 @@ namespace zeb::detail {
 
 /// The library's mutual exclusion: for data that several threads share and hold for a short time.
 ///
-/// Size: four bytes. Cost: one atomic operation each to lock and to unlock without contention. A thread
-/// that finds it locked looks again for about a microsecond, because owners mostly leave within that
-/// time, and then sleeps in the kernel. Not fair: a newcomer may overtake a sleeping thread. Not
-/// recursive: a second lock() of the owner never returns. Do not hold it during blocking calls or calls
-/// of the user's code; use a queue or a `ThreadGate` to wait for events.
-///
-/// What a thread did before unlock() is visible to the next owner after its lock(). The lock may be
-/// destroyed as soon as the last owner's unlock() has made it free, even if that call has not returned.
+/// Memory ordering: what a thread did before unlock() is visible to the next owner after its lock()
+/// or successful try_lock().
+/// Lifetime: the lock may be destroyed as soon as the last owner's unlock() has made it free, even
+/// if that call has not returned yet.
+/// Size: four bytes, no initialisation at run time.
+/// Cost: one atomic operation each to lock and to unlock without contention. A thread that finds
+/// the lock taken tests it for 100 processor pauses (some microseconds), because most owners leave
+/// within that time, and then sleeps in the kernel.
+/// Fairness: none. A newcomer may overtake a sleeping thread.
+/// Do not use it recursively: a second lock() of the owner never returns. Do not hold it during
+/// blocking calls or calls of the user's code. To wait for a change of the guarded data use a
+/// `Condition`, to wait for one event a `ThreadGate`.
 class ZEB_CAPABILITY("lock") Lock {
  public:
   constexpr Lock() noexcept = default;
@@ -31,7 +35,7 @@ class ZEB_CAPABILITY("lock") Lock {
                                           std::memory_order_relaxed);
   }
   void unlock() noexcept ZEB_RELEASES() {
-    // Waking uses the address only, so it does no harm if the lock has been destroyed by then.
+    // Waking uses only the address, so it does no harm if the lock has been destroyed by then.
     if (state_.exchange(unlocked, std::memory_order_release) == awaited) state_.notify_one();
   }
 
@@ -43,8 +47,10 @@ class ZEB_CAPABILITY("lock") Lock {
   std::atomic<int> state_{unlocked};
 };
 
-/// Holds a lock while it lives. `unlock()` and `lock()` interrupt that, for code that must let the lock
-/// go on some path before the end of the scope.
+static_assert(sizeof(Lock) == 4);
+
+/// Holds a lock while it lives. `unlock()` and `lock()` interrupt that, for code that must release
+/// the lock on some path before the end of the scope.
 class ZEB_SCOPED_CAPABILITY LockGuard {
  public:
   explicit LockGuard(Lock& lock) noexcept ZEB_ACQUIRES(lock) : lock_(lock) { lock_.lock(); }

@@ -5,13 +5,16 @@
 
 namespace zeb::detail {
 
-/// Storage for a static object whose destructor never runs, because threads and static destructors may
-/// use it until the process has ended:
+/// A static object whose destructor never runs, because threads and static destructors may use it
+/// until the process has ended:
 ///
 ///     static NeverDestroyed<Registry> registry;
 ///     registry->add(…);
 ///
-/// It needs no allocation. Leak checkers see what the object refers to as reachable.
+/// As a static variable of a function it is made at the first use, once, whatever threads use it.
+/// Size: that of the object; there is no allocation. Leak checkers see what it refers to as
+/// reachable.
+/// Do not use it for members and local variables, whose resources it would leak.
 template <class T>
 class NeverDestroyed {
  public:

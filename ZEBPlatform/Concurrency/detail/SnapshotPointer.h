@@ -8,19 +8,24 @@
 
 namespace zeb::detail {
 
-/// A value that many threads read while others replace it by a changed copy.
+/// A value that many threads read while others replace it by a changed copy. A reader pins the
+/// current snapshot and uses it, whatever is replaced meanwhile.
 ///
-/// Reading takes no lock and never waits: it costs two atomic operations. A reader pins the current
-/// snapshot and goes on with it, whatever is replaced meanwhile. Each snapshot has its own counter: the
-/// last owner destroys it at once, however many pins of other snapshots exist. For values that are read
-/// much more often than they are replaced. What a thread did before `replace()` is visible to the
-/// threads that pin the new snapshot.
+/// Memory ordering: what a thread did before replace() is visible to the threads that pin the new
+/// snapshot, and what threads did with a snapshot is visible to the thread that destroys it.
+/// Lifetime: each snapshot has its own counter, and its last pin destroys it at once, however many
+/// pins of other snapshots exist. The pointer itself must outlive pin() calls, but not the pins.
+/// Size: eight bytes, and eight for each snapshot. Cost: pin() and the end of a pin are one atomic
+/// operation each, without a lock; replace() allocates.
+/// Fairness: readers never wait. Writers that change a copy of the value need a lock among
+/// themselves.
+/// Do not use it for values that are replaced about as often as they are read.
 template <class T>
 class SnapshotPointer {
   struct Snapshot;
 
  public:
-  /// Keeps one snapshot readable; empty when there was none. May be passed to another thread.
+  /// Keeps one snapshot readable; empty if there was none. May be passed to another thread.
   class Pin {
    public:
     Pin() noexcept = default;
@@ -54,7 +59,7 @@ class SnapshotPointer {
   ~SnapshotPointer() { (void)clear(); }
 
   /// The current snapshot. Any thread.
-  Pin pin() noexcept {
+  [[nodiscard]] Pin pin() noexcept {
     const std::uint64_t word = word_.fetch_add(1, std::memory_order_acquire);
     if (countIn(word) >= maxCount) [[unlikely]]
       settle(snapshotIn(word));
@@ -67,20 +72,21 @@ class SnapshotPointer {
     return snapshot ? &snapshot->value : nullptr;
   }
 
-  /// Makes `value` the current one. Answers a pin of the previous one, so that the caller decides where
-  /// it is destroyed if no other thread reads it: after unlocking, for instance. Any thread.
+  /// Makes `value` the current one. Answers a pin of the previous one, so that the caller decides
+  /// where it is destroyed if no other thread reads it: after unlocking, for instance. Any thread.
   [[nodiscard]] Pin replace(T value) { return exchange(new Snapshot(std::move(value))); }
-  /// The same, without a current value afterwards.
+  /// Like replace(), but leaves no current value.
   [[nodiscard]] Pin clear() noexcept { return exchange(nullptr); }
 
  private:
-  // The upper 48 bits of the word hold the current snapshot's address: Linux gives a program no larger
-  // addresses unless it asks for them. The lower bits count the pins since the word was set or settled. A
-  // snapshot's own counter starts with the claim of being current. Pins are added to it when they are
-  // settled and subtracted when they end, so it may fall below the claim meanwhile, but not to zero.
+  // The upper 48 bits of the word hold the current snapshot's address: Linux gives a program no
+  // larger addresses unless it asks for them. The lower bits count the pins since the word was set
+  // or settled. A snapshot's own counter starts with the claim of being current. Pins are added to
+  // it when they are settled and subtracted when they end, so it may fall below the claim
+  // meanwhile, but not to zero.
   static constexpr unsigned countBits = 16;
-  /// From this count on, a pin settles it. 2^15 more threads would have to pin before that is done to
-  /// overflow the count.
+  /// From this count on, each pin settles it. An overflow would take 2^15 more threads that pin
+  /// before one of them has settled it.
   static constexpr std::uint64_t maxCount = std::uint64_t{1} << (countBits - 1);
   static constexpr std::int64_t currentClaim = std::int64_t{1} << 32;
 
@@ -113,8 +119,8 @@ class SnapshotPointer {
     return Pin(replaced);
   }
 
-  /// Moves the count from the word to the snapshot before it overflows. The caller has pinned the
-  /// snapshot.
+  /// Moves the count from the word to the snapshot before the count overflows. The caller has
+  /// pinned the snapshot.
   void settle(Snapshot* pinned) noexcept {
     std::uint64_t word = word_.load(std::memory_order_relaxed);
     while (snapshotIn(word) == pinned && countIn(word) >= maxCount) {

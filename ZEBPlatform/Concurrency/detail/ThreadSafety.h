@@ -1,8 +1,8 @@
 #pragma once
 
-/// What clang's thread-safety analysis needs to know about locks: which data a lock guards, and which
-/// functions expect it to be held. The build with clang reports every violation as an error; other
-/// compilers see nothing.
+/// Annotations for clang's thread-safety analysis: which data a lock guards, and which functions
+/// expect it to be held. The build with clang reports every violation as an error; other compilers
+/// ignore them.
 #if defined(__clang__)
 #define ZEB_THREAD_ATTRIBUTE(attribute) __attribute__((attribute))
 #else
@@ -18,12 +18,12 @@
 /// The caller holds the lock, or must not hold it.
 #define ZEB_REQUIRES(...) ZEB_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
 #define ZEB_EXCLUDES(...) ZEB_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
-/// The function takes the lock and keeps it, gives it back, or takes it if it returns
-/// the first argument.
+/// The function acquires the lock and keeps it, releases it, or acquires it if it returns the first
+/// argument.
 #define ZEB_ACQUIRES(...) ZEB_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ZEB_RELEASES(...) ZEB_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define ZEB_TRY_ACQUIRES(...) ZEB_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 /// The function returns a reference to the lock.
 #define ZEB_RETURNS_LOCK(lock) ZEB_THREAD_ATTRIBUTE(lock_returned(lock))
-/// For code whose locking the analysis can't follow; the comment beside it says why it is right.
+/// For code whose locking the analysis cannot follow; a comment beside it says why it is right.
 #define ZEB_UNCHECKED_LOCKING ZEB_THREAD_ATTRIBUTE(no_thread_safety_analysis)

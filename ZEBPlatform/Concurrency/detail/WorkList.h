@@ -7,28 +7,39 @@
 
 namespace zeb::detail {
 
-/// A first-in-first-out list of work items that are linked through themselves, for any number of
-/// producers, which take no lock, and of consumers, which take turns under one. Unbounded. It owns
-/// nothing: items that are left when it ends are lost.
+/// A first-in-first-out list of work items, linked through the items themselves. Any number of
+/// producers append without a lock; any number of consumers take turns under one.
 ///
-/// What a thread did before push() is visible to the thread whose pop() answers the item. push() and
-/// isEmpty() are sequentially consistent, so a producer that appends and then tests whether a consumer
-/// looks, and a consumer that stops looking and then tests isEmpty(), can't miss each other.
+/// Memory ordering: what a thread did before push() is visible to the thread whose pop() answers
+/// the item. push() and isEmpty() are sequentially consistent: if a producer appends and then tests
+/// whether a consumer is looking for work, and a consumer stops looking and then calls isEmpty(),
+/// at least one of the two notices the other.
+/// Lifetime: it owns no item, and items that are left when it ends are lost. A consumer may destroy
+/// an item as soon as pop() has answered it, even if its push() has not returned yet.
+/// Size: 128 bytes, so that producers and consumers do not share a cache line; no limit of items.
+/// Cost: push() is one atomic exchange and never waits; pop() takes the lock unless the list is
+/// empty.
+/// Fairness: items leave in the order of the exchanges of their push() calls. Consumers have no
+/// order.
+/// Do not rely on pop() to find an item that was pushed before; see there.
 class WorkList {
  public:
-  /// Appends with one exchange.
+  /// Appends the item. Any thread.
   void push(WorkItem& item) noexcept;
-  /// The first item, or null when the list is empty or its only item is just being appended.
+  /// Removes and answers the first item, or answers null if the list is empty. Also answers null
+  /// while another thread is about to link the item behind the first one; isEmpty() is false then,
+  /// so a consumer that gives up must test it and have the list visited again.
   WorkItem* pop() noexcept ZEB_EXCLUDES(consumers_);
 
-  /// An item that is just being appended counts.
+  /// Whether there is no item. An item counts from the exchange of its push() on, which is before
+  /// pop() can answer it.
   bool isEmpty() const noexcept {
     return tail_.load(std::memory_order_seq_cst) == &stub_ &&
            head_.load(std::memory_order_relaxed) == &stub_;
   }
 
  private:
-  /// Stands in the list when it is empty, so that there is always an item to append to.
+  /// Is in the list when it has no other item, so that producers always have an item to append to.
   class Stub final : public WorkItem {
    public:
     Stub() noexcept : WorkItem(nullptr) {}
