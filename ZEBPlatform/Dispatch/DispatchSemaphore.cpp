@@ -6,13 +6,17 @@
 namespace zeb {
 
 bool DispatchSemaphore::wait(dispatch_time_t timeout) {
-  const detail::LockGuard guard(lock_);
-  if (value_ > 0) {
-    --value_;
-    return true;
+  {
+    const detail::LockGuard guard(lock_);
+    if (value_ > 0) {
+      --value_;
+      return true;
+    }
   }
   if (timeout == DISPATCH_TIME_NOW) return false;
-  detail::ThreadPool::BlockingScope blocking;
+  // Outside the lock, because the pool may start a thread in place of this one.
+  const detail::ThreadPool::BlockingScope blocking;
+  const detail::LockGuard guard(lock_);
   ++waiters_;
   while (value_ == 0 && (timeout == DISPATCH_TIME_FOREVER || mach_absolute_time() < timeout)) {
     isAvailable_.waitUntil(lock_, timeout);

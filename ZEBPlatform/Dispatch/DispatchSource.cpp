@@ -221,7 +221,7 @@ class DelayedBlock final : public DispatchTimer {
   }
 
  private:
-  void becomeDue(std::uint64_t) noexcept override {
+  void becomeDue(std::uint64_t) noexcept override ZEB_REQUIRES(DispatchTimers::lock) {
     dispatch_async(queue_, std::move(block_));
     delete this;
   }

@@ -28,6 +28,8 @@ void DispatchTimers::arm(DispatchTimer& timer) {
   isEarlier_.notifyOne();
 }
 
+void DispatchTimers::disarm(DispatchTimer& timer) noexcept { heap_.remove(timer); }
+
 void DispatchTimers::wait() noexcept {
   setExactTimeouts();
   const LockGuard guard(lock);

@@ -10,19 +10,10 @@ namespace zeb::detail {
 template <class T>
 class NeverDestroyed;
 
-/// A timer that `DispatchTimers` waits for.
-class DispatchTimer : public DeadlineNode {
- public:
-  /// Called after the deadline, when the timer has left the heap. It runs on the timers' thread with
-  /// their lock held, so it may arm the timer again but must not call foreign code.
-  virtual void becomeDue(std::uint64_t now) noexcept = 0;
+class DispatchTimer;
 
- protected:
-  ~DispatchTimer() = default;
-};
-
-/// The thread that waits for all dispatch timers. It needs no file descriptor. Made on first use and
-/// never destroyed.
+/// The thread that waits for all dispatch timers. It needs no file descriptor. Started at the first
+/// use and never ended.
 class DispatchTimers {
  public:
   static DispatchTimers& shared();
@@ -30,18 +21,30 @@ class DispatchTimers {
   /// Guards the heap and the state of the timers.
   static Lock lock;
 
-  /// Adds or moves a timer.
+  /// Adds the timer, or moves it after a change of its deadline.
   void arm(DispatchTimer& timer) ZEB_REQUIRES(lock);
-  void disarm(DispatchTimer& timer) noexcept ZEB_REQUIRES(lock) { heap_.remove(timer); }
+  /// Removes the timer if it is armed.
+  void disarm(DispatchTimer& timer) noexcept ZEB_REQUIRES(lock);
 
  private:
   friend class NeverDestroyed<DispatchTimers>;
   DispatchTimers();
-  void wait() noexcept;
+  void wait() noexcept ZEB_EXCLUDES(lock);
 
   DeadlineHeap heap_ ZEB_GUARDED_BY(lock);
   Condition isEarlier_;
-  std::uint64_t wakeUp_ ZEB_GUARDED_BY(lock) = UINT64_MAX;  ///< when the thread will look again
+  std::uint64_t wakeUp_ ZEB_GUARDED_BY(lock) = UINT64_MAX;  ///< the end of the thread's sleep
+};
+
+/// A timer that `DispatchTimers` waits for.
+class DispatchTimer : public DeadlineNode {
+ public:
+  /// Called on the timers' thread after the deadline, when the timer has left the heap. It may arm
+  /// the timer again, but must not call the user's code, because the lock is held.
+  virtual void becomeDue(std::uint64_t now) noexcept ZEB_REQUIRES(DispatchTimers::lock) = 0;
+
+ protected:
+  ~DispatchTimer() = default;
 };
 
 }  // namespace zeb::detail
