@@ -1,12 +1,16 @@
 #pragma once
 
 #include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Linux/detail/Console.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 
 #include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <functional>
 #include <random>
+#include <thread>
 
 namespace zeb::test {
 
@@ -32,6 +36,19 @@ std::string raisedName(const Call& call) {
   return "";
 }
 
+/// Waits until the condition holds. If it does not hold within five minutes, the test program ends
+/// with a message that says what was expected. `std::time` is no clock that `FakeClock` moves.
+template <class Condition>
+void waitUntil(const Condition& condition, const char* expected) {
+  const std::time_t deadline = std::time(nullptr) + 300;
+  while (!condition()) {
+    if (std::time(nullptr) > deadline) {
+      fatal(std::string("Waited for five minutes in vain until ") + expected + ".");
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
+  }
+}
+
 /// Runs the work on a thread with a stack of 256 KiB and waits for it.
 inline void runOnSmallStack(std::function<void()> work) {
   pthread_attr_t attributes;
@@ -47,8 +64,8 @@ inline void runOnSmallStack(std::function<void()> work) {
 }
 
 /// Different keys of 32 characters that share one public hash, as an attacker would make them: the
-/// hash takes in a word at a time and can be undone, so that for each first word there is a second one
-/// that leads to the wanted state. Each key joins two of such pairs.
+/// hash takes in a word at a time and can be undone, so that for each first word there is a second
+/// one that leads to the wanted state. Each key joins two of such pairs.
 inline std::vector<std::string> collidingKeys(std::size_t count) {
   std::mt19937_64 random(1);
   const auto pairsFrom = [&](std::uint64_t state, std::uint64_t wantedState) {

@@ -1,4 +1,3 @@
-#include <ZEBPlatform/Concurrency/detail/WorkItemMemory.h>
 #include <ZEBPlatform/Dispatch/DispatchOnce.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
@@ -9,7 +8,6 @@
 
 #include <array>
 #include <atomic>
-#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <latch>
@@ -122,8 +120,8 @@ TEST(DispatchQueue, MakesProgressBehindTwoHundredBlocksThatWait) {
   }
 }
 
-// More blocks than the pool may have threads: a thread that waits for a queue must not wait for the blocks
-// that were given to the pool before the queue's.
+// More blocks than the pool may have threads: a thread that waits for a queue must not wait for the
+// blocks that were given to the pool before the queue's.
 TEST(DispatchQueue, ThreadsThatWaitForQueuesDoNotWaitForTheRestOfThePool) {
   constexpr int blocks = 1500;
   const dispatch_queue_t global = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
@@ -151,7 +149,8 @@ TEST(DispatchQueue, ThreadsThatWaitForQueuesDoNotWaitForTheRestOfThePool) {
   done.wait();
   EXPECT_EQ(sum, blocks * 10);
 
-  // The same while the pool is used up by blocks that wait for this thread, inside and outside of it.
+  // The same while the pool is used up by blocks that wait for this thread, inside and outside of
+  // it.
   const dispatch_semaphore_t goOn = dispatch_semaphore_create(0);
   std::latch over(600);
   std::latch inside(1);
@@ -314,24 +313,6 @@ TEST(DispatchQueueDeathTest, NilArgumentsAreReportedByFunctionAndNilBlocksAreNot
   int calledOnce = 0;
   dispatch_once(once, [&] { ++calledOnce; });
   EXPECT_EQ(calledOnce, 1);
-}
-
-TEST(WorkItemMemory, TakesHardlyMoreThanItsBlocks) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  GTEST_SKIP() << "Sanitizers get each block from the general allocator.";
-#endif
-  constexpr std::size_t pages = 3000;
-  std::vector<void*> blocks;
-  std::set<std::uintptr_t> used;
-  while (used.size() < pages) {
-    blocks.push_back(detail::WorkItemMemory::allocate());
-    used.insert(reinterpret_cast<std::uintptr_t>(blocks.back()) / 4096);
-  }
-  // Pages with another one right behind them have lost nothing to their alignment.
-  std::size_t adjacent = 0;
-  for (const std::uintptr_t page : used) adjacent += used.contains(page + 1);
-  EXPECT_GE(adjacent, pages * 9 / 10);
-  for (void* block : blocks) detail::WorkItemMemory::free(block);
 }
 
 TEST(DispatchQueueDeathTest, ExitWithWorkPendingNeitherHangsNorCrashes) {

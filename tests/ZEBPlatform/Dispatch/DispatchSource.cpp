@@ -1,4 +1,3 @@
-#include <ZEBPlatform/Concurrency/detail/DeadlineHeap.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
 #include <ZEBPlatform/Linux/Clock.h>
@@ -6,7 +5,6 @@
 #include <signal.h>
 #include <sys/resource.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -27,32 +25,6 @@ namespace {
 const dispatch_queue_t& defaultQueue() {
   static const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   return queue;
-}
-
-TEST(DeadlineHeap, AnswersInOrderWhateverWasMovedOrRemoved) {
-  std::mt19937 random(3);
-  std::vector<detail::DeadlineNode> nodes(10'000);
-  detail::DeadlineHeap heap;
-  for (auto& node : nodes) {
-    node.deadline = random() % 5000;
-    heap.put(node);
-  }
-  for (std::size_t index = 0; index < nodes.size(); index += 3) {
-    nodes[index].deadline = random() % 5000;
-    heap.put(nodes[index]);
-    heap.remove(nodes[index + (index + 1 < nodes.size())]);
-  }
-  std::vector<std::uint64_t> expected;
-  for (const auto& node : nodes) {
-    if (node.isInHeap()) expected.push_back(node.deadline);
-  }
-  std::sort(expected.begin(), expected.end());
-  std::vector<std::uint64_t> taken;
-  while (const auto* node = heap.takeDue(4000)) taken.push_back(node->deadline);
-  EXPECT_GT(heap.nextWakeUp(), 4000u);
-  while (const auto* node = heap.takeDue(5000)) taken.push_back(node->deadline);
-  EXPECT_EQ(taken, expected);
-  EXPECT_EQ(heap.nextWakeUp(), UINT64_MAX);
 }
 
 TEST(DispatchSource, ABusyQueueGetsOneLateFiringAndNoBurst) {

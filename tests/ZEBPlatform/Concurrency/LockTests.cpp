@@ -1,0 +1,92 @@
+#include <ZEBPlatform/Concurrency/detail/Condition.h>
+#include <ZEBPlatform/Linux/Clock.h>
+
+#include <array>
+#include <utility>
+
+#include "Support/Storm.h"
+
+namespace zeb::test {
+
+using detail::Condition;
+using detail::Lock;
+using detail::LockGuard;
+
+TEST(Lock, KeepsThreadsApartAndMakesTheirChangesVisible) {
+  constexpr int rounds = 50'000;
+  Lock lock;
+  std::int64_t sum = 0;  // plain: the lock alone protects it
+  bool isInside = false;
+  int collisions = 0;
+  storm(4, [&](int thread, std::mt19937& random) {
+    for (int round = 0; round < rounds; ++round) {
+      if (thread == 0) {
+        while (!lock.try_lock()) std::this_thread::yield();
+      } else {
+        lock.lock();
+      }
+      collisions += std::exchange(isInside, true);
+      if (random() % 512 == 0) std::this_thread::yield();  // the others exhaust their spinning
+      ++sum;
+      isInside = false;
+      lock.unlock();
+    }
+  });
+  EXPECT_EQ(sum, 4 * rounds);
+  EXPECT_EQ(collisions, 0);
+}
+
+TEST(Lock, MayBeDestroyedByItsNextOwner) {
+  struct Shared {
+    Lock lock;
+    int users = 2;
+  };
+  constexpr std::size_t rounds = 5000;
+  std::vector<Shared*> shared(rounds);
+  for (Shared*& object : shared) object = new Shared;
+  storm(2, [&](int, std::mt19937&) {
+    for (Shared* object : shared) {
+      object->lock.lock();
+      const bool isLast = --object->users == 0;
+      object->lock.unlock();
+      if (isLast) delete object;
+    }
+  });
+}
+
+TEST(Condition, WakesEachThreadThatWaitsForRoomOrForContent) {
+  constexpr int perThread = 20'000;
+  constexpr int capacity = 3;
+  Lock lock;
+  Condition hasRoom, hasContent;
+  std::array<int, capacity> ring{};
+  int first = 0, count = 0;
+  std::int64_t put = 0, taken = 0;
+  storm(6, [&](int thread, std::mt19937& random) {
+    for (int round = 0; round < perThread; ++round) {
+      const LockGuard guard(lock);
+      if (thread % 2 == 0) {
+        while (count == capacity) hasRoom.wait(lock);
+        const int value = static_cast<int>(random() % 1000);
+        ring[static_cast<std::size_t>((first + count++) % capacity)] = value;
+        put += value;
+        hasContent.notifyOne();
+      } else {
+        while (count == 0) hasContent.wait(lock);
+        taken += ring[static_cast<std::size_t>(first)];
+        first = (first + 1) % capacity;
+        --count;
+        hasRoom.notifyAll();
+      }
+    }
+  });
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(put, taken);
+
+  const LockGuard guard(lock);
+  const std::uint64_t deadline = mach_absolute_time() + 1'000'000;
+  while (mach_absolute_time() < deadline) hasContent.waitUntil(lock, deadline);
+  EXPECT_FALSE(lock.try_lock()) << "the wait has locked it again";
+}
+
+}  // namespace zeb::test
