@@ -9,10 +9,10 @@ namespace zeb::detail {
 
 namespace {
 
-/// After this many blocks a thread ends its turn if other work is waiting.
-constexpr int itemsPerTurn = 128;
-/// How long a thread that has run the last block looks for a next one: about as long as it takes to get a
-/// thread from the pool.
+/// After this many blocks a thread ends its turn if other work waits.
+constexpr int maxItemsPerTurn = 128;
+/// A thread that has run the last block tests this often for another one, which takes about as long
+/// as getting a thread from the pool.
 constexpr int maxSpins = 100;
 
 }  // namespace
@@ -20,8 +20,8 @@ constexpr int maxSpins = 100;
 ConcurrentQueue::ConcurrentQueue(std::string_view label, Urgency urgency)
     : PooledQueue(label, urgency) {}
 
-/// The queue refers to itself while anything is inside, from the first one's entrance on. The caller
-/// has a reference of its own.
+/// The queue holds a reference to itself while anything is inside; whoever enters first retains it.
+/// The caller has a reference of its own.
 bool ConcurrentQueue::tryEnter(Access access) noexcept {
   std::uint64_t state = state_.load(std::memory_order_relaxed);
   for (;;) {
@@ -35,46 +35,47 @@ bool ConcurrentQueue::tryEnter(Access access) noexcept {
   }
 }
 
-/// Lets it in now, or puts it in line.
-void ConcurrentQueue::enterOrQueue(Waiting waiting) {
-  bool mustAdmit = false;
+/// Admits the waiter now if the queue is open, and otherwise adds it to those that wait.
+void ConcurrentQueue::enterOrWait(Waiter waiter) {
+  bool isUnattended = false;
   {
     LockGuard guard(lock_);
-    if (tryEnter(waiting.access)) {
+    if (tryEnter(waiter.access)) {
       guard.unlock();
-      letIn(waiting);
-      if (waiting.item) announce();
+      admitOne(waiter);
+      if (waiter.item) announce();
       return;
     }
-    line_.push_back(waiting);
-    // If the last one inside has left an open queue just now, nobody else will admit the line.
-    mustAdmit = state_.fetch_or(closed, std::memory_order_acq_rel) == 0;
+    waiters_.push_back(waiter);
+    // If the last one inside has just left while the queue was open, no other thread will admit it.
+    isUnattended = state_.fetch_or(closed, std::memory_order_acq_rel) == 0;
   }
-  if (!mustAdmit) return;
+  if (!isUnattended) return;
   retain();
-  admit();
+  admitNext();
 }
 
-/// It has entered. Blocks must be announced afterwards.
-void ConcurrentQueue::letIn(const Waiting& waiting) noexcept {
-  if (waiting.gate) {
-    waiting.gate->open();
+/// Lets a waiter that has entered go on. Blocks must be announced afterwards.
+void ConcurrentQueue::admitOne(const Waiter& waiter) noexcept {
+  if (waiter.gate) {
+    waiter.gate->open();
   } else {
-    ready_.push(*waiting.item);
+    ready_.push(*waiter.item);
   }
 }
 
-/// Makes sure that a thread takes the blocks in `ready_`. A producer first appends a block and then looks
-/// for threads that look at the list; such a thread first stops counting as one and then tests whether the
-/// list is empty. These operations are sequentially consistent, so one of the two sees the other.
+/// Makes sure that a thread takes the blocks in `ready_`. A producer first appends a block and then
+/// tests whether a thread is spinning; such a thread first stops counting as one and then tests
+/// whether the list is empty. These operations are sequentially consistent, so one of the two
+/// notices the other.
 void ConcurrentQueue::announce() noexcept {
-  if (lookers_.load(std::memory_order_seq_cst) == 0) requestTurn();
+  if (spinning_.load(std::memory_order_seq_cst) == 0) requestTurn();
 }
 
 void ConcurrentQueue::takeTurn() {
   WorkItem* item = ready_.pop();
-  for (int left = itemsPerTurn; item; --left) {
-    // One thread less for the others: they get another one.
+  for (int left = maxItemsPerTurn; item; --left) {
+    // This thread is busy now, so the other blocks get another thread.
     if (!ready_.isEmpty()) requestTurn();
     item->runner->runItem(*item);
     if (left <= 0 && shouldYield()) {
@@ -82,47 +83,48 @@ void ConcurrentQueue::takeTurn() {
       return;
     }
     item = ready_.pop();
-    if (!item) item = lookForNext();
+    if (!item) item = spinForNext();
   }
-  // A block that is just being appended can't be popped yet, but its producer may already rely on this
-  // turn. The list does not count as empty then.
+  // A block whose push() is under way cannot be popped yet, but its producer may already rely on
+  // this turn. The list does not count as empty then.
   if (!ready_.isEmpty()) requestTurn();
 }
 
-WorkItem* ConcurrentQueue::lookForNext() noexcept {
+WorkItem* ConcurrentQueue::spinForNext() noexcept {
   WorkItem* item = nullptr;
-  lookers_.fetch_add(1, std::memory_order_seq_cst);
+  spinning_.fetch_add(1, std::memory_order_seq_cst);
   spin(maxSpins, [&] { return (item = ready_.pop()) != nullptr; });
-  lookers_.fetch_sub(1, std::memory_order_seq_cst);
+  spinning_.fetch_sub(1, std::memory_order_seq_cst);
   return item ? item : ready_.pop();
 }
 
-/// The last one inside has left a closed queue: lets in the next barrier, or all up to it.
-void ConcurrentQueue::admit() {
-  std::vector<Waiting> admitted;
+/// Called when the last one inside has left a closed queue: admits the next barrier, or all waiters
+/// up to the next barrier.
+void ConcurrentQueue::admitNext() {
+  std::vector<Waiter> admitted;
   bool isEmpty = false;
   {
     const LockGuard guard(lock_);
-    if (!line_.empty() && line_.front().access == Access::exclusive) {
-      admitted.push_back(line_.front());
-      line_.pop_front();
+    if (!waiters_.empty() && waiters_.front().access == Access::exclusive) {
+      admitted.push_back(waiters_.front());
+      waiters_.pop_front();
       state_.store(closed | 1, std::memory_order_release);
     } else {
-      while (!line_.empty() && line_.front().access == Access::shared) {
-        admitted.push_back(line_.front());
-        line_.pop_front();
+      while (!waiters_.empty() && waiters_.front().access == Access::shared) {
+        admitted.push_back(waiters_.front());
+        waiters_.pop_front();
       }
       const std::uint64_t running = admitted.size();
-      isEmpty = line_.empty() && running == 0;
-      state_.store(line_.empty() ? running : closed | running, std::memory_order_release);
+      isEmpty = waiters_.empty() && running == 0;
+      state_.store(waiters_.empty() ? running : closed | running, std::memory_order_release);
     }
   }
-  // A block that was let in may finish and release the queue before the others have been told.
+  // An admitted block may finish and release the queue before the other waiters have been admitted.
   const dispatch_queue_t alive(this);
   bool hasBlocks = false;
-  for (const Waiting& waiting : admitted) {
-    hasBlocks |= waiting.item != nullptr;
-    letIn(waiting);
+  for (const Waiter& waiter : admitted) {
+    hasBlocks |= waiter.item != nullptr;
+    admitOne(waiter);
   }
   if (hasBlocks) announce();
   if (isEmpty) release();
@@ -131,27 +133,27 @@ void ConcurrentQueue::admit() {
 void ConcurrentQueue::leave() noexcept {
   const std::uint64_t before = state_.fetch_sub(1, std::memory_order_acq_rel);
   if (before == (closed | 1)) {
-    admit();
+    admitNext();
   } else if (before == 1) {
     release();
   }
 }
 
 void ConcurrentQueue::async(WorkItem& item) noexcept {
-  const dispatch_queue_t alive(this);  // even if the block lets the caller's reference go meanwhile
+  const dispatch_queue_t alive(this);  // the block may release the caller's reference meanwhile
   item.runner = &sharedRunner_;
   if (tryEnter(Access::shared)) {
     ready_.push(item);
     announce();
   } else {
-    enterOrQueue({&item, nullptr, Access::shared});
+    enterOrWait({&item, nullptr, Access::shared});
   }
 }
 
 void ConcurrentQueue::barrierAsync(WorkItem& item) noexcept {
   const dispatch_queue_t alive(this);
   item.runner = &exclusiveRunner_;
-  enterOrQueue({&item, nullptr, Access::exclusive});
+  enterOrWait({&item, nullptr, Access::exclusive});
 }
 
 void ConcurrentQueue::Runner::runItem(WorkItem& item) {
@@ -166,8 +168,8 @@ void ConcurrentQueue::Runner::runItem(WorkItem& item) {
 void ConcurrentQueue::sync(FunctionView<void()> block) {
   if (const QueueFrame* frame = QueueFrame::find(*this)) {
     if (frame->access() == Access::exclusive) reportDeadlock("dispatch_sync", *this);
-    // Already inside. Standing in line behind a barrier, which waits for this thread to leave, would
-    // never end.
+    // The thread is inside already. Waiting behind a barrier, which waits for this thread to leave,
+    // would never end.
     block();
     return;
   }
@@ -182,7 +184,7 @@ void ConcurrentQueue::barrierSync(FunctionView<void()> block) {
 void ConcurrentQueue::runInside(Access access, FunctionView<void()> block) {
   if (!tryEnter(access)) {
     ThreadGate gate;
-    enterOrQueue({nullptr, &gate, access});
+    enterOrWait({nullptr, &gate, access});
     waitAt(gate);
   }
   struct Stay {

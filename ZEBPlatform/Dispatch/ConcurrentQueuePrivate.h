@@ -10,12 +10,14 @@
 
 namespace zeb::detail {
 
-/// A concurrent queue with barriers: a lock that is open to many shared holders or to one exclusive one,
-/// where whoever finds it closed waits in line, threads and blocks alike. While no barrier is about,
-/// blocks are let in at once and nothing is locked.
+/// A concurrent queue with barriers. It works like a reader-writer lock: many blocks with shared
+/// access or one with exclusive access are inside at a time. Blocks and threads that find it closed
+/// wait in first-in-first-out order. While no barrier runs or waits, blocks enter at once without a
+/// lock.
 ///
-/// Blocks that were let in lie in a list of the queue's own, from which each thread of the pool that takes a turn runs
-/// as many as it can; while the list is not empty, one more turn is requested or a thread looks at the list.
+/// Blocks that have entered lie in a list of the queue's own. Each thread of the pool that takes a
+/// turn runs blocks of the list. While the list is not empty, a turn is requested or a thread is
+/// looking at the list.
 class ConcurrentQueue final : public PooledQueue {
  public:
   ConcurrentQueue(std::string_view label, Urgency urgency);
@@ -28,8 +30,8 @@ class ConcurrentQueue final : public PooledQueue {
  private:
   using Access = QueueFrame::Access;
 
-  /// In line: a block, or a thread at its gate.
-  struct Waiting {
+  /// Waits to enter: a block, or a thread at its gate. The other pointer is null.
+  struct Waiter {
     WorkItem* item;
     ThreadGate* gate;
     Access access;
@@ -46,26 +48,26 @@ class ConcurrentQueue final : public PooledQueue {
     const Access access_;
   };
 
-  bool tryEnter(Access access) noexcept;
-  void enterOrQueue(Waiting waiting) ZEB_EXCLUDES(lock_);
-  void letIn(const Waiting& waiting) noexcept;
+  [[nodiscard]] bool tryEnter(Access access) noexcept;
+  void enterOrWait(Waiter waiter) ZEB_EXCLUDES(lock_);
+  void admitOne(const Waiter& waiter) noexcept;
   void announce() noexcept;
   void takeTurn() override;
-  WorkItem* lookForNext() noexcept;
-  void leave() noexcept;
-  void admit() ZEB_EXCLUDES(lock_);
+  WorkItem* spinForNext() noexcept;
+  void leave() noexcept ZEB_EXCLUDES(lock_);
+  void admitNext() ZEB_EXCLUDES(lock_);
   void runInside(Access access, FunctionView<void()> block);
 
-  /// Set while a barrier runs or waits: new arrivals stand in line.
+  /// Set while a barrier runs or waits: newcomers must wait.
   static constexpr std::uint64_t closed = std::uint64_t{1} << 63;
 
   Runner sharedRunner_{*this, Access::shared};
   Runner exclusiveRunner_{*this, Access::exclusive};
-  alignas(64) std::atomic<std::uint64_t> state_{0};  ///< how many run, and `closed`
+  alignas(64) std::atomic<std::uint64_t> state_{0};  ///< the number inside, and `closed`
   Lock lock_;
-  std::deque<Waiting> line_ ZEB_GUARDED_BY(lock_);
-  WorkList ready_;                           ///< blocks that were let in and have not begun
-  alignas(64) std::atomic<int> lookers_{0};  ///< threads that look at `ready_` before they leave
+  std::deque<Waiter> waiters_ ZEB_GUARDED_BY(lock_);
+  WorkList ready_;                            ///< blocks that have entered and have not begun
+  alignas(64) std::atomic<int> spinning_{0};  ///< threads that test `ready_` before they leave
 };
 
 }  // namespace zeb::detail

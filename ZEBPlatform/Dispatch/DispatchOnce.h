@@ -11,8 +11,8 @@ namespace zeb {
 using dispatch_once_t = std::once_flag;
 
 /// Calls the callable if nobody has done so through this predicate; returns when that call is done,
-/// whoever made it. If it throws, the next caller tries again. A nil block is nothing to do, and leaves the
-/// predicate as it is.
+/// whoever made it. If it throws, the next caller tries again. A nil block is nothing to do, and
+/// leaves the predicate as it is.
 template <class Callable>
 void dispatch_once(dispatch_once_t& predicate, Callable&& initialise) {
   if (detail::isNilCallable(initialise)) return;

@@ -30,8 +30,8 @@ using dispatch_semaphore_t = Ref<DispatchSemaphore>;
 /// Nil for a negative value.
 dispatch_semaphore_t dispatch_semaphore_create(std::int64_t value);
 
-/// Takes one, waiting until `timeout` for it. 0 if it got one, another number if time ran out. Here and below a
-/// nil semaphore stops the process with a message that names the function.
+/// Takes one, waiting until `timeout` for it. 0 if it got one, another number if time ran out. Here
+/// and below a nil semaphore stops the process with a message that names the function.
 std::int64_t dispatch_semaphore_wait(const dispatch_semaphore_t& semaphore,
                                      dispatch_time_t timeout);
 

@@ -15,9 +15,9 @@ using detail::DispatchTimer;
 using detail::DispatchTimers;
 using detail::LockGuard;
 
-/// At most one event is under way, from its submission to the handler's return; firings that fall due
-/// meanwhile are remembered as one. So a handler never runs twice at the same time, and a busy queue
-/// never gets a burst.
+/// At most one event is under way, from its submission to the handler's return; firings that fall
+/// due meanwhile are remembered as one. So a handler never runs twice at the same time, and a busy
+/// queue never gets a burst.
 class TimerSource final : public DispatchSource, public DispatchTimer {
  public:
   explicit TimerSource(dispatch_queue_t queue) : queue_(std::move(queue)) {}
@@ -91,7 +91,8 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     }
   }
 
-  /// While an event is under way the timer is not armed again, so that a busy queue costs no wake-ups.
+  /// While an event is under way the timer is not armed again, so that a busy queue costs no
+  /// wake-ups.
   void becomeDue(std::uint64_t now) noexcept override ZEB_REQUIRES(DispatchTimers::lock) {
     if (isUnderWay_) {
       hasMissed_ = true;

@@ -13,8 +13,8 @@ namespace detail {
 
 namespace {
 
-/// After so many blocks the run loop looks at its timers and sources again.
-constexpr int itemsPerTurn = 256;
+/// After this many blocks the run loop serves its timers and sources again.
+constexpr int maxItemsPerTurn = 256;
 
 /// A block that another thread waits for.
 class SyncItem final : public WorkItem {
@@ -50,7 +50,7 @@ class SyncItem final : public WorkItem {
 };
 
 MainQueue& mainQueue() {
-  // Never released: the count of references begins with one of its own.
+  // The reference count never reaches zero, because nothing releases its initial reference.
   static NeverDestroyed<MainQueue> queue;
   return *queue;
 }
@@ -70,9 +70,9 @@ void MainQueue::setWaker(void (*wake)()) {
 }
 
 bool MainQueue::runItemsOnMainThread() noexcept {
-  // Cleared before the items run: as soon as the last one is done, a producer may set it anew.
+  // Cleared before the items run: as soon as the last one is done, a producer may set it again.
   if (!isReady_.exchange(false)) return false;
-  if (!runItems(itemsPerTurn)) return false;
+  if (!runItems(maxItemsPerTurn)) return false;
   isReady_.store(true);
   return true;
 }

@@ -6,11 +6,12 @@ namespace zeb::detail {
 PooledQueue::PooledQueue(std::string_view label, Urgency urgency)
     : DispatchQueue(label), urgency_(urgency) {}
 
-// Promotion is by the order of sequentially consistent operations: who requests a turn first sets the
-// request, then looks for waiting threads; who waits first counts itself, then looks for a request.
+// No waiting thread is missed because of the order of sequentially consistent operations: a thread
+// that requests a turn first sets the request and then tests for waiting threads; a thread that
+// waits first counts itself and then tests for a request.
 void PooledQueue::requestTurn() noexcept {
   if (turn_.load(std::memory_order_seq_cst) & requested) return;
-  retain();  // for the entry; an earlier one may serve the request, and the queue go, at once
+  retain();  // for the entry: another one may serve the request and release the queue at once
   const std::uint32_t bit = isAwaited() ? isPromoted : isListed;
   const std::uint32_t before = turn_.fetch_or(requested | bit, std::memory_order_seq_cst);
   if (bit == isListed && isAwaited()) promoteTurn();
@@ -23,7 +24,7 @@ void PooledQueue::requestTurn() noexcept {
   }
 }
 
-/// Whether that gave the pool an entry.
+/// Answers whether that added an entry to the pool.
 bool PooledQueue::promoteTurn() noexcept {
   std::uint32_t turn = turn_.load(std::memory_order_seq_cst);
   do {
@@ -56,7 +57,7 @@ PooledQueue::Entry::Entry(PooledQueue& queue, std::uint32_t bit) noexcept
 }
 
 void PooledQueue::Entry::runItem(WorkItem&) {
-  PooledQueue& queue = queue_;  // the entry itself may be in the pool again soon
+  PooledQueue& queue = queue_;  // the entry itself may be submitted again at once
   const std::uint32_t before =
       queue.turn_.fetch_and(~(requested | bit_), std::memory_order_seq_cst);
   if (before & requested) queue.takeTurn();

@@ -8,15 +8,15 @@ namespace zeb::detail {
 
 namespace {
 
-/// After so many items a queue lets others have its thread, if any wait.
-constexpr int itemsPerTurn = 128;
-/// How long a thread that has run the last item looks for a next one: about as long as it takes to get a
-/// thread from the pool.
+/// After this many items a queue gives up its thread if other work waits.
+constexpr int maxItemsPerTurn = 128;
+/// A thread that has run the last item tests this often for another one, which takes about as long
+/// as getting a thread from the pool.
 constexpr int maxSpins = 100;
 
 }  // namespace
 
-/// A thread that waits for its turn in `sync`. Reaching the front makes it the queue's owner.
+/// A thread that waits in `sync`. It becomes the queue's owner when its item reaches the head.
 class SerialQueue::Waiter final : public WorkItem {
  public:
   Waiter() noexcept : WorkItem(&operate) {}
@@ -34,28 +34,28 @@ class SerialQueue::Waiter final : public WorkItem {
 
 SerialQueue::SerialQueue(std::string_view label, Urgency urgency) : PooledQueue(label, urgency) {}
 
-/// Whether the list was empty, so that the caller owns the queue now.
+/// Answers whether the list was empty, so that the caller is the owner now.
 bool SerialQueue::append(WorkItem& item) noexcept {
   item.next.store(nullptr, std::memory_order_relaxed);
-  WorkItem* previous = back_.exchange(&item, std::memory_order_acq_rel);
+  WorkItem* previous = tail_.exchange(&item, std::memory_order_acq_rel);
   if (previous) {
     previous->next.store(&item, std::memory_order_release);
     return false;
   }
-  front_ = &item;
+  head_ = &item;
   return true;
 }
 
-/// The new front, or null: then the caller owns the queue no longer.
-WorkItem* SerialQueue::removeFront(WorkItem& front) noexcept {
-  WorkItem* next = front.next.load(std::memory_order_acquire);
+/// Answers the new head, or null: then the list is empty and the caller is no longer the owner.
+WorkItem* SerialQueue::removeHead(WorkItem& head) noexcept {
+  WorkItem* next = head.next.load(std::memory_order_acquire);
   if (!next) {
-    WorkItem* expected = &front;
-    if (back_.compare_exchange_strong(expected, nullptr, std::memory_order_acq_rel)) return nullptr;
-    // A producer has become the back, but not linked itself to us yet.
-    while (!(next = front.next.load(std::memory_order_acquire))) relaxProcessor();
+    WorkItem* expected = &head;
+    if (tail_.compare_exchange_strong(expected, nullptr, std::memory_order_acq_rel)) return nullptr;
+    // A producer has appended its item, but has not linked it to this one yet.
+    while (!(next = head.next.load(std::memory_order_acquire))) relaxProcessor();
   }
-  front_ = next;
+  head_ = next;
   return next;
 }
 
@@ -66,15 +66,15 @@ void SerialQueue::async(WorkItem& item) noexcept {
 void SerialQueue::schedule() noexcept { requestTurn(); }
 
 void SerialQueue::takeTurn() {
-  while (runItems(itemsPerTurn)) {
+  while (runItems(maxItemsPerTurn)) {
     if (shouldYield()) return requestTurn();
   }
 }
 
-bool SerialQueue::runItems(int most) {
+bool SerialQueue::runItems(int maxItems) {
   QueueFrame frame(*this, QueueFrame::Access::exclusive);
-  WorkItem* item = front_;
-  for (;;) {
+  WorkItem* item = head_;
+  for (int left = maxItems;;) {
     if (Waiter::isOne(*item)) {
       static_cast<Waiter*>(item)->giveTurn();
       return false;
@@ -82,17 +82,18 @@ bool SerialQueue::runItems(int most) {
     item->run();
     const auto hasNext = [item] { return item->next.load(std::memory_order_relaxed) != nullptr; };
     if (!hasNext()) spin(maxSpins, hasNext);
-    WorkItem* next = removeFront(*item);
+    WorkItem* next = removeHead(*item);
     item->dispose();
     if (!next) return false;
-    if (--most == 0) return true;
+    if (--left == 0) return true;
     item = next;
   }
 }
 
-/// Ends an ownership that began in `sync`: the rest is for the next waiter, or for the queue's thread.
-void SerialQueue::passOn(WorkItem& front) noexcept {
-  WorkItem* next = removeFront(front);
+/// Ends an ownership that began in `sync`. The next owner is the next waiting thread, or a thread
+/// that runs the items.
+void SerialQueue::passOn(WorkItem& head) noexcept {
+  WorkItem* next = removeHead(head);
   if (!next) return;
   if (Waiter::isOne(*next)) {
     static_cast<Waiter*>(next)->giveTurn();
@@ -103,7 +104,7 @@ void SerialQueue::passOn(WorkItem& front) noexcept {
 
 void SerialQueue::sync(FunctionView<void()> block) {
   if (QueueFrame::find(*this)) reportDeadlock("dispatch_sync", *this);
-  const dispatch_queue_t alive(this);  // even if the block lets the caller's reference go
+  const dispatch_queue_t alive(this);  // the block may release the caller's reference
   Waiter waiter;
   if (!append(waiter)) waitAt(waiter.gate());
   struct Ownership {

@@ -8,9 +8,9 @@ namespace zeb::detail {
 
 /// A serial queue as a linked list that producers append to with one exchange.
 ///
-/// Whoever makes the list non-empty owns the queue, or hands it to a thread that does; the item that
-/// runs stays at the front until it is done, so that "the list is empty" and "nobody owns the queue" are
-/// one and the same.
+/// The thread that appends to the empty list becomes the queue's owner, which alone removes items,
+/// and may pass the ownership on. The item that runs stays at the head until it is done, so that
+/// "the list is empty" and "the queue has no owner" are the same fact.
 class SerialQueue : public PooledQueue {
  public:
   SerialQueue(std::string_view label, Urgency urgency);
@@ -21,22 +21,23 @@ class SerialQueue : public PooledQueue {
   void barrierSync(FunctionView<void()> block) final { sync(block); }
 
  protected:
-  /// Has the items run, by whatever thread serves this queue. Called by the owner.
+  /// Passes the ownership to a thread that runs the items. Called by the owner.
   virtual void schedule() noexcept;
-  /// Runs items as the owner until none is left, or a waiting thread has taken over, or `most` have run.
-  /// Whether the caller still owns the queue, for there are more.
-  bool runItems(int most);
+  /// Runs items as the owner until the list is empty, a waiting thread has become the owner, or
+  /// `maxItems` have run. Answers whether the caller still owns the queue, because it has more
+  /// items.
+  [[nodiscard]] bool runItems(int maxItems);
 
  private:
   class Waiter;
 
   void takeTurn() final;
-  bool append(WorkItem& item) noexcept;
-  WorkItem* removeFront(WorkItem& front) noexcept;
-  void passOn(WorkItem& front) noexcept;
+  [[nodiscard]] bool append(WorkItem& item) noexcept;
+  WorkItem* removeHead(WorkItem& head) noexcept;
+  void passOn(WorkItem& head) noexcept;
 
-  alignas(64) std::atomic<WorkItem*> back_{nullptr};
-  alignas(64) WorkItem* front_ = nullptr;  ///< the owner's
+  alignas(64) std::atomic<WorkItem*> tail_{nullptr};
+  alignas(64) WorkItem* head_ = nullptr;  ///< used by the owner only
 };
 
 }  // namespace zeb::detail

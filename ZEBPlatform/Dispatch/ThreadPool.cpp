@@ -16,14 +16,16 @@ namespace zeb::detail {
 
 namespace {
 
-/// Looking for work before going to sleep: shorter than the sleep and the wake-up that it saves.
+/// A thread tests this often for work before it sleeps. That takes less time than the sleep and the
+/// wake-up that it saves.
 constexpr int maxSpins = 2000;
-/// A thread beyond the number of processors leaves after so long without work.
+/// A thread beyond the number of processors ends after this time without work, in nanoseconds.
 constexpr std::uint64_t surplusLifetime = 5'000'000'000;
-/// How often the watcher looks at threads that leave work waiting.
+/// While work waits, the watcher examines the threads after each such interval.
 constexpr std::chrono::milliseconds watchInterval{5};
-/// Looking at hundreds of threads takes long; looks in vain may take this part of a processor at most.
-constexpr int watchShare = 20;
+/// Examining hundreds of threads takes long. Examinations without a result are this many times
+/// their own duration apart, so that they take at most a twentieth of a processor.
+constexpr int minIdleRatio = 20;
 
 }  // namespace
 
@@ -42,12 +44,13 @@ ThreadPool::ThreadPool() : processors_(usableProcessorCount()) {
     reserve_.workers.reserve(maxThreads);
   }
   const auto watch = [](void* pool) { static_cast<ThreadPool*>(pool)->watch(); };
-  // Without a thread for it only the waits of this library are seen.
+  // Without a watcher the pool only knows of waits of this library.
   if (!startServiceThread("zeb-pool-watch", watch, this)) isWatched_ = true;
 }
 
-// Waking is by the order of sequentially consistent operations: a producer first appends, then looks for
-// threads that look for work; a thread first notes that it stops looking, then looks a last time.
+// No wake-up is lost because of the order of sequentially consistent operations: a producer first
+// appends its item and then tests for threads that look for work; a thread first records that it
+// stops looking and then tests for work once more.
 void ThreadPool::submit(WorkItem& item, Urgency urgency) {
   waiting_[static_cast<std::size_t>(urgency)].push(item);
   wakeOrGrow();
@@ -63,66 +66,67 @@ bool ThreadPool::hasWaitingWork() const noexcept {
                                          [](const WorkList& list) { return !list.isEmpty(); });
 }
 
-bool ThreadPool::hasWorkFor(const Crew& crew) const noexcept {
-  return &crew == &reserve_ ? hasAwaitedWork() : hasWaitingWork();
+bool ThreadPool::hasWorkFor(const WorkerGroup& group) const noexcept {
+  return &group == &reserve_ ? hasAwaitedWork() : hasWaitingWork();
 }
 
 void ThreadPool::wakeOrGrow() {
   if (spinning_.load(std::memory_order_seq_cst) > 0) return;
   if (wake(ordinary_) || growIfShort(ordinary_)) return;
   if (hasAwaitedWork() && !wake(reserve_)) growIfShort(reserve_);
-  // All threads are busy, or blocked without our knowing.
+  // All threads are busy, or blocked in ways that the pool does not know of.
   if (!mayGrow()) return;
   if (isWatched_.load() || isWatched_.exchange(true)) return;
   const LockGuard guard(watchLock_);
   watch_.notifyOne();
 }
 
-/// Whether one slept.
-bool ThreadPool::wake(Crew& crew) {
-  if (crew.sleeping.load(std::memory_order_seq_cst) == 0) return false;
+/// Answers whether a thread slept and was woken.
+bool ThreadPool::wake(WorkerGroup& group) {
+  if (group.sleeping.load(std::memory_order_seq_cst) == 0) return false;
   const LockGuard guard(lock);
-  Worker* const worker = crew.lastSleeper;
+  Worker* const worker = group.lastSleeper;
   if (!worker) return false;
-  crew.lastSleeper = worker->nextSleeper;
-  crew.sleeping.fetch_sub(1, std::memory_order_seq_cst);
+  group.lastSleeper = worker->nextSleeper;
+  group.sleeping.fetch_sub(1, std::memory_order_seq_cst);
   worker->isWoken = true;
   worker->wake.notifyOne();
   return true;
 }
 
-/// Whether a thread was missing and could be started.
-bool ThreadPool::growIfShort(Crew& crew) {
-  std::size_t threads = crew.threads.load(std::memory_order_relaxed);
+/// Answers whether a thread was missing and was started.
+bool ThreadPool::growIfShort(WorkerGroup& group) {
+  std::size_t threads = group.threads.load(std::memory_order_relaxed);
   do {
-    const std::size_t blocked = crew.blocked.load(std::memory_order_seq_cst);
+    const std::size_t blocked = group.blocked.load(std::memory_order_seq_cst);
     if (threads >= std::min(maxThreads, processors_ + blocked)) return false;
-  } while (!crew.threads.compare_exchange_weak(threads, threads + 1, std::memory_order_relaxed));
-  return startThread(crew);
+  } while (!group.threads.compare_exchange_weak(threads, threads + 1, std::memory_order_relaxed));
+  return startThread(group);
 }
 
-/// Starts a thread that the crew counts already.
-bool ThreadPool::startThread(Crew& crew) {
-  const auto work = [](void* ofCrew) { shared().work(*static_cast<Crew*>(ofCrew)); };
-  if (startServiceThread(&crew == &reserve_ ? "zeb-reserve" : "zeb-pool", work, &crew)) return true;
-  // The system has no thread to give: the work waits for those that there are.
-  if (crew.threads.fetch_sub(1, std::memory_order_relaxed) == 1 && &crew == &ordinary_) {
+/// Starts a thread that the group counts already. Answers false if the system refuses.
+bool ThreadPool::startThread(WorkerGroup& group) {
+  const auto work = [](void* ofGroup) { shared().work(*static_cast<WorkerGroup*>(ofGroup)); };
+  if (startServiceThread(&group == &reserve_ ? "zeb-reserve" : "zeb-pool", work, &group))
+    return true;
+  // The work waits for the threads that exist.
+  if (group.threads.fetch_sub(1, std::memory_order_relaxed) == 1 && &group == &ordinary_) {
     fatal("No thread is left to run queued work.");
   }
   return false;
 }
 
-/// Whether there is work that would be run if there were more threads, and may be more of them. Otherwise there is
-/// nothing to watch: the work waits until a thread takes it.
+/// Whether more threads would run more of the queued work and the limit allows them. Otherwise the
+/// watcher has nothing to do: the work waits until a thread takes it.
 bool ThreadPool::mayGrow() const noexcept {
-  const auto mayGrow = [this](const Crew& crew) {
-    return crew.threads.load(std::memory_order_seq_cst) < maxThreads && hasWorkFor(crew);
+  const auto mayGrow = [this](const WorkerGroup& group) {
+    return group.threads.load(std::memory_order_seq_cst) < maxThreads && hasWorkFor(group);
   };
   return mayGrow(ordinary_) || mayGrow(reserve_);
 }
 
-/// Finds threads that are blocked in a way that this library does not see: while work waits and fewer
-/// threads can run than there are processors, there are such ones.
+/// The watcher's loop. Replaces threads that are blocked in ways that the pool does not know of:
+/// such threads exist if work waits and fewer threads are runnable than there are processors.
 void ThreadPool::watch() {
   for (;;) {
     {
@@ -137,21 +141,22 @@ void ThreadPool::watch() {
       hasReplaced |= replaceBlocked(reserve_);
       const std::chrono::nanoseconds duration = std::chrono::steady_clock::now() - begin;
       interval = watchInterval;
-      if (!hasReplaced) interval = std::max(interval, duration * watchShare);
+      if (!hasReplaced) interval = std::max(interval, duration * minIdleRatio);
     }
     isWatched_.store(false);
-    if (mayGrow()) wakeOrGrow();  // what came meanwhile saw a watcher
+    if (mayGrow()) wakeOrGrow();  // for items that were submitted while a watcher seemed to run
   }
 }
 
-/// Whether a thread was missing and could be started.
-bool ThreadPool::replaceBlocked(Crew& crew) {
-  if (!hasWorkFor(crew) || crew.threads.load(std::memory_order_relaxed) >= maxThreads) return false;
+/// Answers whether a thread was missing and was started.
+bool ThreadPool::replaceBlocked(WorkerGroup& group) {
+  if (!hasWorkFor(group) || group.threads.load(std::memory_order_relaxed) >= maxThreads)
+    return false;
   std::array<int, maxThreads> identifiers;
-  std::size_t candidates = 0;  // those that are not blocked as far as we know
+  std::size_t candidates = 0;  // threads that the pool does not know to be blocked
   {
     const LockGuard guard(lock);
-    for (const Worker* worker : crew.workers) {
+    for (const Worker* worker : group.workers) {
       if (worker->blockingScopes.load(std::memory_order_relaxed) > 0) continue;
       identifiers[candidates++] = worker->identifier;
     }
@@ -161,49 +166,50 @@ bool ThreadPool::replaceBlocked(Crew& crew) {
     runnable += !isThreadBlocked(identifiers[index]);
     if (runnable == processors_) return false;
   }
-  if (!hasWorkFor(crew)) return false;
-  // Other threads may have started some while the states were read.
-  std::size_t threads = crew.threads.load(std::memory_order_relaxed);
+  if (!hasWorkFor(group)) return false;
+  // Other threads may have changed the number while the states were read.
+  std::size_t threads = group.threads.load(std::memory_order_relaxed);
   do {
     if (threads >= maxThreads) return false;
-  } while (!crew.threads.compare_exchange_weak(threads, threads + 1, std::memory_order_relaxed));
-  return startThread(crew);
+  } while (!group.threads.compare_exchange_weak(threads, threads + 1, std::memory_order_relaxed));
+  return startThread(group);
 }
 
-WorkItem* ThreadPool::takeFor(const Crew& crew) noexcept {
+WorkItem* ThreadPool::takeFor(const WorkerGroup& group) noexcept {
   if (WorkItem* item = awaited_.pop()) return item;
-  if (&crew == &reserve_) return nullptr;
+  if (&group == &reserve_) return nullptr;
   for (WorkList& list : waiting_) {
     if (WorkItem* item = list.pop()) return item;
   }
   return nullptr;
 }
 
-/// For a while, unless another thread does so already: one that looks is enough.
-WorkItem* ThreadPool::lookForWork() {
+/// Tests for work repeatedly for a short time, unless another thread does so already: one is
+/// enough.
+WorkItem* ThreadPool::spinForWork() {
   WorkItem* item = nullptr;
   if (spinning_.fetch_add(1, std::memory_order_seq_cst) == 0) {
     spin(maxSpins, [&] { return (item = takeFor(ordinary_)) != nullptr; });
   }
   spinning_.fetch_sub(1, std::memory_order_seq_cst);
-  // Producers relied on this thread's looking: there may be more than what it found.
+  // Producers relied on this thread: there may be more work than the item that it found.
   if (item && hasWaitingWork()) wakeOrGrow();
   return item;
 }
 
-ThreadPool::Worker::Worker(Crew& ofCrew) noexcept
-    : crew(ofCrew), identifier(currentThreadIdentifier()) {}
+ThreadPool::Worker::Worker(WorkerGroup& ofGroup) noexcept
+    : group(ofGroup), identifier(currentThreadIdentifier()) {}
 
-void ThreadPool::work(Crew& crew) {
-  Worker self(crew);
+void ThreadPool::work(WorkerGroup& group) {
+  Worker self(group);
   currentWorker = &self;
   {
     const LockGuard guard(lock);
-    crew.workers.push_back(&self);
+    group.workers.push_back(&self);
   }
   for (;;) {
-    WorkItem* item = takeFor(crew);
-    if (!item && &crew == &ordinary_) item = lookForWork();
+    WorkItem* item = takeFor(group);
+    if (!item && &group == &ordinary_) item = spinForWork();
     if (!item) {
       if (!sleepUntilWoken(self)) break;
     } else if (item->runner) {
@@ -214,42 +220,44 @@ void ThreadPool::work(Crew& crew) {
     }
   }
   currentWorker = nullptr;
-  // Who submitted before this thread was counted out may have relied on it, or have seen a full crew.
-  if (hasWorkFor(crew)) wakeOrGrow();
+  // A producer that submitted before this thread stopped counting may have relied on it, or have
+  // found the group full.
+  if (hasWorkFor(group)) wakeOrGrow();
 }
 
-/// False when the thread is not needed any more.
+/// Answers false if the thread is not needed any more and must end.
 bool ThreadPool::sleepUntilWoken(Worker& worker) {
-  Crew& crew = worker.crew;
+  WorkerGroup& group = worker.group;
   const LockGuard guard(lock);
   worker.isWoken = false;
-  worker.nextSleeper = std::exchange(crew.lastSleeper, &worker);
-  crew.sleeping.fetch_add(1, std::memory_order_seq_cst);
-  if (!hasWorkFor(crew)) {
-    const std::uint64_t end = isSurplus(crew) ? mach_absolute_time() + surplusLifetime : UINT64_MAX;
+  worker.nextSleeper = std::exchange(group.lastSleeper, &worker);
+  group.sleeping.fetch_add(1, std::memory_order_seq_cst);
+  if (!hasWorkFor(group)) {
+    const std::uint64_t end =
+        isSurplus(group) ? mach_absolute_time() + surplusLifetime : UINT64_MAX;
     while (!worker.isWoken && mach_absolute_time() < end) worker.wake.waitUntil(lock, end);
   }
-  if (worker.isWoken) return true;  // and who woke it has taken it from the sleepers
-  Worker** link = &crew.lastSleeper;
+  if (worker.isWoken) return true;  // the waking thread has removed it from the list of sleepers
+  Worker** link = &group.lastSleeper;
   while (*link != &worker) link = &(*link)->nextSleeper;
   *link = worker.nextSleeper;
-  crew.sleeping.fetch_sub(1, std::memory_order_seq_cst);
-  if (hasWorkFor(crew) || !isSurplus(crew)) return true;
-  std::erase(crew.workers, &worker);
-  crew.threads.fetch_sub(1, std::memory_order_seq_cst);
+  group.sleeping.fetch_sub(1, std::memory_order_seq_cst);
+  if (hasWorkFor(group) || !isSurplus(group)) return true;
+  std::erase(group.workers, &worker);
+  group.threads.fetch_sub(1, std::memory_order_seq_cst);
   return false;
 }
 
-/// Whether the crew has more threads than it keeps when there is nothing to do.
-bool ThreadPool::isSurplus(const Crew& crew) const noexcept {
-  return crew.threads.load(std::memory_order_relaxed) > (&crew == &ordinary_ ? processors_ : 0);
+/// Whether the group has more threads than it keeps without work.
+bool ThreadPool::isSurplus(const WorkerGroup& group) const noexcept {
+  return group.threads.load(std::memory_order_relaxed) > (&group == &ordinary_ ? processors_ : 0);
 }
 
 ThreadPool::BlockingScope::BlockingScope(FunctionView<bool()> submit) noexcept {
   Worker* const worker = currentWorker;
   if (worker) {
     worker->blockingScopes.fetch_add(1, std::memory_order_relaxed);
-    worker->crew.blocked.fetch_add(1, std::memory_order_seq_cst);
+    worker->group.blocked.fetch_add(1, std::memory_order_seq_cst);
   }
   const bool hasSubmitted = submit && submit();
   if (worker && !hasSubmitted && shared().hasWaitingWork()) shared().wakeOrGrow();
@@ -258,7 +266,7 @@ ThreadPool::BlockingScope::BlockingScope(FunctionView<bool()> submit) noexcept {
 ThreadPool::BlockingScope::~BlockingScope() {
   Worker* const worker = currentWorker;
   if (!worker) return;
-  worker->crew.blocked.fetch_sub(1, std::memory_order_seq_cst);
+  worker->group.blocked.fetch_sub(1, std::memory_order_seq_cst);
   worker->blockingScopes.fetch_sub(1, std::memory_order_relaxed);
 }
 

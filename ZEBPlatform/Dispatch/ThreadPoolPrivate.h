@@ -16,42 +16,44 @@ namespace zeb::detail {
 template <class T>
 class NeverDestroyed;
 
-/// How urgent work is: more urgent work that waits is taken first.
+/// The urgency of work. Of the work that waits, the most urgent is taken first.
 enum class Urgency : std::uint8_t { userInteractive, userInitiated, standard, utility, background };
 inline constexpr std::size_t urgencyCount = 5;
 
-/// The process's threads for queued work. While work waits there are as many threads that can run as
-/// there are processors: one that blocks in a wait of this library is replaced at once, one that blocks
-/// in any other way within some milliseconds, up to `maxThreads`. Made on first use and never
-/// destroyed, so that work which is queued while the process exits has threads to lie on.
+/// The process's threads for queued work. While work waits, the pool keeps as many runnable threads
+/// as there are processors: a thread that blocks in a wait of this library is replaced at once, a
+/// thread that blocks in any other way within some milliseconds, up to `maxThreads`. The pool is
+/// made at the first use and never destroyed, because blocks may still be queued and run while the
+/// process exits.
 ///
-/// Work that a blocked thread waits for goes ahead of all other work. Where no thread of the pool is free for it,
-/// it gets threads of a reserve, which do nothing else and are as many under the same rule. So it is run though all
-/// other threads are blocked, and at once though all are busy.
+/// Work that a blocked thread waits for goes ahead of all other work. If no ordinary thread is free
+/// for it, it gets threads of a reserve, which run nothing else and are limited by the same rule.
+/// So it runs at once even if all ordinary threads are busy or blocked.
 class ThreadPool {
  public:
-  /// Of the pool, and again of the reserve. Reached only with hundreds of blocked threads; then work
-  /// waits until one of them goes on.
+  /// Limit of the ordinary threads, and separately of the reserve. It is reached only if hundreds
+  /// of threads are blocked; further work then waits until one of them continues.
   static constexpr std::size_t maxThreads = 512;
 
   static ThreadPool& shared();
 
-  /// Any thread. The item is run by its runner, or else run and disposed of.
-  void submit(WorkItem& item, Urgency urgency);
-  /// The same for work that a thread waits for.
-  void submitAwaited(WorkItem& item);
+  /// Takes the item over and has it run: by its runner, or if it has none by run() and dispose().
+  /// What a thread did before the call is visible to the item. Any thread.
+  void submit(WorkItem& item, Urgency urgency) ZEB_EXCLUDES(lock, watchLock_);
+  /// Like submit(), for work that a thread waits for.
+  void submitAwaited(WorkItem& item) ZEB_EXCLUDES(lock, watchLock_);
 
-  /// Whether work waits for a thread.
+  /// Whether any work is queued.
   bool hasWaitingWork() const noexcept;
-  /// Whether work that a thread waits for waits for a thread.
+  /// Whether work that a thread waits for is queued.
   bool hasAwaitedWork() const noexcept { return !awaited_.isEmpty(); }
 
-  /// For as long as it lives, the calling thread counts as blocked and another one takes its place. Does
-  /// nothing on threads that are not the pool's.
+  /// While the scope lives, the calling thread counts as blocked, and the pool runs another thread
+  /// in its place. On threads outside the pool it only calls `submit`.
   class BlockingScope {
    public:
-    /// `submit` is called on any thread, once the thread counts as blocked: to submit the work that it will
-    /// wait for, and say whether there was any.
+    /// `submit` is called as soon as the thread counts as blocked. It submits the work that the
+    /// thread will wait for, and answers whether there was any.
     explicit BlockingScope(FunctionView<bool()> submit = nullptr) noexcept;
     BlockingScope(const BlockingScope&) = delete;
     BlockingScope& operator=(const BlockingScope&) = delete;
@@ -63,9 +65,9 @@ class ThreadPool {
 
   static Lock lock;
 
-  /// Threads that take the same work. Who went to sleep last is woken first: so the threads that are not needed
-  /// sleep on until they leave, and the one that runs has its memory at hand.
-  struct Crew {
+  /// Threads that run the same kind of work. The thread that went to sleep last is woken first: its
+  /// memory is still in the processor's cache, and surplus threads sleep on until they end.
+  struct WorkerGroup {
     std::atomic<std::size_t> sleeping{0};
     std::atomic<std::size_t> threads{0};
     std::atomic<std::size_t> blocked{0};
@@ -73,11 +75,11 @@ class ThreadPool {
     std::vector<Worker*> workers ZEB_GUARDED_BY(lock);
   };
 
-  /// A thread of the pool, on its own stack.
+  /// The state of one thread of the pool. It lies on that thread's stack.
   struct Worker {
-    explicit Worker(Crew& ofCrew) noexcept;
+    explicit Worker(WorkerGroup& ofGroup) noexcept;
 
-    Crew& crew;
+    WorkerGroup& group;
     const int identifier;
     std::atomic<int> blockingScopes{0};
     Condition wake;
@@ -88,31 +90,31 @@ class ThreadPool {
   friend class NeverDestroyed<ThreadPool>;
   ThreadPool();
 
-  void work(Crew& crew);
-  bool hasWorkFor(const Crew& crew) const noexcept;
-  WorkItem* takeFor(const Crew& crew) noexcept;
-  WorkItem* lookForWork();
-  bool sleepUntilWoken(Worker& worker);
-  bool isSurplus(const Crew& crew) const noexcept;
-  void wakeOrGrow();
-  bool wake(Crew& crew);
-  bool growIfShort(Crew& crew);
-  bool startThread(Crew& crew);
+  void work(WorkerGroup& group) ZEB_EXCLUDES(lock, watchLock_);
+  bool hasWorkFor(const WorkerGroup& group) const noexcept;
+  WorkItem* takeFor(const WorkerGroup& group) noexcept;
+  WorkItem* spinForWork();
+  bool sleepUntilWoken(Worker& worker) ZEB_EXCLUDES(lock);
+  bool isSurplus(const WorkerGroup& group) const noexcept;
+  void wakeOrGrow() ZEB_EXCLUDES(lock, watchLock_);
+  bool wake(WorkerGroup& group) ZEB_EXCLUDES(lock);
+  bool growIfShort(WorkerGroup& group);
+  bool startThread(WorkerGroup& group);
   bool mayGrow() const noexcept;
-  void watch();
-  bool replaceBlocked(Crew& crew);
+  void watch() ZEB_EXCLUDES(lock, watchLock_);
+  bool replaceBlocked(WorkerGroup& group) ZEB_EXCLUDES(lock);
 
   static thread_local Worker* currentWorker;
 
   const std::size_t processors_;
   WorkList awaited_;
   std::array<WorkList, urgencyCount> waiting_;
-  alignas(64) std::atomic<std::size_t> spinning_{0};  ///< of the ordinary threads
-  Crew ordinary_;
-  Crew reserve_;
+  alignas(64) std::atomic<std::size_t> spinning_{0};  ///< ordinary threads that look for work
+  WorkerGroup ordinary_;
+  WorkerGroup reserve_;
   std::atomic<bool> isWatched_{false};
 
-  Lock watchLock_;
+  Lock watchLock_;  ///< held to wait for a change of `isWatched_` and to notify of it
   Condition watch_;
 };
 

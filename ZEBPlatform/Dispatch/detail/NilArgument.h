@@ -4,10 +4,10 @@
 
 namespace zeb::detail {
 
-/// Stops the process: `function` was called with nil for its `argument`.
+/// Stops the process, because `function` was called with nil for its `argument`.
 [[noreturn]] void reportNil(const char* function, const char* argument) noexcept;
 
-/// What an argument refers to that must not be nil.
+/// The object that an argument refers to; stops the process if the argument is nil.
 template <class T>
 T& notNil(const Ref<T>& object, const char* function, const char* argument) noexcept {
   if (!object) [[unlikely]]
