@@ -16,7 +16,8 @@ namespace {
 
 constexpr sockaddr_un systemLogAddress{AF_UNIX, "/dev/log"};
 
-/// As log services expect it: "<priority>program[process]: text". They add the time themselves.
+/// The form that log services expect: "<priority>program[process]: text". They add the time
+/// themselves.
 std::string systemLogLine(int priority, std::string_view message) {
   std::string line = "<" + std::to_string(priority) + ">";
   line.append(program_invocation_short_name).append("[").append(std::to_string(getpid()));
@@ -29,7 +30,7 @@ void writeToConsoleLog(std::string_view message) noexcept try {
   const std::string line = systemLogLine(LOG_USER | LOG_INFO, message);
   const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (descriptor < 0) return;
-  // Neither connected nor waited for: whether the service is there and has room decides this one line.
+  // There is no connection and no wait: without a service that has room, only this line is lost.
   (void)sendto(descriptor, line.data(), line.size(), MSG_DONTWAIT | MSG_NOSIGNAL,
                reinterpret_cast<const sockaddr*>(&systemLogAddress), sizeof systemLogAddress);
   close(descriptor);

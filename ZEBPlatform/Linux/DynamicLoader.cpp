@@ -23,7 +23,7 @@ void* openSharedObject(const std::string& path, int mode, OpeningFailure& failur
     return nullptr;
   }
   std::string distrust = reasonToDistrust(file);
-  // The loader would put other text in the place of $ORIGIN and the like, and open another file.
+  // The loader would replace $ORIGIN and similar names in the path, and open another file.
   if (file.find('$') != std::string::npos) distrust = "the loader gives \"$\" a meaning";
   if (!distrust.empty()) {
     failure = {path + ": not opened, because " + distrust, true};
@@ -35,7 +35,7 @@ void* openSharedObject(const std::string& path, int mode, OpeningFailure& failur
 }
 
 void* symbolInSharedObject(void* handle, const char* name) noexcept {
-  // A null handle would mean the whole program to the loader.
+  // The loader takes a null handle for the whole program.
   return handle && name ? dlsym(handle, name) : nullptr;
 }
 
@@ -50,7 +50,7 @@ std::string folderOfImageHolding(const void* address) {
   Dl_info info;
   link_map* image = nullptr;
   if (!dladdr1(address, &info, reinterpret_cast<void**>(&image), RTLD_DL_LINKMAP)) return {};
-  // The main program's own name is empty here, and what it was called by need not be its path.
+  // The main program's name is empty here, and the name that it was called by need not be its path.
   const std::string path = *image->l_name ? image->l_name : executablePath();
   std::error_code failure;
   return std::filesystem::canonical(path, failure).parent_path().string();

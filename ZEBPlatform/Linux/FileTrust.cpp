@@ -14,7 +14,7 @@ namespace zeb {
 namespace {
 
 bool isOwnerTrusted(uid_t owner) noexcept {
-  // With raised privileges the process's user may be the one who must not gain anything.
+  // A process with raised privileges must not run code that its unprivileged user could change.
   return owner == 0 || (owner == geteuid() && !hasRaisedPrivileges());
 }
 

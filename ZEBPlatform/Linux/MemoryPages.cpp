@@ -12,7 +12,7 @@ void discardPages(void* bytes, std::size_t size) noexcept {
   const auto begin = reinterpret_cast<std::uintptr_t>(bytes);
   const std::uintptr_t firstPage = (begin + pageSize - 1) / pageSize * pageSize;
   const std::uintptr_t endOfPages = (begin + size) / pageSize * pageSize;
-  // It fails at most for locked memory, which the system must not take away.
+  // It fails only for locked memory, which the system must not take away.
   if (firstPage < endOfPages) {
     madvise(reinterpret_cast<void*>(firstPage), endOfPages - firstPage, MADV_DONTNEED);
   }

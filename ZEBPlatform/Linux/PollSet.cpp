@@ -13,10 +13,10 @@ namespace zeb {
 
 namespace {
 
-constexpr std::size_t mostAtOnce = 64;
+constexpr std::size_t maxEvents = 64;
 
-/// Stands where a change is reported for the descriptor, which nobody needs to know.
-constexpr std::uint64_t aChange = UINT64_MAX;
+/// Reported instead of a descriptor by those that are watched for changes only.
+constexpr std::uint64_t changeMark = UINT64_MAX;
 
 }  // namespace
 
@@ -48,7 +48,7 @@ void PollSet::watch(int descriptor, Readiness wanted) noexcept {
   if (wanted.isReadable) event.events |= EPOLLIN;
   if (wanted.isWritable) event.events |= EPOLLOUT;
   event.data.u64 = static_cast<std::uint64_t>(descriptor);
-  // A descriptor that was closed while it was watched is in the set no longer.
+  // A descriptor that was closed while it was watched is no longer in the set.
   if (epoll_ctl(descriptor_, EPOLL_CTL_MOD, descriptor, &event) != 0 && errno == ENOENT) {
     epoll_ctl(descriptor_, EPOLL_CTL_ADD, descriptor, &event);
   }
@@ -57,7 +57,7 @@ void PollSet::watch(int descriptor, Readiness wanted) noexcept {
 void PollSet::watchChanges(int descriptor) noexcept {
   epoll_event event{};
   event.events = EPOLLIN | EPOLLET;
-  event.data.u64 = aChange;
+  event.data.u64 = changeMark;
   epoll_ctl(descriptor_, EPOLL_CTL_ADD, descriptor, &event);
 }
 
@@ -65,18 +65,18 @@ void PollSet::wait() noexcept { poll(-1); }
 void PollSet::forgetChanges() noexcept { poll(0); }
 
 void PollSet::poll(int milliseconds) noexcept {
-  std::array<epoll_event, mostAtOnce> events;
+  std::array<epoll_event, maxEvents> events;
   epoll_wait(descriptor_, events.data(), static_cast<int>(events.size()), milliseconds);
 }
 
 std::size_t PollSet::collect(std::span<ReadyDescriptor> ready) noexcept {
-  std::array<epoll_event, mostAtOnce> events;
+  std::array<epoll_event, maxEvents> events;
   const int room = static_cast<int>(std::min(ready.size(), events.size()));
   const int found = epoll_wait(descriptor_, events.data(), room, 0);
   std::size_t collected = 0;
   for (int index = 0; index < found; ++index) {
     const epoll_event event = events[static_cast<std::size_t>(index)];
-    if (event.data.u64 == aChange) continue;
+    if (event.data.u64 == changeMark) continue;
     const bool isBroken = event.events & (EPOLLERR | EPOLLHUP);
     ready[collected++] = {static_cast<int>(event.data.u64),
                           {.isReadable = isBroken || (event.events & EPOLLIN),

@@ -13,8 +13,8 @@ namespace zeb {
 
 namespace {
 
-/// No file that is read here comes near it.
-constexpr std::size_t maximumFileSize = std::size_t{4} << 20;
+/// Far more than any file that is read here has.
+constexpr std::size_t maxFileSize = std::size_t{4} << 20;
 
 std::uint64_t configuration(int name) noexcept {
   return static_cast<std::uint64_t>(std::max(sysconf(name), 0L));
@@ -31,7 +31,7 @@ std::int32_t processIdentifier() noexcept { return getpid(); }
 
 std::vector<std::string> processArguments() {
   std::string content;
-  readWholeFile("/proc/self/cmdline", maximumFileSize, content);
+  readWholeFile("/proc/self/cmdline", maxFileSize, content);
   std::vector<std::string> arguments;
   for (std::size_t begin = 0; begin < content.size();) {
     const std::size_t end = std::min(content.find('\0', begin), content.size());
@@ -63,7 +63,7 @@ std::size_t configuredProcessorCount() noexcept {
 
 std::size_t usableProcessorCount() noexcept {
   cpu_set_t usable;
-  // Fails on machines of more processors than the set has places for.
+  // This fails on machines with more processors than the set can hold.
   if (sched_getaffinity(0, sizeof usable, &usable) != 0) {
     return std::max<std::size_t>(configuration(_SC_NPROCESSORS_ONLN), 1);
   }
@@ -81,7 +81,7 @@ std::string kernelRelease() {
 
 std::string operatingSystemName() {
   std::string content;
-  readWholeFile("/etc/os-release", maximumFileSize, content);
+  readWholeFile("/etc/os-release", maxFileSize, content);
   constexpr std::string_view key = "PRETTY_NAME=";
   std::size_t begin = content.starts_with(key) ? 0 : content.find("\n" + std::string(key));
   if (begin == std::string::npos) return "Linux";

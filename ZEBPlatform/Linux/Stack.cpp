@@ -31,7 +31,7 @@ Bounds findBounds() noexcept {
 std::size_t remainingStack() noexcept {
   thread_local const Bounds bounds = findBounds();
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-  // A stack of the application's own, such as a coroutine's: nobody knows how far that goes.
+  // A stack that the application made itself, for a coroutine for example, has no known bounds.
   if (here < bounds.lowest || here >= bounds.highest) return SIZE_MAX;
   return here - bounds.lowest;
 }

@@ -28,7 +28,7 @@ void* runStart(void* start) {
   return nullptr;
 }
 
-/// Of a thread that nothing waits for.
+/// The attributes of a thread that no other thread joins.
 class ThreadAttributes {
  public:
   ThreadAttributes() noexcept {
@@ -45,7 +45,7 @@ class ThreadAttributes {
   pthread_attr_t attributes_;
 };
 
-/// False when the system has no thread to give.
+/// Answers false if the system refuses.
 bool startWith(pthread_attr_t& attributes, const Start& start) noexcept {
   auto* const given = new (std::nothrow) Start(start);
   pthread_t thread;
@@ -54,7 +54,7 @@ bool startWith(pthread_attr_t& attributes, const Start& start) noexcept {
   return false;
 }
 
-/// All but those that a thread raises by a fault of its own, and the profilers'.
+/// All signals except those that a thread's own fault raises and those of profilers.
 sigset_t signalsOfOthers() noexcept {
   sigset_t signals;
   sigfillset(&signals);
@@ -66,14 +66,14 @@ sigset_t signalsOfOthers() noexcept {
 
 void setStackSize(pthread_attr_t& attributes, std::size_t bytes) noexcept {
   const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  const std::size_t least = std::max(bytes, static_cast<std::size_t>(PTHREAD_STACK_MIN));
-  pthread_attr_setstacksize(&attributes, (least + page - 1) / page * page);
+  const std::size_t wanted = std::max(bytes, static_cast<std::size_t>(PTHREAD_STACK_MIN));
+  pthread_attr_setstacksize(&attributes, (wanted + page - 1) / page * page);
 }
 
 }  // namespace
 
 bool isMainThread() noexcept {
-  // Asked anew after a fork, whose surviving thread becomes the child's main thread.
+  // Asked again after a fork, because the thread that survives becomes the child's main thread.
   thread_local pid_t askedIn = -1;
   thread_local bool isMain = false;
   const pid_t process = getpid();
@@ -89,7 +89,7 @@ ThreadHandle currentThreadHandle() noexcept { return pthread_self(); }
 void setThreadName(ThreadHandle thread, std::string_view name) noexcept {
   std::array<char, 16> text{};
   std::size_t length = std::min(name.size(), text.size() - 1);
-  // A byte that continues a character may not be the first one that is cut off.
+  // The name must not end within a character, so the first byte that is cut off begins one.
   while (length > 0 && length < name.size() && (name[length] & 0xC0) == 0x80) --length;
   name.copy(text.data(), length);
   pthread_setname_np(thread, text.data());

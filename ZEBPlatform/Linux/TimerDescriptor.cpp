@@ -17,7 +17,7 @@ TimerDescriptor::~TimerDescriptor() {
 void TimerDescriptor::setMoment(std::uint64_t nanoseconds) noexcept {
   itimerspec setting{};
   if (nanoseconds != UINT64_MAX) {
-    // Zero would disarm it, and the clock's seconds are signed.
+    // Zero would disarm the timer, and the clock's seconds are signed.
     const std::uint64_t moment = std::clamp<std::uint64_t>(nanoseconds, 1, INT64_MAX);
     setting.it_value.tv_sec = static_cast<time_t>(moment / 1'000'000'000);
     setting.it_value.tv_nsec = static_cast<long>(moment % 1'000'000'000);

@@ -2,7 +2,8 @@
 
 namespace zeb {
 
-/// A file descriptor for one thread to wake another that waits for it in a `PollSet`. Closed with the object.
+/// A file descriptor with which one thread wakes another one that waits for it in a `PollSet`. The
+/// object owns the descriptor.
 class EventDescriptor {
  public:
   EventDescriptor() noexcept;
@@ -10,10 +11,11 @@ class EventDescriptor {
   EventDescriptor& operator=(const EventDescriptor&) = delete;
   ~EventDescriptor();
 
-  /// Negative when the process had no descriptor left: then the object is of no use.
+  /// Negative if the process had no descriptor left; the object must not be used then.
   int descriptor() const noexcept { return descriptor_; }
 
-  /// Makes it readable, which it stays; whoever watches for changes sees one with each call. Any thread.
+  /// Makes the descriptor readable for ever. Each call counts as a change for those who watch for
+  /// changes. Any thread.
   void signal() noexcept;
 
  private:

@@ -5,10 +5,10 @@
 
 namespace zeb {
 
-/// Reads a whole regular file into `content`. Answers 0, or the error number: EFBIG for a file of more than
-/// `maximumSize` bytes, EINVAL for what is no regular file. Never waits for a pipe or a device. `content` is
-/// empty after a failure. Any thread.
-int readWholeFile(const std::string& path, std::size_t maximumSize, std::string& content);
+/// Reads a whole regular file into `content`. Answers 0 or the error number: EFBIG if the file has
+/// more than `maxSize` bytes, EINVAL if it is not a regular file. Never waits for a pipe or a
+/// device. `content` is empty after a failure. Any thread.
+int readWholeFile(const std::string& path, std::size_t maxSize, std::string& content);
 
 /// The system's text for an error number.
 std::string textOfErrorNumber(int number);

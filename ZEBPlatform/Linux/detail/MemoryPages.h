@@ -4,8 +4,8 @@
 
 namespace zeb {
 
-/// Gives the memory of all whole pages that lie in these bytes back to the system. The bytes still belong to
-/// the caller and may be used again, but their content is lost.
+/// Returns the memory of all whole pages within these bytes to the system. The bytes still belong
+/// to the caller and may be used again, but their content is lost.
 void discardPages(void* bytes, std::size_t size) noexcept;
 
 }  // namespace zeb

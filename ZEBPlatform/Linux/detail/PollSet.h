@@ -5,7 +5,8 @@
 
 namespace zeb {
 
-/// What a descriptor is watched for, or ready for. An error or hang-up counts as both.
+/// The events that a descriptor is watched for, or that it is ready for. An error or hang-up counts
+/// as both.
 struct Readiness {
   bool isReadable = false;
   bool isWritable = false;
@@ -19,10 +20,12 @@ struct ReadyDescriptor {
   Readiness readiness;
 };
 
-/// Whether the descriptor is of a kind that can be waited for: not a file, a folder or a disk, and not closed.
+/// Whether the descriptor is of a kind that can be waited for. Files, folders and disks are not,
+/// and closed descriptors.
 bool canBeWaitedFor(int descriptor) noexcept;
 
-/// Waits for many file descriptors at once. Any thread may change the set while another one waits on it.
+/// Waits for many file descriptors at once. Any thread may change the set while another thread
+/// waits.
 class PollSet {
  public:
   PollSet() noexcept;
@@ -30,26 +33,29 @@ class PollSet {
   PollSet& operator=(const PollSet&) = delete;
   ~PollSet();
 
-  /// Itself a descriptor that can be waited for: readable while `collect` would find something. Negative when the
-  /// process had none left: then the object is of no use.
+  /// The set's own descriptor, which is readable while `collect` would find something. Negative if
+  /// the process had no descriptor left; the object must not be used then.
   int descriptor() const noexcept { return descriptor_; }
 
-  /// Whether the set can wait for the descriptor: not for files, folders, closed ones, devices that know no
-  /// waiting, nor when the system's limits are reached. Not while another thread changes the set.
+  /// Whether the set can wait for the descriptor. It cannot for files, folders, closed descriptors
+  /// and devices that do not support waiting, nor when the system's limits are reached. Must not be
+  /// called while another thread changes the set.
   bool canWatch(int descriptor) const noexcept;
 
-  /// Sets what a descriptor is watched for; nothing removes it. It is reported again and again while it is
-  /// ready.
+  /// Sets the events that a descriptor is watched for; without any it leaves the set. It is
+  /// reported again by each `collect` while it is ready.
   void watch(int descriptor, Readiness wanted) noexcept;
-  /// Watches for the moments when a descriptor becomes readable: each is reported once, whether or not
-  /// anybody reads.
+  /// Watches for the moments when a descriptor becomes readable. Each is reported once, also if the
+  /// descriptor is not read afterwards.
   void watchChanges(int descriptor) noexcept;
 
-  /// Waits until something is ready, or a signal arrives. Collects nothing, but the changes are reported.
+  /// Waits until a descriptor is ready or a signal arrives. The changes count as reported
+  /// afterwards.
   void wait() noexcept;
-  /// Takes the changes that there were as reported.
+  /// Marks all changes so far as reported, without a wait.
   void forgetChanges() noexcept;
-  /// What is ready now, as much of it as fits. What was reported last comes last the next time.
+  /// Fills `ready` with descriptors that are ready now, at most 64, and answers their number. Those
+  /// that were reported last come last the next time, so that all get their turn.
   std::size_t collect(std::span<ReadyDescriptor> ready) noexcept;
 
  private:

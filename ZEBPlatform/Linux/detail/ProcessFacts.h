@@ -8,24 +8,25 @@
 
 namespace zeb {
 
-/// What the system tells about the process and the machine. All texts are bytes as the system has them,
-/// mostly UTF-8; empty where it does not tell. Any thread.
+// Facts about the process and the machine. All texts are bytes as the system has them, mostly
+// UTF-8, and empty if the system does not provide them. All functions may be called from any
+// thread.
 
 /// The absolute path of the running program's file.
 std::string executablePath();
 
 std::int32_t processIdentifier() noexcept;
-/// What the program was called with, its name first.
+/// The program's command line, beginning with its name.
 std::vector<std::string> processArguments();
 /// Must not run while another thread changes the environment.
 std::vector<std::pair<std::string, std::string>> processEnvironment();
 
 std::string machineName();
-/// Processors that the machine has.
+/// The number of the machine's processors.
 std::size_t configuredProcessorCount() noexcept;
-/// Processors that the process may run on now.
+/// The number of processors that the process may run on now.
 std::size_t usableProcessorCount() noexcept;
-/// Bytes of memory that the machine has.
+/// The machine's memory in bytes.
 std::uint64_t physicalMemorySize() noexcept;
 
 /// The kernel's release, such as "6.1.0-18-amd64", and the name of the distribution.

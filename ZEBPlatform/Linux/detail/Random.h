@@ -5,8 +5,8 @@
 
 namespace zeb {
 
-/// Fills `bytes` from the kernel's random source. Stops the process when there is none: nothing that
-/// asks for randomness could go on safely.
+/// Fills `bytes` from the kernel's random source. Stops the process if there is none, because no
+/// caller could safely continue without randomness.
 void fillWithRandomBytes(std::span<std::byte> bytes) noexcept;
 
 }  // namespace zeb

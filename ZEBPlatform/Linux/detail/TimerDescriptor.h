@@ -4,8 +4,8 @@
 
 namespace zeb {
 
-/// A file descriptor that becomes readable at a moment of the monotonic clock. Closed with the object.
-/// Any thread may set it while another waits for it.
+/// A file descriptor that becomes readable at a moment of the monotonic clock. The object owns the
+/// descriptor. Any thread may set the moment while another thread waits for it.
 class TimerDescriptor {
  public:
   TimerDescriptor() noexcept;
@@ -13,11 +13,11 @@ class TimerDescriptor {
   TimerDescriptor& operator=(const TimerDescriptor&) = delete;
   ~TimerDescriptor();
 
-  /// Negative when the process had none left: then the object is of no use.
+  /// Negative if the process had no descriptor left; the object must not be used then.
   int descriptor() const noexcept { return descriptor_; }
 
-  /// Becomes readable at `nanoseconds` (as `mach_absolute_time()` counts), at once if that has passed, and
-  /// never for `UINT64_MAX`; forgets what it was set to before.
+  /// Makes it readable at `nanoseconds` (in ticks of `mach_absolute_time()`), at once if that
+  /// moment has passed, and never for `UINT64_MAX`. Replaces the previous moment.
   void setMoment(std::uint64_t nanoseconds) noexcept;
   /// Makes it unreadable again.
   void clear() noexcept;
