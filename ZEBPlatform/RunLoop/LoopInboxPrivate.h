@@ -36,17 +36,17 @@ class alignas(64) LoopInbox {
     do {
       if (word & closedFlag) return Outcome::closed;
       item.next.store(itemOf(word), std::memory_order_relaxed);
-      changed = reinterpret_cast<Word>(&item) | (word & lookFlag);
+      changed = reinterpret_cast<Word>(&item) | (word & passFlag);
     } while (!exchange(word, changed));
     return outcomeOf(word);
   }
 
   /// Keeps the loop's thread from sleeping before it has looked around once more. Any thread.
-  Outcome requestLook() noexcept {
+  Outcome requestPass() noexcept {
     Word word = word_.load(std::memory_order_relaxed);
     do {
       if (word & closedFlag) return Outcome::closed;
-    } while (!exchange(word, (word & ~sleepFlag) | lookFlag));
+    } while (!exchange(word, (word & ~sleepFlag) | passFlag));
     return outcomeOf(word);
   }
 
@@ -80,7 +80,7 @@ class alignas(64) LoopInbox {
  private:
   using Word = std::uintptr_t;
   static constexpr Word sleepFlag = 1;
-  static constexpr Word lookFlag = 2;
+  static constexpr Word passFlag = 2;
   static constexpr Word closedFlag = 4;
   static constexpr Word flags = 7;
   static_assert(alignof(WorkItem) > flags);

@@ -10,7 +10,7 @@ bool LoopWaiter::Descriptors::areUsable() const noexcept {
 
 bool LoopWaiter::reserveDescriptors() noexcept {
   if (pollSet()) return true;
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   if (ownedDescriptors_) return true;
   auto descriptors = std::make_unique<Descriptors>();
   if (!descriptors->areUsable()) return false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Concurrency/detail/InterruptibleSleep.h>
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Linux/detail/EventDescriptor.h>
 #include <ZEBPlatform/Linux/detail/PollSet.h>
 #include <ZEBPlatform/Linux/detail/TimerDescriptor.h>
@@ -8,7 +9,6 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 namespace zeb::detail {
 
@@ -20,7 +20,7 @@ class LoopWaiter {
  public:
   /// Makes the waiter's own descriptors, if they are not there; a thread that sleeps without is woken. False
   /// when the process has too few left. Any thread.
-  bool reserveDescriptors() noexcept;
+  bool reserveDescriptors() noexcept ZEB_EXCLUDES(lock_);
 
   /// Null without descriptors of its own. They stay once they are there. Any thread.
   PollSet* pollSet() noexcept {
@@ -50,10 +50,10 @@ class LoopWaiter {
   };
 
   std::atomic<Descriptors*> descriptors_{nullptr};
-  std::mutex mutex_;
-  std::unique_ptr<Descriptors> ownedDescriptors_;  ///< under the mutex
-  Descriptors* waitedFor_ = nullptr;               ///< the loop's thread only
-  InterruptibleSleep sleep_;                       ///< for want of descriptors
+  Lock lock_;
+  std::unique_ptr<Descriptors> ownedDescriptors_ ZEB_GUARDED_BY(lock_);
+  Descriptors* waitedFor_ = nullptr;  ///< the loop's thread only
+  InterruptibleSleep sleep_;          ///< for want of descriptors
 };
 
 }  // namespace zeb::detail

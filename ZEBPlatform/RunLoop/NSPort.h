@@ -4,14 +4,12 @@
 
 namespace zeb {
 
-/// An input that never has anything to say: it keeps a run loop running which otherwise would have nothing to
-/// wait for but blocks from other threads.
+/// An input that never has work: it keeps a run loop running that otherwise could wait only for
+/// blocks from other threads.
 class NSPort final : public RunLoopItem {
  public:
+  NSPort() noexcept : RunLoopItem(Kind::port) {}
   static Ref<NSPort> port() { return makeRef<NSPort>(); }
-
- private:
-  void leave(detail::RunLoopCore& core) noexcept override;
 };
 
 }  // namespace zeb

@@ -45,65 +45,65 @@ void NSRunLoop::post(detail::WorkItem& item, const NSArray& modes, const void* t
 
 void NSRunLoop::cancelPerformBlocksWithTarget(const void* target) { core_->dropBlocks(target); }
 
-template <class Item>
-bool NSRunLoop::add(const Ref<Item>& item, const NSString& mode) {
-  if (!item) return false;
+bool NSRunLoop::add(RunLoopItem& item, const NSString& mode) {
   {
-    std::lock_guard guard(item->mutex_);
-    if (!item->isValid() || (item->loop_ && item->loop_.get() != this)) return false;
-    if (core_->modes().insert(*item, mode)) {
-      item->loop_ = Ref<NSRunLoop>(this);
+    const detail::LockGuard guard(item.lock_);
+    if (!item.isValid() || (item.loop_ && item.loop_.get() != this)) return false;
+    if (core_->modes().insert(item, mode)) {
+      item.loop_ = Ref<NSRunLoop>(this);
       return true;
     }
   }
-  item->invalidate();
+  item.invalidate();
   return false;
 }
 
+void NSRunLoop::remove(RunLoopItem* item, const NSString& mode) {
+  if (item) core_->remove(*item, mode);
+}
+
 void NSRunLoop::addTimer(const Ref<NSTimer>& timer, const NSString& mode) {
-  if (!add(timer, mode)) return;
-  {
-    std::lock_guard guard(timer->mutex_);
-    timer->schedule();
-  }
-  // The loop may have ended in between, and then it did not see the timer.
+  if (!timer || !add(*timer, mode)) return;
+  timer->schedule();
+  // If the loop has ended in between, it did not see the timer.
   if (core_->modes().isClosed()) timer->invalidate();
 }
 
 void NSRunLoop::addObserver(const Ref<RunLoopObserver>& observer, const NSString& mode) {
-  if (add(observer, mode)) core_->observerWasAdded();
+  if (observer && add(*observer, mode)) core_->observerWasAdded();
 }
 
 void NSRunLoop::removeObserver(const Ref<RunLoopObserver>& observer, const NSString& mode) {
-  if (observer) core_->modes().remove(*observer, mode);
+  remove(observer.get(), mode);
 }
 
 void NSRunLoop::addSource(const Ref<RunLoopSource>& source, const NSString& mode) {
-  if (add(source, mode)) core_->lookAround();  // it may be signalled already
+  // The source may have been signalled before.
+  if (source && add(*source, mode)) core_->requestPass();
 }
 
 void NSRunLoop::removeSource(const Ref<RunLoopSource>& source, const NSString& mode) {
-  if (source) core_->modes().remove(*source, mode);
+  remove(source.get(), mode);
 }
 
 void NSRunLoop::addDescriptorSource(const Ref<RunLoopDescriptorSource>& source,
                                     const NSString& mode) {
   if (!source || !source->isValid()) return;
   if (!core_->canWatch(source->descriptor())) return source->invalidate();
-  if (add(source, mode)) core_->watch(source->descriptor());
+  if (add(*source, mode)) core_->watch(source->descriptor());
 }
 
 void NSRunLoop::removeDescriptorSource(const Ref<RunLoopDescriptorSource>& source,
                                        const NSString& mode) {
-  if (!source) return;
-  core_->modes().remove(*source, mode);
-  core_->watch(source->descriptor());
+  remove(source.get(), mode);
 }
 
-void NSRunLoop::addPort(const Ref<NSPort>& port, const NSString& mode) { add(port, mode); }
+void NSRunLoop::addPort(const Ref<NSPort>& port, const NSString& mode) {
+  if (port) add(*port, mode);
+}
 
 void NSRunLoop::removePort(const Ref<NSPort>& port, const NSString& mode) {
-  if (port) core_->modes().remove(*port, mode);
+  remove(port.get(), mode);
 }
 
 void NSRunLoop::addCommonMode(const NSString& mode) { core_->makeCommon(mode); }

@@ -122,8 +122,9 @@ class NSRunLoop final : public NSObject {
   static Ref<NSRunLoop> make(bool isMain);
   explicit NSRunLoop(bool isMain);
 
-  template <class Item>
-  bool add(const Ref<Item>& item, const NSString& mode);
+  /// Whether the item is in the mode now.
+  bool add(RunLoopItem& item, const NSString& mode);
+  void remove(RunLoopItem* item, const NSString& mode);
 
   template <class Callable>
   static bool isNil(const Callable& block) {

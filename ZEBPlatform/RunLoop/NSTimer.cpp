@@ -13,20 +13,20 @@ namespace zeb {
 
 namespace {
 
-constexpr NSTimeInterval shortestInterval = 0.0001;
+constexpr NSTimeInterval minInterval = 0.0001;
 
 NSTimeInterval usableInterval(NSTimeInterval interval) noexcept {
-  return interval >= shortestInterval ? interval : shortestInterval;  // also for what is no number
+  return interval >= minInterval ? interval : minInterval;  // also for NaN
 }
 
 }  // namespace
 
 NSTimer::NSTimer(const NSDate& fireDate, NSTimeInterval interval, bool repeats, Handler handler,
                  Value userInfo)
-    : interval_(usableInterval(interval)),
+    : CallingRunLoopItem(Kind::timer, 0, std::move(handler)),
+      interval_(usableInterval(interval)),
       repeats_(repeats),
-      userInfo_(std::move(userInfo)),
-      handler_(std::move(handler)) {
+      userInfo_(std::move(userInfo)) {
   setFireTime(fireDate);
 }
 
@@ -47,26 +47,26 @@ Ref<NSTimer> NSTimer::scheduledTimerWithTimeInterval(NSTimeInterval interval, bo
 }
 
 NSDate NSTimer::fireDate() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return fireDate_;
 }
 
 void NSTimer::setFireDate(const NSDate& date) {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   if (!isValid()) return;
   setFireTime(date);
-  schedule();
+  scheduleLocked();
 }
 
 NSTimeInterval NSTimer::tolerance() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return tolerance_;
 }
 
 void NSTimer::setTolerance(NSTimeInterval seconds) {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   tolerance_ = seconds > 0 ? seconds : 0;
-  schedule();
+  scheduleLocked();
 }
 
 void NSTimer::setFireTime(const NSDate& date) noexcept {
@@ -74,16 +74,21 @@ void NSTimer::setFireTime(const NSDate& date) noexcept {
   moment_ = detail::momentOfDate(fireDate_);
 }
 
-/// With the lock held: tells the loop of a change.
 void NSTimer::schedule() {
+  const detail::LockGuard guard(lock_);
+  scheduleLocked();
+}
+
+/// Passes a change on to the loop.
+void NSTimer::scheduleLocked() {
   if (!loop_ || isFiring_) return;
   detail::RunLoopCore& core = loop_->core();
-  if (core.modes().schedule(*this)) core.lookAround();
+  if (core.modes().schedule(*this)) core.requestPass();
 }
 
 void NSTimer::fire() {
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     if (!repeats_ && std::exchange(hasFired_, true)) return;
   }
   callBlock();
@@ -92,9 +97,9 @@ void NSTimer::fire() {
 /// The loop has taken the timer out of a heap because it is due.
 void NSTimer::fireIfDue() noexcept {
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     const std::uint64_t now = mach_absolute_time();
-    // Somebody else may have changed it meanwhile, or a loop that its block runs has come across it.
+    // Another thread may have changed it meanwhile, or a loop that its block runs finds it due.
     if (!isValid() || isFiring_ || moment_ > now) return;
     if (repeats_) {
       advanceBeyond(now);
@@ -104,13 +109,13 @@ void NSTimer::fireIfDue() noexcept {
     isFiring_ = true;
   }
   callBlock();
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   isFiring_ = false;
-  schedule();
+  scheduleLocked();
 }
 
 void NSTimer::callBlock() noexcept {
-  if (const Handler handler = handler_.get()) handler(Ref<NSTimer>(this));
+  if (const Handler handler = this->handler()) handler(Ref<NSTimer>(this));
   if (!repeats_) invalidate();
 }
 
@@ -121,7 +126,5 @@ void NSTimer::advanceBeyond(std::uint64_t now) noexcept {
   const auto steps = static_cast<double>(std::max<std::uint64_t>(count, 1));
   fireDate_ = fireDate_.dateByAddingTimeInterval(steps * interval_);
 }
-
-void NSTimer::leave(detail::RunLoopCore& core) noexcept { core.modes().remove(*this); }
 
 }  // namespace zeb

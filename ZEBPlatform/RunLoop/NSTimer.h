@@ -2,7 +2,6 @@
 
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/Value.h>
-#include <ZEBPlatform/Memory/detail/ItemBlock.h>
 #include <ZEBPlatform/RunLoop/RunLoopItem.h>
 
 #include <cstdint>
@@ -11,9 +10,12 @@
 
 namespace zeb {
 
+class NSTimer;
+
 namespace detail {
 struct TimerNode;
-}
+using TimerBase = CallingRunLoopItem<const Ref<NSTimer>& /*timer*/>;
+}  // namespace detail
 
 /// Calls a block at a moment, or again and again, on the thread of the run loop that it is added to. For
 /// timers on queues see Dispatch/DispatchSource.h.
@@ -26,10 +28,8 @@ struct TimerNode;
 ///
 /// A timer that does not repeat is invalidated after its firing. All functions may be called from any
 /// thread.
-class NSTimer final : public RunLoopItem {
+class NSTimer final : public detail::TimerBase {
  public:
-  using Handler = Block<void(const Ref<NSTimer>& timer)>;
-
   /// Fires first at `fireDate` (nil or past: at once), then each `interval` seconds if it repeats; intervals
   /// below 0.0001 count as that. Does nothing until it is added to a run loop.
   NSTimer(const NSDate& fireDate, NSTimeInterval interval, bool repeats, Handler handler,
@@ -67,27 +67,26 @@ class NSTimer final : public RunLoopItem {
   friend class detail::RunLoopCore;
   friend class detail::RunLoopModes;
 
-  void setFireTime(const NSDate& date) noexcept;
-  void advanceBeyond(std::uint64_t now) noexcept;
-  void schedule();
-  void fireIfDue() noexcept;
-  void callBlock() noexcept;
-  void leave(detail::RunLoopCore& core) noexcept override;
-  void releaseBlock() noexcept override { handler_.release(); }
+  void setFireTime(const NSDate& date) noexcept ZEB_REQUIRES(lock_);
+  void advanceBeyond(std::uint64_t now) noexcept ZEB_REQUIRES(lock_);
+  void schedule() ZEB_EXCLUDES(lock_);
+  void scheduleLocked() ZEB_REQUIRES(lock_);
+  void fireIfDue() noexcept ZEB_EXCLUDES(lock_);
+  void callBlock() noexcept ZEB_EXCLUDES(lock_);
 
   const NSTimeInterval interval_;
   const bool repeats_;
   const Value userInfo_;
 
-  // Under the item's lock:
-  NSDate fireDate_;
-  std::uint64_t moment_;  ///< the same on the monotonic clock
-  NSTimeInterval tolerance_ = 0;
-  bool isFiring_ = false;  ///< its loop calls it, and schedules it afterwards
-  bool hasFired_ = false;  ///< what counts for one that does not repeat
-  detail::ItemBlock<void(const Ref<NSTimer>&)> handler_;
+  NSDate fireDate_ ZEB_GUARDED_BY(lock_);
+  std::uint64_t moment_ ZEB_GUARDED_BY(lock_);  ///< the same on the monotonic clock
+  NSTimeInterval tolerance_ ZEB_GUARDED_BY(lock_) = 0;
+  /// Its loop calls it, and schedules it afterwards.
+  bool isFiring_ ZEB_GUARDED_BY(lock_) = false;
+  /// Set by the only firing of a timer that does not repeat.
+  bool hasFired_ ZEB_GUARDED_BY(lock_) = false;
 
-  /// Under the modes' lock: its place in each mode.
+  /// Its place in each mode; guarded by the lock of the loop's modes.
   std::vector<std::unique_ptr<detail::TimerNode>> nodes_;
 };
 

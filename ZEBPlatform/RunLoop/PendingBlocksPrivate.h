@@ -4,18 +4,10 @@
 #include <ZEBPlatform/RunLoop/LoopInboxPrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopModesPrivate.h>
 
-#include <atomic>
 #include <cstddef>
 #include <vector>
 
 namespace zeb::detail {
-
-/// One run of a loop that is in progress; a run from inside a callback stands on the one around it.
-struct RunFrame {
-  RunLoopMode& mode;
-  RunFrame* const outer;
-  std::atomic<bool> isStopped{false};
-};
 
 /// The posted blocks that have reached the loop's thread, in order. For that thread only.
 class PendingBlocks {

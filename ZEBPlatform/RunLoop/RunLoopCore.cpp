@@ -1,8 +1,8 @@
+#include <ZEBPlatform/Concurrency/detail/Spin.h>
 #include <ZEBPlatform/Dispatch/detail/MainQueue.h>
 #include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
-#include <ZEBPlatform/Linux/detail/ThreadState.h>
 #include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 
@@ -14,8 +14,11 @@ namespace zeb::detail {
 
 namespace {
 
-/// After so many blocks a loop looks at its timers and descriptors again.
-constexpr std::size_t blocksPerPass = 256;
+/// The blocks that run at most before timers and descriptors have their turn again.
+constexpr std::size_t maxBlocksPerPass = 256;
+
+/// About as long as the system takes to wake a sleeping thread.
+constexpr int maxSpinsForNews = 400;
 
 constinit std::atomic<RunLoopCore*> mainCore{nullptr};
 
@@ -27,20 +30,26 @@ const void* currentThreadMark() noexcept {
 
 }  // namespace
 
-class RunLoopCore::FrameScope {
+/// One run of the loop that is in progress. A run from inside a callback is nested in the outer one.
+class RunLoopCore::RunFrame {
  public:
-  FrameScope(RunLoopCore& core, RunFrame& frame) : core_(core) { set(&frame); }
-  FrameScope(const FrameScope&) = delete;
-  FrameScope& operator=(const FrameScope&) = delete;
-  ~FrameScope() { set(core_.frame_->outer); }
-
- private:
-  void set(RunFrame* frame) {
-    std::lock_guard guard(core_.frameMutex_);
-    core_.frame_ = frame;
+  RunFrame(RunLoopCore& core, RunLoopMode& itsMode) : mode(itsMode), core_(core) {
+    const LockGuard guard(core_.frameLock_);
+    outer_ = std::exchange(core_.frame_, this);
+  }
+  RunFrame(const RunFrame&) = delete;
+  RunFrame& operator=(const RunFrame&) = delete;
+  ~RunFrame() {
+    const LockGuard guard(core_.frameLock_);
+    core_.frame_ = outer_;
   }
 
+  RunLoopMode& mode;
+  std::atomic<bool> isStopped{false};
+
+ private:
   RunLoopCore& core_;
+  RunFrame* outer_;
 };
 
 // For any thread.
@@ -51,26 +60,26 @@ bool RunLoopCore::post(WorkItem& item) noexcept {
   return outcome != LoopInbox::Outcome::closed;
 }
 
-void RunLoopCore::lookAround() noexcept {
-  if (inbox_.requestLook() == LoopInbox::Outcome::mustWake) waiter_.wake();
+void RunLoopCore::requestPass() noexcept {
+  if (inbox_.requestPass() == LoopInbox::Outcome::mustWake) waiter_.wake();
 }
 
 void RunLoopCore::mainQueueIsReady() noexcept {
   isMainQueueReady_.store(true, std::memory_order_release);
-  lookAround();
+  requestPass();
 }
 
 void RunLoopCore::stop() noexcept {
   {
-    std::lock_guard guard(frameMutex_);
+    const LockGuard guard(frameLock_);
     if (!frame_) return;
     frame_->isStopped.store(true, std::memory_order_relaxed);
   }
-  lookAround();
+  requestPass();
 }
 
 void RunLoopCore::observerWasAdded() noexcept {
-  if (isHosted_) lookAround();
+  if (isHosted_) requestPass();
 }
 
 bool RunLoopCore::canWatch(int descriptor) noexcept {
@@ -79,6 +88,21 @@ bool RunLoopCore::canWatch(int descriptor) noexcept {
 
 void RunLoopCore::watch(int descriptor) {
   if (PollSet* const pollSet = waiter_.pollSet()) modes_.watch(descriptor, *pollSet);
+}
+
+void RunLoopCore::remove(RunLoopItem& item) {
+  const auto released = modes_.remove(item);
+  unwatchIfDescriptor(item);
+}
+
+void RunLoopCore::remove(RunLoopItem& item, const NSString& modeName) {
+  const auto released = modes_.remove(item, modeName);
+  unwatchIfDescriptor(item);
+}
+
+void RunLoopCore::unwatchIfDescriptor(const RunLoopItem& item) {
+  if (item.kind_ != Kind::descriptorSource) return;
+  watch(static_cast<const RunLoopDescriptorSource&>(item).descriptor());
 }
 
 void RunLoopCore::adopt() noexcept {
@@ -111,20 +135,19 @@ bool RunLoopCore::run(const NSString& modeName, std::uint64_t limit, bool endsAf
 }
 
 bool RunLoopCore::runFrame(RunLoopMode& mode, std::uint64_t limit, bool endsAfterInput) {
-  RunFrame frame{mode, frame_};
-  FrameScope scope(*this, frame);
+  RunFrame frame(*this, mode);
   beginRun();
   takePosted();
   const RunLoopModes::Outlook outlook = modes_.outlook(mode);
-  if (!hasWork(frame, outlook) && !canGetWork(frame, outlook)) return false;
+  if (!hasWork(mode, outlook) && !canGetWork(mode, outlook)) return false;
   notify(frame, RunLoopEntry);
   while (!frame.isStopped) {
     const bool didHandleInput = pass(frame);
     if (frame.isStopped || (endsAfterInput && didHandleInput)) break;
     if (limit != UINT64_MAX && mach_absolute_time() >= limit) break;
     const RunLoopModes::Outlook next = modes_.outlook(mode);
-    if (hasWork(frame, next)) continue;
-    if (!canGetWork(frame, next)) break;
+    if (hasWork(mode, next)) continue;
+    if (!canGetWork(mode, next)) break;
     notify(frame, RunLoopBeforeWaiting);
     wait(frame, limit);
     notify(frame, RunLoopAfterWaiting);
@@ -166,7 +189,7 @@ void RunLoopCore::fireDueTimers(RunFrame& frame) {
 bool RunLoopCore::runBlocks(RunFrame& frame) {
   takePosted();
   bool didRun = false;
-  for (std::size_t left = std::min(pending_.count(), blocksPerPass); left > 0; --left) {
+  for (std::size_t left = std::min(pending_.count(), maxBlocksPerPass); left > 0; --left) {
     if (frame.isStopped.load(std::memory_order_relaxed)) break;
     WorkItem* const item = pending_.takeFirst(frame.mode);
     if (!item) break;
@@ -179,9 +202,9 @@ bool RunLoopCore::runBlocks(RunFrame& frame) {
 
 bool RunLoopCore::runSources(RunFrame& frame) {
   bool didRun = false;
-  if (!modes_.hasAny<RunLoopSource>()) return didRun;
+  if (!modes_.hasAny(Kind::source)) return didRun;
   // What signals itself again has its turn in the next pass.
-  for (const Ref<RunLoopSource>& source : modes_.signalledSources(frame.mode)) {
+  for (const Ref<RunLoopSource>& source : modes_.pendingSources(frame.mode)) {
     if (frame.isStopped) break;
     didRun |= source->perform();
   }
@@ -195,7 +218,7 @@ bool RunLoopCore::runMainQueue(RunFrame& frame) {
 }
 
 bool RunLoopCore::handleDescriptors(RunFrame& frame) {
-  if (!modes_.hasAny<RunLoopDescriptorSource>()) return false;
+  if (!modes_.hasAny(Kind::descriptorSource)) return false;
   PollSet& pollSet = *waiter_.pollSet();  // without one, no source was added
   modes_.watchMode(frame.mode, pollSet);
   std::array<ReadyDescriptor, 64> ready;
@@ -219,7 +242,7 @@ bool RunLoopCore::call(RunLoopDescriptorSource& source, Readiness readiness) {
   if (readiness.isReadable) events |= DescriptorReadable;
   if (readiness.isWritable) events |= DescriptorWritable;
   calledSources_.push_back(&source);
-  const bool didCall = source.call(events);
+  const bool didCall = source.handle(events);
   calledSources_.pop_back();
   if (source.isResting()) {
     source.setResting(false);
@@ -229,49 +252,49 @@ bool RunLoopCore::call(RunLoopDescriptorSource& source, Readiness readiness) {
 }
 
 void RunLoopCore::notify(RunFrame& frame, RunLoopActivity activity) {
-  if (!modes_.hasAny<RunLoopObserver>()) return;
-  for (const auto& observer : modes_.observersOf(frame.mode, activity)) observer->call(activity);
+  if (!modes_.hasAny(Kind::observer)) return;
+  for (const auto& observer : modes_.observersOf(frame.mode, activity)) observer->notify(activity);
 }
 
-bool RunLoopCore::hasWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) noexcept {
-  if (pending_.hasAny(frame.mode) || inbox_.hasItems() || outlook.hasSignalledSource) return true;
-  if (frame.mode.isCommon && isMainQueueReady_) return true;
+bool RunLoopCore::hasWork(RunLoopMode& mode, const RunLoopModes::Outlook& outlook) noexcept {
+  if (pending_.hasAny(mode) || inbox_.hasItems() || outlook.hasPendingSource) return true;
+  if (mode.isCommon && isMainQueueReady_) return true;
   return outlook.nextWakeUp != UINT64_MAX && outlook.nextWakeUp <= mach_absolute_time();
 }
 
 /// Whether the mode has anything to wait for.
-bool RunLoopCore::canGetWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) const noexcept {
-  return outlook.hasTimers || outlook.hasInputs || (isMain_ && frame.mode.isCommon);
+bool RunLoopCore::canGetWork(RunLoopMode& mode,
+                             const RunLoopModes::Outlook& outlook) const noexcept {
+  return outlook.hasTimers || outlook.hasInputs || (isMain_ && mode.isCommon);
 }
 
 void RunLoopCore::wait(RunFrame& frame, std::uint64_t limit) {
   // Looked at anew, for an observer may have added something.
   const RunLoopModes::Outlook outlook = modes_.outlook(frame.mode);
-  if (frame.isStopped || hasWork(frame, outlook)) return;
+  if (frame.isStopped || hasWork(frame.mode, outlook)) return;
   if (waiter_.reserveDescriptors()) modes_.watchMode(frame.mode, *waiter_.pollSet());
   waiter_.setMoment(std::min(outlook.nextWakeUp, limit));
-  if (std::exchange(didRunBlocks_, false)) lingerForNews();
+  if (std::exchange(didRunBlocks_, false)) spinForNews();
   if (inbox_.tryToSleep()) waiter_.wait();
 }
 
-/// Blocks from another thread are often followed by more. Waiting for these without sleeping costs less than
-/// being woken, for as long as that would take.
-void RunLoopCore::lingerForNews() const noexcept {
-  constexpr int looks = 400;
-  for (int look = 0; look < looks && !inbox_.hasNews(); ++look) relaxProcessor();
+/// Blocks from another thread are often followed by more. Spinning for them costs less than sleeping
+/// and being woken, as long as it takes no longer than that.
+void RunLoopCore::spinForNews() const noexcept {
+  if (!inbox_.hasNews()) spin(maxSpinsForNews, [this] { return inbox_.hasNews(); });
 }
 
 RunLoopModes::Outlook RunLoopCore::fireTimers(const NSString& modeName) {
   requireOwnThread();
   const RunLoopModes::Run run(modes_, modeName);
-  RunFrame frame{run.mode(), frame_};
-  FrameScope scope(*this, frame);
+  RunFrame frame(*this, run.mode());
   fireDueTimers(frame);
   return modes_.outlook(frame.mode);
 }
 
 NSString RunLoopCore::currentMode() {
   requireOwnThread();
+  const LockGuard guard(frameLock_);
   return frame_ ? frame_->mode.name : NSString();
 }
 
@@ -303,12 +326,11 @@ void RunLoopCore::runPending() {
   // A callback may run the application's loop, which must not wait while there are callbacks left.
   waiter_.wake();
   {
-    RunFrame frame{modes_.defaultMode(), frame_};
-    FrameScope scope(*this, frame);
+    RunFrame frame(*this, modes_.defaultMode());
     beginRun();
     if (std::exchange(isHostWaiting_, false)) notify(frame, RunLoopAfterWaiting);
     pass(frame);
-    if (!hasWork(frame, modes_.outlook(frame.mode))) {
+    if (!hasWork(frame.mode, modes_.outlook(frame.mode))) {
       notify(frame, RunLoopBeforeWaiting);
       isHostWaiting_ = true;
     }
@@ -319,14 +341,14 @@ void RunLoopCore::runPending() {
 /// Leaves the descriptor readable if there is something to do, and otherwise lets it become so.
 void RunLoopCore::leaveWaitingToHost() {
   takePosted();  // requests to look around that came before this look are met by it
-  RunFrame frame{modes_.defaultMode(), frame_};
+  RunLoopMode& mode = modes_.defaultMode();
   if (!waiter_.reserveDescriptors()) return;  // then the application has none of ours to wait for
   PollSet& pollSet = *waiter_.pollSet();
-  modes_.watchMode(frame.mode, pollSet);
+  modes_.watchMode(mode, pollSet);
   pollSet.forgetChanges();
-  const RunLoopModes::Outlook outlook = modes_.outlook(frame.mode);
+  const RunLoopModes::Outlook outlook = modes_.outlook(mode);
   waiter_.setMoment(outlook.nextWakeUp);
-  if (hasWork(frame, outlook) || !inbox_.tryToSleep()) waiter_.wake();
+  if (hasWork(mode, outlook) || !inbox_.tryToSleep()) waiter_.wake();
 }
 
 }  // namespace zeb::detail

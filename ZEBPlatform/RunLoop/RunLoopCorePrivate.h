@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 namespace zeb::detail {
@@ -25,7 +24,8 @@ class RunLoopCore {
   // Any thread:
   /// False when the loop has ended and the item stays the caller's.
   bool post(WorkItem& item) noexcept;
-  void lookAround() noexcept;
+  /// Makes the loop do one more pass before its thread sleeps.
+  void requestPass() noexcept;
   void mainQueueIsReady() noexcept;
   void stop() noexcept;
   /// An application's own loop, which does the waiting, has to tell it that it waits.
@@ -34,6 +34,9 @@ class RunLoopCore {
   bool canWatch(int descriptor) noexcept;
   /// Brings what is watched up to date for one descriptor.
   void watch(int descriptor);
+  /// Removes the item from all modes, or from one.
+  void remove(RunLoopItem& item);
+  void remove(RunLoopItem& item, const NSString& modeName);
 
   /// Makes the calling thread the loop's own.
   void adopt() noexcept;
@@ -52,9 +55,11 @@ class RunLoopCore {
   void runPending();
 
  private:
-  class FrameScope;
+  using Kind = RunLoopItem::Kind;
+  class RunFrame;
 
   void requireOwnThread() noexcept;
+  void unwatchIfDescriptor(const RunLoopItem& item);
 
   bool runFrame(RunLoopMode& mode, std::uint64_t limit, bool endsAfterInput);
   void beginRun();
@@ -68,10 +73,10 @@ class RunLoopCore {
   void notify(RunFrame& frame, RunLoopActivity activity);
 
   void takePosted() noexcept { pending_.append(inbox_.takeAll()); }
-  bool hasWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) noexcept;
-  bool canGetWork(RunFrame& frame, const RunLoopModes::Outlook& outlook) const noexcept;
+  bool hasWork(RunLoopMode& mode, const RunLoopModes::Outlook& outlook) noexcept;
+  bool canGetWork(RunLoopMode& mode, const RunLoopModes::Outlook& outlook) const noexcept;
   void wait(RunFrame& frame, std::uint64_t limit);
-  void lingerForNews() const noexcept;
+  void spinForNews() const noexcept;
   void leaveWaitingToHost();
 
   const bool isMain_;
@@ -82,12 +87,13 @@ class RunLoopCore {
 
   LoopWaiter waiter_;
 
-  // The loop's own thread only, but for what is said:
+  Lock frameLock_;
+  RunFrame* frame_ ZEB_GUARDED_BY(frameLock_) = nullptr;  ///< of the innermost run
+
+  // For the loop's own thread, unless atomic:
   PendingBlocks pending_;
-  RunFrame* frame_ = nullptr;  ///< changed under the lock
-  std::mutex frameMutex_;      ///< for those who stop a run
-  std::uint64_t runs_ = 0;     ///< that have begun
-  /// Those whose blocks are being called.
+  std::uint64_t runs_ = 0;  ///< that have begun
+  /// The sources whose blocks are being called.
   std::vector<RunLoopDescriptorSource*> calledSources_;
   bool didRunBlocks_ = false;          ///< since the last wait
   std::atomic<bool> isHosted_{false};  ///< an application's own loop may do the waiting

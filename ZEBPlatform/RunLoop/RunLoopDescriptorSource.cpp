@@ -13,23 +13,12 @@ Ref<RunLoopDescriptorSource> RunLoopDescriptorSource::source(int descriptor, std
 
 void RunLoopDescriptorSource::setEvents(std::uint32_t events) {
   events_.store(events, std::memory_order_relaxed);
-  if (const Ref<NSRunLoop> loop = this->loop()) loop->core().watch(descriptor_);
+  if (const Ref<NSRunLoop> loop = this->loop()) loop->core().watch(descriptor());
 }
 
-bool RunLoopDescriptorSource::call(std::uint32_t readyEvents) noexcept {
+bool RunLoopDescriptorSource::handle(std::uint32_t readyEvents) noexcept {
   const std::uint32_t events = this->events() & readyEvents;
-  if (isCalling_ || !events) return false;
-  const Handler handler = handler_.get();
-  if (!handler) return false;
-  isCalling_ = true;
-  handler(Ref<RunLoopDescriptorSource>(this), events);
-  isCalling_ = false;
-  return true;
-}
-
-void RunLoopDescriptorSource::leave(detail::RunLoopCore& core) noexcept {
-  core.modes().remove(*this);
-  core.watch(descriptor_);
+  return events && call(Ref<RunLoopDescriptorSource>(this), events);
 }
 
 }  // namespace zeb

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <ZEBPlatform/Memory/detail/ItemBlock.h>
 #include <ZEBPlatform/RunLoop/RunLoopItem.h>
 
 #include <cstdint>
@@ -14,23 +13,29 @@ enum DescriptorEvent : std::uint32_t {
   DescriptorWritable = 1 << 1,
 };
 
-/// Calls a block whenever a file descriptor is ready, again and again while it is. Hang-ups and errors
-/// make a descriptor ready for whatever it is watched for, so that the read or write reports them. Use
-/// non-blocking descriptors: somebody else may have read already when the block is called.
-///
-/// The descriptor stays the caller's: invalidate the source first, then close it. Several sources may watch
-/// one descriptor.
-class RunLoopDescriptorSource final : public RunLoopItem {
- public:
-  using Handler =
-      Block<void(const Ref<RunLoopDescriptorSource>& source, std::uint32_t readyEvents)>;
+class RunLoopDescriptorSource;
 
-  /// Nil for what nobody can wait for: a regular file, a folder, a disk, a closed descriptor. `events` are the
-  /// bits to watch for. This takes no descriptor itself; whether a loop can watch shows when the source is added
-  /// (see `NSRunLoop::addDescriptorSource`).
+namespace detail {
+using RunLoopDescriptorSourceBase =
+    CallingRunLoopItem<const Ref<RunLoopDescriptorSource>& /*source*/, std::uint32_t /*events*/>;
+}
+
+/// Calls a block whenever a file descriptor is ready, again and again while it is. Hang-ups and
+/// errors make a descriptor ready for whatever it is watched for, so that the read or write reports
+/// them. Use non-blocking descriptors: another reader may have emptied the descriptor before the
+/// block is called.
+///
+/// The descriptor stays the caller's: invalidate the source first, then close it. Several sources
+/// may watch one descriptor.
+class RunLoopDescriptorSource final : public detail::RunLoopDescriptorSourceBase {
+ public:
+  /// Nil for descriptors that cannot be waited for: a regular file, a folder, a disk, a closed
+  /// descriptor. `events` are the bits to watch for. The source takes no descriptor of its own;
+  /// whether a loop can watch shows when the source is added (see
+  /// `NSRunLoop::addDescriptorSource`).
   static Ref<RunLoopDescriptorSource> source(int descriptor, std::uint32_t events, Handler handler);
 
-  int descriptor() const noexcept { return descriptor_; }
+  int descriptor() const noexcept { return static_cast<int>(order()); }
   std::uint32_t events() const noexcept { return events_.load(std::memory_order_relaxed); }
   /// Changes what is watched for; 0 pauses the source. Any thread.
   void setEvents(std::uint32_t events);
@@ -39,25 +44,22 @@ class RunLoopDescriptorSource final : public RunLoopItem {
   friend class detail::RunLoopCore;
   friend class detail::RunLoopModes;
 
+  /// Sorted by descriptor, so that a loop finds the sources of a ready descriptor quickly.
   RunLoopDescriptorSource(int descriptor, std::uint32_t events, Handler handler)
-      : descriptor_(descriptor), events_(events), handler_(std::move(handler)) {}
+      : CallingRunLoopItem(Kind::descriptorSource, descriptor, std::move(handler)),
+        events_(events) {}
 
-  // While its block is called by the loop, and runs the loop, the descriptor may be ready all the time.
+  // The descriptor may stay ready while the block runs the loop, so it is not watched meanwhile.
   bool isResting() const noexcept { return isResting_.load(std::memory_order_relaxed); }
   void setResting(bool isResting) noexcept {
     isResting_.store(isResting, std::memory_order_relaxed);
   }
 
-  /// Calls the block if it waits for any of the events; answers whether.
-  bool call(std::uint32_t readyEvents) noexcept;
-  void leave(detail::RunLoopCore& core) noexcept override;
-  void releaseBlock() noexcept override { handler_.release(); }
+  /// Calls the block if it waits for any of the events. Whether it was called.
+  bool handle(std::uint32_t readyEvents) noexcept;
 
-  const int descriptor_;
   std::atomic<std::uint32_t> events_;
-  bool isCalling_ = false;  ///< the loop's thread only
   std::atomic<bool> isResting_{false};
-  detail::ItemBlock<void(const Ref<RunLoopDescriptorSource>&, std::uint32_t)> handler_;
 };
 
 }  // namespace zeb

@@ -5,7 +5,7 @@
 
 namespace zeb {
 
-RunLoopItem::RunLoopItem() noexcept = default;
+RunLoopItem::RunLoopItem(Kind kind, std::int64_t order) noexcept : order_(order), kind_(kind) {}
 RunLoopItem::~RunLoopItem() = default;
 
 void RunLoopItem::invalidate() {
@@ -13,15 +13,15 @@ void RunLoopItem::invalidate() {
   const Ref<RunLoopItem> alive(this);
   Ref<NSRunLoop> loop;
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     loop = std::exchange(loop_, nullptr);
   }
-  if (loop) leave(loop->core());
+  if (loop) loop->core().remove(*this);
   releaseBlock();
 }
 
 Ref<NSRunLoop> RunLoopItem::loop() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return loop_;
 }
 

@@ -5,42 +5,6 @@
 
 namespace zeb::detail {
 
-namespace {
-
-template <class Item>
-std::vector<Ref<Item>>& listOf(RunLoopMode& mode) noexcept {
-  return std::get<std::vector<Ref<Item>>>(mode.items);
-}
-
-template <class Item>
-auto placeOf(std::vector<Ref<Item>>& list, const Item& item) noexcept {
-  return std::find_if(list.begin(), list.end(), [&](auto& each) { return each.get() == &item; });
-}
-
-/// Where a new item goes: behind those that are to come before it.
-template <class Item>
-auto placeFor(std::vector<Ref<Item>>& list, const Item&) noexcept {
-  return list.end();
-}
-auto placeFor(std::vector<Ref<RunLoopObserver>>& list, const RunLoopObserver& observer) noexcept {
-  return std::upper_bound(list.begin(), list.end(), observer.order(),
-                          [](auto order, auto& each) { return order < each->order(); });
-}
-auto placeFor(std::vector<Ref<RunLoopDescriptorSource>>& list,
-              const RunLoopDescriptorSource& source) noexcept {
-  return std::upper_bound(
-      list.begin(), list.end(), source.descriptor(),
-      [](int descriptor, auto& each) { return descriptor < each->descriptor(); });
-}
-
-auto sourcesOfDescriptor(RunLoopMode& mode, int descriptor) noexcept {
-  auto& list = listOf<RunLoopDescriptorSource>(mode);
-  return std::ranges::equal_range(list, descriptor, {},
-                                  [](auto& each) { return each->descriptor(); });
-}
-
-}  // namespace
-
 RunLoopModes::RunLoopModes()
     : default_(findOrMake(NSDefaultRunLoopMode)),
       common_(findOrMake(NSRunLoopCommonModes)),
@@ -59,8 +23,7 @@ RunLoopMode& RunLoopModes::findOrMake(const NSString& name) {
 }
 
 void RunLoopModes::forgetIfUnused(RunLoopMode& mode) noexcept {
-  const bool isEmpty =
-      std::apply([](const auto&... lists) { return (lists.empty() && ...); }, mode.items);
+  const bool isEmpty = std::ranges::all_of(mode.items, &ItemList::empty);
   if (!isEmpty || mode.timerCount > 0 || mode.runCount > 0) return;
   if (mode.isCommon || &mode == &common_) return;
   if (watched_ == &mode) watched_ = nullptr;
@@ -71,31 +34,37 @@ RunLoopModes::Run::Run(RunLoopModes& modes, const NSString& name)
     : modes_(modes), mode_(modes.beginRun(name)) {}
 
 RunLoopModes::Run::~Run() {
-  std::lock_guard guard(modes_.mutex_);
+  const LockGuard guard(modes_.lock_);
   --mode_.runCount;
   modes_.forgetIfUnused(mode_);
 }
 
 RunLoopMode& RunLoopModes::beginRun(const NSString& name) {
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   RunLoopMode& mode = findOrMake(name);
   ++mode.runCount;
   return mode;
 }
 
 void RunLoopModes::makeCommon(const NSString& modeName, PollSet* pollSet) {
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   RunLoopMode& mode = findOrMake(modeName);
   mode.isCommon = true;
   if (watched_ != &mode || !pollSet) return;
-  for (const auto& source : listOf<RunLoopDescriptorSource>(common_)) {
-    watchNow(source->descriptor(), *pollSet);
+  for (const Ref<RunLoopItem>& source : listOf(common_, Kind::descriptorSource)) {
+    watchLocked(static_cast<RunLoopDescriptorSource&>(*source).descriptor(), *pollSet);
   }
 }
 
 bool RunLoopModes::isClosed() {
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   return isClosed_;
+}
+
+std::span<const Ref<RunLoopItem>> RunLoopModes::sourcesOfDescriptor(RunLoopMode& mode,
+                                                                    int descriptor) noexcept {
+  const auto orderOf = [](auto& each) { return each->order_; };
+  return std::ranges::equal_range(listOf(mode, Kind::descriptorSource), descriptor, {}, orderOf);
 }
 
 template <class Visit>
@@ -104,59 +73,40 @@ void RunLoopModes::visitActive(RunLoopMode& mode, const Visit& visit) {
   if (mode.isCommon) visit(common_);
 }
 
-template <class Item>
-bool RunLoopModes::insert(Item& item, const NSString& modeName) {
-  std::lock_guard guard(mutex_);
-  if (isClosed_) return false;
-  auto& list = listOf<Item>(findOrMake(modeName));
-  if (placeOf(list, item) != list.end()) return true;
-  list.insert(placeFor(list, item), Ref<Item>(&item));
-  ++std::get<Count<Item>>(counts_).value;
-  return true;
-}
-
-bool RunLoopModes::insert(NSTimer& timer, const NSString& modeName) {
-  std::lock_guard guard(mutex_);
+bool RunLoopModes::insert(RunLoopItem& item, const NSString& modeName) {
+  const LockGuard guard(lock_);
   if (isClosed_) return false;
   RunLoopMode& mode = findOrMake(modeName);
-  const auto isInMode = [&](auto& node) { return &node->mode == &mode; };
-  if (std::ranges::none_of(timer.nodes_, isInMode)) {
-    timer.nodes_.push_back(std::make_unique<TimerNode>(Ref<NSTimer>(&timer), mode));
-    ++mode.timerCount;
+  if (item.kind_ == Kind::timer) {
+    insertTimer(static_cast<NSTimer&>(item), mode);
+    return true;
   }
+  ItemList& list = listOf(mode, item.kind_);
+  if (std::ranges::find(list, &item, &Ref<RunLoopItem>::get) != list.end()) return true;
+  const auto orderOf = [](auto& each) { return each->order_; };
+  list.insert(std::ranges::upper_bound(list, item.order_, {}, orderOf), Ref(&item));
+  ++counts_[indexOf(item.kind_)];
   return true;
 }
 
-template <class Item>
-void RunLoopModes::removeFrom(RunLoopMode& mode, Item& item, ReleasedItems& released) {
-  auto& list = listOf<Item>(mode);
-  const auto place = placeOf(list, item);
+void RunLoopModes::insertTimer(NSTimer& timer, RunLoopMode& mode) {
+  const auto isInMode = [&](auto& node) { return &node->mode == &mode; };
+  if (std::ranges::any_of(timer.nodes_, isInMode)) return;
+  timer.nodes_.push_back(std::make_unique<TimerNode>(Ref(&timer), mode));
+  ++mode.timerCount;
+}
+
+void RunLoopModes::removeFrom(RunLoopMode& mode, RunLoopItem& item, ReleasedItems& released) {
+  ItemList& list = listOf(mode, item.kind_);
+  const auto place = std::ranges::find(list, &item, &Ref<RunLoopItem>::get);
   if (place == list.end()) return;
   released.push_back(std::move(*place));
   list.erase(place);
-  --std::get<Count<Item>>(counts_).value;
+  --counts_[indexOf(item.kind_)];
   forgetIfUnused(mode);
 }
 
-template <class Item>
-RunLoopModes::ReleasedItems RunLoopModes::remove(Item& item, const NSString& modeName) {
-  ReleasedItems released;
-  std::lock_guard guard(mutex_);
-  if (RunLoopMode* const mode = find(modeName)) removeFrom(*mode, item, released);
-  return released;
-}
-
-template <class Item>
-RunLoopModes::ReleasedItems RunLoopModes::remove(Item& item) {
-  ReleasedItems released;
-  std::lock_guard guard(mutex_);
-  for (std::size_t index = modes_.size(); index-- > 0;) removeFrom(*modes_[index], item, released);
-  return released;
-}
-
-RunLoopModes::ReleasedItems RunLoopModes::remove(NSTimer& timer) {
-  ReleasedItems released;
-  std::lock_guard guard(mutex_);
+void RunLoopModes::removeTimer(NSTimer& timer, ReleasedItems& released) {
   for (const auto& node : timer.nodes_) {
     node->mode.timers.remove(*node);
     released.push_back(node->timer);
@@ -164,32 +114,34 @@ RunLoopModes::ReleasedItems RunLoopModes::remove(NSTimer& timer) {
     forgetIfUnused(node->mode);
   }
   timer.nodes_.clear();
+}
+
+RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopItem& item, const NSString& modeName) {
+  ReleasedItems released;
+  const LockGuard guard(lock_);
+  if (RunLoopMode* const mode = find(modeName)) removeFrom(*mode, item, released);
   return released;
 }
 
-template bool RunLoopModes::insert(RunLoopObserver&, const NSString&);
-template bool RunLoopModes::insert(RunLoopSource&, const NSString&);
-template bool RunLoopModes::insert(RunLoopDescriptorSource&, const NSString&);
-template bool RunLoopModes::insert(NSPort&, const NSString&);
-template RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopObserver&, const NSString&);
-template RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopSource&, const NSString&);
-template RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopDescriptorSource&,
-                                                          const NSString&);
-template RunLoopModes::ReleasedItems RunLoopModes::remove(NSPort&, const NSString&);
-template RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopObserver&);
-template RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopSource&);
-template RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopDescriptorSource&);
-template RunLoopModes::ReleasedItems RunLoopModes::remove(NSPort&);
+RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopItem& item) {
+  ReleasedItems released;
+  const LockGuard guard(lock_);
+  if (item.kind_ == Kind::timer) {
+    removeTimer(static_cast<NSTimer&>(item), released);
+    return released;
+  }
+  for (std::size_t index = modes_.size(); index-- > 0;) removeFrom(*modes_[index], item, released);
+  return released;
+}
 
 RunLoopModes::ReleasedItems RunLoopModes::close() {
   ReleasedItems released;
-  const auto giveUp = [&](auto& list) {
-    released.insert(released.end(), list.begin(), list.end());
-  };
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   isClosed_ = true;
   for (const auto& mode : modes_) {
-    std::apply([&](auto&... lists) { (giveUp(lists), ...); }, mode->items);
+    for (const ItemList& list : mode->items) {
+      released.insert(released.end(), list.begin(), list.end());
+    }
     while (DeadlineNode* node = mode->timers.takeDue(UINT64_MAX)) {
       released.push_back(static_cast<TimerNode*>(node)->timer);
     }
@@ -198,13 +150,13 @@ RunLoopModes::ReleasedItems RunLoopModes::close() {
 }
 
 bool RunLoopModes::schedule(NSTimer& timer) {
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   const std::uint64_t leeway = ticksIn(timer.tolerance_);
   bool isSooner = false;
   for (const auto& node : timer.nodes_) {
     DeadlineHeap& timers = node->mode.timers;
     const std::uint64_t before = timers.nextWakeUp();
-    node->deadline = std::max(timer.moment_, lastMoment_ + 1);
+    node->deadline = std::max(timer.moment_, latestMoment_ + 1);
     node->leeway = leeway;
     timers.put(*node);
     isSooner |= timers.nextWakeUp() < before;
@@ -213,8 +165,8 @@ bool RunLoopModes::schedule(NSTimer& timer) {
 }
 
 Ref<NSTimer> RunLoopModes::takeDueTimer(RunLoopMode& mode, std::uint64_t moment) {
-  std::lock_guard guard(mutex_);
-  lastMoment_ = std::max(lastMoment_, moment);
+  const LockGuard guard(lock_);
+  latestMoment_ = std::max(latestMoment_, moment);
   DeadlineNode* due = nullptr;
   visitActive(mode, [&](RunLoopMode& active) {
     if (!due) due = active.timers.takeDue(moment);
@@ -222,26 +174,29 @@ Ref<NSTimer> RunLoopModes::takeDueTimer(RunLoopMode& mode, std::uint64_t moment)
   return due ? static_cast<TimerNode*>(due)->timer : nullptr;
 }
 
-std::vector<Ref<RunLoopSource>> RunLoopModes::signalledSources(RunLoopMode& mode) {
-  std::vector<Ref<RunLoopSource>> signalled;
-  std::lock_guard guard(mutex_);
+std::vector<Ref<RunLoopSource>> RunLoopModes::pendingSources(RunLoopMode& mode) {
+  std::vector<Ref<RunLoopSource>> pending;
+  const LockGuard guard(lock_);
   visitActive(mode, [&](RunLoopMode& active) {
-    for (const auto& source : listOf<RunLoopSource>(active)) {
-      if (source->shallPerform()) signalled.push_back(source);
+    for (const Ref<RunLoopItem>& item : listOf(active, Kind::source)) {
+      auto& source = static_cast<RunLoopSource&>(*item);
+      if (source.isPending()) pending.push_back(Ref(&source));
     }
   });
-  return signalled;
+  return pending;
 }
 
 std::vector<Ref<RunLoopObserver>> RunLoopModes::observersOf(RunLoopMode& mode,
                                                             RunLoopActivity activity) {
   std::vector<Ref<RunLoopObserver>> observers;
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   visitActive(mode, [&](RunLoopMode& active) {
-    for (const auto& observer : listOf<RunLoopObserver>(active)) {
-      if (observer->activities() & activity) {
-        observers.insert(placeFor(observers, *observer), observer);
-      }
+    for (const Ref<RunLoopItem>& item : listOf(active, Kind::observer)) {
+      auto& observer = static_cast<RunLoopObserver&>(*item);
+      if (!(observer.activities() & activity)) continue;
+      const auto orderOf = [](auto& each) { return each->order(); };
+      observers.insert(std::ranges::upper_bound(observers, observer.order(), {}, orderOf),
+                       Ref(&observer));
     }
   });
   return observers;
@@ -250,59 +205,62 @@ std::vector<Ref<RunLoopObserver>> RunLoopModes::observersOf(RunLoopMode& mode,
 std::vector<Ref<RunLoopDescriptorSource>> RunLoopModes::sourcesOf(RunLoopMode& mode,
                                                                   int descriptor) {
   std::vector<Ref<RunLoopDescriptorSource>> sources;
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   visitActive(mode, [&](RunLoopMode& active) {
-    const auto found = sourcesOfDescriptor(active, descriptor);
-    sources.insert(sources.end(), found.begin(), found.end());
+    for (const Ref<RunLoopItem>& item : sourcesOfDescriptor(active, descriptor)) {
+      sources.push_back(Ref(&static_cast<RunLoopDescriptorSource&>(*item)));
+    }
   });
   return sources;
 }
 
 RunLoopModes::Outlook RunLoopModes::outlook(RunLoopMode& mode) {
   Outlook outlook;
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   visitActive(mode, [&](RunLoopMode& active) {
-    const auto& [observers, sources, descriptorSources, ports] = active.items;
+    const ItemList& sources = listOf(active, Kind::source);
     outlook.nextWakeUp = std::min(outlook.nextWakeUp, active.timers.nextWakeUp());
     outlook.hasTimers |= !active.timers.isEmpty();
-    outlook.hasInputs |= !sources.empty() || !descriptorSources.empty() || !ports.empty();
-    outlook.hasSignalledSource |=
-        std::ranges::any_of(sources, [](auto& source) { return source->shallPerform(); });
+    outlook.hasInputs |= !sources.empty() || !listOf(active, Kind::descriptorSource).empty() ||
+                         !listOf(active, Kind::port).empty();
+    outlook.hasPendingSource |= std::ranges::any_of(
+        sources, [](auto& source) { return static_cast<RunLoopSource&>(*source).isPending(); });
   });
   return outlook;
 }
 
-void RunLoopModes::watchNow(int descriptor, PollSet& pollSet) {
+void RunLoopModes::watchLocked(int descriptor, PollSet& pollSet) {
   std::uint32_t events = 0;
   const auto addEvents = [&](RunLoopMode& active) {
-    for (const auto& source : sourcesOfDescriptor(active, descriptor)) {
-      if (!source->isResting()) events |= source->events();
+    for (const Ref<RunLoopItem>& item : sourcesOfDescriptor(active, descriptor)) {
+      const auto& source = static_cast<RunLoopDescriptorSource&>(*item);
+      if (!source.isResting()) events |= source.events();
     }
   };
-  // The watched mode may have been forgotten with its last source, whose descriptor is still watched.
+  // The watched mode may no longer exist although the descriptor of its last source is still watched.
   if (watched_) visitActive(*watched_, addEvents);
   pollSet.watch(descriptor, {.isReadable = (events & DescriptorReadable) != 0,
                              .isWritable = (events & DescriptorWritable) != 0});
 }
 
 bool RunLoopModes::canWatch(int descriptor, const PollSet& pollSet) {
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   return pollSet.canWatch(descriptor);
 }
 
 void RunLoopModes::watch(int descriptor, PollSet& pollSet) {
-  std::lock_guard guard(mutex_);
-  watchNow(descriptor, pollSet);
+  const LockGuard guard(lock_);
+  watchLocked(descriptor, pollSet);
 }
 
 void RunLoopModes::watchMode(RunLoopMode& mode, PollSet& pollSet) {
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   if (watched_ == &mode) return;
   RunLoopMode* const before = std::exchange(watched_, &mode);
   for (RunLoopMode* changed : {before, &mode, &common_}) {
     if (!changed) continue;
-    for (const auto& source : listOf<RunLoopDescriptorSource>(*changed)) {
-      watchNow(source->descriptor(), pollSet);
+    for (const Ref<RunLoopItem>& source : listOf(*changed, Kind::descriptorSource)) {
+      watchLocked(static_cast<RunLoopDescriptorSource&>(*source).descriptor(), pollSet);
     }
   }
 }

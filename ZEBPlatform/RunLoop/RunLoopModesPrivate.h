@@ -1,15 +1,16 @@
 #pragma once
 
 #include <ZEBPlatform/Concurrency/detail/DeadlineHeap.h>
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Linux/detail/PollSet.h>
 #include <ZEBPlatform/RunLoop/NSRunLoop.h>
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <tuple>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -34,30 +35,31 @@ struct RunLoopMode {
 
   const NSString name;
   const bool isDefault;
-  bool isCommon;  ///< changed on the loop's thread and under the lock
+  bool isCommon;  ///< changed on the loop's thread with the lock of its `RunLoopModes` held
 
-  // Under the lock:
-  std::size_t runCount = 0;    ///< runs that are in progress
-  std::size_t timerCount = 0;  ///< that belong to it, in the heap or about to fire
+  // Guarded by the lock of its `RunLoopModes`:
+  std::size_t runCount = 0;    ///< runs in progress
+  std::size_t timerCount = 0;  ///< timers in this mode, in the heap or about to fire
   DeadlineHeap timers;
-  /// Observers in the order of their calls, descriptor sources by descriptor.
-  std::tuple<std::vector<Ref<RunLoopObserver>>, std::vector<Ref<RunLoopSource>>,
-             std::vector<Ref<RunLoopDescriptorSource>>, std::vector<Ref<NSPort>>>
-      items;
+  /// The items of each kind, sorted by their order. Timers are in the heap instead.
+  std::array<std::vector<Ref<RunLoopItem>>, RunLoopItem::kindCount> items;
 };
 
-/// The modes of a loop and what is in them. A mode lasts as long as something is in it, the loop runs in it, or
-/// it is common; names may be made up for one use. Locks itself and calls nobody; it hands out the references that
-/// it gives up, for a release may run anybody's code. Any thread, where nothing else is said.
+/// The modes of a loop and the items in them. A mode exists as long as it has items, the loop runs in
+/// it, or it is common, so that a name may be made up for one use.
+///
+/// It locks itself and calls no user code: items that it removes are handed out, because releasing
+/// them may run a destructor of the user. Any thread, unless a function says otherwise.
 class RunLoopModes {
  public:
+  using Kind = RunLoopItem::Kind;
   using ReleasedItems = std::vector<Ref<RunLoopItem>>;
 
   RunLoopModes();
 
   RunLoopMode& defaultMode() noexcept { return default_; }
 
-  /// Keeps a mode, which is made if it is not there, for as long as the loop runs in it.
+  /// Keeps a mode, which is made if it does not exist, for as long as the loop runs in it.
   class Run {
    public:
     Run(RunLoopModes& modes, const NSString& name);
@@ -72,85 +74,91 @@ class RunLoopModes {
   };
 
   /// `pollSet` may be null: nothing is watched yet.
-  void makeCommon(const NSString& modeName, PollSet* pollSet);
+  void makeCommon(const NSString& modeName, PollSet* pollSet) ZEB_EXCLUDES(lock_);
 
-  /// Nothing can be added any more; answers all there is.
-  ReleasedItems close();
-  bool isClosed();
+  /// Refuses all later additions and returns all items.
+  ReleasedItems close() ZEB_EXCLUDES(lock_);
+  bool isClosed() ZEB_EXCLUDES(lock_);
 
-  /// Adds an item, once. False after `close`.
-  template <class Item>
-  bool insert(Item& item, const NSString& modeName);
-  bool insert(NSTimer& timer, const NSString& modeName);
-  template <class Item>
-  ReleasedItems remove(Item& item, const NSString& modeName);
+  /// Adds an item unless the mode has it already. False after `close`.
+  bool insert(RunLoopItem& item, const NSString& modeName) ZEB_EXCLUDES(lock_);
+  /// Removes an item that is not a timer from one mode.
+  ReleasedItems remove(RunLoopItem& item, const NSString& modeName) ZEB_EXCLUDES(lock_);
   /// Removes an item from all modes.
-  template <class Item>
-  ReleasedItems remove(Item& item);
-  ReleasedItems remove(NSTimer& timer);
+  ReleasedItems remove(RunLoopItem& item) ZEB_EXCLUDES(lock_);
 
-  /// Puts the timer in its places after a change, its own lock being held. Whether the loop may have to wake up
+  /// Moves the timer to its place in each heap after a change. Whether the loop may have to wake up
   /// earlier than before.
-  bool schedule(NSTimer& timer);
-  bool canWatch(int descriptor, const PollSet& pollSet);
+  bool schedule(NSTimer& timer) ZEB_REQUIRES(timer.lock_) ZEB_EXCLUDES(lock_);
+  bool canWatch(int descriptor, const PollSet& pollSet) ZEB_EXCLUDES(lock_);
   /// Brings the set up to date for one descriptor.
-  void watch(int descriptor, PollSet& pollSet);
+  void watch(int descriptor, PollSet& pollSet) ZEB_EXCLUDES(lock_);
 
-  /// Whether any mode has such items.
-  template <class Item>
-  bool hasAny() const noexcept {
-    return std::get<Count<Item>>(counts_).value.load(std::memory_order_relaxed) > 0;
+  /// Whether any mode has items of this kind, other than timers.
+  bool hasAny(Kind kind) const noexcept {
+    return counts_[indexOf(kind)].load(std::memory_order_relaxed) > 0;
   }
 
-  // What follows is for the loop's thread, and about a mode together with the common modes, if it is one.
+  // For the loop's thread. Each is about a mode, together with the common modes if it is one of them.
 
-  /// The timers that are due at `moment`, one after the other. What is scheduled meanwhile is not due before
-  /// the next moment that is asked for.
-  Ref<NSTimer> takeDueTimer(RunLoopMode& mode, std::uint64_t moment);
-  std::vector<Ref<RunLoopSource>> signalledSources(RunLoopMode& mode);
-  std::vector<Ref<RunLoopObserver>> observersOf(RunLoopMode& mode, RunLoopActivity activity);
-  std::vector<Ref<RunLoopDescriptorSource>> sourcesOf(RunLoopMode& mode, int descriptor);
+  /// Takes one timer that is due at `moment`; nil if there is none left. Timers that are scheduled
+  /// during these calls are not due before the next moment that is asked for.
+  Ref<NSTimer> takeDueTimer(RunLoopMode& mode, std::uint64_t moment) ZEB_EXCLUDES(lock_);
+  std::vector<Ref<RunLoopSource>> pendingSources(RunLoopMode& mode) ZEB_EXCLUDES(lock_);
+  std::vector<Ref<RunLoopObserver>> observersOf(RunLoopMode& mode, RunLoopActivity activity)
+      ZEB_EXCLUDES(lock_);
+  std::vector<Ref<RunLoopDescriptorSource>> sourcesOf(RunLoopMode& mode, int descriptor)
+      ZEB_EXCLUDES(lock_);
 
   struct Outlook {
-    std::uint64_t nextWakeUp = UINT64_MAX;  ///< of its timers
+    std::uint64_t nextWakeUp = UINT64_MAX;  ///< of the timers
     bool hasTimers = false;
     bool hasInputs = false;
-    bool hasSignalledSource = false;
+    bool hasPendingSource = false;
   };
-  Outlook outlook(RunLoopMode& mode);
+  Outlook outlook(RunLoopMode& mode) ZEB_EXCLUDES(lock_);
 
-  /// From now on the set watches the descriptors of this mode.
-  void watchMode(RunLoopMode& mode, PollSet& pollSet);
+  /// Makes the set watch the descriptors of this mode instead of those of the mode before.
+  void watchMode(RunLoopMode& mode, PollSet& pollSet) ZEB_EXCLUDES(lock_);
 
  private:
-  template <class Item>
-  struct Count {
-    std::atomic<std::size_t> value{0};
-  };
+  using ItemList = std::vector<Ref<RunLoopItem>>;
 
-  RunLoopMode* find(const NSString& name) noexcept;
-  RunLoopMode& findOrMake(const NSString& name);
-  RunLoopMode& beginRun(const NSString& name);
-  void forgetIfUnused(RunLoopMode& mode) noexcept;
+  static constexpr std::size_t indexOf(Kind kind) noexcept {
+    return static_cast<std::size_t>(kind);
+  }
+
+  static ItemList& listOf(RunLoopMode& mode, Kind kind) noexcept {
+    return mode.items[indexOf(kind)];
+  }
+  static std::span<const Ref<RunLoopItem>> sourcesOfDescriptor(RunLoopMode& mode,
+                                                               int descriptor) noexcept;
   template <class Visit>
-  void visitActive(RunLoopMode& mode, const Visit& visit);
-  template <class Item>
-  void removeFrom(RunLoopMode& mode, Item& item, ReleasedItems& released);
-  void watchNow(int descriptor, PollSet& pollSet);
+  void visitActive(RunLoopMode& mode, const Visit& visit) ZEB_REQUIRES(lock_);
 
-  std::mutex mutex_;
-  // Under the lock:
-  std::vector<std::unique_ptr<RunLoopMode>> modes_;
+  RunLoopMode* find(const NSString& name) noexcept ZEB_REQUIRES(lock_);
+  RunLoopMode& findOrMake(const NSString& name) ZEB_REQUIRES(lock_);
+  RunLoopMode& beginRun(const NSString& name) ZEB_EXCLUDES(lock_);
+  void forgetIfUnused(RunLoopMode& mode) noexcept ZEB_REQUIRES(lock_);
+  void insertTimer(NSTimer& timer, RunLoopMode& mode) ZEB_REQUIRES(lock_);
+  void removeTimer(NSTimer& timer, ReleasedItems& released) ZEB_REQUIRES(lock_);
+  void removeFrom(RunLoopMode& mode, RunLoopItem& item, ReleasedItems& released)
+      ZEB_REQUIRES(lock_);
+  void watchLocked(int descriptor, PollSet& pollSet) ZEB_REQUIRES(lock_);
+
+  Lock lock_;
+  std::vector<std::unique_ptr<RunLoopMode>> modes_ ZEB_GUARDED_BY(lock_);
   RunLoopMode& default_;
   RunLoopMode& common_;
-  RunLoopMode* watched_;          ///< null when it has been forgotten, with nothing in it
-  std::uint64_t lastMoment_ = 0;  ///< for which due timers were asked
-  bool isClosed_ = false;
+  /// Null when the mode no longer exists; it was empty then.
+  RunLoopMode* watched_ ZEB_GUARDED_BY(lock_);
+  /// The latest moment for which due timers were asked.
+  std::uint64_t latestMoment_ ZEB_GUARDED_BY(lock_) = 0;
+  bool isClosed_ ZEB_GUARDED_BY(lock_) = false;
 
-  /// How many of each kind all modes have together, so that a loop without them need not look.
-  std::tuple<Count<RunLoopObserver>, Count<RunLoopSource>, Count<RunLoopDescriptorSource>,
-             Count<NSPort>>
-      counts_;
+  /// The number of items of each kind in all modes together, so that a loop without any takes no
+  /// lock to find that out.
+  std::array<std::atomic<std::size_t>, RunLoopItem::kindCount> counts_{};
 };
 
 }  // namespace zeb::detail

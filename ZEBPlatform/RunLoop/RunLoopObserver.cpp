@@ -1,19 +1,12 @@
-#include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopObserver.h>
 
 namespace zeb {
 
-void RunLoopObserver::call(RunLoopActivity activity) noexcept {
-  if (isCalling_) return;
+void RunLoopObserver::notify(RunLoopActivity activity) noexcept {
+  if (isCalling()) return;
   const Ref<RunLoopObserver> alive(this);
-  if (const Handler handler = handler_.get()) {
-    isCalling_ = true;
-    handler(alive, activity);
-    isCalling_ = false;
-  }
+  call(alive, activity);
   if (!repeats_) invalidate();
 }
-
-void RunLoopObserver::leave(detail::RunLoopCore& core) noexcept { core.modes().remove(*this); }
 
 }  // namespace zeb

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <ZEBPlatform/Memory/detail/ItemBlock.h>
 #include <ZEBPlatform/RunLoop/RunLoopItem.h>
 
 #include <cstdint>
@@ -19,34 +18,37 @@ enum RunLoopActivity : std::uint32_t {
   RunLoopAllActivities = 0x0FFFFFFF,
 };
 
-/// Is told what a run loop is about to do. `RunLoopBeforeWaiting` is the moment for work that should wait
-/// until the current burst of events has been handled. Not a way to get work done on a thread: it does not
-/// keep a loop running, and a busy loop may never wait.
-class RunLoopObserver final : public RunLoopItem {
- public:
-  using Handler = Block<void(const Ref<RunLoopObserver>& observer, RunLoopActivity activity)>;
+class RunLoopObserver;
 
-  /// `activities` are the bits to be told of. One that does not repeat is invalidated by its first call.
-  /// Lower `order`s are called first, equal ones in the order in which they were added.
+namespace detail {
+using RunLoopObserverBase =
+    CallingRunLoopItem<const Ref<RunLoopObserver>& /*observer*/, RunLoopActivity>;
+}
+
+/// Its block is called when a run loop reaches chosen moments. `RunLoopBeforeWaiting` is the moment
+/// for work that should wait until the current burst of events has been handled. Not a way to get
+/// work done on a thread: an observer does not keep a loop running, and a busy loop may never wait.
+class RunLoopObserver final : public detail::RunLoopObserverBase {
+ public:
+  /// `activities` are the bits of the chosen moments. An observer that does not repeat is
+  /// invalidated by its first call. Observers of lower `order` are called first, those of equal
+  /// order in the order in which they were added.
   RunLoopObserver(std::uint32_t activities, bool repeats, std::int64_t order, Handler handler)
-      : activities_(activities), repeats_(repeats), order_(order), handler_(std::move(handler)) {}
+      : CallingRunLoopItem(Kind::observer, order, std::move(handler)),
+        activities_(activities),
+        repeats_(repeats) {}
 
   std::uint32_t activities() const noexcept { return activities_; }
   bool repeats() const noexcept { return repeats_; }
-  std::int64_t order() const noexcept { return order_; }
+  std::int64_t order() const noexcept { return RunLoopItem::order(); }
 
  private:
   friend class detail::RunLoopCore;
 
-  void call(RunLoopActivity activity) noexcept;
-  void leave(detail::RunLoopCore& core) noexcept override;
-  void releaseBlock() noexcept override { handler_.release(); }
+  void notify(RunLoopActivity activity) noexcept;
 
   const std::uint32_t activities_;
   const bool repeats_;
-  const std::int64_t order_;
-  bool isCalling_ = false;  ///< the loop's thread only
-  detail::ItemBlock<void(const Ref<RunLoopObserver>&, RunLoopActivity)> handler_;
 };
 
 }  // namespace zeb

@@ -5,19 +5,7 @@ namespace zeb {
 
 void RunLoopSource::signal() {
   isSignalled_.store(true);
-  if (const Ref<NSRunLoop> loop = this->loop()) loop->core().lookAround();
+  if (const Ref<NSRunLoop> loop = this->loop()) loop->core().requestPass();
 }
-
-bool RunLoopSource::perform() noexcept {
-  if (isPerforming_ || !isSignalled_.exchange(false)) return false;
-  const Block<void()> perform = perform_.get();
-  if (!perform) return false;
-  isPerforming_ = true;
-  perform();
-  isPerforming_ = false;
-  return true;
-}
-
-void RunLoopSource::leave(detail::RunLoopCore& core) noexcept { core.modes().remove(*this); }
 
 }  // namespace zeb

@@ -1,36 +1,33 @@
 #pragma once
 
-#include <ZEBPlatform/Memory/detail/ItemBlock.h>
 #include <ZEBPlatform/RunLoop/RunLoopItem.h>
 
 #include <utility>
 
 namespace zeb {
 
-/// Work that a run loop does whenever somebody asks for it, and an input that keeps the loop running
-/// meanwhile. Asking several times before the loop gets to it counts once.
-class RunLoopSource final : public RunLoopItem {
+/// Work that a run loop does whenever it is signalled, and an input that keeps the loop running
+/// until then. Several signals before the loop handles the first one count once.
+class RunLoopSource final : public detail::CallingRunLoopItem<> {
  public:
-  explicit RunLoopSource(Block<void()> perform) : perform_(std::move(perform)) {}
+  explicit RunLoopSource(Block<void()> perform)
+      : CallingRunLoopItem(Kind::source, 0, std::move(perform)) {}
 
-  /// Has the block called once on the loop's thread, as soon as the loop runs in one of the source's modes.
-  /// If it is in no loop yet, then when it is added to one. Any thread, also from its own block.
+  /// Makes the loop call the block once on its thread, as soon as it runs in one of the source's
+  /// modes. A signal before the source is added to a loop counts when it is added. Any thread, also
+  /// from the source's own block.
   void signal();
 
  private:
   friend class detail::RunLoopCore;
   friend class detail::RunLoopModes;
 
-  /// Whether a pass of its loop has something to do.
-  bool shallPerform() const noexcept { return isSignalled_.load() && !isPerforming_; }
-  /// Calls the block if it shall be called; answers whether.
-  bool perform() noexcept;
-  void leave(detail::RunLoopCore& core) noexcept override;
-  void releaseBlock() noexcept override { perform_.release(); }
+  /// Whether a pass of its loop would call the block.
+  bool isPending() const noexcept { return isSignalled_.load() && !isCalling(); }
+  /// Calls the block if it is pending. Whether it was called.
+  bool perform() noexcept { return !isCalling() && isSignalled_.exchange(false) && call(); }
 
   std::atomic<bool> isSignalled_{false};
-  bool isPerforming_ = false;  ///< the loop's thread only
-  detail::ItemBlock<void()> perform_;
 };
 
 }  // namespace zeb

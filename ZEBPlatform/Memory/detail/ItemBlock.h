@@ -1,8 +1,8 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Memory/Block.h>
 
-#include <mutex>
 #include <utility>
 
 namespace zeb::detail {
@@ -14,20 +14,20 @@ class ItemBlock {
   explicit ItemBlock(Block<Signature> block) : block_(std::move(block)) {}
 
   /// Nil once it is released.
-  Block<Signature> get() const {
-    std::lock_guard guard(mutex_);
+  Block<Signature> get() const ZEB_EXCLUDES(lock_) {
+    const LockGuard guard(lock_);
     return block_;
   }
 
-  void release() {
-    Block<Signature> released;  // dies without the lock
-    std::lock_guard guard(mutex_);
-    released = std::exchange(block_, nullptr);
+  void release() ZEB_EXCLUDES(lock_) {
+    Block<Signature> released;  // destroyed after the lock is free: that runs the user's code
+    const LockGuard guard(lock_);
+    std::swap(released, block_);
   }
 
  private:
-  mutable std::mutex mutex_;
-  Block<Signature> block_;
+  mutable Lock lock_;
+  Block<Signature> block_ ZEB_GUARDED_BY(lock_);
 };
 
 }  // namespace zeb::detail
