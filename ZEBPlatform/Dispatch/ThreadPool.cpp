@@ -212,11 +212,8 @@ void ThreadPool::work(WorkerGroup& group) {
     if (!item && &group == &ordinary_) item = spinForWork();
     if (!item) {
       if (!sleepUntilWoken(self)) break;
-    } else if (item->runner) {
-      item->runner->runItem(*item);
     } else {
-      item->run();
-      item->dispose();
+      runAndDispose(*item);
     }
   }
   currentWorker = nullptr;

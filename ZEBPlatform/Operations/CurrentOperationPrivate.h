@@ -1,28 +1,18 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/FrameStack.h>
 #include <ZEBPlatform/Operations/NSOperationQueue.h>
 
 namespace zeb::detail {
 
-/// Notes on a thread's stack which operation it is running, and for which queue, for as long as it lives.
-class CurrentOperation {
+/// Records, while it lives, which operation its thread is running and for which queue.
+class CurrentOperation : public FrameStack<CurrentOperation> {
  public:
   CurrentOperation(const NSOperation& itsOperation, NSOperationQueue* itsQueue) noexcept
-      : operation(itsOperation), queue(itsQueue), outer(innermost) {
-    innermost = this;
-  }
-  CurrentOperation(const CurrentOperation&) = delete;
-  CurrentOperation& operator=(const CurrentOperation&) = delete;
-  ~CurrentOperation() { innermost = outer; }
-
-  static const CurrentOperation* current() noexcept { return innermost; }
+      : operation(itsOperation), queue(itsQueue) {}
 
   const NSOperation& operation;
-  NSOperationQueue* const queue;  ///< null for one that was started by hand
-  const CurrentOperation* const outer;
-
- private:
-  static inline constinit thread_local const CurrentOperation* innermost = nullptr;
+  NSOperationQueue* const queue;  ///< null if the operation was started by hand
 };
 
 }  // namespace zeb::detail

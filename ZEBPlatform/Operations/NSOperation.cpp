@@ -77,7 +77,7 @@ void NSOperation::end() noexcept {
   std::vector<dispatch_semaphore_t> waiters;
   Block<void()> completionBlock;
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     if (state_.fetch_or(finishedFlag, std::memory_order_acq_rel) & finishedFlag) return;
     readyOperations = unlinkDependents();
     waiters.swap(waiters_);
@@ -98,22 +98,22 @@ void NSOperation::cancel() {
 }
 
 void NSOperation::setCompletionBlock(Block<void()> block) {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   std::swap(completionBlock_, block);  // the old one is released after the lock
 }
 
 Block<void()> NSOperation::completionBlock() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return completionBlock_;
 }
 
 NSString NSOperation::name() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return name_;
 }
 
 void NSOperation::setName(const NSString& name) {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   name_ = name.copy();
 }
 

@@ -9,7 +9,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
 namespace zeb {
@@ -46,9 +45,9 @@ enum NSQualityOfService : std::int64_t {
 /// platform's. On a queue it ends the process where it is thrown: the operation does not finish, so nobody
 /// who waits for it goes on meanwhile. Out of `start` it reaches the caller, after the operation has finished.
 ///
-/// Dependencies in a circle would never run. They are reported instead: enqueueing an operation throws
-/// NSException (NSInvalidArgumentException) that names the circle if it or anything that it waits for is part
-/// of one, and so does the `addDependency` that closes a circle of operations on queues.
+/// Dependencies in a cycle would never run. They are reported instead: enqueueing an operation throws
+/// NSException (NSInvalidArgumentException) that names the cycle if it or anything that it waits for is part
+/// of one, and so does the `addDependency` that closes a cycle of operations on queues.
 ///
 /// Everything may be called from any thread. Priority, quality of service, name and completion block are to
 /// be set before the operation is enqueued.
@@ -117,7 +116,7 @@ class NSOperation : public NSObject {
 
  private:
   friend class NSOperationQueue;
-  class CircleSearch;
+  class CycleSearch;
   class WaitCheck;
   struct Dependency;
   struct Dependencies;
@@ -126,26 +125,26 @@ class NSOperation : public NSObject {
   // above them the number of unfinished dependencies.
   using State = std::uint64_t;
   static constexpr State cancelledFlag = 1;
-  static constexpr State claimedFlag = 2;    ///< somebody runs it or will: a queue, or `start`
-  static constexpr State enqueuedFlag = 4;   ///< its queue waits for it to get ready
+  static constexpr State claimedFlag = 2;    ///< a queue or `start` runs it or will run it
+  static constexpr State enqueuedFlag = 4;   ///< its queue waits for it to become ready
   static constexpr State submittedFlag = 8;  ///< was ready: its queue may run it at any time
   static constexpr State executingFlag = 16;
   static constexpr State finishedFlag = 32;
-  static constexpr State circleFreeFlag = 64;  ///< neither it nor what it waits for is in a circle
-  static constexpr State onPathFlag = 128;     ///< of the search for circles
-  static constexpr State barrierFlag = 256;    ///< waits for its dependencies even when cancelled
+  static constexpr State acyclicFlag = 64;   ///< neither it nor what it waits for is in a cycle
+  static constexpr State onPathFlag = 128;   ///< of the search for cycles
+  static constexpr State barrierFlag = 256;  ///< waits for its dependencies even when cancelled
   static constexpr State oneDependency = State{1} << 32;
 
   State flags() const noexcept { return state_.load(std::memory_order_acquire); }
   static bool isReadyIn(State state) noexcept {
     return (state & (cancelledFlag | barrierFlag)) == cancelledFlag || state < oneDependency;
   }
-  /// Whether an operation in this state has to be handed to its queue. One in another state may run and die at
-  /// any time, so that nobody without a reference may touch it.
+  /// Whether an operation in this state has to be handed to its queue. An operation in another state
+  /// may run and be destroyed at any time, so that only owners of a reference may touch it.
   static bool isToBeSubmittedIn(State state) noexcept {
     return (state & (enqueuedFlag | submittedFlag)) == enqueuedFlag && isReadyIn(state);
   }
-  /// After a step to `state`: whether it is on the caller to hand the operation to its queue.
+  /// After a step to `state`: whether the caller has to hand the operation to its queue.
   bool shallSubmit(State state) noexcept {
     return isToBeSubmittedIn(state) &&
            !(state_.fetch_or(submittedFlag, std::memory_order_acq_rel) & submittedFlag);
@@ -160,38 +159,38 @@ class NSOperation : public NSObject {
                                        const NSObject& what);
   bool isHeldUpBy(const WaitCheck& caller, bool isAwaitedItself) const;
 
-  // For those whose dependencies are free of circles (see OperationCirclesPrivate.h).
+  // See OperationCyclesPrivate.h.
   using Level = std::uint32_t;
-  void requireNoCircle();
-  bool markCircleFreeIfDependenciesAre();
-  void rise(Level level, std::vector<Ref<NSOperation>>& dependents);
-  bool hasDependents() const;
+  void requireNoCycle();
+  bool markAcyclicIfDependenciesAre() ZEB_EXCLUDES(lock_);
+  void rise(Level level, std::vector<Ref<NSOperation>>& dependents) ZEB_EXCLUDES(lock_);
+  bool hasDependents() const ZEB_EXCLUDES(lock_);
 
   bool insertDependency(const Ref<NSOperation>& operation, State flagsAgainst);
-  std::vector<Ref<NSOperation>> dependenciesWithout(State unwantedFlags) const;
-  void addDependent(Dependency& dependency) noexcept;
+  std::vector<Ref<NSOperation>> dependenciesWithout(State unwantedFlags) const ZEB_EXCLUDES(lock_);
+  void addDependent(Dependency& dependency) noexcept ZEB_REQUIRES(lock_);
   static void removeDependent(Dependency& dependency) noexcept;
-  NSOperation* unlinkDependents() noexcept;
-  void forgetDependencies();
+  NSOperation* unlinkDependents() noexcept ZEB_REQUIRES(lock_);
+  void forgetDependencies() ZEB_EXCLUDES(lock_);
   void letGo(Dependencies* dependencies) noexcept;
 
   std::atomic<State> state_{0};
-  mutable detail::Lock mutex_;
-  std::atomic<Level> level_{0};  ///< changed under the mutex
-  // Under the mutex:
-  Dependencies* dependencies_ = nullptr;
-  Dependencies* lastDependencies_ = nullptr;
-  Dependency* dependents_ = nullptr;  ///< those that wait for this operation
-  std::vector<dispatch_semaphore_t> waiters_;
-  Block<void()> completionBlock_;
-  NSString name_;
+  mutable detail::Lock lock_;
+  std::atomic<Level> level_{0};  ///< changed with the lock held
+  Dependencies* dependencies_ ZEB_GUARDED_BY(lock_) = nullptr;
+  Dependencies* lastDependencies_ ZEB_GUARDED_BY(lock_) = nullptr;
+  Dependency* dependents_ ZEB_GUARDED_BY(lock_) = nullptr;  ///< the operations that wait for this
+  std::vector<dispatch_semaphore_t> waiters_ ZEB_GUARDED_BY(lock_);
+  Block<void()> completionBlock_ ZEB_GUARDED_BY(lock_);
+  NSString name_ ZEB_GUARDED_BY(lock_);
 
   NSOperationQueuePriority queuePriority_ = NSOperationQueuePriorityNormal;
   NSQualityOfService qualityOfService_ = NSQualityOfServiceDefault;
 
   NSOperationQueue* queue_ = nullptr;  ///< set once, before `enqueuedFlag`
-  NSOperation* nextReady_ = nullptr;   ///< of those that got ready together, then of its queue's
-  // Its queue's, under the queue's mutex:
+  /// Links operations that became ready together, then the ready operations of the queue.
+  NSOperation* nextReady_ = nullptr;
+  // The queue's list of all operations, guarded by the queue's lock:
   NSOperation* nextInQueue_ = nullptr;
   NSOperation* previousInQueue_ = nullptr;
 };

@@ -1,28 +1,56 @@
 #include <ZEBPlatform/Operations/NSOperation.h>
 #include <ZEBPlatform/Operations/NSOperationQueue.h>
-#include <ZEBPlatform/Operations/OperationCirclesPrivate.h>
+#include <ZEBPlatform/Operations/OperationCyclesPrivate.h>
 #include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
 
+#include <functional>
 #include <unordered_set>
 #include <utility>
 
 namespace zeb {
 
-// The mutexes of both sides guard a dependency that is in both lists.
+// A dependency that is in both lists is guarded by the locks of both operations.
+
+namespace {
+
+/// Holds the locks of two operations. Locks them by address, so that two threads cannot deadlock.
+class ZEB_SCOPED_CAPABILITY LockPairGuard {
+ public:
+  // The analysis cannot follow which of the two is which.
+  LockPairGuard(detail::Lock& one, detail::Lock& other) noexcept
+      ZEB_ACQUIRES(one, other) ZEB_UNCHECKED_LOCKING : one_(one),
+                                                       other_(other) {
+    const bool isOneFirst = std::less<>()(&one, &other);
+    (isOneFirst ? one : other).lock();
+    (isOneFirst ? other : one).lock();
+  }
+  LockPairGuard(const LockPairGuard&) = delete;
+  LockPairGuard& operator=(const LockPairGuard&) = delete;
+  ~LockPairGuard() ZEB_RELEASES() ZEB_UNCHECKED_LOCKING {
+    one_.unlock();
+    other_.unlock();
+  }
+
+ private:
+  detail::Lock& one_;
+  detail::Lock& other_;
+};
+
+}  // namespace
 
 void NSOperation::addDependency(const Ref<NSOperation>& operation) {
   if (!operation || isFinished()) return;
-  if (insertDependency(operation, circleFreeFlag)) return;
-  // What waits for this one may be running already, so nobody would look for circles later.
-  CircleSearch search;
-  search.requireNoCircleThrough(*this, *operation);
+  if (insertDependency(operation, acyclicFlag)) return;
+  // Operations that wait for this one may be enqueued already, so no later step would find a cycle.
+  CycleSearch search;
+  search.requireNoCycleThrough(*this, *operation);
   insertDependency(operation, 0);
 }
 
-/// False, and nothing is done, when this operation has one of the flags.
+/// Does nothing and returns false when this operation has one of the flags.
 bool NSOperation::insertDependency(const Ref<NSOperation>& operation, State flagsAgainst) {
-  if (operation.get() == this) CircleSearch::raiseCircle({operation});
-  std::scoped_lock guard(mutex_, operation->mutex_);
+  if (operation.get() == this) CycleSearch::raiseCycle({operation});
+  const LockPairGuard guard(lock_, operation->lock_);
   if (flags() & flagsAgainst) return false;
   if (!lastDependencies_ || lastDependencies_->isFull()) {
     auto* block = new Dependencies;
@@ -43,7 +71,7 @@ void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
   if (!operation || operation.get() == this) return;
   State state = 0;
   {
-    std::scoped_lock guard(mutex_, operation->mutex_);
+    const LockPairGuard guard(lock_, operation->lock_);
     for (Dependencies* block = dependencies_; block; block = block->next) {
       for (Dependency& dependency : *block) {
         if (dependency.operation != operation) continue;
@@ -59,7 +87,7 @@ void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
 
 std::vector<Ref<NSOperation>> NSOperation::dependenciesWithout(State unwantedFlags) const {
   std::vector<Ref<NSOperation>> operations;
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   for (Dependencies* block = dependencies_; block; block = block->next) {
     for (const Dependency& dependency : *block) {
       if (!dependency.operation || (dependency.operation->flags() & unwantedFlags)) continue;
@@ -91,7 +119,7 @@ void NSOperation::removeDependent(Dependency& dependency) noexcept {
   dependency.link = nullptr;
 }
 
-/// Under the mutex, as the operation finishes: those that have nothing left to wait for, oldest first.
+/// As the operation finishes: unlinks its dependents and returns those that wait for nothing else.
 NSOperation* NSOperation::unlinkDependents() noexcept {
   NSOperation* readyOperations = nullptr;
   for (Dependency* next = std::exchange(dependents_, nullptr); next;) {
@@ -100,7 +128,8 @@ NSOperation* NSOperation::unlinkDependents() noexcept {
     dependency.link = nullptr;
     NSOperation& dependent = *dependency.dependent;
     const State before = dependent.state_.fetch_sub(oneDependency, std::memory_order_acq_rel);
-    // Unless it is ours to submit: then it waits for that, or, when somebody cancels it meanwhile, for our mutex.
+    // If this thread has to submit it, it exists until then, or until it gets our lock when another
+    // thread cancels it meanwhile.
     if (!isToBeSubmittedIn(before - oneDependency)) continue;
     if (!dependent.shallSubmit(before - oneDependency)) continue;
     dependent.nextReady_ = readyOperations;
@@ -112,19 +141,19 @@ NSOperation* NSOperation::unlinkDependents() noexcept {
 void NSOperation::forgetDependencies() {
   Dependencies* forgotten = nullptr;
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     forgotten = std::exchange(dependencies_, nullptr);
     lastDependencies_ = nullptr;
   }
   letGo(forgotten);
 }
 
-/// Takes the operation out of all lists, and lets go of what it depended on. Operations that die of it are
-/// released one after the other and not from within each other: chains may be long.
+/// Takes the operation out of all lists and releases what it depended on. Operations that are
+/// destroyed by that are released one after the other, not recursively, because chains may be long.
 void NSOperation::letGo(Dependencies* dependencies) noexcept {
   static constinit thread_local Dependencies** released = nullptr;
   if (!dependencies) return;
-  // One that ran in the ordinary way has been left by all that it waited for.
+  // An operation that ran without being cancelled was unlinked by everything that it waited for.
   const State state = state_.load(std::memory_order_acquire);
   const bool isInNoList =
       (state & finishedFlag) && !(state & cancelledFlag) && state < oneDependency;
@@ -134,7 +163,7 @@ void NSOperation::letGo(Dependencies* dependencies) noexcept {
     if (isInNoList) continue;
     for (Dependency& dependency : *block) {
       if (!dependency.operation) continue;
-      std::lock_guard guard(dependency.operation->mutex_);
+      const detail::LockGuard guard(dependency.operation->lock_);
       if (dependency.link) removeDependent(dependency);
     }
   }

@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBPlatform/Operations/CurrentOperationPrivate.h>
@@ -11,12 +12,11 @@ namespace zeb {
 
 namespace {
 
-/// Those that wait in the thread pool's own queue show it that there is work for another thread; more would
-/// show no more.
-constexpr std::int64_t mostTickets = 4;
+/// Tickets queued in the pool at most; more would not start more threads.
+constexpr std::int64_t maxTickets = 4;
 
-/// After so many operations somebody else's work gets the thread.
-constexpr int operationsPerTicket = 32;
+/// The operations that one ticket runs at most before other work gets the thread.
+constexpr int maxOperationsPerTicket = 32;
 
 dispatch_queue_t globalQueueFor(NSQualityOfService service) {
   dispatch_queue_t queue = dispatch_get_global_queue(service);
@@ -32,12 +32,12 @@ std::size_t rank(NSOperationQueuePriority priority) noexcept {
 
 }  // namespace
 
-/// Tickets that are counted under the queue's mutex and given to the thread pool after it. A ticket runs what
-/// is first in the queue by then, and not the operation for which it was made.
+/// Tickets that are counted with the queue's lock held and given to the thread pool afterwards. A
+/// ticket runs whatever is first in the queue by then, not the operation for which it was made.
 class NSOperationQueue::Tickets {
  public:
-  /// Under the mutex: as many as there is room for.
-  void add(NSOperationQueue& queue) {
+  /// Adds as many as the queue has room for.
+  void add(NSOperationQueue& queue) ZEB_REQUIRES(queue.lock_) {
     if (!queue.hasRoomForTicket()) return;
     queue_ = &queue;
     target_ = queue.underlyingQueue_ ? queue.underlyingQueue_ : queue.globalQueue_;
@@ -69,14 +69,14 @@ NSOperationQueue::NSOperationQueue(OfMainThread)
       name_("NSOperationQueue Main Queue") {}
 
 const Ref<NSOperationQueue>& NSOperationQueue::mainQueue() {
-  static const auto* queue =
-      new Ref<NSOperationQueue>(Ref<NSOperationQueue>::adopt(new NSOperationQueue(ofMainThread)));
+  static const detail::NeverDestroyed<Ref<NSOperationQueue>> queue(
+      Ref<NSOperationQueue>::adopt(new NSOperationQueue(ofMainThread)));
   return *queue;
 }
 
 Ref<NSOperationQueue> NSOperationQueue::currentQueue() {
-  const auto* current = detail::CurrentOperation::current();
-  while (current && !current->queue) current = current->outer;
+  const auto* current = detail::CurrentOperation::innermost();
+  while (current && !current->queue) current = current->outer();
   if (current) return Ref(current->queue);
   return isMainThread() ? mainQueue() : nullptr;
 }
@@ -97,7 +97,7 @@ void NSOperationQueue::addOperations(std::span<const Ref<NSOperation>> operation
       ++claimed;
       if (!operation) continue;
       operation->addDependency(awaitedBarrier);
-      operation->requireNoCircle();
+      operation->requireNoCycle();
     }
     while (!append(operations, awaitedBarrier)) {
       for (const Ref<NSOperation>& operation : operations) {
@@ -111,24 +111,24 @@ void NSOperationQueue::addOperations(std::span<const Ref<NSOperation>> operation
     throw;
   }
   if (!waitUntilFinished) return;
-  // The last ones first: when they have finished, mostly all others have, which costs one wait altogether.
+  // Backwards: when the last ones have finished, most others have too, which saves waits.
   for (auto operation = operations.rbegin(); operation != operations.rend(); ++operation) {
     if (*operation) (*operation)->waitUntilFinished();
   }
 }
 
 Ref<NSOperation> NSOperationQueue::latestBarrier() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return barrier_;
 }
 
-/// All at once, so that those who run them don't fight for the mutex over every one. False when there is a
-/// barrier other than the awaited one; then that is the one to wait for.
+/// Appends all operations with one locking, so that the threads that run them do not contend for the
+/// lock over each. False when there is a barrier other than `awaitedBarrier`, which then becomes it.
 bool NSOperationQueue::append(std::span<const Ref<NSOperation>> operations,
                               Ref<NSOperation>& awaitedBarrier) {
   Tickets tickets;
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     if (barrier_ && barrier_ != awaitedBarrier) {
       awaitedBarrier = barrier_;
       return false;
@@ -161,18 +161,18 @@ void NSOperationQueue::addOperationWithBlock(Block<void()> block) {
   if (block) addOperation(makeRef<NSBlockOperation>(std::move(block)));
 }
 
-/// The barrier waits for what was added since the barrier before it, and for that one, which waits for all that
-/// is older. As barriers finish in their turn even when they are cancelled, that is enough.
+/// The barrier waits for the operations added since the previous barrier, and for that barrier, which
+/// waits for everything older. This suffices because even cancelled barriers finish in order.
 void NSOperationQueue::addBarrierBlock(Block<void()> block) {
   if (!block) return;
   const Ref<NSOperation> barrier = makeRef<NSBlockOperation>(std::move(block));
-  // It is put into the queue first, so that its place there tells what it has to wait for. Until all that is
-  // known, it waits for one operation that does not exist.
+  // It is put into the queue first, because its place there decides what it has to wait for. Until
+  // all of that is added, a dependency that does not exist keeps it from running.
   barrier->claim();
   barrier->state_.fetch_or(NSOperation::barrierFlag | NSOperation::oneDependency);
   std::vector<Ref<NSOperation>> earlier;
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     for (NSOperation* operation = last_; operation; operation = operation->previousInQueue_) {
       earlier.emplace_back(operation);
       if (barrier_.get() == operation) break;
@@ -187,9 +187,9 @@ void NSOperationQueue::addBarrierBlock(Block<void()> block) {
   };
   try {
     for (const Ref<NSOperation>& operation : earlier) barrier->addDependency(operation);
-    barrier->requireNoCircle();
+    barrier->requireNoCycle();
   } catch (...) {
-    barrier->cancel();  // others may wait for it already
+    barrier->cancel();  // other operations may wait for it already
     letGo();
     throw;
   }
@@ -198,13 +198,13 @@ void NSOperationQueue::addBarrierBlock(Block<void()> block) {
 
 // Running. -----------------------------------------------------------------------------------------
 
-/// Takes over operations that have got ready, of whatever queues.
+/// Hands operations that have become ready to their queues. The list may mix several queues.
 void NSOperationQueue::submit(NSOperation* readyOperations) {
   while (readyOperations) {
     NSOperationQueue& queue = *readyOperations->queue_;
     Tickets tickets;
     {
-      std::lock_guard guard(queue.mutex_);
+      const detail::LockGuard guard(queue.lock_);
       readyOperations = queue.pushReadyOfOwn(readyOperations);
       tickets.add(queue);
     }
@@ -212,16 +212,17 @@ void NSOperationQueue::submit(NSOperation* readyOperations) {
   }
 }
 
-/// On a thread of the pool: runs what comes first, and some more where that keeps nobody waiting.
+/// On a thread of the pool: runs the first ready operation, and more if no other work has to wait for
+/// the thread meanwhile.
 void NSOperationQueue::useTicket() {
   const Ref<NSOperationQueue> alive(this);
   bool hasTicket = true;
-  for (int most = operationsPerTicket; most > 0; --most) {
+  for (int left = maxOperationsPerTicket; left > 0; --left) {
     Ref<NSOperation> operation;
     Ref<NSOperationQueue> self;
     Tickets tickets;
     {
-      std::lock_guard guard(mutex_);
+      const detail::LockGuard guard(lock_);
       if (std::exchange(hasTicket, false)) --ticketCount_;
       if (!isSuspended_ && (limit_ < 0 || executingCount_ < limit_)) {
         operation = Ref(takeReady());
@@ -231,9 +232,9 @@ void NSOperationQueue::useTicket() {
       } else {
         self = referenceIfIdle();
       }
-      // A limited queue has posted a ticket for the place that becomes free, and on somebody else's queue
-      // others wait for their turn.
-      if (limit_ >= 0 || underlyingQueue_) most = 1;
+      // A limited queue posts a ticket for the place that becomes free, and on an underlying queue
+      // the work of others waits for its turn.
+      if (limit_ >= 0 || underlyingQueue_) left = 1;
       tickets.add(*this);
     }
     tickets.post();
@@ -242,14 +243,14 @@ void NSOperationQueue::useTicket() {
   }
 }
 
-/// The operation has finished, and these have got ready by that.
+/// Removes a finished operation. `readyOperations` became ready by its end.
 void NSOperationQueue::remove(NSOperation& operation, NSOperation* readyOperations) {
   Ref<NSOperationQueue> self;
   std::vector<dispatch_semaphore_t> waiters;
   Ref<NSOperation> barrier;
   Tickets tickets;
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     (operation.previousInQueue_ ? operation.previousInQueue_->nextInQueue_ : first_) =
         operation.nextInQueue_;
     (operation.nextInQueue_ ? operation.nextInQueue_->previousInQueue_ : last_) =
@@ -264,12 +265,12 @@ void NSOperationQueue::remove(NSOperation& operation, NSOperation* readyOperatio
   tickets.post();
   submit(readyOperations);
   for (const dispatch_semaphore_t& waiter : waiters) dispatch_semaphore_signal(waiter);
-  // Later operations depend on the barrier: it must not keep all that was before it alive.
+  // Later operations keep the barrier alive, so it must not keep alive everything before it.
   if (operation.flags() & NSOperation::barrierFlag) operation.forgetDependencies();
   operation.release();
 }
 
-/// Takes those that are this queue's from the front of the list. Answers the rest.
+/// Takes this queue's own operations from the front of the list and returns the rest.
 NSOperation* NSOperationQueue::pushReadyOfOwn(NSOperation* readyOperations) noexcept {
   while (readyOperations && readyOperations->queue_ == this) {
     NSOperation& operation = *readyOperations;
@@ -305,9 +306,9 @@ NSOperation* NSOperationQueue::takeReady() noexcept {
   return nullptr;
 }
 
-/// Whether one ticket more would have something to run.
+/// Whether one more ticket would have something to run.
 bool NSOperationQueue::hasRoomForTicket() const noexcept {
-  return !isSuspended_ && ticketCount_ < std::min(readyCount_, mostTickets) &&
+  return !isSuspended_ && ticketCount_ < std::min(readyCount_, maxTickets) &&
          (limit_ < 0 || ticketCount_ + executingCount_ < limit_);
 }
 
@@ -321,7 +322,7 @@ void NSOperationQueue::waitUntilAllOperationsAreFinished() {
   NSOperation::requireThatWaitingCanEnd([this] { return operations(); }, *this);
   const dispatch_semaphore_t finished = dispatch_semaphore_create(0);
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     if (count_ == 0) return;
     waiters_.push_back(finished);
   }
@@ -331,12 +332,8 @@ void NSOperationQueue::waitUntilAllOperationsAreFinished() {
 // Properties. --------------------------------------------------------------------------------------
 
 std::vector<Ref<NSOperation>> NSOperationQueue::operations() const {
-  std::lock_guard guard(mutex_);
-  return allOperations();
-}
-
-std::vector<Ref<NSOperation>> NSOperationQueue::allOperations() const {
   std::vector<Ref<NSOperation>> operations;
+  const detail::LockGuard guard(lock_);
   operations.reserve(count_);
   for (NSOperation* operation = first_; operation; operation = operation->nextInQueue_) {
     operations.emplace_back(operation);
@@ -345,7 +342,7 @@ std::vector<Ref<NSOperation>> NSOperationQueue::allOperations() const {
 }
 
 std::size_t NSOperationQueue::operationCount() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return count_;
 }
 
@@ -358,42 +355,49 @@ void NSOperationQueue::setMaxConcurrentOperationCount(std::int64_t count) {
     raiseInvalidArgument("the number of operations at once can't be negative");
   }
   if (isMain_) return;
-  change([&] { limit_ = count; });
+  {
+    const detail::LockGuard guard(lock_);
+    limit_ = count;
+  }
+  runWhatMayRun();
 }
 
 std::int64_t NSOperationQueue::maxConcurrentOperationCount() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return limit_;
 }
 
 void NSOperationQueue::setSuspended(bool suspended) {
   if (isMain_) return;
-  change([&] { isSuspended_ = suspended; });
+  {
+    const detail::LockGuard guard(lock_);
+    isSuspended_ = suspended;
+  }
+  runWhatMayRun();
 }
 
-/// Changes what decides how many may run, and lets those run that may do so now.
-void NSOperationQueue::change(FunctionView<void()> step) {
+/// After a change of the limit or the suspension.
+void NSOperationQueue::runWhatMayRun() {
   Tickets tickets;
   {
-    std::lock_guard guard(mutex_);
-    step();
+    const detail::LockGuard guard(lock_);
     tickets.add(*this);
   }
   tickets.post();
 }
 
 bool NSOperationQueue::isSuspended() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return isSuspended_;
 }
 
 NSQualityOfService NSOperationQueue::qualityOfService() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return qualityOfService_;
 }
 
 void NSOperationQueue::setQualityOfService(NSQualityOfService service) {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   qualityOfService_ = service;
   globalQueue_ = globalQueueFor(service);
 }
@@ -404,24 +408,24 @@ void NSOperationQueue::setUnderlyingQueue(const dispatch_queue_t& queue) {
     raiseInvalidArgument("the main dispatch queue has its own operation queue");
   }
   dispatch_queue_t replaced = queue;  // released after the lock
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   if (count_ > 0)
     raiseInvalidArgument("the underlying queue can't change while there are operations");
   std::swap(underlyingQueue_, replaced);
 }
 
 dispatch_queue_t NSOperationQueue::underlyingQueue() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return underlyingQueue_;
 }
 
 NSString NSOperationQueue::name() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return name_;
 }
 
 void NSOperationQueue::setName(const NSString& name) {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   name_ = name.copy();
 }
 

@@ -3,13 +3,11 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Memory/Block.h>
-#include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Operations/NSOperation.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <mutex>
 #include <span>
 #include <vector>
 
@@ -35,7 +33,7 @@ class NSOperationQueue : public NSObject {
   /// nil.
   static Ref<NSOperationQueue> currentQueue();
 
-  /// Nil: nothing. An operation that is on a queue, executes or has finished, or that waits in a circle, throws
+  /// Nil: nothing. An operation that is on a queue, executes or has finished, or that waits in a cycle, throws
   /// NSException (NSInvalidArgumentException) and is not added.
   void addOperation(const Ref<NSOperation>& operation);
   /// All of them, in this order; after an exception, none. With `waitUntilFinished` this returns when they have
@@ -98,37 +96,40 @@ class NSOperationQueue : public NSObject {
   bool append(std::span<const Ref<NSOperation>> operations, Ref<NSOperation>& awaitedBarrier);
   void useTicket();
   void remove(NSOperation& operation, NSOperation* readyOperations);
-  void change(FunctionView<void()> step);
-  Ref<NSOperation> latestBarrier() const;
+  void runWhatMayRun() ZEB_EXCLUDES(lock_);
+  Ref<NSOperation> latestBarrier() const ZEB_EXCLUDES(lock_);
 
-  // Under the mutex.
-  void append(NSOperation& operation) noexcept;
-  void pushReady(NSOperation& operation) noexcept;
-  NSOperation* pushReadyOfOwn(NSOperation* readyOperations) noexcept;
-  NSOperation* firstReady() const noexcept;
-  NSOperation* takeReady() noexcept;
-  bool hasRoomForTicket() const noexcept;
-  Ref<NSOperationQueue> referenceIfIdle() noexcept;
-  std::vector<Ref<NSOperation>> allOperations() const;
+  void append(NSOperation& operation) noexcept ZEB_REQUIRES(lock_);
+  void pushReady(NSOperation& operation) noexcept ZEB_REQUIRES(lock_);
+  NSOperation* pushReadyOfOwn(NSOperation* readyOperations) noexcept ZEB_REQUIRES(lock_);
+  NSOperation* firstReady() const noexcept ZEB_REQUIRES(lock_);
+  NSOperation* takeReady() noexcept ZEB_REQUIRES(lock_);
+  bool hasRoomForTicket() const noexcept ZEB_REQUIRES(lock_);
+  Ref<NSOperationQueue> referenceIfIdle() noexcept ZEB_REQUIRES(lock_);
 
   const bool isMain_ = false;
-  mutable detail::Lock mutex_;
-  NSOperation* first_ = nullptr;  ///< all operations, oldest first; each is retained
-  NSOperation* last_ = nullptr;
-  std::size_t count_ = 0;
-  ReadyList ready_[priorities];
-  std::int64_t readyCount_ = 0;
-  std::int64_t ticketCount_ = 0;  ///< given to the thread pool, and not yet begun
-  std::int64_t executingCount_ = 0;
-  std::int64_t limit_ = NSOperationQueueDefaultMaxConcurrentOperationCount;
-  bool isSuspended_ = false;
-  Ref<NSOperation> barrier_;    ///< the latest one, until it has finished
-  Ref<NSOperationQueue> self_;  ///< while there are operations or tickets
-  std::vector<dispatch_semaphore_t> waiters_;
-  NSQualityOfService qualityOfService_ = NSQualityOfServiceDefault;
-  dispatch_queue_t globalQueue_;      ///< of that quality, for want of an underlying one
-  dispatch_queue_t underlyingQueue_;  ///< nil unless somebody set it
-  NSString name_;
+  mutable detail::Lock lock_;
+  /// All operations, oldest first; each is retained.
+  NSOperation* first_ ZEB_GUARDED_BY(lock_) = nullptr;
+  NSOperation* last_ ZEB_GUARDED_BY(lock_) = nullptr;
+  std::size_t count_ ZEB_GUARDED_BY(lock_) = 0;
+  ReadyList ready_[priorities] ZEB_GUARDED_BY(lock_);
+  std::int64_t readyCount_ ZEB_GUARDED_BY(lock_) = 0;
+  /// Given to the thread pool and not begun yet.
+  std::int64_t ticketCount_ ZEB_GUARDED_BY(lock_) = 0;
+  std::int64_t executingCount_ ZEB_GUARDED_BY(lock_) = 0;
+  std::int64_t limit_ ZEB_GUARDED_BY(lock_) = NSOperationQueueDefaultMaxConcurrentOperationCount;
+  bool isSuspended_ ZEB_GUARDED_BY(lock_) = false;
+  /// The latest barrier, until it has finished.
+  Ref<NSOperation> barrier_ ZEB_GUARDED_BY(lock_);
+  /// Set while there are operations or tickets.
+  Ref<NSOperationQueue> self_ ZEB_GUARDED_BY(lock_);
+  std::vector<dispatch_semaphore_t> waiters_ ZEB_GUARDED_BY(lock_);
+  NSQualityOfService qualityOfService_ ZEB_GUARDED_BY(lock_) = NSQualityOfServiceDefault;
+  /// The queue of that quality, used unless there is an underlying one.
+  dispatch_queue_t globalQueue_ ZEB_GUARDED_BY(lock_);
+  dispatch_queue_t underlyingQueue_ ZEB_GUARDED_BY(lock_);  ///< nil unless it was set
+  NSString name_ ZEB_GUARDED_BY(lock_);
 };
 
 }  // namespace zeb

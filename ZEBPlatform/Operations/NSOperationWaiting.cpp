@@ -18,7 +18,7 @@ class NSOperation::WaitCheck {
 
   /// Whether the calling thread may hold up anything at all. Mostly not, and then there is nothing to search.
   bool isNeeded() const {
-    return detail::CurrentOperation::current() ||
+    return detail::CurrentOperation::innermost() ||
            (isOnMainThread_ && NSOperationQueue::mainQueue()->operationCount() > 0);
   }
 
@@ -54,7 +54,7 @@ bool NSOperation::isHeldUpBy(const WaitCheck& caller, bool isAwaitedItself) cons
   if (isFinished()) return false;
   const NSOperationQueue* queue = flags() & enqueuedFlag ? queue_ : nullptr;
   if (caller.isOnMainThread() && queue && queue->isMain_ && !isExecuting()) return true;
-  for (auto* current = detail::CurrentOperation::current(); current; current = current->outer) {
+  for (auto* current = detail::CurrentOperation::innermost(); current; current = current->outer()) {
     // An asynchronous operation may go on elsewhere while its `main` waits.
     const bool mustReturnFirst = !current->operation.isAsynchronous();
     if (&current->operation == this && (isAwaitedItself || mustReturnFirst)) return true;
@@ -87,7 +87,7 @@ void NSOperation::waitUntilFinished() {
   requireThatWaitingCanEnd([this] { return std::vector{Ref(this)}; }, *this);
   const dispatch_semaphore_t finished = dispatch_semaphore_create(0);
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     if (isFinished()) return;
     waiters_.push_back(finished);
   }

@@ -6,16 +6,15 @@
 
 namespace zeb {
 
-/// That one operation waits for another one: an entry of what the waiting one depends on, and until the other
-/// one has finished a link in the list of those that wait for it.
+/// A dependency edge: stored in the waiter, linked into the awaited operation until it finishes.
 struct NSOperation::Dependency {
-  Ref<NSOperation> operation;  ///< nil in an entry that is free
+  Ref<NSOperation> operation;  ///< the awaited one; nil in an unused entry
   NSOperation* dependent = nullptr;
   Dependency* nextDependent = nullptr;
-  Dependency** link = nullptr;  ///< what points here in the operation's list; null when not in it
+  Dependency** link = nullptr;  ///< the pointer to this edge in the list; null when not linked
 };
 
-/// Entries come in blocks, because most operations depend on a few others.
+/// Edges are stored in blocks, because most operations depend on a few others.
 struct NSOperation::Dependencies {
   std::array<Dependency, 4> entries;
   std::size_t used = 0;

@@ -5,7 +5,7 @@
 
 namespace zeb::detail {
 
-/// Calls the body; an NSException that leaves it is logged. Whether the body returned.
+/// Calls the body and logs an NSException that leaves it. Whether the body returned.
 bool loggingExceptions(const NSOperation& operation, FunctionView<void()> body);
 
 }  // namespace zeb::detail

@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Dispatch/detail/BlockingWait.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
@@ -75,7 +76,8 @@ void NSThread::detachNewThreadWithBlock(Block<void()> block) {
 Ref<NSThread> NSThread::currentThread() { return Current::get(); }
 
 const Ref<NSThread>& NSThread::mainThread() {
-  static const auto* thread = new Ref<NSThread>(Ref<NSThread>::adopt(new NSThread(MainThread{})));
+  static const detail::NeverDestroyed<Ref<NSThread>> thread(
+      Ref<NSThread>::adopt(new NSThread(MainThread{})));
   return *thread;
 }
 
@@ -110,7 +112,7 @@ void NSThread::run() noexcept {
   runLoop_->core().adopt();
   Block<void()> block;
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     handle_ = currentThreadHandle();
     if (!name_.isNil()) setThreadName(*handle_, name_.utf8());
     block = std::exchange(block_, nullptr);
@@ -126,7 +128,7 @@ void NSThread::run() noexcept {
 void NSThread::finish() noexcept {
   if (phase_.exchange(Phase::finished) == Phase::finished) return;
   {
-    std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     handle_.reset();
   }
   dictionary_ = nullptr;
@@ -140,23 +142,23 @@ bool NSThread::isFinished() const noexcept { return phase_ == Phase::finished; }
 bool NSThread::isMainThread() const noexcept { return isMain_; }
 
 NSString NSThread::name() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return name_;
 }
 
 void NSThread::setName(const NSString& name) {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   name_ = name.copy();
   if (handle_) setThreadName(*handle_, name_.utf8());
 }
 
 std::size_t NSThread::stackSize() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return stackSize_;
 }
 
 void NSThread::setStackSize(std::size_t bytes) {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   stackSize_ = bytes;
 }
 
@@ -170,7 +172,7 @@ NSMutableDictionary NSThread::threadDictionary() {
 namespace detail {
 
 const NSArray& commonModes() {
-  static const auto* modes = new NSArray{NSRunLoopCommonModes};
+  static const NeverDestroyed<NSArray> modes(NSArray{NSRunLoopCommonModes});
   return *modes;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
@@ -12,7 +13,6 @@
 
 #include <atomic>
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -92,12 +92,11 @@ class NSThread final : public NSObject {
   NSMutableDictionary dictionary_;  ///< made by the thread itself
   const Ref<NSRunLoop> runLoop_;
 
-  mutable std::mutex mutex_;
-  // Under the lock:
-  Block<void()> block_;
-  NSString name_;
-  std::size_t stackSize_ = 0;
-  std::optional<ThreadHandle> handle_;  ///< while it runs
+  mutable detail::Lock lock_;
+  Block<void()> block_ ZEB_GUARDED_BY(lock_);
+  NSString name_ ZEB_GUARDED_BY(lock_);
+  std::size_t stackSize_ ZEB_GUARDED_BY(lock_) = 0;
+  std::optional<ThreadHandle> handle_ ZEB_GUARDED_BY(lock_);  ///< while the thread runs
 };
 
 namespace detail {

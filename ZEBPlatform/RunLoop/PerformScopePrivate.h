@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/CallGuard.h>
 #include <ZEBPlatform/Concurrency/detail/WorkItem.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/RunLoop/RunLoopModesPrivate.h>
@@ -9,8 +10,8 @@
 
 namespace zeb::detail {
 
-/// Where a posted block may run, and what it can be cancelled by. Goes with one item as its runner; an item
-/// without is for the default mode.
+/// The modes in which a posted block may run, and the target that it can be cancelled by. It is the
+/// runner of one item; an item without one is for the default mode.
 class PerformScope final : public WorkRunner {
  public:
   PerformScope(const NSArray& modes, const void* target) : modes_(modes.copy()), target_(target) {}
@@ -24,33 +25,25 @@ class PerformScope final : public WorkRunner {
     return scope && scope->target_ == target;
   }
 
-  static void run(WorkItem& item) noexcept {
-    if (item.runner) {
-      item.runner->runItem(item);
-    } else {
-      item.run();
-      item.dispose();
-    }
-  }
-  /// Releases the block without a call. What dies with it may have further blocks dropped on this thread; these
-  /// follow one after the other and not from within each other, for there may be many.
+  static void run(WorkItem& item) noexcept { runAndDispose(item); }
+  /// Releases the block without a call. If its destruction drops further blocks on this thread, they
+  /// are released one after the other, not recursively, because there may be many.
   static void drop(WorkItem& item) noexcept {
-    static constinit thread_local WorkItem** postponed = nullptr;
-    if (postponed) {
-      item.next.store(std::exchange(*postponed, &item), std::memory_order_relaxed);
+    static constinit thread_local WorkItem* postponed = nullptr;
+    static constinit thread_local bool isDropping = false;
+    const CallGuard guard(isDropping);
+    if (!guard) {
+      item.next.store(std::exchange(postponed, &item), std::memory_order_relaxed);
       return;
     }
-    WorkItem* next = nullptr;
-    postponed = &next;
     dropAtOnce(item);
-    while (next) {
-      WorkItem& dropped = *next;
-      next = dropped.next.load(std::memory_order_relaxed);
+    while (postponed) {
+      WorkItem& dropped = *postponed;
+      postponed = dropped.next.load(std::memory_order_relaxed);
       dropAtOnce(dropped);
     }
-    postponed = nullptr;
   }
-  /// The same, also while another block is being dropped: for one whose release somebody waits for.
+  /// Releases it even while another block is being dropped, for a block whose release a thread awaits.
   static void dropAtOnce(WorkItem& item) noexcept {
     delete static_cast<PerformScope*>(item.runner);
     item.discard();

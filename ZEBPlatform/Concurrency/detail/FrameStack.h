@@ -19,6 +19,8 @@ class FrameStack {
 
   /// The calling thread's innermost frame, or null.
   static const Frame* innermost() noexcept { return static_cast<const Frame*>(top); }
+  /// The frame around this one on the same thread, or null.
+  const Frame* outer() const noexcept { return static_cast<const Frame*>(outer_); }
 
  protected:
   FrameStack() noexcept { top = this; }

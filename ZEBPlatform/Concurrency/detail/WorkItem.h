@@ -65,6 +65,13 @@ class WorkItem {
   Operate operate_;
 };
 
+/// Lets the item's runner run it; without a runner, runs the item and disposes of it.
+inline void runAndDispose(WorkItem& item) {
+  if (item.runner) return item.runner->runItem(item);
+  item.run();
+  item.dispose();
+}
+
 /// A work item that contains its closure, so that posting costs one allocation.
 template <class Closure>
 class ClosureItem final : public WorkItem {

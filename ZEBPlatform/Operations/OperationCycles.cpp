@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Operations/OperationCirclesPrivate.h>
+#include <ZEBPlatform/Operations/OperationCyclesPrivate.h>
 #include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
 
 #include <algorithm>
@@ -8,42 +8,45 @@
 
 namespace zeb {
 
-void NSOperation::CircleSearch::raiseCircle(const std::vector<Ref<NSOperation>>& circle) {
+void NSOperation::CycleSearch::raiseCycle(const std::vector<Ref<NSOperation>>& cycle) {
   std::string text = "operations wait for each other: ";
-  for (const Ref<NSOperation>& operation : circle) text += operation->description() + " -> ";
-  raiseInvalidArgument(text + circle.front()->description());
+  for (const Ref<NSOperation>& operation : cycle) text += operation->description() + " -> ";
+  raiseInvalidArgument(text + cycle.front()->description());
 }
 
-std::mutex& NSOperation::CircleSearch::mutex() {
-  static auto* mutex = new std::mutex;
-  return *mutex;
+/// Descriptions of operations are the user's code, which must not be called with the lock held.
+void NSOperation::CycleSearch::unlockAndRaiseCycle(const std::vector<Ref<NSOperation>>& cycle) {
+  guard_.unlock();
+  raiseCycle(cycle);
 }
+
+constinit detail::Lock NSOperation::CycleSearch::searchLock;
 
 // Marking. -----------------------------------------------------------------------------------------
 
-void NSOperation::requireNoCircle() {
-  if (!markCircleFreeIfDependenciesAre()) CircleSearch().requireNoneFrom(*this);
+void NSOperation::requireNoCycle() {
+  if (!markAcyclicIfDependenciesAre()) CycleSearch().requireNoneFrom(*this);
 }
 
-bool NSOperation::markCircleFreeIfDependenciesAre() {
-  if (flags() & circleFreeFlag) return true;
-  std::lock_guard guard(mutex_);
+bool NSOperation::markAcyclicIfDependenciesAre() {
+  if (flags() & acyclicFlag) return true;
+  const detail::LockGuard guard(lock_);
   Level level = 0;
   for (Dependencies* block = dependencies_; block; block = block->next) {
     for (const Dependency& dependency : *block) {
       if (!dependency.operation) continue;
       const State flags = dependency.operation->flags();
-      if (!(flags & (circleFreeFlag | finishedFlag))) return false;
+      if (!(flags & (acyclicFlag | finishedFlag))) return false;
       level = std::max(level, dependency.operation->level_.load(std::memory_order_relaxed));
     }
   }
-  // If a dependency rises meanwhile, then `rise` waits for this mutex, and finds the mark.
+  // If a dependency is raised meanwhile, `rise` waits for this lock and then finds the mark.
   level_.store(level, std::memory_order_relaxed);
-  state_.fetch_or(circleFreeFlag, std::memory_order_release);
+  state_.fetch_or(acyclicFlag, std::memory_order_release);
   return true;
 }
 
-void NSOperation::CircleSearch::requireNoneFrom(NSOperation& root) {
+void NSOperation::CycleSearch::requireNoneFrom(NSOperation& root) {
   std::vector<Step> path{{Ref(&root)}};
   while (!path.empty()) {
     Step& step = path.back();
@@ -57,7 +60,7 @@ void NSOperation::CircleSearch::requireNoneFrom(NSOperation& root) {
       operation.state_.fetch_or(onPathFlag, std::memory_order_relaxed);
       step.isEntered = true;
     }
-    if (operation.markCircleFreeIfDependenciesAre()) {
+    if (operation.markAcyclicIfDependenciesAre()) {
       operation.state_.fetch_and(~onPathFlag, std::memory_order_relaxed);
       leave(path);
       continue;
@@ -68,37 +71,36 @@ void NSOperation::CircleSearch::requireNoneFrom(NSOperation& root) {
   }
 }
 
-void NSOperation::CircleSearch::leave(std::vector<Step>& path) {
+void NSOperation::CycleSearch::leave(std::vector<Step>& path) {
   visited_.push_back(std::move(path.back().operation));
   path.pop_back();
 }
 
-/// The path's last operation was met on it before.
-void NSOperation::CircleSearch::reportEnd(const std::vector<Step>& path) {
-  std::vector<Ref<NSOperation>> circle;
+/// The last operation of the path is on it twice.
+void NSOperation::CycleSearch::reportEnd(const std::vector<Step>& path) {
+  std::vector<Ref<NSOperation>> cycle;
   for (const Step& step : path) {
     if (!step.isEntered) continue;
     step.operation->state_.fetch_and(~onPathFlag, std::memory_order_relaxed);
-    if (!circle.empty() || step.operation == path.back().operation) {
-      circle.push_back(step.operation);
+    if (!cycle.empty() || step.operation == path.back().operation) {
+      cycle.push_back(step.operation);
     }
   }
-  lock_.unlock();
-  raiseCircle(circle);
+  unlockAndRaiseCycle(cycle);
 }
 
-// Dependencies of what is marked. ------------------------------------------------------------------
+// Dependencies of marked operations. ----------------------------------------------------------------
 
-void NSOperation::CircleSearch::requireNoCircleThrough(NSOperation& dependent,
-                                                       NSOperation& dependency) {
+void NSOperation::CycleSearch::requireNoCycleThrough(NSOperation& dependent,
+                                                     NSOperation& dependency) {
   requireNoneFrom(dependency);
   if (dependency.isFinished() || !mayWaitFor(dependency, dependent)) return;
-  requireNoPath(dependency,
-                dependent);  // and if one of its operations has just finished, there is none
+  requireNoPath(dependency, dependent);  // finds none if an operation on it has just finished
 }
 
-/// Whether `from` waits for `target`, both being marked. Afterwards `target` is on no lower level.
-bool NSOperation::CircleSearch::mayWaitFor(NSOperation& from, NSOperation& target) {
+/// Whether `from`, which is marked like `target`, waits for it. Makes sure that the level of `target`
+/// is not the lower one.
+bool NSOperation::CycleSearch::mayWaitFor(NSOperation& from, NSOperation& target) {
   const Level level = from.level_, targetLevel = target.level_;
   if (targetLevel > level) return false;
   below_.insert(&from);
@@ -107,20 +109,21 @@ bool NSOperation::CircleSearch::mayWaitFor(NSOperation& from, NSOperation& targe
   return raise(target, isComplete ? level : level + 1);
 }
 
-std::size_t NSOperation::CircleSearch::stepsForNextSearch() noexcept {
+std::size_t NSOperation::CycleSearch::maxStepsOfNextSearch() noexcept {
   constexpr std::size_t minSteps = 32;
-  static std::size_t searches = 0;  // under the mutex
+  static std::size_t searches = 0;  // guarded by `searchLock`
   return std::max(minSteps, static_cast<std::size_t>(std::sqrt(static_cast<double>(++searches))));
 }
 
-/// Collects what `root` waits for on its level. False if that is too much, and not all was collected.
-bool NSOperation::CircleSearch::collectBelow(NSOperation& root) {
+/// Collects what `root` waits for on its level. False if the limit of steps was reached before all
+/// was collected.
+bool NSOperation::CycleSearch::collectBelow(NSOperation& root) {
   const Level level = root.level_;
   std::vector<Ref<NSOperation>> waiting{Ref(&root)};
-  for (std::size_t stepsLeft = stepsForNextSearch(); !waiting.empty();) {
+  for (std::size_t stepsLeft = maxStepsOfNextSearch(); !waiting.empty();) {
     const Ref<NSOperation> operation = visited_.emplace_back(std::move(waiting.back()));
     waiting.pop_back();
-    std::lock_guard guard(operation->mutex_);
+    const detail::LockGuard guard(operation->lock_);
     for (Dependencies* block = operation->dependencies_; block; block = block->next) {
       for (const Dependency& dependency : *block) {
         if (stepsLeft-- == 0) return false;
@@ -133,24 +136,24 @@ bool NSOperation::CircleSearch::collectBelow(NSOperation& root) {
   return true;
 }
 
-/// Brings an operation and all that wait for it to the level at least. Whether one of those below was met, so
-/// that there is a circle; the levels are in order all the same.
-bool NSOperation::CircleSearch::raise(NSOperation& root, Level level) {
-  bool isCircle = false;
+/// Brings an operation and everything that waits for it to the level at least. Whether one of the
+/// operations below was met, which means a cycle; the levels are in order in this case too.
+bool NSOperation::CycleSearch::raise(NSOperation& root, Level level) {
+  bool isCycle = false;
   std::vector<Ref<NSOperation>> rising{Ref(&root)};
   while (!rising.empty()) {
     const Ref<NSOperation> operation = visited_.emplace_back(std::move(rising.back()));
     rising.pop_back();
-    isCircle |= below_.contains(operation.get());
+    isCycle |= below_.contains(operation.get());
     operation->rise(level, rising);
   }
-  return isCircle;
+  return isCycle;
 }
 
-/// Only what is marked has a level, and only one below this one rises; then its dependents have to follow.
+/// Raises a marked operation that is on a lower level; then its dependents have to follow.
 void NSOperation::rise(Level level, std::vector<Ref<NSOperation>>& dependents) {
-  std::lock_guard guard(mutex_);
-  if (!(flags() & circleFreeFlag) || level_ >= level) return;
+  const detail::LockGuard guard(lock_);
+  if (!(flags() & acyclicFlag) || level_ >= level) return;
   level_ = level;
   for (const Dependency* next = dependents_; next; next = next->nextDependent) {
     if (next->dependent->retainUnlessDying()) {
@@ -160,12 +163,12 @@ void NSOperation::rise(Level level, std::vector<Ref<NSOperation>>& dependents) {
 }
 
 bool NSOperation::hasDependents() const {
-  std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return dependents_ != nullptr;
 }
 
 /// Throws if `from` waits for `target`.
-void NSOperation::CircleSearch::requireNoPath(NSOperation& from, NSOperation& target) {
+void NSOperation::CycleSearch::requireNoPath(NSOperation& from, NSOperation& target) {
   std::vector<Ref<NSOperation>> waiting{Ref(&from)};
   reachedFrom_.emplace(&from, Ref(&target));
   while (!waiting.empty()) {
@@ -179,15 +182,14 @@ void NSOperation::CircleSearch::requireNoPath(NSOperation& from, NSOperation& ta
   }
 }
 
-void NSOperation::CircleSearch::reportPath(NSOperation& target) {
-  std::vector<Ref<NSOperation>> circle{Ref(&target)};
+void NSOperation::CycleSearch::reportPath(NSOperation& target) {
+  std::vector<Ref<NSOperation>> cycle{Ref(&target)};
   Ref<NSOperation> operation = reachedFrom_.at(&target);
   for (; operation.get() != &target; operation = reachedFrom_.at(operation.get())) {
-    circle.push_back(operation);
+    cycle.push_back(operation);
   }
-  std::reverse(circle.begin() + 1, circle.end());
-  lock_.unlock();
-  raiseCircle(circle);
+  std::reverse(cycle.begin() + 1, cycle.end());
+  unlockAndRaiseCycle(cycle);
 }
 
 }  // namespace zeb
