@@ -7,8 +7,8 @@
 
 namespace zeb {
 
-/// An operation whose work is one block or several; several run at once, and the operation finishes when
-/// all have returned. The blocks are released when the operation has run.
+/// An operation that runs one block, or several blocks concurrently. It finishes when all have
+/// returned, and releases them.
 class NSBlockOperation : public NSOperation {
  public:
   NSBlockOperation() noexcept = default;
@@ -18,7 +18,7 @@ class NSBlockOperation : public NSOperation {
     return makeRef<NSBlockOperation>(std::move(block));
   }
 
-  /// Before the operation is enqueued or started. Nil: nothing.
+  /// To be called before the operation is enqueued or started. Nil is ignored.
   void addExecutionBlock(Block<void()> block);
 
   void main() override;

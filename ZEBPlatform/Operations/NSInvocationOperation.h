@@ -14,22 +14,22 @@ namespace zeb {
 
 class SEL;  // in Runtime/SEL.h
 
-/// Raised when the result of a cancelled invocation is asked for.
+/// Raised when the result of a cancelled invocation is requested.
 extern const char* const NSInvocationOperationCancelledException;
 
-/// An operation that calls something which answers a value, and keeps the answer. The callable is released
-/// when the operation has run.
+/// An operation that calls a function and keeps its result. The function is released when the
+/// operation has run.
 class NSInvocationOperation : public NSOperation {
  public:
-  /// Anything that can be called without arguments; what answers nothing answers nil. A nil callable: nothing is
-  /// called, and the result is nil.
+  /// Takes anything that can be called without arguments. If it returns nothing, or is nil and not
+  /// called, the result is nil.
   template <class Callable>
     requires std::is_invocable_v<std::decay_t<Callable>&>
   explicit NSInvocationOperation(Callable&& callable)
       : invocation_(invocation(std::forward<Callable>(callable))) {}
 
-  /// Calls a method of the object, which is kept alive until then. With a nil target or method nothing is called,
-  /// and the result is nil.
+  /// Calls a method of the object, which is kept alive until then. With a nil target or method
+  /// nothing is called, and the result is nil.
   template <class Target, class Class, class Result>
   NSInvocationOperation(Ref<Target> target, Result (Class::*method)()) {
     if (!target || !method) return;
@@ -37,16 +37,18 @@ class NSInvocationOperation : public NSOperation {
         invocation([target = std::move(target), method] { return (target.get()->*method)(); });
   }
 
-  /// Sends the target a message, as `performSelector` does: with the object if the selector takes an argument. Both
-  /// are kept alive until then. Nil receives everything and answers nil; a target that does not know the
-  /// selector stops the process when the operation runs. A nil selector throws NSException
-  /// (NSInvalidArgumentException).
+  /// Sends the target a message, as `performSelector` does: with the object if the selector takes
+  /// an argument. Both are kept alive until then. A nil target returns nil; a target that does not
+  /// implement the selector stops the process when the operation runs. A nil selector throws
+  /// NSException (NSInvalidArgumentException).
   ///
-  /// Sending belongs to the dynamic runtime, which is built on this module: the definition is there.
+  /// Defined by the module of the dynamic runtime, which sends the message and depends on this
+  /// module.
   NSInvocationOperation(Value target, SEL selector, Value object = nullptr);
 
-  /// What the call answered; nil before the operation has finished. Throws what the call threw, if that was
-  /// an NSException, and NSException (NSInvocationOperationCancelledException) if it was cancelled before.
+  /// The result of the call; nil before the operation has finished. Throws the NSException that the
+  /// call threw, and NSException (NSInvocationOperationCancelledException) if the operation was
+  /// cancelled before the call.
   Value result() const;
 
   void main() override;

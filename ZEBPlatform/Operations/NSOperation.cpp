@@ -14,7 +14,7 @@ NSOperation::NSOperation() noexcept = default;
 
 NSOperation::~NSOperation() { letGo(dependencies_); }
 
-/// Makes the caller the one who runs the operation.
+/// Reserves the operation for the caller, which will run it. Throws if it is reserved already.
 void NSOperation::claim() {
   const State before = state_.fetch_or(claimedFlag, std::memory_order_acq_rel);
   if (!(before & claimedFlag)) return;
@@ -39,8 +39,8 @@ void NSOperation::start() {
   }
 }
 
-/// Catches nothing but NSExceptions: on a queue, any other exception has to end the process where it is
-/// thrown, before the operation counts as finished and those that wait for it go on.
+/// Catches only NSExceptions: on a queue, any other exception has to end the process where it is
+/// thrown, before the operation counts as finished and its waiters return.
 void NSOperation::execute(NSOperationQueue* queue) {
   if (!isCancelled()) {
     state_.fetch_or(executingFlag, std::memory_order_acq_rel);

@@ -15,7 +15,8 @@ namespace zeb {
 
 class NSOperationQueue;
 
-/// Which of a queue's ready operations goes first. Other numbers count as the nearest of these.
+/// The order in which a queue runs its ready operations. Other numbers count as the nearest of
+/// these.
 enum NSOperationQueuePriority : std::int64_t {
   NSOperationQueuePriorityVeryLow = -8,
   NSOperationQueuePriorityLow = -4,
@@ -33,36 +34,38 @@ enum NSQualityOfService : std::int64_t {
   NSQualityOfServiceDefault = -1,  ///< of an operation: as its queue
 };
 
-/// One piece of work that runs once, after the operations that it depends on, mostly on an
+/// One piece of work that runs once, after the operations that it depends on, usually on an
 /// `NSOperationQueue`. Subclasses override `main`; see also `NSBlockOperation`.
 ///
-/// An operation becomes ready when all its dependencies are finished (cancelled ones finish too) or when it
-/// is cancelled, and is run once by its queue or by `start`. A cancelled operation finishes without running
-/// its `main`, or as soon as its running `main` sees `isCancelled` and returns. One that depends on an
-/// operation which nobody starts never runs.
+/// An operation becomes ready when all its dependencies are finished (cancelled ones finish too) or
+/// when it is cancelled, and is run once by its queue or by `start`. A cancelled operation finishes
+/// without running its `main`, or as soon as its running `main` sees `isCancelled` and returns. An
+/// operation that depends on one that is never started never runs.
 ///
-/// An NSException that leaves `main` is logged and the operation finishes. Any other exception is none of the
-/// platform's. On a queue it ends the process where it is thrown: the operation does not finish, so nobody
-/// who waits for it goes on meanwhile. Out of `start` it reaches the caller, after the operation has finished.
+/// An NSException that leaves `main` is logged and the operation finishes. The platform does not
+/// handle any other exception. On a queue it ends the process where it is thrown, before the
+/// operation finishes and its waiters return. Out of `start` it reaches the caller, after the
+/// operation has finished.
 ///
-/// Dependencies in a cycle would never run. They are reported instead: enqueueing an operation throws
-/// NSException (NSInvalidArgumentException) that names the cycle if it or anything that it waits for is part
-/// of one, and so does the `addDependency` that closes a cycle of operations on queues.
+/// Dependencies in a cycle would never run. They are reported instead: enqueueing an operation
+/// throws NSException (NSInvalidArgumentException) that names the cycle if the operation or
+/// anything that it waits for is part of one, and so does the `addDependency` that closes a cycle
+/// of operations on queues.
 ///
-/// Everything may be called from any thread. Priority, quality of service, name and completion block are to
-/// be set before the operation is enqueued.
+/// Everything may be called from any thread. Priority, quality of service, name and completion
+/// block must be set before the operation is enqueued.
 class NSOperation : public NSObject {
  public:
   NSOperation() noexcept;
   ~NSOperation() override;
 
-  /// Runs the operation on this thread. Throws NSException (NSInvalidArgumentException) if it is not ready,
-  /// executes already or is on a queue; a finished one is left alone.
+  /// Runs the operation on this thread. Throws NSException (NSInvalidArgumentException) if it is
+  /// not ready, executes already or is on a queue. Does nothing if it has finished.
   void start();
-  /// The work. An asynchronous operation's only begins it.
+  /// The work. An asynchronous operation only begins it here.
   virtual void main() {}
-  /// Sets `isCancelled`; nothing that runs is interrupted. An operation that waits on a queue gets ready,
-  /// whatever it depends on, and finishes. Overrides call this.
+  /// Sets `isCancelled`; a running `main` is not interrupted. An operation that waits on a queue
+  /// becomes ready, whatever it depends on, and finishes. Overrides must call this.
   virtual void cancel();
 
   bool isCancelled() const noexcept { return flags() & cancelledFlag; }
@@ -70,22 +73,23 @@ class NSOperation : public NSObject {
     return (flags() & (executingFlag | finishedFlag)) == executingFlag;
   }
   bool isFinished() const noexcept { return flags() & finishedFlag; }
-  /// Whether nothing is left to wait for.
+  /// Whether it waits for nothing any more.
   bool isReady() const noexcept { return isReadyIn(state_.load(std::memory_order_acquire)); }
-  /// Whether the operation goes on after `main` has returned, until `finish` is called.
+  /// Whether the operation continues after `main` has returned, until `finish` is called.
   virtual bool isAsynchronous() const noexcept { return false; }
 
-  /// Makes this operation wait for another one. Nil: nothing. Has no effect once the operation is ready on a
-  /// queue. The other one is kept alive as long as this one depends on it, even when it is finished.
+  /// Makes this operation wait for another one; nil is ignored. Has no effect once this operation
+  /// is ready on a queue. The other operation is kept alive as long as this one depends on it, even
+  /// after it has finished.
   void addDependency(const Ref<NSOperation>& operation);
-  /// Nil or a stranger: nothing.
+  /// Does nothing for nil and for an operation that is not a dependency.
   void removeDependency(const Ref<NSOperation>& operation);
-  /// In the order in which they were added, each once.
+  /// In the order in which they were added, without duplicates.
   std::vector<Ref<NSOperation>> dependencies() const;
 
-  /// Called once after the operation has finished, on the thread that finished it; by then `isFinished` is
-  /// true, and who waited or depends on the operation may run already. Released as soon as it has run. An
-  /// exception that leaves it ends the process.
+  /// Called once after the operation has finished, on the thread that finished it. By then
+  /// `isFinished` is true, and waiters and dependent operations may run already. Released as soon
+  /// as it has run. An exception that leaves it ends the process.
   virtual void setCompletionBlock(Block<void()> block);
   Block<void()> completionBlock() const;
 
@@ -98,20 +102,22 @@ class NSOperation : public NSObject {
 
   /// Returns when the operation has finished; its completion block may still run.
   ///
-  /// Throws NSException (NSGenericException) instead of waiting for ever if this operation, or an unfinished one
-  /// that it depends on, directly or not,
+  /// Throws NSException (NSGenericException) instead of waiting for ever if this operation, or an
+  /// unfinished one that it depends on, directly or not,
   ///  - is one whose `main` is calling;
   ///  - is on the queue of the operation that is calling, which runs one at a time;
   ///  - is on the main queue and has not begun, and the main thread is calling.
-  /// What is added or changed after the wait has begun is not seen, nor what an operation waits for in other
-  /// ways than by a dependency: its own waits, dispatch queues, semaphores.
+  ///
+  /// Changes after the wait has begun are not seen. Neither is anything that an operation waits for
+  /// other than its dependencies: its own waits, dispatch queues, semaphores.
   void waitUntilFinished();
 
   /// The name, or the class and address.
   std::string description() const override;
 
  protected:
-  /// Ends an asynchronous operation. Any thread. Before `main` is called, and again: nothing.
+  /// Ends an asynchronous operation. Any thread. Does nothing before `main` is called, and when
+  /// called again.
   void finish();
 
  private:
@@ -121,8 +127,8 @@ class NSOperation : public NSObject {
   struct Dependency;
   struct Dependencies;
 
-  // The state is one word, so that every step and what it leads to are one atomic operation: flags, and
-  // above them the number of unfinished dependencies.
+  // The state is one word, so that every step and what it leads to are one atomic operation: flags,
+  // and above them the number of unfinished dependencies.
   using State = std::uint64_t;
   static constexpr State cancelledFlag = 1;
   static constexpr State claimedFlag = 2;    ///< a queue or `start` runs it or will run it
@@ -139,8 +145,8 @@ class NSOperation : public NSObject {
   static bool isReadyIn(State state) noexcept {
     return (state & (cancelledFlag | barrierFlag)) == cancelledFlag || state < oneDependency;
   }
-  /// Whether an operation in this state has to be handed to its queue. An operation in another state
-  /// may run and be destroyed at any time, so that only owners of a reference may touch it.
+  /// Whether an operation in this state has to be handed to its queue. An operation in another
+  /// state may run and be destroyed at any time, so that only owners of a reference may touch it.
   static bool isToBeSubmittedIn(State state) noexcept {
     return (state & (enqueuedFlag | submittedFlag)) == enqueuedFlag && isReadyIn(state);
   }

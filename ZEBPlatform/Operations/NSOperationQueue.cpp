@@ -81,7 +81,7 @@ Ref<NSOperationQueue> NSOperationQueue::currentQueue() {
   return isMainThread() ? mainQueue() : nullptr;
 }
 
-// Adding. ------------------------------------------------------------------------------------------
+// Adding. ---
 
 void NSOperationQueue::addOperation(const Ref<NSOperation>& operation) {
   addOperations({&operation, 1}, false);
@@ -122,8 +122,9 @@ Ref<NSOperation> NSOperationQueue::latestBarrier() const {
   return barrier_;
 }
 
-/// Appends all operations with one locking, so that the threads that run them do not contend for the
-/// lock over each. False when there is a barrier other than `awaitedBarrier`, which then becomes it.
+/// Appends all operations with one locking, so that the threads that run them do not contend for
+/// the lock over each. False when there is a barrier other than `awaitedBarrier`, which then
+/// becomes it.
 bool NSOperationQueue::append(std::span<const Ref<NSOperation>> operations,
                               Ref<NSOperation>& awaitedBarrier) {
   Tickets tickets;
@@ -161,8 +162,8 @@ void NSOperationQueue::addOperationWithBlock(Block<void()> block) {
   if (block) addOperation(makeRef<NSBlockOperation>(std::move(block)));
 }
 
-/// The barrier waits for the operations added since the previous barrier, and for that barrier, which
-/// waits for everything older. This suffices because even cancelled barriers finish in order.
+/// The barrier waits for the operations added since the previous barrier, and for that barrier,
+/// which waits for everything older. This suffices because even cancelled barriers finish in order.
 void NSOperationQueue::addBarrierBlock(Block<void()> block) {
   if (!block) return;
   const Ref<NSOperation> barrier = makeRef<NSBlockOperation>(std::move(block));
@@ -196,7 +197,7 @@ void NSOperationQueue::addBarrierBlock(Block<void()> block) {
   letGo();
 }
 
-// Running. -----------------------------------------------------------------------------------------
+// Running. ---
 
 /// Hands operations that have become ready to their queues. The list may mix several queues.
 void NSOperationQueue::submit(NSOperation* readyOperations) {
@@ -212,8 +213,8 @@ void NSOperationQueue::submit(NSOperation* readyOperations) {
   }
 }
 
-/// On a thread of the pool: runs the first ready operation, and more if no other work has to wait for
-/// the thread meanwhile.
+/// On a thread of the pool: runs the first ready operation, and more if no other work has to wait
+/// for the thread meanwhile.
 void NSOperationQueue::useTicket() {
   const Ref<NSOperationQueue> alive(this);
   bool hasTicket = true;
@@ -329,7 +330,7 @@ void NSOperationQueue::waitUntilAllOperationsAreFinished() {
   dispatch_semaphore_wait(finished, DISPATCH_TIME_FOREVER);
 }
 
-// Properties. --------------------------------------------------------------------------------------
+// Properties. ---
 
 std::vector<Ref<NSOperation>> NSOperationQueue::operations() const {
   std::vector<Ref<NSOperation>> operations;

@@ -13,63 +13,69 @@
 
 namespace zeb {
 
-/// As many operations at once as the thread pool runs.
+/// No limit but that of the thread pool.
 inline constexpr std::int64_t NSOperationQueueDefaultMaxConcurrentOperationCount = -1;
 
-/// Runs operations on the process's thread pool, each as soon as it is ready and the limit of operations at
-/// once allows it; of several, the one with the highest priority, then the one that got ready first.
+/// Runs operations on the process's thread pool, each as soon as it is ready and the limit of
+/// concurrent operations allows it. Of several ready operations the one with the highest priority
+/// runs first, then the one that became ready first.
 ///
-/// The queue keeps its operations alive until they have finished, and they keep the queue: dropping it loses
-/// no operation. (So a suspended queue that has operations has to be resumed or cancelled before it is
-/// dropped.) Any thread may call anything.
+/// The queue keeps its operations alive until they have finished, and they keep the queue alive, so
+/// that no operation is lost when the queue is released. (A suspended queue with operations must be
+/// resumed or cancelled before it is released.) All functions may be called from any thread.
 class NSOperationQueue : public NSObject {
  public:
   NSOperationQueue();
 
-  /// The queue of the main thread: one operation at a time, run by the main run loop. Its limit, suspension
-  /// and underlying queue can't be changed: such calls do nothing.
+  /// The queue of the main thread: one operation at a time, run by the main run loop. Calls that
+  /// would change its limit, suspension or underlying queue do nothing.
   static const Ref<NSOperationQueue>& mainQueue();
-  /// The queue whose operation the caller is part of; on the main thread outside of any, the main one; else
-  /// nil.
+  /// The queue of the operation that is calling; on the main thread outside of any operation, the
+  /// main queue; else nil.
   static Ref<NSOperationQueue> currentQueue();
 
-  /// Nil: nothing. An operation that is on a queue, executes or has finished, or that waits in a cycle, throws
-  /// NSException (NSInvalidArgumentException) and is not added.
+  /// An operation that is on a queue, executes or has finished, or that waits in a cycle, throws
+  /// NSException (NSInvalidArgumentException) and is not added. Nil is ignored.
   void addOperation(const Ref<NSOperation>& operation);
-  /// All of them, in this order; after an exception, none. With `waitUntilFinished` this returns when they have
-  /// finished. Where that would be never, it throws as `NSOperation::waitUntilFinished` does: then they are on
-  /// the queue and run as soon as they can.
+  /// Adds all of them, in this order; after an exception, none. With `waitUntilFinished` this
+  /// returns when they have finished. If they never could, it throws as
+  /// `NSOperation::waitUntilFinished` does; the operations are on the queue then and run as soon as
+  /// they can.
   void addOperations(std::span<const Ref<NSOperation>> operations, bool waitUntilFinished);
   void addOperations(std::initializer_list<Ref<NSOperation>> operations, bool waitUntilFinished) {
     addOperations(std::span(operations.begin(), operations.size()), waitUntilFinished);
   }
-  /// Nil: nothing.
+  /// Nil is ignored.
   void addOperationWithBlock(Block<void()> block);
-  /// Runs the block alone: after everything that is on the queue now, before everything added later. When it is
-  /// cancelled, it is not run, but its place in the order remains. Nil: nothing.
+  /// Runs the block alone: after everything that is on the queue now, before everything that is
+  /// added later. A cancelled barrier does not run, but keeps its place in the order. Nil is
+  /// ignored.
   void addBarrierBlock(Block<void()> block);
 
-  /// Those that have not finished, in the order in which they were added.
+  /// The operations that have not finished, in the order in which they were added.
   std::vector<Ref<NSOperation>> operations() const;
   std::size_t operationCount() const;
   void cancelAllOperations();
-  /// Returns when the queue is empty; completion blocks may still run. Throws NSException (NSGenericException)
-  /// instead of waiting for ever where `waitUntilFinished` of one of the queue's operations would.
+  /// Returns when the queue is empty; completion blocks may still run. Throws NSException
+  /// (NSGenericException) instead of waiting for ever if `waitUntilFinished` of one of the queue's
+  /// operations would.
   void waitUntilAllOperationsAreFinished();
 
-  /// Less than -1 throws NSException (NSInvalidArgumentException); with 0 nothing runs. What runs goes on.
+  /// With 0 no operation starts. Running operations are not affected. Less than -1 throws
+  /// NSException (NSInvalidArgumentException).
   void setMaxConcurrentOperationCount(std::int64_t count);
   std::int64_t maxConcurrentOperationCount() const;
 
-  /// Keeps operations from starting; those that execute go on.
+  /// Keeps operations from starting; running ones are not affected.
   void setSuspended(bool suspended);
   bool isSuspended() const;
 
   NSQualityOfService qualityOfService() const;
   void setQualityOfService(NSQualityOfService service);
 
-  /// The dispatch queue that runs the operations; nil: the global one of the quality of service. Throws
-  /// NSException (NSInvalidArgumentException) while there are operations, and for the main dispatch queue.
+  /// The dispatch queue that runs the operations; with nil, the global queue of the quality of
+  /// service. Throws NSException (NSInvalidArgumentException) while there are operations, and for
+  /// the main dispatch queue.
   void setUnderlyingQueue(const dispatch_queue_t& queue);
   dispatch_queue_t underlyingQueue() const;
 

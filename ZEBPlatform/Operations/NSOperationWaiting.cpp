@@ -10,19 +10,20 @@
 
 namespace zeb {
 
-/// Looks for an operation that cannot finish before the calling thread goes on, among those that are waited
-/// for and all that they depend on.
+/// Looks for an operation that cannot finish before the calling thread continues, among the awaited
+/// operations and everything that they depend on.
 class NSOperation::WaitCheck {
  public:
   WaitCheck() : isOnMainThread_(isMainThread()) {}
 
-  /// Whether the calling thread may hold up anything at all. Mostly not, and then there is nothing to search.
+  /// Whether the calling thread can hold up any operation. Usually not, and then there is nothing
+  /// to search.
   bool isNeeded() const {
     return detail::CurrentOperation::innermost() ||
            (isOnMainThread_ && NSOperationQueue::mainQueue()->operationCount() > 0);
   }
 
-  /// Answers the operation that is held up, or nil.
+  /// The operation that is held up, or nil.
   Ref<NSOperation> findHeldUp(std::vector<Ref<NSOperation>> awaited) {
     for (const Ref<NSOperation>& operation : awaited) {
       if (operation->isHeldUpBy(*this, true)) return operation;

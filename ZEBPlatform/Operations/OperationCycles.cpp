@@ -22,7 +22,7 @@ void NSOperation::CycleSearch::unlockAndRaiseCycle(const std::vector<Ref<NSOpera
 
 constinit detail::Lock NSOperation::CycleSearch::searchLock;
 
-// Marking. -----------------------------------------------------------------------------------------
+// Marking. ---
 
 void NSOperation::requireNoCycle() {
   if (!markAcyclicIfDependenciesAre()) CycleSearch().requireNoneFrom(*this);
@@ -89,7 +89,7 @@ void NSOperation::CycleSearch::reportEnd(const std::vector<Step>& path) {
   unlockAndRaiseCycle(cycle);
 }
 
-// Dependencies of marked operations. ----------------------------------------------------------------
+// Dependencies of marked operations. ---
 
 void NSOperation::CycleSearch::requireNoCycleThrough(NSOperation& dependent,
                                                      NSOperation& dependency) {
@@ -98,8 +98,8 @@ void NSOperation::CycleSearch::requireNoCycleThrough(NSOperation& dependent,
   requireNoPath(dependency, dependent);  // finds none if an operation on it has just finished
 }
 
-/// Whether `from`, which is marked like `target`, waits for it. Makes sure that the level of `target`
-/// is not the lower one.
+/// Whether `from`, which is marked like `target`, waits for it. Makes sure that the level of
+/// `target` is not the lower one.
 bool NSOperation::CycleSearch::mayWaitFor(NSOperation& from, NSOperation& target) {
   const Level level = from.level_, targetLevel = target.level_;
   if (targetLevel > level) return false;

@@ -12,20 +12,20 @@ namespace zeb {
 
 /// Looks for cycles of operations that wait for each other; one thread at a time.
 ///
-/// Before an operation is enqueued, it and everything that it waits for is marked as acyclic. Usually
-/// all its dependencies are marked already, and a look at their marks is enough. Otherwise everything
-/// that is not marked is searched, once.
+/// Before an operation is enqueued, it and everything that it waits for is marked as acyclic.
+/// Usually all its dependencies are marked already, and a look at their marks is enough. Otherwise
+/// everything that is not marked is searched, once.
 ///
 /// If a marked operation gets a dependency later, a search is necessary each time. To keep it from
-/// visiting the whole graph, marked operations have levels: no operation is on a lower level than an
-/// unfinished operation that it waits for. So no operation waits for one of a higher level, which
-/// answers most questions at once. When a dependency on an operation of the same or a higher level is
-/// added, the search follows the dependencies of that operation within its level for a limited number
-/// of steps. If the limit is reached, or the dependency's level is the higher one, the waiting
-/// operation and everything that waits for it is raised: to one level above the search that reached
-/// its limit, else to the dependency's level. As few operations are on high levels, the work for n
-/// such dependencies is bounded by n to the power of 1.5 (after Bender, Fineman, Gilbert, Tarjan: A
-/// New Approach to Incremental Cycle Detection and Related Problems, 2016).
+/// visiting the whole graph, marked operations have levels: no operation is on a lower level than
+/// an unfinished operation that it waits for. So no operation waits for one of a higher level,
+/// which answers most questions at once. When a dependency on an operation of the same or a higher
+/// level is added, the search follows the dependencies of that operation within its level for a
+/// limited number of steps. If the limit is reached, or the dependency's level is the higher one,
+/// the waiting operation and everything that waits for it is raised: to one level above the search
+/// that reached its limit, else to the dependency's level. As few operations are on high levels,
+/// the work for n such dependencies is bounded by n to the power of 1.5 (after Bender, Fineman,
+/// Gilbert, Tarjan: A New Approach to Incremental Cycle Detection and Related Problems, 2016).
 class NSOperation::CycleSearch {
  public:
   CycleSearch() : guard_(searchLock) {}

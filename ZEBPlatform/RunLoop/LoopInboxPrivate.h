@@ -17,10 +17,11 @@ struct ItemList {
 
 /// Work items from any thread on their way to a run loop.
 ///
-/// The newest item and what the loop's thread is up to stand in one word, so that one atomic operation
-/// both posts an item and tells whether the thread has to be woken: no wake-up is lost, and none is sent to a
-/// thread that is awake. It has a cache line to itself, for the loop's thread writes to its neighbours all the
-/// time.
+/// The newest item and the state of the loop's thread are in one word, so that one atomic operation
+/// posts an item and shows whether the thread has to be woken: no wake-up is lost, and none is sent
+/// to a thread that is awake. What a thread did before `push` is visible to the loop's thread after
+/// `takeAll`. The word has a cache line of its own, because the loop's thread writes to its
+/// neighbours all the time.
 class alignas(64) LoopInbox {
  public:
   enum class Outcome {
@@ -41,7 +42,7 @@ class alignas(64) LoopInbox {
     return outcomeOf(word);
   }
 
-  /// Keeps the loop's thread from sleeping before it has looked around once more. Any thread.
+  /// Makes the loop do one more pass before its thread sleeps. Any thread.
   Outcome requestPass() noexcept {
     Word word = word_.load(std::memory_order_relaxed);
     do {
@@ -52,27 +53,28 @@ class alignas(64) LoopInbox {
 
   // What follows is for the loop's thread.
 
-  /// Whether something has come since the last look around.
+  /// Whether an item or a request has arrived since the last `takeAll`.
   bool hasNews() const noexcept { return word_.load(std::memory_order_relaxed) != 0; }
 
   bool hasItems() const noexcept {
     return itemOf(word_.load(std::memory_order_relaxed)) != nullptr;
   }
 
-  /// The items that have come, oldest first. Counts as a look around.
+  /// Takes the items that have arrived, oldest first, and all requests for a pass.
   ItemList takeAll() noexcept {
     if (word_.load(std::memory_order_relaxed) == 0) return {};
     return reversed(itemOf(word_.exchange(0, std::memory_order_acq_rel)));
   }
 
-  /// From now on somebody who brings something must wake the thread. False if something has come.
+  /// After this returns true, a thread that posts or requests must wake the loop's thread. False if
+  /// anything has arrived.
   bool tryToSleep() noexcept {
     Word expected = 0;
     return word_.compare_exchange_strong(expected, sleepFlag, std::memory_order_acq_rel) ||
            expected == sleepFlag;
   }
 
-  /// Takes no more items; answers those that came before.
+  /// Refuses further items and returns those that arrived before.
   ItemList close() noexcept {
     return reversed(itemOf(word_.exchange(closedFlag, std::memory_order_acq_rel)));
   }

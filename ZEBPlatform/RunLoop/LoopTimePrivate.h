@@ -6,10 +6,10 @@
 
 namespace zeb::detail {
 
-/// The moment of the monotonic clock that a wall-clock date stands for now; nil and the past: now.
+/// Converts a wall-clock date to ticks of `mach_absolute_time()`. Nil and past dates become now.
 std::uint64_t momentOfDate(const NSDate& date) noexcept;
 
-/// The other way round.
+/// The opposite conversion.
 NSDate dateOfMoment(std::uint64_t moment) noexcept;
 
 }  // namespace zeb::detail

@@ -31,12 +31,12 @@ class NSThread::Current {
 
   ~Current() {
     isOver_ = true;
-    // The main thread's loop may be asked for until the very end of the process.
+    // The main thread's loop may be used until the process has ended.
     if (thread_ && !thread_->isMain_) thread_->finish();
   }
 
  private:
-  /// For destructors of other thread-local objects: a thread whose loop has ended.
+  /// For destructors of other thread-local objects: an `NSThread` whose loop has ended.
   static Ref<NSThread> afterTheEnd() {
     if (zeb::isMainThread()) return mainThread();
     Ref<NSThread> thread = Ref<NSThread>::adopt(new NSThread(ForeignThread{}));
@@ -82,7 +82,7 @@ const Ref<NSThread>& NSThread::mainThread() {
 }
 
 void NSThread::sleepForTimeInterval(NSTimeInterval seconds) {
-  // Longer than that the standard library's clocks can't count.
+  // The standard library's clocks cannot count longer.
   constexpr NSTimeInterval aCentury = 100.0 * 366 * 24 * 60 * 60;
   if (!(seconds > 0)) return;
   std::this_thread::sleep_for(std::chrono::duration<double>(std::min(seconds, aCentury)));
@@ -124,7 +124,7 @@ void NSThread::run() noexcept {
   finish();
 }
 
-/// On the thread itself, or where its last reference is released. Again: nothing.
+/// Called by the thread itself or by the release of its last reference. Later calls do nothing.
 void NSThread::finish() noexcept {
   if (phase_.exchange(Phase::finished) == Phase::finished) return;
   {
@@ -182,7 +182,7 @@ void performAndWait(const Ref<NSThread>& thread, FunctionView<void()> block, con
     block();
     return;
   }
-  // Opened with the end of the posted block, be it called or dropped.
+  // Opens the gate when the posted block is destroyed, whether it was called or dropped.
   class Opener {
    public:
     explicit Opener(ThreadGate& gate) : gate_(&gate) {}

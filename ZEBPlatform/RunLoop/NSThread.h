@@ -18,20 +18,20 @@
 
 namespace zeb {
 
-/// Posted on the default notification centre, on the thread that is about to exit and with its `NSThread` as
-/// object, for threads that were started here.
+/// Posted on the default notification centre for threads that were started here: on the thread that
+/// is about to exit, with its `NSThread` as object.
 extern const char* const NSThreadWillExitNotification;
 
-/// A thread of its own that runs one block and ends; mostly one with a run loop. For work that just has to
-/// happen elsewhere, queues are cheaper.
+/// A new thread that runs one block and ends; usually one with a run loop. To run work elsewhere,
+/// queues are cheaper.
 ///
-/// Threads that were started in another way have an `NSThread` too as soon as they ask for it. Threads are
-/// detached: nothing waits for them, and the process may exit while they run. All functions may be called
-/// from any thread unless they say otherwise.
+/// A thread that was started in another way gets an `NSThread` when it first asks for it. Threads
+/// are detached: nothing waits for them, and the process may exit while they run. All functions may
+/// be called from any thread unless they say otherwise.
 class NSThread final : public NSObject {
  public:
-  /// A thread that will run the block, once it is started. It keeps itself alive while it runs, and the block
-  /// until it has run.
+  /// A thread that will run the block once it is started. It keeps itself alive while it runs, and
+  /// the block until the block has run.
   explicit NSThread(Block<void()> block);
   ~NSThread() override;
 
@@ -41,16 +41,17 @@ class NSThread final : public NSObject {
   static Ref<NSThread> currentThread();
   static const Ref<NSThread>& mainThread();
 
-  /// Ends at the earliest after that time of the monotonic clock.
+  /// Returns no earlier than after this time of the monotonic clock.
   static void sleepForTimeInterval(NSTimeInterval seconds);
-  /// The date becomes an interval when this is called. Nil or a past date: returns at once.
+  /// The date is converted to an interval at the call. With nil or a past date it returns at once.
   static void sleepUntilDate(const NSDate& date);
 
-  /// Throws NSException (NSInvalidArgumentException) when it was started before, and (NSGenericException) when
-  /// the system has no more threads. A thread that was cancelled before does not run its block. It begins with
-  /// the signals blocked that are blocked in the calling thread: all, when that is a block of a queue.
+  /// Throws NSException (NSInvalidArgumentException) when it was started before, and
+  /// (NSGenericException) when the system has no more threads. A thread that was cancelled before
+  /// does not run its block. The thread starts with the signal mask of the calling thread; a block
+  /// of a queue has all signals blocked.
   void start();
-  /// Sets a flag for the thread's block to look at.
+  /// Sets a flag that the thread's block may read.
   void cancel() noexcept;
   bool isCancelled() const noexcept;
   /// Whether it has been started and has not finished.
@@ -59,19 +60,18 @@ class NSThread final : public NSObject {
   bool isMainThread() const noexcept;
 
   NSString name() const;
-  /// Gives its first 15 bytes to the system as well, for debuggers and `top`. The main thread's name there is
-  /// that of the process and stays.
+  /// The system gets the first 15 bytes of it, for debuggers and `top`. The system's name of the
+  /// main thread is that of the process and does not change.
   void setName(const NSString& name);
 
-  /// In bytes; 0, as it is at first, for the system's usual size. Has an effect before `start` only.
+  /// In bytes; 0, the default, for the system's usual size. Has an effect before `start` only.
   std::size_t stackSize() const;
   void setStackSize(std::size_t bytes);
 
   /// The thread's run loop, also before the thread has started and after it has finished.
   const Ref<NSRunLoop>& runLoop() const noexcept;
 
-  /// For whatever the thread's code wants to keep; lives as long as the thread. To be used on that thread
-  /// only.
+  /// For any values of the thread's code; lives as long as the thread. For use on that thread only.
   NSMutableDictionary threadDictionary();
 
  private:
@@ -107,10 +107,11 @@ void performAndWait(const Ref<NSThread>& thread, FunctionView<void()> block, con
 
 }  // namespace detail
 
-/// Has the block (anything that can be called without arguments) called on the thread, as soon as its run
-/// loop runs in one of the modes. With `waitUntilDone` this returns after the call, and on the thread itself
-/// makes it at once. If the thread ends before or has ended, the block is dropped without a call, and who
-/// waits for it goes on. A nil thread or block: nothing.
+/// Calls the block (anything that can be called without arguments) on the thread, as soon as its
+/// run loop runs in one of the modes. With `waitUntilDone` this returns after the call, which is
+/// made at once if the calling thread is the target. If the thread ends or has ended, the block is
+/// dropped without a call, and a waiting caller returns. With a nil thread or block it does
+/// nothing.
 template <class Callable>
 void performOnThread(const Ref<NSThread>& thread, Callable&& block, bool waitUntilDone,
                      const NSArray& modes = detail::commonModes()) {

@@ -94,7 +94,7 @@ void NSTimer::fire() {
   callBlock();
 }
 
-/// The loop has taken the timer out of a heap because it is due.
+/// Called after the loop has taken the timer out of a heap because it is due.
 void NSTimer::fireIfDue() noexcept {
   {
     const detail::LockGuard guard(lock_);

@@ -17,21 +17,22 @@ struct TimerNode;
 using TimerBase = CallingRunLoopItem<const Ref<NSTimer>& /*timer*/>;
 }  // namespace detail
 
-/// Calls a block at a moment, or again and again, on the thread of the run loop that it is added to. For
-/// timers on queues see Dispatch/DispatchSource.h.
+/// Calls a block once or repeatedly, on the thread of the run loop that it is added to. For timers
+/// on queues see Dispatch/DispatchSource.h.
 ///
-/// Dates are wall-clock dates. They become moments of the monotonic clock when the timer is made or its
-/// date is set: setting the machine's clock afterwards moves nothing, and time that the machine sleeps does
-/// not count. A repeating timer keeps to its grid (date + n × interval) however late a firing was. Firings
-/// that were missed because the machine or the loop was busy, or the loop ran in other modes, become one
-/// late firing, never a burst; the next one is the first moment of the grid after that.
+/// Dates are wall-clock dates. They are converted to moments of the monotonic clock when the timer
+/// is made or its date is set: setting the machine's clock later moves nothing, and time that the
+/// machine sleeps does not count. A repeating timer keeps to its grid (date + n × interval),
+/// however late a firing was. Firings that were missed because the machine or the loop was busy, or
+/// the loop ran in other modes, become one late firing, never several; the next firing is at the
+/// first moment of the grid after that.
 ///
-/// A timer that does not repeat is invalidated after its firing. All functions may be called from any
-/// thread.
+/// A timer that does not repeat is invalidated after its firing. All functions may be called from
+/// any thread.
 class NSTimer final : public detail::TimerBase {
  public:
-  /// Fires first at `fireDate` (nil or past: at once), then each `interval` seconds if it repeats; intervals
-  /// below 0.0001 count as that. Does nothing until it is added to a run loop.
+  /// Fires first at `fireDate` (nil or past: at once), then each `interval` seconds if it repeats;
+  /// intervals below 0.0001 count as that. It does nothing until it is added to a run loop.
   NSTimer(const NSDate& fireDate, NSTimeInterval interval, bool repeats, Handler handler,
           Value userInfo = nullptr);
   ~NSTimer() override;
@@ -53,13 +54,13 @@ class NSTimer final : public detail::TimerBase {
   bool repeats() const noexcept { return repeats_; }
   const Value& userInfo() const noexcept { return userInfo_; }
 
-  /// Seconds that a firing may be late, so that several timers share one wake-up; the grid stays. At first
-  /// 0.
+  /// Seconds that a firing may be late, so that several timers can share one wake-up; the grid
+  /// stays. 0 by default.
   NSTimeInterval tolerance() const;
   void setTolerance(NSTimeInterval seconds);
 
-  /// Calls the block now, on this thread. A repeating timer's schedule stays as it is; another one is invalid
-  /// afterwards. An invalid timer does nothing.
+  /// Calls the block now, on this thread. The schedule of a repeating timer does not change; a
+  /// timer that does not repeat is invalid afterwards. An invalid timer does nothing.
   void fire();
 
  private:

@@ -8,7 +8,7 @@ namespace zeb::detail {
 
 namespace {
 
-// Only one thread sees these items.
+// These items belong to one thread.
 WorkItem* nextOf(const WorkItem& item) noexcept {
   return item.next.load(std::memory_order_relaxed);
 }
@@ -83,7 +83,7 @@ void PendingBlocks::drop(const void* target) noexcept {
     }
     place.item = next;
   }
-  // Only now, for what a released block does may come back here.
+  // Only after the loop, because the destructor of a block may call this function.
   dropList(dropped);
 }
 

@@ -15,20 +15,20 @@ class PendingBlocks {
   std::size_t count() const noexcept { return items_.count; }
 
   void append(const ItemList& newer) noexcept;
-  /// Takes out and answers the first block that may run in the mode, or null.
+  /// Removes and returns the first block that may run in the mode, or null.
   WorkItem* takeFirst(const RunLoopMode& mode);
-  /// Whether there is one.
+  /// Whether a block may run in the mode.
   bool hasAny(const RunLoopMode& mode) { return find(mode).item; }
-  /// Drops those with the target.
+  /// Drops the blocks with the target.
   void drop(const void* target) noexcept;
   void dropAll() noexcept;
 
-  /// To be called when modes have become common.
+  /// To be called when a mode has become common, because more blocks may run in it then.
   void forgetWhatWasSkipped() noexcept { skipped_.clear(); }
 
  private:
-  /// The blocks up to this one are not for the mode; kept so that a storm of blocks for another mode is looked
-  /// through only once.
+  /// No block up to `last` may run in the mode. Remembered so that many blocks for another mode are
+  /// searched only once.
   struct Skipped {
     NSString modeName;  // modes come and go, but what may run in one depends on its name alone
     WorkItem* last;
@@ -41,7 +41,8 @@ class PendingBlocks {
   Place find(const RunLoopMode& mode);
   void unlink(const Place& place) noexcept;
 
-  /// For more modes the list is looked through anew.
+  /// If more modes are used, the positions of all are forgotten and the list is searched from its
+  /// start.
   static constexpr std::size_t maxSkipped = 16;
 
   ItemList items_;

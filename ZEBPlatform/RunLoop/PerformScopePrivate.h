@@ -26,8 +26,8 @@ class PerformScope final : public WorkRunner {
   }
 
   static void run(WorkItem& item) noexcept { runAndDispose(item); }
-  /// Releases the block without a call. If its destruction drops further blocks on this thread, they
-  /// are released one after the other, not recursively, because there may be many.
+  /// Releases the block without a call. If its destruction drops further blocks on this thread,
+  /// they are released one after the other, not recursively, because there may be many.
   static void drop(WorkItem& item) noexcept {
     static constinit thread_local WorkItem* postponed = nullptr;
     static constinit thread_local bool isDropping = false;
@@ -43,7 +43,8 @@ class PerformScope final : public WorkRunner {
       dropAtOnce(dropped);
     }
   }
-  /// Releases it even while another block is being dropped, for a block whose release a thread awaits.
+  /// Releases it even while another block is being dropped, for a block whose release a thread
+  /// awaits.
   static void dropAtOnce(WorkItem& item) noexcept {
     delete static_cast<PerformScope*>(item.runner);
     item.discard();

@@ -30,7 +30,8 @@ const void* currentThreadMark() noexcept {
 
 }  // namespace
 
-/// One run of the loop that is in progress. A run from inside a callback is nested in the outer one.
+/// One run of the loop that is in progress. A run from inside a callback is nested in the outer
+/// one.
 class RunLoopCore::RunFrame {
  public:
   RunFrame(RunLoopCore& core, RunLoopMode& itsMode) : mode(itsMode), core_(core) {
@@ -156,7 +157,7 @@ bool RunLoopCore::runFrame(RunLoopMode& mode, std::uint64_t limit, bool endsAfte
   return true;
 }
 
-/// What is ready but not handled, because its block is what runs the loop, must not keep it awake.
+/// The descriptors whose blocks run the loop may stay ready, which must not keep it from sleeping.
 void RunLoopCore::beginRun() {
   ++runs_;
   for (RunLoopDescriptorSource* const source : calledSources_) {
@@ -165,7 +166,7 @@ void RunLoopCore::beginRun() {
   }
 }
 
-/// One turn of everything that there is to do. Whether something other than a timer was handled.
+/// Does everything that is ready once. Whether anything other than a timer was handled.
 bool RunLoopCore::pass(RunFrame& frame) {
   notify(frame, RunLoopBeforeTimers);
   fireDueTimers(frame);
@@ -203,7 +204,7 @@ bool RunLoopCore::runBlocks(RunFrame& frame) {
 bool RunLoopCore::runSources(RunFrame& frame) {
   bool didRun = false;
   if (!modes_.hasAny(Kind::source)) return didRun;
-  // What signals itself again has its turn in the next pass.
+  // A source that signals itself again is handled in the next pass.
   for (const Ref<RunLoopSource>& source : modes_.pendingSources(frame.mode)) {
     if (frame.isStopped) break;
     didRun |= source->perform();
@@ -223,13 +224,15 @@ bool RunLoopCore::handleDescriptors(RunFrame& frame) {
   modes_.watchMode(frame.mode, pollSet);
   std::array<ReadyDescriptor, 64> ready;
   const std::size_t count = pollSet.collect(ready);
-  // Collecting took the sign that the host's loop goes by: a callback may run that loop.
+  // Collecting cleared the wake-up that the host's loop waits for, and a callback may run that
+  // loop.
   if (isHosted_ && count > 0) waiter_.wake();
   const std::uint64_t runs = runs_;
   bool didCall = false;
   for (std::size_t index = 0; index < count; ++index) {
     for (const auto& source : modes_.sourcesOf(frame.mode, ready[index].descriptor)) {
-      // A run from inside a callback has handled what else was ready; the rest is reported anew.
+      // A run from inside a callback has handled everything else that was ready; later events are
+      // reported again.
       if (frame.isStopped || runs != runs_) return didCall;
       didCall |= call(*source, ready[index].readiness);
     }
@@ -269,7 +272,7 @@ bool RunLoopCore::canGetWork(RunLoopMode& mode,
 }
 
 void RunLoopCore::wait(RunFrame& frame, std::uint64_t limit) {
-  // Looked at anew, for an observer may have added something.
+  // Read again, because an observer may have added something.
   const RunLoopModes::Outlook outlook = modes_.outlook(frame.mode);
   if (frame.isStopped || hasWork(frame.mode, outlook)) return;
   if (waiter_.reserveDescriptors()) modes_.watchMode(frame.mode, *waiter_.pollSet());
@@ -278,8 +281,8 @@ void RunLoopCore::wait(RunFrame& frame, std::uint64_t limit) {
   if (inbox_.tryToSleep()) waiter_.wait();
 }
 
-/// Blocks from another thread are often followed by more. Spinning for them costs less than sleeping
-/// and being woken, as long as it takes no longer than that.
+/// Blocks from another thread are often followed by more. Spinning for them costs less than
+/// sleeping and being woken, as long as it takes no longer than that.
 void RunLoopCore::spinForNews() const noexcept {
   if (!inbox_.hasNews()) spin(maxSpinsForNews, [this] { return inbox_.hasNews(); });
 }
@@ -338,7 +341,8 @@ void RunLoopCore::runPending() {
   leaveWaitingToHost();
 }
 
-/// Leaves the descriptor readable if there is something to do, and otherwise lets it become so.
+/// Leaves the descriptor readable if there is something to do; otherwise the next event makes it
+/// so.
 void RunLoopCore::leaveWaitingToHost() {
   takePosted();  // requests to look around that came before this look are met by it
   RunLoopMode& mode = modes_.defaultMode();

@@ -22,15 +22,15 @@ class RunLoopCore {
   RunLoopModes& modes() noexcept { return modes_; }
 
   // Any thread:
-  /// False when the loop has ended and the item stays the caller's.
+  /// False when the loop has ended; the caller keeps the item.
   bool post(WorkItem& item) noexcept;
   /// Makes the loop do one more pass before its thread sleeps.
   void requestPass() noexcept;
   void mainQueueIsReady() noexcept;
   void stop() noexcept;
-  /// An application's own loop, which does the waiting, has to tell it that it waits.
+  /// Tells a hosted loop to call the new observer when the application's loop waits.
   void observerWasAdded() noexcept;
-  /// Whether the loop can wait for the descriptor, for which it needs some of its own.
+  /// Whether the loop can wait for the descriptor. Reserves the descriptors that it needs itself.
   bool canWatch(int descriptor) noexcept;
   /// Brings what is watched up to date for one descriptor.
   void watch(int descriptor);
@@ -40,14 +40,14 @@ class RunLoopCore {
 
   /// Makes the calling thread the loop's own.
   void adopt() noexcept;
-  /// Releases all blocks and invalidates all items, those that come later too.
+  /// Releases all blocks and invalidates all items, also those that are added later.
   void close() noexcept;
 
   // The loop's own thread; elsewhere the process stops:
   bool run(const NSString& modeName, std::uint64_t limit, bool endsAfterInput);
-  /// Fires the mode's due timers; answers what is left to do.
+  /// Fires the mode's due timers and returns what is left to do.
   RunLoopModes::Outlook fireTimers(const NSString& modeName);
-  /// The innermost run's, or nil.
+  /// The mode of the innermost run, or nil.
   NSString currentMode();
   void makeCommon(const NSString& modeName);
   void dropBlocks(const void* target);

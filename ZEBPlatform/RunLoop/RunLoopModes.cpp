@@ -237,7 +237,8 @@ void RunLoopModes::watchLocked(int descriptor, PollSet& pollSet) {
       if (!source.isResting()) events |= source.events();
     }
   };
-  // The watched mode may no longer exist although the descriptor of its last source is still watched.
+  // The watched mode may no longer exist although the descriptor of its last source is still
+  // watched.
   if (watched_) visitActive(*watched_, addEvents);
   pollSet.watch(descriptor, {.isReadable = (events & DescriptorReadable) != 0,
                              .isWritable = (events & DescriptorWritable) != 0});

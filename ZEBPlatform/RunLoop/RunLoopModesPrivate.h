@@ -45,8 +45,8 @@ struct RunLoopMode {
   std::array<std::vector<Ref<RunLoopItem>>, RunLoopItem::kindCount> items;
 };
 
-/// The modes of a loop and the items in them. A mode exists as long as it has items, the loop runs in
-/// it, or it is common, so that a name may be made up for one use.
+/// The modes of a loop and the items in them. A mode exists as long as it has items, the loop runs
+/// in it, or it is common, so that a name may be made up for one use.
 ///
 /// It locks itself and calls no user code: items that it removes are handed out, because releasing
 /// them may run a destructor of the user. Any thread, unless a function says otherwise.
@@ -99,7 +99,8 @@ class RunLoopModes {
     return counts_[indexOf(kind)].load(std::memory_order_relaxed) > 0;
   }
 
-  // For the loop's thread. Each is about a mode, together with the common modes if it is one of them.
+  // For the loop's thread. Each is about a mode, together with the common modes if it is one of
+  // them.
 
   /// Takes one timer that is due at `moment`; nil if there is none left. Timers that are scheduled
   /// during these calls are not due before the next moment that is asked for.
