@@ -14,7 +14,7 @@ class NSBlockOperation : public NSOperation {
   NSBlockOperation() noexcept = default;
   explicit NSBlockOperation(Block<void()> block) : block_(std::move(block)) {}
 
-  static Ref<NSBlockOperation> blockOperationWithBlock(Block<void()> block) {
+  [[nodiscard]] static Ref<NSBlockOperation> blockOperationWithBlock(Block<void()> block) {
     return makeRef<NSBlockOperation>(std::move(block));
   }
 

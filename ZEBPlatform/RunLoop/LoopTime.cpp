@@ -4,11 +4,14 @@
 
 namespace zeb::detail {
 
-std::uint64_t momentOfDate(const NSDate& date) noexcept {
+std::uint64_t momentAfter(NSTimeInterval seconds) noexcept {
   const std::uint64_t now = mach_absolute_time();
-  if (date.isNil()) return now;
-  const std::uint64_t distance = ticksIn(date.timeIntervalSinceDate(NSDate::date()));
+  const std::uint64_t distance = ticksIn(seconds);
   return distance < UINT64_MAX - now ? now + distance : UINT64_MAX;
+}
+
+std::uint64_t momentOfDate(const NSDate& date) noexcept {
+  return momentAfter(date.isNil() ? 0 : date.timeIntervalSinceDate(NSDate::date()));
 }
 
 NSDate dateOfMoment(std::uint64_t moment) noexcept {

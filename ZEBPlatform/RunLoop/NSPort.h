@@ -9,7 +9,7 @@ namespace zeb {
 class NSPort final : public RunLoopItem {
  public:
   NSPort() noexcept : RunLoopItem(Kind::port) {}
-  static Ref<NSPort> port() { return makeRef<NSPort>(); }
+  [[nodiscard]] static Ref<NSPort> port() { return makeRef<NSPort>(); }
 };
 
 }  // namespace zeb

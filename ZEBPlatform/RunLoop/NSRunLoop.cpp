@@ -20,6 +20,14 @@ void NSRunLoop::runUntilDate(const NSDate& limit) {
   core_->run(NSDefaultRunLoopMode, detail::momentOfDate(limit), false);
 }
 
+void NSRunLoop::runFor(std::chrono::duration<double> limit) {
+  core_->run(NSDefaultRunLoopMode, detail::momentAfter(limit.count()), false);
+}
+
+bool NSRunLoop::runMode(const NSString& mode, std::chrono::duration<double> limit) {
+  return core_->run(mode, detail::momentAfter(limit.count()), true);
+}
+
 bool NSRunLoop::runMode(const NSString& mode, const NSDate& limit) {
   return core_->run(mode, detail::momentOfDate(limit), true);
 }

@@ -13,6 +13,7 @@
 #include <ZEBPlatform/RunLoop/RunLoopObserver.h>
 #include <ZEBPlatform/RunLoop/RunLoopSource.h>
 
+#include <chrono>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -53,14 +54,16 @@ class NSRunLoop final : public NSObject {
   /// Runs in the default mode until `stop()` or until no item and no block is left that it could
   /// wait for. The main thread's loop always has the main queue.
   void run();
-  /// The same, at most until the date. With nil or a past date it handles what is ready, without
+  /// The same, at most until the date, or for this time. With nil or a past date it handles what is ready, without
   /// waiting.
   void runUntilDate(const NSDate& limit);
-  /// Runs until the date has passed, `stop()`, or it has handled anything but a timer: a block, the
+  void runFor(std::chrono::duration<double> limit);
+  /// Runs until the date or the time has passed, `stop()`, or it has handled anything but a timer: a block, the
   /// main queue, a source or a descriptor. Returns false at once if the mode has no timer, source
   /// or port and no block for it is waiting. With nil or a past date it makes one pass, without
   /// waiting.
   bool runMode(const NSString& mode, const NSDate& limit);
+  bool runMode(const NSString& mode, std::chrono::duration<double> limit);
   /// Ends the innermost run in progress, as soon as its callback returns; without one it does
   /// nothing. Any thread. To end a run that may not have begun yet, post a block that stops it.
   void stop();

@@ -12,6 +12,7 @@
 #include <ZEBPlatform/RunLoop/NSRunLoop.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <utility>
@@ -43,6 +44,9 @@ class NSThread final : public NSObject {
 
   /// Returns no earlier than after this time of the monotonic clock.
   static void sleepForTimeInterval(NSTimeInterval seconds);
+  static void sleepForTimeInterval(std::chrono::duration<double> interval) {
+    sleepForTimeInterval(interval.count());
+  }
   /// The date is converted to an interval at the call. With nil or a past date it returns at once.
   static void sleepUntilDate(const NSDate& date);
 

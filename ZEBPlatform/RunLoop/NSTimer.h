@@ -4,8 +4,10 @@
 #include <ZEBPlatform/Foundation/Value.h>
 #include <ZEBPlatform/RunLoop/RunLoopItem.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace zeb {
@@ -35,14 +37,30 @@ class NSTimer final : public detail::TimerBase {
   /// intervals below 0.0001 count as that. It does nothing until it is added to a run loop.
   NSTimer(const NSDate& fireDate, NSTimeInterval interval, bool repeats, Handler handler,
           Value userInfo = nullptr);
+  NSTimer(const NSDate& fireDate, std::chrono::duration<double> interval, bool repeats,
+          Handler handler, Value userInfo = nullptr)
+      : NSTimer(fireDate, interval.count(), repeats, std::move(handler), std::move(userInfo)) {}
   ~NSTimer() override;
 
   /// A timer that fires first after `interval` seconds.
-  static Ref<NSTimer> timerWithTimeInterval(NSTimeInterval interval, bool repeats, Handler handler,
-                                            Value userInfo = nullptr);
+  [[nodiscard]] static Ref<NSTimer> timerWithTimeInterval(NSTimeInterval interval, bool repeats,
+                                                          Handler handler,
+                                                          Value userInfo = nullptr);
+  [[nodiscard]] static Ref<NSTimer> timerWithTimeInterval(std::chrono::duration<double> interval,
+                                                          bool repeats, Handler handler,
+                                                          Value userInfo = nullptr) {
+    return timerWithTimeInterval(interval.count(), repeats, std::move(handler),
+                                 std::move(userInfo));
+  }
   /// The same, added to the calling thread's run loop in the default mode.
   static Ref<NSTimer> scheduledTimerWithTimeInterval(NSTimeInterval interval, bool repeats,
                                                      Handler handler, Value userInfo = nullptr);
+  static Ref<NSTimer> scheduledTimerWithTimeInterval(std::chrono::duration<double> interval,
+                                                     bool repeats, Handler handler,
+                                                     Value userInfo = nullptr) {
+    return scheduledTimerWithTimeInterval(interval.count(), repeats, std::move(handler),
+                                          std::move(userInfo));
+  }
 
   /// The next firing, or the last one of a timer that is invalid.
   NSDate fireDate() const;
@@ -58,6 +76,7 @@ class NSTimer final : public detail::TimerBase {
   /// stays. 0 by default.
   NSTimeInterval tolerance() const;
   void setTolerance(NSTimeInterval seconds);
+  void setTolerance(std::chrono::duration<double> tolerance) { setTolerance(tolerance.count()); }
 
   /// Calls the block now, on this thread. The schedule of a repeating timer does not change; a
   /// timer that does not repeat is invalid afterwards. An invalid timer does nothing.

@@ -33,7 +33,8 @@ class RunLoopDescriptorSource final : public detail::RunLoopDescriptorSourceBase
   /// descriptor. `events` are the bits to watch for. The source takes no descriptor of its own;
   /// whether a loop can watch shows when the source is added (see
   /// `NSRunLoop::addDescriptorSource`).
-  static Ref<RunLoopDescriptorSource> source(int descriptor, std::uint32_t events, Handler handler);
+  [[nodiscard]] static Ref<RunLoopDescriptorSource> source(int descriptor, std::uint32_t events,
+                                                           Handler handler);
 
   int descriptor() const noexcept { return static_cast<int>(order()); }
   std::uint32_t events() const noexcept { return events_.load(std::memory_order_relaxed); }

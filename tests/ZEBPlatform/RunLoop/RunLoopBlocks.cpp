@@ -4,8 +4,8 @@
 #include <atomic>
 #include <semaphore>
 
-#include "Support/Support.h"
 #include "Support/LoopSupport.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 
@@ -138,6 +138,8 @@ TEST(RunLoopBlocks, RunsEndWhenTheyShall) {
       EXPECT_EQ(log.back(), letter);
     }
     EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, nullptr));
+    EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, std::chrono::seconds(-1)));
+    loop->runFor(std::chrono::milliseconds(1));  // although the port would keep it running
     loop->performBlock([&] { port->invalidate(); });
     loop->run();  // until nothing is left
   });

@@ -14,9 +14,9 @@
 #include <semaphore>
 #include <utility>
 
-#include "Support/Support.h"
 #include "Support/FakeClock.h"
 #include "Support/LoopSupport.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 
@@ -203,7 +203,7 @@ TEST(RunLoopDescriptors, CallWhileReadyForWhatIsWatchedAndInTheirModesOnly) {
                                           log += events & DescriptorReadable ? "R" : "";
                                           log += events & DescriptorWritable ? "W" : "";
                                         });
-    const auto run = [&] { loop->runMode(NSDefaultRunLoopMode, NSDate::distantFuture()); };
+    const auto run = [&] { loop->runMode(NSDefaultRunLoopMode, std::chrono::hours(1)); };
     loop->addDescriptorSource(reader, NSDefaultRunLoopMode);
     loop->addDescriptorSource(watcher, "other");
     runOnce();

@@ -72,6 +72,7 @@ TEST(Threads, EveryThreadHasOneUntilItsEnd) {
   NSThread::mainThread()->setName("main");
   EXPECT_EQ(systemName(), name);
   NSThread::sleepForTimeInterval(-1);
+  NSThread::sleepForTimeInterval(std::chrono::milliseconds(1));
   NSThread::sleepUntilDate(NSDate::distantPast());
 
   // Also in destructors of thread-local objects, before and after that of its own.
