@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <latch>
-#include <semaphore>
 #include <thread>
 
+#include "Support/Await.h"
 #include "Support/Support.h"
 
 namespace zeb {
@@ -48,22 +48,11 @@ TEST(NSOperationQueue, RunsAsManyAtOnceAsItMay) {
     queue->waitUntilAllOperationsAreFinished();
     EXPECT_EQ(ran, 500);
   }
-}
-
-/// Each one waits for the one that was added after it.
-TEST(NSOperationQueue, BlockedOperationsDoNotStarveOthers) {
-  const auto queue = makeRef<NSOperationQueue>();
-  std::vector<std::unique_ptr<std::binary_semaphore>> done;
-  for (int i = 0; i <= 40; ++i) done.push_back(std::make_unique<std::binary_semaphore>(0));
-  for (std::size_t i = 0; i < 40; ++i) {
-    queue->addOperationWithBlock([&, i] {
-      done[i + 1]->acquire();
-      done[i]->release();
-    });
-  }
-  queue->addOperationWithBlock([&] { done[40]->release(); });
+  // Without a limit, operations that block do not keep others from running.
+  queue->setMaxConcurrentOperationCount(NSOperationQueueDefaultMaxConcurrentOperationCount);
+  std::latch all(41);
+  for (int i = 0; i < 41; ++i) queue->addOperationWithBlock([&] { all.arrive_and_wait(); });
   queue->waitUntilAllOperationsAreFinished();
-  EXPECT_TRUE(done[0]->try_acquire());
 }
 
 TEST(NSOperationQueue, WaitsSuspendedAndOutlivesItsOwner) {
@@ -78,7 +67,7 @@ TEST(NSOperationQueue, WaitsSuspendedAndOutlivesItsOwner) {
     EXPECT_TRUE(queue->operations().size() == 100 && ran == 0);
     queue->setSuspended(false);
     queue = nullptr;
-    while (weak.lock()) std::this_thread::yield();  // it goes when the last operation has gone
+    test::awaitThat([&] { return !weak.lock(); }, "the last operation releases its queue");
     EXPECT_EQ(ran, isCancelled ? 0 : 100);
   }
 }
@@ -151,7 +140,8 @@ TEST(NSOperationQueue, KnowsWhereItRuns) {
     mainQueue->addOperationWithBlock(
         [&] { EXPECT_EQ(NSOperationQueue::currentQueue(), mainQueue); });
   }).join();
-  while (mainQueue->operationCount() > 0) detail::runMainQueue();
+  test::awaitThat([&] { return mainQueue->operationCount() == 0; }, "the main queue is empty",
+                  detail::runMainQueue);
 }
 
 /// Graphs over two queues whose operations are cancelled, freed of dependencies, waited for and dropped
@@ -191,7 +181,8 @@ TEST(NSOperationQueue, StandsAStorm) {
   std::vector<std::thread> threads;
   for (unsigned seed = 1; seed <= 4; ++seed) threads.emplace_back(storm, seed);
   for (std::thread& thread : threads) thread.join();
-  while (completions < made || deaths < made) std::this_thread::yield();
+  test::awaitThat([&] { return completions == made && deaths == made; },
+                  "all operations have completed and are released");
 }
 
 }  // namespace

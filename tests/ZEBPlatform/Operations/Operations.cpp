@@ -10,6 +10,7 @@
 #include <set>
 #include <thread>
 
+#include "Support/Await.h"
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
 
@@ -357,7 +358,8 @@ TEST(NSOperation, RefusesToWaitForEver) {
   }
   EXPECT_EQ(reports, expected);
   onMain->cancel();
-  while (!onMain->isFinished()) detail::runMainQueue();
+  test::awaitThat([&] { return onMain->isFinished(); }, "the main queue ran the operation",
+                  detail::runMainQueue);
   other->waitUntilAllOperationsAreFinished();
 }
 

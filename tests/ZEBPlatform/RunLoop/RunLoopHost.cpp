@@ -101,73 +101,57 @@ TEST(RunLoopHost, TheDescriptorIsReadableExactlyWhenThereIsSomethingToDo) {
   });
 }
 
-// The main queue, timers and blocks go on while a callback runs the application's loop, as dialogs do.
+// The main queue, timers and blocks continue while a callback of any kind runs the application's
+// loop, as dialogs do.
 TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
-  Host host;
-  const Ref<NSRunLoop>& loop = host.loop;
-  std::string log;
-  loop->performBlock([&] {
-    log += '(';
-    Host dialog;
+  for (const std::string caller : {"block", "main queue", "descriptor"}) {
+    const bool isInMainQueue = caller == "main queue";
+    Host host;
+    Host* dialog = nullptr;
+    std::string log;
     std::thread poster;
-    NSTimer::scheduledTimerWithTimeInterval(0.001, false, [&](auto&) {
-      log += 't';
-      poster = std::thread([&] {
-        dispatch_async(dispatch_get_main_queue(), [&] {
-          log += 'q';
-          dialog.isOver = true;
+    const auto block = [&] {
+      log += "block ";
+      NSTimer::scheduledTimerWithTimeInterval(0.001, false, [&](auto&) {
+        log += "timer ";
+        poster = std::thread([&] {
+          dispatch_async(dispatch_get_main_queue(), [&] {
+            log += "queue ";
+            (isInMainQueue ? host : *dialog).isOver = true;  // must not run in another such block
+          });
+          if (isInMainQueue) host.loop->performBlock([&] { dialog->isOver = true; });
         });
       });
-    });
-    dialog.run();
-    poster.join();
-    log += ')';
-    host.isOver = true;
-  });
-  loop->performBlock([&] { log += 'b'; });
-  loop->performBlock([&] { log += 'c'; });
-  host.run();
-  EXPECT_EQ(log, "(bctq)");
-
-  log.clear();
-  dispatch_async(dispatch_get_main_queue(), [&] {
-    // Inside a block of the main queue its next one has to wait, the rest has not.
-    Host dialog;
-    dispatch_async(dispatch_get_main_queue(), [&] {
-      log += 'n';
-      host.isOver = true;
-    });
-    loop->performBlock([&] {
-      log += 'b';
-      dialog.isOver = true;
-    });
-    dialog.run();
-    log += '.';
-  });
-  host.run();
-  EXPECT_EQ(log, "b.n");
-}
-
-// A descriptor's block empties it and opens a dialog: the wake-up for what comes next must not be gone.
-TEST(RunLoopHost, DescriptorBlocksMayRunTheApplicationsLoop) {
-  Host host;
-  EventDescriptor event;
-  bool isDone = false;
-  std::thread poster;
-  const auto source = RunLoopDescriptorSource::source(
-      event.descriptor(), DescriptorReadable, [&](const auto& itself, auto) {
-        itself->invalidate();
-        Host dialog;
-        poster =
-            std::thread([&] { host.loop->performBlock([&] { isDone = dialog.isOver = true; }); });
-        dialog.run();
-        host.isOver = true;
-      });
-  host.loop->addDescriptorSource(source, NSDefaultRunLoopMode);
-  event.signal();
-  host.run();
-  poster.join();
-  EXPECT_TRUE(isDone);
+    };
+    const auto runDialog = [&] {
+      Host ofDialog;
+      dialog = &ofDialog;
+      if (caller != "block") host.loop->performBlock(block);
+      ofDialog.run();
+      poster.join();
+      log += "closed";
+      host.isOver = !isInMainQueue;
+    };
+    EventDescriptor event;
+    const auto source =
+        RunLoopDescriptorSource::source(event.descriptor(), DescriptorReadable,
+                                        [&](const Ref<RunLoopDescriptorSource>& itself, auto) {
+                                          itself->invalidate();
+                                          runDialog();
+                                        });
+    host.loop->addDescriptorSource(source, NSDefaultRunLoopMode);
+    if (caller == "descriptor") {
+      event.signal();
+    } else if (isInMainQueue) {
+      dispatch_async(dispatch_get_main_queue(), runDialog);
+    } else {
+      host.loop->performBlock(runDialog);
+      host.loop->performBlock(block);
+    }
+    host.run();
+    source->invalidate();
+    EXPECT_EQ(log, isInMainQueue ? "block timer closedqueue " : "block timer queue closed");
+  }
 }
 
 TEST(RunLoopHost, NoWakeUpIsLost) {

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <atomic>
-#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <semaphore>
@@ -41,49 +40,55 @@ using Source = RunLoopDescriptorSource;
 
 }  // namespace
 
-TEST(RunLoopObservers, AreToldOfEveryStepInTheirOrder) {
+TEST(RunLoopObservers, AreCalledAtEveryStepInTheirOrder) {
   onNewThread([] {
     FakeClock clock;
     const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
     std::string log;
-    const auto add = [&](std::uint32_t activities, std::int64_t order, std::string letters,
-                         const NSString& mode) {
-      const auto note = [&log, letters](auto&, RunLoopActivity activity) {
-        log += letters[static_cast<std::size_t>(std::countr_zero<std::uint32_t>(activity))];
-      };
-      const auto observer = makeRef<RunLoopObserver>(activities, true, order, note);
+    const auto add = [&](std::uint32_t activities, std::int64_t order, auto note,
+                         const NSString& mode = NSDefaultRunLoopMode) {
+      const auto observer = makeRef<RunLoopObserver>(
+          activities, true, order, [=](auto&, RunLoopActivity activity) { note(activity); });
       loop->addObserver(observer, mode);
       loop->addObserver(observer, mode);
       return observer;
     };
-    const auto all = add(RunLoopAllActivities, 0, "ets..wax", NSDefaultRunLoopMode);
+    const auto all = add(RunLoopAllActivities, 0, [&](RunLoopActivity activity) {
+      log += activity == RunLoopEntry           ? "entry "
+             : activity == RunLoopBeforeTimers  ? "timers "
+             : activity == RunLoopBeforeSources ? "sources "
+             : activity == RunLoopBeforeWaiting ? "waiting "
+             : activity == RunLoopAfterWaiting  ? "awake "
+             : activity == RunLoopExit          ? "exit"
+                                                : "unknown ";
+    });
     EXPECT_FALSE(runOnce());  // observers keep no loop running
     loop->performBlock([&] {
-      log += 'B';
+      log += "BLOCK ";
       NSTimer::scheduledTimerWithTimeInterval(1, false, [&](auto&) {
-        log += 'T';
+        log += "TIMER ";
         loop->performBlock([&] {
-          log += 'C';
-          loop->performBlock([&] { log += 'D'; });
+          log += "SECOND ";
+          loop->performBlock([&] { log += "THIRD "; });
         });
       });
     });
-    // Lets the time pass in which the loop sleeps.
-    const auto waiter = makeRef<RunLoopObserver>(RunLoopBeforeWaiting, true, 9,
-                                                 [&](auto&, auto) { clock.advance(1.1); });
-    loop->addObserver(waiter, NSDefaultRunLoopMode);
+    add(RunLoopBeforeWaiting, 9, [&](auto) { clock.advance(1.1); });  // while the loop sleeps
     loop->run();
-    EXPECT_EQ(log, "etsBwatTsCtsDx");
+    EXPECT_EQ(log,
+              "entry timers sources BLOCK waiting awake timers TIMER sources SECOND "
+              "timers sources THIRD exit");
 
     log.clear();
-    add(RunLoopEntry, 5, "3", NSDefaultRunLoopMode);
-    add(RunLoopEntry, -1, "1", NSRunLoopCommonModes);
-    add(RunLoopEntry, 1, "2", NSDefaultRunLoopMode);
-    add(RunLoopEntry, 1, "!", "other");
+    const auto note = [&](const char* name) { return [&log, name](auto) { log += name; }; };
+    add(RunLoopEntry, 5, note("third"));
+    add(RunLoopEntry, -1, note("first "), NSRunLoopCommonModes);
+    add(RunLoopEntry, 1, note("second "));
+    add(RunLoopEntry, 1, note("unexpected"), "other");
     loop->removeObserver(all, NSDefaultRunLoopMode);
     loop->performBlock([] {});
     runOnce();
-    EXPECT_EQ(log, "123");
+    EXPECT_EQ(log, "first second third");
   });
 }
 
