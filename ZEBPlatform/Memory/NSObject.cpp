@@ -71,9 +71,9 @@ Ref<NSObject> ObjectExtras::takeAssociated(const void* key,
   return nullptr;
 }
 
-NSObject& ObjectExtras::setObservationsOnce(Ref<NSObject> fresh) noexcept {
+NSObject& ObjectExtras::setObserversOnce(Ref<NSObject> fresh) noexcept {
   NSObject* existing = nullptr;
-  if (!observations_.compare_exchange_strong(existing, fresh.get(), std::memory_order_acq_rel)) {
+  if (!observers_.compare_exchange_strong(existing, fresh.get(), std::memory_order_acq_rel)) {
     return *existing;
   }
   return *fresh.leak();
@@ -85,7 +85,7 @@ void ObjectExtras::objectIsDying() noexcept {
 }
 
 void ObjectExtras::objectIsGone() noexcept {
-  (void)Ref<NSObject>::adopt(observations_.exchange(nullptr, std::memory_order_acq_rel));
+  (void)Ref<NSObject>::adopt(observers_.exchange(nullptr, std::memory_order_acq_rel));
   {
     std::vector<std::pair<const void*, Ref<NSObject>>> associations;
     const LockGuard guard(lock_);

@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Runtime/NSKeyValueObserving.h>
-#include <ZEBPlatform/Runtime/ObservationsPrivate.h>
+#include <ZEBPlatform/Runtime/ObjectObserversPrivate.h>
 
 #include <exception>
 #include <utility>
@@ -12,9 +12,9 @@ namespace {
 void remove(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
             const NSString& keyPath, const std::optional<void*>& context) {
   if (!object) return;
-  detail::Observations* observations = detail::Observations::ifAny(*object);
+  detail::ObjectObservers* observers = detail::ObjectObservers::ifAny(*object);
   const Ref<detail::Observation> removed =
-      observations ? observations->remove(observer.get(), keyPath, context) : nullptr;
+      observers ? observers->remove(observer.get(), keyPath, context) : nullptr;
   if (!removed) {
     throw NSException(
         NSRangeException,
@@ -36,8 +36,8 @@ void addObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserv
   const bool looksNow =
       observation->isAlongPath() || observation->wants(NSKeyValueObservingOptionInitial);
   if (looksNow) (void)observation->valueFrom(object, 0);
-  detail::Observations::of(*object).add(*object, observation->keyAt(0),
-                                        makeRef<detail::Registration>(observation, std::size_t{0}));
+  detail::ObjectObservers::of(*object).add(
+      *object, observation->keyAt(0), makeRef<detail::KeyObserver>(observation, std::size_t{0}));
   if (observation->isAlongPath()) observation->followPath();
 
   if (!observation->wants(NSKeyValueObservingOptionInitial)) return;
@@ -80,12 +80,12 @@ void willChangeValueForKey(const Ref<NSObject>& object, const StringKey& key) {
   auto change = std::make_unique<detail::ObservedChange>(*object, key);
   if (!change->concernsAnybody()) return;
   change->releaseObject();
-  detail::Observations::of(*object).begin(std::move(change));
+  detail::ObjectObservers::of(*object).begin(std::move(change));
 }
 
 void didChangeValueForKey(const Ref<NSObject>& object, const StringKey& key) {
   if (!object || !detail::isObserved(*object)) return;
-  const auto change = detail::Observations::of(*object).takeBegun(key);
+  const auto change = detail::ObjectObservers::of(*object).takeBegun(key);
   if (!change) return;
   change->retainObject(*object);
   change->tell();

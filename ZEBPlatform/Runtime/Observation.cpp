@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
-#include <ZEBPlatform/Runtime/ObservationsPrivate.h>
+#include <ZEBPlatform/Runtime/ObjectObserversPrivate.h>
 
 #include <algorithm>
 
@@ -32,7 +32,7 @@ Value Observation::valueFrom(const Value& object, std::size_t level) const {
 void Observation::followPath() {
   std::uint64_t move;
   {
-    std::lock_guard guard(pathMutex_);
+    const LockGuard guard(pathLock_);
     move = ++latestMove_;
   }
   std::vector<Ref<NSObject>> objects;
@@ -42,15 +42,15 @@ void Observation::followPath() {
     if (!value.isObject()) break;
     objects.push_back(value.object());
   }
-  // Whoever looked later saw newer objects and moves to these.
+  // A thread that looked later saw newer objects and moves the entries to these.
   std::vector<Ref<NSObject>> left;
-  std::lock_guard guard(pathMutex_);
+  const LockGuard guard(pathLock_);
   if (move == latestMove_ && !hasLeft_) left = moveTo(objects);
 }
 
 void Observation::leavePath() {
   std::vector<Ref<NSObject>> left;
-  std::lock_guard guard(pathMutex_);
+  const LockGuard guard(pathLock_);
   hasLeft_ = true;
   left = moveTo({});
 }
@@ -63,15 +63,15 @@ std::vector<Ref<NSObject>> Observation::moveTo(const std::vector<Ref<NSObject>>&
     if (object && same == place && place < objects.size() && objects[place] == object) {
       ++same;
     } else if (object) {
-      Observations::of(*object).remove(*this, place + 1);
+      ObjectObservers::of(*object).remove(*this, place + 1);
     }
     left.push_back(std::move(object));
   }
   objectsOnPath_.resize(same);
   for (std::size_t place = same; place < objects.size(); ++place) {
     NSObject& object = *objects[place];
-    Observations::of(object).add(object, keys_[place + 1],
-                                 makeRef<Registration>(Ref<Observation>(this), place + 1));
+    ObjectObservers::of(object).add(object, keys_[place + 1],
+                                    makeRef<KeyObserver>(Ref<Observation>(this), place + 1));
     objectsOnPath_.emplace_back(objects[place]);
   }
   return left;

@@ -1,17 +1,17 @@
-#include <ZEBPlatform/Runtime/ObservationsPrivate.h>
+#include <ZEBPlatform/Runtime/ObjectObserversPrivate.h>
 
 #include <algorithm>
 
 namespace zeb::detail {
 
 ObservedChange::ObservedChange(const NSObject& object, const StringKey& key)
-    : observers_(Observations::ifAny(object), key) {
+    : observers_(ObjectObservers::ifAny(object), key) {
   if (!observers_) return;
-  registrations_ = observers_->registrations();
+  entries_ = observers_->entries();
   retainObject(object);
   if (!observers_->looksBefore()) return;
-  for (const Ref<Registration>& registration : registrations_) {
-    if (isConcerned(registration)) prepare(*registration);
+  for (const Ref<KeyObserver>& entry : entries_) {
+    if (isConcerned(entry)) prepare(*entry);
   }
 }
 
@@ -23,74 +23,72 @@ void ObservedChange::retainObject(const NSObject& object) noexcept {
   object_ = Ref<NSObject>(const_cast<NSObject*>(&object));
 }
 
-bool ObservedChange::isConcerned(const Ref<Registration>& registration) const noexcept {
-  if (!registration->isActive) return false;
-  if (!registration->observation->isAlongPath()) return true;
+bool ObservedChange::isConcerned(const Ref<KeyObserver>& entry) const noexcept {
+  if (entry->isRemoved()) return false;
+  if (!entry->observation->isAlongPath()) return true;
   // A path that comes to this key of this object twice is told of once.
-  return std::none_of(registrations_.data(), &registration, [&](const Ref<Registration>& earlier) {
-    return earlier->observation == registration->observation && earlier->isActive;
+  return std::none_of(entries_.data(), &entry, [&](const Ref<KeyObserver>& earlier) {
+    return earlier->observation == entry->observation && !earlier->isRemoved();
   });
 }
 
-void ObservedChange::prepare(const Registration& registration) {
-  const Observation& observation = *registration.observation;
+void ObservedChange::prepare(const KeyObserver& entry) {
+  const Observation& observation = *entry.observation;
   if (observation.wants(NSKeyValueObservingOptionOld)) {
-    if (!registration.isLast()) {
-      oldValuesAlongPaths_.emplace_back(&registration,
-                                        observation.valueFrom(object_, registration.level));
+    if (!entry.isLast()) {
+      oldValuesAlongPaths_.emplace_back(&entry, observation.valueFrom(object_, entry.level));
     } else if (!oldValue_) {
       oldValue_ = observers_->valueIn(object_);
     }
   }
   if (observation.wants(NSKeyValueObservingOptionPrior)) {
-    tell(registration, KeyValueChange(oldValueFor(registration), nullptr, true));
+    tell(entry, KeyValueChange(oldValueFor(entry), nullptr, true));
   }
 }
 
-const Value* ObservedChange::oldValueFor(const Registration& registration) const noexcept {
-  if (!registration.observation->wants(NSKeyValueObservingOptionOld)) return nullptr;
-  if (registration.isLast()) return oldValue_ ? &*oldValue_ : nullptr;
+const Value* ObservedChange::oldValueFor(const KeyObserver& entry) const noexcept {
+  if (!entry.observation->wants(NSKeyValueObservingOptionOld)) return nullptr;
+  if (entry.isLast()) return oldValue_ ? &*oldValue_ : nullptr;
   for (const auto& [whose, value] : oldValuesAlongPaths_) {
-    if (whose == &registration) return &value;
+    if (whose == &entry) return &value;
   }
   return nullptr;
 }
 
-bool ObservedChange::tell(const Registration& registration, const KeyValueChange& change) const {
-  if (registration.level == 0) return registration.observation->tell(object_, change);
-  const Value first = registration.observation->object();
-  return first && registration.observation->tell(first, change);
+bool ObservedChange::tell(const KeyObserver& entry, const KeyValueChange& change) const {
+  if (entry.level == 0) return entry.observation->tell(object_, change);
+  const Value first = entry.observation->object();
+  return first && entry.observation->tell(first, change);
 }
 
-bool ObservedChange::tellAlongPath(const Registration& registration) const {
-  Observation& observation = *registration.observation;
+bool ObservedChange::tellAlongPath(const KeyObserver& entry) const {
+  Observation& observation = *entry.observation;
   observation.followPath();
   const bool wantsNew = observation.wants(NSKeyValueObservingOptionNew);
-  const Value value = wantsNew ? observation.valueFrom(object_, registration.level) : Value();
-  return tell(registration,
-              KeyValueChange(oldValueFor(registration), wantsNew ? &value : nullptr, false));
+  const Value value = wantsNew ? observation.valueFrom(object_, entry.level) : Value();
+  return tell(entry, KeyValueChange(oldValueFor(entry), wantsNew ? &value : nullptr, false));
 }
 
 void ObservedChange::tell() {
   std::optional<Value> newValue;
   std::optional<KeyValueChange> change;
   bool foundDead = false;
-  for (const Ref<Registration>& registration : registrations_) {
-    if (!isConcerned(registration)) continue;
+  for (const Ref<KeyObserver>& entry : entries_) {
+    if (!isConcerned(entry)) continue;
     bool isAlive;
-    if (registration->isLast()) {
-      const bool wantsNew = registration->observation->wants(NSKeyValueObservingOptionNew);
+    if (entry->isLast()) {
+      const bool wantsNew = entry->observation->wants(NSKeyValueObservingOptionNew);
       if (wantsNew && !newValue) newValue = observers_->valueIn(object_);
-      const Value* oldValue = observers_->looksBefore() ? oldValueFor(*registration) : nullptr;
+      const Value* oldValue = observers_->looksBefore() ? oldValueFor(*entry) : nullptr;
       const Value* value = wantsNew ? &*newValue : nullptr;
       if (!change || !change->holds(oldValue, value)) change.emplace(oldValue, value, false);
-      isAlive = tell(*registration, *change);
+      isAlive = tell(*entry, *change);
     } else {
-      isAlive = tellAlongPath(*registration);
+      isAlive = tellAlongPath(*entry);
     }
     if (!isAlive) foundDead = true;
   }
-  if (foundDead) Observations::ifAny(*object_.objectPointer())->removeDead();
+  if (foundDead) ObjectObservers::ifAny(*object_.objectPointer())->removeDead();
 }
 
 }  // namespace zeb::detail

@@ -18,23 +18,23 @@ class KeyValueChange;
 
 namespace zeb::detail {
 
-class Observations;
+class ObjectObservers;
 class KeyObservers;
-struct Registration;
+struct KeyObserver;
 
 using KeyObserversList = std::vector<Ref<KeyObservers>>;
 
 /// Whether anybody observes, or did.
 inline bool isObserved(const NSObject& object) noexcept {
   const ObjectExtras* extras = ObjectExtras::ifAny(object);
-  return extras && extras->observations();
+  return extras && extras->observers();
 }
 
 /// Who observes a key of an object now: stays readable while this lives, whoever is added or removed
 /// meanwhile.
 class PinnedObservers {
  public:
-  PinnedObservers(Observations* observations, const StringKey& key) noexcept;
+  PinnedObservers(ObjectObservers* observers, const StringKey& key) noexcept;
   ~PinnedObservers();
   PinnedObservers(const PinnedObservers&) = delete;
   PinnedObservers& operator=(const PinnedObservers&) = delete;
@@ -68,20 +68,20 @@ class ObservedChange {
   void retainObject(const NSObject& object) noexcept;
 
  private:
-  bool isConcerned(const Ref<Registration>& registration) const noexcept;
-  void prepare(const Registration& registration);
-  const Value* oldValueFor(const Registration& registration) const noexcept;
+  bool isConcerned(const Ref<KeyObserver>& entry) const noexcept;
+  void prepare(const KeyObserver& entry);
+  const Value* oldValueFor(const KeyObserver& entry) const noexcept;
   /// False when the observer is dead.
-  bool tell(const Registration& registration, const KeyValueChange& change) const;
-  bool tellAlongPath(const Registration& registration) const;
+  bool tell(const KeyObserver& entry, const KeyValueChange& change) const;
+  bool tellAlongPath(const KeyObserver& entry) const;
 
   Value object_;
   PinnedObservers observers_;  ///< let go before the object
   /// Those who are there when the change begins.
-  std::span<const Ref<Registration>> registrations_;
+  std::span<const Ref<KeyObserver>> entries_;
   std::optional<Value> oldValue_;
-  /// Of registrations whose path goes on from here.
-  std::vector<std::pair<const Registration*, Value>> oldValuesAlongPaths_;
+  /// For entries whose path continues from here.
+  std::vector<std::pair<const KeyObserver*, Value>> oldValuesAlongPaths_;
 };
 
 }  // namespace zeb::detail

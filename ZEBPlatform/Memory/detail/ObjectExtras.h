@@ -32,9 +32,9 @@ class ObjectExtras {
   Ref<NSObject> takeAssociated(const void* key, bool (*isWanted)(const NSObject& associated));
 
   /// Who observes the object's properties: one more associated object, found without a lock.
-  NSObject* observations() const noexcept { return observations_.load(std::memory_order_acquire); }
+  NSObject* observers() const noexcept { return observers_.load(std::memory_order_acquire); }
   /// Sets it if there is none yet; answers the one that is there now.
-  NSObject& setObservationsOnce(Ref<NSObject> fresh) noexcept;
+  NSObject& setObserversOnce(Ref<NSObject> fresh) noexcept;
 
   /// Called when no strong reference is left: from here on `lock()` answers nil.
   void objectIsDying() noexcept;
@@ -46,7 +46,7 @@ class ObjectExtras {
   ~ObjectExtras() = default;
 
   std::atomic<std::uint32_t> count_{1};
-  std::atomic<NSObject*> observations_{nullptr};
+  std::atomic<NSObject*> observers_{nullptr};
   Lock lock_;
   std::atomic<const NSObject*> object_;  ///< changed with the lock held
   std::vector<std::pair<const void*, Ref<NSObject>>> associations_ ZEB_GUARDED_BY(lock_);
