@@ -5,8 +5,6 @@
 #include <ZEBPlatform/Runtime/Class.h>
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
 
-#include <vector>
-
 namespace zeb {
 
 namespace detail {
@@ -52,42 +50,13 @@ void ObserverCore::releaseSource(Ref<ObserverCore> sourceObserver) noexcept {
   waiting = nullptr;
 }
 
-/// Deliveries that are on their way share the set; whoever changes it meanwhile copies it. Members are found by
-/// their position, which is the same in a copy.
-class ObservableCore::ObserverSet final : public NSObject {
+class ObservableCore::Entry final : public ObserverEntry {
  public:
-  /// This set, or a copy of it if somebody else can see it.
-  static Ref<ObserverSet> forChange(const Ref<ObserverSet>& set) {
-    if (set->isUniquelyReferenced()) return set;
-    auto copy = makeRef<ObserverSet>();
-    copy->members_ = set->members_;
-    return copy;
-  }
+  Entry(const Ref<ObserverCore>& itsObserver, QueueEntry& itsQueue)
+      : observer(itsObserver), queue(itsQueue) {}
 
-  /// Answers the position.
-  std::size_t insert(const Ref<ObserverCore>& observer) {
-    members_.push_back({observer->hashValue(), observer});
-    return members_.size() - 1;
-  }
-  /// The last member moves to the position; answers its hash value.
-  std::intptr_t erase(std::size_t position) {
-    const std::intptr_t moved = members_.back().hashValue;
-    members_[position] = std::move(members_.back());
-    members_.pop_back();
-    return moved;
-  }
-  void deliver(const Ref<NSObject>& boxedValue) const {
-    for (const Member& member : members_) {
-      if (const Ref<ObserverCore> observer = member.observer.lock()) observer->receive(boxedValue);
-    }
-  }
-
- private:
-  struct Member {
-    std::intptr_t hashValue;
-    WeakRef<ObserverCore> observer;
-  };
-  std::vector<Member> members_;
+  const WeakRef<ObserverCore> observer;
+  QueueEntry& queue;
 };
 
 // Observables. -------------------------------------------------------------------------------------
@@ -112,9 +81,15 @@ void ObservableCore::pushBoxed(Ref<NSObject> boxedValue) {
 
 void ObservableCore::setValue(Ref<NSObject> boxedValue) {
   value_ = std::move(boxedValue);
-  for (const auto& [key, entry] : observersMap_) {
-    dispatch_async(entry.queue->queue(),
-                   [observers = entry.observers, value = value_] { observers->deliver(value); });
+  for (auto& [key, entry] : observersMap_) {
+    // The value goes to exactly those that are registered now, so gaps are closed and later removals do
+    // not count. Entries own nothing of a user.
+    (void)entry.observers.closeGaps();
+    dispatch_async(entry.queue->queue(), [observers = entry.observers.snapshot(), value = value_] {
+      for (const Ref<Entry>& each : observers) {
+        if (const Ref<ObserverCore> observer = each->observer.lock()) observer->receive(value);
+      }
+    });
   }
 }
 
@@ -127,11 +102,12 @@ void ObservableCore::registerObserver(Ref<ObserverCore> observer, const Ref<Obse
 }
 
 void ObservableCore::insert(const Ref<ObserverCore>& observer, const Ref<ObserverQueue>& queue) {
-  QueueEntry& entry = observersMap_[queue.get()];
-  if (!entry.queue) entry = {queue, makeRef<ObserverSet>()};
-  entry.observers = ObserverSet::forChange(entry.observers);
-  const std::size_t position = entry.observers->insert(observer);
-  allObservers_.try_emplace(observer->hashValue(), WeakObserverWrapper{observer, queue, position});
+  QueueEntry& queueEntry = observersMap_[queue.get()];
+  queueEntry.queue = queue;
+  const auto entry = makeRef<Entry>(observer, queueEntry);
+  allObservers_.reserve(observer.get());
+  (void)queueEntry.observers.add(entry);
+  allObservers_.add(observer.get(), *entry);
   if (!value_) return;
   // Holds the observer, so that it gets the current value even if its owner drops it meanwhile.
   dispatch_async(queue->queue(), [observer, value = value_] { observer->receive(value); });
@@ -145,15 +121,11 @@ void ObservableCore::unregisterObserver(std::intptr_t observerHashValue) {
 }
 
 void ObservableCore::erase(std::intptr_t observerHashValue) {
-  const auto found = allObservers_.find(observerHashValue);
-  if (found == allObservers_.end()) return;
-  const WeakObserverWrapper removed = std::move(found->second);
-  allObservers_.erase(found);
-  if (const Ref<ObserverCore> observer = removed.observer.lock()) observer->observable_ = nullptr;
-  QueueEntry& entry = observersMap_.at(removed.observerQueue.get());
-  entry.observers = ObserverSet::forChange(entry.observers);
-  const std::intptr_t moved = entry.observers->erase(removed.position);
-  if (moved != observerHashValue) allObservers_.at(moved).position = removed.position;
+  Entry* entry = allObservers_.newestOf(reinterpret_cast<const ObserverCore*>(observerHashValue));
+  if (!entry) return;
+  if (const Ref<ObserverCore> observer = entry->observer.lock()) observer->observable_ = nullptr;
+  allObservers_.remove(*entry);
+  (void)entry->queue.observers.remove(*entry);
 }
 
 // The bridge. --------------------------------------------------------------------------------------

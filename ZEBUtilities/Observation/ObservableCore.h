@@ -4,8 +4,8 @@
 #include <Observation/ObserverQueue.h>
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/Memory/detail/ObserverIndex.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <typeinfo>
@@ -70,31 +70,24 @@ class ObservableCore : public AnyObjectiveCThrowingObservable {
 
  private:
   friend class ObserverCore;
-  class ObserverSet;
-
-  /// The observers that are called on one queue; kept for good, even when there are none left.
+  class Entry;
+  /// The observers that are called on one queue; kept for good, even if no observer is left.
   struct QueueEntry {
     Ref<ObserverQueue> queue;
-    Ref<ObserverSet> observers;
-  };
-  /// Found by the observer's address, also when the observer has gone.
-  struct WeakObserverWrapper {
-    WeakRef<ObserverCore> observer;
-    Ref<ObserverQueue> observerQueue;
-    std::size_t position;  ///< in the set of this queue
+    ObserverList<Entry> observers;
   };
 
-  // On the observable's queue.
+  // To be called on the observable's queue.
   void setValue(Ref<NSObject> boxedValue);
   void insert(const Ref<ObserverCore>& observer, const Ref<ObserverQueue>& queue);
   void erase(std::intptr_t observerHashValue);
 
   const dispatch_queue_t observableQueue_;
   const Block<void(std::intptr_t)> deinitEvent_;
-  // On that queue only:
+  // To be used on that queue only.
   Ref<NSObject> value_;
   std::unordered_map<const ObserverQueue*, QueueEntry> observersMap_;
-  std::unordered_map<std::intptr_t, WeakObserverWrapper> allObservers_;
+  ObserverIndex<Entry> allObservers_;  ///< by the observer's address, also if it has died
 };
 
 }  // namespace zeb::detail

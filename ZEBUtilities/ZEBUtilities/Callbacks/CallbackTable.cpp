@@ -1,93 +1,92 @@
 #include <ZEBUtilities/Callbacks/CallbackTablePrivate.h>
 
+#include <iterator>
 #include <utility>
 
 namespace zeb::detail {
 
+struct CallbackTable::Entry final : ObserverEntry {
+  explicit Entry(const WeakRef<NSObject>& itsObserver) : observer(itsObserver) {}
+  bool isDead() const noexcept { return !observer.isAlive(); }
+
+  const WeakRef<NSObject> observer;
+  std::vector<ZEBCallbackDispatcher::CallbackBlock> blocks;
+};
+
 struct CallbackTable::Garbage final : NSObject {
-  std::vector<Entry> entries;
+  std::vector<ZEBCallbackDispatcher::CallbackBlock> blocks;
   List list;
 };
 
-void CallbackTable::moveOut(Entries::iterator entry, Ref<Garbage>& garbage) {
+void CallbackTable::remove(Entry& entry, Ref<Garbage>& garbage) {
   if (!garbage) garbage = makeRef<Garbage>();
-  entryOf_.erase(entry->second.address);
-  garbage->entries.push_back(std::move(entry->second));
-  entries_.erase(entry);
+  std::ranges::move(entry.blocks, std::back_inserter(garbage->blocks));
+  entry.blocks.clear();
+  index_.remove(entry);
+  (void)entries_.remove(entry);  // without blocks, entries own nothing of a user
   if (List list = list_.clear()) garbage->list = std::move(list);
 }
 
-void CallbackTable::moveOutDead(Ref<Garbage>& garbage) {
-  for (auto entry = entries_.begin(); entry != entries_.end();) {
-    const auto candidate = entry++;
-    if (!candidate->second.observer.isAlive()) moveOut(candidate, garbage);
-  }
+void CallbackTable::removeDead(Ref<Garbage>& garbage) {
+  for (Entry* dead : index_.deadEntries()) remove(*dead, garbage);
 }
 
-Ref<NSObject> CallbackTable::add(const NSObject* address, const WeakRef<NSObject>& observer,
+Ref<NSObject> CallbackTable::add(const void* owner, const WeakRef<NSObject>& observer,
                                  ZEBCallbackDispatcher::CallbackBlock block) {
   Ref<Garbage> garbage;
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   if (isClosed_ || !observer.isAlive()) {
     garbage = makeRef<Garbage>();
-    garbage->entries.push_back({address, observer, {std::move(block)}});
+    garbage->blocks.push_back(std::move(block));
     return garbage;
   }
-  auto found = entryOf_.find(address);
-  // Another observer, long dead, may have had this one's address.
-  if (found != entryOf_.end() && !found->second->second.observer.isAlive()) {
-    moveOut(found->second, garbage);
-    found = entryOf_.end();
+  Entry* entry = index_.newestOf(owner);
+  if (!entry) {
+    if (index_.isRemovalDue()) removeDead(garbage);
+    auto added = makeRef<Entry>(observer);
+    entry = added.get();
+    index_.reserve(owner);
+    (void)entries_.add(std::move(added));
+    index_.add(owner, *entry);
   }
-  if (found == entryOf_.end()) {
-    if (entries_.size() >= sizeToCheck_) {
-      moveOutDead(garbage);
-      sizeToCheck_ = 2 * entries_.size() + 16;
-    }
-    const auto entry = entries_.emplace(nextAge_++, Entry{address, observer, {}}).first;
-    found = entryOf_.emplace(address, entry).first;
-  }
-  found->second->second.blocks.push_back(std::move(block));
-  (void)list_.clear();  // its blocks are in the entries, so that none dies here
+  entry->blocks.push_back(std::move(block));
+  (void)list_.clear();  // its blocks are in the entries too, so no block dies here
   return garbage;
 }
 
-Ref<NSObject> CallbackTable::remove(const NSObject* address) {
+Ref<NSObject> CallbackTable::remove(const void* owner) {
   Ref<Garbage> garbage;
-  std::lock_guard guard(mutex_);
-  const auto found = entryOf_.find(address);
-  if (found == entryOf_.end()) return nullptr;
-  moveOut(found->second, garbage);
+  const LockGuard guard(lock_);
+  if (Entry* entry = index_.newestOf(owner)) remove(*entry, garbage);
   return garbage;
 }
 
 Ref<NSObject> CallbackTable::removeDead() {
   Ref<Garbage> garbage;
-  std::lock_guard guard(mutex_);
-  moveOutDead(garbage);
+  const LockGuard guard(lock_);
+  removeDead(garbage);
   return garbage;
 }
 
 CallbackTable::List CallbackTable::list() {
   if (List list = list_.pin()) return list;
-  std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   if (List list = list_.pin()) return list;
   CallbackList callbacks;
-  for (const auto& [age, entry] : entries_) {
-    for (const auto& block : entry.blocks) callbacks.push_back({entry.observer, block});
+  for (const Ref<Entry>& entry : entries_.snapshot()) {
+    for (const auto& block : entry->blocks) callbacks.push_back({entry->observer, block});
   }
   (void)list_.replace(std::move(callbacks));
   return list_.pin();
 }
 
 void CallbackTable::close() {
-  Entries entries;
-  List list;
-  std::lock_guard guard(mutex_);
+  Ref<Garbage> garbage;
+  const LockGuard guard(lock_);
   isClosed_ = true;
-  entries.swap(entries_);
-  entryOf_.clear();
-  list = list_.clear();
+  for (const Ref<Entry>& entry : entries_.snapshot()) {
+    if (!entry->isRemoved()) remove(*entry, garbage);
+  }
 }
 
 }  // namespace zeb::detail

@@ -1,4 +1,6 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
+#include <ZEBPlatform/Memory/detail/ObjectExtras.h>
 #include <ZEBPlatform/Runtime/BlockConversion.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBPlatform/Runtime/Send.h>
@@ -15,14 +17,13 @@ namespace zeb {
 namespace {
 
 const dispatch_queue_t& accessQueue() {
-  // Never destroyed: dispatchers are used until the end of the process.
-  static const auto& queue = *new dispatch_queue_t(
+  static const detail::NeverDestroyed<dispatch_queue_t> queue(
       dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".ZEBCallbackDispatcher",
                             DispatchQueueKind::concurrent));
-  return queue;
+  return *queue;
 }
 
-/// Makes the change of the table when its turn comes, and has what it leaves over released outside the access
+/// Makes the change of the table when its turn comes, and has its garbage released outside the access
 /// queue.
 template <class Change>
 void submit(const Ref<detail::CallbackTable>& table, Change change) {
@@ -45,10 +46,11 @@ ZEBCallbackDispatcher::~ZEBCallbackDispatcher() { observerToBlocksTable_->close(
 
 void ZEBCallbackDispatcher::addObserver(const Ref<NSObject>& observer, CallbackBlock block) {
   if (!observer || !block) return;
-  submit(observerToBlocksTable_, [address = observer.get(), weak = WeakRef<NSObject>(observer),
-                                  block = std::move(block)](detail::CallbackTable& table) mutable {
-    return table.add(address, weak, std::move(block));
-  });
+  submit(observerToBlocksTable_,
+         [owner = &detail::ObjectExtras::of(*observer), weak = WeakRef<NSObject>(observer),
+          block = std::move(block)](detail::CallbackTable& table) mutable {
+           return table.add(owner, weak, std::move(block));
+         });
 }
 
 void ZEBCallbackDispatcher::addObserver(const Ref<NSObject>& observer, SEL selector) {
@@ -62,16 +64,18 @@ void ZEBCallbackDispatcher::addObserver(const Ref<NSObject>& observer, SEL selec
 
 void ZEBCallbackDispatcher::removeObserver(const Ref<NSObject>& observer) {
   if (!observer) return;
-  submit(observerToBlocksTable_, [address = observer.get()](detail::CallbackTable& table) {
-    return table.remove(address);
-  });
+  const void* owner = detail::ObjectExtras::ifAny(*observer);
+  if (!owner) return;
+  submit(observerToBlocksTable_,
+         [owner](detail::CallbackTable& table) { return table.remove(owner); });
 }
 
 // The user info is a copy of the caller's, which blocks may change or destroy.
 void ZEBCallbackDispatcher::fireWithUserInfo(Value userInfo) {
   detail::CallbackTable::List list = observerToBlocksTable_->listWithoutWaiting();
   if (!list) dispatch_sync(accessQueue(), [&] { list = observerToBlocksTable_->list(); });
-  // Who has died by now is left out; who dies from here on is called, as the blocks count as collected.
+  // The blocks of observers that have died by now are left out. Those of observers that die from here on
+  // are called, because they count as collected.
   bool areAllAlive = true;
   for (const detail::Callback& callback : *list) areAllAlive &= callback.observer.isAlive();
   if (areAllAlive) {

@@ -1,6 +1,8 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
+#include <ZEBPlatform/Memory/detail/ObserverIndex.h>
 #include <ZEBPlatform/Runtime/BlockConversion.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
@@ -11,18 +13,24 @@ namespace zeb {
 
 namespace {
 
-/// Never destroyed: blocks may be timed while the process ends.
+struct Entry final : detail::ObserverEntry {
+  explicit Entry(ZEBRecordingStopwatch& itsStopwatch) : stopwatch(&itsStopwatch) {}
+  bool isDead() const noexcept { return !stopwatch.isAlive(); }
+  const WeakRef<ZEBRecordingStopwatch> stopwatch;
+};
+
 struct Recording {
   const dispatch_queue_t queue =
       dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".ZEBRecordingStopwatch",
                             DispatchQueueKind::serial, QOS_CLASS_BACKGROUND);
-  // On the queue only:
-  std::vector<WeakRef<ZEBRecordingStopwatch>> registry;
-  std::size_t sizeToSweep = 16;  ///< when there are so many entries, dead ones are looked for
+  // To be used on the queue only. Entries own nothing of a user and may be released there.
+  detail::ObserverList<Entry> registry;
+  detail::ObserverIndex<Entry> index;
 };
 
 Recording& recording() {
-  static auto* recording = new Recording;
+  // Blocks may be timed while the process ends.
+  static detail::NeverDestroyed<Recording> recording;
   return *recording;
 }
 
@@ -42,13 +50,16 @@ ZEBRecordingStopwatch::ZEBRecordingStopwatch(const NSString& name, double shorte
       tooSlowMinimumCount_(tooSlowMinimumCount) {
   Recording& all = recording();
   dispatch_sync(all.queue, [&] {
-    // As many additions lie between two sweeps as the first one left over, so that each addition pays for a
-    // constant number of looks.
-    if (all.registry.size() >= all.sizeToSweep) {
-      std::erase_if(all.registry, [](const auto& stopwatch) { return !stopwatch.isAlive(); });
-      all.sizeToSweep = 2 * all.registry.size() + 16;
+    if (all.index.isRemovalDue()) {
+      for (Entry* dead : all.index.deadEntries()) {
+        all.index.remove(*dead);
+        (void)all.registry.remove(*dead);
+      }
     }
-    all.registry.emplace_back(this);
+    const auto entry = makeRef<Entry>(*this);
+    all.index.reserve(entry.get());
+    (void)all.registry.add(entry);
+    all.index.add(entry.get(), *entry);
   });
 }
 
@@ -88,7 +99,9 @@ double ZEBRecordingStopwatch::average() const { return sums().average(); }
 std::vector<Ref<ZEBRecordingStopwatch>> ZEBRecordingStopwatch::recordingStopwatches() {
   std::vector<Ref<ZEBRecordingStopwatch>> alive;
   dispatch_sync(recording().queue, [&] {
-    for (const auto& stopwatch : recording().registry) alive.push_back(stopwatch.lock());
+    for (const Ref<Entry>& entry : recording().registry.snapshot()) {
+      alive.push_back(entry->stopwatch.lock());
+    }
   });
   std::erase(alive, nullptr);
   return alive;
