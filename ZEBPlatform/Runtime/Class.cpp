@@ -1,10 +1,10 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Runtime/ClassRegistryPrivate.h>
 #include <ZEBPlatform/Runtime/FoundationClassesPrivate.h>
 #include <ZEBPlatform/Runtime/MethodBody.h>
 
 #include <deque>
-#include <mutex>
 
 /// Null where nothing on top of this library has classes; see Runtime/Registration.h.
 extern "C" [[gnu::weak]] void zebRegisterClassesByName();
@@ -13,10 +13,10 @@ namespace zeb {
 
 namespace {
 
-/// Implementations stay for good.
-const IMP* kept(const IMP& implementation) {
-  static auto& all = *new std::deque<IMP>;
-  return &all.emplace_back(implementation);
+/// Keeps the implementation for good.
+const IMP* kept(const IMP& implementation) ZEB_REQUIRES(detail::classChanges) {
+  static detail::NeverDestroyed<std::deque<IMP>> all;
+  return &all->emplace_back(implementation);
 }
 
 std::size_t hashOfName(std::string_view name) {
@@ -38,9 +38,8 @@ struct Registry {
 };
 
 Registry& registry() {
-  static Registry& all =
-      *new Registry;  // never destroyed: objects need their classes until the end
-  return all;
+  static detail::NeverDestroyed<Registry> all;  // objects need their classes until the end
+  return *all;
 }
 
 void registerClassesOnTop() {
@@ -66,13 +65,8 @@ void requireFitting(SEL selector, const MethodBody& body) {
 
 namespace detail {
 
-std::mutex& classChanges() {
-  static std::mutex& mutex = *new std::mutex;
-  return mutex;
-}
-
 Class* createClass(std::string_view name, Class* superclass) {
-  std::lock_guard guard(classChanges());
+  const LockGuard guard(classChanges);
   if (registry().find(name)) {
     raiseInvalidArgument(
         NSString::stringWithFormat("there is a class %s already", std::string(name)));
@@ -171,7 +165,7 @@ Method class_getClassMethod(const Class* cls, SEL selector) noexcept {
 bool class_addMethod(Class* cls, SEL selector, const MethodBody& body) {
   requireFitting(selector, body);
   if (!cls) return false;
-  std::lock_guard guard(detail::classChanges());
+  const detail::LockGuard guard(detail::classChanges);
   if (cls->findOwnMethod(selector)) return false;
   cls->addOwnMethod(selector, body);
   return true;
@@ -180,7 +174,7 @@ bool class_addMethod(Class* cls, SEL selector, const MethodBody& body) {
 IMP class_replaceMethod(Class* cls, SEL selector, const MethodBody& body) {
   requireFitting(selector, body);
   if (!cls) return nullptr;
-  std::lock_guard guard(detail::classChanges());
+  const detail::LockGuard guard(detail::classChanges);
   if (Method own = cls->findOwnMethod(selector)) {
     return *own->implementation.exchange(kept(body.implementation()));
   }
@@ -190,7 +184,7 @@ IMP class_replaceMethod(Class* cls, SEL selector, const MethodBody& body) {
 
 void method_exchangeImplementations(Method first, Method second) noexcept {
   if (!first || !second) return;
-  std::lock_guard guard(detail::classChanges());
+  const detail::LockGuard guard(detail::classChanges);
   first->implementation = second->implementation.exchange(first->implementation);
 }
 

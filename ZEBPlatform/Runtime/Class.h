@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/NullableText.h>
 #include <ZEBPlatform/Foundation/Value.h>
@@ -23,6 +24,9 @@ class MethodBody;
 using IMP = Block<Value(const Value& self, SEL selector, std::span<const Value> arguments)>;
 
 namespace detail {
+
+/// Held while a class is made or changed.
+inline constinit Lock classChanges;
 
 /// A property as key-value coding and observing see it.
 struct PropertyRecord {
@@ -84,9 +88,9 @@ class Class final : public NSObject {
 
   Method findOwnMethod(SEL selector) const noexcept;
   const detail::PropertyRecord* findOwnProperty(const StringKey& key) const noexcept;
-  // Additions take turns, by the caller's lock.
-  Method addOwnMethod(SEL selector, const MethodBody& body);
-  const detail::PropertyRecord& addOwnProperty(std::unique_ptr<detail::PropertyRecord> property);
+  Method addOwnMethod(SEL selector, const MethodBody& body) ZEB_REQUIRES(detail::classChanges);
+  const detail::PropertyRecord& addOwnProperty(std::unique_ptr<detail::PropertyRecord> property)
+      ZEB_REQUIRES(detail::classChanges);
 
  private:
   enum MetaclassOf { metaclassOf };

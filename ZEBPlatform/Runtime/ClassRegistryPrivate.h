@@ -3,7 +3,6 @@
 #include <ZEBPlatform/Runtime/Class.h>
 
 #include <initializer_list>
-#include <mutex>
 #include <string_view>
 
 namespace zeb {
@@ -12,10 +11,7 @@ struct ClassMember;
 
 namespace zeb::detail {
 
-/// Held while a class is made or changed.
-std::mutex& classChanges();
-
-/// A class without methods. Throws NSException (NSInvalidArgumentException) when the name is taken.
-Class* createClass(std::string_view name, Class* superclass);
+/// A class without methods. Throws NSException (NSInvalidArgumentException) if the name is taken.
+Class* createClass(std::string_view name, Class* superclass) ZEB_EXCLUDES(classChanges);
 
 }  // namespace zeb::detail

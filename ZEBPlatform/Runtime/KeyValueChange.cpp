@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Runtime/KeyValueChange.h>
 
@@ -24,14 +25,14 @@ const NSDictionary& KeyValueChange::dictionary() const {
     const Value old{NSKeyValueChangeOldKey};
     const Value isPrior{NSKeyValueChangeNotificationIsPriorKey};
   };
-  static const Keys& keys = *new Keys;  // never destroyed: properties change until the very end
+  static const detail::NeverDestroyed<Keys> keys;  // properties change until the process ends
 
   DictionaryEntry entries[4];
   std::size_t count = 0;
-  entries[count++] = {keys.kind, std::uint64_t{kind()}};
-  if (newValue_) entries[count++] = {keys.fresh, orNull(*newValue_)};
-  if (oldValue_) entries[count++] = {keys.old, orNull(*oldValue_)};
-  if (isPrior_) entries[count++] = {keys.isPrior, true};
+  entries[count++] = {keys->kind, std::uint64_t{kind()}};
+  if (newValue_) entries[count++] = {keys->fresh, orNull(*newValue_)};
+  if (oldValue_) entries[count++] = {keys->old, orNull(*oldValue_)};
+  if (isPrior_) entries[count++] = {keys->isPrior, true};
   return dictionary_ = NSDictionary::dictionaryWithEntries(std::span(entries, count));
 }
 

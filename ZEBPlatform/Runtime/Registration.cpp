@@ -26,7 +26,7 @@ void addProperty(Class& cls, const ClassMember& member) {
   class_replaceMethod(&cls, getter, member.body);
   if (setter) class_replaceMethod(&cls, setter, *member.setter);
 
-  std::lock_guard guard(detail::classChanges());
+  const detail::LockGuard guard(detail::classChanges);
   const bool isAutomatic = member.notification == KeyValueNotification::automatic;
   const NSString kept = member.name.detachedCopy();
   const detail::PropertyRecord& property =

@@ -1,10 +1,11 @@
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/detail/StringHash.h>
 #include <ZEBPlatform/Runtime/SEL.h>
 #include <ZEBPlatform/Runtime/detail/GrowingIndex.h>
 
 #include <algorithm>
 #include <memory>
-#include <mutex>
 
 namespace zeb {
 
@@ -12,7 +13,7 @@ namespace {
 
 struct Names {
   detail::GrowingIndex<detail::SelectorRecord> index;
-  std::mutex additions;
+  detail::Lock additions;  ///< held while a record is added to the index
 
   const detail::SelectorRecord* find(std::string_view name, std::size_t hash) const noexcept {
     return index.find(hash, [&](const auto& record) { return record.name == name; });
@@ -20,8 +21,8 @@ struct Names {
 };
 
 Names& names() {
-  static Names& all = *new Names;  // never destroyed: selectors are used until the very end
-  return all;
+  static detail::NeverDestroyed<Names> all;  // selectors are used until the process ends
+  return *all;
 }
 
 std::size_t hashOfName(std::string_view name) noexcept {
@@ -37,7 +38,7 @@ SEL detail::findSelector(NullableText name) noexcept {
 SEL sel_registerName(NullableText name) {
   const std::size_t hash = hashOfName(name);
   if (const auto* known = names().find(name, hash)) return SEL(known);
-  std::lock_guard guard(names().additions);
+  const detail::LockGuard guard(names().additions);
   if (const auto* known = names().find(name, hash)) return SEL(known);
   const auto arguments = static_cast<std::size_t>(std::count(name.begin(), name.end(), ':'));
   return SEL(&names().index.add(std::make_unique<detail::SelectorRecord>(

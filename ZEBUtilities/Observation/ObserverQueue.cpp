@@ -1,5 +1,6 @@
 #include <Observation/ObjectiveCObserverQueue.h>
 #include <Observation/ObserverQueue.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 
 #include <utility>
@@ -11,9 +12,9 @@ ObserverQueue::ObserverQueue(dispatch_queue_t dispatchQueue) : queue_(std::move(
 }
 
 const Ref<ObserverQueue>& ObserverQueue::mainQueue() {
-  // Never destroyed: observers may be made while the process ends.
-  static const auto* queue =
-      new Ref<ObserverQueue>(makeRef<ObserverQueue>(dispatch_get_main_queue()));
+  // Observers may be made while the process ends.
+  static const detail::NeverDestroyed<Ref<ObserverQueue>> queue(
+      makeRef<ObserverQueue>(dispatch_get_main_queue()));
   return *queue;
 }
 

@@ -7,7 +7,7 @@
 
 namespace zeb::detail {
 
-/// A block that one thread may release while another one is about to call it.
+/// A block that one thread may release while another thread is about to call it.
 template <class Signature>
 class ItemBlock {
  public:
