@@ -2,6 +2,7 @@
 #include <ZEBPlatform/Bundle/PropertyListReadersPrivate.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 
+#include <string>
 #include <utility>
 
 namespace zeb {
@@ -14,7 +15,8 @@ Value NSPropertyListSerialization::propertyListWithData(const NSData& data, std:
   const bool isBinary = document.starts_with("bplist00");
   detail::PropertyListReading reading;
   if (document.size() > NSPropertyListMaximumSize) {
-    reading.fault = "it is larger than 16 MiB";
+    static_assert(NSPropertyListMaximumSize % (1 << 20) == 0);
+    reading.fault = "it is larger than " + std::to_string(NSPropertyListMaximumSize >> 20) + " MiB";
   } else if (isBinary) {
     reading = detail::readBinaryPropertyList(document, keepsMutable);
   } else {

@@ -2,6 +2,7 @@
 #include <ZEBPlatform/Bundle/PropertyListBuilderPrivate.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/detail/StaticText.h>
 #include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 
 #include <utility>
@@ -17,7 +18,9 @@ void PropertyListBuilder::openDictionary() { open(NSMutableDictionary()); }
 
 void PropertyListBuilder::open(Value collection) {
   if (open_.size() == NSPropertyListMaximumDepth) {
-    return fail("it is nested more than 512 levels deep, or in a circle");
+    static constexpr auto fault = numberedText<NSPropertyListMaximumDepth>(
+        "it is nested more than ", " levels deep, or in a circle");
+    return fail(fault.c_str());
   }
   if (admitsValue()) open_.push_back({std::move(collection), nullptr});
 }

@@ -6,6 +6,7 @@
 #include <ZEBPlatform/Json/JsonNumberPrivate.h>
 #include <ZEBPlatform/Json/JsonScratchPrivate.h>
 #include <ZEBPlatform/Json/detail/ByteBlock.h>
+#include <ZEBPlatform/Json/detail/JsonLimits.h>
 #include <ZEBPlatform/Json/detail/JsonReader.h>
 
 #include <algorithm>
@@ -120,7 +121,7 @@ class TreeReader {
       Words* base;  ///< its first value
       bool isDictionary;
     };
-    std::array<Level, deepestJsonNesting> levels;
+    std::array<Level, maxJsonNesting> levels;
     std::size_t depth = 0;
 
     for (;;) {
@@ -135,7 +136,7 @@ class TreeReader {
         case '{':
         case '[': {
           const bool isDictionary = text[at] == '{';
-          if (depth == deepestJsonNesting) return fail("Nested more than 512 levels deep", at);
+          if (depth == maxJsonNesting) return fail(jsonNestingFault.c_str(), at);
           levels[depth++] = {top, isDictionary};
           if (next != end && text[*next] == (isDictionary ? '}' : ']')) break;  // closed below
           if (isDictionary && !readKey(next, end, top)) return false;

@@ -4,7 +4,7 @@
 #include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 #include <ZEBPlatform/Json/JsonTextWriter.h>
 #include <ZEBPlatform/Json/NSJSONSerialization.h>
-#include <ZEBPlatform/Json/detail/JsonReader.h>
+#include <ZEBPlatform/Json/detail/JsonLimits.h>
 #include <ZEBPlatform/Json/detail/JsonWriter.h>
 
 #include <algorithm>
@@ -29,7 +29,7 @@ class DocumentWriter {
 
   bool enter(const Value& collection, std::size_t depth) {
     if (collection.isSet()) raiseUnwritable(collection);
-    if (depth >= deepestJsonNesting) throw nestingError();
+    if (depth >= maxJsonNesting) throw nestingError();
     text_.put(collection.isArray() ? '[' : '{');
     indentation_ = depth + 1;
     return true;
@@ -89,7 +89,7 @@ class DocumentWriter {
 /// refused anyway, in any order.
 struct SortedKeysRules : TreeRules {
   static bool keeps(const Value&, std::size_t depth) {
-    if (depth >= deepestJsonNesting) throw nestingError();
+    if (depth >= maxJsonNesting) throw nestingError();
     return true;
   }
   static Value finished(Value collection) {
@@ -107,8 +107,9 @@ struct SortedKeysRules : TreeRules {
 }  // namespace
 
 NSError nestingError() {
+  static constexpr auto description = joinedText(jsonNestingFault.characters, ".");
   return NSError(NSCocoaErrorDomain, NSPropertyListWriteInvalidError,
-                 {{NSLocalizedDescriptionKey, "Nested more than 512 levels deep."}});
+                 {{NSLocalizedDescriptionKey, description.c_str()}});
 }
 
 NSData writeJson(const Value& root, std::uint64_t options) {

@@ -7,9 +7,6 @@
 
 namespace zeb::detail {
 
-/// Containers may be nested this deep, in reading and in writing.
-inline constexpr std::size_t deepestJsonNesting = 512;
-
 struct JsonReading {
   Value value;  ///< nil when there was a fault
   JsonFault fault;

@@ -4,11 +4,6 @@
 
 namespace zeb::detail {
 
-const ArchiveNames& ArchiveNames::shared() {
-  static const auto* names = new ArchiveNames;
-  return *names;
-}
-
 const NSString& FieldKeys::stored(const StringKey& key) {
   Remembered& place = remembered_[key.hash() % remembered_.size()];
   const bool isKnown =
@@ -16,7 +11,7 @@ const NSString& FieldKeys::stored(const StringKey& key) {
   if (!isKnown) {
     place.hash = key.hash();
     place.own = key.string();
-    place.stored = NSString(std::string(prefix) + place.own.utf8());
+    place.stored = NSString(std::string(archive::fieldPrefix) + place.own.utf8());
   }
   return place.stored;
 }

@@ -1,6 +1,8 @@
 #include <ZEBPlatform/Foundation/detail/HashTable.h>
 #include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 #include <ZEBPlatform/Linux/detail/Stack.h>
+#include <ZEBUtilities/Coding/ArchiveFormatPrivate.h>
+#include <ZEBUtilities/Coding/ArchiveLimitsPrivate.h>
 #include <ZEBUtilities/Coding/DataDecoderPrivate.h>
 
 #include <bit>
@@ -35,7 +37,7 @@ class DataDecoder::Step {
   Step(DataDecoder& decoder, const DictionaryStorage& dictionary, const StringKey& key,
        std::size_t index)
       : decoder_(decoder) {
-    if (remainingStack() < leastRemainingStack) {
+    if (remainingStack() < minRemainingStack) {
       throw ZEBUnarchiverError::unexpectedContent(key.string());
     }
     decoder_.steps_.emplace_back(&key, index);
@@ -57,7 +59,7 @@ DataDecoder::DataDecoder(Ref<DecodingBuilderRegistry> decodingBuilderRegistry)
     : decodingBuilderRegistry_(std::move(decodingBuilderRegistry)) {}
 
 Value DataDecoder::decodeRoot(const NSDictionary& document) {
-  return decoded(document, names_.root);
+  return decoded(document, archive::root);
 }
 
 std::string DataDecoder::path() const {
@@ -79,7 +81,7 @@ Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t
   if (!value.isDictionary()) throw ZEBUnarchiverError::unexpectedContent(key.string());
   const Step step(*this, *value.storageAs<DictionaryStorage>(), key, index);
   try {
-    const Value* type = find(names_.type);
+    const Value* type = find(archive::type);
     return type && type->isString() ? decodedTagged(NSString(*type), key) : decodedObject(key);
   } catch (ZEBUnarchiverError& error) {
     if (error.path().empty()) error.setPath(path());
@@ -88,10 +90,10 @@ Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t
 }
 
 Value DataDecoder::decodedObject(const StringKey& key) {
-  const Value* stored = find(names_.encodableName);
+  const Value* stored = find(archive::encodableName);
   if (!stored) throw ZEBUnarchiverError::missingEncodableName(key.string());
   const NSString name(*stored);
-  if (name.isNil()) throw ZEBUnarchiverError::unexpectedDataType(names_.encodableName);
+  if (name.isNil()) throw ZEBUnarchiverError::unexpectedDataType(archive::encodableName);
   const Ref<DecodingBuilder> builder =
       decodingBuilderRegistry_ ? decodingBuilderRegistry_->decodingBuilder(name) : nullptr;
   if (!builder) throw ZEBUnarchiverError::missingDecodingBuilder(name.detachedCopy());
@@ -101,44 +103,46 @@ Value DataDecoder::decodedObject(const StringKey& key) {
 }
 
 Value DataDecoder::decodedTagged(const NSString& type, const StringKey& key) {
-  if (type == names_.typeDouble) {
-    return std::bit_cast<double>(unsignedComponent(names_.bits, UINT64_MAX));
+  const auto is = [&text = type.text()](const StringKey& name) { return name.matches(text); };
+  if (is(archive::typeDouble)) {
+    return std::bit_cast<double>(unsignedComponent(archive::bits, UINT64_MAX));
   }
-  if (type == names_.typeFloat) {
-    const auto bits = static_cast<std::uint32_t>(unsignedComponent(names_.bits, UINT32_MAX));
+  if (is(archive::typeFloat)) {
+    const auto bits = static_cast<std::uint32_t>(unsignedComponent(archive::bits, UINT32_MAX));
     return std::bit_cast<float>(bits);
   }
-  if (type == names_.typeArray) return listComponent(names_.arrayValues, key);
-  if (type == names_.typeDictionary) return decodedDictionary(key);
-  if (type == names_.typeData) return bytesComponent();
-  if (type == names_.typeDate) return dateComponent();
-  if (type == names_.typeUTF16String) {
+  if (is(archive::typeArray)) return listComponent(archive::arrayValues, key);
+  if (is(archive::typeDictionary)) return decodedDictionary(key);
+  if (is(archive::typeData)) return bytesComponent();
+  if (is(archive::typeDate)) return dateComponent();
+  if (is(archive::typeUTF16String)) {
     NSString string = stringFromUTF16(bytesComponent());
-    if (string.isNil()) throw ZEBUnarchiverError::unexpectedContent(names_.bytes);
+    if (string.isNil()) throw ZEBUnarchiverError::unexpectedContent(archive::bytes);
     return string;
   }
-  if (type == names_.typeCGRect) {
-    const CGPoint origin{doubleComponent(names_.x), doubleComponent(names_.y)};
-    return boxed(CGRect{origin, {doubleComponent(names_.width), doubleComponent(names_.height)}});
+  if (is(archive::typeCGRect)) {
+    const CGPoint origin{doubleComponent(archive::x), doubleComponent(archive::y)};
+    return boxed(
+        CGRect{origin, {doubleComponent(archive::width), doubleComponent(archive::height)}});
   }
-  if (type == names_.typeCGPoint) {
-    return boxed(CGPoint{doubleComponent(names_.x), doubleComponent(names_.y)});
+  if (is(archive::typeCGPoint)) {
+    return boxed(CGPoint{doubleComponent(archive::x), doubleComponent(archive::y)});
   }
-  if (type == names_.typeCGSize) {
-    return boxed(CGSize{doubleComponent(names_.width), doubleComponent(names_.height)});
+  if (is(archive::typeCGSize)) {
+    return boxed(CGSize{doubleComponent(archive::width), doubleComponent(archive::height)});
   }
-  if (type == names_.typeNSRange) {
-    return boxed(NSRange{unsignedComponent(names_.location, UINT64_MAX),
-                         unsignedComponent(names_.length, UINT64_MAX)});
+  if (is(archive::typeNSRange)) {
+    return boxed(NSRange{unsignedComponent(archive::location, UINT64_MAX),
+                         unsignedComponent(archive::length, UINT64_MAX)});
   }
-  if (type == names_.typeCLLocation) return decodedLocation();
+  if (is(archive::typeCLLocation)) return decodedLocation();
   // Deliberately the type's name in place of the key: diagnostics show it.
   throw ZEBUnarchiverError::unexpectedContent(type.detachedCopy());
 }
 
 Value DataDecoder::decodedDictionary(const StringKey& key) {
-  const NSArray keys = listComponent(names_.keys, key);
-  const NSArray values = listComponent(names_.values, key);
+  const NSArray keys = listComponent(archive::keys, key);
+  const NSArray values = listComponent(archive::values, key);
   if (keys.count() != values.count()) throw ZEBUnarchiverError::unexpectedContent(key.string());
   NSMutableDictionary dictionary = NSMutableDictionary::dictionaryWithCapacity(keys.count());
   for (std::size_t index = 0; index < keys.count(); ++index) {
@@ -153,58 +157,58 @@ Value DataDecoder::decodedDictionary(const StringKey& key) {
 
 Value DataDecoder::decodedLocation() {
   CLLocation::Fields fields;
-  fields.coordinate.latitude = doubleComponent(names_.latitude);
-  fields.coordinate.longitude = doubleComponent(names_.longitude);
+  fields.coordinate.latitude = doubleComponent(archive::latitude);
+  fields.coordinate.longitude = doubleComponent(archive::longitude);
   fields.timestamp = dateComponent();
-  fields.altitude = doubleComponent(names_.altitude);
-  fields.horizontalAccuracy = doubleComponent(names_.horizontalAccuracy);
-  fields.verticalAccuracy = doubleComponent(names_.verticalAccuracy);
-  fields.course = doubleComponent(names_.course);
-  fields.speed = doubleComponent(names_.speed);
+  fields.altitude = doubleComponent(archive::altitude);
+  fields.horizontalAccuracy = doubleComponent(archive::horizontalAccuracy);
+  fields.verticalAccuracy = doubleComponent(archive::verticalAccuracy);
+  fields.course = doubleComponent(archive::course);
+  fields.speed = doubleComponent(archive::speed);
   return makeRef<CLLocation>(fields);
 }
 
-Value DataDecoder::component(const NSString& name) {
+Value DataDecoder::component(const StringKey& name) {
   const Value* value = find(name);
-  if (!value) throw ZEBUnarchiverError::missingRequiredData(name);
+  if (!value) throw ZEBUnarchiverError::missingRequiredData(name.string());
   return decoded(*value, name);
 }
 
-double DataDecoder::doubleComponent(const NSString& name) {
+double DataDecoder::doubleComponent(const StringKey& name) {
   const Value value = component(name);
-  if (!value.isNumber()) throw ZEBUnarchiverError::unexpectedDataType(name);
+  if (!value.isNumber()) throw ZEBUnarchiverError::unexpectedDataType(name.string());
   return value.doubleValue();
 }
 
-std::uint64_t DataDecoder::unsignedComponent(const NSString& name, std::uint64_t highest) {
+std::uint64_t DataDecoder::unsignedComponent(const StringKey& name, std::uint64_t max) {
   const NSNumber number(component(name));
-  if (number.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name);
+  if (number.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name.string());
   const bool isUnsigned =
       number.kind() == ValueKind::UnsignedInteger ||
       (number.kind() == ValueKind::SignedInteger && number.longLongValue() >= 0);
-  if (!isUnsigned || number.unsignedLongLongValue() > highest) {
-    throw ZEBUnarchiverError::unexpectedContent(name);
+  if (!isUnsigned || number.unsignedLongLongValue() > max) {
+    throw ZEBUnarchiverError::unexpectedContent(name.string());
   }
   return number.unsignedLongLongValue();
 }
 
 NSDate DataDecoder::dateComponent() {
-  return NSDate::dateWithTimeIntervalSince1970(doubleComponent(names_.interval));
+  return NSDate::dateWithTimeIntervalSince1970(doubleComponent(archive::interval));
 }
 
 NSData DataDecoder::bytesComponent() {
-  const NSString text(component(names_.bytes));
-  if (text.isNil()) throw ZEBUnarchiverError::unexpectedDataType(names_.bytes);
+  const NSString text(component(archive::bytes));
+  if (text.isNil()) throw ZEBUnarchiverError::unexpectedDataType(archive::bytes);
   NSData bytes = NSData::dataWithBase64EncodedString(text);
-  if (bytes.isNil()) throw ZEBUnarchiverError::unexpectedContent(names_.bytes);
+  if (bytes.isNil()) throw ZEBUnarchiverError::unexpectedContent(archive::bytes);
   return bytes;
 }
 
-NSArray DataDecoder::listComponent(const NSString& name, const StringKey& key) {
+NSArray DataDecoder::listComponent(const StringKey& name, const StringKey& key) {
   const Value* value = find(name);
-  if (!value) throw ZEBUnarchiverError::missingRequiredData(name);
+  if (!value) throw ZEBUnarchiverError::missingRequiredData(name.string());
   const NSArray list(*value);
-  if (list.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name);
+  if (list.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name.string());
   NSMutableArray elements = NSMutableArray::arrayWithCapacity(list.count());
   for (std::size_t index = 0; index < list.count(); ++index) {
     elements.addObject(decoded(list.begin()[index], key, index));
@@ -212,8 +216,8 @@ NSArray DataDecoder::listComponent(const NSString& name, const StringKey& key) {
   return NSArray(frozen(std::move(elements)));
 }
 
-const Value* DataDecoder::find(const NSString& storedKey) const noexcept {
-  const DictionaryEntry* entry = findEntry(*currentDictionary_, StringKey(storedKey));
+const Value* DataDecoder::find(const StringKey& storedKey) const noexcept {
+  const DictionaryEntry* entry = findEntry(*currentDictionary_, storedKey);
   return entry ? &entry->value : nullptr;
 }
 

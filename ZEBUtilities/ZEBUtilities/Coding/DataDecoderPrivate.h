@@ -57,7 +57,7 @@ class DataDecoder final : public ZEBDecoder {
   class Step;
 
   /// In the current dictionary, by its key there and by an object's own key.
-  const Value* find(const NSString& storedKey) const noexcept;
+  const Value* find(const StringKey& storedKey) const noexcept;
   const Value* stored(const StringKey& key) const;
   /// The value under the key as one kind of handle or record; nil when absent. Throws when it is of
   /// another kind.
@@ -76,16 +76,15 @@ class DataDecoder final : public ZEBDecoder {
   Value decodedObject(const StringKey& key);
 
   // The parts of a tagged value, read from the current dictionary.
-  Value component(const NSString& name);
-  double doubleComponent(const NSString& name);
-  std::uint64_t unsignedComponent(const NSString& name, std::uint64_t highest);
+  Value component(const StringKey& name);
+  double doubleComponent(const StringKey& name);
+  std::uint64_t unsignedComponent(const StringKey& name, std::uint64_t max);
   NSDate dateComponent();
   NSData bytesComponent();
-  NSArray listComponent(const NSString& name, const StringKey& key);
+  NSArray listComponent(const StringKey& name, const StringKey& key);
 
   std::string path() const;
 
-  const ArchiveNames& names_ = ArchiveNames::shared();
   mutable FieldKeys fieldKeys_;
   const Ref<DecodingBuilderRegistry> decodingBuilderRegistry_;
   // Borrowed from the document, which the caller keeps.

@@ -1,13 +1,14 @@
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/detail/StaticText.h>
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
-#include <ZEBPlatform/Json/detail/JsonReader.h>
 #include <ZEBPlatform/Json/detail/JsonWriter.h>
 #include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Linux/detail/Stack.h>
 #include <ZEBPlatform/Memory/Overloaded.h>
 #include <ZEBUtilities/Coding/ArchiveFormatPrivate.h>
+#include <ZEBUtilities/Coding/ArchiveLimitsPrivate.h>
 #include <ZEBUtilities/Coding/DataEncoderPrivate.h>
 
 #include <algorithm>
@@ -47,8 +48,8 @@ NSData utf16Data(const NSString& string) {
 class DataEncoder::Nesting {
  public:
   Nesting(DataEncoder& encoder, std::size_t levels) : encoder_(encoder), levels_(levels) {
-    const bool fits = encoder_.depth_ + levels_ <= deepestJsonNesting;
-    if (!fits || remainingStack() < leastRemainingStack) throw nestingError();
+    const bool fits = encoder_.depth_ + levels_ <= maxArchiveNesting;
+    if (!fits || remainingStack() < minRemainingStack) throw nestingError();
     encoder_.depth_ += levels_;
   }
   Nesting(const Nesting&) = delete;
@@ -110,7 +111,8 @@ void DataEncoder::writeField(const StringKey& key, const WriteValue& writeValue)
 }
 
 void DataEncoder::writeKey(const StringKey& key) {
-  text_.put("\"c_");
+  static constexpr auto opening = joinedText("\"", archive::fieldPrefix);
+  text_.put(opening);
   const std::string_view utf8 = key.utf8();
   if (!utf8.empty() && isASCII(utf8)) {
     text_.writeASCII(utf8);
@@ -217,21 +219,16 @@ void DataEncoder::encodeRange(const NSRange& range, const StringKey& forKey) {
 }
 
 void DataEncoder::write(const Value& value) {
+  if (value.isNumber()) return writeNumber(NSNumber(value));
   switch (value.kind()) {
-    case ValueKind::Boolean:
-    case ValueKind::SignedInteger:
-    case ValueKind::UnsignedInteger:
-    case ValueKind::Float:
-    case ValueKind::Double:
-      return writeNumber(NSNumber(value));
     case ValueKind::String:
       return writeString(NSString(value));
     case ValueKind::Data:
-      return writeBytes("Data", NSData(value));
+      return writeBytes(archive::typeData, NSData(value));
     case ValueKind::Date: {
       const Nesting nesting(*this, 1);
-      openTagged("Date");
-      component("interval", NSDate(value).timeIntervalSince1970());
+      openTagged(archive::typeDate);
+      component(archive::interval, NSDate(value).timeIntervalSince1970());
       return text_.put('}');
     }
     case ValueKind::Array:
@@ -278,7 +275,8 @@ void DataEncoder::writeFields(const NSString& encodableName, const EncodeFields&
   const Nesting nesting(*this, 1);
   OpenObject object{.firstField = fields_.size()};
   OpenObject* const outerObject = std::exchange(innermostObject_, &object);
-  text_.put("{\"encodableName\":");
+  static constexpr auto opening = joinedText("{\"", archive::encodableName, "\":");
+  text_.put(opening);
   text_.writeString(encodableName.text());
   encodeFields();
   if (object.hasReplacedValues) removeReplacedValues();
@@ -289,8 +287,9 @@ void DataEncoder::writeFields(const NSString& encodableName, const EncodeFields&
 
 void DataEncoder::writeArray(const NSArray& array) {
   const Nesting nesting(*this, 2);
-  openTagged("Array");
-  text_.put(",\"arrayValues\":[");
+  openTagged(archive::typeArray);
+  static constexpr auto values = joinedText(",\"", archive::arrayValues, "\":[");
+  text_.put(values);
   for (const Value& element : array) {
     if (&element != array.begin()) text_.put(',');
     write(element);
@@ -300,15 +299,17 @@ void DataEncoder::writeArray(const NSArray& array) {
 
 void DataEncoder::writeDictionary(const NSDictionary& dictionary) {
   const Nesting nesting(*this, 2);
-  openTagged("Dictionary");
-  text_.put(",\"keys\":[");
+  openTagged(archive::typeDictionary);
+  static constexpr auto keys = joinedText(",\"", archive::keys, "\":[");
+  text_.put(keys);
   const char* separator = "";
   for (const auto& [key, value] : dictionary) {
     if (!mayBeKey(key)) stopFor("Dictionary keys must be either Int, Int64, or String:", key);
     text_.put(std::exchange(separator, ","));
     write(key);
   }
-  text_.put("],\"values\":[");
+  static constexpr auto values = joinedText("],\"", archive::values, "\":[");
+  text_.put(values);
   separator = "";
   for (const auto& [key, value] : dictionary) {
     text_.put(std::exchange(separator, ","));
@@ -318,10 +319,10 @@ void DataEncoder::writeDictionary(const NSDictionary& dictionary) {
 }
 
 void DataEncoder::writeNumber(const NSNumber& number) {
-  switch (number.objCType()) {
-    case 'f':
+  switch (number.kind()) {
+    case ValueKind::Float:
       return writeFloat(number.floatValue());
-    case 'd':
+    case ValueKind::Double:
       return writeDouble(number.doubleValue());
     default:
       text_.writeScalar(number, ' ');
@@ -331,19 +332,21 @@ void DataEncoder::writeNumber(const NSNumber& number) {
 
 void DataEncoder::writeString(const NSString& string) {
   if (string.isWellFormed()) return text_.writeString(string.text());
-  writeBytes("UTF16String", utf16Data(string));
+  writeBytes(archive::typeUTF16String, utf16Data(string));
 }
 
 void DataEncoder::writeFloat(float number) {
   const Nesting nesting(*this, 1);
-  openTagged("Float");
-  component("bits", std::uint64_t{std::bit_cast<std::uint32_t>(number)});
+  openTagged(archive::typeFloat);
+  component(archive::bits, std::uint64_t{std::bit_cast<std::uint32_t>(number)});
   text_.put('}');
 }
 
 void DataEncoder::writeDouble(double number) {
   const Nesting nesting(*this, 1);
-  text_.put("{\"type\":\"Double\",\"bits\":");
+  static constexpr auto opening =
+      joinedText("{\"", archive::type, "\":\"", archive::typeDouble, "\",\"", archive::bits, "\":");
+  text_.put(opening);
   text_.writeUnsigned(std::bit_cast<std::uint64_t>(number));
   text_.put('}');
 }
@@ -351,61 +354,63 @@ void DataEncoder::writeDouble(double number) {
 void DataEncoder::writeBytes(std::string_view type, const NSData& bytes) {
   const Nesting nesting(*this, 1);
   openTagged(type);
-  text_.put(",\"bytes\":");
+  static constexpr auto content = joinedText(",\"", archive::bytes, "\":");
+  text_.put(content);
   text_.writeString(bytes.base64EncodedString().text());
   text_.put('}');
 }
 
 void DataEncoder::writeRect(const CGRect& rect) {
   const Nesting nesting(*this, 1);
-  openTagged("CGRect");
-  component("x", rect.origin.x);
-  component("y", rect.origin.y);
-  component("width", rect.size.width);
-  component("height", rect.size.height);
+  openTagged(archive::typeCGRect);
+  component(archive::x, rect.origin.x);
+  component(archive::y, rect.origin.y);
+  component(archive::width, rect.size.width);
+  component(archive::height, rect.size.height);
   text_.put('}');
 }
 
 void DataEncoder::writePoint(const CGPoint& point) {
   const Nesting nesting(*this, 1);
-  openTagged("CGPoint");
-  component("x", point.x);
-  component("y", point.y);
+  openTagged(archive::typeCGPoint);
+  component(archive::x, point.x);
+  component(archive::y, point.y);
   text_.put('}');
 }
 
 void DataEncoder::writeSize(const CGSize& size) {
   const Nesting nesting(*this, 1);
-  openTagged("CGSize");
-  component("width", size.width);
-  component("height", size.height);
+  openTagged(archive::typeCGSize);
+  component(archive::width, size.width);
+  component(archive::height, size.height);
   text_.put('}');
 }
 
 void DataEncoder::writeRange(const NSRange& range) {
   const Nesting nesting(*this, 1);
-  openTagged("NSRange");
-  component("location", std::uint64_t{range.location});
-  component("length", std::uint64_t{range.length});
+  openTagged(archive::typeNSRange);
+  component(archive::location, std::uint64_t{range.location});
+  component(archive::length, std::uint64_t{range.length});
   text_.put('}');
 }
 
 void DataEncoder::writeLocation(const CLLocation& location) {
   const Nesting nesting(*this, 1);
-  openTagged("CLLocation");
-  component("lat", location.coordinate().latitude);
-  component("long", location.coordinate().longitude);
-  component("interval", location.timestamp().timeIntervalSince1970());
-  component("altitude", location.altitude());
-  component("horizontalAccuracy", location.horizontalAccuracy());
-  component("verticalAccuracy", location.verticalAccuracy());
-  component("course", location.course());
-  component("speed", location.speed());
+  openTagged(archive::typeCLLocation);
+  component(archive::latitude, location.coordinate().latitude);
+  component(archive::longitude, location.coordinate().longitude);
+  component(archive::interval, location.timestamp().timeIntervalSince1970());
+  component(archive::altitude, location.altitude());
+  component(archive::horizontalAccuracy, location.horizontalAccuracy());
+  component(archive::verticalAccuracy, location.verticalAccuracy());
+  component(archive::course, location.course());
+  component(archive::speed, location.speed());
   text_.put('}');
 }
 
 void DataEncoder::openTagged(std::string_view type) {
-  text_.put("{\"type\":\"");
+  static constexpr auto opening = joinedText("{\"", archive::type, "\":\"");
+  text_.put(opening);
   text_.put(type);
   text_.put('"');
 }
