@@ -24,17 +24,18 @@ class NSBundle final : public NSObject {
 
   /// Nil when there is no such folder. A missing Info.plist makes an empty information dictionary; so does
   /// one that can't be read, see `infoDictionaryError`.
-  static Ref<NSBundle> bundleWithPath(const NSString& path);
+  [[nodiscard]] static Ref<NSBundle> bundleWithPath(const NSString& path);
   /// The same for hosts that have no Info.plist file; nil for a nil dictionary means an empty one. The
   /// folder is not looked at and need not be there.
-  static Ref<NSBundle> bundleWithPath(const NSString& path, const NSDictionary& infoDictionary);
+  [[nodiscard]] static Ref<NSBundle> bundleWithPath(const NSString& path,
+                                                    const NSDictionary& infoDictionary);
 
   /// The bundle that an executable at an absolute path belongs to (nil for nil): the first of these that has an Info.plist,
   /// else the executable's folder.
   ///   - `<executable>.app`
   ///   - the folder around Contents, when the executable lies in a folder of Contents
   ///   - the executable's folder
-  static Ref<NSBundle> bundleForExecutable(const NSString& executablePath);
+  [[nodiscard]] static Ref<NSBundle> bundleForExecutable(const NSString& executablePath);
 
   /// Absolute, without a trailing "/".
   const NSString& bundlePath() const noexcept { return bundlePath_; }

@@ -47,9 +47,9 @@ class NSPropertyListSerialization {
   /// entities but XML's own. Integers are decimal, or hexadecimal behind "0x"; dates have the form
   /// 2001-01-02T03:04:05Z. Integers beyond 64 bits and reals beyond every double are errors. The time taken
   /// is proportional to what the document may come to within the limits.
-  static Value propertyListWithData(const NSData& data, std::uint64_t options = 0,
-                                    NSPropertyListFormat* format = nullptr,
-                                    NSError* error = nullptr);
+  [[nodiscard]] static Value propertyListWithData(const NSData& data, std::uint64_t options = 0,
+                                                  NSPropertyListFormat* format = nullptr,
+                                                  NSError* error = nullptr);
 };
 
 }  // namespace zeb

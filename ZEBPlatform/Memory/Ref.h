@@ -85,13 +85,13 @@ namespace zeb {
 
 /// Makes an object that is owned by the returned reference alone.
 template <class T, class... Arguments>
-Ref<T> makeRef(Arguments&&... arguments) {
+[[nodiscard]] Ref<T> makeRef(Arguments&&... arguments) {
   return Ref<T>::adopt(new T(std::forward<Arguments>(arguments)...));
 }
 
 /// The same with a list in braces as the first argument, whose type could not be deduced otherwise.
 template <class T, class Element, class... Arguments>
-Ref<T> makeRef(std::initializer_list<Element> list, Arguments&&... arguments) {
+[[nodiscard]] Ref<T> makeRef(std::initializer_list<Element> list, Arguments&&... arguments) {
   return Ref<T>::adopt(new T(list, std::forward<Arguments>(arguments)...));
 }
 

@@ -25,15 +25,16 @@ class BuilderSpec {
   /// process: decoders read those directly.
   template <class T>
     requires(ZEBDecodableType<T> || PrimitiveType<T>)
-  static BuilderSpec decodableType();
+  [[nodiscard]] static BuilderSpec decodableType();
   /// A nil function throws NSException (NSInvalidArgumentException), here and below.
-  static BuilderSpec buildFunction(const NSString& encodableName,
-                                   Block<ZEBEncodable(ZEBDecoder&)> buildFunction);
-  static BuilderSpec objCBuildFunction(const NSString& encodableName,
-                                       Block<Ref<ZEBObjCEncodable>(ZEBDecoder&)> buildFunction);
+  [[nodiscard]] static BuilderSpec buildFunction(const NSString& encodableName,
+                                                 Block<ZEBEncodable(ZEBDecoder&)> buildFunction);
+  [[nodiscard]] static BuilderSpec objCBuildFunction(
+      const NSString& encodableName, Block<Ref<ZEBObjCEncodable>(ZEBDecoder&)> buildFunction);
   /// The given builder under the given name, whatever the builder's own one is. With nil the name counts as
   /// unknown, even when a registry behind knows it.
-  static BuilderSpec builder(const NSString& encodableName, Ref<DecodingBuilder> builder);
+  [[nodiscard]] static BuilderSpec builder(const NSString& encodableName,
+                                           Ref<DecodingBuilder> builder);
 
   const NSString& encodableName() const noexcept { return encodableName_; }
   const Ref<DecodingBuilder>& decodingBuilder() const noexcept { return builder_; }

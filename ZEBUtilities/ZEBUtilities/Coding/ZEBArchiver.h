@@ -23,11 +23,11 @@ class ZEBArchiver {
   /// root gives an empty document, `{}`, which no unarchiver takes: nil, and all primitives alike, also
   /// those that have a dictionary of their own inside of documents, such as doubles and dates. Arrays and
   /// dictionaries are no encodables and can't be roots; put them into an object.
-  NSData archivedData(const ZEBEncodable& rootObject) const;
-  NSData archivedData(const Ref<ZEBObjCEncodable>& rootObject) const;
+  [[nodiscard]] NSData archivedData(const ZEBEncodable& rootObject) const;
+  [[nodiscard]] NSData archivedData(const Ref<ZEBObjCEncodable>& rootObject) const;
   /// The same without copying the object first.
   template <ZEBEncodableType T>
-  NSData archivedData(const T& rootObject) const {
+  [[nodiscard]] NSData archivedData(const T& rootObject) const {
     return archivedValue(encodableValue(rootObject));
   }
 

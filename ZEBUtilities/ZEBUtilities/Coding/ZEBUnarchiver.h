@@ -23,7 +23,7 @@ class ZEBUnarchiver {
   /// dictionary but that of another value, such as an array or a date, which no archiver writes, gives that
   /// value. What it answers shares no memory with the document.
   template <class T>
-  T unarchivedRootObject(const NSData& data) const {
+  [[nodiscard]] T unarchivedRootObject(const NSData& data) const {
     std::optional<T> object = decodedValueAs<T>(unarchivedRoot(data));
     if (!object) throw ZEBUnarchiverError::missingRootObject();
     return std::move(*object);

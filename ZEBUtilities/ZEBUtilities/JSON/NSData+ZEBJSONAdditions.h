@@ -20,7 +20,7 @@ enum : std::int64_t {
 /// The document's root as an immutable dictionary or array; nil on failure, and for no data at all
 /// without an error. Parses through `ZEBJSONSerialization`, which logs parsing on the main thread. A
 /// root of another kind is the error above, without details; malformed data the reader's own.
-NSDictionary zeb_JSONDictionary(const NSData& data, NSError* error = nullptr);
-NSArray zeb_JSONArray(const NSData& data, NSError* error = nullptr);
+[[nodiscard]] NSDictionary zeb_JSONDictionary(const NSData& data, NSError* error = nullptr);
+[[nodiscard]] NSArray zeb_JSONArray(const NSData& data, NSError* error = nullptr);
 
 }  // namespace zeb

@@ -28,10 +28,10 @@ class OperationDependencyGraph {
   const Graphs& dependentOperations() const noexcept;
 
   /// A graph in which everything of this one runs after the given operations.
-  OperationDependencyGraph dependingOn(Operations operations) const;
+  [[nodiscard]] OperationDependencyGraph dependingOn(Operations operations) const;
   template <class... Operation>
     requires(std::convertible_to<Operation, Ref<NSOperation>> && ...)
-  OperationDependencyGraph dependingOn(Operation&&... operations) const {
+  [[nodiscard]] OperationDependencyGraph dependingOn(Operation&&... operations) const {
     return dependingOn(Operations{std::forward<Operation>(operations)...});
   }
 
@@ -53,13 +53,14 @@ class OperationDependencyGraph {
 };
 
 /// The operation as a graph, after the given ones.
-inline OperationDependencyGraph dependingOn(const Ref<NSOperation>& operation,
-                                            OperationDependencyGraph::Operations operations) {
+[[nodiscard]] inline OperationDependencyGraph dependingOn(
+    const Ref<NSOperation>& operation, OperationDependencyGraph::Operations operations) {
   return OperationDependencyGraph(operation).dependingOn(std::move(operations));
 }
 template <class... Operation>
   requires(std::convertible_to<Operation, Ref<NSOperation>> && ...)
-OperationDependencyGraph dependingOn(const Ref<NSOperation>& operation, Operation&&... operations) {
+[[nodiscard]] OperationDependencyGraph dependingOn(const Ref<NSOperation>& operation,
+                                                   Operation&&... operations) {
   return OperationDependencyGraph(operation).dependingOn(std::forward<Operation>(operations)...);
 }
 

@@ -4,6 +4,7 @@
 #include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 
+#include <chrono>
 #include <cstddef>
 #include <vector>
 
@@ -17,6 +18,11 @@ class ZEBRecordingStopwatch final : public NSObject {
   /// runs on, an average of `tooSlow` seconds or more is too slow; 0 seconds: it never is.
   explicit ZEBRecordingStopwatch(const NSString& name, double shortestRecordable = 0,
                                  double tooSlow = 0, std::size_t tooSlowMinimumCount = 0);
+  ZEBRecordingStopwatch(const NSString& name, std::chrono::duration<double> shortestRecordable,
+                        std::chrono::duration<double> tooSlow = {},
+                        std::size_t tooSlowMinimumCount = 0)
+      : ZEBRecordingStopwatch(name, shortestRecordable.count(), tooSlow.count(),
+                              tooSlowMinimumCount) {}
 
   /// "ZEBRecordingStopwatch", with everything here by its selectors; the initialisers are class methods
   /// there, and blocks travel as Runtime/BlockConversion.h says.

@@ -2,6 +2,8 @@
 
 #include <ZEBPlatform/Memory/NSObject.h>
 
+#include <chrono>
+
 namespace zeb {
 
 /// Measures the time since its start and between readings, by the monotonic clock. Made with
@@ -12,6 +14,8 @@ class ZEBStopwatch : public NSObject {
   ZEBStopwatch() noexcept;
   /// Counts as started so many seconds ago.
   explicit ZEBStopwatch(double timeIntervalSinceStart) noexcept;
+  explicit ZEBStopwatch(std::chrono::duration<double> timeSinceStart) noexcept
+      : ZEBStopwatch(timeSinceStart.count()) {}
 
   /// "ZEBStopwatch", with everything here by its selectors; the initialisers are class methods there.
   static Class* runtimeClass();

@@ -117,7 +117,9 @@ Class* ZEBTimer::runtimeClass() {
           property("timeInterval", &ZEBTimer::timeInterval),
           property("backgroundingBehavior", &ZEBTimer::backgroundingBehavior),
           property("fireDate", &ZEBTimer::fireDate, &ZEBTimer::setFireDate),
-          property("tolerance", &ZEBTimer::tolerance, &ZEBTimer::setTolerance),
+          property(
+              "tolerance", &ZEBTimer::tolerance,
+              [](ZEBTimer& timer, NSTimeInterval tolerance) { timer.setTolerance(tolerance); }),
           property("shouldSilenceLogging", &ZEBTimer::shouldSilenceLogging,
                    &ZEBTimer::setShouldSilenceLogging),
           property("backgroundDate", &ZEBTimer::backgroundDate, &ZEBTimer::setBackgroundDate),

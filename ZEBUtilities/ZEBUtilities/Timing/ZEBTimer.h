@@ -16,9 +16,11 @@
 #include <ZEBUtilities/Timing/ZEBTimerAction.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace zeb {
 
@@ -72,14 +74,18 @@ class ZEBTimer : public NSObject {
            ZEBTimerBackgroundingBehavior backgroundingBehavior);
   ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, ZEBTimerBlock block, bool repeats,
            ZEBTimerBackgroundingBehavior backgroundingBehavior);
+  /// The same with an interval of std::chrono: `makeRef<ZEBTimer>(date, 250ms, block, true, …)`.
+  template <class... Arguments>
+  ZEBTimer(const NSDate& fireDate, std::chrono::duration<double> interval, Arguments&&... arguments)
+      : ZEBTimer(fireDate, interval.count(), std::forward<Arguments>(arguments)...) {}
   ~ZEBTimer() override;
 
   /// A timer that fires first after `interval` seconds; to be scheduled by the caller.
-  static Ref<ZEBTimer> timerWithTimeInterval(
+  [[nodiscard]] static Ref<ZEBTimer> timerWithTimeInterval(
       NSTimeInterval interval, const Ref<NSObject>& target, ZEBTimerAction selector, Value userInfo,
       bool repeats,
       ZEBTimerBackgroundingBehavior backgroundingBehavior = ZEBTimerBackgroundingBehaviorNone);
-  static Ref<ZEBTimer> timerWithTimeInterval(
+  [[nodiscard]] static Ref<ZEBTimer> timerWithTimeInterval(
       NSTimeInterval interval, ZEBTimerBlock block, bool repeats,
       ZEBTimerBackgroundingBehavior backgroundingBehavior = ZEBTimerBackgroundingBehaviorNone);
   /// The same, scheduled on the calling thread's run loop.
@@ -91,13 +97,31 @@ class ZEBTimer : public NSObject {
       NSTimeInterval interval, ZEBTimerBlock block, bool repeats,
       ZEBTimerBackgroundingBehavior backgroundingBehavior = ZEBTimerBackgroundingBehaviorNone);
   /// The same, running on the queue.
-  static Ref<ZEBTimer> queuedTimerOnQueue(
+  [[nodiscard]] static Ref<ZEBTimer> queuedTimerOnQueue(
       const dispatch_queue_t& queue, NSTimeInterval interval, const Ref<NSObject>& target,
       ZEBTimerAction selector, Value userInfo, bool repeats,
       ZEBTimerBackgroundingBehavior backgroundingBehavior = ZEBTimerBackgroundingBehaviorNone);
-  static Ref<ZEBTimer> queuedTimerOnQueue(
+  [[nodiscard]] static Ref<ZEBTimer> queuedTimerOnQueue(
       const dispatch_queue_t& queue, NSTimeInterval interval, ZEBTimerBlock block, bool repeats,
       ZEBTimerBackgroundingBehavior backgroundingBehavior = ZEBTimerBackgroundingBehaviorNone);
+
+  /// All of these with an interval of std::chrono: `scheduledTimerWithTimeInterval(250ms, block, true)`.
+  template <class... Arguments>
+  [[nodiscard]] static Ref<ZEBTimer> timerWithTimeInterval(std::chrono::duration<double> interval,
+                                                           Arguments&&... arguments) {
+    return timerWithTimeInterval(interval.count(), std::forward<Arguments>(arguments)...);
+  }
+  template <class... Arguments>
+  static Ref<ZEBTimer> scheduledTimerWithTimeInterval(std::chrono::duration<double> interval,
+                                                      Arguments&&... arguments) {
+    return scheduledTimerWithTimeInterval(interval.count(), std::forward<Arguments>(arguments)...);
+  }
+  template <class... Arguments>
+  [[nodiscard]] static Ref<ZEBTimer> queuedTimerOnQueue(const dispatch_queue_t& queue,
+                                                        std::chrono::duration<double> interval,
+                                                        Arguments&&... arguments) {
+    return queuedTimerOnQueue(queue, interval.count(), std::forward<Arguments>(arguments)...);
+  }
 
   /// Nil means the calling thread's run loop, and the default mode. May be called again for other modes of
   /// the same loop.
@@ -137,6 +161,7 @@ class ZEBTimer : public NSObject {
   /// Seconds that a firing may be late, so that several timers share one wake-up; at first 0.
   NSTimeInterval tolerance() const;
   void setTolerance(NSTimeInterval tolerance);
+  void setTolerance(std::chrono::duration<double> tolerance) { setTolerance(tolerance.count()); }
 
   /// Whether firings are not logged.
   bool shouldSilenceLogging() const noexcept {

@@ -283,7 +283,7 @@ TEST(ArchiveDeathTest, ProgrammingErrorsStopTheProcess) {
   expectStop("Encoders should directly encode primitives", [&] { archived(direct); });
   const ZEBUnarchiver unarchiver(makeRef<Registry>({Spec::decodableType<double>()}));
   expectStop("Encoders should directly encode and decode primitives",
-             [&] { unarchiver.unarchivedRootObject<Value>(bytes(expanded("%Double}"))); });
+             [&] { return unarchiver.unarchivedRootObject<Value>(bytes(expanded("%Double}"))); });
 }
 
 TEST(Unarchiver, MalformedDocumentsFailWithCasePayloadAndPath) {
@@ -337,7 +337,7 @@ void expectReads(const char* text, T value, T absent, T (ZEBDecoder::*require)(c
   });
   const ZEBUnarchiver unarchiver(makeRef<Registry>({spec}));
   const auto error = [&](const std::string& document) {
-    return errorOf([&] { unarchiver.unarchivedRootObject<Any>(bytes(document)); });
+    return errorOf([&] { return unarchiver.unarchivedRootObject<Any>(bytes(document)); });
   };
   EXPECT_TRUE(error(held(text)).empty() && required == value && defaulted == value) << text;
   EXPECT_EQ(error(expanded("%Holder}")), R"(missingRequiredData(key: "v") at root)");
@@ -410,15 +410,15 @@ TEST(Registry, TheLaterEntryAndTheFrontRegistryWin) {
 }
 
 TEST(Registry, NilIsUnknownAndANilFunctionIsRefused) {
-  EXPECT_EQ(test::raisedName([] { Spec::buildFunction("a", nullptr); }),
+  EXPECT_EQ(test::raisedName([] { return Spec::buildFunction("a", nullptr); }),
             NSInvalidArgumentException);
-  EXPECT_EQ(test::raisedName([] { Spec::objCBuildFunction("a", nullptr); }),
+  EXPECT_EQ(test::raisedName([] { return Spec::objCBuildFunction("a", nullptr); }),
             NSInvalidArgumentException);
   const std::string unknown = R"(missingDecodingBuilder(encodableName: "a") at root)";
   for (const Ref<Registry>& registry :
        {Ref<Registry>(), makeRef<Registry>({Spec::builder("a", nullptr)})}) {
     const auto unarchive = [&](const NSData& data) {
-      return errorOf([&] { ZEBUnarchiver(registry).unarchivedRootObject<Value>(data); });
+      return errorOf([&] { return ZEBUnarchiver(registry).unarchivedRootObject<Value>(data); });
     };
     EXPECT_EQ(unarchive(bytes(expanded("%a}"))), unknown);
     EXPECT_EQ(unarchive(nullptr), "NSError 3840");

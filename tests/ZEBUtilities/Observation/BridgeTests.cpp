@@ -3,8 +3,8 @@
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Runtime/Send.h>
 
-#include "Support/Support.h"
 #include "Support/HeldQueue.h"
+#include "Support/Support.h"
 
 namespace zeb {
 namespace {
@@ -95,8 +95,9 @@ TEST(ZEBObservable, RefusesTokensOfAnotherType) {
 }
 
 TEST(ZEBObservable, RefusesNil) {
-  EXPECT_EQ(test::raisedName([] { makeRef<ZEBObservable>(nullptr); }), NSInvalidArgumentException);
-  EXPECT_EQ(test::raisedName([] { makeRef<ZEBObserverQueue>(Ref<ObserverQueue>()); }),
+  EXPECT_EQ(test::raisedName([] { (void)makeRef<ZEBObservable>(nullptr); }),
+            NSInvalidArgumentException);
+  EXPECT_EQ(test::raisedName([] { (void)makeRef<ZEBObserverQueue>(Ref<ObserverQueue>()); }),
             NSInvalidArgumentException);
 }
 

@@ -1,8 +1,8 @@
 #include <array>
 #include <memory>
 
-#include "Support/Support.h"
 #include "Support/HeldQueue.h"
+#include "Support/Support.h"
 
 namespace zeb {
 namespace {
@@ -215,7 +215,8 @@ TEST_F(ObservableTest, UsesTheMainQueueUnlessToldOtherwise) {
   EXPECT_EQ(calls, (std::vector<std::string>{"filter", "map", "mapped", "observe"}));
   EXPECT_EQ(ObserverQueue::mainQueue(), ObserverQueue::mainQueue());
   EXPECT_EQ(ObserverQueue::mainQueue()->queue(), dispatch_get_main_queue());
-  EXPECT_EQ(test::raisedName([] { makeRef<ObserverQueue>(nullptr); }), NSInvalidArgumentException);
+  EXPECT_EQ(test::raisedName([] { (void)makeRef<ObserverQueue>(nullptr); }),
+            NSInvalidArgumentException);
 }
 
 /// Has no equality, can't be copied, and all observers and what is filtered see the same one.

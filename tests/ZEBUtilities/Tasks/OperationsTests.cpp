@@ -165,7 +165,7 @@ void checkMessages() {
   EXPECT_EQ(test::raisedName([&] { raise->result(); }), NSRangeException);
   EXPECT_FALSE(weak.lock()) << "the target is kept until the last one has run";
 
-  EXPECT_EQ(test::raisedName([&] { makeRef<Operation>(nullptr, SEL()); }),
+  EXPECT_EQ(test::raisedName([&] { return makeRef<Operation>(nullptr, SEL()); }),
             NSInvalidArgumentException);
   struct Plain : NSObject {
     void call() {}

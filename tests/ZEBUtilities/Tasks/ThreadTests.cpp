@@ -122,7 +122,7 @@ TEST(ZEBMainThreadRunLoopDeferredTask, RunsOnceWhenTheBurstIsOver) {
   loop->performBlock([] {});
   loop->runMode(NSDefaultRunLoopMode, NSDate::distantPast());
   EXPECT_EQ(log, "abcTU");
-  makeRef<DeferredTask>(nullptr);
+  (void)makeRef<DeferredTask>(nullptr);
 }
 
 }  // namespace zeb::test

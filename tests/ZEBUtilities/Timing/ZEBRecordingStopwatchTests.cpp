@@ -9,6 +9,8 @@
 namespace zeb {
 namespace {
 
+using namespace std::chrono_literals;
+
 struct ZEBRecordingStopwatchTest : testing::Test {
   ZEBRecordingStopwatchTest() { test::fakeClock = ZEBLaunchStartTime() + 1'000'000'000; }
   ~ZEBRecordingStopwatchTest() override { test::fakeClock = 0; }
@@ -18,7 +20,7 @@ struct ZEBRecordingStopwatchTest : testing::Test {
 };
 
 TEST_F(ZEBRecordingStopwatchTest, AddsUpWhatIsLongEnough) {
-  const auto watch = makeRef<ZEBRecordingStopwatch>("parse", 0.25);
+  const auto watch = makeRef<ZEBRecordingStopwatch>("parse", 250ms);
   EXPECT_EQ(watch->average(), 0);
   run(*watch, 249);
   EXPECT_EQ(watch->count(), 0u);
@@ -43,7 +45,7 @@ TEST_F(ZEBRecordingStopwatchTest, AddsUpWhatIsLongEnough) {
 
 TEST_F(ZEBRecordingStopwatchTest, DescribesItself) {
   const auto watch = makeRef<ZEBRecordingStopwatch>("a");
-  const auto judged = makeRef<ZEBRecordingStopwatch>("b", 0, 0.5, 1u);
+  const auto judged = makeRef<ZEBRecordingStopwatch>("b", 0s, 500ms, 1u);
   run(*judged, 1250);
   const auto text = [](const NSObject& object, const std::string& rest) {
     EXPECT_EQ(object.description(), object.NSObject::description() + rest);

@@ -10,6 +10,8 @@
 namespace zeb {
 namespace {
 
+using namespace std::chrono_literals;
+
 const std::uint64_t launchSeenByStaticObject = ZEBLaunchStartTime();
 
 TEST(ZEBStopwatch, CountsFromTheLaunchAndMeasuresLaps) {
@@ -21,7 +23,7 @@ TEST(ZEBStopwatch, CountsFromTheLaunchAndMeasuresLaps) {
   EXPECT_DOUBLE_EQ(ZEBTimeIntervalBetweenMachTimes(UINT64_MAX, 0), -18446744073.709551615);
   test::fakeClock = ZEBLaunchStartTime() + 1'000'000'000;
   const auto fromNow = makeRef<ZEBStopwatch>();
-  const auto fromBefore = makeRef<ZEBStopwatch>(4.0);
+  const auto fromBefore = makeRef<ZEBStopwatch>(4s);
   EXPECT_DOUBLE_EQ(fromBefore->intervalSinceLaunchForTimeIntervalMethod(), -3.0);
   test::fakeClock += 2'000'000'000;
   EXPECT_DOUBLE_EQ(fromNow->timeInterval(), 2.0);

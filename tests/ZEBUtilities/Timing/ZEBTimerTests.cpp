@@ -13,12 +13,14 @@
 #include <type_traits>
 #include <vector>
 
+#include "Support/FakeSystem.h"
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
-#include "Support/FakeSystem.h"
 
 namespace zeb {
 namespace {
+
+using namespace std::chrono_literals;
 
 static_assert(!std::is_default_constructible_v<ZEBTimer>);
 
@@ -128,7 +130,7 @@ TEST(ZEBTimer, IsScheduledOnceOnOneKind) {
   const auto queue = dispatch_queue_create("timer");
   const auto loop = NSRunLoop::currentRunLoop();
   const auto make = [] {
-    return ZEBTimer::timerWithTimeInterval(hour, [](const Ref<ZEBTimer>&) {}, true);
+    return ZEBTimer::timerWithTimeInterval(1h, [](const Ref<ZEBTimer>&) {}, true);
   };
   const auto fresh = make();
   EXPECT_TRUE(fresh->isValid());
@@ -196,14 +198,14 @@ TEST(ZEBTimer, OnARunLoopLivesUntilInvalidated) {
         NSRunLoop::currentRunLoop()->stop();
       },
       true);
-  timer.lock()->setTolerance(0.0001);
+  timer.lock()->setTolerance(100us);
   NSRunLoop::currentRunLoop()->run();
   EXPECT_EQ(firings, 3);
   EXPECT_FALSE(timer.lock());
 
   // One that does not repeat, and whose date is moved.
   const auto once = ZEBTimer::scheduledTimerWithTimeInterval(
-      hour, [](const Ref<ZEBTimer>&) { NSRunLoop::currentRunLoop()->stop(); }, false);
+      1h, [](const Ref<ZEBTimer>&) { NSRunLoop::currentRunLoop()->stop(); }, false);
   once->setFireDate(NSDate::date());
   NSRunLoop::currentRunLoop()->run();
   EXPECT_FALSE(once->isValid());
@@ -232,7 +234,7 @@ TEST(ZEBTimer, OnAQueueIsKeptByItsOwnerOnly) {
   EXPECT_EQ(firings, 3);
 
   const auto once = ZEBTimer::queuedTimerOnQueue(
-      queue, hour, [&](const Ref<ZEBTimer>&) { dispatch_semaphore_signal(fired); }, false);
+      queue, 1h, [&](const Ref<ZEBTimer>&) { dispatch_semaphore_signal(fired); }, false);
   once->setTolerance(0.001);
   EXPECT_TRUE(once->isValid());
   once->setFireDate(NSDate::date());
@@ -355,7 +357,7 @@ TEST(ZEBTimer, StandsEverythingAtOnce) {
     std::atomic<int> firings = 0;
     {
       const auto timer = makeRef<ZEBTimer>(
-          NSDate::date(), 0.00001,
+          NSDate::date(), 10us,
           [&, probe = makeRef<test::Probe>(deaths)](const Ref<ZEBTimer>&) { ++firings; }, true,
           pause);
       timer->applyToQueue(queue);
