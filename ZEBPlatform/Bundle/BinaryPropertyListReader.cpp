@@ -15,13 +15,14 @@ namespace zeb::detail {
 namespace {
 
 constexpr std::size_t headerSize = 8;    // "bplist00"
-constexpr std::size_t trailerSize = 32;  // the last bytes: widths, counts, places
+constexpr std::size_t trailerSize = 32;  // the last bytes: widths, counts, offsets
 
 constexpr const char* damaged = "its tables are damaged";
 constexpr const char* unknown = "it holds an object of unknown kind";
 
-/// Walks the objects from the root, and shared ones each time that they are referred to. How many and how
-/// much they come to is limited, because few objects can refer to each other very often.
+/// Walks the objects from the root, and shared ones each time they are referred to. The number of
+/// visits and the total of text and data are limited, because a few objects can refer to each other
+/// very often.
 class Reader {
  public:
   Reader(std::string_view document, bool keepsMutable)
@@ -50,8 +51,8 @@ class Reader {
 
  private:
   struct Container {
-    std::uint64_t place;        ///< of the next reference: a key's in a dictionary
-    std::uint64_t left;         ///< elements or entries
+    std::uint64_t place;        ///< offset of the next reference: a key's in a dictionary
+    std::uint64_t left;         ///< elements or entries that are still to be read
     std::uint64_t valuesAhead;  ///< bytes from a key's reference to its value's; 0 in an array
   };
   struct Object {
@@ -84,7 +85,7 @@ class Reader {
     if (!isSound) fail(damaged);
   }
 
-  /// Where an object lies and what its first byte says; its place is 0 after a fault.
+  /// The object's offset and the two halves of its first byte. The offset is 0 after a fault.
   Object objectAt(std::uint64_t index) noexcept {
     const std::uint64_t place =
         index < count_ ? number(offsets_ + index * offsetWidth_, offsetWidth_) : 0;
@@ -117,13 +118,13 @@ class Reader {
         partsOf(object, isDictionary ? 2 * referenceWidth_ : referenceWidth_);
     if (builder_.hasFault()) return;
     isDictionary ? builder_.openDictionary() : builder_.openArray();
-    // All keys, then all values.
+    // All keys come first, then all values.
     if (!builder_.hasFault()) {
       open_.push_back({begin, count, isDictionary ? count * referenceWidth_ : 0});
     }
   }
 
-  /// Place and number of an object's parts. The number may stand in an integer of its own.
+  /// Offset and number of an object's parts. A large number is stored in a separate integer.
   std::pair<std::uint64_t, std::uint64_t> partsOf(const Object& object, std::uint64_t partWidth) {
     std::uint64_t begin = object.place + 1;
     std::uint64_t count = object.size;
@@ -147,12 +148,12 @@ class Reader {
     const std::uint64_t unitWidth = object.kind == 0x6 ? 2 : 1;
     const auto [begin, count] = partsOf(object, unitWidth);
     payload_ += count * unitWidth;
-    if (payload_ > maxPayload_) fail("it comes to too much text or data");
+    if (payload_ > maxPayload_) fail("it contains too much text or data");
     if (builder_.hasFault()) return nullptr;
     const std::string_view bytes = document_.substr(begin, count * unitWidth);
     if (object.kind == 0x4) return NSData::dataWithBytes(bytes);
     if (object.kind == 0x5) {
-      // ASCII; writers that put UTF-8 there are understood as well.
+      // The format says ASCII, but some writers store UTF-8.
       Value string = NSString::stringWithUTF8(bytes);
       if (string.isNil()) fail("it has a text that is neither ASCII nor UTF-8");
       return string;
@@ -187,7 +188,7 @@ class Reader {
     return nullptr;
   }
 
-  /// Of up to four bytes unsigned, else signed.
+  /// Up to four bytes are unsigned, more are signed.
   Value integerAt(std::uint64_t begin, std::uint64_t length) {
     const std::uint64_t low = number(begin + length - std::min<std::uint64_t>(length, 8),
                                      std::min<std::uint64_t>(length, 8));
@@ -214,7 +215,7 @@ class Reader {
   std::uint64_t referenceWidth_ = 0;
   std::uint64_t count_ = 0;
   std::uint64_t root_ = 0;
-  std::uint64_t offsets_ = 0;  ///< where the table of objects' places begins, and the objects end
+  std::uint64_t offsets_ = 0;  ///< where the table of offsets begins and the objects end
   std::uint64_t payload_ = 0;
   std::vector<Container> open_;
 };

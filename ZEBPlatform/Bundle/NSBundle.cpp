@@ -44,7 +44,7 @@ struct MainBundle {
   bool isAskedFor = false;
 };
 
-/// Never destroyed: other static objects may ask while the process ends.
+/// Never destroyed: static objects may use it while the process exits.
 MainBundle& mainBundleSlot() {
   static auto* slot = new MainBundle;
   return *slot;

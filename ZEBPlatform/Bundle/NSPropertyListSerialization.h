@@ -9,7 +9,7 @@
 
 namespace zeb {
 
-/// The forms that property lists come in.
+/// The forms of property lists.
 enum NSPropertyListFormat : std::uint64_t {
   NSPropertyListXMLFormat_v1_0 = 100,
   NSPropertyListBinaryFormat_v1_0 = 200,
@@ -26,27 +26,29 @@ enum NSPropertyListReadOptions : std::uint64_t {
 /// document count as often as they are referred to.
 inline constexpr std::size_t NSPropertyListMaximumSize = std::size_t{16} << 20;  ///< bytes
 inline constexpr std::size_t NSPropertyListMaximumDepth = 512;
-/// And never more than the document has bytes.
+/// Objects in one document. A binary document may also have no more objects than bytes.
 inline constexpr std::size_t NSPropertyListMaximumObjectCount = 1'000'000;
-/// Times the document's size: text and data that a binary document may come to.
+/// Total of text and data in a binary document, as a multiple of the document's size.
 inline constexpr std::size_t NSPropertyListMaximumExpansion = 32;
 
 /// Reader of property lists, XML and binary: Info.plist files above all. No state; any thread.
 class NSPropertyListSerialization {
  public:
-  /// Reads one document. Nil and an error (NSCocoaErrorDomain, NSPropertyListReadCorruptError, with a
-  /// description) when it is malformed, beyond the limits above, or of another form; no data at all is
-  /// malformed too. `format` gets the document's form on success.
+  /// Reads one document. Nil and an error (NSCocoaErrorDomain, NSPropertyListReadCorruptError, with
+  /// a description) when it is malformed, beyond the limits above, or of another form. Nil and
+  /// empty data are malformed too. `format` receives the document's form on success.
   ///
-  /// Strings, data, booleans, dates, arrays and dictionaries become what they are; integers signed
-  /// 64-bit numbers or, above these, unsigned ones; reals doubles; an archive's UID the dictionary
-  /// {"CF$UID": number}. Of equal keys the last one's value wins.
+  /// Strings, data, booleans, dates, arrays and dictionaries become values of the same kind.
+  /// Integers become signed 64-bit numbers or, if larger, unsigned ones; reals become doubles; an
+  /// archive's UID becomes the dictionary {"CF$UID": number}. Of equal keys the last one's value
+  /// wins.
   ///
-  /// XML must be well-formed, in UTF-8, UTF-16, ISO 8859-1 or ASCII as it declares, with one value in
-  /// <plist> or by itself. A document type may be named but must not declare anything, so that there are no
-  /// entities but XML's own. Integers are decimal, or hexadecimal behind "0x"; dates have the form
-  /// 2001-01-02T03:04:05Z. Integers beyond 64 bits and reals beyond every double are errors. The time taken
-  /// is proportional to what the document may come to within the limits.
+  /// XML must be well-formed, in UTF-8, UTF-16, ISO 8859-1 or ASCII as it declares, with one value
+  /// in <plist> or by itself. A document type may be named but must not contain declarations, so
+  /// that only XML's own entities exist. Integers are decimal, or hexadecimal after "0x"; dates
+  /// have the form 2001-01-02T03:04:05Z. Integers beyond 64 bits and reals beyond the range of
+  /// doubles are errors. The time taken is proportional to the number of objects and bytes within
+  /// the limits.
   [[nodiscard]] static Value propertyListWithData(const NSData& data, std::uint64_t options = 0,
                                                   NSPropertyListFormat* format = nullptr,
                                                   NSError* error = nullptr);

@@ -19,10 +19,10 @@ void PropertyListBuilder::openDictionary() { open(NSMutableDictionary()); }
 void PropertyListBuilder::open(Value collection) {
   if (open_.size() == NSPropertyListMaximumDepth) {
     static constexpr auto fault = numberedText<NSPropertyListMaximumDepth>(
-        "it is nested more than ", " levels deep, or in a circle");
+        "it is nested more than ", " levels deep, or in a cycle");
     return fail(fault.c_str());
   }
-  if (admitsValue()) open_.push_back({std::move(collection), nullptr});
+  if (canTakeValue()) open_.push_back({std::move(collection), nullptr});
 }
 
 void PropertyListBuilder::setKey(NSString key) {
@@ -34,7 +34,7 @@ void PropertyListBuilder::setKey(NSString key) {
 }
 
 void PropertyListBuilder::add(Value value) {
-  if (admitsValue()) store(std::move(value));
+  if (canTakeValue()) store(std::move(value));
 }
 
 void PropertyListBuilder::closeCollection() {
@@ -51,10 +51,10 @@ PropertyListReading PropertyListBuilder::finish() {
   return {std::move(root_), {}};
 }
 
-bool PropertyListBuilder::admitsValue() noexcept {
+bool PropertyListBuilder::canTakeValue() noexcept {
   if (hasFault()) return false;
   if (++values_ > maxValues_) {
-    fail("it comes to too many objects");
+    fail("it contains too many objects");
   } else if (!isInCollection() && !root_.isNil()) {
     fail("it holds more than one value");
   } else if (isInDictionary() && open_.back().key.isNil()) {

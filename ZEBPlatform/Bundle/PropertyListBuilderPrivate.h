@@ -8,8 +8,9 @@
 
 namespace zeb::detail {
 
-/// Builds the tree of a property list from its parts in the document's order, and enforces the limits of
-/// depth and number that both forms have in common. The first fault counts; after it nothing is built.
+/// Builds the tree of a property list from its parts in the document's order, and enforces the
+/// limits of depth and number that both forms share. Keeps the first fault, and builds nothing
+/// after it.
 class PropertyListBuilder {
  public:
   PropertyListBuilder(std::size_t maxValues, bool keepsMutable) noexcept
@@ -19,7 +20,7 @@ class PropertyListBuilder {
   void openDictionary();
   /// The key of the value that comes next in the open dictionary.
   void setKey(NSString key);
-  /// A value that is complete, where the document stands.
+  /// Adds a complete value to the open collection, or as the root.
   void add(Value value);
   void closeCollection();
 
@@ -37,12 +38,12 @@ class PropertyListBuilder {
  private:
   struct Collection {
     Value value;
-    NSString key;  ///< nil while none waits for its value
+    NSString key;  ///< the key whose value comes next; nil while there is none
   };
 
   void open(Value collection);
-  /// Whether one more value may stand here.
-  bool admitsValue() noexcept;
+  /// Whether the document may contain one more value at this point; else a fault is set.
+  bool canTakeValue() noexcept;
   void store(Value value);
 
   const std::size_t maxValues_;

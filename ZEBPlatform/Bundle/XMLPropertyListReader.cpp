@@ -31,7 +31,8 @@ std::string_view trimmed(std::string_view text) noexcept {
   return text.substr(begin, text.find_last_not_of(space) + 1 - begin);
 }
 
-/// Decimal, or hexadecimal behind "0x", with or without a sign; nil if the text is no integer or beyond 64 bits.
+/// Decimal, or hexadecimal after "0x", with or without a sign; nil if the text is no integer or
+/// exceeds 64 bits.
 Value integerOf(std::string_view text) {
   text = trimmed(text);
   const bool isNegative = text.starts_with('-');
@@ -43,16 +44,16 @@ Value integerOf(std::string_view text) {
   const auto [last, failure] =
       std::from_chars(text.data(), end, magnitude, isHexadecimal ? 16 : 10);
   if (failure != std::errc() || last != end) return nullptr;
-  constexpr auto most = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-  if (magnitude <= most) {
+  constexpr auto max = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+  if (magnitude <= max) {
     const auto number = static_cast<std::int64_t>(magnitude);
     return isNegative ? -number : number;
   }
   if (!isNegative) return magnitude;
-  return magnitude == most + 1 ? Value(std::numeric_limits<std::int64_t>::min()) : Value();
+  return magnitude == max + 1 ? Value(std::numeric_limits<std::int64_t>::min()) : Value();
 }
 
-/// Nil if the text is no number or beyond every double.
+/// Nil if the text is no number or beyond the range of doubles.
 Value realOf(std::string_view text) {
   text = trimmed(text);
   if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
@@ -66,7 +67,8 @@ Value realOf(std::string_view text) {
   return isNegative ? -0.0 : 0.0;
 }
 
-/// year-month-dayThour:minute:secondZ with all zeros written; nil when it is no such time.
+/// Takes the form 0000-00-00T00:00:00Z with all leading zeros; nil for other text and invalid
+/// dates.
 Value dateOf(std::string_view text) {
   constexpr std::string_view form = "0000-00-00T00:00:00Z";
   text = trimmed(text);
@@ -90,13 +92,13 @@ Value dateOf(std::string_view text) {
   return NSDate::dateWithTimeIntervalSince1970(days * 86400 + hour * 3600 + minute * 60 + second);
 }
 
-/// Base64 with white space anywhere; nil if the text is not base64.
+/// Base64 that may contain white space; nil if the text is not base64.
 Value dataOf(std::string text) {
   std::erase_if(text, isSpace);
   return NSData::dataWithBase64EncodedString(text);
 }
 
-/// Reads the events of the XML parser.
+/// Passes the XML parser's events to the builder.
 class Reader {
  public:
   explicit Reader(bool keepsMutable) : builder_(NSPropertyListMaximumObjectCount, keepsMutable) {
@@ -115,21 +117,22 @@ class Reader {
       handle(self,
              [&](Reader& reader) { reader.takeText({text, static_cast<std::size_t>(length)}); });
     });
-    // Only an inner document type can declare entities, whose expansion is unlimited.
+    // An internal document type can declare entities, whose expansion is unlimited.
     XML_SetStartDoctypeDeclHandler(parser_.get(), [](void* self, const XML_Char*, const XML_Char*,
                                                      const XML_Char*, int hasInnerDeclarations) {
       handle(self, [&](Reader& reader) {
         if (hasInnerDeclarations) reader.builder_.fail("its document type has declarations");
       });
     });
-    // What an outer document type declares is not read.
+    // Declarations of an external document type are not read.
     XML_SetSkippedEntityHandler(parser_.get(), [](void* self, const XML_Char*, int) {
       handle(self, [](Reader& reader) { reader.builder_.fail("it refers to an unknown entity"); });
     });
   }
 
   PropertyListReading read(std::string_view document) {
-    // All at once: given in parts, long tokens would be looked at again with each part.
+    // The document is parsed in one call: in parts, long tokens would be scanned again with each
+    // part.
     const XML_Status status =
         XML_Parse(parser_.get(), document.data(), static_cast<int>(document.size()), XML_TRUE);
     if (exception_) std::rethrow_exception(exception_);
@@ -143,17 +146,18 @@ class Reader {
   }
 
  private:
-  enum class Kind { Key, String, Integer, Real, Date, Data, True, False };
+  enum class Kind { key, string, integer, real, date, data, booleanTrue, booleanFalse };
 
   struct Free {
     void operator()(XML_Parser parser) const noexcept { XML_ParserFree(parser); }
   };
 
-  /// Handles an event, and ends the parsing after a fault. No exception passes through the parser.
+  /// Handles an event, and stops the parser after a fault. Exceptions do not pass through the
+  /// parser.
   template <class Work>
   static void handle(void* self, const Work& work) noexcept {
     Reader& reader = *static_cast<Reader*>(self);
-    // The parser may report another event or two after it was told to stop.
+    // The parser may report a few more events after it was told to stop.
     if (reader.isStopped_) return;
     try {
       work(reader);
@@ -171,9 +175,9 @@ class Reader {
     if (name == "array") return builder_.openArray();
     if (name == "dict") return builder_.openDictionary();
     constexpr std::pair<std::string_view, Kind> leaves[] = {
-        {"key", Kind::Key},   {"string", Kind::String}, {"integer", Kind::Integer},
-        {"real", Kind::Real}, {"date", Kind::Date},     {"data", Kind::Data},
-        {"true", Kind::True}, {"false", Kind::False}};
+        {"key", Kind::key},          {"string", Kind::string},     {"integer", Kind::integer},
+        {"real", Kind::real},        {"date", Kind::date},         {"data", Kind::data},
+        {"true", Kind::booleanTrue}, {"false", Kind::booleanFalse}};
     for (const auto& [leafName, kind] : leaves) {
       if (name != leafName) continue;
       leaf_ = kind;
@@ -201,21 +205,21 @@ class Reader {
 
   void endLeaf(Kind kind) {
     switch (kind) {
-      case Kind::Key:
+      case Kind::key:
         return builder_.setKey(NSString::stringWithUTF8(text_));
-      case Kind::String:
+      case Kind::string:
         return builder_.add(NSString::stringWithUTF8(text_));
-      case Kind::Integer:
+      case Kind::integer:
         return addUnlessNil(integerOf(text_), "it has an invalid integer, or one beyond 64 bits");
-      case Kind::Real:
+      case Kind::real:
         return addUnlessNil(realOf(text_), "it has an invalid real number, or one out of range");
-      case Kind::Date:
+      case Kind::date:
         return addUnlessNil(dateOf(text_), "it has an invalid date");
-      case Kind::Data:
+      case Kind::data:
         return addUnlessNil(dataOf(std::move(text_)), "it has data that is no base64");
-      case Kind::True:
-      case Kind::False:
-        return addUnlessNil(trimmed(text_).empty() ? Value(kind == Kind::True) : Value(),
+      case Kind::booleanTrue:
+      case Kind::booleanFalse:
+        return addUnlessNil(trimmed(text_).empty() ? Value(kind == Kind::booleanTrue) : Value(),
                             "it has a boolean with a content");
     }
   }

@@ -1,11 +1,13 @@
 #pragma once
 
-// The one place that reaches below fmt's public interface: its shortest decimal conversion, without
-// the formatting around it. With a version whose insides are not known, the standard library does it.
+// The only header that uses fmt's internal functions: its shortest decimal conversion, without the
+// formatting around it. With an fmt version whose internals are unknown, the standard library
+// converts instead.
 //
-// The conversion is compiled here and not taken from fmt's library, because the library's goes by a
-// compressed table, which makes it a third slower. Hidden, so that nobody else's fmt meets ours.
-// What fmt includes is included first, so that it stays visible.
+// The conversion is compiled here because the one in fmt's library uses a compressed table, which
+// makes it a third slower. Its symbols are hidden, so that they cannot collide with another fmt in
+// the program. The headers that fmt includes are included first, so that their symbols stay
+// visible.
 #include <algorithm>
 #include <cctype>
 #include <cerrno>

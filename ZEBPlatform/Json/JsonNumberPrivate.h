@@ -13,10 +13,10 @@
 
 namespace zeb::detail {
 
-/// Where a number ended, and why not.
+/// Where a number ends, or what is wrong with it.
 struct JsonNumberEnd {
-  const char* end = nullptr;    ///< behind the last character taken; null when malformed
-  const char* fault = nullptr;  ///< what is wrong then
+  const char* end = nullptr;    ///< past the last character taken; null when malformed
+  const char* fault = nullptr;  ///< why the number is malformed; else null
 };
 
 namespace json_number {
@@ -30,14 +30,14 @@ inline bool isEightDigits(std::uint64_t word) noexcept {
           (((word + 0x0606060606060606u) & 0xF0F0F0F0F0F0F0F0u) >> 4)) == 0x3333333333333333u;
 }
 
-/// The number that eight digit characters spell, by pairs, fours, and all at once.
+/// The value of eight digit characters. Combines them into pairs, then fours, then all eight.
 inline std::uint64_t valueOfEightDigits(std::uint64_t word) noexcept {
   word = (word & 0x0F0F0F0F0F0F0F0Fu) * 2561 >> 8;
   word = (word & 0x00FF00FF00FF00FFu) * 6553601 >> 16;
   return (word & 0x0000FFFF0000FFFFu) * 42949672960001u >> 32;
 }
 
-/// Takes digits; the mantissa wraps when they are too many, which their count tells.
+/// Takes digits. More than 19 of them may overflow the mantissa; the caller counts them.
 inline const char* takeDigits(const char* at, const char* limit, std::uint64_t& mantissa) noexcept {
   while (limit - at >= 8) {
     std::uint64_t word;
@@ -74,7 +74,7 @@ struct Target {
   }
 };
 
-/// The exact way, for what the fast ways can't tell.
+/// The exact conversion, for numbers that the fast ones cannot decide.
 [[gnu::noinline]] inline JsonNumberEnd convertExactly(const char* start, const char* end,
                                                       Target target) noexcept {
   double number = 0;
@@ -88,7 +88,7 @@ struct Target {
   return {end, nullptr};
 }
 
-/// Integers of 19 digits and more, which may not fit.
+/// For integers of 19 digits and more, which may not fit into 64 bits.
 [[gnu::noinline]] inline JsonNumberEnd convertLongInteger(const char* start, const char* end,
                                                           Target target) noexcept {
   std::int64_t asSigned;
@@ -105,10 +105,10 @@ struct Target {
 
 }  // namespace json_number
 
-/// Reads the number that starts at `start` and must end before `limit` (RFC 8259, section 6), into the
-/// two words of a value. Integers stay exact as signed or unsigned 64-bit where they fit; -0, fractions
-/// and larger integers become the nearest double; what is larger than every double is malformed. What
-/// follows the number is the caller's to check.
+/// Reads the number that starts at `start` and must end before `limit` (RFC 8259, section 6), into
+/// the two words of a value. Integers stay exact as signed or unsigned 64-bit where they fit; -0,
+/// fractions and larger integers become the nearest double; a number beyond the range of doubles is
+/// malformed. The caller checks what follows the number.
 [[gnu::always_inline]] inline JsonNumberEnd readJsonNumber(const char* start, const char* limit,
                                                            std::uint64_t& head,
                                                            std::uint64_t& payload) noexcept {

@@ -12,8 +12,9 @@ namespace {
 constexpr std::uint64_t hundredMillion = 100'000'000;
 constexpr std::uint64_t zeroCharacters = 0x3030303030303030u;
 
-/// The eight digits of a number below 10⁸, one a byte, the first one lowest: halved into fours, twos
-/// and ones, all parts at once. The multiplications divide by 100 and by 10 for what occurs here.
+/// The eight digits of a number below 10⁸, one in each byte, the first in the lowest. The number is
+/// split into groups of four, two and one digits, all groups in parallel. Within the range that
+/// occurs here, the multiplications divide by 100 and by 10.
 constexpr std::uint64_t eightDigits(std::uint32_t number) noexcept {
   const std::uint64_t fours = number / 10000 | std::uint64_t{number % 10000} << 32;
   const std::uint64_t hundreds = (fours * 10486 >> 20) & 0x0000007F0000007Fu;
@@ -41,7 +42,7 @@ char* writeFewDigits(char* target, std::uint32_t number) noexcept {
   return target + 8 - zeros / 8;
 }
 
-/// Without leading zeros. May write eight bytes more than it says.
+/// Without leading zeros. May write up to eight bytes past the returned end.
 char* writeDigits(char* target, std::uint64_t number) noexcept {
   const auto part = [](std::uint64_t digits) { return static_cast<std::uint32_t>(digits); };
   if (number < hundredMillion) return writeFewDigits(target, part(number));
@@ -65,12 +66,12 @@ constexpr std::array<std::uint64_t, 20> powersOfTen = [] {
 /// How many decimal digits a number has; 1 for 0.
 int digitCount(std::uint64_t number) noexcept {
   const auto bits = static_cast<unsigned>(64 - __builtin_clzll(number | 1));
-  const unsigned guess = bits * 1233 >> 12;  // of the logarithm to base 10, at most one too high
+  const unsigned guess = bits * 1233 >> 12;  // of the decimal logarithm; at most one too high
   return static_cast<int>(guess + 1 - (number < powersOfTen[guess]));
 }
 
-/// The digits of a significand, filled up with zeros to seventeen: all doubles' have at most those. The
-/// length of the number does not decide about any jump on the way.
+/// The digits of a significand, filled up with zeros to seventeen, which is the most that a double
+/// has. No branch depends on the number of digits, because it would be mispredicted.
 class SeventeenDigits {
  public:
   SeventeenDigits(std::uint64_t significand, int count) noexcept {
@@ -89,13 +90,13 @@ class SeventeenDigits {
     std::memcpy(target + 9, &last_, 8);
   }
 
-  /// With a point after `before` digits, of which there are 1 to 8.
+  /// With a point after `before` digits (1 to 8).
   void writeWithPoint(char* target, int before) const noexcept {
-    const std::uint64_t behindPoint = middle_ >> (8 * (before - 1));
+    const std::uint64_t afterPoint = middle_ >> (8 * (before - 1));
     *target = first_;
     std::memcpy(target + 1, &middle_, 8);
     target[before] = '.';
-    std::memcpy(target + before + 1, &behindPoint, 8);
+    std::memcpy(target + before + 1, &afterPoint, 8);
     std::memcpy(target + 10, &last_, 8);
   }
 
@@ -105,7 +106,7 @@ class SeventeenDigits {
   std::uint64_t last_;
 };
 
-/// From here on plain digits would be read as an integer that may not be the double.
+/// From here on, plain digits would be read back as an integer that may differ from the double.
 constexpr double firstInexactInteger = 9007199254740992.0;  // 2^53
 
 template <class Number>
@@ -141,7 +142,7 @@ char* writeShortest(char* target, Number number) noexcept {
     target[point] = '.';
     return target + count + 1;
   }
-  digits.write(target + 1);  // of which the first digit goes before the point
+  digits.write(target + 1);  // the first digit moves before the point
   target[0] = digits.first();
   target[1] = '.';
   char* end = count > 1 ? target + 1 + count : target + 1;

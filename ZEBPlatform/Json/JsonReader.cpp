@@ -21,7 +21,8 @@ namespace {
 
 static_assert(sizeof(Words) == sizeof(Value) && 2 * sizeof(Words) == sizeof(DictionaryEntry));
 
-/// Copies a few words without a call, in whole blocks: both sides have room for that.
+/// Copies in whole blocks, without a call for few words. Both sides have room for a whole last
+/// block.
 void copyWords(void* target, const Words* source, std::size_t count) noexcept {
   constexpr std::size_t fewWords = 32;
   constexpr std::size_t blockSize = WordStack::wordsAtOnce * sizeof(Words);
@@ -37,8 +38,8 @@ void copyWords(void* target, const Words* source, std::size_t count) noexcept {
   }
 }
 
-/// A tree up to this size may waste half of it.
-constexpr std::size_t smallTree = 8192;
+/// Up to this size (in bytes), a tree may waste half of its memory.
+constexpr std::size_t smallTreeSize = 8192;
 
 constexpr std::array<bool, 256> tokenEnds = [] {
   std::array<bool, 256> ends{};
@@ -50,17 +51,17 @@ constexpr std::array<bool, 256> tokenEnds = [] {
 
 bool endsToken(char character) noexcept { return tokenEnds[static_cast<unsigned char>(character)]; }
 
-/// What a plain string must not hold: escapes, and bytes outside ASCII.
+/// The bytes that a plain string does not contain: escapes, and bytes outside ASCII.
 ByteBlock needsDecoding(ByteBlock block) noexcept {
   return reinterpret_cast<ByteBlock>((block == '\\') | (block >= 0x80));
 }
 
-/// Whether one of a word's eight bytes begins an escape.
+/// Whether one of a word's eight bytes is a backslash.
 constexpr bool hasBackslash(std::uint64_t word) noexcept {
   return zeroBytes(word ^ everyByte('\\')) != 0;
 }
 
-/// As `loadTail`, of bytes that have a whole word's room behind them.
+/// The same as `loadTail`, for bytes with a whole readable word after their start.
 std::uint64_t loadTailAtOnce(const char* bytes, std::size_t count) noexcept {
   return loadWord(bytes) & ((std::uint64_t{1} << (8 * count)) - 1);
 }
@@ -78,7 +79,7 @@ class TreeReader {
       : text_(text),
         limit_(text.data() + text.size()),
         scratch_(scratch),
-        arena_(Arena::create(std::min(2 * text.size(), smallTree + text.size() / 4) + 64)) {
+        arena_(Arena::create(std::min(2 * text.size(), smallTreeSize + text.size() / 4) + 64)) {
     scratch_.keys.startDocument();
   }
   TreeReader(const TreeReader&) = delete;
@@ -102,7 +103,7 @@ class TreeReader {
       reading.fault = fault_;
       return reading;
     }
-    // The one counted reference: the root's to the arena.
+    // The root holds the only counted reference to the arena.
     if (Value::isCountedHead(stack->head)) arena_->retain();
     reading.value = Value(Value::adoptWords, stack->head, stack->payload);
     return reading;
@@ -114,11 +115,11 @@ class TreeReader {
     return false;
   }
 
-  /// `top` is where the next value goes, here and below.
+  /// `top` is where the next value is stored, here and in the functions below.
   bool readTree(const std::uint32_t* next, const std::uint32_t* const end, Words* top) {
     const char* const text = text_.data();
     struct Level {
-      Words* base;  ///< its first value
+      Words* base;  ///< where its first value is
       bool isDictionary;
     };
     std::array<Level, maxJsonNesting> levels;
@@ -138,7 +139,8 @@ class TreeReader {
           const bool isDictionary = text[at] == '{';
           if (depth == maxJsonNesting) return fail(jsonNestingFault.c_str(), at);
           levels[depth++] = {top, isDictionary};
-          if (next != end && text[*next] == (isDictionary ? '}' : ']')) break;  // closed below
+          if (next != end && text[*next] == (isDictionary ? '}' : ']'))
+            break;  // the loop below closes it
           if (isDictionary && !readKey(next, end, top)) return false;
           continue;
         }
@@ -156,7 +158,7 @@ class TreeReader {
           if (!readNumber(at, top)) return false;
       }
 
-      // A value has ended here: now a comma, or the ends of collections.
+      // A value has ended here. A comma or the end of a collection follows.
       for (;;) {
         if (depth == 0) {
           if (next != end) return fail("Something follows the root", *next);
@@ -211,20 +213,21 @@ class TreeReader {
     return true;
   }
 
-  /// Memory for a node. Chunks after the first are as large as the rest of the text will take if it
-  /// goes on as it has so far, so that a tree wastes little.
+  /// Memory for a node. Chunks after the first are sized for the rest of the text, estimated from
+  /// what the text needed so far, so that a tree wastes little memory.
   void* allocate(std::size_t size) {
     if (!arena_->hasRoom(size)) {
       const double progress =
           static_cast<double>(place_ + 1) / static_cast<double>(text_.size() + 1);
       const double rest = static_cast<double>(arena_->footprint()) * (1 - progress) / progress;
       arena_->setNextChunkSize(std::min(static_cast<std::size_t>(rest * 1.05), 2 * text_.size()) +
-                               smallTree / 8);
+                               smallTreeSize / 8);
     }
     return arena_->allocate(size);
   }
 
-  /// What stands between the quotes, of a string at `at`: its end is found from the next token.
+  /// The text between the quotes of the string at `at`. Its end is found by searching back from the
+  /// next token.
   std::string_view stringAt(std::uint32_t at, const std::uint32_t* next,
                             const std::uint32_t* end) const noexcept {
     const char* start = text_.data() + at + 1;
@@ -233,8 +236,8 @@ class TreeReader {
     return {start, static_cast<std::size_t>(quote - start)};
   }
 
-  /// Whether a whole block may be read from any place in `raw`.
-  bool hasBlockBehind(std::string_view raw) const noexcept {
+  /// Whether a whole block can be read from any position in `raw`.
+  bool hasBlockAfter(std::string_view raw) const noexcept {
     return static_cast<std::size_t>(limit_ - raw.data()) >= raw.size() + sizeof(ByteBlock);
   }
 
@@ -263,18 +266,18 @@ class TreeReader {
     return true;
   }
 
-  /// The string that `raw` stands for; null after a fault.
+  /// The string that `raw` denotes; null after a fault.
   StringStorage* newStringOf(std::string_view raw) {
     StringStorage* string = newPlainString(raw);
     return string ? string : newDecodedString(raw);
   }
 
-  /// The string of text that is ASCII without escapes, else null. Copies and looks in one go.
+  /// The string of text that is ASCII without escapes, else null. Copies and checks in one pass.
   StringStorage* newPlainString(std::string_view raw) {
     StringStorage* string = newString(raw.size(), 0, raw.size());
     char* target = contentOf<char>(string);
     bool plain;
-    if (hasBlockBehind(raw)) {
+    if (hasBlockAfter(raw)) {
       ByteBlock found{};
       std::size_t offset = 0;
       for (; offset + sizeof(ByteBlock) <= raw.size(); offset += sizeof(ByteBlock)) {
@@ -302,15 +305,15 @@ class TreeReader {
     return string || fault_.message ? string : newWideString(raw);
   }
 
-  /// The string of text whose only speciality is escapes of ASCII; null after a fault or when there is
-  /// more to it.
+  /// The string of ASCII text with escapes of ASCII characters; null after a fault and for other
+  /// text.
   StringStorage* newUnescapedString(std::string_view raw) {
     StringStorage* string = newString(raw.size(), 0, 0);
     char* const bytes = contentOf<char>(string);
     char* target = bytes;
     while (!raw.empty()) {
       if (raw.size() >= sizeof(ByteBlock)) {
-        // The block is written whole; what of it was special is overwritten at once.
+        // The whole block is written; the part after the first special byte is overwritten next.
         const ByteBlock block = loadBlock(raw.data());
         std::memcpy(target, &block, sizeof block);
         const std::size_t plain = firstSet(needsDecoding(block));
@@ -360,8 +363,8 @@ class TreeReader {
     return string;
   }
 
-  /// Takes a sequence of two to four bytes, which the first pass found well-formed; answers where the
-  /// next one begins.
+  /// Decodes a sequence of two to four bytes, which the first pass found well-formed. Returns where
+  /// the next sequence begins.
   [[gnu::always_inline]] static const char* takeMultiByte(const char* at,
                                                           char16_t*& target) noexcept {
     const auto bits = [at](std::size_t index) {
@@ -382,10 +385,10 @@ class TreeReader {
     return at + 2;
   }
 
-  /// Takes one escape. Escaped surrogates are units like any other, in pairs or alone.
+  /// Decodes one escape. Escaped surrogates are ordinary units, paired or not.
   bool takeEscape(std::string_view& raw, char16_t& unit) noexcept {
     const auto offset = static_cast<std::size_t>(raw.data() - text_.data());
-    // A backslash never stands last: then the quote after it would not have ended the string.
+    // A backslash is never the last character: the quote after it would not have ended the string.
     const char character = raw[1];
     raw.remove_prefix(2);
     switch (character) {
@@ -436,7 +439,7 @@ class TreeReader {
     }
     const std::string_view key = stringAt(at, next, end);
     ++next;
-    if (!hasBlockBehind(key)) return readUnusualKey(key, top);
+    if (!hasBlockAfter(key)) return readUnusualKey(key, top);
 
     bool escaped = false;
     const std::uint32_t hash =
@@ -456,7 +459,7 @@ class TreeReader {
     return true;
   }
 
-  /// A key with escapes, or at the text's very end. Such keys are not shared.
+  /// For a key with escapes, or at the end of the text. Such keys are not shared.
   [[gnu::noinline]] bool readUnusualKey(std::string_view key, Words*& top) {
     const StringStorage* string = newStringOf(key);
     if (!string) return false;
@@ -492,7 +495,7 @@ class TreeReader {
   JsonScratch& scratch_;
   Arena* arena_;
   JsonFault fault_;
-  std::uint32_t place_ = 0;  ///< of the value that is being read
+  std::uint32_t place_ = 0;  ///< offset of the value that is being read
 };
 
 }  // namespace

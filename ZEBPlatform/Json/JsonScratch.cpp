@@ -11,10 +11,10 @@ namespace zeb::detail {
 
 namespace {
 
-/// Address space, most of which holds no memory, that a thread keeps.
+/// Bytes of address space that a thread may keep. Most of it holds no memory.
 constexpr std::size_t maxReservedBytes = std::size_t{64} << 20;
 
-// How what a thread may always keep is divided when the rest has to be given back.
+// How the memory that a thread may always keep is divided when the rest has to be given back.
 constexpr std::size_t maxKeptIndexBytes = JsonScratchLease::maxKeptBytesPerThread / 2;
 constexpr std::size_t maxKeptStackBytes = JsonScratchLease::maxKeptBytesPerThread / 4;
 constexpr std::size_t maxKeptKeyBytes = JsonScratchLease::maxKeptBytesPerThread / 4;
@@ -29,14 +29,15 @@ bool takeSharedBytes(std::size_t bytes) noexcept {
   return true;
 }
 
-/// What the calling thread keeps. Needs no destruction, so that it can be used until the very end.
+/// What the calling thread keeps. Has no destructor, so that it can be used until the thread has
+/// ended.
 struct Kept {
   JsonScratch* scratch;
   bool threadIsEnding;
 };
 thread_local constinit Kept kept{};
 
-/// Frees what the thread has kept when it ends. What is read after that keeps nothing.
+/// Frees what the thread has kept when the thread ends. Documents read after that keep nothing.
 struct Keeper {
   bool isArmed = false;
   ~Keeper() {
@@ -61,7 +62,7 @@ Words* WordStack::reserve(std::size_t words) {
   return memory_.get();
 }
 
-void WordStack::discardBehind(std::size_t bytes) noexcept {
+void WordStack::discardAfter(std::size_t bytes) noexcept {
   if (usedBytes() <= bytes) return;
   discardPages(reinterpret_cast<char*>(memory_.get()) + bytes, reservedBytes() - bytes);
   used_ = bytes / sizeof(Words);
@@ -74,7 +75,7 @@ JsonScratch::~JsonScratch() { sharedKeptBytes.fetch_sub(sharedBytes_, std::memor
 bool JsonScratch::prepareToBeKept() noexcept {
   const std::size_t used = structure.usedBytes() + stack.usedBytes() + keys.reservedBytes();
   if (structure.reservedBytes() + stack.reservedBytes() > maxReservedBytes) {
-    // The memory goes back to the system and not only to the allocator.
+    // The pages go back to the system, not only to the allocator.
     discardMostMemory();
     return false;
   }
@@ -90,8 +91,8 @@ bool JsonScratch::prepareToBeKept() noexcept {
 }
 
 void JsonScratch::discardMostMemory() noexcept {
-  structure.discardBehind(maxKeptIndexBytes);
-  stack.discardBehind(maxKeptStackBytes);
+  structure.discardAfter(maxKeptIndexBytes);
+  stack.discardAfter(maxKeptStackBytes);
   keys.discardIfLargerThan(maxKeptKeyBytes);
 }
 

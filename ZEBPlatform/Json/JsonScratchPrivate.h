@@ -15,17 +15,18 @@ struct Words {
   std::uint64_t payload;
 };
 
-/// Room for the values whose collection is not closed yet. Keeps its memory for the next document.
+/// Holds the values whose collection is not closed yet. Keeps its memory for the next document.
 class WordStack {
  public:
-  /// Where the stack begins, with room for `words` and one block of copying too many.
+  /// Where the stack begins. Has room for `words` and one block more, because values are copied in
+  /// blocks.
   Words* reserve(std::size_t words);
 
   std::size_t reservedBytes() const noexcept { return capacity_ * sizeof(Words); }
-  /// Bytes that may have been written, and so take memory.
+  /// Bytes that may have been written and so occupy memory.
   std::size_t usedBytes() const noexcept { return used_ * sizeof(Words); }
-  /// Gives the system the memory back that lies behind the first `bytes`.
-  void discardBehind(std::size_t bytes) noexcept;
+  /// Returns the memory after the first `bytes` to the system.
+  void discardAfter(std::size_t bytes) noexcept;
 
   static constexpr std::size_t wordsAtOnce = 4;
 
@@ -53,18 +54,19 @@ class JsonScratch {
  private:
   friend class JsonScratchLease;
 
-  /// Whether it may be kept for the next document. Gives back what it must not keep.
+  /// Whether it may be kept for the next document. Releases what must not be kept.
   bool prepareToBeKept() noexcept;
   void discardMostMemory() noexcept;
 
-  std::size_t sharedBytes_ = 0;  ///< what it holds of the memory that threads share
+  std::size_t sharedBytes_ = 0;  ///< its part of the memory budget that threads share
 };
 
-/// Lends the calling thread its working memory for the time of one document.
+/// Lends the calling thread its working memory while it reads one document.
 ///
-/// A thread keeps `maxKeptBytesPerThread` for its next document. What a larger document needed beyond that
-/// is kept as well, so that reading such documents again and again costs no page faults, as long as all
-/// threads together keep no more than `maxSharedKeptBytes` in this way. The system gets the rest back.
+/// A thread keeps `maxKeptBytesPerThread` for its next document. What a larger document needed
+/// beyond that is kept as well, so that reading such documents repeatedly costs no page faults, as
+/// long as all threads together keep at most `maxSharedKeptBytes` in this way. The rest is returned
+/// to the system.
 class JsonScratchLease {
  public:
   static constexpr std::size_t maxKeptBytesPerThread = std::size_t{1} << 20;

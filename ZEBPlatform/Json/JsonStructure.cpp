@@ -27,7 +27,7 @@ JsonFault JsonStructure::scan(std::string_view utf8) {
     indexes_ = {engine_->indexes(), engine_->count()};
     return {};
   }
-  // The fast way only says that something is wrong; the plain way finds out where.
+  // The fast scan only reports that something is wrong. The plain scan finds the position.
   return scanPlainly(utf8);
 }
 
@@ -77,9 +77,9 @@ std::size_t JsonStructure::usedBytes() const noexcept {
   return engine_->usedBytes() + own_.capacity() * sizeof(std::uint32_t);
 }
 
-void JsonStructure::discardBehind(std::size_t bytes) noexcept {
+void JsonStructure::discardAfter(std::size_t bytes) noexcept {
   std::vector<std::uint32_t>().swap(own_);
-  engine_->discardBehind(bytes);
+  engine_->discardAfter(bytes);
   indexes_ = {};
 }
 

@@ -8,34 +8,35 @@
 
 namespace zeb::detail {
 
-/// What is wrong with a document, and where (offset into its UTF-8 form). No message: nothing wrong.
+/// What is wrong with a document, and where (offset into its UTF-8 form). The message is null when
+/// nothing is wrong.
 struct JsonFault {
   const char* message = nullptr;
   std::size_t offset = 0;
-  bool isEndOfText = false;  ///< it is only wrong because the text ends
+  bool isEndOfText = false;  ///< more text could have made it right
 };
 
-/// Finds the places in a JSON text where something begins: every bracket, colon and comma, every
-/// string's opening quote, every other token's first character. Checks what can be checked on the
-/// way: that the text is UTF-8, that strings end, and that they hold no bare control characters.
+/// Finds the offsets of all tokens in a JSON text: of brackets, colons, commas, opening quotes, and
+/// the first character of every other token. Checks at the same time that the text is UTF-8, that
+/// strings end, and that they contain no unescaped control characters.
 ///
-/// Reusable: keeps its memory for the next text.
+/// Can be reused; keeps its memory for the next text.
 class JsonStructure {
  public:
   JsonStructure();
   ~JsonStructure();
 
-  /// Answers no message and fills `indexes()`, or what is wrong first. At most 4 GiB.
+  /// Fills `indexes()`, or returns the first fault. Takes texts of up to 4 GiB.
   JsonFault scan(std::string_view utf8);
 
-  /// The places in rising order, as offsets. Followed by one more number, which is the text's length.
+  /// The offsets in rising order. One more element after the end holds the text's length.
   std::span<const std::uint32_t> indexes() const noexcept { return indexes_; }
 
   std::size_t reservedBytes() const noexcept;
-  /// Bytes that have been written, and so take memory.
+  /// Bytes that have been written and so occupy memory.
   std::size_t usedBytes() const noexcept;
-  /// Gives the system the memory back that lies behind the first `bytes`. The places are lost.
-  void discardBehind(std::size_t bytes) noexcept;
+  /// Returns the memory after the first `bytes` to the system. Invalidates `indexes()`.
+  void discardAfter(std::size_t bytes) noexcept;
 
  private:
   class Engine;
@@ -43,7 +44,7 @@ class JsonStructure {
   JsonFault scanPlainly(std::string_view utf8);
 
   Engine* engine_;
-  std::vector<std::uint32_t> own_;  ///< what `scanPlainly` found
+  std::vector<std::uint32_t> own_;  ///< the result of `scanPlainly`
   std::span<const std::uint32_t> indexes_;
 };
 

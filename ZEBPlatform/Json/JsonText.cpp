@@ -15,26 +15,26 @@ struct Detected {
 Detected detect(std::string_view bytes) noexcept {
   using enum JsonEncoding;
   using namespace std::string_view_literals;
-  // UTF-32's little-endian mark begins with UTF-16's: the longer one is asked first.
-  if (bytes.starts_with("\xFF\xFE\0\0"sv)) return {UTF32LittleEndian, 4};
-  if (bytes.starts_with("\0\0\xFE\xFF"sv)) return {UTF32BigEndian, 4};
-  if (bytes.starts_with("\xFF\xFE"sv)) return {UTF16LittleEndian, 2};
-  if (bytes.starts_with("\xFE\xFF"sv)) return {UTF16BigEndian, 2};
-  if (bytes.starts_with("\xEF\xBB\xBF"sv)) return {UTF8, 3};
+  // UTF-32's little-endian mark begins with UTF-16's, so that the longer one is tested first.
+  if (bytes.starts_with("\xFF\xFE\0\0"sv)) return {utf32LittleEndian, 4};
+  if (bytes.starts_with("\0\0\xFE\xFF"sv)) return {utf32BigEndian, 4};
+  if (bytes.starts_with("\xFF\xFE"sv)) return {utf16LittleEndian, 2};
+  if (bytes.starts_with("\xFE\xFF"sv)) return {utf16BigEndian, 2};
+  if (bytes.starts_with("\xEF\xBB\xBF"sv)) return {utf8, 3};
   const auto zero = [&](std::size_t index) { return index < bytes.size() && bytes[index] == 0; };
-  if (bytes.size() >= 4 && zero(0) && zero(1) && zero(2)) return {UTF32BigEndian, 0};
-  if (bytes.size() >= 4 && zero(1) && zero(2) && zero(3)) return {UTF32LittleEndian, 0};
-  if (bytes.size() >= 2 && zero(0) && !zero(1)) return {UTF16BigEndian, 0};
-  if (bytes.size() >= 2 && !zero(0) && zero(1)) return {UTF16LittleEndian, 0};
-  return {UTF8, 0};
+  if (bytes.size() >= 4 && zero(0) && zero(1) && zero(2)) return {utf32BigEndian, 0};
+  if (bytes.size() >= 4 && zero(1) && zero(2) && zero(3)) return {utf32LittleEndian, 0};
+  if (bytes.size() >= 2 && zero(0) && !zero(1)) return {utf16BigEndian, 0};
+  if (bytes.size() >= 2 && !zero(0) && zero(1)) return {utf16LittleEndian, 0};
+  return {utf8, 0};
 }
 
 std::size_t unitSize(JsonEncoding encoding) noexcept {
   switch (encoding) {
-    case JsonEncoding::UTF8:
+    case JsonEncoding::utf8:
       return 1;
-    case JsonEncoding::UTF16LittleEndian:
-    case JsonEncoding::UTF16BigEndian:
+    case JsonEncoding::utf16LittleEndian:
+    case JsonEncoding::utf16BigEndian:
       return 2;
     default:
       return 4;
@@ -42,7 +42,7 @@ std::size_t unitSize(JsonEncoding encoding) noexcept {
 }
 
 bool isBigEndian(JsonEncoding encoding) noexcept {
-  return encoding == JsonEncoding::UTF16BigEndian || encoding == JsonEncoding::UTF32BigEndian;
+  return encoding == JsonEncoding::utf16BigEndian || encoding == JsonEncoding::utf32BigEndian;
 }
 
 }  // namespace
@@ -51,7 +51,7 @@ JsonText::JsonText(std::string_view bytes) {
   const Detected detected = detect(bytes);
   encoding_ = detected.encoding;
   markLength_ = detected.markLength;
-  if (encoding_ == JsonEncoding::UTF8) {
+  if (encoding_ == JsonEncoding::utf8) {
     utf8_ = bytes.substr(markLength_);
   } else {
     transcode(bytes);

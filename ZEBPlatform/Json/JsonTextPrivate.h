@@ -9,20 +9,20 @@ namespace zeb::detail {
 
 /// The encoding forms that a JSON document may come in (RFC 4627, section 3).
 enum class JsonEncoding : std::uint8_t {
-  UTF8,
-  UTF16LittleEndian,
-  UTF16BigEndian,
-  UTF32LittleEndian,
-  UTF32BigEndian
+  utf8,
+  utf16LittleEndian,
+  utf16BigEndian,
+  utf32LittleEndian,
+  utf32BigEndian
 };
 
-/// A document as UTF-8 without byte-order mark, and the way back to the places in the bytes it came
-/// from.
+/// A document as UTF-8 without byte-order mark. Maps offsets back to positions in the original
+/// bytes.
 class JsonText {
  public:
-  /// Detects the encoding by the byte-order mark or, without one, by where the first characters have
-  /// their zero bytes. UTF-8 is not copied: `bytes` must outlive this. Malformed UTF-16 or UTF-32 ends
-  /// the text and sets `malformedAt()`.
+  /// Detects the encoding by the byte-order mark or, without one, by the zero bytes of the first
+  /// characters. UTF-8 is not copied, so that `bytes` must outlive this object. Malformed UTF-16 or
+  /// UTF-32 ends the text and sets `malformedAt()`.
   explicit JsonText(std::string_view bytes);
 
   std::string_view utf8() const noexcept { return utf8_; }
@@ -39,7 +39,7 @@ class JsonText {
  private:
   void transcode(std::string_view bytes);
 
-  JsonEncoding encoding_ = JsonEncoding::UTF8;
+  JsonEncoding encoding_ = JsonEncoding::utf8;
   std::size_t markLength_ = 0;
   std::size_t malformedAt_ = std::string_view::npos;
   std::string own_;

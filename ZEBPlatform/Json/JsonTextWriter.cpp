@@ -9,7 +9,8 @@ namespace zeb::detail {
 
 namespace {
 
-/// How each ASCII character is escaped: 0 not at all, 'u' by number, else by this letter.
+/// How each ASCII character is escaped: 0 for not at all, 'u' for by number, else the letter after
+/// the backslash.
 constexpr std::array<char, 128> escapes = [] {
   std::array<char, 128> table{};
   for (std::size_t control = 0; control < 0x20; ++control) table[control] = 'u';
@@ -55,7 +56,7 @@ char* JsonTextWriter::writeCharacter(char* target, char character) const noexcep
 void JsonTextWriter::writeWide(std::u16string_view units) {
   for (std::size_t index = 0; index < units.size();) {
     const std::size_t pieceEnd = std::min(units.size(), index + json_text::pieceLength);
-    output_.require((pieceEnd - index + 1) * json_text::longestEscape);
+    output_.require((pieceEnd - index + 1) * json_text::maxEscapeLength);
     char* target = output_.cursor();
     while (index < pieceEnd) target = writeScalarValue(target, nextScalar(units, index));
     output_.setCursor(target);

@@ -15,13 +15,13 @@
 
 namespace zeb::detail {
 
-/// Writes the parts of a JSON text one after the other. Knows how each part is spelled, not what may
-/// follow what: that is its callers' business.
+/// Writes the tokens of a JSON text one after the other. Knows how each token is spelled; the
+/// caller is responsible for their order.
 class JsonTextWriter {
  public:
   explicit JsonTextWriter(bool escapesSlashes) noexcept : escapesSlashes_(escapesSlashes) {}
 
-  /// Brackets, commas and whatever else is JSON already.
+  /// Brackets, commas and other text that is JSON already.
   void put(char character) {
     output_.require(1);
     output_.put(character);
@@ -31,24 +31,25 @@ class JsonTextWriter {
     output_.put(text);
   }
 
-  /// With quotes and escapes, and a character behind it. Unpaired surrogates become numbered escapes.
-  inline void writeString(const StringStorage& string, char behind);
+  /// With quotes and escapes, followed by one character. Unpaired surrogates become numbered
+  /// escapes.
+  inline void writeString(const StringStorage& string, char terminator);
   void writeString(const StringStorage& string) {
     put('"');
     writeContent(string);
     put('"');
   }
-  /// What stands between the quotes.
+  /// Only the text between the quotes.
   inline void writeContent(const StringStorage& string);
   inline void writeASCII(std::string_view text);
 
   inline void writeInteger(std::int64_t number);
   inline void writeUnsigned(std::uint64_t number);
-  /// A boolean, number or null, and a character behind it. Finite numbers only, which `isFinite` tells.
-  inline void writeScalar(const Value& value, char behind);
+  /// A boolean, number or null, followed by one character. Numbers must be finite, see `isFinite`.
+  inline void writeScalar(const Value& value, char terminator);
 
   static bool isFinite(const Value& number) noexcept {
-    // Of the bits, those of the exponent: only infinities and not-a-number have them all set.
+    // Only infinities and not-a-number have all bits of the exponent set.
     constexpr std::uint64_t doubleExponent = std::uint64_t{0x7FF} << 52;
     constexpr std::uint64_t floatExponent = std::uint64_t{0xFF} << 23;
     const std::uint64_t bits = number.payload();
@@ -73,14 +74,14 @@ class JsonTextWriter {
   DataBuilder output_;
 };
 
-// What runs for every string and number of a document is inline.
+// Functions that run for every string and number of a document are inline.
 
 namespace json_text {
 
-inline constexpr std::size_t pieceLength = 4096;  // units that room is made for at once
-inline constexpr std::size_t longestEscape = 6;
+inline constexpr std::size_t pieceLength = 4096;  // units that space is reserved for at once
+inline constexpr std::size_t maxEscapeLength = 6;
 
-/// Letters where a word of fewer than eight characters has none.
+/// Letters for the unused bytes of a word with fewer than eight characters.
 constexpr std::uint64_t shortWordFill(std::size_t length) noexcept {
   return everyByte('a') << (8 * length);
 }
@@ -92,18 +93,18 @@ inline ByteBlock needsEscape(ByteBlock block, bool slashes) noexcept {
 
 }  // namespace json_text
 
-inline void JsonTextWriter::writeString(const StringStorage& string, char behind) {
+inline void JsonTextWriter::writeString(const StringStorage& string, char terminator) {
   if (string.isWide() || string.length > json_text::pieceLength) {
     writeString(string);
-    put(behind);
+    put(terminator);
     return;
   }
-  output_.require(string.length * json_text::longestEscape + sizeof(ByteBlock) + 3);
+  output_.require(string.length * json_text::maxEscapeLength + sizeof(ByteBlock) + 3);
   char* target = output_.cursor();
   *target++ = '"';
   target = writePiece(target, {string.ascii(), string.length});
   *target++ = '"';
-  *target++ = behind;
+  *target++ = terminator;
   output_.setCursor(target);
 }
 
@@ -126,12 +127,12 @@ inline void JsonTextWriter::writeASCII(std::string_view text) {
   while (!text.empty()) {
     const std::string_view piece = text.substr(0, json_text::pieceLength);
     text.remove_prefix(piece.size());
-    output_.require(piece.size() * json_text::longestEscape + sizeof(ByteBlock));
+    output_.require(piece.size() * json_text::maxEscapeLength + sizeof(ByteBlock));
     output_.setCursor(writePiece(output_.cursor(), piece));
   }
 }
 
-/// Whole blocks while nothing in them needs an escape, else character by character.
+/// Copies whole blocks that need no escape, and other blocks character by character.
 inline char* JsonTextWriter::writePiece(char* target, std::string_view piece) const noexcept {
   const char* at = piece.data();
   const char* const end = at + piece.size();
@@ -148,7 +149,7 @@ inline char* JsonTextWriter::writePiece(char* target, std::string_view piece) co
   return writeShort(target, at, end);
 }
 
-/// Less than a block: by one or two words that may overlap.
+/// For less than a block. Uses one word, or two words that may overlap.
 inline char* JsonTextWriter::writeShort(char* target, const char* at,
                                         const char* end) const noexcept {
   const auto length = static_cast<std::size_t>(end - at);
@@ -168,17 +169,17 @@ inline char* JsonTextWriter::writeShort(char* target, const char* at,
 }
 
 inline void JsonTextWriter::writeInteger(std::int64_t number) {
-  output_.require(longestJsonNumber);
+  output_.require(maxJsonNumberLength);
   output_.setCursor(writeJsonInteger(output_.cursor(), number));
 }
 
 inline void JsonTextWriter::writeUnsigned(std::uint64_t number) {
-  output_.require(longestJsonNumber);
+  output_.require(maxJsonNumberLength);
   output_.setCursor(writeJsonUnsigned(output_.cursor(), number));
 }
 
-inline void JsonTextWriter::writeScalar(const Value& value, char behind) {
-  output_.require(longestJsonNumber + 1);
+inline void JsonTextWriter::writeScalar(const Value& value, char terminator) {
+  output_.require(maxJsonNumberLength + 1);
   char* target = output_.cursor();
   const auto word = [&](std::string_view text) {
     std::memcpy(target, text.data(), text.size());
@@ -203,7 +204,7 @@ inline void JsonTextWriter::writeScalar(const Value& value, char behind) {
     default:
       word("null");
   }
-  *target++ = behind;
+  *target++ = terminator;
   output_.setCursor(target);
 }
 

@@ -14,8 +14,8 @@ namespace zeb::detail {
 
 namespace {
 
-/// Visits a tree and writes it. Every value is written with a comma behind it, which the end of its
-/// collection takes the place of: so each takes one look at the room that is left.
+/// Visits a tree and writes it. Every value is written together with a comma, which the end of its
+/// collection replaces, so that each value checks the remaining space only once.
 class DocumentWriter {
  public:
   explicit DocumentWriter(std::uint64_t options)
@@ -74,9 +74,9 @@ class DocumentWriter {
 
   void newLine() {
     text_.put('\n');
-    // Indented no further than so, lest a deep document grow out of all proportion.
-    constexpr std::size_t deepestIndentation = 32;
-    const std::size_t levels = std::min(indentation_, deepestIndentation);
+    // Without a limit, indentation would make a deep document grow with the square of its depth.
+    constexpr std::size_t maxIndentation = 32;
+    const std::size_t levels = std::min(indentation_, maxIndentation);
     for (std::size_t level = 0; level < levels; ++level) text_.put("  ");
   }
 
@@ -85,8 +85,8 @@ class DocumentWriter {
   std::size_t indentation_ = 0;
 };
 
-/// Dictionaries with their entries in the order of their keys, which are strings or, in what will be
-/// refused anyway, in any order.
+/// Sorts the entries of dictionaries by their keys. Keys that are no strings may end up in any
+/// order: the writer refuses them anyway.
 struct SortedKeysRules : TreeRules {
   static bool keeps(const Value&, std::size_t depth) {
     if (depth >= maxJsonNesting) throw nestingError();

@@ -10,15 +10,15 @@
 
 namespace zeb::detail {
 
-/// The keys that a document has had so far, so that each different one is stored once.
+/// The keys that a document has contained so far, so that each distinct key is stored once.
 ///
-/// Only a saver of work: a key that it does not find, for whatever reason, is simply stored again.
+/// Only an optimisation: a key that is not found, for any reason, is stored again.
 class KeyTable {
  public:
   struct Entry {
     std::uint32_t hash;
-    std::uint32_t round;  ///< of the document that the entry belongs to
-    std::uint64_t start;  ///< the first eight bytes, zeros behind a shorter key
+    std::uint32_t round;  ///< number of the document that the entry belongs to
+    std::uint64_t start;  ///< the first eight bytes, padded with zeros
     const char* bytes;    ///< UTF-8, without escapes; outlives the document's parsing
     std::size_t length;
     StringStorage* string;
@@ -27,7 +27,7 @@ class KeyTable {
   /// Forgets all keys.
   void startDocument() {
     used_ = 0;
-    if (entries_.empty()) entries_.resize(fewestEntries);
+    if (entries_.empty()) entries_.resize(minEntries);
     if (++round_ == 0) {
       std::fill(entries_.begin(), entries_.end(), Entry{});
       round_ = 1;
@@ -35,18 +35,18 @@ class KeyTable {
   }
 
   std::size_t reservedBytes() const noexcept { return entries_.capacity() * sizeof(Entry); }
-  /// Gives its memory back, and with it all keys, unless it is small enough.
+  /// Frees the memory, and with it all keys, if it is larger than `bytes`.
   void discardIfLargerThan(std::size_t bytes) noexcept {
     if (reservedBytes() > bytes) std::vector<Entry>().swap(entries_);
   }
 
-  /// The entry of this key, or a free one for it (whose `string` is null), or null when the table
-  /// would have to search for too long.
+  /// The entry of this key, or a new one for it (whose `string` is null), or null when the search
+  /// would take too long.
   Entry* find(std::string_view key, std::uint64_t start, std::uint32_t hash) {
     if (used_ * 2 >= entries_.size()) grow();
     const std::size_t mask = entries_.size() - 1;
     std::size_t slot = hash & mask;
-    for (int probes = 0; probes < longestProbe; ++probes) {
+    for (int probes = 0; probes < maxProbes; ++probes) {
       Entry& entry = entries_[slot];
       if (entry.round != round_) {
         ++used_;
@@ -63,8 +63,8 @@ class KeyTable {
   }
 
  private:
-  static constexpr std::size_t fewestEntries = 256;
-  static constexpr int longestProbe = 32;
+  static constexpr std::size_t minEntries = 256;
+  static constexpr int maxProbes = 32;
 
   void grow() {
     std::vector<Entry> old(entries_.size() * 2);

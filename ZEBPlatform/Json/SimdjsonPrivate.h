@@ -1,8 +1,8 @@
 #pragma once
 
-// The one place that reaches below simdjson's public interface: its first stage, which finds a
-// text's structure, and its conversion of decimal numbers. With a version whose insides are not known,
-// both report that they can't, and their callers go by plain code.
+// The only header that uses simdjson's internal functions: its first stage, which finds a text's
+// tokens, and its conversion of decimal numbers. With a simdjson version whose internals are
+// unknown, both report failure, and their callers use plain code.
 
 #include <ZEBPlatform/Linux/detail/MemoryPages.h>
 
@@ -18,16 +18,16 @@ namespace zeb::detail::simdjson_access {
 inline constexpr bool isKnownVersion =
     simdjson::SIMDJSON_VERSION_MAJOR == 3 && simdjson::SIMDJSON_VERSION_MINOR == 0;
 
-/// The double nearest to ±mantissa × 10^exponent. False when that can't be told quickly.
+/// The double nearest to ±mantissa × 10^exponent. False when the fast conversion cannot decide.
 [[gnu::always_inline]] inline bool nearestDouble(std::int64_t exponent, std::uint64_t mantissa,
                                                  bool negative, double& result) noexcept {
-  constexpr std::int64_t lowest = -342;
-  constexpr std::int64_t highest = 308;
-  if (!isKnownVersion || exponent < lowest || exponent > highest) return false;
+  constexpr std::int64_t minExponent = -342;
+  constexpr std::int64_t maxExponent = 308;
+  if (!isKnownVersion || exponent < minExponent || exponent > maxExponent) return false;
   return simdjson::builtin::numberparsing::compute_float_64(exponent, mantissa, negative, result);
 }
 
-/// An object of this kind when the processor can run its code, else null.
+/// An object of this implementation when the processor can run its code, else null.
 template <class Implementation>
 const simdjson::implementation* makeIfSupported() {
   const auto* implementation = new Implementation;
@@ -36,9 +36,9 @@ const simdjson::implementation* makeIfSupported() {
   return nullptr;
 }
 
-/// The fastest kind of implementation that the processor can run; null when there is none. The object is
-/// our own and never destroyed: simdjson's own objects are destroyed while the process exits, and at that
-/// time destructors of static objects and other threads may still parse.
+/// The fastest implementation that the processor can run; null when there is none. The object is
+/// our own and never destroyed: simdjson's own objects are destroyed while the process exits, when
+/// destructors of static objects and other threads may still parse.
 inline const simdjson::implementation* fastestImplementation() {
   static const simdjson::implementation* const fastest = [] {
     const simdjson::implementation* found = nullptr;
@@ -65,15 +65,15 @@ inline const simdjson::implementation* fastestImplementation() {
   return fastest;
 }
 
-/// The first stage. Keeps its index memory from text to text.
+/// The first stage. Keeps its memory for the next text.
 class FirstStage {
  public:
-  /// Whether `indexes()` describes the text, which is well-formed as far as this stage checks.
+  /// Whether the text is well-formed as far as this stage checks; `indexes()` describes it then.
   bool run(const char* text, std::size_t length) {
     if (!isKnownVersion || !reserve(length)) return false;
     const bool isSound = parser_->stage1(reinterpret_cast<const std::uint8_t*>(text), length,
                                          simdjson::stage1_mode::regular) == simdjson::SUCCESS;
-    // A text at fault leaves no count behind, but never writes more than one place a byte.
+    // A faulty text leaves no count, but at most one index for each byte was written.
     usedCount_ = std::max(usedCount_, isSound ? count() : length);
     return isSound;
   }
@@ -84,10 +84,10 @@ class FirstStage {
   std::size_t reservedBytes() const noexcept {
     return parser_ ? parser_->capacity() * sizeof(std::uint32_t) : 0;
   }
-  /// Bytes that have been written, and so take memory.
+  /// Bytes that have been written and so occupy memory.
   std::size_t usedBytes() const noexcept { return usedCount_ * sizeof(std::uint32_t); }
-  /// Gives the system the memory back that lies behind the first `bytes`.
-  void discardBehind(std::size_t bytes) noexcept {
+  /// Returns the memory after the first `bytes` to the system.
+  void discardAfter(std::size_t bytes) noexcept {
     if (usedBytes() <= bytes) return;
     discardPages(reinterpret_cast<char*>(parser_->structural_indexes.get()) + bytes,
                  reservedBytes() - bytes);
@@ -96,10 +96,10 @@ class FirstStage {
 
  private:
   bool reserve(std::size_t length) {
-    constexpr std::size_t smallestCapacity = 4096;
+    constexpr std::size_t minCapacity = 4096;
     constexpr std::size_t depth = 1;  // the first stage does not use it
     if (parser_ && parser_->capacity() >= length) return true;
-    const std::size_t capacity = std::max(length, smallestCapacity);
+    const std::size_t capacity = std::max(length, minCapacity);
     usedCount_ = 0;
     if (parser_) return parser_->set_capacity(capacity) == simdjson::SUCCESS;
     const simdjson::implementation* implementation = fastestImplementation();

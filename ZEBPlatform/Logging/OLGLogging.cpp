@@ -17,7 +17,7 @@ namespace {
 
 using Handler = Block<void(const OLGRecord& record)>;
 
-std::atomic<std::int32_t> leastSeriousLevel{OLGLevelInformation};
+std::atomic<std::int32_t> generalLevel{OLGLevelInformation};
 
 std::atomic<bool> anyChannelLevel{false};
 
@@ -26,7 +26,7 @@ struct ChannelLevels {
   std::map<std::string, std::int32_t, std::less<>> levels;
 };
 
-/// Never destroyed: other static objects may log while the process ends.
+/// Never destroyed: static objects may log while the process exits.
 ChannelLevels& channelLevels() {
   static auto* levels = new ChannelLevels;
   return *levels;
@@ -37,7 +37,7 @@ struct HandlerSlot {
   Handler handler;
 };
 
-/// Never destroyed, likewise.
+/// Never destroyed, for the same reason.
 HandlerSlot& handlerSlot() {
   static auto* slot = new HandlerSlot;
   return *slot;
@@ -75,7 +75,7 @@ bool OLGCanLog(const void*, std::int32_t level, NullableText channel) noexcept {
     const auto found = channelLevels().levels.find(channel);
     if (found != channelLevels().levels.end()) return level <= found->second;
   }
-  return level <= leastSeriousLevel.load(std::memory_order_relaxed);
+  return level <= generalLevel.load(std::memory_order_relaxed);
 }
 
 void OLGSetChannelLevel(NullableText channel, std::int32_t level) {
@@ -92,7 +92,7 @@ void OLGResetChannelLevel(NullableText channel) {
 }
 
 void OLGSetLevel(std::int32_t level) noexcept {
-  leastSeriousLevel.store(level, std::memory_order_relaxed);
+  generalLevel.store(level, std::memory_order_relaxed);
 }
 
 void OLGSetHandler(Handler handler) {
@@ -113,7 +113,7 @@ void OLGLogMessage(const OLGRecord& record) noexcept {
       logToStandardError(record);
     }
   } catch (...) {
-    // A line that can't be logged must not bring down the code that wanted to log it.
+    // A line that cannot be logged must not stop the code that logs it.
   }
 }
 

@@ -10,7 +10,7 @@
 
 namespace zeb {
 
-/// How serious a log line is; numbered as syslog does.
+/// How serious a log line is, with syslog's numbers.
 enum OLGLevel : std::int32_t {
   OLGLevelEmergency = 0,
   OLGLevelAlert = 1,
@@ -22,9 +22,9 @@ enum OLGLevel : std::int32_t {
   OLGLevelDebug = 7,
 };
 
-/// One line on its way to the log. Everything is valid during the call only. Texts are UTF-8.
+/// One log line. All pointers are valid during the call only. Texts are UTF-8.
 struct OLGRecord {
-  const void* context;  ///< whatever the logging code passed; this library passes null
+  const void* context;  ///< the pointer that the logging code passed; this library passes null
   std::int32_t level;
   std::string_view channel;
   std::string_view file;      ///< source path of the logging code
@@ -33,35 +33,37 @@ struct OLGRecord {
   std::string_view message;
 };
 
-/// Whether a line would be logged: asked before any formatting, costs a comparison while no channel has a
-/// level of its own. Any thread.
+/// Whether a line would be logged. Ask before formatting; costs one comparison while no channel has
+/// a level of its own. Any thread.
 bool OLGCanLog(const void* context, std::int32_t level, NullableText channel) noexcept;
 
-/// Logs `message` as it is. Any thread; nothing is thrown. In the child of a fork that another thread of the
-/// parent logged through, this may wait for ever, as everything may that takes a lock.
+/// Logs `message` without formatting it. Any thread; throws nothing. Takes a lock, and so may
+/// deadlock in a forked child if another thread of the parent was logging during the fork.
 void OLGLogMessage(const OLGRecord& record) noexcept;
 
-/// Logs a line after a format (see Foundation/Format.h). Does not ask `OLGCanLog`. Null texts are empty.
+/// Logs a formatted line (see Foundation/Format.h). Does not call `OLGCanLog`. Null texts count as
+/// empty.
 template <class... Arguments>
 void OLGLogEx(const void* context, std::int32_t level, NullableText channel, NullableText file,
               NullableText function, std::int32_t line, NullableText format,
               const Arguments&... arguments) {
-  // One expression, because arguments may be looked at through temporaries.
+  // One expression, because arguments may refer to temporaries.
   OLGLogMessage({context, level, channel, file, function, line,
                  formattedText(format, {FormatArgument(arguments)...})});
 }
 
-/// The least serious level that is logged; OLGLevelInformation at first. Any thread.
+/// Sets the least serious level that is logged; OLGLevelInformation at first. Any thread.
 void OLGSetLevel(std::int32_t level) noexcept;
 
-/// The same for one channel, whatever the general level is; a negative level silences it. Any thread.
+/// Sets the level of one channel, which replaces the general level for it. A negative level
+/// silences the channel. Any thread.
 void OLGSetChannelLevel(NullableText channel, std::int32_t level);
-/// Lets the channel go by the general level again.
+/// Lets the general level apply to the channel again.
 void OLGResetChannelLevel(NullableText channel);
 
-/// Lets the host take the lines over: from now on every line goes to `handler`, on the thread that
-/// logs it and possibly from several at once; nil gives them back to standard error. The handler is
-/// called without any lock held; what it throws is dropped. Any thread.
+/// Gives all log lines to the host: from now on `handler` is called with every line, on the thread
+/// that logs it and possibly on several threads at once. Nil restores the output to standard error.
+/// The handler is called without a lock held; exceptions from it are dropped. Any thread.
 void OLGSetHandler(Block<void(const OLGRecord& record)> handler);
 
 }  // namespace zeb

@@ -13,7 +13,7 @@ namespace zeb {
 
 namespace {
 
-/// What the host named the process; nil at first.
+/// The name that the host gave to the process; nil at first.
 struct GivenName {
   std::mutex mutex;
   NSString name;

@@ -18,28 +18,30 @@ struct NSOperatingSystemVersion {
   std::int64_t patchVersion;
 };
 
-/// Facts about the running process and its machine, asked of the system at each call unless it says
-/// otherwise. Any thread.
+/// Facts about the running process and its machine. Each call asks the system again. All functions
+/// may be called from any thread.
 class NSProcessInfo final : public NSObject {
  public:
-  /// The one of this process.
+  /// The object for this process.
   static const Ref<NSProcessInfo>& processInfo();
 
-  /// The last part of the path that the program was called by; or whatever the host named it.
+  /// The last component of the path by which the program was called, unless the host has set a
+  /// name.
   NSString processName() const;
-  /// For logs only: the system goes on calling the process what it did.
+  /// Changes the name in this object only, for logs. The system keeps its own name for the process.
   void setProcessName(const NSString& name);
   std::int32_t processIdentifier() const noexcept;
-  /// What the program was called with, its name first.
+  /// The program's arguments; the first is its name.
   NSArray arguments() const;
-  /// Names and values of the environment. Must not run while another thread changes it.
+  /// Names and values of the environment. Must not be called while another thread changes the
+  /// environment.
   NSDictionary environment() const;
   NSString hostName() const;
 
-  /// A text that no other call answers, on this machine or another.
+  /// A text that no other call returns, on any machine.
   NSString globallyUniqueString() const;
 
-  /// Processors that the machine has, and those of them that the process may use.
+  /// The machine's processors, and those of them that the process may use.
   std::size_t processorCount() const noexcept;
   std::size_t activeProcessorCount() const noexcept;
   /// In bytes.
@@ -47,10 +49,11 @@ class NSProcessInfo final : public NSObject {
   /// Seconds that the machine has been awake since it started.
   NSTimeInterval systemUptime() const noexcept;
 
-  /// Of the kernel: what a Linux system can do depends on it, whoever distributes the rest.
+  /// The kernel's version, because the features of a Linux system depend on it and not on the
+  /// distribution.
   NSOperatingSystemVersion operatingSystemVersion() const;
   bool isOperatingSystemAtLeastVersion(const NSOperatingSystemVersion& version) const;
-  /// For people: the distribution and the kernel's release. Not for comparisons.
+  /// The distribution and the kernel's release, to be shown to people. Not for comparisons.
   NSString operatingSystemVersionString() const;
 
  private:

@@ -6,8 +6,8 @@
 
 namespace zeb::detail {
 
-/// Arrays and dictionaries may be nested this deep in a JSON document. Reading and writing share the
-/// limit, so that everything that is written can be read back.
+/// Arrays and dictionaries may be nested this deep in a JSON document. Reading and writing share
+/// the limit, so that everything that is written can be read back.
 inline constexpr std::size_t maxJsonNesting = 512;
 
 /// What readers and writers report beyond the limit.

@@ -13,8 +13,8 @@ struct JsonReading {
 };
 
 /// Builds the immutable tree of a JSON text given as UTF-8 without byte-order mark. The tree's
-/// collections and strings lie together in one arena. `permitFragments` takes a text whose root is
-/// neither array nor dictionary.
+/// collections and strings share one arena. With `permitFragments` the root may be neither array
+/// nor dictionary.
 JsonReading readJson(std::string_view utf8, bool permitFragments);
 
 }  // namespace zeb::detail

@@ -8,11 +8,11 @@
 
 namespace zeb::detail {
 
-/// What writing too deep a tree answers.
+/// The error for a tree that is nested too deeply.
 NSError nestingError();
 
-/// The document, as `NSJSONSerialization::dataWithJSONObject` describes it. Throws NSException for what
-/// JSON can't hold, and NSError for what is nested too deeply.
+/// The document, as `NSJSONSerialization::dataWithJSONObject` describes it. Throws NSException for
+/// what JSON cannot represent, and NSError for a tree that is nested too deeply.
 NSData writeJson(const Value& root, std::uint64_t options);
 
 }  // namespace zeb::detail

@@ -40,7 +40,7 @@ std::uint32_t packedVersion(const NSString& version) {
       if (unit < u'0' || unit > u'9') break;
       number = std::min<std::uint32_t>(number * 10 + (unit - u'0'), 255);
     }
-    ++place;  // the separator
+    ++place;  // skips the separator
     packed = packed << 8 | number;
   }
   return packed;
@@ -76,7 +76,7 @@ NSString zeb_sharedKeychainOAuthIdentifier(const Ref<NSBundle>& bundle) {
 
 NSString zeb_betaMobileFeedbackURL(const Ref<NSBundle>& bundle) {
   if (!bundle) return nullptr;
-  // Never destroyed: other static objects may ask while the process ends.
+  // Never destroyed: static objects may use it while the process exits.
   static const auto* url = [&bundle] {
     const NSString found = textForKey(bundle, ZEBBundleBetaMobileFeedbackURLKey);
     return new NSString(found.isNil() ? NSString("") : found);

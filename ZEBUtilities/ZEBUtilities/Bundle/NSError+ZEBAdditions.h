@@ -7,29 +7,31 @@
 
 namespace zeb {
 
-/// What `zeb_errorDomainAndCodeString` tells; bits to combine.
+/// What `zeb_errorDomainAndCodeString` includes; bits to combine.
 enum ZEBErrorDomainAndCodeFlags : std::uint64_t {
   ZEBErrorDomainAndCodeFlagUnderlyingErrors = 1,
 };
 
-/// An error whose only detail is the description; a nil one becomes empty.
+/// An error whose only detail is the description. A nil description becomes empty.
 NSError zeb_errorWithDomain(const NSString& domain, std::int64_t code, const NSString& description);
 
-// All of these answer nil or false for a nil error. Any thread.
+// All of these return nil or false for a nil error. They may be called from any thread.
 
-/// For people: the description that the error's details hold, without a ". (null)." at its end. Without one,
-/// the code and the failure reason, or the code and the domain, with a capital (of a-z) first: "7 Abc".
+/// A text for people: the description in the error's details, without a ". (null)." at its end.
+/// Without a description, the code and the failure reason or, without a reason, the domain. Its
+/// first letter becomes a capital if it is one of a-z: "7 Abc".
 NSString zeb_errorString(const NSError& error);
 
-/// Whether a URL was not loaded, or the network services answered, for want of a connection.
+/// Whether a URL could not be loaded because there was no connection, or the network services
+/// reported that.
 bool zeb_isNotConnectedToInternetError(const NSError& error);
 
-/// Whether a URL was not loaded in time, or the POSIX domain's code is 60. The latter is the number of other
-/// systems, deliberately: Linux's own ETIMEDOUT does not count.
+/// Whether loading a URL timed out, or the POSIX domain's code is 60. That is deliberately the
+/// number on other systems: Linux's own ETIMEDOUT does not count.
 bool zeb_isTimedOutError(const NSError& error);
 
-/// "domain:code"; with ZEBErrorDomainAndCodeFlagUnderlyingErrors followed by those of the errors beneath it,
-/// outermost first, joined with ",".
+/// "domain:code". With ZEBErrorDomainAndCodeFlagUnderlyingErrors, the same of the underlying errors
+/// follows, outermost first, joined with ",".
 NSString zeb_errorDomainAndCodeString(const NSError& error, std::uint64_t flags);
 
 }  // namespace zeb

@@ -27,7 +27,7 @@ std::string orUnknown(const std::string& loaderText) {
   return loaderText.empty() ? "Unknown dlopen error" : loaderText;
 }
 
-/// A path's folder, with its "/", and the framework that its last component names.
+/// The folder of a path, with its "/", and the name of the framework in its last component.
 struct FrameworkPath {
   std::string_view folder;
   std::string_view name;
@@ -47,7 +47,8 @@ std::string joined(std::string_view folder, std::string_view path) {
   return result.append(path);
 }
 
-/// The error has room for the last folder only, and a file that is there was meant to be loaded.
+/// Logged, because the error describes the last folder only, and a refused file was meant to be
+/// loaded.
 void logRefusal(const OpeningFailure& failure) {
   const char* channel = ZEBUtilitiesLoggingChannel_Generic;
   if (!OLGCanLog(nullptr, OLGLevelWarning, channel)) return;
@@ -59,7 +60,7 @@ std::vector<std::string> searchedFolders(const NSArray& directories, std::string
   if (hasRaisedPrivileges()) return {installedFolder};
   std::vector<std::string> folders;
   for (const Value& directory : directories) {
-    // An empty text would be the current folder.
+    // An empty text would mean the current folder.
     if (NSString(directory).length() > 0) folders.push_back(NSString(directory).utf8());
   }
   folders.emplace_back("/System/Library/Frameworks");
@@ -72,7 +73,7 @@ struct HostsChoice {
   NSString directory;
 };
 
-/// Never destroyed: other static objects may ask while the process ends.
+/// Never destroyed: static objects may use it while the process exits.
 HostsChoice& hostsChoice() {
   static auto* choice = new HostsChoice;
   return *choice;

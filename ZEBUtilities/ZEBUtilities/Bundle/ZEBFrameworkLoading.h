@@ -8,52 +8,56 @@
 
 namespace zeb {
 
-/// What the dynamic loader knows an opened framework by. Its owner passes it to `ZEBUnloadFramework` in the
-/// end; symbols are looked up with `symbolInSharedObject` (Linux/DynamicLoader.h) or `dlsym`.
+/// The dynamic loader's handle of an opened framework. Its owner ends the use with
+/// `ZEBUnloadFramework`. Look symbols up with `symbolInSharedObject` (Linux/DynamicLoader.h) or
+/// `dlsym`.
 using ZEBLibraryHandle = void*;
 
-/// Codes of the errors below; their domain is NSPOSIXErrorDomain, whose numbers these are.
+/// Codes of the errors below. Their domain is NSPOSIXErrorDomain, and the numbers are from there.
 enum : std::int64_t {
-  /// The loader could not load or unload: "dlerror" has its text and, for loading, "frameworkName" the path
-  /// within the folders that were searched.
+  /// The loader could not load or unload. The details contain its text under "dlerror" and, for
+  /// loading, the path within the searched folders under "frameworkName".
   ZEBFrameworkErrorNotLoaded = 2,
-  /// The path or the handle is missing. No details.
+  /// The path or the handle is nil. The error has no details.
   ZEBFrameworkErrorMissingArgument = 22,
 };
 
-/// Opens the framework "Name", "Name.framework" or "/Some/Dir/Name.framework" with the dynamic loader: the
-/// file Name.framework/Name, in each of `directories` (texts; others are passed over), then in
-/// /System/Library/Frameworks, then in the path's own folder if it has one. `mode` goes to the loader as it
-/// is: RTLD_LAZY and so on.
+/// Opens the framework "Name", "Name.framework" or "/Some/Dir/Name.framework" with the dynamic
+/// loader. Searches the file Name.framework/Name in each of `directories` (texts; other values are
+/// skipped), then in /System/Library/Frameworks, then in the path's own folder if it has one.
+/// `mode` is passed to the loader unchanged: RTLD_LAZY and so on.
 ///
-/// What whoever starts the program could choose is not loaded:
-///   - Nothing is looked for in relative folders, the current one included.
-///   - The file must belong to root or the process's user, and must not be writable by its group or by others;
-///     nor may others be able to change the folders that lead to it (see Linux/FileTrust.h).
-///   - A program with raised privileges (set-uid, set-gid, file capabilities) loads only from the folder where
-///     this library was to be installed when it was built, and only what belongs to root.
+/// Files that the user who starts the program could choose are not loaded:
+///   - Relative folders, the current one included, are not searched.
+///   - The file must belong to root or the process's user, and must not be writable by its group or
+///     by others. The same holds for the folders that lead to it (see Linux/FileTrust.h).
+///   - A program with raised privileges (set-uid, set-gid, file capabilities) loads only files of
+///     root from the installation folder that was configured when this library was built.
 ///
-/// Null and the last folder's error when none of them has it. A file that is there but refused is passed over
-/// with a warning on the channel "ZEBUtilities" that says why. A file's own initialisers run during the call.
-/// Any thread.
+/// Returns null and the last folder's error when the file cannot be loaded from any folder. A
+/// refused file is skipped, with a warning on the channel "ZEBUtilities" that contains the reason.
+/// The file's own initialisers run during the call. Any thread.
 ZEBLibraryHandle ZEBLoadFramework(const NSString& path, int mode,
                                   const NSArray& directories = nullptr, NSError* error = nullptr);
 
-/// Ends one loading. False and an error on failure. A handle that is not open is a programming error.
+/// Undoes one call of `ZEBLoadFramework`. Returns false and an error on failure. A handle that is
+/// not open is a programming error.
 bool ZEBUnloadFramework(ZEBLibraryHandle handle, NSError* error = nullptr);
 
-/// The folder of the frameworks that come with this library, such as UIKit, for `ZEBLoadFramework`: the first
-/// of these that is there, else nil.
-///   - what the host has set
+/// The folder of the frameworks that come with this library, such as UIKit, for `ZEBLoadFramework`:
+/// the first of these that exists, else nil.
+///   - the folder that the host has set
 ///   - `zebutilities/Frameworks` beside the image that holds this library
-///   - the main bundle's own frameworks, where it has a UIKit.framework
-///   - `../lib/zebutilities/Frameworks` beside that image, for programs that hold the library themselves
-///   - where the library was to be installed when it was built; with raised privileges the only one
-/// Asked anew at each call. Any thread.
+///   - the main bundle's own frameworks, if they include UIKit.framework
+///   - `../lib/zebutilities/Frameworks` beside that image, for programs that are linked with the
+///     static library
+///   - the installation folder that was configured when the library was built; with raised
+///     privileges, only this one
+/// Each call searches again. Any thread.
 NSString ZEBFrameworksDirectory();
 
-/// The host's choice, for other layouts; nil takes it back. To be set before the first `ZEBTimer` is made that
-/// pauses in the background, which loads UIKit.
+/// Sets the host's folder, for other layouts; nil removes it. Must be called before the first
+/// `ZEBTimer` is made that pauses in the background, because that timer loads UIKit.
 void ZEBSetFrameworksDirectory(const NSString& directory);
 
 }  // namespace zeb

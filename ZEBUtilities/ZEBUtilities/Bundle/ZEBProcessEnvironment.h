@@ -1,10 +1,10 @@
 #pragma once
 
-/// What kind of process this is, by the main bundle's Info.plist. Each answer is found once per process, at
-/// the first call, and stays. Any thread.
+/// The kind of this process, according to the main bundle's Info.plist. Each function determines
+/// its result at the first call and keeps it. Any thread.
 namespace zeb {
 
-/// Whether "NSExtension" holds a dictionary: whether this is an extension of another application.
+/// Whether this is an extension of another application: whether "NSExtension" is a dictionary.
 bool ZEBAmIRunningInAnExtension();
 
 /// The boolean value of "VUITTesting"; false without it.

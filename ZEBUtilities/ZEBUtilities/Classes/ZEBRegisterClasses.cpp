@@ -47,6 +47,6 @@ void ZEBRegisterClasses() {
 
 }  // namespace zeb
 
-/// What the runtime calls, see Runtime/Registration.h. Programs that hold the static library are linked with
-/// the option that takes this file in, although nothing in them refers to it.
+/// The runtime calls this, see Runtime/Registration.h. Programs with the static library are linked
+/// with an option that includes this file, although no other code refers to it.
 extern "C" void zebRegisterClassesByName() { zeb::ZEBRegisterClasses(); }

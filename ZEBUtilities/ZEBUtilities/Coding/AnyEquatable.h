@@ -10,13 +10,13 @@
 
 namespace zeb {
 
-/// Something that can be compared with anything.
+/// The interface of objects that can be compared with values of any type.
 class AnyEquatable {
  public:
   virtual ~AnyEquatable() = default;
 
-  /// Compares with a value of any type. A `Ref` to a subclass compares as the object that it refers to. An
-  /// empty `std::any` and nullptr stand for nothing, which is equal to nothing.
+  /// Compares with a value of any type. A `Ref` to a subclass compares as the object that it refers
+  /// to. An empty `std::any` and nullptr stand for no value, which is equal to no object.
   template <class Other>
   bool isEqual(const Other& to) const {
     if constexpr (std::same_as<Other, std::any>) {
@@ -31,14 +31,17 @@ class AnyEquatable {
   }
 
  protected:
-  /// What adopters implement. Shared objects come as `Ref<NSObject>`, all else as its own type.
+  /// For implementing classes. Shared objects are passed as `Ref<NSObject>`, other values as their
+  /// own types.
   virtual bool isEqualToAny(const std::any& to) const = 0;
 };
 
-/// Gives an equatable type its comparison with anything: equal when the other is of the type itself and
-/// compares equal.
+/// Base class that implements `AnyEquatable` for an equatable type: the other value is equal when
+/// it has the same type and `==` says so.
 ///
-///     class Version : public AnyEquatableAdopter<Version> { bool operator==(const Version&) const; … };
+///     class Version : public AnyEquatableAdopter<Version> {
+///       bool operator==(const Version&) const;
+///     };
 template <class Adopter>
 class AnyEquatableAdopter : public AnyEquatable {
  protected:
@@ -48,8 +51,8 @@ class AnyEquatableAdopter : public AnyEquatable {
   }
 };
 
-/// A shared object as something that can be compared with anything: by the object's own equality, with
-/// another object in a `Ref` of any class or in a value.
+/// Makes a shared object comparable with values of any type. Uses the object's own equality, and
+/// compares with objects in a `Ref` of any class or in a `Value`.
 class AnyEquatableObject : public AnyEquatable {
  public:
   explicit AnyEquatableObject(Ref<NSObject> object) noexcept : object_(std::move(object)) {}

@@ -31,7 +31,8 @@ NSString stringFromUTF16(const NSData& data) {
 
 }  // namespace
 
-/// One dictionary further down, for as long as it lives. Throws when the stack would not bear it.
+/// Makes a dictionary the current one as long as the step lives. Throws when too little of the
+/// stack remains.
 class DataDecoder::Step {
  public:
   Step(DataDecoder& decoder, const DictionaryStorage& dictionary, const StringKey& key,
@@ -75,7 +76,7 @@ std::string DataDecoder::path() const {
 }
 
 Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t index) {
-  // What the objects keep must not keep the whole document.
+  // Detached, because a string that an object keeps would keep the whole document in memory.
   if (value.isString()) return value.detachedCopy();
   if (value.isNumber() || value.isData() || value.isDate()) return value;
   if (!value.isDictionary()) throw ZEBUnarchiverError::unexpectedContent(key.string());
@@ -136,7 +137,7 @@ Value DataDecoder::decodedTagged(const NSString& type, const StringKey& key) {
                          unsignedComponent(archive::length, UINT64_MAX)});
   }
   if (is(archive::typeCLLocation)) return decodedLocation();
-  // Deliberately the type's name in place of the key: diagnostics show it.
+  // Deliberately the type's name in place of the key, so that diagnostics show it.
   throw ZEBUnarchiverError::unexpectedContent(type.detachedCopy());
 }
 
@@ -237,7 +238,8 @@ template <class Handle>
 Handle DataDecoder::handleOrNil(const StringKey& key) {
   const Value* value = stored(key);
   if (!value) return nullptr;
-  // Only a string or a dictionary reads as something else than itself.
+  // Strings must be detached, and dictionaries may be tagged values. Other kinds are returned as
+  // they are.
   const bool isPlain = !value->isString() && !value->isDictionary();
   Handle handle(isPlain ? *value : decoded(*value, key));
   if (handle.isNil()) throw ZEBUnarchiverError::unexpectedDataType(key.string());

@@ -15,12 +15,12 @@
 
 namespace zeb::detail {
 
-/// Turns the dictionary that an archive document is back into objects. Used for one document only.
+/// Makes objects from the dictionary of one archive document.
 class DataDecoder final : public ZEBDecoder {
  public:
   explicit DataDecoder(Ref<DecodingBuilderRegistry> decodingBuilderRegistry);
 
-  /// The object that the document, which must outlive this, describes. Throws
+  /// The object that the document describes. The document must outlive the decoder. Throws
   /// `ZEBUnarchiverError` with its path, and whatever builders throw.
   Value decodeRoot(const NSDictionary& document);
 
@@ -56,11 +56,11 @@ class DataDecoder final : public ZEBDecoder {
  private:
   class Step;
 
-  /// In the current dictionary, by its key there and by an object's own key.
+  /// Search the current dictionary: by the stored key, and by an object's own key.
   const Value* find(const StringKey& storedKey) const noexcept;
   const Value* stored(const StringKey& key) const;
-  /// The value under the key as one kind of handle or record; nil when absent. Throws when it is of
-  /// another kind.
+  /// The value under the key as a handle or record of one kind; nil when absent. Throws when the
+  /// value is of another kind.
   template <class Handle>
   Handle handleOrNil(const StringKey& key);
   template <class Record>
@@ -75,7 +75,7 @@ class DataDecoder final : public ZEBDecoder {
   Value decodedLocation();
   Value decodedObject(const StringKey& key);
 
-  // The parts of a tagged value, read from the current dictionary.
+  // Components of a tagged value, read from the current dictionary.
   Value component(const StringKey& name);
   double doubleComponent(const StringKey& name);
   std::uint64_t unsignedComponent(const StringKey& name, std::uint64_t max);
@@ -87,11 +87,11 @@ class DataDecoder final : public ZEBDecoder {
 
   mutable FieldKeys fieldKeys_;
   const Ref<DecodingBuilderRegistry> decodingBuilderRegistry_;
-  // Borrowed from the document, which the caller keeps.
-  std::vector<const DictionaryStorage*> stack_;  ///< of the dictionaries around the current one
+  // The caller keeps the document, which these point into.
+  std::vector<const DictionaryStorage*> stack_;  ///< the dictionaries around the current one
   const DictionaryStorage* currentDictionary_ = nullptr;
   std::vector<std::pair<const StringKey*, std::size_t>>
-      steps_;  ///< keys and list indexes on the way here
+      steps_;  ///< keys and list indexes that lead to the current dictionary
 };
 
 }  // namespace zeb::detail

@@ -35,7 +35,7 @@ bool mayBeKey(const Value& key) {
   return key.isString() || (key.isNumber() && NSNumber(key).isSigned64());
 }
 
-/// The text with its byte-order mark, in the machine's own byte order.
+/// The text with a byte-order mark, in the machine's byte order.
 NSData utf16Data(const NSString& string) {
   const std::u16string units = u'\uFEFF' + string.utf16();
   return NSData::dataWithBytes(std::as_bytes(std::span(units)));
@@ -43,8 +43,8 @@ NSData utf16Data(const NSString& string) {
 
 }  // namespace
 
-/// So many levels of JSON further down, for as long as it lives. Throws when that is too deep: for the
-/// stack, or because no document that deep could be read back.
+/// Counts levels of JSON as long as it lives. Throws when the document gets too deep, or when too
+/// little of the stack remains.
 class DataEncoder::Nesting {
  public:
   Nesting(DataEncoder& encoder, std::size_t levels) : encoder_(encoder), levels_(levels) {
@@ -63,13 +63,13 @@ class DataEncoder::Nesting {
 
 NSData DataEncoder::encodeRoot(const Value& root) {
   const NSObject* object = root.objectPointer();
-  // A primitive is not an error, but there is no object whose dictionary the document could be.
+  // A primitive is no error, but has no object dictionary that could be the document.
   if (!object || !writeIfObject(*object)) text_.put("{}");
   return text_.finish();
 }
 
-/// Takes back a field whose value could not be written, so that the document stays whole for whoever
-/// catches the error.
+/// Removes a field whose value could not be written, so that the document is still well-formed when
+/// an object catches the error and continues.
 class DataEncoder::FieldGuard {
  public:
   explicit FieldGuard(DataEncoder& encoder) noexcept
@@ -123,7 +123,7 @@ void DataEncoder::writeKey(const StringKey& key) {
 }
 
 void DataEncoder::finishField(const Field& field) {
-  // So few are searched faster one by one.
+  // Up to this number, a linear search is faster than a dictionary.
   constexpr std::size_t maxSearchedFields = 32;
   const std::size_t firstField = innermostObject_->firstField;
   const std::size_t count = fields_.size();
@@ -162,8 +162,8 @@ std::string_view DataEncoder::keyText(const Field& field) noexcept {
   return text_.output().written().substr(field.keyStart, field.keyLength);
 }
 
-/// Writes the innermost object's fields anew, each key with its latest value where dictionaries keep it: at
-/// the key's first place.
+/// Writes the innermost object's fields again, each key at its first position with its last value,
+/// as dictionaries keep them.
 void DataEncoder::removeReplacedValues() {
   const std::size_t firstField = innermostObject_->firstField;
   const std::string_view text = text_.output().written();
@@ -268,7 +268,7 @@ bool DataEncoder::writeIfObject(const NSObject& object) {
   return true;
 }
 
-/// An object's own dictionary.
+/// Writes an object's dictionary.
 template <class EncodeFields>
 void DataEncoder::writeFields(const NSString& encodableName, const EncodeFields& encodeFields) {
   if (encodableName.isNil()) raiseInvalidArgument("An object's encodable name can't be nil");

@@ -13,17 +13,17 @@
 
 namespace zeb::detail {
 
-/// Writes one graph of objects as an archive document. Used for one graph only.
+/// Writes one graph of objects as an archive document.
 ///
-/// The document is written straight away, object by object: there is no tree of it in between. An object's
-/// fields are remembered while it is open, because a key that comes again takes the place of its earlier
-/// value.
+/// The text is written directly, object by object, without an intermediate tree. The positions of
+/// an object's fields are kept while the object is open, because a key that is written again
+/// replaces its earlier value.
 class DataEncoder final : public ZEBEncoder {
  public:
   DataEncoder() = default;
 
-  /// The document of a root object; an empty one for a root that is no object. Throws NSError for too
-  /// deep nesting.
+  /// The document of a root object; `{}` for a root that is no object. Throws NSError when objects
+  /// are nested too deeply.
   NSData encodeRoot(const Value& root);
 
   using ZEBEncoder::encodeObject;
@@ -44,7 +44,8 @@ class DataEncoder final : public ZEBEncoder {
  private:
   class Nesting;
   class FieldGuard;
-  /// Where a field of an open object stands in the text. A key that comes again changes the value's place.
+  /// The position in the text of an open object's field. Writing the key again changes the value's
+  /// position.
   struct Field {
     std::uint32_t keyHash;
     std::uint32_t keyLength;  ///< of the key's text, with quotes and colon
@@ -55,9 +56,9 @@ class DataEncoder final : public ZEBEncoder {
   /// An object whose fields are being written.
   struct OpenObject {
     std::size_t firstField = 0;      ///< in `fields_`
-    bool hasReplacedValues = false;  ///< so that the text holds values that no field has any more
+    bool hasReplacedValues = false;  ///< whether the text contains values that were replaced
     NSMutableDictionary indexes{
-        nullptr};  ///< in `fields_`, by the key's text; nil while there are few
+        nullptr};  ///< positions in `fields_` by the key's text; nil while there are few fields
   };
 
   template <class WriteValue>
@@ -90,8 +91,8 @@ class DataEncoder final : public ZEBEncoder {
   void component(std::string_view name, std::uint64_t number);
 
   JsonTextWriter text_{true};
-  std::vector<Field> fields_;              ///< of the objects that are open, inner ones last
-  OpenObject* innermostObject_ = nullptr;  ///< null while none is open
+  std::vector<Field> fields_;              ///< of all open objects, the innermost object's last
+  OpenObject* innermostObject_ = nullptr;  ///< null while no object is open
   std::size_t depth_ = 0;                  ///< levels of JSON that are open
 };
 

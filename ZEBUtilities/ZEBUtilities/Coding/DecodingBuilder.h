@@ -6,11 +6,11 @@
 
 namespace zeb {
 
-/// Rebuilds the objects of one encodable name. Immutable; any thread.
+/// Rebuilds the objects of one encodable name. Immutable; may be used from any thread.
 class DecodingBuilder : public NSObject {
  public:
   virtual NSString encodableName() const = 0;
-  /// Makes the object out of its fields. May throw.
+  /// Makes the object from its fields. May throw.
   virtual ZEBEitherEncodable build(ZEBDecoder& decoder) const = 0;
 };
 
@@ -32,8 +32,8 @@ class LegacyDecodingBuilder : public DecodingBuilder {
   }
 };
 
-/// A builder made of a name and a function, whose errors pass on unchanged. A nil function throws NSException
-/// (NSInvalidArgumentException).
+/// A builder with a name and a function, whose exceptions are passed on unchanged. A nil function
+/// throws NSException (NSInvalidArgumentException).
 class BasicDecodingBuilder final : public DecodingBuilder {
  public:
   using BuildFunction = Block<ZEBEitherEncodable(ZEBDecoder&)>;

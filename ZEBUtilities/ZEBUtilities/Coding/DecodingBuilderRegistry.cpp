@@ -31,7 +31,7 @@ BasicDecodingBuilderRegistry::BasicDecodingBuilderRegistry(
   }
 }
 
-// A long chain is taken down link by link, not by each link's destructor calling the next one's.
+// Takes a long chain apart in a loop, because nested destructor calls would overflow the stack.
 BasicDecodingBuilderRegistry::~BasicDecodingBuilderRegistry() {
   Ref<DecodingBuilderRegistry> next = std::move(inFrontOf_);
   while (next && next->isUniquelyReferenced()) {

@@ -11,7 +11,7 @@
 
 namespace zeb {
 
-/// Knows the builder for each encodable name. Must not change while an unarchiver reads.
+/// Finds the builder for each encodable name. Must not change while an unarchiver reads.
 class DecodingBuilderRegistry : public NSObject {
  public:
   /// Nil when the name is unknown.
@@ -21,8 +21,8 @@ class DecodingBuilderRegistry : public NSObject {
 /// One entry of a registry.
 class BuilderSpec {
  public:
-  /// The type's own name and constructor. For a primitive kind the entry exists, but building stops the
-  /// process: decoders read those directly.
+  /// An entry with the type's own name and constructor. An entry for a primitive kind stops the
+  /// process when it builds, because decoders read primitives directly.
   template <class T>
     requires(ZEBDecodableType<T> || PrimitiveType<T>)
   [[nodiscard]] static BuilderSpec decodableType();
@@ -31,8 +31,8 @@ class BuilderSpec {
                                                  Block<ZEBEncodable(ZEBDecoder&)> buildFunction);
   [[nodiscard]] static BuilderSpec objCBuildFunction(
       const NSString& encodableName, Block<Ref<ZEBObjCEncodable>(ZEBDecoder&)> buildFunction);
-  /// The given builder under the given name, whatever the builder's own one is. With nil the name counts as
-  /// unknown, even when a registry behind knows it.
+  /// An entry with the given builder under the given name, even if the builder has another one. A
+  /// nil builder makes the name unknown, even if the next registry in the chain knows it.
   [[nodiscard]] static BuilderSpec builder(const NSString& encodableName,
                                            Ref<DecodingBuilder> builder);
 
@@ -47,14 +47,14 @@ class BuilderSpec {
   Ref<DecodingBuilder> builder_;
 };
 
-/// A registry made of entries that may stand in front of another registry: it answers its own names
-/// first and the other's for the rest, through chains of any length. Of two entries with one name the
-/// later one counts. Immutable; any thread.
+/// A registry with a list of entries, optionally in front of another registry that is asked for all
+/// other names. Chains may have any length. Of two entries with the same name the later one counts.
+/// Immutable; may be used from any thread.
 class BasicDecodingBuilderRegistry final : public DecodingBuilderRegistry {
  public:
   using Builders = std::unordered_map<NSString, Ref<DecodingBuilder>>;
 
-  /// An empty registry with nothing behind it.
+  /// An empty registry without a next one.
   BasicDecodingBuilderRegistry() = default;
   explicit BasicDecodingBuilderRegistry(std::span<const BuilderSpec> builderSpecs,
                                         Ref<DecodingBuilderRegistry> inFrontOf = nullptr);
@@ -70,8 +70,8 @@ class BasicDecodingBuilderRegistry final : public DecodingBuilderRegistry {
 
   Ref<DecodingBuilder> decodingBuilder(const NSString& forEncodableName) const override;
 
-  /// "ZEBBasicDecodingBuilderRegistry", with decodingBuilderForEncodableName: and the two properties; its class
-  /// method init makes an empty registry.
+  /// Registered as "ZEBBasicDecodingBuilderRegistry", with decodingBuilderForEncodableName: and the
+  /// two properties. Its class method init makes an empty registry.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
   std::string className() const override { return "ZEBBasicDecodingBuilderRegistry"; }
@@ -85,7 +85,7 @@ namespace detail {
 
 [[noreturn]] void stopForPrimitive() noexcept;
 
-/// Some value of a primitive kind.
+/// Any value of a primitive kind.
 template <class T>
 Value samplePrimitive() {
   if constexpr (std::same_as<T, NSString>)

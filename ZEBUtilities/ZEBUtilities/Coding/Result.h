@@ -5,7 +5,7 @@
 
 namespace zeb {
 
-/// Either a value or the error that there is instead.
+/// Either a value or an error.
 template <class SuccessValue, class Failure>
 class Result {
  public:

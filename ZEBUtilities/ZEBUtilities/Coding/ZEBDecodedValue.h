@@ -13,19 +13,20 @@
 
 namespace zeb {
 
-/// How a decoded value becomes a static type; empty when it is of another kind. An object that nobody
-/// else refers to is moved out of the value instead of being copied. Values and their
-/// handles, arithmetic types (from numbers), boxed records, `Ref`s to objects, decodable types, vectors
-/// of these, and maps from strings or 64-bit integers to these. Whoever writes a document chooses the keys
-/// of its maps: decode what comes from outside into a map that is ordered (`std::map`) or hashed under a
-/// secret key (`Dictionary`, `std::unordered_map<NSString, …>` or one with `KeyedHash`), not into one with
-/// the standard library's hash of `std::string` or integers, whose collisions can be chosen.
+/// Converts a decoded value to a static type; empty when the value is of another kind. Exists for
+/// values and their handles, arithmetic types (from numbers), boxed records, `Ref`s to objects,
+/// decodable types, vectors of these, and maps from strings or 64-bit integers to these. An object
+/// with no other owner is moved out of the value instead of being copied. The author of a document
+/// chooses the keys of its maps. Decode documents from outside into a map that is ordered
+/// (`std::map`) or hashed under a secret key (`Dictionary`, `std::unordered_map<NSString, …>` or
+/// one with `KeyedHash`), because collisions under the standard library's hash of `std::string` and
+/// integers can be chosen.
 template <class T>
 struct DecodedValueAs;
 
 namespace detail {
 
-/// An element of an array: moved out of it when nobody else can see the array, else shared.
+/// An element of an array: moved out when the array has no other owner, else shared.
 inline Value taken(const Value& element, const Value& array) {
   return array.isUniquelyReferenced() ? std::move(const_cast<Value&>(element)) : element;
 }

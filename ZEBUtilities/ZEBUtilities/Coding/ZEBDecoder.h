@@ -17,23 +17,22 @@ class ZEBDecoder;
 template <class T>
 T decodeTyped(ZEBDecoder& decoder, const StringKey& key);
 
-/// What an object reads its fields from. Throws `ZEBUnarchiverError`.
+/// The interface from which an object reads its fields. Throws `ZEBUnarchiverError`.
 ///
-/// The forms without a default are required: an absent key throws `missingRequiredData`. With a
-/// default, or `Optional`, an absent key answers the default or nil. In all forms a value of another
-/// kind than asked for throws `unexpectedDataType`, and one that is no archived value at all
-/// `unexpectedContent`. Numbers convert by their readings (see `Value`). Valid only during the call
-/// that it is passed to.
+/// Functions without a default throw `missingRequiredData` for an absent key. Functions with a
+/// default or with `Optional` in their name return the default or nil. All throw
+/// `unexpectedDataType` for a value of another kind, and `unexpectedContent` for one that is no
+/// archived value. Numbers convert as the readings of `Value` do. A decoder is valid only during
+/// the call that it is passed to.
 class ZEBDecoder {
  public:
   virtual ~ZEBDecoder() = default;
 
-  /// Any value: strings, numbers, data, dates, arrays, dictionaries, boxed records, and objects that a
-  /// registered builder made.
+  /// Any value: strings, numbers, data, dates, arrays, dictionaries, boxed records, and objects
+  /// that a registered builder made.
   virtual Value decodeObjectForKey(const StringKey& key) = 0;
-  /// The same as a static type: whatever `decodedValueAs` makes (see
-  /// <ZEBUtilities/Coding/ZEBDecodedValue.h>, which to include for it). A `std::optional` is empty for
-  /// an absent key.
+  /// The same as a static type, converted by `decodedValueAs`. Include
+  /// <ZEBUtilities/Coding/ZEBDecodedValue.h> for it. A `std::optional` is empty for an absent key.
   template <class T>
   T decodeObjectForKey(const StringKey& key) {
     return decodeTyped<T>(*this, key);

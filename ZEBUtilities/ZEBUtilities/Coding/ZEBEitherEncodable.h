@@ -7,7 +7,7 @@
 
 namespace zeb {
 
-/// What a decoding builder makes: a value-model object or a shared object.
+/// The result of a decoding builder: a value-model object or a shared object.
 class ZEBEitherEncodable {
  public:
   static ZEBEitherEncodable native(ZEBEncodable encodable) {
@@ -27,7 +27,7 @@ class ZEBEitherEncodable {
     return isLegacy() ? std::get<Ref<ZEBObjCEncodable>>(encodable_) : nullptr;
   }
 
-  /// Whichever it is, as a value.
+  /// The object of either kind as a value.
   Value value() const { return isNative() ? native().value() : Value(legacy()); }
 
  private:

@@ -21,8 +21,9 @@
 
 namespace zeb {
 
-/// A value-model type that can be archived: it states its encodable name, which is stored in documents
-/// and so must never change, and writes its fields into an encoder. There is no default for the name.
+/// A value-model type that can be archived: it states its encodable name, which is stored in
+/// documents and so must never change, and writes its fields into an encoder. There is no default
+/// for the name.
 ///
 ///     struct Profile {
 ///       static const char* encodableName() { return "Profile"; }
@@ -31,20 +32,22 @@ namespace zeb {
 ///       NSString name;
 ///     };
 ///
-/// In collections, objects of a type with `==` are equal by content, and are hashed by `std::hash` of the
-/// type. Specialise it for what is to be a member of large sets or a key in large dictionaries: without it
-/// all objects of the type have one hash, and such a collection compares them one after the other.
+/// In collections, objects of a type with `==` are equal by content, and are hashed by `std::hash`
+/// of the type. Specialise it for types that become members of large sets or keys in large
+/// dictionaries: without it all objects of the type have the same hash, and every search compares
+/// them one by one.
 template <class T>
 concept ZEBEncodableType = requires(const T& object, ZEBEncoder& encoder) {
   { T::encodableName() } -> std::convertible_to<NSString>;
   object.encode(encoder);
 };
 
-/// An encodable type that can be rebuilt. The constructor may throw.
+/// An encodable type with a constructor that takes a decoder. The constructor may throw.
 template <class T>
 concept ZEBDecodableType = ZEBEncodableType<T> && std::constructible_from<T, ZEBDecoder&>;
 
-/// The primitive kinds, which can be passed as encodables but which encoders and decoders handle themselves.
+/// The primitive kinds. They can be passed as encodables, but encoders and decoders handle them
+/// directly.
 template <class T>
 concept PrimitiveType =
     std::is_arithmetic_v<T> || std::same_as<T, NSString> || std::same_as<T, NSNumber> ||
@@ -52,26 +55,26 @@ concept PrimitiveType =
     std::same_as<T, CGPoint> || std::same_as<T, CGSize> || std::same_as<T, NSRange> ||
     std::same_as<T, Ref<CLLocation>>;
 
-/// What shared objects that can be archived implement. A protocol derives virtually from the root class, so
-/// that a class may implement several.
+/// The protocol of shared objects that can be archived. Protocols derive virtually from the root
+/// class, so that a class may implement several.
 class ZEBObjCEncodable : public virtual NSObject {
  public:
-  /// The same for all objects of a class, and never changed: it is stored in documents.
+  /// The same for all objects of a class. Must never change, because it is stored in documents.
   virtual NSString encodableName() const = 0;
   virtual void encodeWithEncoder(ZEBEncoder& encoder) const = 0;
 
-  /// The protocol in the dynamic runtime, which knows it as "ZEBEncodable": for a class to register as its
-  /// superclass, so that its objects answer encodableName and encodeWithEncoder: there (the encoder travels as
-  /// Coding/ZEBEncoderConversion.h says).
+  /// The protocol in the dynamic runtime, registered as "ZEBEncodable". A class that registers it
+  /// as its superclass responds to encodableName and encodeWithEncoder: there (encoders are passed
+  /// as described in Coding/ZEBEncoderConversion.h).
   static Class* runtimeClass();
 };
 
 namespace detail {
 
-/// The encodable name that a primitive kind has; nil for nil.
+/// The encodable name of a primitive's kind; nil for nil.
 NSString primitiveName(const Value& primitive);
 
-/// An encodable object of any value-model type, as an object that collections can hold.
+/// An encodable object of any value-model type, in a form that collections can hold.
 class EncodableBox : public NSObject {
  public:
   virtual NSString encodableName() const = 0;
@@ -104,7 +107,7 @@ class OwningBox final : public EncodableBox {
     } else if constexpr (HasStandardHash<T>) {
       return std::hash<T>()(object);
     } else {
-      return encodableName().hash();  // all that equal objects are known to have in common
+      return encodableName().hash();  // equal objects are not known to share anything else
     }
   }
 
@@ -116,11 +119,11 @@ template <class T>
 OwningBox<T>* owningBox(const Value& value) noexcept {
   if (!value.isObject()) return nullptr;
   NSObject& object = *value.objectPointer();
-  // The class is final, so that its name decides, which is quicker to ask than its bases.
+  // The class is final, so that comparing the type suffices, which is faster than a dynamic_cast.
   return typeid(object) == typeid(OwningBox<T>) ? static_cast<OwningBox<T>*>(&object) : nullptr;
 }
 
-/// An object that somebody else owns and that outlives the encoding.
+/// Refers to an object that the caller owns and that outlives the encoding.
 template <class T>
 class BorrowingBox final : public EncodableBox {
  public:
@@ -134,8 +137,8 @@ class BorrowingBox final : public EncodableBox {
 
 }  // namespace detail
 
-// What `ZEBEncoder::encodeObject` takes: each answers the thing as a value. Of encodable objects the
-// value only borrows, so that it must not outlive them.
+// The types that `ZEBEncoder::encodeObject` takes. Each overload makes a value. The value of an
+// encodable object only refers to it, and must not outlive it.
 
 template <std::derived_from<Value> Handle>
 Value encodableValue(const Handle& handle) {
@@ -158,9 +161,9 @@ Value encodableValue(const Ref<Object>& object) {
   return Value(object);
 }
 /// Any encodable value: the type-erased form of `ZEBEncodableType`, and of the primitive kinds
-/// (booleans, integers, floats, doubles, strings, numbers, data, dates, rectangles, points, sizes, ranges,
-/// locations), which can be passed as encodables but are written by the encoder itself. A nullable shared
-/// handle to an immutable object.
+/// (booleans, integers, floats, doubles, strings, numbers, data, dates, rectangles, points, sizes,
+/// ranges, locations), which the encoder writes directly. A nullable shared handle to an immutable
+/// object.
 class ZEBEncodable {
  public:
   ZEBEncodable() noexcept = default;
@@ -174,18 +177,19 @@ class ZEBEncodable {
 
   /// Nil for nil.
   NSString encodableName() const;
-  /// Nothing for nil. Stops the process on a primitive: encoders write those directly.
+  /// Does nothing for nil. Stops the process for a primitive, because encoders write primitives
+  /// directly.
   void encode(ZEBEncoder& encoder) const;
 
-  /// The object when it is of this type, else null. Valid as long as this handle.
+  /// The object when it is of this type, else null. Valid as long as this handle exists.
   template <ZEBEncodableType T>
   const T* as() const noexcept {
     const auto* box = detail::owningBox<T>(value_);
     return box ? &box->object : nullptr;
   }
 
-  /// As an element for collections, and back (nil when the value is neither an encodable object nor
-  /// a primitive).
+  /// Conversion to an element for collections, and back (nil when the value is neither an encodable
+  /// object nor a primitive).
   const Value& value() const noexcept { return value_; }
   static ZEBEncodable from(const Value& value) noexcept;
 
@@ -202,7 +206,7 @@ template <class T>
 Value encodableValue(const std::optional<T>& object);
 namespace detail {
 
-/// Sequences whose elements stay where they are, so that they can be borrowed; or need not be.
+/// Sequences whose elements can be referred to during the encoding, or are values or numbers.
 template <class Sequence>
 concept EncodableSequence =
     std::ranges::input_range<const Sequence> && !std::derived_from<Sequence, Value> &&
@@ -213,8 +217,8 @@ concept EncodableSequence =
 
 }  // namespace detail
 
-/// Sequences become arrays; sequences of pairs, such as maps, become dictionaries. A view that makes its
-/// elements on the fly is not taken, unless they are values or numbers.
+/// Sequences become arrays; sequences of pairs, such as maps, become dictionaries. A view that
+/// makes its elements when they are read is not accepted, unless they are values or numbers.
 template <detail::EncodableSequence Sequence>
 Value encodableValue(const Sequence& sequence);
 

@@ -15,19 +15,20 @@ namespace zeb {
 template <class T>
 Value encodableObject(const T& object);
 
-/// What an object writes its fields into, each under a key of its own. Keys of different objects never
-/// meet, and no key can collide with the document's own.
+/// The interface to which an object writes its fields, each under its own key. Each object has
+/// separate keys, and none of them can collide with the document's reserved keys.
 ///
-/// A nil string, number or object writes nothing, so that its key reads back as absent. A key written
-/// twice keeps the later value. Valid only during the `encode` call that it is passed to.
+/// A nil string, number or object writes nothing, so that its key is absent when read back. If a
+/// key is written twice, the later value counts. An encoder is valid only during the `encode` call
+/// that it is passed to.
 class ZEBEncoder {
  public:
   virtual ~ZEBEncoder() = default;
 
   /// Any value, encodable object, array or dictionary.
   virtual void encodeObject(const Value& object, const StringKey& forKey) = 0;
-  /// The same for statically typed things: whatever `encodableValue` in
-  /// <ZEBUtilities/Coding/ZEBEncodable.h> takes.
+  /// The same for static types: all that `encodableValue` in <ZEBUtilities/Coding/ZEBEncodable.h>
+  /// takes.
   template <class T>
   void encodeObject(const T& object, const StringKey& forKey) {
     const Value value = encodableObject(object);

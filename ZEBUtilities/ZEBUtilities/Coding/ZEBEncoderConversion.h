@@ -18,8 +18,8 @@ struct BoxedEncoder final : NSObject {
 
 }  // namespace detail
 
-/// Lets encoders travel through `send`, by pointer. The value only borrows: like the encoder, it is valid
-/// during the `encode` call only.
+/// Lets `send` pass encoders, by pointer. The value does not own the encoder: both are valid during
+/// the `encode` call only.
 template <>
 struct ValueConversion<ZEBEncoder*> {
   static constexpr char typeCode = '@';

@@ -10,19 +10,19 @@
 
 namespace zeb {
 
-/// The keys that an archived enumeration uses.
+/// The keys of an archived enumeration.
 struct ZEBRawValueEnumCodableCoderKeys {
   static constexpr char rawValue[] = "rawValue";
 };
 
-/// What makes an enumeration archivable; specialised for each, with
+/// Specialise this for each enumeration that is to be archived, with
 ///   - `static const char* encodableName()`, which is stored in documents and must never change;
-///   - `cases`, a range of all enumerators, or of (enumerator, string) pairs when its raw values are
-///     strings. Only what is listed can be read back.
+///   - `cases`, a range of all enumerators, or of (enumerator, string) pairs when its raw values
+///     are strings. Only listed enumerators can be read back.
 template <class Enumeration>
 struct ZEBRawValueEnumTraits;
 
-/// An enumeration as an encodable: archives its raw value under "rawValue".
+/// Makes an enumeration encodable: archives its raw value under "rawValue".
 ///
 ///     enum class Mood : std::int32_t { calm = 1, excited = 2 };
 ///     template <>
@@ -41,14 +41,14 @@ class ZEBRawValueEnumCodable {
 
   ZEBRawValueEnumCodable(Enumeration enumerator) noexcept : enumerator_(enumerator) {}
 
-  /// Throws `missingRequiredData` when there is no raw value, and `unexpectedContent` when it names no
-  /// case, both with the key "rawValue".
+  /// Throws `missingRequiredData` without a raw value, and `unexpectedContent` when it is not in
+  /// `cases`, both with the key "rawValue".
   explicit ZEBRawValueEnumCodable(ZEBDecoder& decoder) : enumerator_(decoded(decoder)) {}
 
   static NSString encodableName() { return Traits::encodableName(); }
 
-  /// Throws NSException (NSInvalidArgumentException) when the raw values are strings and `cases` has none for
-  /// this enumerator: what were written could not be read back.
+  /// Throws NSException (NSInvalidArgumentException) when the raw values are strings and `cases`
+  /// does not list this enumerator, because it could not be read back.
   void encode(ZEBEncoder& encoder) const {
     if constexpr (hasStrings) {
       for (const auto& [enumerator, text] : Traits::cases) {

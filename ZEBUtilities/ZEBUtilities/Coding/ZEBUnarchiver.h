@@ -9,19 +9,19 @@
 
 namespace zeb {
 
-/// Reads documents that `ZEBArchiver` wrote, finding the code for each object by its encodable name in a
-/// registry, which must not change meanwhile. Any thread.
+/// Reads documents that `ZEBArchiver` wrote. Finds the builder of each object by its encodable name
+/// in a registry, which must not change meanwhile. May be used from any thread.
 class ZEBUnarchiver {
  public:
-  /// With nil no name is known.
+  /// With a nil registry, all names are unknown.
   explicit ZEBUnarchiver(Ref<DecodingBuilderRegistry> decodingBuilderRegistry);
 
-  /// The document's root object as a `T` (a decodable type, a `ZEBEncodable`, a `Ref` to an object's
-  /// class, or a `Value` for whatever it is). Throws NSError when the data is no JSON, `ZEBUnarchiverError`
-  /// when it is no readable archive (`missingRootObject` when the root is no `T`), and whatever the
-  /// builders throw. Nil data is no JSON. A document that is not an object's
-  /// dictionary but that of another value, such as an array or a date, which no archiver writes, gives that
-  /// value. What it answers shares no memory with the document.
+  /// The document's root object as a `T`: a decodable type, a `ZEBEncodable`, a `Ref` to an
+  /// object's class, or a `Value` for objects of any type. Throws NSError when the data is not JSON
+  /// (nil is not), `ZEBUnarchiverError` when it is no readable archive (`missingRootObject` when
+  /// the root is no `T`), and whatever the builders throw. A document with the dictionary of a
+  /// value that is no object, such as an array or a date, which no archiver writes, gives that
+  /// value. The result shares no memory with the document.
   template <class T>
   [[nodiscard]] T unarchivedRootObject(const NSData& data) const {
     std::optional<T> object = decodedValueAs<T>(unarchivedRoot(data));

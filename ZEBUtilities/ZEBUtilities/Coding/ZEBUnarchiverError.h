@@ -8,20 +8,20 @@
 
 namespace zeb {
 
-/// Why an archive document can't be read.
+/// The reason why an archive document cannot be read.
 class ZEBUnarchiverError : public std::exception {
  public:
   enum class Case : std::uint8_t {
     /// A typed read found a value of another kind under the key.
     unexpectedDataType,
-    /// A value that is neither plain nor a dictionary, a component that makes no sense, an enumeration value
-    /// that names no case, an object that its builder made nothing of, or nesting that the stack can't bear,
-    /// under the key; for an unknown type name, deliberately, the type name
-    /// stands in place of the key.
+    /// The value under the key is neither a plain value nor a dictionary, or has an invalid
+    /// component, or is an unknown enumeration value, or its builder returned nil, or it is nested
+    /// too deeply for the thread's stack. For an unknown type name, the type name deliberately
+    /// takes the place of the key.
     unexpectedContent,
-    /// The dictionary under the key should be an object but names no encodable.
+    /// The dictionary under the key should be an object but has no encodable name.
     missingEncodableName,
-    /// The registry knows no builder for the encodable name.
+    /// The registry has no builder for the encodable name.
     missingDecodingBuilder,
     /// A required read found nothing under the key.
     missingRequiredData,
@@ -40,19 +40,20 @@ class ZEBUnarchiverError : public std::exception {
   static ZEBUnarchiverError missingRootObject();
 
   Case errorCase() const noexcept { return case_; }
-  /// The payload of the first three cases and of `missingRequiredData`; else nil.
+  /// The payload of the first three cases and of `missingRequiredData`; nil for other cases.
   NSString key() const;
-  /// The payload of `missingDecodingBuilder`; else nil.
+  /// The payload of `missingDecodingBuilder`; nil for other cases.
   NSString encodableName() const;
 
-  /// Where the reader was, as the keys that led there ("root.author.links[2]"); empty outside a read.
+  /// The path of keys to the error's place ("root.author.links[2]"); empty for errors made outside
+  /// of a decoder.
   const std::string& path() const noexcept { return path_; }
   void setPath(std::string path);
 
   /// Case, payload and path, as UTF-8.
   const char* what() const noexcept override { return text_.c_str(); }
 
-  /// Same case and payload, wherever it happened.
+  /// Compares case and payload, not the path.
   friend bool operator==(const ZEBUnarchiverError& left, const ZEBUnarchiverError& right) noexcept {
     return left.case_ == right.case_ && left.payload_ == right.payload_;
   }

@@ -2,10 +2,11 @@
 
 namespace zeb {
 
-/// The reverse-DNS prefix of everything that the library labels: queues, keychain tags, error domains.
+/// The reverse-DNS prefix of all identifiers that the library makes: queue labels, keychain tags,
+/// error domains.
 extern const char* const ZEBUtilitiesIdentifierPrefix;
 
-/// The channels that the library logs on.
+/// The channels of the library's log lines.
 extern const char* const ZEBUtilitiesLoggingChannel_Generic;
 extern const char* const ZEBUtilitiesLoggingChannel_JSON;
 extern const char* const ZEBUtilitiesLoggingChannel_Timer;

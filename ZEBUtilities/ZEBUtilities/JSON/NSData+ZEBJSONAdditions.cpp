@@ -3,7 +3,7 @@
 
 namespace zeb {
 
-// The identifier prefix is spelled out, because a constant must be ready before any code runs.
+// Spells out the identifier prefix, because a constant must be initialised before any code runs.
 const char* const ZEBNSDataJSONAdditionsErrorDomain = "org.zebutilities.ZEBOrvaneJSONParsing";
 
 namespace {

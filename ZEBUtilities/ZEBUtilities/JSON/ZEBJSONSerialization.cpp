@@ -29,7 +29,7 @@ void log(std::int32_t level, std::string_view function, std::int32_t line, std::
   OLGLogEx(nullptr, level, channel, sourceFile, function, line, format, arguments...);
 }
 
-/// Logs, when it goes out of scope by whatever way, that the main thread was held up.
+/// Logs, when the scope is left in any way, if the main thread was blocked for too long.
 class MainThreadTimer {
  public:
   MainThreadTimer(std::string_view function, std::string_view format) noexcept
@@ -61,7 +61,8 @@ void completeOnMainQueue(Completion completion, Work work) {
                  [completion = std::move(completion), work = std::move(work)]() mutable {
                    NSError error;
                    auto result = work(&error);
-                   // The work goes along, because it keeps the input, which lives as long as the completion.
+                   // Keeps `work` too, because it owns the input, which must live as long as the
+                   // completion.
                    dispatch_async(dispatch_get_main_queue(),
                                   [completion = std::move(completion), work = std::move(work),
                                    result = std::move(result),

@@ -18,7 +18,7 @@ bool areEqual(const Operations& left, const Operations& right) {
   });
 }
 
-/// Lists of operations as keys of tables, by the equality of the operations.
+/// Compare and hash lists of operations as keys, by the equality of the operations.
 struct EqualLists {
   bool operator()(const Operations* left, const Operations* right) const {
     return areEqual(*left, *right);
@@ -33,7 +33,7 @@ struct HashOfList {
   }
 };
 
-/// The dependents of one step, those with equal operations folded into the first of them.
+/// The dependents of one step. Those with equal operations are merged into the first of them.
 std::vector<std::pair<const Operations*, Graphs>> merged(const Graphs& graphs) {
   std::vector<std::pair<const Operations*, Graphs>> entries;
   std::unordered_map<const Operations*, std::size_t, HashOfList, EqualLists> places;
@@ -63,7 +63,8 @@ void addDependencies(const Operations& operations, const Operations& dependents)
 OperationDependencyGraph::Node::Node(Operations itsOperations, Graphs itsDependents)
     : operations(std::move(itsOperations)), dependents(std::move(itsDependents)) {}
 
-/// Graphs that die with this one do so one after the other: chains may be long.
+/// Destroys the graphs that only this one owns in a loop, because nested destructors of a long
+/// chain would overflow the stack.
 OperationDependencyGraph::Node::~Node() {
   Graphs dying = std::move(dependents);
   while (!dying.empty()) {

@@ -9,25 +9,25 @@
 
 namespace zeb {
 
-/// Declares that operations run after others, and then makes them depend on each other in one call:
+/// Declares which operations run after which others, and then adds all dependencies in one call:
 ///
 ///     dependingOn(upload, compress, login).dependingOn(read).establishDependencies();
 ///
-/// lets `upload` wait for `compress` and `login`, and these for `read`. A value that is cheap to copy; the
-/// operations are kept alive. Nil operations are allowed and skipped. One thread at a time.
+/// makes `upload` wait for `compress` and `login`, and these for `read`. Cheap to copy. Keeps the
+/// operations alive. Nil operations are allowed and skipped. May be used by one thread at a time.
 class OperationDependencyGraph {
  public:
   using Operations = std::vector<Ref<NSOperation>>;
   using Graphs = std::vector<OperationDependencyGraph>;
 
-  /// The operations of the dependent graphs wait for these.
+  /// A graph whose dependent graphs wait for these operations.
   OperationDependencyGraph(Operations operations, Graphs dependentOperations);
   explicit OperationDependencyGraph(Ref<NSOperation> operation);
 
   const Operations& operations() const noexcept;
   const Graphs& dependentOperations() const noexcept;
 
-  /// A graph in which everything of this one runs after the given operations.
+  /// A graph in which all operations of this one run after the given operations.
   [[nodiscard]] OperationDependencyGraph dependingOn(Operations operations) const;
   template <class... Operation>
     requires(std::convertible_to<Operation, Ref<NSOperation>> && ...)
@@ -35,24 +35,24 @@ class OperationDependencyGraph {
     return dependingOn(Operations{std::forward<Operation>(operations)...});
   }
 
-  /// Adds the dependencies (`NSOperation::addDependency`); starts and enqueues nothing. Dependents with equal
-  /// operations count as one. Where that closes a circle of operations on queues, NSException is thrown, and
-  /// those added before remain.
+  /// Adds the dependencies (`NSOperation::addDependency`). Does not start or enqueue operations.
+  /// Dependents with equal operations count as one. Throws NSException if a dependency closes a
+  /// cycle of operations on queues; dependencies added before remain.
   void establishDependencies() const;
 
  private:
-  /// Shared by all copies of a graph and never changed, so that a chain of any length is quickly made.
+  /// Shared by all copies of a graph and never changed, so that long chains are built quickly.
   struct Node final : NSObject {
     Node(Operations itsOperations, Graphs itsDependents);
     ~Node() override;
 
     const Operations operations;
-    mutable Graphs dependents;  ///< taken out by the destructor
+    mutable Graphs dependents;  ///< emptied by the destructor
   };
   Ref<const Node> node_;
 };
 
-/// The operation as a graph, after the given ones.
+/// A graph in which the operation runs after the given ones.
 [[nodiscard]] inline OperationDependencyGraph dependingOn(
     const Ref<NSOperation>& operation, OperationDependencyGraph::Operations operations) {
   return OperationDependencyGraph(operation).dependingOn(std::move(operations));

@@ -7,7 +7,7 @@
 namespace zeb {
 
 const dispatch_queue_t& ZEBBackgroundQueue::sharedBackgroundQueue() {
-  // Never destroyed: work may be queued while the process ends.
+  // Never destroyed: static objects may queue work while the process exits.
   static const auto* queue = new dispatch_queue_t(
       dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".queue.background"));
   return *queue;

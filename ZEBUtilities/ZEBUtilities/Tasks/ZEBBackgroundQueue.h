@@ -4,15 +4,15 @@
 
 namespace zeb {
 
-/// The library's one queue for work that must not run on the main thread and need not run in parallel.
+/// The library's queue for work that must not run on the main thread and need not run in parallel.
 class ZEBBackgroundQueue {
  public:
   ZEBBackgroundQueue() = delete;
 
-  /// Serial, and the same one every time. Any thread.
+  /// A serial queue; every call returns the same one. Any thread.
   static const dispatch_queue_t& sharedBackgroundQueue();
 
-  /// "ZEBBackgroundQueue", with sharedBackgroundQueue.
+  /// Registered as "ZEBBackgroundQueue", with sharedBackgroundQueue.
   static Class* runtimeClass();
 };
 

@@ -6,28 +6,29 @@
 
 namespace zeb {
 
-/// A protocol (see `ProtocolRef`): is told when a background task's handle goes, so that the task can be ended.
+/// A protocol (see `ProtocolRef`). Is notified when a background task's handle is destroyed, so
+/// that the task can be ended.
 class ZEBBackgroundTaskHandleDelegate {
  public:
-  /// On the thread that released the handle's last reference. Must not throw.
+  /// Called on the thread that released the handle's last reference. Must not throw.
   virtual void backgroundTaskHandleWillBeDeallocated(const NSString& identifier) = 0;
 
  protected:
   ~ZEBBackgroundTaskHandleDelegate() = default;
 };
 
-/// A token for a background task, which lasts as long as somebody holds the token. The delegate may be
-/// changed by one thread at a time.
+/// A token for a background task: the task lasts as long as the token has an owner. The delegate
+/// may be changed by one thread at a time.
 class ZEBBackgroundTaskHandle : public NSObject {
  public:
   ZEBBackgroundTaskHandle() = delete;
   ZEBBackgroundTaskHandle(const NSString& identifier, const NSString& name,
                           const ProtocolRef<ZEBBackgroundTaskHandleDelegate>& delegate);
-  /// Tells the delegate, if it still exists.
+  /// Notifies the delegate, if it still exists.
   ~ZEBBackgroundTaskHandle() override;
 
-  /// "ZEBBackgroundTaskHandle", with everything here by its selectors; the initialiser is a class method
-  /// there, and a delegate an object that implements the protocol.
+  /// Registered as "ZEBBackgroundTaskHandle", with all functions here under their selectors. The
+  /// initialiser is a class method there, and a delegate is an object that implements the protocol.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 

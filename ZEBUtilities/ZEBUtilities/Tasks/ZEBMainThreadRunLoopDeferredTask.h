@@ -6,21 +6,21 @@
 
 namespace zeb {
 
-/// Runs a block once, on the main queue, the next time that the run loop of the thread which made it has
-/// nothing left to do: for work that should wait until the current burst of events has been handled. The
-/// loop must run in a common mode for that; a thread that runs no loop never gets there.
+/// Runs a block once, on the main queue, the next time the run loop of the creating thread is about
+/// to wait. Use it for work that should wait until the current burst of events has been handled.
+/// The loop must run in a common mode; without a running loop, the block never runs.
 ///
-/// Whoever makes it must keep it until the block has run: a task that is released earlier never runs its block.
-/// It may be released on any thread.
+/// Keep the task until the block has run: a task that is released earlier never runs its block. It
+/// may be released on any thread.
 class ZEBMainThreadRunLoopDeferredTask : public NSObject {
  public:
   ZEBMainThreadRunLoopDeferredTask() = delete;
-  /// Schedules the block at once. A nil block: nothing will happen.
+  /// Schedules the block at once. A nil block does nothing.
   explicit ZEBMainThreadRunLoopDeferredTask(Block<void()> task);
   ~ZEBMainThreadRunLoopDeferredTask() override;
 
-  /// "ZEBMainThreadRunLoopDeferredTask", with initWithTask: as a class method and the property task; blocks
-  /// travel as Runtime/BlockConversion.h says.
+  /// Registered as "ZEBMainThreadRunLoopDeferredTask", with initWithTask: as a class method and the
+  /// property task. Blocks are passed as described in Runtime/BlockConversion.h.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 

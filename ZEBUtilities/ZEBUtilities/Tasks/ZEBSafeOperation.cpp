@@ -6,8 +6,8 @@ namespace zeb {
 
 namespace {
 
-/// What all operations have. The platform's own operation classes are not in the dynamic runtime, so that each
-/// of these classes gets it.
+/// Adds the methods of all operations. Each class gets them itself, because the platform's
+/// operation classes are not in the dynamic runtime.
 Class* withOperationMethods(Class* cls) {
   extendClass(cls, {
                        classMethod("zeb_isCompletionBlockNotNilledBugPresent",

@@ -6,18 +6,19 @@
 
 namespace zeb {
 
-/// Whether the system keeps an operation's completion block after it has run, so that a block that refers
-/// to its operation would never be released. This platform releases it: false.
+/// Whether the system keeps an operation's completion block after it has run, so that a block that
+/// refers to its operation would never be released. False, because this platform releases it.
 bool zeb_isCompletionBlockNotNilledBugPresent() noexcept;
 
-/// An operation whose completion block is certainly released after it has run. As every operation here does
-/// that, the three classes are what they derive from, under names that say what the code relies on.
+/// An operation whose completion block is released after it has run. All operations on this
+/// platform do that, so that the three classes add only names that express what the code relies on.
 ///
-/// In the dynamic runtime the three have their own names, and the selectors of what they inherit; the
-/// initialisers are class methods there, and blocks travel as Runtime/BlockConversion.h says.
+/// In the dynamic runtime the three are registered under their names, with the selectors of their
+/// base classes. The initialisers are class methods there, and blocks are passed as described in
+/// Runtime/BlockConversion.h.
 class ZEBSafeOperation : public NSOperation {
  public:
-  /// Forgets the completion block before it has run.
+  /// Removes the completion block before it has run.
   void zeb_clearCompletionBlock() { NSOperation::setCompletionBlock(nullptr); }
 
   static Class* runtimeClass();

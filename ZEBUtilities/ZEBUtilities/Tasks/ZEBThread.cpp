@@ -13,9 +13,9 @@ const char* const ZEBThreadWillExitNotification = "ZEBThreadWillExitNotification
 
 namespace {
 
-constexpr NSTimeInterval secondsBetweenLooks = 1.0;
+constexpr NSTimeInterval secondsBetweenCancellationChecks = 1.0;
 
-/// An observation that its own block ends. The centre keeps the token.
+/// The token of an observation that is removed by its own block. The centre keeps the token.
 struct Observation : NSObject {
   WeakRef<NSObject> token;
 };
@@ -52,7 +52,7 @@ void ZEBThread::runLoop() {
   loop->addPort(NSPort::port(), NSDefaultRunLoopMode);
   while (!isCancelled()) {
     loop->runMode(NSDefaultRunLoopMode,
-                  NSDate::date().dateByAddingTimeInterval(secondsBetweenLooks));
+                  NSDate::date().dateByAddingTimeInterval(secondsBetweenCancellationChecks));
   }
 }
 

@@ -7,35 +7,35 @@
 
 namespace zeb {
 
-/// Posted on the default notification centre, on the main queue, after a `ZEBThread` has been left. Its object
-/// is the thread's name (nil if it has none), deliberately not the `ZEBThread`.
+/// Posted on the default notification centre, on the main queue, when a `ZEBThread` exits. Its
+/// object is the thread's name (nil without one), deliberately not the `ZEBThread`.
 extern const char* const ZEBThreadWillExitNotification;
 
-/// One long-lived thread with its own run loop, which runs the blocks that it is given one at a time and in
-/// order: for work that needs a run loop off the main thread, such as run-loop timers and descriptors. Other
-/// background work is better off on a queue.
+/// A long-lived thread with its own run loop, which calls blocks one at a time and in order. Use it
+/// for work that needs a run loop off the main thread, such as run-loop timers and descriptors. Use
+/// a queue for other background work.
 ///
-/// Made with `makeRef<ZEBThread>()`, which starts it. It keeps itself alive until it is cancelled, whoever
-/// else refers to it. All functions may be called from any thread.
+/// `makeRef<ZEBThread>()` starts the thread. The object keeps itself alive until it is cancelled.
+/// All functions may be called from any thread.
 class ZEBThread : public NSObject {
  public:
   ZEBThread();
 
-  /// "ZEBThread", with everything here by its selectors; "init" and "new" are class methods there, and
-  /// blocks travel as Runtime/BlockConversion.h says.
+  /// Registered as "ZEBThread", with all functions here under their selectors. "init" and "new" are
+  /// class methods there, and blocks are passed as described in Runtime/BlockConversion.h.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 
-  /// Has the block called on the thread and waits for it; on the thread itself, calls it at once.
+  /// Calls the block on the thread and waits for it. On the thread itself, calls it at once.
   void performBlockSync(Block<void()> block) { performBlock(std::move(block), true); }
   void performBlockAsync(Block<void()> block) { performBlock(std::move(block), false); }
-  /// A cancelled thread calls no more blocks: those that come later are dropped, those that wait are skipped,
-  /// and who waits for one goes on. Nil: nothing.
+  /// A cancelled thread calls no more blocks: new ones are dropped, waiting ones are skipped, and
+  /// callers that wait for a block continue. A nil block does nothing.
   void performBlock(Block<void()> block, bool synchronous);
 
   bool isCurrentThread() const;
 
-  /// Ends the thread after the block that it runs, within about a second.
+  /// Ends the thread after its current block, within about a second.
   void cancel() noexcept { thread_->cancel(); }
   bool isCancelled() const noexcept { return thread_->isCancelled(); }
 
@@ -46,7 +46,7 @@ class ZEBThread : public NSObject {
   void runLoop();
 
   const Ref<NSThread> thread_;
-  const Ref<NSObject> observer_;  ///< of the thread's exit
+  const Ref<NSObject> observer_;  ///< observes the thread's exit
 };
 
 }  // namespace zeb

@@ -8,7 +8,7 @@ namespace zeb {
 
 namespace {
 
-// Written once at load, before anything else of the library runs, and only read afterwards.
+// Written once at load, before other code of the library runs; constant afterwards.
 constinit std::uint64_t launchStartTime = 0;
 constinit double secondsPerTick = 0;
 
@@ -36,7 +36,7 @@ double ZEBTimeIntervalSinceLaunch() noexcept {
 }
 
 double ZEBTimeIntervalBetweenMachTimes(std::uint64_t a, std::uint64_t b) noexcept {
-  // The larger minus the smaller, so that the unsigned difference never wraps.
+  // Subtracts the smaller from the larger one, so that the unsigned difference never wraps.
   if (a > b) return -(static_cast<double>(a - b) * secondsPerTick);
   return static_cast<double>(b - a) * secondsPerTick;
 }

@@ -2,18 +2,19 @@
 
 #include <cstdint>
 
-/// The moment when the library was loaded, and seconds between ticks of the monotonic clock
-/// (`mach_absolute_time`, which stands still while the machine sleeps). Any thread.
+/// The time when the library was loaded, and seconds between ticks of the monotonic clock
+/// (`mach_absolute_time`, which stops while the machine sleeps). Any thread.
 namespace zeb {
 
-/// The library's only load-time initialiser: notes the tick, and greets with one line in the system's
-/// log. Nobody needs to call it; a second call changes nothing and writes nothing.
+/// The library's only load-time initialiser: records the tick, and writes one line to the system's
+/// log. Programs need not call it; further calls do nothing.
 ///
-/// The line costs one unconnected datagram. It is left out when the environment variable
+/// The line costs one unconnected datagram. It is omitted when the environment variable
 /// ZEB_NO_GREETING is set and not empty, and in builds with the CMake option ZEB_GREETING=OFF.
 ///
-/// The attribute stands here because g++ 12 forgets the priority if an earlier declaration lacks it.
-/// With it the tick is noted before static objects of a program that holds the static library are made.
+/// The priority makes it run before the static objects of a program with the static library are
+/// constructed. The attribute is on this declaration because g++ 12 ignores the priority if an
+/// earlier declaration lacks it.
 [[gnu::constructor(101)]] void YOVLoadProcessStartTime() noexcept;
 
 /// The tick at which the library was loaded.

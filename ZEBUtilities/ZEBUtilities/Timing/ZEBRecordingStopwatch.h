@@ -10,12 +10,14 @@
 
 namespace zeb {
 
-/// Adds up how long blocks take to run, under a name, for performance logs. The process knows all that are
-/// alive. Any thread; the sums are kept on a serial queue of the background's quality of service.
+/// Adds up the running times of blocks under a name, for performance logs. All existing stopwatches
+/// can be listed. May be used from any thread; the sums are kept on a serial queue with background
+/// quality of service.
 class ZEBRecordingStopwatch final : public NSObject {
  public:
-  /// Runs of less than `shortestRecordable` seconds are not recorded. From `tooSlowMinimumCount` recorded
-  /// runs on, an average of `tooSlow` seconds or more is too slow; 0 seconds: it never is.
+  /// Runs of less than `shortestRecordable` seconds are not recorded. The stopwatch counts as too
+  /// slow when it has recorded at least `tooSlowMinimumCount` runs with an average of at least
+  /// `tooSlow` seconds. With 0 for `tooSlow` it never does.
   explicit ZEBRecordingStopwatch(const NSString& name, double shortestRecordable = 0,
                                  double tooSlow = 0, std::size_t tooSlowMinimumCount = 0);
   ZEBRecordingStopwatch(const NSString& name, std::chrono::duration<double> shortestRecordable,
@@ -24,8 +26,9 @@ class ZEBRecordingStopwatch final : public NSObject {
       : ZEBRecordingStopwatch(name, shortestRecordable.count(), tooSlow.count(),
                               tooSlowMinimumCount) {}
 
-  /// "ZEBRecordingStopwatch", with everything here by its selectors; the initialisers are class methods
-  /// there, and blocks travel as Runtime/BlockConversion.h says.
+  /// Registered as "ZEBRecordingStopwatch", with all functions here under their selectors. The
+  /// initialisers are class methods there, and blocks are passed as described in
+  /// Runtime/BlockConversion.h.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 
@@ -34,21 +37,22 @@ class ZEBRecordingStopwatch final : public NSObject {
   double tooSlow() const noexcept { return tooSlow_; }
   std::size_t tooSlowMinimumCount() const noexcept { return tooSlowMinimumCount_; }
 
-  /// Runs the block on this thread and records its time a little later: a reading made right afterwards may
-  /// not know of it yet. A run that ends by an exception is not recorded. Nil: nothing.
+  /// Runs the block on this thread. Records its time asynchronously, so that a reading right
+  /// afterwards may not include it yet. A run that ends with an exception is not recorded. A nil
+  /// block does nothing.
   void runBlock(FunctionView<void()> block);
-  /// The same; a nil stopwatch records nothing.
+  /// The same for an optional stopwatch. With a nil stopwatch, runs the block without recording.
   static void runBlock(FunctionView<void()> block, const Ref<ZEBRecordingStopwatch>& stopwatch);
 
   /// Seconds.
   double total() const;
   std::size_t count() const;
-  /// Seconds; 0 without any run.
+  /// Seconds; 0 before the first recorded run.
   double average() const;
 
-  /// Those that are alive, oldest first.
+  /// All existing stopwatches, oldest first.
   static std::vector<Ref<ZEBRecordingStopwatch>> recordingStopwatches();
-  /// Those of them that are too slow.
+  /// All existing stopwatches that are too slow.
   static std::vector<Ref<ZEBRecordingStopwatch>> tooSlowRecordingStopwatches();
 
   std::string description() const override;

@@ -6,24 +6,25 @@
 
 namespace zeb {
 
-/// Measures the time since its start and between readings, by the monotonic clock. Made with
-/// `makeRef<ZEBStopwatch>()`. One thread at a time.
+/// Measures the time since its start and between readings with the monotonic clock. Made with
+/// `makeRef<ZEBStopwatch>()`. May be used by one thread at a time.
 class ZEBStopwatch : public NSObject {
  public:
   /// Starts now.
   ZEBStopwatch() noexcept;
-  /// Counts as started so many seconds ago.
+  /// Counts as started this long ago, in seconds.
   explicit ZEBStopwatch(double timeIntervalSinceStart) noexcept;
   explicit ZEBStopwatch(std::chrono::duration<double> timeSinceStart) noexcept
       : ZEBStopwatch(timeSinceStart.count()) {}
 
-  /// "ZEBStopwatch", with everything here by its selectors; the initialisers are class methods there.
+  /// Registered as "ZEBStopwatch", with all functions here under their selectors. The initialisers
+  /// are class methods there.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 
-  /// Seconds since the last call, or since the start for the first one: a lap.
+  /// A lap time: seconds since the last call or, for the first call, since the start.
   double timeInterval() noexcept;
-  /// Seconds since the start. Changes nothing.
+  /// Seconds since the start. Does not begin a new lap.
   double timeIntervalSinceStart() const noexcept;
 
   /// Seconds between the library's loading and the start.

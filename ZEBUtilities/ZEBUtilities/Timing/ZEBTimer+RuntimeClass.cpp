@@ -6,7 +6,7 @@ namespace zeb {
 
 namespace {
 
-// The constructors, each with the backgrounding behaviour as its last argument, or without.
+// The factory functions, each with or without the backgrounding behaviour as its last argument.
 
 using Target = Ref<NSObject>;
 using Behavior = ZEBTimerBackgroundingBehavior;

@@ -36,8 +36,9 @@ void reportMissing(const UIKit& uiKit) {
            uiKit.error.userInfo()["dlerror"]);
 }
 
-/// Opened, for good, when the first timer is made that pauses. Threads that come at once may all open it,
-/// because loading calls the framework's and the log handler's code, which no lock may be held for.
+/// Opened when the first timer is made that pauses, and never closed. Several threads may open it
+/// at the same time, because no lock may be held while loading calls the framework's and the log
+/// handler's code.
 const UIKit& uiKit() {
   static constinit std::atomic<const UIKit*> found = nullptr;
   if (const UIKit* known = found.load(std::memory_order_acquire)) return *known;
@@ -47,12 +48,14 @@ const UIKit& uiKit() {
                                   own.isNil() ? NSArray() : NSArray{own}, &mine->error);
   const UIKit* known = nullptr;
   if (!found.compare_exchange_strong(known, mine.get(), std::memory_order_acq_rel)) return *known;
-  const UIKit& kept = *mine.release();  // never destroyed: timers are made until the very end
+  const UIKit& kept =
+      *mine.release();  // never destroyed: static objects may make timers while the process exits
   reportMissing(kept);
   return kept;
 }
 
-/// What the framework calls the notification; without it, or if it does not know it, what ours would.
+/// The framework's name for the notification; without the framework or the symbol, the symbol
+/// itself.
 NSString notificationName(const char* symbol) {
   const auto* name = static_cast<const char* const*>(symbolInSharedObject(uiKit().handle, symbol));
   return name ? *name : symbol;
@@ -60,11 +63,11 @@ NSString notificationName(const char* symbol) {
 
 /// Cut to what the number holds; nothing is no time.
 std::int64_t nanoseconds(NSTimeInterval seconds) noexcept {
-  constexpr auto most = std::numeric_limits<std::int64_t>::max();
+  constexpr auto max = std::numeric_limits<std::int64_t>::max();
   const double exact = seconds * 1e9;
   if (std::isnan(exact)) return 0;
-  if (exact >= static_cast<double>(most)) return most;
-  if (exact <= -static_cast<double>(most)) return -most;
+  if (exact >= static_cast<double>(max)) return max;
+  if (exact <= -static_cast<double>(max)) return -max;
   return static_cast<std::int64_t>(exact);
 }
 
@@ -171,7 +174,7 @@ void ZEBTimer::scheduleWithRunLoop(const Ref<NSRunLoop>& runLoop, const NSString
 
 Ref<NSTimer> ZEBTimer::nsTimer() {
   if (!std::exchange(timerWasCreated_, true)) {
-    // Keeps this timer until the run loop's one is invalidated.
+    // The block keeps this timer alive until the run loop's timer is invalidated.
     nsTimer_ = makeRef<NSTimer>(
         fireDate_, timeInterval_, repeats_,
         [self = Ref(this)](const Ref<NSTimer>& timer) { self->_timerDidFire(timer); }, userInfo_);
@@ -248,8 +251,8 @@ void ZEBTimer::fire() {
 
 void ZEBTimer::_timerDidFire(const Ref<NSTimer>&) { _fireInternal(); }
 
-/// The queue, or the run loop, and somebody's `fire()` may come at once: the first one fires. Its own thread
-/// may come back meanwhile.
+/// The scheduler and calls of `fire()` may compete on several threads: the first one fires. The
+/// firing thread itself may fire again meanwhile.
 bool ZEBTimer::mayFire() noexcept {
   const ThreadHandle thread = currentThreadHandle();
   ThreadHandle firing = 0;
@@ -260,7 +263,7 @@ bool ZEBTimer::mayFire() noexcept {
 void ZEBTimer::_fireInternal() {
   if (!repeats_ && !mayFire()) return;
   const Ref<ZEBTimer> self(this);
-  // Also when the block or the method throws: a timer that can't fire again is of no use.
+  // Also when the block or the method throws, because the timer cannot fire again.
   struct AfterFiring {
     ZEBTimer& timer;
     ~AfterFiring() {
@@ -316,7 +319,7 @@ bool ZEBTimer::_invalidate(bool forBackgrounding) {
   {
     const std::lock_guard guard(mutex_);
     if (forBackgrounding) {
-      // What was invalidated for good must not come back.
+      // A timer that was invalidated for good must not become valid again.
       if (!isValidNow()) return false;
       backgroundDate_ = NSDate::date();
     }

@@ -26,46 +26,49 @@ namespace zeb {
 
 /// What a timer does while the application is in the background.
 enum ZEBTimerBackgroundingBehavior : std::intptr_t {
-  /// Nothing: it goes on.
+  /// It keeps running.
   ZEBTimerBackgroundingBehaviorNone = 0,
-  /// Stops, and on returning goes on with the time that was left.
+  /// It stops, and on return continues with the remaining time.
   ZEBTimerBackgroundingBehaviorPause = 1,
-  /// Stops, and on returning starts its whole interval anew.
+  /// It stops, and on return starts its whole interval again.
   ZEBTimerBackgroundingBehaviorReset = 2,
 };
 
 using ZEBTimerBlock = Block<void(const Ref<ZEBTimer>& timer)>;
 
-/// Calls a block, or a method of a target that it does not keep alive, at a date and perhaps again and again:
-/// on the thread of a run loop, or on a dispatch queue. Fires at least once late rather than in a burst, as
-/// `NSTimer` and `DispatchSource` do, and can pause while the application is in the background.
+/// Calls a block or a method of a target at a date, once or repeatedly, on a run loop's thread or
+/// on a dispatch queue. After a delay it fires once instead of once for each missed interval, as
+/// `NSTimer` and `DispatchSource` do. Can pause while the application is in the background.
 ///
-/// A timer is made, then scheduled once: on one run loop (in any number of modes) or on one queue; whichever
-/// comes second does nothing. It is valid until it is invalidated, which is for good: by `invalidate()`, after
-/// the firing of one that does not repeat, at the first firing that finds the target gone, and by its
-/// destruction. Scheduling and firing an invalid timer do nothing.
+/// A timer is scheduled on one run loop (in any number of modes) or on one queue; scheduling it on
+/// the other kind later does nothing. It is valid until it is invalidated: by `invalidate()`, after
+/// its firing if it does not repeat, at the first firing after the target's destruction, and by its
+/// own destruction. It cannot become valid again. Scheduling and firing an invalid timer do
+/// nothing.
 ///
-/// Who keeps it: on a run loop, the loop, until it is invalidated or paused. On a queue, nobody: keep it. The
-/// target is held weakly, and strongly during a firing.
+/// Ownership: a run loop keeps its timers until they are invalidated or paused. A queue does not
+/// keep them, so that the caller must. The target is held weakly, and strongly during a firing.
 ///
 /// Backgrounding follows the notifications that the framework UIKit names
-/// ("UIApplicationDidEnterBackgroundNotification", "UIApplicationWillEnterForegroundNotification"; see
-/// `ZEBFrameworksDirectory`), which the host posts on the main thread. Where the framework is not found, as in a
-/// program that holds the static library outside of the installed tree, the names are these two; one line of
-/// level 5 in the log says so. In extensions every timer behaves as `None`. A timer
-/// that was made to pause and is valid but not scheduled when the application leaves is scheduled when it
-/// returns, on the current run loop. A paused timer that nobody but the run loop kept is gone.
+/// ("UIApplicationDidEnterBackgroundNotification", "UIApplicationWillEnterForegroundNotification";
+/// see `ZEBFrameworksDirectory`), which the host posts on the main thread. If the framework is not
+/// found, as in a program with the static library outside of the installed tree, these two names
+/// are used, and a line of level 5 is logged. In extensions every timer behaves as `None`. A
+/// pausing timer that is valid but not scheduled when the application goes to the background is
+/// scheduled on the current run loop when it returns. A paused timer that only the run loop kept is
+/// destroyed.
 ///
-/// Any thread may call anything; blocks and methods are called without any lock held. After `invalidate()` on
-/// the thread of the run loop or on the timer's serial queue, no firing begins; from elsewhere, one that has
-/// begun goes on. Each firing writes a debug line to the channel "ZEBUtilitiesTimer".
+/// All functions may be called from any thread. Blocks and methods are called without a lock held.
+/// After `invalidate()` on the run loop's thread or on the timer's serial queue, no firing begins.
+/// When other threads call it, a firing that has begun continues. Each firing writes a debug line
+/// to the channel "ZEBUtilitiesTimer".
 class ZEBTimer : public NSObject {
  public:
-  /// Not available: a timer needs to know what to do.
+  /// Not available: a timer needs a block or a target.
   ZEBTimer() = delete;
 
-  /// Fires first at `fireDate` (nil or past: as soon as it is scheduled) and then, if it repeats, each
-  /// `interval` seconds. A block goes before a target.
+  /// Fires first at `fireDate` (nil or past: as soon as it is scheduled) and then, if it repeats,
+  /// every `interval` seconds. If it has a block, the target is not called.
   ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, const Ref<NSObject>& target,
            ZEBTimerAction selector, Value userInfo, ZEBTimerBlock block, bool repeats,
            ZEBTimerBackgroundingBehavior backgroundingBehavior);
@@ -80,7 +83,7 @@ class ZEBTimer : public NSObject {
       : ZEBTimer(fireDate, interval.count(), std::forward<Arguments>(arguments)...) {}
   ~ZEBTimer() override;
 
-  /// A timer that fires first after `interval` seconds; to be scheduled by the caller.
+  /// A timer that fires first after `interval` seconds. The caller schedules it.
   [[nodiscard]] static Ref<ZEBTimer> timerWithTimeInterval(
       NSTimeInterval interval, const Ref<NSObject>& target, ZEBTimerAction selector, Value userInfo,
       bool repeats,
@@ -96,7 +99,7 @@ class ZEBTimer : public NSObject {
   static Ref<ZEBTimer> scheduledTimerWithTimeInterval(
       NSTimeInterval interval, ZEBTimerBlock block, bool repeats,
       ZEBTimerBackgroundingBehavior backgroundingBehavior = ZEBTimerBackgroundingBehaviorNone);
-  /// The same, running on the queue.
+  /// The same, scheduled on the queue.
   [[nodiscard]] static Ref<ZEBTimer> queuedTimerOnQueue(
       const dispatch_queue_t& queue, NSTimeInterval interval, const Ref<NSObject>& target,
       ZEBTimerAction selector, Value userInfo, bool repeats,
@@ -105,7 +108,8 @@ class ZEBTimer : public NSObject {
       const dispatch_queue_t& queue, NSTimeInterval interval, ZEBTimerBlock block, bool repeats,
       ZEBTimerBackgroundingBehavior backgroundingBehavior = ZEBTimerBackgroundingBehaviorNone);
 
-  /// All of these with an interval of std::chrono: `scheduledTimerWithTimeInterval(250ms, block, true)`.
+  /// All of these with an interval of std::chrono: `scheduledTimerWithTimeInterval(250ms, block,
+  /// true)`.
   template <class... Arguments>
   [[nodiscard]] static Ref<ZEBTimer> timerWithTimeInterval(std::chrono::duration<double> interval,
                                                            Arguments&&... arguments) {
@@ -123,24 +127,24 @@ class ZEBTimer : public NSObject {
     return queuedTimerOnQueue(queue, interval.count(), std::forward<Arguments>(arguments)...);
   }
 
-  /// Nil means the calling thread's run loop, and the default mode. May be called again for other modes of
-  /// the same loop.
+  /// Nil means the calling thread's run loop, and the default mode. May be called again for other
+  /// modes of the same loop.
   void scheduleWithRunLoop(const Ref<NSRunLoop>& runLoop, const NSString& mode);
   void scheduleWithCurrentRunLoop() { scheduleWithRunLoop(nullptr, nullptr); }
   /// Nil means the global queue of default priority.
   void applyToQueue(const dispatch_queue_t& queue);
 
-  /// Fires now, on this thread, if the timer is valid; the schedule stays as it is. A timer that does not repeat
-  /// is still valid during its firing: what it calls may call this again, and is then called again; other
-  /// threads come too late.
+  /// Fires now, on this thread, if the timer is valid. The schedule does not change. A timer that
+  /// does not repeat is still valid during its firing: if the block or method calls this function,
+  /// it is called again, but calls on other threads do nothing.
   void fire();
-  /// Stops the timer for good and lets go of the block. Also from its own firing.
+  /// Stops the timer for good and releases the block. May be called from its own firing.
   void invalidate();
   bool isValid() const;
 
-  /// Nil when it is gone, or there was none.
+  /// Nil when it was destroyed, or there was none.
   Ref<NSObject> target() const noexcept { return target_.lock(); }
-  /// Nil when there is none, or it is a C++ member.
+  /// Nil when there is none, and for a C++ member function.
   SEL selector() const noexcept { return action_.selector(); }
   const Value& userInfo() const noexcept { return userInfo_; }
   bool repeats() const noexcept { return repeats_; }
@@ -153,12 +157,12 @@ class ZEBTimer : public NSObject {
   ZEBTimerBlock block() const;
   void setBlock(ZEBTimerBlock block);
 
-  /// The first firing, or what was set last: firings do not advance it. Setting it moves a running timer's
-  /// schedule.
+  /// The date of the first firing, or the date that was set last. Firings do not advance it.
+  /// Setting it moves a running timer's schedule.
   NSDate fireDate() const;
   void setFireDate(const NSDate& date);
 
-  /// Seconds that a firing may be late, so that several timers share one wake-up; at first 0.
+  /// Seconds that a firing may be late, so that several timers can share one wake-up; at first 0.
   NSTimeInterval tolerance() const;
   void setTolerance(NSTimeInterval tolerance);
   void setTolerance(std::chrono::duration<double> tolerance) { setTolerance(tolerance.count()); }
@@ -171,26 +175,27 @@ class ZEBTimer : public NSObject {
     shouldSilenceLogging_.store(isSilent, std::memory_order_relaxed);
   }
 
-  /// When the timer was paused, nil while it is not.
+  /// When the timer was paused; nil while it is not paused.
   NSDate backgroundDate() const;
   void setBackgroundDate(const NSDate& date);
 
-  /// "ZEBTimer", with everything above by its selectors; the initialisers are class methods there, and
-  /// blocks travel as Runtime/BlockConversion.h says.
+  /// Registered as "ZEBTimer", with all functions above under their selectors. The initialisers are
+  /// class methods there, and blocks are passed as described in Runtime/BlockConversion.h.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 
  protected:
-  /// One firing, as the run loop, the queue and `fire()` make it.
+  /// Performs one firing. Called by the run loop, the queue and `fire()`.
   void _fireInternal();
   void _timerDidFire(const Ref<NSTimer>& timer);
-  /// Runs the timer on the queue, without noting the queue for the return from the background, as
-  /// `applyToQueue` does. Nothing when it is invalid or scheduled already; nil as there.
+  /// Runs the timer on the queue as `applyToQueue` does, but does not record the queue for the
+  /// return from the background. Does nothing when the timer is invalid or scheduled already.
   void setUpGCDTimer(const dispatch_queue_t& queue);
-  /// Gives fire date, interval and tolerance to the source of a timer that runs on a queue; nothing on others.
+  /// Applies fire date, interval and tolerance to the source of a timer on a queue. Does nothing
+  /// for other timers.
   void applyGCDTimerToSource() const;
-  /// Takes the timer off its run loop or queue: for good, or so that it can be scheduled again. Answers whether
-  /// it was scheduled.
+  /// Removes the timer from its run loop or queue, for good or so that it can be scheduled again.
+  /// Returns whether it was scheduled.
   bool _invalidate(bool forBackgrounding);
   void _applicationDidBackground(const Ref<NSNotification>& notification);
   void _applicationWillForeground(const Ref<NSNotification>& notification);
@@ -218,10 +223,11 @@ class ZEBTimer : public NSObject {
   const NSTimeInterval timeInterval_;
   const ZEBTimerBackgroundingBehavior backgroundingBehavior_;
   std::atomic<bool> shouldSilenceLogging_{false};
-  /// Of one that does not repeat: the thread that its only firing began on, or `hasFired`.
+  /// For a timer that does not repeat: the thread on which its only firing began, or `hasFired`.
   std::atomic<ThreadHandle> firingThread_{0};
 
-  /// Guards the rest; the run loop's and the queue's locks are taken while it is held, never the other way.
+  /// Guards the rest; the run loop's and the queue's locks are taken while it is held, never the
+  /// other way.
   mutable std::mutex mutex_;
   ZEBTimerBlock block_;
   NSDate fireDate_;

@@ -12,8 +12,8 @@ namespace zeb {
 
 class ZEBTimer;
 
-/// What a timer calls on its target: a selector, or a C++ member function. Either takes the timer, or
-/// nothing. Nullable.
+/// The method that a timer calls on its target: a selector or a C++ member function, which takes
+/// the timer or no argument. Nullable.
 ///
 ///     ZEBTimer::timerWithTimeInterval(1.0, player, "tick:"_sel, nullptr, true)
 ///     ZEBTimer::timerWithTimeInterval(1.0, player, &Player::tick, nullptr, true)
@@ -22,7 +22,7 @@ class ZEBTimerAction {
   ZEBTimerAction(std::nullptr_t = nullptr) noexcept {}
   ZEBTimerAction(SEL selector) noexcept : selector_(selector) {}
 
-  /// A target of another class makes the firing throw NSException (NSInvalidArgumentException).
+  /// The firing throws NSException (NSInvalidArgumentException) if the target is of another class.
   template <class Target, class Function>
     requires std::is_function_v<Function>
   ZEBTimerAction(Function Target::* member) {
@@ -43,7 +43,7 @@ class ZEBTimerAction {
   /// Nil for a member function.
   SEL selector() const noexcept { return selector_; }
 
-  /// Calls it. A selector that the target does not know stops the process.
+  /// Calls the method. A selector that the target does not implement stops the process.
   void operator()(NSObject& target, const Ref<ZEBTimer>& timer) const;
 
  private:

@@ -165,7 +165,7 @@ TEST(PropertyList, SaysWhyADocumentIsRefused) {
       {binary({"\x0F"}), "unknown kind"},
       {binary({"\xA1\x01", "\xA1\x01"}), "too many objects"},
       {binary({"\xA1\x01", "\xA1\x01", "\x5F\x11\x0F\xA0" + std::string(4000, 'x')}),
-       "nested more than 512 levels deep, or in a circle"},
+       "nested more than 512 levels deep, or in a cycle"},
       {binary({"\xD1\x01\x01", "\x10\x01"}), "key that is no string"},
       {binary({"\x51\xFF"}), "neither ASCII nor UTF-8"},
       {binary({"\x33\x7F\xF0\0\0\0\0\0\0"s}), "invalid date"},
