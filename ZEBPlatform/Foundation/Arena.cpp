@@ -39,7 +39,7 @@ void Arena::destroy() noexcept {
     std::free(chunk);
     chunk = previous;
   }
-  std::free(this);  // the first chunk lies behind it
+  std::free(this);  // the first chunk follows it
 }
 
 void retainArenaOf(const Storage& storage) noexcept { Arena::of(storage).retain(); }

@@ -7,14 +7,14 @@
 
 namespace zeb::detail {
 
-/// Data whose bytes do not lie behind its header.
+/// Data whose bytes do not follow its header.
 struct IndirectDataStorage : DataStorage {
   IndirectDataStorage(std::uint8_t storageFlags, std::size_t size) noexcept
       : DataStorage(static_cast<std::uint8_t>(storageFlags | StorageIndirect), size) {}
   virtual ~IndirectDataStorage() = default;
 };
 
-/// Somebody else's bytes.
+/// Bytes that the caller owns until `release` is called.
 struct ForeignDataStorage final : IndirectDataStorage {
   ForeignDataStorage(std::span<const std::byte> foreign, Block<void()> releaseFunction)
       : IndirectDataStorage(0, foreign.size()), release(std::move(releaseFunction)) {
@@ -26,7 +26,8 @@ struct ForeignDataStorage final : IndirectDataStorage {
   Block<void()> release;
 };
 
-/// Several data one after the other; `bytes` is made when somebody wants one range.
+/// Several data one after the other; `bytes` is filled when one contiguous range is first asked
+/// for.
 struct JoinedDataStorage final : IndirectDataStorage {
   JoinedDataStorage(std::vector<NSData> pieces, std::size_t size)
       : IndirectDataStorage(0, size), parts(std::move(pieces)) {}

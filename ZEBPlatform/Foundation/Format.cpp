@@ -11,7 +11,8 @@ namespace zeb {
 
 namespace {
 
-/// How many UTF-16 units a text has: one for each scalar, and one more for each of four bytes.
+/// The number of UTF-16 units of a text: one for each scalar, and one more for each scalar of four
+/// bytes.
 std::size_t utf16Length(std::string_view utf8) noexcept {
   std::size_t length = 0;
   for (const char byte : utf8) {
@@ -24,8 +25,8 @@ std::size_t utf16Length(std::string_view utf8) noexcept {
 
 constexpr bool isDigit(char character) noexcept { return character >= '0' && character <= '9'; }
 
-/// Nothing sensible is wider; a mistaken format must not fill the memory.
-constexpr int widestField = 4096;
+/// A limit beyond any sensible width, so that a mistaken format does not fill the memory.
+constexpr int maxFieldWidth = 4096;
 
 struct Directive {
   std::string flags;
@@ -33,7 +34,7 @@ struct Directive {
   std::optional<int> precision;
   std::size_t integerWidth = sizeof(int);  ///< bytes of an integer that the length modifier names
   char conversion = 0;
-  std::string_view text;  ///< as it stands in the format
+  std::string_view text;  ///< the directive as written in the format
 };
 
 }  // namespace
@@ -54,12 +55,12 @@ class Formatter {
   }
 
  private:
-  /// A decimal number at the front, cut to the widest field.
+  /// A decimal number at the front, limited to `maxFieldWidth`.
   std::optional<int> takeNumber() {
     if (rest_.empty() || !isDigit(rest_.front())) return std::nullopt;
     int number = 0;
     while (!rest_.empty() && isDigit(rest_.front())) {
-      number = std::min(number * 10 + (rest_.front() - '0'), widestField);
+      number = std::min(number * 10 + (rest_.front() - '0'), maxFieldWidth);
       rest_.remove_prefix(1);
     }
     return number;
@@ -77,7 +78,7 @@ class Formatter {
     const FormatArgument* argument = nextArgument(std::nullopt);
     if (!argument || argument->type_ > FormatArgument::Type::Unsigned) return std::nullopt;
     const auto number = static_cast<std::int64_t>(argument->bits_);
-    return static_cast<int>(std::clamp<std::int64_t>(number, -widestField, widestField));
+    return static_cast<int>(std::clamp<std::int64_t>(number, -maxFieldWidth, maxFieldWidth));
   }
 
   const FormatArgument* nextArgument(std::optional<int> position) {
@@ -226,7 +227,7 @@ class Formatter {
     pad(directive, detail::shortestText(number));
   }
 
-  /// Lets the C library print one number, by a directive that this class has put together.
+  /// Lets the C library print one number, by a directive that this class has assembled.
   template <class Number>
   void printWithC(const Directive& directive, const std::string& conversion, Number number) {
     std::string format = "%" + directive.flags;

@@ -11,7 +11,7 @@
 
 namespace zeb {
 
-/// One argument of a formatted text, with the type it was passed as. Borrows what it was made of: only for
+/// One argument of a formatted text, with the type it was passed as. Borrows its source: only for
 /// use within the expression that makes it.
 class FormatArgument {
  public:
@@ -53,18 +53,18 @@ class FormatArgument {
   std::string_view text_;
 };
 
-/// Text after a format in the platform's manner, as UTF-8.
+/// Text formatted in the manner of the platform, as UTF-8.
 ///
 /// Directives: %@ (any value or object), %d %i %u %x %X %o %c (with h hh l ll z t q j before them),
 /// %f %F %e %E %g %G %a %A, %s (UTF-8), %C (one UTF-16 unit), %S (as %s), %p, %%; flags "- +#0",
-/// width and precision as numbers or "*", and positions (%1$@). Arguments carry their own types, so a
+/// width and precision as numbers or "*", and positions (%1$@). Arguments carry their own types: a
 /// directive that does not fit its argument prints the argument by its own type instead of reading
-/// garbage; a directive without argument prints as it stands.
+/// garbage. A directive without an argument is printed unchanged.
 std::string formattedText(std::string_view format, std::initializer_list<FormatArgument> arguments);
 
 template <class... Arguments>
 NSString NSString::stringWithFormat(std::string_view format, const Arguments&... arguments) {
-  // One expression, because arguments may be looked at through temporaries.
+  // One expression, because arguments may refer to temporaries.
   return NSString(std::string_view(formattedText(format, {FormatArgument(arguments)...})));
 }
 

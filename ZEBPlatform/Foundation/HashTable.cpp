@@ -13,13 +13,13 @@ namespace zeb::detail {
 
 namespace {
 
-/// Nobody's keys collide this often by chance at half load.
-constexpr std::uint32_t longestTrustedProbe = 128;
+/// At half load, keys that were not chosen to collide practically never need more probes.
+constexpr std::uint32_t maxTrustedProbes = 128;
 
 void useKeyedHash(DictionaryStorage& table) noexcept;
 
-/// The hash that a table finds a key by: the public one, or one that covers all of the key's content
-/// and whose collisions can't be chosen.
+/// The hash by which a table finds a key: the public one, or the secret one, which covers all
+/// content of the key and whose collisions cannot be chosen.
 std::uint32_t hashFor(const DictionaryStorage& table, const Value& key) {
   return table.hasKeyedHash() ? static_cast<std::uint32_t>(keyedHashOf(key)) : keyHashOf(key);
 }
@@ -29,7 +29,8 @@ struct Search {
   std::uint32_t slot;      ///< where the search ended; free when there is no entry
 };
 
-/// Looks for the entry whose key has this hash, of the kind that the table goes by, and matches.
+/// Searches for the entry whose key matches and has this hash (the public or the secret one, as the
+/// table uses).
 template <class Matches>
 [[gnu::always_inline]] inline Search search(const DictionaryStorage& table, std::uint32_t hash,
                                             const Matches& matches) {
@@ -49,18 +50,18 @@ template <class Matches>
   return {nullptr, slot};
 }
 
-/// Puts an entry into the first free slot from `slot` on; all slots between that of its hash and this
-/// one must be taken. False when the way there was suspiciously long.
+/// Puts an entry into the first free slot from `slot` on; all slots from that of its hash to this
+/// one must be taken. False if the slot found is suspiciously far from that of its hash.
 bool indexEntry(DictionaryStorage& table, std::uint32_t position, std::uint32_t slot) noexcept {
   const std::uint32_t hash = table.entries[position].key.keyHash();
   while (table.index()[slot]) slot = (slot + 1) & table.indexMask;
   const std::uint32_t probes = (slot - hash) & table.indexMask;
-  if (probes > longestTrustedProbe && !table.hasKeyedHash()) return false;
+  if (probes > maxTrustedProbes && !table.hasKeyedHash()) return false;
   table.index()[slot] = position + 1;
   return true;
 }
 
-/// The same from the slot that belongs to the entry's hash.
+/// The same from the slot of the hash of the entry.
 bool indexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
   const std::uint32_t hash = table.entries[position].key.keyHash();
   return indexEntry(table, position, hash & table.indexMask);
@@ -70,7 +71,7 @@ void clearIndex(DictionaryStorage& table) noexcept {
   std::memset(table.index(), 0, sizeof(std::uint32_t) * (std::size_t{table.indexMask} + 1));
 }
 
-/// Fills the index anew with all living entries, by the seeded hash if it must be.
+/// Rebuilds the index over all living entries, under the secret hash if the public one collides.
 void rebuildIndex(DictionaryStorage& table) noexcept {
   clearIndex(table);
   for (std::uint32_t position = 0; position < table.used; ++position) {
@@ -79,8 +80,8 @@ void rebuildIndex(DictionaryStorage& table) noexcept {
   }
 }
 
-/// Goes over to the seeded hash: somebody chose colliding keys, or many keys differ only where the
-/// public hash does not look.
+/// Changes the table to the secret hash, because an attacker chose colliding keys or many keys
+/// differ only where the public hash does not look.
 void useKeyedHash(DictionaryStorage& table) noexcept {
   table.flags |= StorageKeyedHash;
   for (std::uint32_t position = 0; position < table.used; ++position) {
@@ -90,7 +91,7 @@ void useKeyedHash(DictionaryStorage& table) noexcept {
   rebuildIndex(table);
 }
 
-/// Slides the living entries together after removals.
+/// Moves the living entries together after removals.
 void closeHoles(DictionaryStorage& table) noexcept {
   if (table.used == table.count) return;
   std::uint32_t target = 0;
@@ -102,8 +103,8 @@ void closeHoles(DictionaryStorage& table) noexcept {
   table.used = target;
 }
 
-/// Makes an entry whose key is gone a hole, one with the holes that it lies between. Both ends of a
-/// hole hold its length, in the payload of the nil key: that is how iterators pass over it at once.
+/// Turns an entry whose key is gone into a hole and joins it with the holes next to it. Both ends
+/// of a hole hold its length, in the payload of the nil key, so that iterators skip it at once.
 void noteHole(DictionaryStorage& table, std::uint32_t position) noexcept {
   const auto holeAt = [&table](std::uint32_t neighbour) -> std::uint32_t {
     if (neighbour >= table.used) return 0;
@@ -119,17 +120,17 @@ void noteHole(DictionaryStorage& table, std::uint32_t position) noexcept {
 }
 
 std::uint32_t slotsFor(std::uint32_t capacity) noexcept {
-  return capacity > largestUnindexedTable ? indexSlots(capacity) : 0;
+  return capacity > maxUnindexedEntries ? indexSlots(capacity) : 0;
 }
 
 std::size_t bytesFor(std::uint32_t capacity) noexcept {
   return capacity * sizeof(DictionaryEntry) + slotsFor(capacity) * sizeof(std::uint32_t);
 }
 
-/// Closes the holes and gives back room that is not needed, without needing any.
+/// Closes the holes and frees the memory that is no longer needed, without allocating.
 void shrinkEntries(DictionaryStorage& table) noexcept {
   closeHoles(table);
-  table.capacity = std::min(table.capacity, std::max(largestUnindexedTable, 2 * table.count));
+  table.capacity = std::min(table.capacity, std::max(maxUnindexedEntries, 2 * table.count));
   const std::uint32_t slots = slotsFor(table.capacity);
   table.indexMask = slots ? slots - 1 : 0;
   void* smaller = std::realloc(static_cast<void*>(table.entries), bytesFor(table.capacity));
@@ -144,7 +145,7 @@ void growEntries(DictionaryStorage& table, std::size_t capacity) {
   auto* entries = static_cast<DictionaryEntry*>(std::malloc(bytesFor(room)));
   if (!entries) throw std::bad_alloc();
   closeHoles(table);
-  // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
+  // Values are moved by their bytes: no pointers to them exist, and the old memory is freed unread.
   if (table.used) {
     std::memcpy(static_cast<void*>(entries), static_cast<const void*>(table.entries),
                 table.used * sizeof(DictionaryEntry));
@@ -156,8 +157,8 @@ void growEntries(DictionaryStorage& table, std::size_t capacity) {
   if (slots) rebuildIndex(table);
 }
 
-/// After the last living entry went: gives back the room, unless it is so little that the next entry
-/// may have it.
+/// After the last living entry was removed: frees the memory, unless it is so small that it is kept
+/// for the next entry.
 void forgetEntries(DictionaryStorage& table) noexcept {
   if (table.indexMask) return removeAllEntries(table);
   table.used = 0;
@@ -213,10 +214,10 @@ DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
   std::uint32_t hash = hashFor(table, key);
   Search found = searchKey(table, hash, key);
   if (found.entry) return *found.entry;
-  // Taken before the table grows, because the caller's key may lie in the table itself.
+  // Copied before the table grows, because the caller's key may be inside the table.
   Value ownKey = key.copy();
   if (table.used == table.capacity) {
-    // Many removed entries: sliding them out makes room enough.
+    // After many removals, closing the holes makes enough room.
     const bool mostlyDead = table.count < table.used / 2;
     growEntries(table, mostlyDead ? table.capacity
                                   : grownCapacity(table.capacity, std::size_t{table.used} + 1));
@@ -234,7 +235,7 @@ DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key) {
 bool removeEntry(DictionaryStorage& table, const Value& key) {
   DictionaryEntry* entry = findEntry(table, key);
   if (!entry) return false;
-  // Released when the table is in order again; and the caller's key may be this one.
+  // Released after the table is consistent again; the caller's key may be this one.
   const DictionaryEntry removed = std::move(*entry);
   --table.count;
   if (table.count == 0) {
@@ -244,7 +245,7 @@ bool removeEntry(DictionaryStorage& table, const Value& key) {
   // The key stays in the index as a dead position, which no search matches, until the holes close.
   noteHole(table, static_cast<std::uint32_t>(entry - table.entries));
   const std::uint32_t holes = table.used - table.count;
-  if (holes > std::max(table.count, largestUnindexedTable)) shrinkEntries(table);
+  if (holes > std::max(table.count, maxUnindexedEntries)) shrinkEntries(table);
   return true;
 }
 
@@ -264,7 +265,7 @@ void reserveEntries(DictionaryStorage& table, std::size_t capacity) {
 
 void finishBorrowedEntries(DictionaryStorage& table) noexcept {
   table.capacity = table.used;
-  if (table.used > largestUnindexedTable) {
+  if (table.used > maxUnindexedEntries) {
     table.indexMask = indexSlots(table.used) - 1;
     clearIndex(table);
   }

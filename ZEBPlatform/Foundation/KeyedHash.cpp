@@ -21,7 +21,7 @@ const Key& processKey() noexcept {
   return key;
 }
 
-/// The last word takes up what the whole ones left over, and the length.
+/// The last word holds the bytes after the whole words, and the length.
 std::uint64_t finishBytes(KeyedHasher& hasher, std::uint64_t tail, std::size_t length) noexcept {
   hasher.absorb(std::uint64_t{length} << 56 | tail);
   return hasher.finish();

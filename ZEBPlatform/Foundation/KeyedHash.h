@@ -13,8 +13,8 @@ namespace zeb {
 
 namespace detail {
 
-/// SipHash-1-3 under a secret key that is drawn once per process, taken in word by word: slower than
-/// the public hash, but nobody outside the process can prepare collisions.
+/// SipHash-1-3 under a secret key that is drawn once per process, computed word by word. Slower
+/// than the public hash, but an attacker outside the process cannot prepare collisions.
 class KeyedHasher {
  public:
   KeyedHasher() noexcept;
@@ -49,16 +49,17 @@ class KeyedHasher {
 
 std::uint64_t keyedHash(std::string_view bytes) noexcept;
 std::uint64_t keyedHash(std::uint64_t word) noexcept;
-/// Of a text's UTF-8 form, which is not made for it.
+/// The hash of the text's UTF-8 form, which is computed without making that form.
 std::uint64_t keyedHash(const StringStorage& text) noexcept;
 
 }  // namespace detail
 
-/// A hash for the standard containers whose collisions nobody outside the process can choose:
+/// A hash for the standard containers, whose collisions an attacker outside the process cannot
+/// choose:
 ///
 ///     std::unordered_map<std::string, int, KeyedHash<std::string>> counts;
 ///
-/// Texts are hashed by their bytes; other keys than texts and values by their `std::hash`, which
+/// Texts are hashed by their bytes; keys other than texts and values by their `std::hash`, which
 /// must differ where the keys do. It differs from process to process. Any thread.
 template <class Key>
 struct KeyedHash {

@@ -13,8 +13,8 @@ extern const char* const NSInvalidArgumentException;
 extern const char* const NSRangeException;
 extern const char* const NSGenericException;
 
-/// The platform's exception: what misuse of a value raises. Every other C++ exception is not a
-/// platform exception, and the library's guards let it pass. A shared immutable handle.
+/// The exception of the platform, which misuse of a value raises. Guards of the library that handle
+/// platform exceptions let every other C++ exception pass. A shared immutable handle.
 class NSException : public std::exception {
  public:
   NSException(const NSString& name, const NSString& reason, const NSDictionary& userInfo = nullptr);
@@ -29,7 +29,8 @@ class NSException : public std::exception {
   operator Value() const;
   /// Whether the value holds an exception.
   static bool isException(const Value& value) noexcept;
-  /// The exception that the value holds; throws NSException (NSInvalidArgumentException) when none.
+  /// The exception that the value holds; throws NSException (NSInvalidArgumentException) if it
+  /// holds none.
   static NSException from(const Value& value);
 
  private:

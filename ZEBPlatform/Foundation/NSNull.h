@@ -4,7 +4,7 @@
 
 namespace zeb {
 
-/// The single marker that stands where JSON has `null`. It is not nil, and it answers no reading.
+/// The single marker for `null` in JSON. It is not nil, and it answers no numeric reading.
 class NSNull : public Value {
  public:
   static NSNull null() noexcept { return NSNull(); }

@@ -5,8 +5,8 @@
 
 namespace zeb {
 
-/// A boolean, an integer of up to 64 bits, a float or a double, and the memory of which it was.
-/// Numbers of different type codes are equal when their values are.
+/// A boolean, an integer of up to 64 bits, a float or a double, which remembers which of these it
+/// is. Numbers of different type codes are equal if their values are.
 class NSNumber : public Value {
  public:
   constexpr NSNumber() noexcept = default;
@@ -20,11 +20,11 @@ class NSNumber : public Value {
   template <detail::ValueBeside<NSNumber> Source>
   explicit NSNumber(const Source& value) noexcept : Value(value.isNumber() ? value : Value()) {}
 
-  /// The type code: c boolean or signed char, s i q signed of 2, 4, 8 bytes, their capitals unsigned,
-  /// f float, d double; 0 for nil.
+  /// The type code: c for a boolean or signed char; s i q for signed integers of 2, 4 and 8 bytes;
+  /// their capitals for unsigned ones; f for a float, d for a double; 0 for nil.
   char objCType() const noexcept { return typeCode(); }
 
-  /// Reading as unsigned 64-bit; negative integers wrap, doubles saturate.
+  /// The reading as unsigned 64-bit integer; negative integers wrap, doubles saturate.
   std::uint64_t unsignedLongLongValue() const noexcept;
 
   /// Whether it is an integer that fits a signed 64-bit one (booleans are not integers here).
@@ -33,7 +33,8 @@ class NSNumber : public Value {
   /// By value, exactly, across type codes; not-a-number sorts before everything.
   NSComparisonResult compare(const NSNumber& other) const noexcept;
 
-  /// Decimal digits; doubles with the fewest digits that read back the same; booleans as 1 and 0.
+  /// Decimal digits; doubles with the smallest number of digits that reads back as the same value;
+  /// booleans as 1 and 0.
   NSString stringValue() const;
 };
 

@@ -14,8 +14,8 @@ class NSURL : public Value {
   template <detail::ValueBeside<NSURL> Source>
   explicit NSURL(const Source& value) noexcept : Value(value.isURL() ? value : Value()) {}
 
-  /// Nil when `text` is nil or empty or holds what no URL may hold: white space, control characters,
-  /// or one of the characters "<>\^`{|}.
+  /// Nil if `text` is nil or empty or contains a character that no URL can contain: white space, a
+  /// control character, or one of "<>\^`{|}.
   static NSURL URLWithString(const NSString& text);
 
   NSString absoluteString() const;

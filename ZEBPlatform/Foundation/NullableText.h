@@ -5,7 +5,7 @@
 
 namespace zeb {
 
-/// A text parameter that also takes a null pointer, as the empty text. Borrowed during the call; UTF-8.
+/// A text parameter, UTF-8, that takes a null pointer as the empty text. Borrowed during the call.
 class NullableText : public std::string_view {
  public:
   constexpr NullableText() noexcept = default;

@@ -36,7 +36,7 @@ Integer integerOf(const Value& number) noexcept {
 constexpr double signedEnd = 9223372036854775808.0;     // 2^63
 constexpr double unsignedEnd = 18446744073709551616.0;  // 2^64
 
-/// Order of an integer and a double, without rounding either.
+/// Order of an integer and a double; neither is rounded.
 std::partial_ordering orderMixed(Integer integer, double number) noexcept {
   if (std::isnan(number)) return std::partial_ordering::unordered;
   if (number >= unsignedEnd) return std::partial_ordering::less;

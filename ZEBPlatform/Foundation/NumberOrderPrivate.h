@@ -6,7 +6,7 @@
 
 namespace zeb::detail {
 
-/// Exact order of two number values, whatever their type codes. Unordered when a side is not a number.
+/// Exact order of two number values of any type codes. Unordered if one of them is not-a-number.
 std::partial_ordering orderNumbers(const Value& left, const Value& right) noexcept;
 
 /// Hash that equal numbers share.

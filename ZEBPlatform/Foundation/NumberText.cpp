@@ -38,7 +38,7 @@ std::int64_t leadingInteger(std::string_view text, std::int64_t lowest,
                             std::int64_t highest) noexcept {
   text = withoutLeadingSpace(text);
   const bool minus = takeSign(text);
-  std::int64_t value = 0;  // counted downwards, where there is room for one more
+  std::int64_t value = 0;  // negative, because the negative range is larger by one
   for (const char character : text) {
     if (!isDigit(character)) break;
     if (__builtin_mul_overflow(value, std::int64_t{10}, &value) ||
@@ -53,7 +53,7 @@ std::int64_t leadingInteger(std::string_view text, std::int64_t lowest,
 double leadingDouble(std::string_view text) noexcept {
   text = withoutLeadingSpace(text);
   const bool minus = takeSign(text);
-  // Words such as "inf" are no numbers here, though the conversion would take them.
+  // The conversion would take words such as "inf", which do not count as numbers here.
   const bool startsWithNumber =
       !text.empty() &&
       (isDigit(text.front()) || (text.front() == '.' && text.size() > 1 && isDigit(text[1])));
@@ -85,7 +85,7 @@ bool isTinyDecimal(std::string_view number) noexcept {
   const std::string_view digits = number.substr(0, mark);
   const std::size_t point = std::min(digits.find('.'), digits.size());
   const std::size_t first = digits.find_first_of("123456789");
-  // The power of ten that the first digit which counts stands for.
+  // The power of ten of the first digit that is not zero.
   const std::int64_t magnitude = first < point ? static_cast<std::int64_t>(point - first)
                                                : -static_cast<std::int64_t>(first - point);
   return magnitude + exponent < 0;

@@ -12,7 +12,7 @@ DecodedScalar decodeUTF8(std::string_view utf8, bool permitSurrogates) noexcept 
   const unsigned lead = at(0);
   if (lead < 0x80) return {lead, 1, true};
 
-  // The first continuation byte's range rules out overlong forms, surrogates and what lies beyond
+  // The range of the first continuation byte excludes overlong forms, surrogates and scalars beyond
   // U+10FFFF (Unicode, table 3-7).
   std::size_t length = 0;
   unsigned low = 0x80;

@@ -13,7 +13,7 @@ namespace zeb {
 
 namespace {
 
-/// The ASCII start of a text, which is all that the numeric readings look at.
+/// The leading ASCII characters of a text, which are all that the numeric readings use.
 std::string asciiPrefix(const detail::StringStorage& text) {
   std::string prefix;
   if (!text.isWide()) return std::string(text.ascii(), text.length);
@@ -24,7 +24,7 @@ std::string asciiPrefix(const detail::StringStorage& text) {
   return prefix;
 }
 
-/// Calls `read` with the text that a string value begins with.
+/// Calls `read` with the leading ASCII characters of a string value.
 template <class Read>
 auto readString(const Value& value, const Read& read) {
   const auto& text = *value.storageAs<detail::StringStorage>();
@@ -36,7 +36,7 @@ float inlineFloat(const Value& value) noexcept {
   return std::bit_cast<float>(static_cast<std::uint32_t>(value.payload()));
 }
 
-/// Of a float or a double.
+/// The number in a value that is a float or a double.
 double inlineNumber(const Value& value) noexcept {
   return value.kind() == ValueKind::Float ? double{inlineFloat(value)}
                                           : std::bit_cast<double>(value.payload());
@@ -44,7 +44,7 @@ double inlineNumber(const Value& value) noexcept {
 
 }  // namespace
 
-// A float lies inside as its own bits: on the way through a double some would change.
+// A float is stored as its own bits: converting it to a double and back would change some.
 Value::Value(float number) noexcept
     : head_(headOf(Kind::Float, 'f')), payload_(std::bit_cast<std::uint32_t>(number)) {}
 
@@ -103,14 +103,14 @@ std::int64_t Value::convertedInteger() const noexcept {
 }
 
 float Value::floatValue() const noexcept {
-  // Integers are rounded once: by way of a double some would come out one step off.
+  // Integers are rounded only once: by way of a double, some would be wrong by one step.
   if (kind() == Kind::SignedInteger) return static_cast<float>(static_cast<std::int64_t>(payload_));
   if (kind() == Kind::UnsignedInteger) return static_cast<float>(payload_);
   if (kind() == Kind::Float) return inlineFloat(*this);
   const double number = doubleValue();
   using Limits = std::numeric_limits<float>;
-  // From half a step beyond the largest float on, rounding gives infinity; the conversion itself would be
-  // undefined already behind the largest.
+  // From half a step beyond the largest float on, rounding gives infinity, but the conversion
+  // itself would be undefined for all numbers beyond the largest float.
   constexpr double end = 0x1.ffffffp127;
   if (number >= end) return Limits::infinity();
   if (number <= -end) return -Limits::infinity();

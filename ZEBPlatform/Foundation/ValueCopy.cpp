@@ -9,13 +9,13 @@ namespace zeb {
 
 namespace {
 
-/// A string's immutable copy in memory of its own.
+/// An immutable copy of a string in memory of its own.
 NSString copiedString(const NSString& string) {
   return string.isASCII() ? NSString(string.asciiView()) : NSString(string.utf16View());
 }
 
-/// An immutable leaf that owns its memory: only strings (and collections) are ever made inside a
-/// document's memory.
+/// An immutable leaf that owns its memory. Only strings and collections are ever made inside the
+/// memory of a document.
 Value detachedLeaf(const Value& leaf) {
   const bool isInDocument = leaf.isString() && (leaf.storage()->flags & detail::StorageInArena);
   return isInDocument ? copiedString(NSString(leaf)) : leaf.copy();
@@ -26,11 +26,11 @@ bool isCollection(const Value& value) noexcept {
 }
 
 struct DetachingRules : detail::TreeRules {
-  static constexpr int deepestKeyNesting = 64;
+  static constexpr int maxKeyNesting = 64;
   int keyNesting = 0;
 
   Value leaf(const Value& value) const {
-    if (!isCollection(value) || keyNesting == deepestKeyNesting) return detachedLeaf(value);
+    if (!isCollection(value) || keyNesting == maxKeyNesting) return detachedLeaf(value);
     DetachingRules inner;  // a collection that is a key
     inner.keyNesting = keyNesting + 1;
     return detail::rebuildTree(value, inner);

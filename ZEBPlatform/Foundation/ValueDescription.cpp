@@ -16,9 +16,9 @@ namespace zeb {
 
 namespace {
 
-constexpr std::size_t deepestPrintedLevel = 512;
-/// Lest the text of a deep tree grow out of all proportion.
-constexpr std::size_t deepestIndentation = 32;
+constexpr std::size_t maxPrintedLevels = 512;
+/// Limits the size of the text of a deep tree.
+constexpr std::size_t maxIndentedLevels = 32;
 
 std::string describeNumber(const Value& number) {
   switch (number.kind()) {
@@ -36,8 +36,8 @@ std::string describeNumber(const Value& number) {
 std::string describeDate(const NSDate& date) {
   using namespace std::chrono;
   const double seconds = std::floor(date.timeIntervalSince1970());
-  constexpr double farthest = 9.0e11;  // years that the calendar below can hold
-  if (!(std::fabs(seconds) < farthest)) {
+  constexpr double maxSeconds = 9.0e11;  // the calendar below holds the years up to this
+  if (!(std::fabs(seconds) < maxSeconds)) {
     return detail::shortestText(date.timeIntervalSinceReferenceDate()) + " s since 2001-01-01";
   }
   const sys_seconds moment{std::chrono::seconds(static_cast<std::int64_t>(seconds))};
@@ -54,14 +54,14 @@ std::string describeDate(const NSDate& date) {
 }
 
 std::string describeData(const NSData& data) {
-  constexpr std::size_t mostShown = 24;
+  constexpr std::size_t maxShownBytes = 24;
   constexpr char digits[] = "0123456789abcdef";
   std::string text = "{length = " + std::to_string(data.length()) + ", bytes = 0x";
-  for (const std::byte byte : data.bytes().first(std::min(mostShown, data.length()))) {
+  for (const std::byte byte : data.bytes().first(std::min(maxShownBytes, data.length()))) {
     text += digits[std::to_integer<unsigned>(byte) >> 4];
     text += digits[std::to_integer<unsigned>(byte) & 0xF];
   }
-  return text + (data.length() > mostShown ? " ...}" : "}");
+  return text + (data.length() > maxShownBytes ? " ...}" : "}");
 }
 
 std::string describeLeaf(const Value& value) {
@@ -83,7 +83,7 @@ std::string describeLeaf(const Value& value) {
     case ValueKind::Array:
     case ValueKind::Dictionary:
     case ValueKind::Set:
-      return "{…}";  // a collection that serves as a key
+      return "{…}";  // a collection that is a key
     default:
       return describeNumber(value);
   }
@@ -94,7 +94,7 @@ class DescriptionPrinter {
   std::string text;
 
   bool enter(const Value& collection, std::size_t depth) {
-    if (depth >= deepestPrintedLevel) {
+    if (depth >= maxPrintedLevels) {
       text += "…";
       hasContent_ = true;
       return false;
@@ -140,7 +140,7 @@ class DescriptionPrinter {
 
   void newLine() {
     text += '\n';
-    text.append(4 * std::min(indentation_, deepestIndentation), ' ');
+    text.append(4 * std::min(indentation_, maxIndentedLevels), ' ');
   }
 
   void appendLeaf(const Value& value) {

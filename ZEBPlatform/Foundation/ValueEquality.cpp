@@ -12,8 +12,9 @@ namespace zeb {
 
 namespace {
 
-/// Collections as keys of collections as keys …: the only way in which comparing recurses.
-constexpr int deepestKeyNesting = 64;
+/// Comparing recurses only for collections that are keys of collections that are keys, and so on.
+/// This limits it.
+constexpr int maxKeyNesting = 64;
 thread_local int keyNesting = 0;
 
 struct KeyNestingScope {
@@ -28,7 +29,7 @@ struct Level {
   std::uint32_t position;  ///< of the left one's next element or entry
 };
 
-/// A stack of levels, of which the first ones take no memory from the heap.
+/// A stack of levels. The first ones take no memory from the heap.
 class Levels {
  public:
   bool isEmpty() const noexcept { return count_ == 0; }
@@ -77,7 +78,7 @@ bool equalLeaves(const Value& left, const Value& right) {
 
 enum class Comparison { different, equal, byElements };
 
-/// Compares what can be compared without looking into collections.
+/// Compares two values without looking into collections.
 Comparison compareShallowly(const Value& left, const Value& right) {
   const auto result = [](bool equal) { return equal ? Comparison::equal : Comparison::different; };
   if (left.isNil() || right.isNil()) return Comparison::different;
@@ -98,8 +99,8 @@ Comparison compareShallowly(const Value& left, const Value& right) {
   return result(equalLeaves(left, right));
 }
 
-/// The next two values to compare: none at the collections' end, and only the left one when the right
-/// collection lacks its key or member.
+/// The next two values to compare: both null at the end of the collections, and only the left one
+/// when the right collection lacks its key or member.
 std::pair<const Value*, const Value*> nextPair(Level& level) {
   if (level.left->isArray()) {
     const auto& one = *level.left->storageAs<detail::ArrayStorage>();
@@ -120,7 +121,7 @@ std::pair<const Value*, const Value*> nextPair(Level& level) {
   return {};
 }
 
-/// Of two collections that `compareShallowly` takes for comparable.
+/// The equality of two collections for which `compareShallowly` answers `byElements`.
 bool equalCollections(const Value& left, const Value& right) {
   Levels levels;
   levels.push(left, right);
@@ -143,7 +144,7 @@ bool equalCollections(const Value& left, const Value& right) {
 bool Value::isEqual(const Value& other) const {
   const Comparison comparison = compareShallowly(*this, other);
   if (comparison != Comparison::byElements) return comparison == Comparison::equal;
-  if (keyNesting == deepestKeyNesting) return false;
+  if (keyNesting == maxKeyNesting) return false;
   const KeyNestingScope scope;
   return equalCollections(*this, other);
 }

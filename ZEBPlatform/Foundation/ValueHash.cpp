@@ -14,21 +14,21 @@ namespace {
 
 using detail::mixHash;
 
-/// What equal dates have in common: their bits, but for the two zeros.
+/// The bits of a date, made equal for the two zeros, which are equal dates.
 std::uint64_t dateBits(const Value& date) noexcept {
   return std::bit_cast<double>(date.payload()) == 0 ? 0 : date.payload();
 }
 
-/// The same in every process and quick, so that its collisions can be chosen.
+/// Fast and the same in every process, so an attacker can choose collisions.
 class PublicHash {
  public:
-  /// Down to so many levels of collections; of deeper ones only the size counts.
+  /// Levels of collections that are hashed; only the size counts for deeper ones.
   static constexpr int maxNesting = 4;
 
   void absorb(std::uint64_t word) noexcept { hash_ = mixHash(hash_, word); }
   std::uint64_t finish() const noexcept { return hash_; }
 
-  /// Of a key in a table; see `keyHashOf`.
+  /// The hash of a key in a table; see `keyHashOf`.
   template <class Hash>
   static std::uint64_t ofKey(const detail::DictionaryStorage& table, const Value& key,
                              const Hash& hashOf) {
@@ -63,7 +63,7 @@ class PublicHash {
     }
   }
 
-  /// Of long data the two ends and the length.
+  /// The hash of the length and the two ends, which are all of short data.
   static std::uint64_t ofBytes(std::string_view bytes) noexcept {
     constexpr std::size_t end = 64;
     const std::string_view head = bytes.substr(0, end);
@@ -75,10 +75,10 @@ class PublicHash {
   std::uint64_t hash_ = 0;
 };
 
-/// Covers all of the content, under the secret key.
+/// Covers all content, under the secret key.
 class SecretHash {
  public:
-  /// As deep as documents nest. A stated limit, because looking deeper takes stack.
+  /// As deep as documents nest. The limit bounds the stack that the recursion takes.
   static constexpr int maxNesting = 512;
 
   void absorb(std::uint64_t word) noexcept { hasher_.absorb(word); }
@@ -112,7 +112,7 @@ class SecretHash {
 template <class Hash>
 std::uint64_t collectionHash(const Value& value, int levels);
 
-/// The hash of a value, so many levels of collections deep.
+/// The hash of a value and `levels` levels of collections in it.
 template <class Hash>
 [[gnu::always_inline]] inline std::uint64_t contentHash(const Value& value, int levels) {
   if (!PublicHash::isCollection(value)) return Hash::ofLeaf(value);

@@ -45,13 +45,13 @@ void destroyNow(Storage* storage) noexcept {
   }
 }
 
-/// A field that the destruction of a collection does not need: it takes the upper half of a link.
+/// A field that the destruction of a collection does not need: it holds the upper half of a link.
 std::uint32_t& spareField(Storage& collection) noexcept {
   if (collection.kind == ValueKind::Array) return static_cast<ArrayStorage&>(collection).capacity;
   return static_cast<DictionaryStorage&>(collection).capacity;
 }
 
-/// Storages without references, linked through fields of their own: so the list needs no memory.
+/// Storages without references, linked through their own fields, so that the list needs no memory.
 class DyingStorages {
  public:
   void push(Storage& storage) noexcept {
@@ -65,7 +65,7 @@ class DyingStorages {
     first_ = &storage;
   }
 
-  /// Null when there is none.
+  /// Null when the list is empty.
   Storage* pop() noexcept {
     Storage* const storage = first_;
     if (!storage) return nullptr;
@@ -84,16 +84,16 @@ class DyingStorages {
   Storage* first_ = nullptr;
 };
 
-/// What died while something else was being destroyed on this thread.
+/// Storages whose last reference went while another one was being destroyed on this thread.
 thread_local DyingStorages waiting;
 thread_local bool isDestroying = false;
 
 }  // namespace
 
-// A tree dies without recursion, however deep it is, and without taking memory: what its destruction
-// releases last waits in a list.
+// A tree is destroyed without recursion, however deep it is, and without taking memory: storages
+// that the destruction of another one releases last wait in a list.
 void destroyStorage(Storage* storage) noexcept {
-  // These own nothing that could lead further down.
+  // These own no values, so destroying them does not recurse.
   if (storage->kind == ValueKind::String || storage->kind == ValueKind::URL) {
     return destroyNow(storage);
   }

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-/// How values lie in memory. Private to the library: what other modules build fast paths on (the JSON
-/// reader and writer), never what applications use.
+/// How values lie in memory. Only for modules of this library that build fast paths on it, such as
+/// the JSON reader and writer; applications never use it.
 namespace zeb {
 
 class Value;
@@ -27,7 +27,7 @@ enum class ValueKind : std::uint8_t {
   Float,
   Double,
   Date,
-  // from here on the payload is a counted pointer
+  // From here on the payload is a counted pointer.
   String = 16,
   Data,
   URL,
@@ -44,10 +44,9 @@ class Arena;
 enum StorageFlags : std::uint8_t {
   StorageInArena = 1,  ///< lives and dies with its arena; `countOrOffset` leads there
   StorageMutable = 2,
-  StorageWide = 4,      ///< string of 16-bit units
-  StorageIndirect = 8,  ///< content lies elsewhere, behind a pointer after the header
-  StorageKeyedHash =
-      16,  ///< dictionary whose index goes by the seeded hash: somebody chose colliding keys
+  StorageWide = 4,        ///< string of 16-bit units
+  StorageIndirect = 8,    ///< content lies elsewhere; a pointer to it follows the header
+  StorageKeyedHash = 16,  ///< dictionary whose index uses the secret hash, because keys collided
 };
 
 /// Header of every counted value that is not an `NSObject`.
@@ -62,13 +61,13 @@ struct Storage {
   bool isMutable() const noexcept { return flags & StorageMutable; }
 };
 
-/// Immutable text: `length` units directly behind this header, or in the buffer of a mutable string.
+/// Immutable text: `length` units directly after this header, or in the buffer of a mutable string.
 struct StringStorage : Storage {
   StringStorage(std::uint8_t storageFlags, std::uint32_t units, std::uint32_t count = 1) noexcept
       : Storage(ValueKind::String, storageFlags, count), length(units) {}
 
   std::uint32_t length;
-  /// 0 until somebody asks; racing writers store the same number. Unused by mutable strings.
+  /// 0 until it is computed; racing writers store the same number. Unused by mutable strings.
   mutable std::atomic<std::uint32_t> hash{0};
 
   bool isWide() const noexcept { return flags & StorageWide; }
@@ -76,7 +75,7 @@ struct StringStorage : Storage {
   inline const char16_t* units() const noexcept;
 };
 
-/// The header stands for what `contents` holds now: `length` and the wide flag follow every change.
+/// A mutable text. `length` and the wide flag of the header follow every change of the content.
 struct MutableStringStorage : StringStorage {
   MutableStringStorage() noexcept : StringStorage(StorageMutable | StorageIndirect, 0) {}
 
@@ -94,16 +93,16 @@ struct MutableStringStorage : StringStorage {
 };
 
 inline const char* StringStorage::ascii() const noexcept {
-  const void* behind = this + 1;
-  return static_cast<const char*>(flags & StorageIndirect ? *static_cast<const void* const*>(behind)
-                                                          : behind);
+  const void* after = this + 1;
+  return static_cast<const char*>(flags & StorageIndirect ? *static_cast<const void* const*>(after)
+                                                          : after);
 }
 
 inline const char16_t* StringStorage::units() const noexcept {
   return reinterpret_cast<const char16_t*>(ascii());
 }
 
-/// Elements directly behind this header, or in the buffer of a mutable array.
+/// Elements directly after this header, or in the buffer of a mutable array.
 struct ArrayStorage : Storage {
   ArrayStorage(std::uint8_t storageFlags, std::uint32_t elements,
                std::uint32_t references = 1) noexcept
@@ -122,9 +121,9 @@ struct MutableArrayStorage : ArrayStorage {
 };
 
 inline Value* ArrayStorage::values() const noexcept {
-  const void* behind = this + 1;
-  return static_cast<Value*>(flags & StorageIndirect ? *static_cast<void* const*>(behind)
-                                                     : const_cast<void*>(behind));
+  const void* after = this + 1;
+  return static_cast<Value*>(flags & StorageIndirect ? *static_cast<void* const*>(after)
+                                                     : const_cast<void*>(after));
 }
 
 /// Entries in insertion order, and above a few of them a hash index. Serves dictionaries and sets
@@ -141,12 +140,13 @@ struct DictionaryStorage : Storage {
   DictionaryEntry* entries = nullptr;
 
   bool hasKeyedHash() const noexcept { return flags & StorageKeyedHash; }
-  /// The index's slots, behind the entries' room: each an entry's position + 1, or 0.
+  /// The slots of the index, after the room for entries: each holds the position of an entry + 1,
+  /// or 0.
   inline std::uint32_t* index() const noexcept;
 };
 
-/// Bytes: own ones behind the header, or foreign ones with a release function, or several data one
-/// after the other, or the growing buffer of a mutable one.
+/// Bytes: its own after the header, foreign ones with a release function, several data one after
+/// the other, or the growing buffer of mutable data.
 struct DataStorage : Storage {
   DataStorage(std::uint8_t storageFlags, std::size_t size) noexcept
       : Storage(ValueKind::Data, storageFlags), length(size) {}

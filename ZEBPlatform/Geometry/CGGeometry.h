@@ -2,7 +2,7 @@
 
 namespace zeb {
 
-/// Plain records of doubles, in whatever unit their user means.
+/// Plain records of doubles, in the unit that their user chooses.
 using CGFloat = double;
 
 struct CGPoint {

@@ -15,7 +15,7 @@ struct CLLocationCoordinate2D {
   bool operator==(const CLLocationCoordinate2D&) const = default;
 };
 
-/// Where a device was, and when. Immutable; any thread.
+/// The place and time of a device. Immutable; any thread.
 class CLLocation final : public NSObject {
  public:
   struct Fields {
@@ -40,7 +40,7 @@ class CLLocation final : public NSObject {
   double speed() const noexcept { return fields_.speed; }
   NSDate timestamp() const noexcept { return fields_.timestamp; }
 
-  /// Equal when all fields are.
+  /// Equal if all fields are.
   bool isEqual(const NSObject& other) const noexcept override;
   std::size_t hash() const noexcept override;
   std::string description() const override;

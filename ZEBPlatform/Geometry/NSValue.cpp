@@ -16,7 +16,7 @@ std::size_t NSValue::hash() const noexcept {
   const auto mixed = [](std::initializer_list<double> components) {
     detail::KeyedHasher hasher;
     for (const double component : components) {
-      // Equal components have equal bits, but for the two zeros.
+      // Equal components have equal bits, except for the two zeros.
       hasher.absorb(std::bit_cast<std::uint64_t>(component == 0 ? 0.0 : component));
     }
     return hasher.finish();

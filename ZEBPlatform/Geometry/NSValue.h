@@ -26,7 +26,7 @@ class NSValue final : public NSObject {
 
   const Content& content() const noexcept { return content_; }
 
-  /// Equal when they hold equal records of the same type.
+  /// Equal if they hold equal records of the same type.
   bool isEqual(const NSObject& other) const noexcept override;
   std::size_t hash() const noexcept override;
   std::string description() const override;
@@ -38,7 +38,8 @@ class NSValue final : public NSObject {
 /// The record as a value.
 Value boxed(const NSValue::Content& record);
 
-/// The record in a value that was made of one of its type, else null. Valid as long as the value.
+/// The record in the value, valid as long as the value; null if the value was not made of this type
+/// of record.
 template <BoxableRecord Record>
 const Record* unboxed(const Value& value) noexcept {
   const auto* box = dynamic_cast<const NSValue*>(value.objectPointer());

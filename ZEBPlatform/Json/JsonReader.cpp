@@ -476,7 +476,7 @@ class TreeReader {
 
   Words newDictionary(const Words* first, std::uint32_t count) {
     const std::size_t entriesSize = count * sizeof(DictionaryEntry);
-    const std::size_t slots = count > largestUnindexedTable ? indexSlots(count) : 0;
+    const std::size_t slots = count > maxUnindexedEntries ? indexSlots(count) : 0;
     void* memory =
         allocate(sizeof(DictionaryStorage) + entriesSize + slots * sizeof(std::uint32_t));
     auto* table = new (memory)

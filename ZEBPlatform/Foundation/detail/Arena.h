@@ -8,17 +8,17 @@
 
 namespace zeb::detail {
 
-/// Memory of one parsed document: nodes are carved off one after the other and all freed at once.
+/// Memory of one parsed document: nodes are allocated one after the other and all freed at once.
 ///
-/// Nodes in an arena hold no references among each other. A value that leads into the arena from
-/// outside counts on the arena as a whole, so one kept string keeps its document (see
+/// Nodes in an arena hold no references to each other. A value outside that refers to a node counts
+/// as a reference to the whole arena, so one kept string keeps its document (see
 /// `Value::detachedCopy`).
 class Arena {
  public:
-  /// Starts with one reference, for whoever builds the document, and room for `bytes`.
+  /// Starts with one reference, which the builder of the document owns, and room for `bytes`.
   static Arena* create(std::size_t bytes);
 
-  /// Behind every allocation there are so many bytes that may be overwritten until the next one.
+  /// Bytes past each allocation that may be overwritten until the next one.
   static constexpr std::size_t slack = 64;
 
   /// Room for `size` bytes, aligned to 8. Throws std::bad_alloc.
@@ -33,7 +33,7 @@ class Arena {
   bool hasRoom(std::size_t size) const noexcept {
     return size + 7 <= static_cast<std::size_t>(limit_ - cursor_);
   }
-  /// How large the next chunk will be at least, when there is one.
+  /// The minimum size of the next chunk.
   void setNextChunkSize(std::size_t bytes) noexcept { nextChunkSize_ = bytes; }
 
   /// Returns the unneeded end of the latest allocation, of which `used` bytes stay.
@@ -41,7 +41,8 @@ class Arena {
     cursor_ = static_cast<char*>(latest) + ((used + 7) & ~std::size_t{7});
   }
 
-  /// What makes a node of this arena: its distance to the chunk's header, in units of 8 bytes.
+  /// The value of `countOrOffset` for a node of this arena: its distance to the header of its
+  /// chunk, in units of 8 bytes.
   std::uint32_t offsetOf(const void* node) const noexcept {
     return static_cast<std::uint32_t>((static_cast<const char*>(node) - chunk_) / 8);
   }

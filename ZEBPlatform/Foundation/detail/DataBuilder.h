@@ -14,8 +14,8 @@ namespace zeb::detail {
 
 /// Bytes that are written one after the other and then become data without being copied.
 ///
-/// `require` makes room, the `put` functions write into room that was made: so that a writer of many
-/// small pieces checks once for several.
+/// `require` makes room, and the `put` functions write into room that was made. A writer of many
+/// small pieces thus checks once for several of them.
 class DataBuilder {
  public:
   DataBuilder() = default;
@@ -42,7 +42,7 @@ class DataBuilder {
   std::string_view written() const noexcept { return {memory_ ? content() : "", size()}; }
   /// The last byte; something must have been written.
   char last() const noexcept { return cursor_[-1]; }
-  /// Takes back what was written from `start` on.
+  /// Removes everything from `start` on.
   void truncate(std::size_t start) noexcept {
     if (memory_) cursor_ = content() + start;
   }
@@ -52,10 +52,10 @@ class DataBuilder {
     require(0);
     if (!memory_) return NSData::data();
     const std::size_t length = size();
-    // Giving back a little is not worth the way to the heap.
-    constexpr std::size_t little = std::size_t{128} << 10;
+    // Not worth a call of the allocator below this size.
+    constexpr std::size_t minReturned = std::size_t{128} << 10;
     const auto unused = static_cast<std::size_t>(limit_ - cursor_);
-    if (unused > (std::min)(length / 4, little)) {
+    if (unused > (std::min)(length / 4, minReturned)) {
       if (void* fitting = std::realloc(memory_, sizeof(DataStorage) + length)) memory_ = fitting;
     }
     auto* data = new (memory_) DataStorage(0, length);

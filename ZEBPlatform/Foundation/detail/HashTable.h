@@ -10,31 +10,31 @@
 /// The hash table under dictionaries and sets, as functions over `DictionaryStorage`.
 namespace zeb::detail {
 
-/// Up to here a scan over the entries' hashes beats an index.
-inline constexpr std::uint32_t largestUnindexedTable = 8;
+/// Up to this count a scan over the hashes of the entries is faster than an index.
+inline constexpr std::uint32_t maxUnindexedEntries = 8;
 
-/// Slots that an index over `entries` entries needs: at most half of them are taken. Valid up to
-/// `maxCollectionCount` (see CollectionLimit.h).
+/// Slots of an index over `entries` entries, of which at most half are taken. Valid up to
+/// `maxCollectionCount` (see CollectionLimitPrivate.h).
 constexpr std::uint32_t indexSlots(std::uint32_t entries) noexcept {
-  std::uint32_t places = 2 * largestUnindexedTable;
-  while (places < 2 * std::uint64_t{entries}) places *= 2;
-  return places;
+  std::uint32_t count = 2 * maxUnindexedEntries;
+  while (count < 2 * std::uint64_t{entries}) count *= 2;
+  return count;
 }
 
 /// The public hash that entries are found by; never 0.
 std::uint32_t keyHashOf(const Value& key);
 
-/// An empty mutable table on the heap, owned by the caller, with room for `capacity` entries. Throws
-/// std::bad_alloc or std::length_error.
+/// An empty mutable table on the heap, owned by the caller, with room for `capacity` entries.
+/// Throws std::bad_alloc or std::length_error.
 DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity);
 
 inline DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept;
-/// The same for tables without an index and those with a keyed one.
+/// The same for tables without an index and those that use the secret hash.
 DictionaryEntry* findEntryPlainly(const DictionaryStorage& table, const StringKey& key) noexcept;
 DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key);
 
-/// Entry for `key`, a new one with a nil value when there was none. The key must not be nil; a
-/// mutable one is copied. Takes memory from the heap; throws std::bad_alloc or std::length_error.
+/// The entry for `key`; a new one with a nil value if there was none. The key must not be nil; a
+/// mutable one is copied. Throws std::bad_alloc or std::length_error.
 DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key);
 
 bool removeEntry(DictionaryStorage& table, const Value& key);
@@ -43,16 +43,16 @@ void removeAllEntries(DictionaryStorage& table) noexcept;
 /// Makes room for `capacity` entries in all.
 void reserveEntries(DictionaryStorage& table, std::size_t capacity);
 
-/// Turns `table.used` entries, written by a builder in order and with their key hashes set, into a
-/// table: equal keys are merged (the last value wins, at the first one's place) and, above
-/// `largestUnindexedTable`, indexed, for which there must be room for `indexSlots(used)` numbers behind
-/// the entries. The entries hold no references of their own.
+/// Turns `table.used` entries, which a builder wrote in order and with their key hashes, into a
+/// table: equal keys are merged (the last value wins, at the place of the first one), and more than
+/// `maxUnindexedEntries` entries are indexed, for which there must be room for `indexSlots(used)`
+/// numbers after the entries. The entries hold no references of their own.
 void finishBorrowedEntries(DictionaryStorage& table) noexcept;
 
-// The commonest search by far: what is rare in it is kept out of line.
+// By far the most frequent search, so its rare cases are kept out of line.
 [[gnu::always_inline]] inline DictionaryEntry* findEntry(const DictionaryStorage& table,
                                                          const StringKey& key) noexcept {
-  const std::uint32_t hash = key.hash();  // of a nil key 0, which no entry has
+  const std::uint32_t hash = key.hash();  // 0 without a text, which matches no entry
   if (!table.indexMask || table.hasKeyedHash()) return findEntryPlainly(table, key);
   const std::uint32_t* const index = table.index();
   const std::uint64_t wantedHead = Value::headOfKey(ValueKind::String, hash);

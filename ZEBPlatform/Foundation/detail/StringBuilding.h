@@ -10,7 +10,7 @@
 
 namespace zeb::detail {
 
-/// A new heap string of `length` units whose content the caller writes at once, behind the header.
+/// A new heap string of `length` units, which the caller must write at once, after the header.
 template <class Unit>
 StringStorage* newStringStorage(std::size_t length) {
   if (length > (std::numeric_limits<std::uint32_t>::max)())

@@ -46,7 +46,7 @@ constexpr std::uint64_t loadWord(const char* bytes) noexcept {
 
 static_assert(std::endian::native == std::endian::little, "the word loads assume it");
 
-/// As memcmp() == 0, without a call: for texts, which are mostly short.
+/// As memcmp() == 0, but inline, because most texts are short.
 inline bool equalBytes(const char* left, const char* right, std::size_t count) noexcept {
   if (count < 8) return loadTail(left, count) == loadTail(right, count);
   if (count <= 16) {
@@ -72,13 +72,13 @@ constexpr std::uint32_t finishHash(std::uint64_t hash) noexcept {
   return folded ? folded : 1;
 }
 
-/// What the hash of so many bytes starts from.
+/// The state that the hash of `length` bytes starts from.
 constexpr std::uint64_t startHash(std::size_t length) noexcept {
   return length * 0xA0761D6478BD642Fu;
 }
 
-/// The hash of bytes, word by word: `tailOf` loads the last, incomplete one as `loadTail` does, and
-/// `see` is shown each.
+/// The hash of bytes, word by word. `tailOf` loads the last, incomplete word as `loadTail` does,
+/// and `see` is called with each word.
 template <class TailOf, class See>
 constexpr std::uint32_t hashWords(const char* bytes, std::size_t length, const TailOf& tailOf,
                                   const See& see) noexcept {
@@ -93,8 +93,9 @@ constexpr std::uint32_t hashWords(const char* bytes, std::size_t length, const T
   return finishHash(mixHash(hash, tail));
 }
 
-/// Hash of a string's UTF-8 form. The same at compile time and at run time, in every process: so it
-/// can be computed for literals, and so it is no defence against chosen keys (see KeyedHash.h).
+/// The hash of a string's UTF-8 form, the same at compile time and run time and in every process.
+/// It can therefore be computed for literals, and is no defence against chosen keys (see
+/// KeyedHash.h).
 constexpr std::uint32_t hashOfUTF8(const char* bytes, std::size_t length) noexcept {
   return hashWords(bytes, length, loadTail, [](std::uint64_t) {});
 }

@@ -10,20 +10,20 @@
 
 namespace zeb::detail {
 
-/// Makes the immutable value out of a mutable collection that nobody else holds, without copying.
+/// Turns a mutable collection that has no other owner into an immutable value, without copying.
 inline Value frozen(Value collection) noexcept {
   collection.storage()->flags &= static_cast<std::uint8_t>(~StorageMutable);
   return collection;
 }
 
-/// How a tree is rebuilt; others derive from this and hide what they do differently.
+/// How a tree is rebuilt. Derived rules hide the functions that they replace.
 struct TreeRules {
-  /// What stands for a leaf or a dictionary key (which may be a collection); nil drops the element or
-  /// entry.
+  /// The replacement for a leaf or a dictionary key (which may be a collection); nil drops the
+  /// element or entry.
   static Value leaf(const Value& value) { return value; }
-  /// Whether a collection, so many levels down, goes into the new tree at all.
+  /// Whether a collection at this depth goes into the new tree.
   static bool keeps(const Value&, std::size_t) { return true; }
-  /// What the new tree holds, made of the filled mutable collection.
+  /// The replacement for a collection, made from the filled mutable one.
   static Value finished(Value collection) { return frozen(std::move(collection)); }
 };
 
@@ -94,8 +94,8 @@ class TreeRebuild {
   Value result_;
 };
 
-/// A new tree of the same shape as `root`, every collection built anew, by the rules. Any depth, no
-/// recursion.
+/// A new tree of the same shape as `root`, in which every collection is built anew by the rules.
+/// Any depth, without recursion.
 template <class Rules>
 Value rebuildTree(const Value& root, const Rules& rules) {
   return TreeRebuild<Rules>(rules).of(root);

@@ -12,11 +12,13 @@ namespace zeb::detail {
 /// Visits a tree of arrays, dictionaries and sets in order and to any depth, without recursion.
 ///
 /// The visitor offers
-///   bool enter(const Value& collection, size_t depth)   false passes it over (no `leave` then)
-///   void leave(const Value& collection, size_t depth)
-///   void element(size_t position)                       before each element of an array or set
-///   void key(const Value& key, size_t position)         before each value of a dictionary
-///   void leaf(const Value& value)                       everything that is no collection
+///
+///     bool enter(const Value& collection, size_t depth)   false skips it (no `leave` then)
+///     void leave(const Value& collection, size_t depth)
+///     void element(size_t position)                       before each element of an array or set
+///     void key(const Value& key, size_t position)         before each value of a dictionary
+///     void leaf(const Value& value)                       everything that is not a collection
+///
 /// Depth is 0 at the root; positions count from 0 in each collection. The tree must not change
 /// meanwhile.
 template <class Visitor>
@@ -50,7 +52,7 @@ void walkTree(const Value& root, Visitor& visitor) {
       }
     }
 
-    // The next value of this collection or, where it is done, of the one around it.
+    // The next value of this collection or, at its end, of the enclosing one.
     if (!level.collection) return;
     for (value = nullptr;;) {
       if (level.collection->isArray()) {

@@ -8,10 +8,10 @@
 
 namespace zeb::detail {
 
-/// What a decoder meets at some place of a UTF-8 text.
+/// One decoded sequence of a UTF-8 text.
 struct DecodedScalar {
   char32_t scalar;     ///< U+FFFD when malformed
-  std::size_t length;  ///< bytes taken; of a malformed sequence its longest well-begun part
+  std::size_t length;  ///< bytes taken; of a malformed sequence the longest valid prefix
   bool wellFormed;
 };
 
@@ -23,7 +23,7 @@ DecodedScalar decodeUTF8(std::string_view utf8, bool permitSurrogates = false) n
 /// surrogates again.
 void appendUTF16(std::u16string& units, std::string_view utf8);
 
-/// The UTF-8 form of a scalar or, in three bytes, of an unpaired surrogate.
+/// The UTF-8 form of a scalar, or the three-byte form of an unpaired surrogate.
 struct EncodedScalar {
   std::array<char, 4> bytes;
   std::size_t length;
@@ -47,7 +47,7 @@ void appendUTF8(std::string& utf8, char32_t scalar);
 /// Appends UTF-8; unpaired surrogates in their three-byte form.
 void appendUTF8(std::string& utf8, std::u16string_view units);
 
-/// Where UTF-8 stops being well-formed: the offset of the first bad sequence, or npos.
+/// The offset of the first malformed sequence, or npos.
 std::size_t findMalformedUTF8(std::string_view utf8) noexcept;
 
 bool isASCII(std::string_view bytes) noexcept;
@@ -70,11 +70,11 @@ constexpr char32_t nextScalar(std::u16string_view units, std::size_t& index) noe
   return unit;
 }
 
-/// Length of the form that `appendUTF8` makes of the units.
+/// The length of the form that `appendUTF8` makes of the units.
 std::size_t utf8Length(std::u16string_view units) noexcept;
 
-/// Hands that form, without making it, to `visit` in little-endian words of eight bytes, and answers
-/// the last, incomplete word.
+/// Calls `visit` with that form, without making it, in little-endian words of eight bytes, and
+/// answers the last, incomplete word.
 template <class Visit>
 std::uint64_t visitUTF8Words(std::u16string_view units, const Visit& visit) noexcept {
   std::uint64_t word = 0;

@@ -4,7 +4,7 @@
 
 namespace zeb {
 
-/// The moment so many milliseconds after 1 January 1970 UTC (computed as milliseconds × 0.001 seconds).
+/// The moment that is `milliseconds` × 0.001 seconds after 1 January 1970 UTC.
 NSDate zeb_dateFromMilliseconds(double milliseconds) noexcept;
 
 }  // namespace zeb

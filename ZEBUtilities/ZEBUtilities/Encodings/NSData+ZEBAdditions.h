@@ -5,8 +5,8 @@
 
 namespace zeb {
 
-/// The JSON document laid out for people, nil when the data is none. For diagnostics: parses on
-/// whatever thread it is called, without the guards of `ZEBJSONSerialization`.
+/// The JSON document with line breaks and indentation, for diagnostics; nil if the data is not
+/// JSON. Parses on the calling thread, without the guards of `ZEBJSONSerialization`.
 NSData zeb_prettyPrintedJSONData(const NSData& data);
 NSString zeb_prettyPrintedJSONString(const NSData& data);
 

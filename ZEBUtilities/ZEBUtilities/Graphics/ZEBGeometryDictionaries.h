@@ -10,7 +10,8 @@ namespace zeb {
 CGSize ZEBCGSizeFromDictionary(const NSDictionary& dictionary) noexcept;
 NSDictionary ZEBDictionaryFromCGSize(CGSize size);
 
-/// Affine transforms as dictionaries with the keys "a", "b", "c", "d", "tx" and "ty", likewise.
+/// Affine transforms as dictionaries with the keys "a", "b", "c", "d", "tx" and "ty"; missing and
+/// written components as above.
 CGAffineTransform ZEBCGAffineTransformFromDictionary(const NSDictionary& dictionary) noexcept;
 NSDictionary ZEBDictionaryFromCGAffineTransform(const CGAffineTransform& transform);
 

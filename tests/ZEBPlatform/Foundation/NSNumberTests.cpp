@@ -48,7 +48,8 @@ TEST(NSNumber, NumericReadings) {
     EXPECT_EQ(value.floatValue(), asDouble == 1e39 ? infinity : static_cast<float>(asDouble));
   }
   EXPECT_TRUE(Value(notANumber).longLongValue() == 0 && Value(notANumber).intValue() == 0);
-  // Integers are rounded to a float once: on the way through a double this one would be rounded twice.
+  // Integers are rounded to a float once: on the way through a double this one would be rounded
+  // twice.
   constexpr std::int64_t aboveHalf = 0x1000001000000001;
   EXPECT_EQ(Value(aboveHalf).floatValue(), 0x1.000002p60f);
   EXPECT_EQ(Value(-aboveHalf).floatValue(), -0x1.000002p60f);
