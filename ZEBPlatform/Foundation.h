@@ -3,6 +3,7 @@
 // The module Foundation: values of every kind, errors and exceptions.
 
 #include <ZEBPlatform/Foundation/DictionaryEntry.h>
+#include <ZEBPlatform/Foundation/DictionaryKey.h>
 #include <ZEBPlatform/Foundation/Format.h>
 #include <ZEBPlatform/Foundation/KeyedHash.h>
 #include <ZEBPlatform/Foundation/NSArray.h>

@@ -11,21 +11,26 @@ NSDictionary NSDictionary::dictionaryWithEntries(std::span<const DictionaryEntry
   return NSDictionary(detail::frozen(std::move(filled)));
 }
 
-const Value* NSDictionary::find(const StringKey& key) const noexcept {
-  if (isNil()) return nullptr;
-  const DictionaryEntry* entry = detail::findEntry(table(), key);
+namespace {
+
+/// Not inlined into the search for texts, which is far more frequent.
+[[gnu::cold, gnu::noinline]] const Value* findValue(const detail::DictionaryStorage& table,
+                                                    const Value& key) {
+  const DictionaryEntry* entry = detail::findEntry(table, key);
   return entry ? &entry->value : nullptr;
+}
+
+}  // namespace
+
+const Value* NSDictionary::find(const DictionaryKey& key) const {
+  if (isNil()) return nullptr;
+  if (const DictionaryEntry* entry = detail::findEntry(table(), key)) return &entry->value;
+  return key.otherValue() ? findValue(table(), *key.otherValue()) : nullptr;
 }
 
 const Value* NSDictionary::findString(const NSString& key) const noexcept {
   if (isNil()) return nullptr;
   const DictionaryEntry* entry = detail::findEntry(table(), StringKey(key));
-  return entry ? &entry->value : nullptr;
-}
-
-const Value* NSDictionary::findValue(const Value& key) const {
-  if (isNil()) return nullptr;
-  const DictionaryEntry* entry = detail::findEntry(table(), key);
   return entry ? &entry->value : nullptr;
 }
 
@@ -44,10 +49,7 @@ NSArray NSDictionary::allValues() const {
 }
 
 NSMutableDictionary NSDictionary::mutableCopy() const {
-  if (isNil()) return nullptr;
-  NSMutableDictionary result = NSMutableDictionary::dictionaryWithCapacity(count());
-  result.addEntriesFromDictionary(*this);
-  return result;
+  return isNil() ? NSMutableDictionary(nullptr) : NSMutableDictionary(*this);
 }
 
 NSMutableDictionary::NSMutableDictionary()
@@ -56,6 +58,11 @@ NSMutableDictionary::NSMutableDictionary()
 NSMutableDictionary::NSMutableDictionary(std::initializer_list<DictionaryEntry> entries)
     : NSMutableDictionary() {
   for (const DictionaryEntry& entry : entries) setObject(entry.value, entry.key);
+}
+
+NSMutableDictionary::NSMutableDictionary(const NSDictionary& dictionary)
+    : NSMutableDictionary(dictionaryWithCapacity(dictionary.count())) {
+  addEntriesFromDictionary(dictionary);
 }
 
 NSMutableDictionary NSMutableDictionary::from(const Value& value) noexcept {
@@ -75,7 +82,7 @@ void NSMutableDictionary::setObject(Value object, const Value& key) {
   if (isNil()) return;
   if (key.isNil()) raiseInvalidArgument("a dictionary key can't be nil");
   if (object.isNil()) raiseInvalidArgument("a dictionary can't hold nil");
-  // The old value goes when everything is in place: its release may run anybody's code.
+  // The old value is released last, because its release may run arbitrary code.
   detail::findOrAddEntry(table(), key).value.swap(object);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Foundation/DictionaryEntry.h>
+#include <ZEBPlatform/Foundation/DictionaryKey.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/Value.h>
@@ -14,15 +15,21 @@ namespace zeb {
 class NSMutableDictionary;
 
 /// Immutable mapping from keys (any non-nil values, in practice strings) to non-nil values, which
-/// remembers the order of insertion. `NSDictionary{}` is nil; `NSDictionary::dictionary()` is empty. A key given again keeps its place and takes the later value.
+/// remembers the order of insertion. `NSDictionary{}` is nil; `NSDictionary::dictionary()` is
+/// empty. A key given again keeps its place and takes the later value.
 ///
-/// Lookup goes by hash, and for literal keys without making a string. Keys that somebody chose to
-/// collide do not slow it down for long, whatever their kind: the table then changes to a secret hash
-/// of all their content (down to 512 levels of collections). The exception are objects, which nobody
-/// can tell apart by hash when their class answers the same hash for all. Nil as key or value throws
-/// NSException (NSInvalidArgumentException); beyond 2³⁰ entries std::length_error is thrown.
+/// Lookup uses hashes, and makes no string for a literal key. Keys that an attacker chose to
+/// collide do not slow it down for long, whatever their kind: the table then changes to a secret
+/// hash of all their content (down to 512 levels of collections). Only objects whose class answers
+/// one hash for all of them are searched one after the other.
+///
+/// Nil as key or value throws NSException (NSInvalidArgumentException); beyond 2³⁰ entries
+/// std::length_error is thrown.
 class NSDictionary : public Value {
  public:
+  using value_type = DictionaryEntry;
+  using size_type = std::size_t;
+
   constexpr NSDictionary() noexcept = default;
   constexpr NSDictionary(std::nullptr_t) noexcept {}
   NSDictionary(std::initializer_list<DictionaryEntry> entries)
@@ -39,27 +46,31 @@ class NSDictionary : public Value {
   }
 
   std::size_t count() const noexcept { return isNil() ? 0 : table().count; }
+  std::size_t size() const noexcept { return count(); }
+  /// True of a nil dictionary, too.
+  [[nodiscard]] bool empty() const noexcept { return count() == 0; }
 
-  /// The value under the key, nil when there is none. Asked with a literal, an `NSString` or any
-  /// other value handle.
-  Value objectForKey(const StringKey& key) const noexcept { return valueOrNil(find(key)); }
-  template <std::derived_from<Value> Key>
-  Value objectForKey(const Key& key) const {
+  /// The value under the key; nil if there is none.
+  Value objectForKey(const DictionaryKey& key) const { return valueOrNil(find(key)); }
+  template <std::derived_from<NSString> Text>
+  Value objectForKey(const Text& key) const noexcept {
     return valueOrNil(find(key));
   }
-  Value operator[](const StringKey& key) const noexcept { return valueOrNil(find(key)); }
-  template <std::derived_from<Value> Key>
-  Value operator[](const Key& key) const {
+  Value operator[](const DictionaryKey& key) const { return valueOrNil(find(key)); }
+  template <std::derived_from<NSString> Text>
+  Value operator[](const Text& key) const noexcept {
     return valueOrNil(find(key));
   }
+  [[nodiscard]] bool contains(const DictionaryKey& key) const { return find(key) != nullptr; }
 
-  /// As `objectForKey`, but borrowed: the stored value itself, valid as long as the dictionary lives
-  /// and is not changed; null when there is none.
-  const Value* find(const StringKey& key) const noexcept;
-  template <std::derived_from<Value> Key>
-  const Value* find(const Key& key) const {
-    if constexpr (std::derived_from<Key, NSString>) return findString(key);
-    return findValue(key);
+  /// As `objectForKey`, but borrowed: the stored value, valid as long as the dictionary lives and
+  /// is not changed; null if there is none. Throws std::bad_alloc only for keys that are not texts
+  /// (see `Value::isEqual` and `Value::hash`).
+  const Value* find(const DictionaryKey& key) const;
+  /// The same for strings, whose key is then made inside the search, in registers.
+  template <std::derived_from<NSString> Text>
+  const Value* find(const Text& key) const noexcept {
+    return findString(key);
   }
 
   /// In insertion order, as are the enumerations.
@@ -99,7 +110,8 @@ class NSDictionary : public Value {
     const DictionaryEntry* end_ = nullptr;
   };
 
-  /// `for (const auto& [key, value] : dictionary)`. Borrowed; ends with the dictionary or its change.
+  /// `for (const auto& [key, value] : dictionary)`. Entries are borrowed: valid as long as the
+  /// dictionary lives and is not changed.
   Iterator begin() const noexcept {
     return isNil() ? Iterator() : Iterator(table().entries, table().entries + table().used);
   }
@@ -109,9 +121,9 @@ class NSDictionary : public Value {
     return Iterator(end, end);
   }
 
-  NSDictionary copy() const { return NSDictionary(Value::copy()); }
-  NSDictionary detachedCopy() const { return NSDictionary(Value::detachedCopy()); }
-  NSMutableDictionary mutableCopy() const;
+  [[nodiscard]] NSDictionary copy() const { return NSDictionary(Value::copy()); }
+  [[nodiscard]] NSDictionary detachedCopy() const { return NSDictionary(Value::detachedCopy()); }
+  [[nodiscard]] NSMutableDictionary mutableCopy() const;
 
  protected:
   explicit NSDictionary(detail::Storage* adopted) noexcept : Value(adoptStorage, adopted) {}
@@ -122,16 +134,18 @@ class NSDictionary : public Value {
  private:
   static Value valueOrNil(const Value* found) noexcept { return found ? *found : Value(); }
   const Value* findString(const NSString& key) const noexcept;
-  const Value* findValue(const Value& key) const;
 };
 
-/// Dictionary that changes in place. Handles share one dictionary; belongs to one thread at a time.
+/// Dictionary that changes in place. Handles share one dictionary, which belongs to one thread at a
+/// time.
 class NSMutableDictionary : public NSDictionary {
  public:
   /// An empty dictionary.
   NSMutableDictionary();
   constexpr NSMutableDictionary(std::nullptr_t) noexcept : NSDictionary(nullptr) {}
   NSMutableDictionary(std::initializer_list<DictionaryEntry> entries);
+  /// A new dictionary with the entries of `dictionary`; nil makes an empty one.
+  explicit NSMutableDictionary(const NSDictionary& dictionary);
   /// The shared mutable dictionary itself when the value is one, else nil.
   static NSMutableDictionary from(const Value& value) noexcept;
   /// An empty dictionary with room for `capacity` entries.
@@ -140,12 +154,13 @@ class NSMutableDictionary : public NSDictionary {
   /// Keys are copied, values shared. A nil key or object throws NSException
   /// (NSInvalidArgumentException). On a nil dictionary all of these do nothing.
   void setObject(Value object, const Value& key);
-  /// A bare number as key is mostly an object in the key's place; who means it says `Value(5)`.
+  /// Deleted, because a bare number as key is mostly an object in the key's place. Write `Value(5)`
+  /// for a number as key.
   template <class Number>
     requires std::is_arithmetic_v<Number>
   void setObject(Value object, Number key) = delete;
   void addEntriesFromDictionary(const NSDictionary& other);
-  /// Nothing for a key that is not there, or nil.
+  /// Does nothing for a key that is not there, or nil.
   void removeObjectForKey(const Value& key);
   void removeAllObjects();
 };

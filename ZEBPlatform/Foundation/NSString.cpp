@@ -81,7 +81,7 @@ void MutableStringStorage::contentsChanged() noexcept {
 
 namespace {
 
-/// Negative, 0 or positive: order by units, whatever their width. Narrow text is ASCII.
+/// The order by units as a negative number, 0 or a positive one. Narrow text is ASCII.
 template <class Left, class Right>
 int compareUnits(Left left, Right right) noexcept {
   if constexpr (std::same_as<Left, Right>) {
@@ -94,7 +94,7 @@ int compareUnits(Left left, Right right) noexcept {
   }
 }
 
-/// Calls `use` with the two strings' units where they are, as views of bytes or of 16-bit units.
+/// Calls `use` with the stored units of the two strings, as views of bytes or of 16-bit units.
 template <class Use>
 auto withUnits(const NSString& left, const NSString& right, const Use& use) noexcept {
   const auto withLeft = [&](auto units) {
@@ -105,23 +105,24 @@ auto withUnits(const NSString& left, const NSString& right, const Use& use) noex
 
 }  // namespace
 
-// Value's text constructors live with strings.
+// The text constructors of `Value` need the string storage.
 Value::Value(std::string_view utf8) : Value(adoptStorage, detail::newStringFromUTF8(utf8)) {}
 Value::Value(const char* utf8) : Value(utf8 ? Value(std::string_view(utf8)) : Value()) {}
 
 NSString StringKey::string() const {
-  if (!storage_) return utf8_ ? NSString(std::string_view(utf8_, length_)) : NSString();
-  auto* storage = const_cast<detail::StringStorage*>(storage_);
-  detail::retainStorage(storage);
-  return NSString(Value(Value::adoptStorage, storage));
+  if (isNil()) return nullptr;
+  if (!storage()) return NSString(std::string_view(utf8_, length_));
+  auto* own = const_cast<detail::StringStorage*>(storage());
+  detail::retainStorage(own);
+  return NSString(Value(Value::adoptStorage, own));
 }
 
 std::uint64_t StringKey::keyedHash() const noexcept {
-  return storage_ ? detail::keyedHash(*storage_) : detail::keyedHash({utf8_, length_});
+  return storage() ? detail::keyedHash(*storage()) : detail::keyedHash({utf8_, length_});
 }
 
 bool StringKey::matchesWide(const detail::StringStorage& candidate) const noexcept {
-  if (storage_) return detail::equalStrings(*storage_, candidate);
+  if (storage()) return detail::equalStrings(*storage(), candidate);
   const std::u16string_view units(candidate.units(), candidate.length);
   std::string_view rest(utf8_, length_);
   for (std::size_t index = 0; index < units.size();) {
@@ -228,7 +229,10 @@ NSString NSString::substringToIndex(std::size_t index) const {
 
 NSString NSString::stringByAppendingString(const NSString& other) const {
   if (isNil()) return nullptr;
-  return mutableCopy().appendString(other).copy();
+  if (isASCII() && (other.isNil() || other.isASCII())) {
+    return NSString(std::string(asciiView()).append(other.asciiView()));
+  }
+  return NSString(std::u16string_view(utf16() + other.utf16()));
 }
 
 NSArray NSString::componentsSeparatedByString(const NSString& separator) const {
@@ -279,7 +283,7 @@ void NSMutableString::replaceCharactersInRange(NSRange range, const NSString& re
   if (isNil()) return;
   if (range.location > length()) raiseRange(range.location, length());
   if (range.length > length() - range.location) raiseRange(range.location + range.length, length());
-  const NSString own = replacement.copy();  // which may be this very text
+  const NSString own = replacement.copy();  // the replacement may be this text itself
   detail::MutableStringStorage& text = contents();
   if (length() - range.length + replacement.length() > UINT32_MAX) {
     throw std::length_error("string too long");

@@ -24,8 +24,8 @@ enum NSComparisonResult : std::int64_t {
 /// Immutable text: a sequence of UTF-16 code units, which need not be well-formed (an unpaired
 /// surrogate is kept). All lengths, indexes and ranges count code units.
 ///
-/// Text whose units are all below 128 is stored as bytes, all other text as 16-bit units; `asciiView`
-/// and `utf16View` hand out the one that is there without copying.
+/// Text whose units are all below 128 is stored as bytes, all other text as 16-bit units;
+/// `asciiView` and `utf16View` give the stored form without copying.
 class NSString : public Value {
  public:
   constexpr NSString() noexcept = default;
@@ -42,27 +42,30 @@ class NSString : public Value {
   static NSString stringWithUTF8(std::string_view bytes);
 
   std::size_t length() const noexcept { return isNil() ? 0 : text().length; }
+  /// True of a nil string, too.
+  [[nodiscard]] bool empty() const noexcept { return length() == 0; }
   /// Throws NSRangeException past the end; on nil answers 0.
   char16_t characterAtIndex(std::size_t index) const;
 
-  /// A UTF-8 copy. Unpaired surrogates come as their three-byte form, which `NSString(…)` turns back, so
-  /// that nothing is lost.
+  /// A UTF-8 copy. Unpaired surrogates are written in their three-byte form, which `NSString(…)`
+  /// turns back into them, so that nothing is lost.
   std::string utf8() const;
+  explicit operator std::string() const { return utf8(); }
   std::u16string utf16() const;
 
-  /// The bytes themselves, valid as long as this string and not zero-terminated; empty when the
-  /// text is not stored as ASCII.
+  /// The stored bytes, valid as long as this string and not zero-terminated; empty if the text is
+  /// not stored as ASCII.
   std::string_view asciiView() const noexcept {
     return isNil() || text().isWide() ? std::string_view()
                                       : std::string_view(text().ascii(), text().length);
   }
-  /// The code units themselves, valid as long as this string; empty when the text is stored as ASCII.
+  /// The stored code units, valid as long as this string; empty if the text is stored as ASCII.
   std::u16string_view utf16View() const noexcept {
     return isNil() || !text().isWide() ? std::u16string_view()
                                        : std::u16string_view(text().units(), text().length);
   }
   bool isASCII() const noexcept { return !isNil() && !text().isWide(); }
-  /// Whether every surrogate has its partner: whether a strict UTF-8 form exists.
+  /// Whether every surrogate is paired, so that a strict UTF-8 form exists.
   bool isWellFormed() const noexcept;
 
   bool isEqualToString(const NSString& other) const noexcept { return isEqual(other); }
@@ -72,24 +75,29 @@ class NSString : public Value {
   bool hasPrefix(const NSString& prefix) const noexcept;
   bool hasSuffix(const NSString& suffix) const noexcept;
   bool containsString(const NSString& part) const noexcept;
-  /// The first place of `part`; {NSNotFound, 0} when there is none or either is nil or empty.
+  /// The first occurrence of `part`; {NSNotFound, 0} if there is none or either text is nil or
+  /// empty.
   NSRange rangeOfString(const NSString& part) const noexcept;
 
   /// Throws NSRangeException when the range reaches past the end; nil on nil.
-  NSString substringWithRange(NSRange range) const;
-  NSString substringFromIndex(std::size_t index) const;
-  NSString substringToIndex(std::size_t index) const;
-  NSString stringByAppendingString(const NSString& other) const;
-  /// The pieces between the separators; the whole text when there is none.
-  NSArray componentsSeparatedByString(const NSString& separator) const;
+  [[nodiscard]] NSString substringWithRange(NSRange range) const;
+  [[nodiscard]] NSString substringFromIndex(std::size_t index) const;
+  [[nodiscard]] NSString substringToIndex(std::size_t index) const;
+  [[nodiscard]] NSString stringByAppendingString(const NSString& other) const;
+  /// Concatenation, in which nil counts as empty. Either side may be any kind of text.
+  [[nodiscard]] friend NSString operator+(const NSString& left, const NSString& right) {
+    return (left.isNil() ? NSString("") : left).stringByAppendingString(right);
+  }
+  /// The pieces between the separators; the whole text if it contains no separator.
+  [[nodiscard]] NSArray componentsSeparatedByString(const NSString& separator) const;
 
   /// Formatted text; see Foundation/Format.h for the directives.
   template <class... Arguments>
   static NSString stringWithFormat(std::string_view format, const Arguments&... arguments);
 
-  NSString copy() const { return NSString(Value::copy()); }
-  NSString detachedCopy() const { return NSString(Value::detachedCopy()); }
-  NSMutableString mutableCopy() const;
+  [[nodiscard]] NSString copy() const { return NSString(Value::copy()); }
+  [[nodiscard]] NSString detachedCopy() const { return NSString(Value::detachedCopy()); }
+  [[nodiscard]] NSMutableString mutableCopy() const;
 
   friend std::strong_ordering operator<=>(const NSString& left, const NSString& right) noexcept {
     return static_cast<std::int64_t>(left.compare(right)) <=> 0;
@@ -104,7 +112,7 @@ class NSString : public Value {
   explicit NSString(detail::Storage* adopted) noexcept : Value(adoptStorage, adopted) {}
 };
 
-/// Text that changes in place. Handles share one text; belongs to one thread at a time.
+/// Text that changes in place. Handles share one text, which belongs to one thread at a time.
 class NSMutableString : public NSString {
  public:
   /// An empty text.
@@ -117,6 +125,7 @@ class NSMutableString : public NSString {
 
   /// Nil appends nothing.
   NSMutableString& appendString(const NSString& string);
+  NSMutableString& operator+=(const NSString& string) { return appendString(string); }
   NSMutableString& appendUTF8(std::string_view utf8);
   template <class... Arguments>
   NSMutableString& appendFormat(std::string_view format, const Arguments&... arguments);
@@ -131,18 +140,22 @@ class NSMutableString : public NSString {
   }
 };
 
-inline StringKey::StringKey(const NSString& string) noexcept {
-  if (string.isNil()) return;
-  storage_ = &string.text();
-  if (!storage_->isWide()) {
-    utf8_ = storage_->ascii();
-    length_ = storage_->length;
+inline StringKey::StringKey(const detail::StringStorage& text) noexcept : source_(&text) {
+  if (!text.isWide()) {
+    utf8_ = text.ascii();
+    length_ = text.length;
   }
-  hash_ = detail::hashOfString(*storage_);
+  hash_ = detail::hashOfString(text);
 }
 
+inline StringKey StringKey::textOf(const Value& value) noexcept {
+  return value.isString() ? StringKey(*value.storageAs<detail::StringStorage>()) : StringKey();
+}
+
+inline StringKey::StringKey(const NSString& string) noexcept : StringKey(textOf(string)) {}
+
 inline bool StringKey::matches(const detail::StringStorage& candidate) const noexcept {
-  if (&candidate == storage_) return true;
+  if (&candidate == source_) return true;
   if (candidate.isWide() || !utf8_) return matchesWide(candidate);
   return candidate.length == length_ && detail::equalBytes(candidate.ascii(), utf8_, length_);
 }

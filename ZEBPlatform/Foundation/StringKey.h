@@ -2,23 +2,28 @@
 
 #include <ZEBPlatform/Foundation/detail/StringHash.h>
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace zeb {
 
 class NSString;
+class Value;
 
 namespace detail {
 struct StringStorage;
 }
 
-/// What dictionaries are asked with: a string whose hash is known, seen but not owned.
+/// A text whose hash is known, borrowed for the duration of one call: the name of a property, of an
+/// archive's field, or a dictionary's key (see `DictionaryKey`).
 ///
-/// A literal converts by itself and is hashed at compile time, so `dictionary.find("name")` makes no
-/// string; an `NSString` brings the hash that it keeps. A nil string is a key that is never found.
-/// Lives only as long as the call it is passed to.
+/// Converts from every kind of text. A literal is hashed at compile time, so that looking it up
+/// makes no string; an `NSString` brings the hash that it keeps; other text is hashed on the spot.
+/// C++ text is UTF-8; malformed UTF-8 equals no stored string. A nil string or null pointer makes a
+/// nil key, which is never found.
 class StringKey {
  public:
   template <std::size_t Size>
@@ -29,13 +34,23 @@ class StringKey {
 
   StringKey(const NSString& string) noexcept;
 
-  /// UTF-8 that is not a literal, hashed now.
-  explicit StringKey(std::string_view utf8) noexcept
+  StringKey(std::string_view utf8) noexcept
       : utf8_(utf8.data() ? utf8.data() : ""),
         length_(static_cast<std::uint32_t>(utf8.size())),
         hash_(detail::hashOfUTF8(utf8_, utf8.size())) {}
+  StringKey(const std::string& utf8) noexcept : StringKey(std::string_view(utf8)) {}
+  /// A template, so that literals prefer the constructor that runs at compile time.
+  template <class Pointer>
+    requires std::same_as<Pointer, const char*> || std::same_as<Pointer, char*>
+  StringKey(Pointer utf8) noexcept {
+    if (utf8) *this = StringKey(std::string_view(utf8));
+  }
+  /// The text in a buffer ends at the first zero, as that of a pointer does.
+  template <std::size_t Size>
+  StringKey(char (&buffer)[Size]) noexcept : StringKey(static_cast<const char*>(buffer)) {}
 
-  bool isNil() const noexcept { return !utf8_ && !storage_; }
+  bool isNil() const noexcept { return hash_ == 0; }
+  /// 0 for a nil key and for no other.
   std::uint32_t hash() const noexcept { return hash_; }
   /// Under the process's secret key (see KeyedHash.h).
   std::uint64_t keyedHash() const noexcept;
@@ -47,21 +62,33 @@ class StringKey {
   /// The same text as an owned string.
   NSString string() const;
 
-  /// Whether a stored string is this text.
+  /// Whether a stored string is this text. The key must not be nil.
   inline bool matches(const detail::StringStorage& candidate) const noexcept;
 
+ protected:
+  /// A nil key.
+  constexpr StringKey() noexcept = default;
+  inline explicit StringKey(const detail::StringStorage& text) noexcept;
+  /// The key of a string value; nil for a value of another kind.
+  static inline StringKey textOf(const Value& value) noexcept;
+
+  const char* utf8_ = nullptr;  ///< null for a string of 16-bit units and without a text
+  /// The `StringStorage` of the `NSString` that the key came from; the `Value` of a `DictionaryKey`
+  /// whose hash is 0; otherwise null.
+  const void* source_ = nullptr;
+  std::uint32_t length_ = 0;  ///< of `utf8_`, in bytes
+  std::uint32_t hash_ = 0;
+
  private:
-  /// Without the zeros that an array may be longer by than its text.
+  const detail::StringStorage* storage() const noexcept {
+    return static_cast<const detail::StringStorage*>(source_);
+  }
+  /// The length without the zeros that fill an array longer than its text.
   static consteval std::size_t lengthWithoutPadding(const char* text, std::size_t size) noexcept {
     while (size > 0 && text[size - 1] == 0) --size;
     return size;
   }
   [[gnu::cold]] bool matchesWide(const detail::StringStorage& candidate) const noexcept;
-
-  const char* utf8_ = nullptr;                      ///< null for a string of 16-bit units
-  const detail::StringStorage* storage_ = nullptr;  ///< set when it came from an `NSString`
-  std::uint32_t length_ = 0;                        ///< of `utf8_`, in bytes
-  std::uint32_t hash_ = 0;
 };
 
 }  // namespace zeb

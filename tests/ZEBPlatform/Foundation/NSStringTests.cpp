@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 
-#include "Support/Support.h"
 #include "NoMemory.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 
@@ -105,13 +105,15 @@ TEST(NSString, CutsAndJoins) {
     EXPECT_TRUE(text.substringFromIndex(6) == "6789" && text.substringToIndex(3).isASCII());
     EXPECT_EQ(text.substringToIndex(5).stringByAppendingString(text.substringFromIndex(5)), text);
     for (const NSRange range : {NSRange{11, 0}, {10, 1}, {0, 11}, {5, SIZE_MAX}, {SIZE_MAX, 1}}) {
-      EXPECT_EQ(raisedName([&] { text.substringWithRange(range); }), NSRangeException);
+      EXPECT_EQ(raisedName([&] { (void)text.substringWithRange(range); }), NSRangeException);
       NSMutableString copy(text);
       EXPECT_EQ(raisedName([&] { copy.deleteCharactersInRange(range); }), NSRangeException);
     }
-    EXPECT_EQ(raisedName([&] { text.substringFromIndex(11); }), NSRangeException);
+    EXPECT_EQ(raisedName([&] { (void)text.substringFromIndex(11); }), NSRangeException);
     EXPECT_EQ(raisedName([&] { text.characterAtIndex(10); }), NSRangeException);
   }
+  EXPECT_TRUE("a"_ns + "b" + std::string("c") == "abc" && "x" + NSString() + "y"_ns == "xy");
+  EXPECT_TRUE("\xC3\xA9" + "a"_ns == "\xC3\xA9\x61" && (NSString() + NSString()) == "");
   const NSArray pieces{"", "a", "", "\xC3\xA9", ""};
   EXPECT_EQ(pieces.componentsJoinedByString("::"), "::a::::\xC3\xA9::");
   EXPECT_EQ("::a::::\xC3\xA9::"_ns.componentsSeparatedByString("::"), pieces);
@@ -130,7 +132,7 @@ TEST(NSMutableString, ChangesInPlace) {
   EXPECT_EQ(handle.length(), 26u);
   text.setString("ascii");
   EXPECT_TRUE(handle == "ascii" && handle.copy().isASCII());
-  text.appendString(text).deleteCharactersInRange({0, 5});
+  (text += text).deleteCharactersInRange({0, 5});
   EXPECT_EQ(text.hash(), NSString("ascii").hash()) << "the hash follows the content";
 }
 
