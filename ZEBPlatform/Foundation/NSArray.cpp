@@ -114,7 +114,7 @@ void NSMutableArray::grow(std::size_t capacity) {
   if (capacity <= array.capacity) return;
   capacity = detail::grownCapacity(array.capacity, capacity);
   Value* values = allocateValues(capacity);
-  // Values are moved by their bytes: nothing points at them, and the old room is freed unread.
+  // Values are moved by their bytes: no pointers to them exist, and the old memory is freed unread.
   if (array.count) {
     std::memcpy(static_cast<void*>(values), static_cast<const void*>(array.buffer),
                 array.count * sizeof(Value));

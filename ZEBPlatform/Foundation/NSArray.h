@@ -3,8 +3,11 @@
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/Value.h>
 
+#include <concepts>
 #include <initializer_list>
 #include <span>
+#include <utility>
+#include <vector>
 
 namespace zeb {
 
@@ -12,14 +15,27 @@ class NSMutableArray;
 
 /// Immutable ordered collection of non-nil values.
 ///
-/// `NSArray{a, b}` lists elements; mind that `NSArray{other}` therefore makes an array that holds
-/// `other`, and `NSArray(other)` copies the handle. `NSArray{}` is nil; `NSArray::array()` is empty. Nil as an element throws NSException
-/// (NSInvalidArgumentException). Beyond 2³⁰ elements std::length_error is thrown.
+/// `NSArray{a, b}` lists elements. A single array in braces is copied, as in parentheses:
+/// `NSArray{other}` is `other`. `NSArray{Value(other)}` nests it. `NSArray{}` is nil;
+/// `NSArray::array()` is empty.
+///
+/// Nil as an element throws NSException (NSInvalidArgumentException). Beyond 2³⁰ elements
+/// std::length_error is thrown.
 class NSArray : public Value {
  public:
+  using value_type = Value;
+  using size_type = std::size_t;
+  using const_iterator = const Value*;
+
   constexpr NSArray() noexcept = default;
   constexpr NSArray(std::nullptr_t) noexcept {}
   NSArray(std::initializer_list<Value> elements) : NSArray(arrayWithObjects(elements)) {}
+  /// Arrays in braces: a single one is copied, several are the elements.
+  template <std::derived_from<NSArray> Array>
+  NSArray(std::initializer_list<Array> arrays)
+      : NSArray(arrays.size() == 1
+                    ? NSArray(*arrays.begin())
+                    : arrayWithObjects(std::vector<Value>(arrays.begin(), arrays.end()))) {}
   /// The value when it is an array, else nil.
   template <detail::ValueBeside<NSArray> Source>
   explicit NSArray(const Source& value) noexcept : Value(value.isArray() ? value : Value()) {}
@@ -31,6 +47,9 @@ class NSArray : public Value {
   }
 
   std::size_t count() const noexcept { return isNil() ? 0 : array_().count; }
+  std::size_t size() const noexcept { return count(); }
+  /// True of a nil array, too.
+  [[nodiscard]] bool empty() const noexcept { return count() == 0; }
 
   /// Throws NSException (NSRangeException) at or past the end; nil on nil.
   Value objectAtIndex(std::size_t index) const;
@@ -38,35 +57,45 @@ class NSArray : public Value {
   Value firstObject() const { return count() ? *begin() : Value(); }
   Value lastObject() const { return count() ? end()[-1] : Value(); }
   bool containsObject(const Value& object) const;
+  [[nodiscard]] bool contains(const Value& object) const { return containsObject(object); }
   /// The first equal element's index, or NSNotFound.
   std::size_t indexOfObject(const Value& object) const;
 
-  /// The elements themselves, valid as long as the array lives and is not changed.
+  /// The stored elements, valid as long as the array lives and is not changed.
   const Value* begin() const noexcept { return isNil() ? nullptr : array_().values(); }
   const Value* end() const noexcept {
     return isNil() ? nullptr : array_().values() + array_().count;
   }
 
-  NSArray arrayByAddingObject(const Value& object) const;
+  [[nodiscard]] NSArray arrayByAddingObject(const Value& object) const;
   /// The elements' descriptions with `separator` between them.
   NSString componentsJoinedByString(const NSString& separator) const;
 
-  NSArray copy() const { return NSArray(Value::copy()); }
-  NSArray detachedCopy() const { return NSArray(Value::detachedCopy()); }
-  NSMutableArray mutableCopy() const;
+  [[nodiscard]] NSArray copy() const { return NSArray(Value::copy()); }
+  [[nodiscard]] NSArray detachedCopy() const { return NSArray(Value::detachedCopy()); }
+  [[nodiscard]] NSMutableArray mutableCopy() const;
 
  protected:
   explicit NSArray(detail::Storage* adopted) noexcept : Value(adoptStorage, adopted) {}
   detail::ArrayStorage& array_() const noexcept { return *storageAs<detail::ArrayStorage>(); }
 };
 
-/// Array that changes in place. Handles share one array; belongs to one thread at a time.
+/// Array that changes in place. Handles share one array, which belongs to one thread at a time.
+///
+/// `NSMutableArray{a, b}` lists the elements of a new array. A single mutable array in braces or
+/// parentheses is copied as a handle; a single immutable one gives a new array with its elements.
 class NSMutableArray : public NSArray {
  public:
   /// An empty array.
   NSMutableArray();
   constexpr NSMutableArray(std::nullptr_t) noexcept : NSArray(nullptr) {}
   NSMutableArray(std::initializer_list<Value> elements);
+  template <std::derived_from<NSArray> Array>
+  NSMutableArray(std::initializer_list<Array> arrays)
+      : NSMutableArray(arrays.size() == 1 ? NSMutableArray(*arrays.begin())
+                                          : NSMutableArray(NSArray(arrays))) {}
+  /// A new array with the elements of `array`; nil makes an empty one.
+  explicit NSMutableArray(const NSArray& array) : NSMutableArray() { addObjectsFromArray(array); }
   /// The shared mutable array itself when the value is one, else nil.
   static NSMutableArray from(const Value& value) noexcept;
   /// An empty array with room for `capacity` elements.
@@ -75,6 +104,7 @@ class NSMutableArray : public NSArray {
   /// A nil object throws NSException (NSInvalidArgumentException); an index past the end throws
   /// NSRangeException. On a nil array all of these do nothing.
   void addObject(Value object);
+  void push_back(Value object) { addObject(std::move(object)); }
   void addObjectsFromArray(const NSArray& other);
   void insertObject(Value object, std::size_t index);
   void replaceObjectAtIndex(std::size_t index, Value object);

@@ -6,13 +6,29 @@
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 
+#include <concepts>
 #include <cstddef>
+#include <ranges>
 #include <span>
 #include <string_view>
+#include <type_traits>
 
 namespace zeb {
 
 class NSMutableData;
+
+namespace detail {
+
+/// Contiguous elements of one byte that are neither `std::byte` nor a text.
+template <class Range>
+concept ByteRange =
+    std::ranges::contiguous_range<const Range&> && std::ranges::sized_range<const Range&> &&
+    sizeof(std::ranges::range_value_t<Range>) == 1 &&
+    std::is_trivially_copyable_v<std::ranges::range_value_t<Range>> &&
+    !std::convertible_to<const Range&, std::span<const std::byte>> &&
+    !std::convertible_to<const Range&, std::string_view>;
+
+}  // namespace detail
 
 /// Immutable bytes, in one range or several: joining data shares the parts instead of copying them.
 class NSData : public Value {
@@ -24,48 +40,57 @@ class NSData : public Value {
   explicit NSData(const Source& value) noexcept : Value(value.isData() ? value : Value()) {}
 
   static NSData data() { return dataWithBytes(std::span<const std::byte>()); }
-  /// Copies the bytes.
+  /// Copies the bytes. The terminating zero of a text literal is not part of them.
   static NSData dataWithBytes(std::span<const std::byte> bytes);
   static NSData dataWithBytes(std::string_view bytes) {
     return dataWithBytes(std::as_bytes(std::span(bytes)));
   }
-  /// Uses foreign bytes where they are; `release` is called once, when the last handle is gone.
+  /// Copies any other contiguous bytes, such as a `std::vector<unsigned char>`.
+  template <detail::ByteRange Bytes>
+  static NSData dataWithBytes(const Bytes& bytes) {
+    return dataWithBytes(std::as_bytes(std::span(bytes)));
+  }
+  /// Refers to foreign bytes in place; `release` is called once, after the last handle is gone.
   static NSData dataWithBytesNoCopy(std::span<const std::byte> bytes, Block<void()> release);
-  /// The parts one after the other, shared. Nil and empty parts count nothing.
+  /// The parts one after the other, shared. Nil and empty parts add nothing.
   static NSData dataByJoining(std::span<const NSData> parts);
   /// Nil when `text` is nil or not canonical base64 (RFC 4648, section 4, with padding and without
   /// line breaks).
   static NSData dataWithBase64EncodedString(const NSString& text);
 
   std::size_t length() const noexcept;
+  std::size_t size() const noexcept { return length(); }
   bool isEmpty() const noexcept { return length() == 0; }
+  /// True of nil data, too.
+  [[nodiscard]] bool empty() const noexcept { return isEmpty(); }
 
-  /// All bytes as one range, valid as long as the data lives and is not changed. Data of several
-  /// ranges is joined by the first call, which costs a copy, and keeps the joined copy. Any thread.
+  /// All bytes as one range, valid as long as the data lives and is not changed. For data of
+  /// several ranges the first call joins them, which costs a copy, and keeps the joined copy. Any
+  /// thread.
   std::span<const std::byte> bytes() const;
   /// As `bytes`, for text and parsers.
   std::string_view view() const;
 
-  /// Calls `visit` with each range of bytes and its place in the whole, until it answers false.
+  /// Calls `visit` with each range of bytes and its place in the whole until it answers false.
   /// Never copies.
   void enumerateByteRanges(
       FunctionView<bool(std::span<const std::byte> bytes, NSRange range)> visit) const;
 
   /// Throws NSException (NSRangeException) when the range reaches past the end.
-  NSData subdataWithRange(NSRange range) const;
+  [[nodiscard]] NSData subdataWithRange(NSRange range) const;
 
   /// RFC 4648, section 4: with padding, without line breaks. Nil on nil.
   NSString base64EncodedString() const;
 
-  NSData copy() const { return NSData(Value::copy()); }
-  NSData detachedCopy() const { return NSData(Value::detachedCopy()); }
-  NSMutableData mutableCopy() const;
+  [[nodiscard]] NSData copy() const { return NSData(Value::copy()); }
+  [[nodiscard]] NSData detachedCopy() const { return NSData(Value::detachedCopy()); }
+  [[nodiscard]] NSMutableData mutableCopy() const;
 
  protected:
   explicit NSData(detail::Storage* adopted) noexcept : Value(adoptStorage, adopted) {}
 };
 
-/// Bytes that change in place. Handles share them; belongs to one thread at a time.
+/// Bytes that change in place. Handles share them; they belong to one thread at a time.
 class NSMutableData : public NSData {
  public:
   /// No bytes.
@@ -76,6 +101,11 @@ class NSMutableData : public NSData {
 
   /// On a nil data these do nothing.
   void appendBytes(std::span<const std::byte> bytes);
+  void appendBytes(std::string_view bytes) { appendBytes(std::as_bytes(std::span(bytes))); }
+  template <detail::ByteRange Bytes>
+  void appendBytes(const Bytes& bytes) {
+    appendBytes(std::as_bytes(std::span(bytes)));
+  }
   void appendData(const NSData& other);
   /// New bytes are zero.
   void setLength(std::size_t length);

@@ -27,7 +27,7 @@ class NSDate : public Value {
             std::chrono::duration<double>(moment.time_since_epoch()).count())) {}
 
   static NSDate date() noexcept;
-  /// A moment centuries before or after all others, to mean "at once" or "never".
+  /// A moment centuries before or after all others, which means "at once" or "never".
   static NSDate distantPast() noexcept;
   static NSDate distantFuture() noexcept;
   static NSDate dateWithTimeIntervalSinceReferenceDate(NSTimeInterval seconds) noexcept;
@@ -37,9 +37,9 @@ class NSDate : public Value {
   NSTimeInterval timeIntervalSinceReferenceDate() const noexcept;
   NSTimeInterval timeIntervalSince1970() const noexcept;
   NSTimeInterval timeIntervalSinceDate(const NSDate& earlier) const noexcept;
-  NSDate dateByAddingTimeInterval(NSTimeInterval seconds) const noexcept;
+  [[nodiscard]] NSDate dateByAddingTimeInterval(NSTimeInterval seconds) const noexcept;
 
-  /// Cut to the clock's resolution; the ends of its range for what lies beyond.
+  /// Truncated to the resolution of the clock; the nearest end of its range for moments beyond it.
   SystemClock::time_point timePoint() const noexcept;
 
   friend std::partial_ordering operator<=>(const NSDate& left, const NSDate& right) noexcept {

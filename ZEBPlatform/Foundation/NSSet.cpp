@@ -25,11 +25,7 @@ NSArray NSSet::allObjects() const {
 }
 
 NSMutableSet NSSet::mutableCopy() const {
-  NSMutableSet result(nullptr);
-  if (isNil()) return result;
-  result = NSMutableSet();
-  for (const Value& member : *this) result.addObject(member);
-  return result;
+  return isNil() ? NSMutableSet(nullptr) : NSMutableSet(*this);
 }
 
 NSMutableSet::NSMutableSet()
@@ -37,6 +33,10 @@ NSMutableSet::NSMutableSet()
 
 NSMutableSet::NSMutableSet(std::initializer_list<Value> members) : NSMutableSet() {
   for (const Value& member : members) addObject(member);
+}
+
+NSMutableSet::NSMutableSet(const NSSet& set) : NSMutableSet() {
+  for (const Value& member : set) addObject(member);
 }
 
 NSMutableSet NSMutableSet::from(const Value& value) noexcept {

@@ -17,18 +17,20 @@ namespace zeb {
 class NSString;
 
 /// One value of the dynamically typed family that JSON, property lists and archives are made of:
-/// string, number, array, dictionary, set, data, date, URL, the null marker, any `NSObject`, or nil.
+/// string, number, array, dictionary, set, data, date, URL, the null marker, any `NSObject`, or
+/// nil.
 ///
-/// Freeing a tree takes no memory and does not recurse, however large and deep it is.
+/// A value has 16 bytes and is cheap to copy: numbers, dates and null lie inside, everything else
+/// is shared and counts its references. `NSString`, `NSNumber`, `NSArray`, `NSDictionary` and the
+/// others are this same class with the operations of one kind; such a handle made from a value of
+/// another kind is nil.
 ///
-/// 16 bytes, cheap to copy: numbers, dates and null lie inside, everything else is shared by counted
-/// reference. `NSString`, `NSNumber`, `NSArray`, `NSDictionary` and the others are this same class
-/// with one kind's operations; such a handle made from a value of another kind is nil.
+/// Nil is neither null (the marker) nor empty. Every query on nil answers false, zero or nil, and
+/// `if (value)` asks whether the value is there, not whether it is true.
 ///
-/// Nil is not null (the marker) and not empty. Every query on nil answers false, zero or nil.
-///
-/// Immutable values may be used from any number of threads. A mutable one belongs to one thread at a
-/// time. One `Value` object must not be assigned on one thread while another reads it.
+/// Immutable values may be used from any number of threads. A mutable one belongs to one thread at
+/// a time. One `Value` object must not be assigned on one thread while another reads it. Freeing a
+/// tree takes no memory and does not recurse, however large and deep it is.
 class Value {
  public:
   using Kind = ValueKind;
@@ -51,8 +53,8 @@ class Value {
   Value(float number) noexcept;
   Value(double number) noexcept;
 
-  /// UTF-8 text; malformed sequences become U+FFFD, but for the three-byte forms of surrogates, which become
-  /// these. A null pointer makes nil.
+  /// UTF-8 text. Malformed sequences become U+FFFD, except that the three-byte forms of surrogates
+  /// become these surrogates. A null pointer makes nil.
   Value(const char* utf8);
   Value(std::string_view utf8);
   Value(const std::string& utf8) : Value(std::string_view(utf8)) {}
@@ -69,7 +71,7 @@ class Value {
   ~Value() {
     if (isCounted()) releasePayload();
   }
-  // Not of temporaries: `dictionary["key"] = 1` would change nothing.
+  // Only variables can be assigned to: `dictionary["key"] = 1` would change nothing.
   Value& operator=(const Value& other) & noexcept {
     Value copy(other);
     swap(copy);
@@ -105,14 +107,14 @@ class Value {
     return isCounted() && kind() != Kind::Object && storage()->isMutable();
   }
 
-  /// Strings and numbers answer the six numeric readings; nothing else does.
+  /// True of strings and numbers, which alone answer the six numeric readings.
   bool respondsToNumericReadings() const noexcept { return isString() || isNumber(); }
 
-  /// The numeric readings; 0 or false for whatever does not respond to them. A string is read by its
-  /// leading number: white space, sign, decimal digits; integers saturate at the result's limits.
-  /// `boolValue` of a string is true for a leading Y, y, T, t or, after sign and zeros, a digit 1-9.
-  /// Numbers convert as in C where that is defined: integers wrap to the narrower width, and doubles
-  /// saturate (not a number reads as 0).
+  /// The numeric readings; 0 or false for values that do not respond to them. A string is read by
+  /// its leading number: white space, sign, decimal digits; integers saturate at the limits of the
+  /// result. `boolValue` of a string is true for a leading Y, y, T, t or, after sign and zeros, a
+  /// digit 1-9. Numbers convert as in C where that is defined: integers wrap to the narrower width,
+  /// and doubles saturate (not-a-number reads as 0).
   bool boolValue() const noexcept;
   std::int32_t intValue() const noexcept;
   std::int64_t integerValue() const noexcept { return longLongValue(); }
@@ -124,11 +126,12 @@ class Value {
   double doubleValue() const noexcept;
 
   /// Equality of content: numbers across type codes, strings by units, collections by elements,
-  /// objects by their own `isEqual`. Works to any nesting depth without recursion, except that
-  /// collections used as dictionary keys or set members are looked into 64 levels deep and count as
-  /// different below. Nil is equal to nothing, not even to nil. Takes memory only for collections that
-  /// are nested more than 32 levels deep, and to join data of several ranges; throws std::bad_alloc when
-  /// there is none.
+  /// objects by their own `isEqual`. Nil is equal to nothing, not even to nil.
+  ///
+  /// Works to any nesting depth without recursion. Collections used as dictionary keys or set
+  /// members are compared 64 levels deep and count as different below. Takes memory only for
+  /// collections that are nested more than 32 levels deep, and to join data of several ranges;
+  /// throws std::bad_alloc if there is none.
   bool isEqual(const Value& other) const;
 
   /// The same shared value; for inline kinds, the same kind and bits. Nil is identical to nil.
@@ -140,25 +143,28 @@ class Value {
   }
 
   /// Equal values have equal hashes. Covers the content of collections down to four levels, the two
-  /// ends of data of more than 128 bytes, and what an object says of itself. Quick and, objects
-  /// excepted, the same in every process, so that whoever chooses the values can make them collide: the
-  /// tables of this library notice that and change to the secret hash that `std::hash<Value>` gives.
-  /// Throws std::bad_alloc when data of several ranges can't be joined.
+  /// ends of data of more than 128 bytes, and the hash that an object computes itself.
+  ///
+  /// Fast and, objects excepted, the same in every process. An attacker who chooses the values can
+  /// therefore make them collide; the tables of this library detect that and change to the secret
+  /// hash that `std::hash<Value>` gives. Throws std::bad_alloc if data of several ranges cannot be
+  /// joined.
   std::size_t hash() const;
 
   /// An immutable value with this content: an immutable value itself, a mutable one's snapshot (its
   /// elements are shared).
-  Value copy() const;
+  [[nodiscard]] Value copy() const;
 
   /// A new mutable value with this content for strings, arrays, dictionaries, sets and data; other
   /// kinds are answered as they are. Elements are shared.
-  Value mutableCopy() const;
+  [[nodiscard]] Value mutableCopy() const;
 
-  /// An equal tree that owns all its memory (but for collections that serve as dictionary keys within
-  /// each other more than 64 levels deep). Values read from one JSON document share the document's
-  /// memory, so that one kept string keeps all of it: detach what outlives the rest. Mutable
-  /// collections become immutable; objects are shared. Throws std::bad_alloc without memory for the copy.
-  Value detachedCopy() const;
+  /// An equal tree that owns all its memory. Values read from one JSON document share the memory of
+  /// the document, so one kept string keeps all of it: detach the values that outlive the rest.
+  /// Mutable collections become immutable; objects are shared; collections that are dictionary keys
+  /// within each other are detached 64 levels deep. Throws std::bad_alloc if there is no memory for
+  /// the copy.
+  [[nodiscard]] Value detachedCopy() const;
 
   /// The object of an object value when its class is `T` or derived from it, else nil.
   template <std::derived_from<NSObject> T = NSObject>
@@ -166,11 +172,12 @@ class Value {
     return Ref<T>(dynamic_cast<T*>(objectPointer()));
   }
 
-  /// Text for people and logs, as "%@" prints it: strings bare, collections over several lines with
-  /// four spaces a level (up to 32), nil as "(null)". Nesting is printed 512 levels deep, below that as "…".
+  /// Text for people and logs, as "%@" prints it: strings without quotes, collections over several
+  /// lines with four spaces a level (up to 32 levels), nil as "(null)". Nesting is printed 512
+  /// levels deep, then as "…".
   NSString description() const;
 
-  // What the modules of the library build values with. ----------------------------------------------
+  // For the other modules of the library, which build values with the following.
 
   enum AdoptObject { adoptObject };
   Value(AdoptObject, NSObject* object) noexcept
@@ -183,7 +190,7 @@ class Value {
       : head_(static_cast<std::uint64_t>(storage->kind)),
         payload_(reinterpret_cast<std::uint64_t>(storage)) {}
 
-  /// Raw words of a value whose reference, if any, is taken over.
+  /// Raw words of a value, whose reference (if it has one) is taken over.
   enum AdoptWords { adoptWords };
   constexpr Value(AdoptWords, std::uint64_t head, std::uint64_t payload) noexcept
       : head_(head), payload_(payload) {}
@@ -192,7 +199,7 @@ class Value {
     return static_cast<std::uint64_t>(kind) | std::uint64_t{static_cast<unsigned char>(typeCode)}
                                                   << 8;
   }
-  /// Of a key in a dictionary, where no type code takes part.
+  /// The head of a key in a dictionary, which has its hash and no type code.
   static constexpr std::uint64_t headOfKey(Kind kind, std::uint32_t hash) noexcept {
     return static_cast<std::uint64_t>(kind) | std::uint64_t{hash} << 32;
   }
@@ -211,7 +218,8 @@ class Value {
     return isObject() ? reinterpret_cast<NSObject*>(payload_) : nullptr;
   }
 
-  /// Whether this is the only reference to what it names, so that it may be taken apart.
+  /// Whether this value is the only reference to its content, so that the content may be taken
+  /// apart.
   bool isUniquelyReferenced() const noexcept {
     if (isObject()) return objectPointer()->isUniquelyReferenced();
     return isCounted() && !(storage()->flags & detail::StorageInArena) &&
@@ -235,7 +243,7 @@ class Value {
     return std::is_signed_v<Integer> ? codes[width] : static_cast<char>(codes[width] - 'a' + 'A');
   }
 
-  /// The 64-bit reading of what is no integer.
+  /// The 64-bit reading of values that are not integers.
   std::int64_t convertedInteger() const noexcept;
 
   void retainPayload() const noexcept {
@@ -253,8 +261,8 @@ class Value {
     }
   }
 
-  // Two whole words, written at once: kind in the lowest byte, a number's type code in the next, a
-  // dictionary key's hash in the upper half.
+  // Two words, each written at once: the kind in the lowest byte, the type code of a number in the
+  // next, the hash of a dictionary key in the upper half.
   std::uint64_t head_ = 0;
   std::uint64_t payload_ = 0;
 };
@@ -263,13 +271,14 @@ static_assert(sizeof(Value) == 16);
 
 namespace detail {
 
-/// What a handle's kind can be asked of: a value or a handle of another kind. Not what would become a
-/// value first, whose kind is known: `NSString(5)` would always be nil.
+/// A value or a handle of another kind, from which a handle of this kind can be made. Types that
+/// only convert to a value are excluded because their kind is known: `NSString(5)` would always be
+/// nil.
 template <class Source, class Handle>
 concept ValueBeside = std::derived_from<Source, Value> && !std::derived_from<Source, Handle>;
 
-/// A hash of all content, 512 levels deep, under a secret key of the process: see KeyedHash.h. For an
-/// object it is derived from the object's own hash.
+/// A hash of all content, 512 levels deep, under a secret key of the process (see KeyedHash.h). For
+/// an object it is derived from the hash that the object computes itself.
 std::uint64_t keyedHashOf(const Value& value);
 
 }  // namespace detail
@@ -279,8 +288,8 @@ std::ostream& operator<<(std::ostream& stream, const Value& value);
 
 }  // namespace zeb
 
-/// Of all values and handles. Hashes all content under a key that differs from process to process, so
-/// that nobody outside can choose values that collide in a standard container.
+/// The hash of all values and handles. Covers all content under a key that differs from process to
+/// process, so that an attacker cannot choose values that collide in a standard container.
 template <std::derived_from<zeb::Value> Handle>
 struct std::hash<Handle> {
   std::size_t operator()(const Handle& value) const { return zeb::detail::keyedHashOf(value); }

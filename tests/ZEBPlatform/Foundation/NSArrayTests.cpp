@@ -1,10 +1,18 @@
 #include <ZEBPlatform/Foundation/CollectionLimitPrivate.h>
-#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/detail/HashTable.h>
+
+#include <iterator>
+#include <ranges>
 
 #include "Support/Support.h"
 
 namespace zeb::test {
+
+// Collections are containers for algorithms and ranges.
+static_assert(std::ranges::contiguous_range<NSArray> && std::ranges::sized_range<NSArray>);
+static_assert(std::ranges::forward_range<NSDictionary> && std::ranges::sized_range<NSDictionary> &&
+              std::ranges::forward_range<NSSet> && std::ranges::sized_range<NSSet>);
 
 TEST(NSArray, HoldsElementsInOrder) {
   const NSArray array{"a", 2, NSArray{3}, 2.0};
@@ -12,7 +20,13 @@ TEST(NSArray, HoldsElementsInOrder) {
   EXPECT_TRUE(array.lastObject() == 2 && array.end()[-2] == NSArray{3});
   EXPECT_TRUE(array.indexOfObject(2u) == 1 && array.containsObject(NSArray{3}));
   EXPECT_TRUE(array.indexOfObject("b") == NSNotFound && array.indexOfObject(nullptr) == NSNotFound);
-  EXPECT_TRUE(NSArray{array}.count() == 1 && NSArray(array).isIdenticalTo(array));
+  NSMutableArray copied{array};
+  std::copy(array.begin(), array.end(), std::back_inserter(copied));
+  EXPECT_TRUE(array.count() == 4 && copied.size() == 8 && copied.contains(NSArray{3}));
+  EXPECT_TRUE(NSArray{array}.isIdenticalTo(array) && NSArray{copied}.isIdenticalTo(copied));
+  EXPECT_TRUE(NSMutableArray{copied}.isIdenticalTo(copied) && (NSSet{NSSet{1, 2}}.size() == 2));
+  EXPECT_TRUE(NSArray{Value(array)}[0] == array && (NSArray{array, array}[1] == array));
+  EXPECT_TRUE(NSMutableSet{NSSet{1}}.contains(1) && NSArray().empty() && !array.empty());
   EXPECT_TRUE(array.arrayByAddingObject("x").count() == 5 && array.count() == 4);
   EXPECT_FALSE(array.isEqual(NSArray{"a", 2, NSArray{4}, 2.0}) || array.isEqual(NSArray{"a", 2}));
 }

@@ -1,6 +1,7 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSData.h>
 
+#include <array>
 #include <thread>
 
 #include "Support/Support.h"
@@ -24,8 +25,8 @@ TEST(NSData, JoinsWithoutCopying) {
   EXPECT_EQ(seen, "onetwo") << "in order, until the visitor has had enough";
   EXPECT_TRUE(joined.length() == 10 && joined.view() == "onetwoone!");
   EXPECT_TRUE(joined == dataOf("onetwoone!") && joined.subdataWithRange({2, 3}) == dataOf("etw"));
-  EXPECT_EQ(raisedName([&] { joined.subdataWithRange({11, 0}); }), NSRangeException);
-  EXPECT_EQ(raisedName([&] { joined.subdataWithRange({1, SIZE_MAX}); }), NSRangeException);
+  EXPECT_EQ(raisedName([&] { (void)joined.subdataWithRange({11, 0}); }), NSRangeException);
+  EXPECT_EQ(raisedName([&] { (void)joined.subdataWithRange({1, SIZE_MAX}); }), NSRangeException);
 }
 
 TEST(NSData, JoinsOnceForManyThreads) {
@@ -52,6 +53,23 @@ TEST(NSData, ReleasesForeignBytesOnceAfterTheLastHandle) {
   EXPECT_TRUE(joined.view() == "foreignforeign" && releases == 0);
   joined = nullptr;
   EXPECT_EQ(releases, 1);
+}
+
+TEST(NSData, TakesAnyContiguousBytes) {
+  const char text[] = "ab";
+  const std::vector<unsigned char> bytes{'a', 'b'};
+  const std::vector<std::byte> otherBytes{std::byte{'a'}, std::byte{'b'}};
+  const std::array<char, 2> characters{'a', 'b'};
+  for (const NSData& data :
+       {NSData::dataWithBytes(text), NSData::dataWithBytes(std::string(text)),
+        NSData::dataWithBytes(bytes), NSData::dataWithBytes(std::span(bytes)),
+        NSData::dataWithBytes(otherBytes), NSData::dataWithBytes(characters)}) {
+    EXPECT_TRUE(data.view() == "ab" && data.size() == 2 && !data.empty());
+  }
+  NSMutableData data;
+  data.appendBytes(bytes);
+  data.appendBytes("c");
+  EXPECT_EQ(data.view(), "abc");
 }
 
 TEST(NSMutableData, ChangesInPlace) {
