@@ -26,7 +26,7 @@ class NSError::Details final : public NSObject {
     return error && error->code == code && error->domain == domain && error->userInfo == userInfo;
   }
   std::size_t hash() const noexcept override {
-    // The details would lead on to other errors; the text is what tells most of them apart.
+    // The details may lead to other errors; the text distinguishes most errors.
     detail::KeyedHasher hasher;
     hasher.absorb(detail::keyedHashOf(domain));
     hasher.absorb(static_cast<std::uint64_t>(code));
@@ -42,7 +42,7 @@ class NSError::Details final : public NSObject {
   const NSString domain;
   const std::int64_t code;
   const NSDictionary userInfo;
-  const std::string text;  ///< kept, because `what()` hands out its characters
+  const std::string text;  ///< kept, because `what()` returns a pointer to it
 
  private:
   NSString describe() const {

@@ -16,21 +16,24 @@ extern const char* const NSURLErrorDomain;
 extern const char* const kCFErrorDomainCFNetwork;
 
 enum : std::int64_t {
-  /// Bytes that should be a document are malformed; the description says what and where.
+  /// Bytes of a document are malformed; the description says what is wrong and where.
   NSPropertyListReadCorruptError = 3840,
-  /// Values can't be written as a document: a kind, key or number that it can't hold, or nesting
-  /// beyond its limit.
+  /// Values cannot be written as a document: it cannot hold their kind, key or number, or they are
+  /// nested beyond its limit.
   NSPropertyListWriteInvalidError = 3852,
 };
 
-/// Keys of an error's details.
+/// Keys of the details of an error.
 extern const char* const NSLocalizedDescriptionKey;
 extern const char* const NSLocalizedFailureReasonErrorKey;
 extern const char* const NSUnderlyingErrorKey;
 
-/// Why an operation failed: a domain, a code in it, and details. A nullable shared handle; immutable,
-/// so any thread may use it. Operations take `NSError* error = nullptr` last and fill it only when
-/// they fail. Where an interface says that it throws errors, this is what it throws.
+/// Why an operation failed: a domain, a code in it, and details. A nullable shared handle;
+/// immutable, so any thread may use it. Operations take `NSError* error = nullptr` as their last
+/// parameter and fill it only if they fail. Interfaces that throw errors throw this class.
+///
+/// `operator<<`, "%@" and fmt (Foundation/fmt.h) print domain, code and description; `what()` is
+/// the description alone.
 class NSError : public std::exception {
  public:
   NSError() noexcept = default;
@@ -42,18 +45,18 @@ class NSError : public std::exception {
 
   NSString domain() const;
   std::int64_t code() const noexcept;
-  /// Never nil on an error; empty when it was made without details.
+  /// Empty if the error was made without details; nil only on a nil error.
   NSDictionary userInfo() const;
-  /// The details' description, else a sentence made of domain and code.
+  /// The description in the details, else a sentence made of domain and code.
   NSString localizedDescription() const;
-  /// The details' reason; nil without one.
+  /// The failure reason in the details; nil without one.
   NSString localizedFailureReason() const;
   NSError underlyingError() const;
 
   /// The localized description as UTF-8.
   const char* what() const noexcept override;
 
-  /// The error as a value, for dictionaries, and back (nil when the value holds no error).
+  /// The error as a value, for dictionaries, and back (nil if the value does not hold an error).
   operator Value() const;
   static NSError from(const Value& value) noexcept;
 

@@ -1,4 +1,5 @@
 #include <ZEBPlatform/Foundation/NSError.h>
+#include <ZEBPlatform/Foundation/fmt.h>
 
 #include "Support/Support.h"
 
@@ -21,14 +22,17 @@ TEST(NSError, CarriesDomainCodeAndDetails) {
   EXPECT_FALSE(error == NSError("domain", 8, details) || error == NSError("domain", 7));
   EXPECT_FALSE(error == NSError("other", 7, details) || error == NSError());
   EXPECT_TRUE(NSError() == NSError(nullptr) && NSError::from("text").isNil());
-  EXPECT_EQ(NSString::stringWithFormat("%@|%@", error, NSError()),
-            "Error Domain=domain Code=7 \"It failed.\"|(null)");
+  const std::string described = "Error Domain=domain Code=7 \"It failed.\"|(null)";
+  EXPECT_EQ(NSString::stringWithFormat("%@|%@", error, NSError()), described);
+  EXPECT_EQ(fmt::format("{}|{}", error, NSError()), described);
+  EXPECT_EQ(fmt::format("{:>5}{}", "text"_ns, NSArray{1}), " text(\n    1\n)");
 }
 
 TEST(NSException, CarriesNameReasonAndDetails) {
   const NSException exception("Name", "the reason", {{"key", 1}});
   EXPECT_TRUE(exception.name() == "Name" && exception.reason() == "the reason");
   EXPECT_STREQ(exception.what(), "Name: the reason");
+  EXPECT_EQ(fmt::format("{}", exception), exception.what());
   EXPECT_EQ(NSException::from(exception).userInfo()["key"], 1);
   EXPECT_FALSE(NSException::isException(NSError("domain", 1)) || NSException::isException("text"));
   EXPECT_EQ(raisedName([] { NSException::from("text"); }), NSInvalidArgumentException);
