@@ -7,12 +7,12 @@
 
 namespace zeb {
 
-/// Whether a one-time initialisation has been done; must live as long as the process.
+/// Records whether a one-time initialisation has been done. It must live as long as the process.
 using dispatch_once_t = std::once_flag;
 
-/// Calls the callable if nobody has done so through this predicate; returns when that call is done,
-/// whoever made it. If it throws, the next caller tries again. A nil block is nothing to do, and
-/// leaves the predicate as it is.
+/// Calls the callable once for each predicate. Every caller returns after that one call has ended,
+/// and sees its effects. If the callable throws, the exception goes to its caller and the next
+/// caller tries again. A nil block does nothing and leaves the predicate as it is. Any thread.
 template <class Callable>
 void dispatch_once(dispatch_once_t& predicate, Callable&& initialise) {
   if (detail::isNilCallable(initialise)) return;

@@ -15,8 +15,8 @@ using detail::DispatchTimer;
 using detail::DispatchTimers;
 using detail::LockGuard;
 
-/// At most one event is under way, from its submission to the handler's return; firings that fall
-/// due meanwhile are remembered as one. So a handler never runs twice at the same time, and a busy
+/// At most one event is under way, from its submission to the handler's return. Firings that become
+/// due meanwhile are recorded as one. So the handler never runs twice at the same time, and a busy
 /// queue never gets a burst.
 class TimerSource final : public DispatchSource, public DispatchTimer {
  public:
