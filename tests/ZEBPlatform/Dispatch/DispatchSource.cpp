@@ -1,31 +1,32 @@
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
 #include <ZEBPlatform/Linux/Clock.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
-#include <memory>
-#include <random>
 #include <set>
 #include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
-namespace zeb {
+#include "Support/Storm.h"
+
+namespace zeb::test {
+
 namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
 
 const dispatch_queue_t& defaultQueue() {
   static const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   return queue;
 }
+
+}  // namespace
 
 TEST(DispatchSource, ABusyQueueGetsOneLateFiringAndNoBurst) {
   const dispatch_queue_t queue = dispatch_queue_create("timer");
@@ -38,10 +39,10 @@ TEST(DispatchSource, ABusyQueueGetsOneLateFiringAndNoBurst) {
   });
   const std::uint64_t interval = NSEC_PER_MSEC;
   const dispatch_time_t start = dispatch_time(DISPATCH_TIME_NOW, 0);
-  dispatch_source_set_timer(timer, start, interval, 0);
+  dispatch_source_set_timer(timer, start, milliseconds(1));
   dispatch_sync(queue, [&] {
     dispatch_resume(timer);
-    while (mach_absolute_time() < start + 20 * interval) std::this_thread::yield();
+    waitUntil([&] { return mach_absolute_time() >= start + 20 * interval; }, "20 ms pass");
   });
   std::uint64_t firings = 0;
   std::uint64_t last = 0;
@@ -65,7 +66,7 @@ TEST(DispatchSource, CancelSuspendAndReplaceFromInsideTheHandler) {
   dispatch_source_set_event_handler(timer, [&timer, captured] {
     switch (++*captured) {
       case 1:  // once more, as a one-shot timer
-        dispatch_source_set_timer(timer, DISPATCH_TIME_NOW, DISPATCH_TIME_FOREVER, 0);
+        dispatch_source_set_timer(timer, milliseconds(-1), nanoseconds::max());
         break;
       case 2:
         dispatch_suspend(timer);
@@ -89,32 +90,23 @@ TEST(DispatchSource, CancelSuspendAndReplaceFromInsideTheHandler) {
 }
 
 TEST(DispatchSource, TenThousandTimersAreMadeFiredAndReleasedByFourThreads) {
-  std::atomic<int> fired{0};
-  std::atomic<int> released{0};
-  {
-    std::vector<std::jthread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-      threads.emplace_back([&, thread] {
-        std::mt19937 random(static_cast<unsigned>(thread));
-        std::vector<dispatch_source_t> timers;
-        for (int count = 0; count < 2500; ++count) {
-          const auto timer = dispatch_source_create_timer(defaultQueue());
-          const std::shared_ptr<int> guard(new int(0), [&](int* pointer) {
-            delete pointer;
-            ++released;
-          });
-          dispatch_source_set_event_handler(timer, [&, guard] { ++fired; });
-          dispatch_source_set_timer(timer, dispatch_time(DISPATCH_TIME_NOW, random() % 500'000),
-                                    NSEC_PER_MSEC + random() % 5'000'000, random() % 1000);
-          dispatch_resume(timer);
-          timers.push_back(timer);
-          if (random() % 4 == 0) timers[random() % timers.size()] = timer;
-        }
-        while (fired < 1000) std::this_thread::yield();
-      });
+  std::atomic<int> fired{0}, released{0};
+  storm(4, [&](int, std::mt19937& random) {
+    std::vector<dispatch_source_t> timers;
+    for (int count = 0; count < 2500; ++count) {
+      const auto timer = dispatch_source_create_timer(defaultQueue());
+      const std::shared_ptr<void> captured(nullptr, [&](void*) { ++released; });
+      dispatch_source_set_event_handler(timer, [&, captured] { ++fired; });
+      dispatch_source_set_timer(timer, std::chrono::nanoseconds(random() % 500'000),
+                                std::chrono::nanoseconds(1'000'000 + random() % 5'000'000),
+                                std::chrono::nanoseconds(random() % 1000));
+      dispatch_resume(timer);
+      timers.push_back(timer);
+      if (random() % 4 == 0) timers[random() % timers.size()] = timer;
     }
-  }
-  while (released < 10'000) std::this_thread::yield();
+    waitUntil([&] { return fired >= 1000; }, "a thousand timers have fired");
+  });
+  waitUntil([&] { return released == 10'000; }, "all handlers have been released");
 }
 
 TEST(DispatchSource, AfterKeepsToItsMoment) {
@@ -131,9 +123,25 @@ TEST(DispatchSource, AfterKeepsToItsMoment) {
     });
   };
   for (const int milliseconds : {30, 20, 10, -1}) add(milliseconds);
-  for (int block = 0; block < 4; ++block) dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER);
+  dispatch_after(milliseconds(1), queue, [&, moment = dispatch_time(now, milliseconds(1))] {
+    EXPECT_GE(mach_absolute_time(), moment);
+    dispatch_semaphore_signal(done);
+  });
+  for (int block = 0; block < 5; ++block) dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER);
   EXPECT_EQ(std::set(order.begin(), order.end()), (std::set{-1, 10, 20, 30}));
+}
+
+TEST(DispatchTime, StaysWithinTheClocksRange) {
+  using Moment = std::chrono::steady_clock::time_point;
   EXPECT_EQ(dispatch_time(DISPATCH_TIME_FOREVER, -5), DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(dispatch_time(100, milliseconds(2)), 2'000'100u);
+  EXPECT_EQ(dispatch_time(100, milliseconds(-2)), 1u);
+  EXPECT_EQ(dispatch_time(100, std::chrono::hours::max()), DISPATCH_TIME_FOREVER);
+  EXPECT_EQ(dispatch_time(Moment(milliseconds(2))), 2'000'000u);
+  EXPECT_EQ(dispatch_time(Moment::min()), 1u);
+  EXPECT_EQ(dispatch_time(Moment::max()), DISPATCH_TIME_FOREVER);
+  const dispatch_time_t before = mach_absolute_time();
+  EXPECT_GE(dispatch_time(std::chrono::steady_clock::now()), before) << "the same clock";
   EXPECT_EQ(dispatch_time(100, INT64_MIN), 1u);
   EXPECT_EQ(dispatch_time(UINT64_MAX - 5, 10), DISPATCH_TIME_FOREVER);
 }
@@ -220,5 +228,4 @@ TEST(DispatchSource, TheThreadsBehindItHaveNamesAndLeaveSignalsToTheApplication)
   EXPECT_EQ(names, (std::set<std::string>{"zeb-pool", "zeb-pool-watch", "zeb-timers"}));
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

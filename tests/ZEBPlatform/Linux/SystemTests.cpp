@@ -1,13 +1,11 @@
 #include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBPlatform/Linux/detail/ThreadState.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <thread>
+#include "Support/Support.h"
 
 namespace zeb::test {
 
@@ -37,11 +35,11 @@ TEST(ThreadState, AThreadIsBlockedOnlyIfTheSystemSaysSo) {
     isOver.wait(false);
   });
   sleeper.wait(0);
-  while (!isThreadBlocked(sleeper)) std::this_thread::yield();
+  waitUntil([&] { return isThreadBlocked(sleeper); }, "the other thread sleeps");
   rlimit limit;
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none{0, limit.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &none);  // from here on nobody can be asked
+  setrlimit(RLIMIT_NOFILE, &none);  // the system cannot be asked without a descriptor
   EXPECT_FALSE(isThreadBlocked(currentThreadIdentifier()));
   EXPECT_FALSE(isThreadBlocked(sleeper));
   setrlimit(RLIMIT_NOFILE, &limit);
