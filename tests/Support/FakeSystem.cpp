@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <map>
 #include <mutex>
@@ -17,9 +18,6 @@
 
 namespace zeb::test {
 
-constinit thread_local std::uint64_t fakeClock = 0;
-constinit thread_local std::uint64_t fakeClockStep = 0;
-constinit thread_local std::int64_t fakeDate = 0;
 constinit std::atomic<bool> fakeRaisedPrivileges = false;
 
 // Written before any initialiser of this program runs.
@@ -33,7 +31,12 @@ constexpr std::int64_t second = 1'000'000'000;
 
 constinit std::atomic<bool> isFaked{false};
 constinit std::atomic<std::int64_t> monotonicTime{0};
+constinit std::atomic<std::int64_t> timePerReading{0};
 constinit std::atomic<std::int64_t> wallTime{0};
+
+std::int64_t nanosecondsIn(double seconds) {
+  return std::llround(seconds * static_cast<double>(second));
+}
 
 std::mutex mutex;
 std::map<int, std::int64_t> moments;  ///< of the timer descriptors
@@ -54,8 +57,9 @@ void fireDue() {
 
 }  // namespace
 
-FakeClock::FakeClock() {
-  monotonicTime = 1000 * second;
+FakeClock::FakeClock(std::uint64_t monotonicStart) {
+  monotonicTime = static_cast<std::int64_t>(monotonicStart);
+  timePerReading = 0;
   wallTime = 1'700'000'000 * second;
   isFaked = true;
 }
@@ -69,13 +73,13 @@ FakeClock::~FakeClock() {
 void FakeClock::advance(double seconds) {
   std::lock_guard guard(mutex);
   setWallClockForward(seconds);
-  monotonicTime += static_cast<std::int64_t>(seconds * second);
+  monotonicTime += nanosecondsIn(seconds);
   fireDue();
 }
 
-void FakeClock::setWallClockForward(double seconds) {
-  wallTime += static_cast<std::int64_t>(seconds * second);
-}
+void FakeClock::setWallClockForward(double seconds) { wallTime += nanosecondsIn(seconds); }
+
+void FakeClock::advanceAtEachReading(std::int64_t nanoseconds) { timePerReading = nanoseconds; }
 
 }  // namespace zeb::test
 
@@ -84,14 +88,8 @@ void FakeClock::setWallClockForward(double seconds) {
 extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
   using namespace zeb::test;
   const bool isMonotonic = clock == CLOCK_MONOTONIC;
-  if (clock == CLOCK_REALTIME && fakeDate != 0) {
-    *now = {fakeDate, 0};
-  } else if (isMonotonic && fakeClock != 0) {
-    fakeClock += fakeClockStep;
-    now->tv_sec = static_cast<time_t>(fakeClock / 1'000'000'000);
-    now->tv_nsec = static_cast<long>(fakeClock % 1'000'000'000);
-  } else if (isFaked && (isMonotonic || clock == CLOCK_REALTIME)) {
-    const std::int64_t time = isMonotonic ? monotonicTime : wallTime;
+  if (isFaked && (isMonotonic || clock == CLOCK_REALTIME)) {
+    const std::int64_t time = isMonotonic ? monotonicTime += timePerReading : wallTime.load();
     *now = {.tv_sec = time / second, .tv_nsec = time % second};
   } else {
     return static_cast<int>(syscall(SYS_clock_gettime, clock, now));

@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "Support/FakeSystem.h"
+#include "Support/FakeClock.h"
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
 
@@ -31,7 +31,6 @@ const std::string unpermitted = "3" + reading + "|JSON deserialized on main thre
 NSData bytes(std::string_view text) { return NSData::dataWithBytes(text); }
 
 struct JSONTest : testing::Test {
-  ~JSONTest() override { test::fakeClock = test::fakeClockStep = 0; }
   test::LogRecorder log;
 };
 
@@ -70,9 +69,9 @@ TEST_F(JSONTest, SlowWorkOnTheMainThreadIsLogged) {
     std::string description() const override { throw std::runtime_error("no words"); }
   };
   NSError error;
-  const auto workThreeTimes = [&](std::uint64_t nanosecondsEach) {
-    test::fakeClock = 1;
-    test::fakeClockStep = nanosecondsEach;
+  const auto workThreeTimes = [&](std::int64_t nanosecondsEach) {
+    test::FakeClock clock;
+    clock.advanceAtEachReading(nanosecondsEach);
     Json::dataWithJSONObject(NSArray{1}, 0);
     Json::JSONObjectWithData(bytes("[1"), true, 0);
     // What the platform's complaint throws is none of its exceptions, and passes on.

@@ -1,10 +1,9 @@
-#include <ZEBUtilities/Timing/ZEBLaunchTime.h>
 #include <ZEBUtilities/Timing/ZEBRecordingStopwatch.h>
 #include <gtest/gtest.h>
 
 #include <thread>
 
-#include "Support/FakeSystem.h"
+#include "Support/FakeClock.h"
 
 namespace zeb {
 namespace {
@@ -12,10 +11,9 @@ namespace {
 using namespace std::chrono_literals;
 
 struct ZEBRecordingStopwatchTest : testing::Test {
-  ZEBRecordingStopwatchTest() { test::fakeClock = ZEBLaunchStartTime() + 1'000'000'000; }
-  ~ZEBRecordingStopwatchTest() override { test::fakeClock = 0; }
-  static void run(ZEBRecordingStopwatch& stopwatch, std::uint64_t milliseconds) {
-    stopwatch.runBlock([&] { test::fakeClock += milliseconds * 1'000'000; });
+  test::FakeClock clock;
+  void run(ZEBRecordingStopwatch& stopwatch, double milliseconds) {
+    stopwatch.runBlock([&] { clock.advance(milliseconds / 1000); });
   }
 };
 
@@ -27,8 +25,8 @@ TEST_F(ZEBRecordingStopwatchTest, AddsUpWhatIsLongEnough) {
   run(*watch, 250);
   run(*watch, 750);
   watch->runBlock(nullptr);
-  EXPECT_THROW(watch->runBlock([] {
-    test::fakeClock += 1'000'000'000;
+  EXPECT_THROW(watch->runBlock([&] {
+    clock.advance(1);
     throw 1;
   }),
                int);
@@ -37,7 +35,7 @@ TEST_F(ZEBRecordingStopwatchTest, AddsUpWhatIsLongEnough) {
   EXPECT_DOUBLE_EQ(watch->average(), 0.5);
   int runs = 0;
   for (const auto& optional : {Ref<ZEBRecordingStopwatch>(), watch}) {
-    ZEBRecordingStopwatch::runBlock([&] { ++runs, test::fakeClock += 500'000'000; }, optional);
+    ZEBRecordingStopwatch::runBlock([&] { ++runs, clock.advance(0.5); }, optional);
   }
   EXPECT_EQ(runs, 2);
   EXPECT_EQ(watch->count(), 3u);

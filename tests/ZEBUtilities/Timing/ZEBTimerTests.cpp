@@ -13,7 +13,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "Support/FakeSystem.h"
+#include "Support/FakeClock.h"
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
 
@@ -277,9 +277,9 @@ TEST(ZEBTimer, PausesAndResumesOrStartsAnew) {
       {pause, 30, 1, 0},   {reset, -4, 100, 10}, {reset, 13, 1, 10},
   };
   const auto queue = dispatch_queue_create("timer");
+  test::FakeClock clock;
   for (const auto& expected : cases) {
     for (const int kind : {0, 1, 2}) {  // not scheduled, on the run loop, on the queue
-      test::fakeDate = 2'000'000'000;
       const NSDate fireDate =
           NSDate::date().dateByAddingTimeInterval(-expected.pausedAfterFireDate);
       // Far from firing but for the dates that it calculates with.
@@ -293,7 +293,7 @@ TEST(ZEBTimer, PausesAndResumesOrStartsAnew) {
       EXPECT_TRUE(timer->isValid());
       EXPECT_TRUE(NSRunLoop::currentRunLoop()->limitDateForMode("special").isNil());
       timer->setFireDate(fireDate);
-      test::fakeDate += static_cast<std::int64_t>(expected.background);
+      clock.setWallClockForward(expected.background);
       comeBack();
       EXPECT_EQ(timer->fireDate().timeIntervalSinceDate(NSDate::date()), expected.delay);
       EXPECT_TRUE(timer->backgroundDate().isNil());
@@ -319,7 +319,6 @@ TEST(ZEBTimer, PausesAndResumesOrStartsAnew) {
   comeBack();
   EXPECT_TRUE(strange->backgroundDate().isNil() && strange->fireDate().isIdenticalTo(fireDate));
   EXPECT_EQ(steady->backgroundDate(), fireDate) << "does not listen";
-  test::fakeDate = 0;
 }
 
 TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensionsOnly) {
