@@ -1,5 +1,8 @@
 #pragma once
 
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/Value.h>
@@ -9,27 +12,42 @@
 
 #include <concepts>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace zeb {
 
 /// How a C++ type travels through dynamic calls. Specialise it for types of your own:
 ///
-///     typeCode             the type's letter in type encodings; '@' for what travels as an object
+///     typeCode             the type's letter in type encodings; '@' for types that travel as objects
 ///     toValue(T)           the value that stands for it
-///     fromValue(Value)     an optional, empty when the value is of another kind
+///     fromValue(Value)     an optional, empty if the value is of another kind
 ///
-/// Here: numbers and enumerations (read from nil as 0, and from whatever else reads as a number), all
+/// Here: numbers and enumerations (read from nil as 0, and from every value that reads as a number), all
 /// value handles, `Value` itself, `Ref<T>` and `T*` for objects (and classes), `ProtocolRef<P>` for objects
 /// that implement the protocol, untyped pointers (as their addresses, which are numbers), texts, selectors
-/// (as their names), and types that, like `NSError`, convert to `Value` and have a static `from`.
+/// (as their names), types that, like `NSError`, convert to `Value` and have a static `from`, and of all
+/// these `std::optional` (as nil if empty), `std::vector` (as an array), `std::map` and
+/// `std::unordered_map` (as a dictionary). Containers are copied in both directions and read from nil as
+/// empty; nil elements are null inside.
 template <class T>
 struct ValueConversion;
 
 namespace detail {
+
+/// Types that `ValueConversion` knows in both directions.
+template <class T>
+concept DynamicType = requires(const T& thing, const Value& value) {
+  ValueConversion<T>::typeCode;
+  ValueConversion<T>::toValue(thing);
+  ValueConversion<T>::fromValue(value);
+};
 
 template <class Number>
 constexpr char numberTypeCode() noexcept {
@@ -140,7 +158,7 @@ struct ValueConversion<ProtocolRef<Protocol>> {
   }
 };
 
-/// Contexts and keys, which nobody follows.
+/// Contexts and keys, which are never dereferenced.
 template <class Pointer>
   requires std::same_as<Pointer, void*> || std::same_as<Pointer, const void*>
 struct ValueConversion<Pointer> {
@@ -179,5 +197,84 @@ struct ValueConversion<SEL> {
     return sel_registerName(NSString(value).utf8());
   }
 };
+
+template <detail::DynamicType T>
+struct ValueConversion<std::optional<T>> {
+  static constexpr char typeCode = '@';
+  static Value toValue(const std::optional<T>& thing) {
+    return thing ? ValueConversion<T>::toValue(*thing) : Value();
+  }
+  static std::optional<std::optional<T>> fromValue(const Value& value) {
+    if (value.isNil() || value.isNull()) return std::optional<T>();
+    std::optional<T> thing = ValueConversion<T>::fromValue(value);
+    if (!thing) return std::nullopt;
+    return thing;
+  }
+};
+
+namespace detail {
+
+/// What stands for a thing inside an array or a dictionary.
+template <class T>
+Value elementOf(const T& thing) {
+  Value value = ValueConversion<T>::toValue(thing);
+  return value.isNil() ? Value(NSNull::null()) : value;
+}
+
+template <class Map>
+struct MapConversion {
+  using Key = typename Map::key_type;
+  using Mapped = typename Map::mapped_type;
+  static constexpr char typeCode = '@';
+  static Value toValue(const Map& map) {
+    NSMutableDictionary dictionary;
+    for (const auto& [key, thing] : map) {
+      dictionary.setObject(elementOf<Mapped>(thing), elementOf<Key>(key));
+    }
+    return dictionary;
+  }
+  static std::optional<Map> fromValue(const Value& value) {
+    const NSDictionary dictionary(value);
+    if (dictionary.isNil() && !value.isNil()) return std::nullopt;
+    Map map;
+    for (const auto& [key, thing] : dictionary) {
+      std::optional<Key> convertedKey = ValueConversion<Key>::fromValue(key);
+      std::optional<Mapped> converted = ValueConversion<Mapped>::fromValue(thing);
+      if (!convertedKey || !converted) return std::nullopt;
+      map.emplace(*std::move(convertedKey), *std::move(converted));
+    }
+    return map;
+  }
+};
+
+}  // namespace detail
+
+template <detail::DynamicType T>
+struct ValueConversion<std::vector<T>> {
+  static constexpr char typeCode = '@';
+  static Value toValue(const std::vector<T>& things) {
+    NSMutableArray array;
+    for (const T& thing : things) array.addObject(detail::elementOf<T>(thing));
+    return array;
+  }
+  static std::optional<std::vector<T>> fromValue(const Value& value) {
+    const NSArray array(value);
+    if (array.isNil() && !value.isNil()) return std::nullopt;
+    std::vector<T> things;
+    things.reserve(array.count());
+    for (const Value& element : array) {
+      std::optional<T> thing = ValueConversion<T>::fromValue(element);
+      if (!thing) return std::nullopt;
+      things.push_back(*std::move(thing));
+    }
+    return things;
+  }
+};
+
+template <detail::DynamicType Key, detail::DynamicType T>
+struct ValueConversion<std::map<Key, T>> : detail::MapConversion<std::map<Key, T>> {};
+template <detail::DynamicType Key, detail::DynamicType T>
+struct ValueConversion<std::unordered_map<Key, T>>
+    : detail::MapConversion<std::unordered_map<Key, T>> {};
 
 }  // namespace zeb

@@ -8,16 +8,19 @@
 
 namespace zeb {
 
-/// What the bridge to the dynamic runtime needs of an observable whose element type it does not know.
+/// The interface by which the bridge to the dynamic runtime uses an observable of unknown element type.
 class AnyObjectiveCThrowingObservable : public NSObject {
  public:
   using ObjectUpdate = Block<void(const Value& value)>;
 
-  /// Calls the block with every value, converted to an object. The token is an `Observer<T>`.
-  virtual Ref<NSObject> addObserver(ObjectUpdate update) = 0;
-  virtual Ref<NSObject> addObserver(const Ref<ObserverQueue>& queue, ObjectUpdate update) = 0;
-  virtual Ref<NSObject> addObserver(const dispatch_queue_t& queue, ObjectUpdate update) = 0;
-  /// What is no `Observer<T>` throws NSException (ZEBObservableTypeException).
+  /// Calls the block with every value, converted to an object, while the token is kept. The token is an
+  /// `Observer<T>`.
+  [[nodiscard]] virtual Ref<NSObject> addObserver(ObjectUpdate update) = 0;
+  [[nodiscard]] virtual Ref<NSObject> addObserver(const Ref<ObserverQueue>& queue,
+                                                  ObjectUpdate update) = 0;
+  [[nodiscard]] virtual Ref<NSObject> addObserver(const dispatch_queue_t& queue,
+                                                  ObjectUpdate update) = 0;
+  /// An object that is not an `Observer<T>` throws NSException (ZEBObservableTypeException).
   virtual void removeObserver(const Value& observer) = 0;
 };
 

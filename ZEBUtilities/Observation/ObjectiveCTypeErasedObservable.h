@@ -26,13 +26,14 @@ class ObjectiveCTypeErasedObservable final : public NSObject {
   Class* classObject() const override { return runtimeClass(); }
 
   /// Calls the block on the main queue until the answered token is dropped or removed.
-  Ref<NSObject> addObserverWithUpdate(Update update);
+  [[nodiscard]] Ref<NSObject> addObserverWithUpdate(Update update);
   /// The same on a dispatch queue, as an observer queue of its own. A nil queue throws NSException
   /// (NSInvalidArgumentException).
-  Ref<NSObject> addObserverWithDispatchQueue(const dispatch_queue_t& queue, Update update);
+  [[nodiscard]] Ref<NSObject> addObserverWithDispatchQueue(const dispatch_queue_t& queue,
+                                                           Update update);
   /// The same on an observer queue; nil means the main one.
-  Ref<NSObject> addObserverWithObserverQueue(const Ref<ObjectiveCObserverQueue>& queue,
-                                             Update update);
+  [[nodiscard]] Ref<NSObject> addObserverWithObserverQueue(
+      const Ref<ObjectiveCObserverQueue>& queue, Update update);
 
   /// What is no token of this element type, nil included, throws NSException (ZEBObservableTypeException) that
   /// names both types. A token that is not registered here: nothing.

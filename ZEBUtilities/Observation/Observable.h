@@ -109,7 +109,8 @@ class Observable : public detail::ObservableCore {
   }
 
   using ObservableCore::addObserver;
-  Ref<NSObject> addObserver(const Ref<ObserverQueue>& queue, ObjectUpdate update) final {
+  [[nodiscard]] Ref<NSObject> addObserver(const Ref<ObserverQueue>& queue,
+                                          ObjectUpdate update) final {
     if (!update) return observeBoxed(queue, nullptr);
     return observeBoxed(queue, [update = std::move(update)](const Ref<NSObject>& boxedValue) {
       update(detail::bridgedObject<T>(boxedValue));

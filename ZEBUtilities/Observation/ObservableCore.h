@@ -55,8 +55,8 @@ class ObservableCore : public AnyObjectiveCThrowingObservable {
   Ref<ObjectiveCTypeErasedObservable> objectiveCBridgedObservable();
 
   using AnyObjectiveCThrowingObservable::addObserver;
-  Ref<NSObject> addObserver(ObjectUpdate update) final;
-  Ref<NSObject> addObserver(const dispatch_queue_t& queue, ObjectUpdate update) final;
+  [[nodiscard]] Ref<NSObject> addObserver(ObjectUpdate update) final;
+  [[nodiscard]] Ref<NSObject> addObserver(const dispatch_queue_t& queue, ObjectUpdate update) final;
 
  protected:
   ObservableCore(Ref<NSObject> boxedValue, Block<void(std::intptr_t)> deinitEvent);

@@ -90,7 +90,13 @@ constexpr char typeCode() noexcept {
   } else if constexpr (ObjectReference<T>) {
     return '@';
   } else {
-    return ValueConversion<std::remove_cvref_t<T>>::typeCode;
+    constexpr bool isKnown = requires { ValueConversion<std::remove_cvref_t<T>>::typeCode; };
+    static_assert(isKnown,
+                  "A property, parameter or result has a type that dynamic calls can't convert: "
+                  "use one of the types listed in ZEBPlatform/Runtime/ValueConversion.h, or "
+                  "specialise zeb::ValueConversion for yours.");
+    if constexpr (isKnown) return ValueConversion<std::remove_cvref_t<T>>::typeCode;
+    return '@';
   }
 }
 

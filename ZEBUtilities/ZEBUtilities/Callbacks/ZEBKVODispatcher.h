@@ -27,11 +27,11 @@ class ZEBKVODispatcher : public NSObject, public NSKeyValueObserver {
   ZEBKVODispatcher() = delete;
   /// Holds the object weakly. Without key path, object or block throws NSException
   /// (NSInvalidArgumentException, "Must provide keyPath, object and dispatchBlock").
-  static Ref<ZEBKVODispatcher> initToObserveValueForKeyPath_ofWeakObject(
+  [[nodiscard]] static Ref<ZEBKVODispatcher> initToObserveValueForKeyPath_ofWeakObject(
       const NSString& keyPath, const Ref<NSObject>& object, NSKeyValueObservingOptions options,
       void* context, bool suspended, DispatchBlock dispatchBlock);
   /// The same, and keeps the object alive.
-  static Ref<ZEBKVODispatcher> initToObserveValueForKeyPath_ofObject(
+  [[nodiscard]] static Ref<ZEBKVODispatcher> initToObserveValueForKeyPath_ofObject(
       const NSString& keyPath, const Ref<NSObject>& object, NSKeyValueObservingOptions options,
       void* context, bool suspended, DispatchBlock dispatchBlock);
   ~ZEBKVODispatcher() override;

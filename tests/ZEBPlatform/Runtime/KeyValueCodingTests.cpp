@@ -1,4 +1,5 @@
 #include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
 #include <ZEBPlatform/Runtime/Send.h>
 
@@ -35,6 +36,51 @@ TEST(KeyValueCoding, ReachesPropertiesMethodsAndEntries) {
   for (const auto& one : cases)
     EXPECT_EQ(valueForKeyPath(one.receiver, one.path), one.value) << one.path;
   EXPECT_EQ(send(track, "valueForKeyPath:"_sel, "next.title"), "Two");
+}
+
+struct Shelf : NSObject {
+  using Counts = std::map<std::string, std::optional<int>>;
+  Class* classObject() const override {
+    static Class* const cls = registerClass(
+        "Shelf", {property(
+                      "names", [](const Shelf& self) { return self.names; },
+                      [](Shelf& self, std::vector<std::string> given) { self.names = given; }),
+                  property(
+                      "counts", [](const Shelf& self) { return self.counts; },
+                      [](Shelf& self, const Counts& given) { self.counts = given; }),
+                  property(
+                      "width", [](const Shelf& self) { return self.width; },
+                      [](Shelf& self, std::optional<double> given) { self.width = given; })});
+    return cls;
+  }
+  std::vector<std::string> names;
+  Counts counts;
+  std::optional<double> width;
+};
+
+TEST(KeyValueCoding, ConvertsOptionalsAndContainers) {
+  const auto shelf = makeRef<Shelf>();
+  const struct {
+    NSString key;
+    Value value, stored;
+    Value wrong;
+  } cases[] = {
+      {"names", NSArray{"one", "two"}, NSArray{"one", "two"}, NSArray{"one", 2}},
+      {"names", nullptr, NSArray::array(), "no array"},
+      {"counts", NSDictionary{{"a", 1}, {"b", NSNull::null()}},
+       NSDictionary{{"a", 1}, {"b", NSNull::null()}},
+       NSDictionary{{"a", "1"}, {"b", NSArray::array()}}},
+      {"counts", nullptr, NSDictionary::dictionary(), NSArray::array()},
+      {"width", 2.5, 2.5, NSArray::array()},
+      {"width", nullptr, nullptr, NSArray::array()},
+  };
+  for (const auto& one : cases) {
+    EXPECT_EQ(raisedName([&] { setValueForKey(shelf, one.wrong, one.key); }),
+              NSInvalidArgumentException)
+        << one.key << one.wrong;
+    setValueForKey(shelf, one.value, one.key);
+    EXPECT_EQ(valueForKey(shelf, one.key), one.stored) << one.key;
+  }
 }
 
 TEST(KeyValueCoding, RefusesWhatIsNotThere) {

@@ -99,11 +99,11 @@ TEST_F(KVODispatcher, SaysWhatIsWrong) {
     std::function<void()> call;
     const char* what;
   } cases[] = {
-      {[&] { make(nullptr, dial, block); },
+      {[&] { (void)make(nullptr, dial, block); },
        "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock"},
-      {[&] { make("level", nullptr, block); },
+      {[&] { (void)make("level", nullptr, block); },
        "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock"},
-      {[&] { make("level", dial, nullptr); },
+      {[&] { (void)make("level", dial, nullptr); },
        "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock"},
       {[&] {
          dispatcher->observeValueForKeyPath("other", dial, KeyValueChange(nullptr, nullptr, false),
