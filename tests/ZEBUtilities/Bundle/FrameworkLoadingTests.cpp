@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <string>
 
-#include "Support/LogRecorder.h"
 #include "Support/FakeSystem.h"
+#include "Support/LogRecorder.h"
 
 namespace zeb {
 namespace {

@@ -9,7 +9,6 @@
 #include <cmath>
 #include <map>
 #include <regex>
-#include <sstream>
 
 #include "Support/Support.h"
 
@@ -84,7 +83,7 @@ struct std::hash<zeb::Ticket> {
 namespace zeb {
 namespace {
 
-/// Whose fields are written by a function.
+/// An object that writes its fields with a function.
 struct Writer {
   static const char* encodableName() { return ""; }
   void encode(ZEBEncoder& encoder) const { write(encoder); }
@@ -114,8 +113,8 @@ T unarchived(std::string_view document) {
   return unarchiver.unarchivedRootObject<Holder<T>>(bytes(document)).value;
 }
 
-/// Document text out of a shorthand: "@X" opens a value of type X, "%X" an object of that name, and "<1>"
-/// stands for an archived double.
+/// The text of a document written in short form: "@X" begins a tagged value of type X, "%X" begins an
+/// object with that encodable name, and "<1>" is an archived double.
 std::string expanded(std::string text) {
   text = std::regex_replace(text, std::regex("@(\\w+)"), R"({"type":"$1")");
   text = std::regex_replace(text, std::regex("%(\\w+)"), R"({"encodableName":"$1")");
@@ -287,36 +286,48 @@ TEST(ArchiveDeathTest, ProgrammingErrorsStopTheProcess) {
 }
 
 TEST(Unarchiver, MalformedDocumentsFailWithCasePayloadAndPath) {
-  // An error, and the fields of a `Holder` or, after "!", the whole documents that give it.
-  std::istringstream lines(R"(NSError 3840|!null|!"text"|!
-unexpectedRootDataType|![]
-missingRootObject|!@Array,"arrayValues":[]}|!%Node,"c_v":1}
-missingEncodableName(key: "root") at root|!{}|!{"type":5}
-missingDecodingBuilder(encodableName: "Nobody") at root|!%Nobody}
-unexpectedDataType(key: "encodableName") at root|!{"encodableName":5}
-missingRequiredData(key: "v") at root|!%Holder}|!%Holder,"v":1}
-unexpectedContent(key: "v") at root|null|[1]
-missingEncodableName(key: "v") at root.v|{}
-unexpectedContent(key: "Blob") at root.v|@Blob}
-unexpectedDataType(key: "bits") at root.v|@Double,"bits":"1"}
-unexpectedContent(key: "bits") at root.v|@Double,"bits":-1}|@Double,"bits":1.5}|@Double,"bits":true}|@Double,"bits":null}|@Float,"bits":4294967296}
-unexpectedContent(key: "bytes") at root.v|@Data,"bytes":"AA"}|@UTF16String,"bytes":"AA=="}
-missingRequiredData(key: "bits") at root.v.interval|@Date,"interval":@Double}}
-missingRequiredData(key: "height") at root.v|@CGRect,"x":<1>,"y":<1>,"width":<1>}|@CGSize,"width":<1>}
-unexpectedContent(key: "location") at root.v|@NSRange,"location":-1,"length":0}
-unexpectedContent(key: "v") at root.v[1]|@Array,"arrayValues":[1,%Nil}]}
-missingEncodableName(key: "v") at root.v[1]|@Array,"arrayValues":[1,{}]}
-missingRequiredData(key: "values") at root.v|@Dictionary,"keys":[]}
-unexpectedContent(key: "v") at root.v|@Array,"arrayValues":[1,null]}|@Dictionary,"keys":[1],"values":[]}|@Dictionary,"keys":[true],"values":[1]}|@Dictionary,"keys":[<1>],"values":[1]}
-missingDecodingBuilder(encodableName: "X") at root.v[0].v|@Array,"arrayValues":[%Node,"c_v":%X}}]}
-missingRequiredData(key: "rawValue") at root.v|%Mood}|%Color,"rawValue":1}
-unexpectedContent(key: "rawValue") at root.v|%Mood,"c_rawValue":2}|%Mood,"c_rawValue":-1}|%Color,"c_rawValue":"b"})");
-  for (std::string line, error, text; std::getline(lines, line);) {
-    std::istringstream cells(line);
-    for (std::getline(cells, error, '|'); std::getline(cells, text, '|');) {
-      const std::string document = text[0] == '!' ? expanded(text.substr(1)) : held(text);
-      EXPECT_EQ(readingError(document), error) << document;
+  using Rows = std::vector<std::pair<std::string, std::vector<std::string>>>;
+  const Rows wholeDocuments = {
+      {"NSError 3840", {"null", R"("text")", ""}},
+      {"unexpectedRootDataType", {"[]"}},
+      {"missingRootObject", {R"(@Array,"arrayValues":[]})", R"(%Node,"c_v":1})"}},
+      {R"(missingEncodableName(key: "root") at root)", {"{}", R"({"type":5})"}},
+      {R"(missingDecodingBuilder(encodableName: "Nobody") at root)", {"%Nobody}"}},
+      {R"(unexpectedDataType(key: "encodableName") at root)", {R"({"encodableName":5})"}},
+      {R"(missingRequiredData(key: "v") at root)", {"%Holder}", R"(%Holder,"v":1})"}}};
+  for (const auto& [error, documents] : wholeDocuments) {
+    for (const std::string& document : documents) {
+      EXPECT_EQ(readingError(expanded(document)), error) << document;
     }
+  }
+  const Rows fieldsOfHolder = {
+      {R"(unexpectedContent(key: "v") at root)", {"null", "[1]"}},
+      {R"(missingEncodableName(key: "v") at root.v)", {"{}"}},
+      {R"(unexpectedContent(key: "Blob") at root.v)", {"@Blob}"}},
+      {R"(unexpectedDataType(key: "bits") at root.v)", {R"(@Double,"bits":"1"})"}},
+      {R"(unexpectedContent(key: "bits") at root.v)",
+       {R"(@Double,"bits":-1})", R"(@Double,"bits":1.5})", R"(@Double,"bits":true})",
+        R"(@Double,"bits":null})", R"(@Float,"bits":4294967296})"}},
+      {R"(unexpectedContent(key: "bytes") at root.v)",
+       {R"(@Data,"bytes":"AA"})", R"(@UTF16String,"bytes":"AA=="})"}},
+      {R"(missingRequiredData(key: "bits") at root.v.interval)", {R"(@Date,"interval":@Double}})"}},
+      {R"(missingRequiredData(key: "height") at root.v)",
+       {R"(@CGRect,"x":<1>,"y":<1>,"width":<1>})", R"(@CGSize,"width":<1>})"}},
+      {R"(unexpectedContent(key: "location") at root.v)",
+       {R"(@NSRange,"location":-1,"length":0})"}},
+      {R"(unexpectedContent(key: "v") at root.v[1])", {R"(@Array,"arrayValues":[1,%Nil}]})"}},
+      {R"(missingEncodableName(key: "v") at root.v[1])", {R"(@Array,"arrayValues":[1,{}]})"}},
+      {R"(missingRequiredData(key: "values") at root.v)", {R"(@Dictionary,"keys":[]})"}},
+      {R"(unexpectedContent(key: "v") at root.v)",
+       {R"(@Array,"arrayValues":[1,null]})", R"(@Dictionary,"keys":[1],"values":[]})",
+        R"(@Dictionary,"keys":[true],"values":[1]})", R"(@Dictionary,"keys":[<1>],"values":[1]})"}},
+      {R"(missingDecodingBuilder(encodableName: "X") at root.v[0].v)",
+       {R"(@Array,"arrayValues":[%Node,"c_v":%X}}]})"}},
+      {R"(missingRequiredData(key: "rawValue") at root.v)", {"%Mood}", R"(%Color,"rawValue":1})"}},
+      {R"(unexpectedContent(key: "rawValue") at root.v)",
+       {R"(%Mood,"c_rawValue":2})", R"(%Mood,"c_rawValue":-1})", R"(%Color,"c_rawValue":"b"})"}}};
+  for (const auto& [error, fields] : fieldsOfHolder) {
+    for (const std::string& field : fields) EXPECT_EQ(readingError(held(field)), error) << field;
   }
   for (const std::string field : {"7", R"(@Array,"arrayValues":[1,"2"]})"}) {
     EXPECT_EQ(readingError<std::vector<int>>(held(field)),

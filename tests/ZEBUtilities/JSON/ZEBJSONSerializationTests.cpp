@@ -130,7 +130,11 @@ TEST_F(JSONTest, WorksAsynchronouslyAndCompletesOnTheMainThread) {
   OLGSetLevel(OLGLevelCritical);
   Json::encodeJSONObject(NSSet{1}, 0, complete);
   EXPECT_TRUE(answers.empty()) << "never from within the call";
-  while (answers.size() < 5) detail::runMainQueue();
+  const auto areAllThere = [&] {
+    detail::runMainQueue();
+    return answers.size() >= 5;
+  };
+  test::waitUntil(areAllThere, "five completions were called");
   std::ranges::sort(answers);
   EXPECT_EQ(answers, (Lines{"(\n    1\n) 0", "(null) 0", "(null) 3840", "(null) 3852", "[1,2] 0"}));
   EXPECT_EQ(log.take(), Lines{}) << "the pool's threads may parse";

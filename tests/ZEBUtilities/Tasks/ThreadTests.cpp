@@ -4,25 +4,22 @@
 #include <ZEBUtilities/Tasks/ZEBThread.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <semaphore>
 #include <string>
-#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
+
+#include "Support/FakeClock.h"
+#include "Support/LoopSupport.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 
 namespace {
 
-void runMainLoopUntil(const std::function<bool()>& isDone) {
-  while (!isDone())
-    NSRunLoop::mainRunLoop()->runMode(NSDefaultRunLoopMode, NSDate::distantFuture());
-}
-
-/// Runs the main loop until a thread's exit is told of, on the main thread; answers the notification's object.
-Value objectOfNextExit() {
+/// Lets seconds pass until a thread's exit is announced; returns the notification's object.
+Value objectOfNextExit(FakeClock& clock) {
   std::vector<Value> objects;
   const auto token = NSNotificationCenter::defaultCenter()->addObserverForName(
       ZEBThreadWillExitNotification, nullptr, nullptr,
@@ -30,19 +27,33 @@ Value objectOfNextExit() {
         EXPECT_TRUE(NSThread::currentThread()->isMainThread());
         objects.push_back(notification->object());
       });
-  runMainLoopUntil([&] { return !objects.empty(); });
+  const auto isAnnounced = [&] {
+    clock.advance(1);
+    runOnce();
+    return !objects.empty();
+  };
+  waitUntil(isAnnounced, "a thread's exit is announced");
   NSNotificationCenter::defaultCenter()->removeObserver(token);
   return objects.front();
+}
+
+void acquire(std::binary_semaphore& semaphore, FakeClock& clock, const char* expected) {
+  const auto isAcquired = [&] {
+    clock.advance(1);
+    return semaphore.try_acquire();
+  };
+  waitUntil(isAcquired, expected);
 }
 
 }  // namespace
 
 TEST(ZEBThread, RunsBlocksInOrderUntilItIsCancelled) {
+  FakeClock clock;
   auto thread = makeRef<ZEBThread>();
   thread->setName("worker");
   EXPECT_FALSE(thread->isCurrentThread());
   std::string log;
-  std::binary_semaphore fired(0), isHeld(0), mayGoOn(0);
+  std::binary_semaphore fired(0), isHeld(0), mayContinue(0), isReleased(0);
   thread->performBlockAsync([&] { log += 'a'; });
   thread->performBlockSync(nullptr);
   thread->performBlockSync([&] {
@@ -54,32 +65,33 @@ TEST(ZEBThread, RunsBlocksInOrderUntilItIsCancelled) {
     thread->performBlockSync([&] { log += 'b'; });  // at once
     log += 'c';
   });
-  fired.acquire();
+  acquire(fired, clock, "the thread's run loop fires a timer");
   EXPECT_EQ(log, "abcd");
 
   thread->performBlockAsync([&] {
     isHeld.release();
-    mayGoOn.acquire();
+    mayContinue.acquire();
   });
-  isHeld.acquire();
+  acquire(isHeld, clock, "the thread calls a block");
   thread->performBlockAsync([&] { log += '!'; });
-  std::thread waiter([&] { thread->performBlockSync([&] { log += '!'; }); });
+  std::jthread waiter([&] {
+    thread->performBlockSync([&] { log += '!'; });
+    isReleased.release();
+  });
   thread->cancel();
   EXPECT_TRUE(thread->isCancelled());
   thread->performBlockSync([&] { log += '!'; });
-  mayGoOn.release();
-  waiter.join();  // goes on although its block is skipped
+  mayContinue.release();
+  acquire(isReleased, clock, "a caller continues although its block is skipped");
   const WeakRef<ZEBThread> weakThread(std::exchange(thread, nullptr));
-  EXPECT_EQ(objectOfNextExit(), Value("worker"));  // the name, not the thread
+  EXPECT_EQ(objectOfNextExit(clock), Value("worker")) << "the name, not the thread";
   EXPECT_EQ(log, "abcd");
-  while (weakThread.lock()) std::this_thread::yield();  // nobody but its thread held it
-}
+  waitUntil([&] { return !weakThread.lock(); }, "the thread has released its object");
 
-TEST(ZEBThread, EndsWithinAboutASecondWhenCancelledWhileIdle) {
-  const auto thread = makeRef<ZEBThread>();
-  thread->performBlockSync([] {});
-  thread->cancel();
-  EXPECT_TRUE(objectOfNextExit().isNil());  // it had no name
+  const auto idle = makeRef<ZEBThread>();
+  idle->performBlockSync([] {});
+  idle->cancel();
+  EXPECT_TRUE(objectOfNextExit(clock).isNil()) << "it had no name";
 }
 
 using DeferredTask = ZEBMainThreadRunLoopDeferredTask;
@@ -87,6 +99,14 @@ static_assert(!std::is_default_constructible_v<DeferredTask>);
 
 TEST(ZEBMainThreadRunLoopDeferredTask, RunsOnceWhenTheBurstIsOver) {
   const Ref<NSRunLoop>& loop = NSRunLoop::mainRunLoop();
+  const auto runUntil = [&](const auto& condition, const char* expected) {
+    const auto isDone = [&] {
+      // Long enough that the loop gets to wait.
+      loop->runMode(NSDefaultRunLoopMode, NSDate::date().dateByAddingTimeInterval(0.001));
+      return condition();
+    };
+    waitUntil(isDone, expected);
+  };
   std::string log;
   Ref<DeferredTask> task, dropped;
   loop->performBlock([&] {
@@ -99,10 +119,10 @@ TEST(ZEBMainThreadRunLoopDeferredTask, RunsOnceWhenTheBurstIsOver) {
       loop->performBlock([&] { log += 'c'; });
     });
   });
-  runMainLoopUntil([&] { return log.size() >= 4; });
+  runUntil([&] { return log.size() >= 4; }, "the task runs");
   EXPECT_EQ(log, "abcT");
 
-  // Scheduled on another thread's loop, it runs on the main queue all the same.
+  // A task that another thread's loop schedules runs on the main queue too.
   const auto thread = makeRef<ZEBThread>();
   thread->performBlockAsync([&] {
     task = makeRef<DeferredTask>([&] {
@@ -110,17 +130,17 @@ TEST(ZEBMainThreadRunLoopDeferredTask, RunsOnceWhenTheBurstIsOver) {
       log += 'U';
     });
   });
-  runMainLoopUntil([&] { return log.size() >= 5; });
+  runUntil([&] { return log.size() >= 5; }, "another thread's task runs");
   thread->cancel();
 
-  // Released between the loop's idle moment and the main queue's turn: too early as well.
+  // A task that is released between the loop's idle moment and the main queue's turn does not run.
   task = makeRef<DeferredTask>([&] { log += '!'; });
   loop->addObserver(makeRef<RunLoopObserver>(RunLoopBeforeWaiting, false, 1,
                                              [&](auto&, auto) { task = nullptr; }),
                     NSDefaultRunLoopMode);
-  runMainLoopUntil([&] { return !task; });
+  runUntil([&] { return !task; }, "the loop is about to wait");
   loop->performBlock([] {});
-  loop->runMode(NSDefaultRunLoopMode, NSDate::distantPast());
+  runOnce();
   EXPECT_EQ(log, "abcTU");
   (void)makeRef<DeferredTask>(nullptr);
 }

@@ -15,6 +15,7 @@
 
 #include "Support/FakeClock.h"
 #include "Support/LogRecorder.h"
+#include "Support/Storm.h"
 #include "Support/Support.h"
 
 namespace zeb {
@@ -57,7 +58,8 @@ void goToBackground() { post("UIApplicationDidEnterBackgroundNotification"); }
 void comeBack() { post("UIApplicationWillEnterForegroundNotification"); }
 
 void wait(const dispatch_semaphore_t& semaphore) {
-  dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER);
+  test::waitUntil([&] { return dispatch_semaphore_wait(semaphore, DISPATCH_TIME_NOW) == 0; },
+                  "the timer has fired");
 }
 
 TEST(ZEBTimer, LogsAndInvalidatesByHowItFires) {
@@ -261,7 +263,7 @@ TEST(ZEBTimer, FiresOnceWhoeverIsFirst) {
     start.arrive_and_wait();
     timer->fire();
     other.join();
-    while (timer->isValid()) std::this_thread::yield();
+    test::waitUntil([&] { return !timer->isValid(); }, "the timer has fired");
     EXPECT_EQ(firings, 3) << "the two other threads come too late";
   }
 }
@@ -360,37 +362,29 @@ TEST(ZEBTimer, StandsEverythingAtOnce) {
           [&, probe = makeRef<test::Probe>(deaths)](const Ref<ZEBTimer>&) { ++firings; }, true,
           pause);
       timer->applyToQueue(queue);
-      std::latch start(4);
-      const auto hammer = [&](auto work) {
-        return std::thread([&, work] {
-          start.arrive_and_wait();
-          for (int i = 0; i < 50; ++i) work();
-        });
-      };
-      std::thread threads[] = {
-          hammer([&] {
+      test::storm(4, [&](int thread, std::mt19937&) {
+        for (int i = 0; i < 50; ++i) {
+          if (thread == 0) {
             goToBackground();
             comeBack();
-          }),
-          hammer([&] {
+          } else if (thread == 1) {
             timer->setFireDate(NSDate::date());
             timer->setTolerance(timer->tolerance() + 0.001);
-          }),
-          hammer([&] {
+          } else if (thread == 2) {
             timer->fire();
             timer->applyToQueue(queue);
             timer->setBlock(timer->block());
-          }),
-      };
-      start.arrive_and_wait();
-      while (firings < 50) std::this_thread::yield();
-      timer->invalidate();
-      EXPECT_FALSE(timer->isValid());
-      for (std::thread& thread : threads) thread.join();
+          }
+        }
+        if (thread != 3) return;
+        test::waitUntil([&] { return firings >= 50; }, "the timer has fired 50 times");
+        timer->invalidate();
+        EXPECT_FALSE(timer->isValid());
+      });
       EXPECT_FALSE(timer->isValid());
       timer->setBlock(nullptr);
     }
-    while (deaths == 0) std::this_thread::yield();
+    test::waitUntil([&] { return deaths == 1; }, "the block is released");
   }
 }
 
