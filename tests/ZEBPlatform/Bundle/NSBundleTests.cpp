@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder that goes with the test.
+/// A folder that is deleted after the test.
 struct ScratchFolder {
   const fs::path path = fs::temp_directory_path() / ("zeb-bundle-" + std::to_string(getpid()));
   ScratchFolder() { fs::create_directories(path); }
@@ -64,7 +64,7 @@ TEST(NSBundle, FindsTheBundleOfAnExecutable) {
   EXPECT_TRUE(NSBundle::bundleForExecutable(nullptr) == nullptr);
 }
 
-TEST(NSBundle, KeepsTheReasonWhyItsFileCannotBeRead) {
+TEST(NSBundle, KeepsTheErrorOfAnUnreadableFile) {
   const ScratchFolder scratch;
   scratch.write("bad/Info.plist", "<plist><dict>");
   scratch.write("list/Info.plist", "<plist><array/></plist>");
@@ -88,7 +88,7 @@ TEST(NSBundle, KeepsTheReasonWhyItsFileCannotBeRead) {
   }
 }
 
-TEST(NSBundle, TakesTheHostsMainBundleUntilSomebodyAsked) {
+TEST(NSBundle, TheHostCanSetTheMainBundleBeforeItsFirstUse) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";  // a process of its own
   const auto setAndAsk = [] {
     const auto hosts = NSBundle::bundleWithPath("/opt/app", {{"Key", "value"}});

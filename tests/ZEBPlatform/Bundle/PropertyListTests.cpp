@@ -116,7 +116,7 @@ TEST(PropertyList, ReadsEveryKindInBothForms) {
   }
 }
 
-TEST(PropertyList, SaysWhyADocumentIsRefused) {
+TEST(PropertyList, ErrorsContainTheReason) {
   // Every level refers to the next one 100 times.
   std::vector<std::string> bomb;
   for (char level = 1; level < 20; ++level) {

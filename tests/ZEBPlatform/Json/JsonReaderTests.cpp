@@ -77,7 +77,7 @@ TEST(JsonReader, Accepts) {
   EXPECT_TRUE(read("1" + zeros + "e-10").isNil());
 }
 
-TEST(JsonReader, RejectsAndTellsWhatAndWhere) {
+TEST(JsonReader, ErrorsContainFaultAndPosition) {
   using Fault = std::pair<std::string_view, std::int64_t>;
   // clang-format off
   const std::pair<const char*, std::vector<Fault>> groups[] = {
@@ -122,14 +122,14 @@ TEST(JsonReader, RejectsAndTellsWhatAndWhere) {
   EXPECT_STREQ(error.what(), "A value was expected at line 3, column 3 (byte offset 11).");
 }
 
-TEST(JsonReader, EndsAtTheStatedDepth) {
+TEST(JsonReader, StopsAtTheDepthLimit) {
   const auto nested = [](std::size_t depth) {
     return std::string(depth, '[') + std::string(depth, ']');
   };
   EXPECT_FALSE(read(nested(512)).isNil());
   std::string wide = "[";
   for (int turn = 0; turn < 1000; ++turn) wide += nested(511) + ",";
-  EXPECT_EQ(NSArray(read(wide + "0]")).count(), 1001u) << "closing a level gives it back";
+  EXPECT_EQ(NSArray(read(wide + "0]")).count(), 1001u) << "closed levels do not count";
   for (const std::string& text : {nested(513), nested(100'000), std::string(100'000, '[')}) {
     NSError error;
     runOnSmallStack([&] { EXPECT_TRUE(read(text, 0, &error).isNil()); });
@@ -165,7 +165,7 @@ TEST(JsonReader, LastOfEqualKeysWinsAtTheFirstOnesPlace) {
   }
 }
 
-TEST(JsonReader, DefendsItselfAgainstChosenKeys) {
+TEST(JsonReader, StaysFastWithCollidingKeys) {
   const std::vector<std::string> keys = collidingKeys(3000);
   std::string text = "{";
   for (std::size_t i = 0; i < 2 * keys.size(); ++i) {
@@ -177,7 +177,7 @@ TEST(JsonReader, DefendsItselfAgainstChosenKeys) {
   for (std::size_t i = 0; i < 3000; ++i) ASSERT_EQ(dictionary[NSString(keys[i])], 3000 + i);
 }
 
-TEST(JsonReader, MakesMutableWhatIsAsked) {
+TEST(JsonReader, MakesLeavesAndCollectionsMutable) {
   for (const std::uint64_t options : {0u, 1u, 2u, 3u}) {
     const NSDictionary root(read("{\"list\":[\"text\",{\"k\":\"\xC3\xA9\"},1]}", options));
     const NSArray list(root["list"]);

@@ -12,7 +12,7 @@ void logLine(std::string_view message, std::int32_t level = OLGLevelError) {
   OLGLogMessage({nullptr, level, "channel", "file", "function", 7, message});
 }
 
-TEST(OLGLogging, LevelsAreAskedForAndHandlersGetTheWholeRecord) {
+TEST(OLGLogging, LevelsFilterAndHandlersGetTheWholeRecord) {
   EXPECT_TRUE(OLGCanLog(nullptr, OLGLevelInformation, "any"));
   EXPECT_FALSE(OLGCanLog(nullptr, OLGLevelDebug, "any"));
   test::LogRecorder recorder;
@@ -23,7 +23,8 @@ TEST(OLGLogging, LevelsAreAskedForAndHandlersGetTheWholeRecord) {
   OLGResetChannelLevel("own");
   EXPECT_FALSE(OLGCanLog(nullptr, OLGLevelNotice, "own"));
   OLGLogEx(nullptr, 7, "a channel", "a/file", "-[A b:]", 42, "%d %@, 100%% {}", 3, NSString("é"));
-  EXPECT_EQ(recorder.take().at(0), "7|a channel|a/file|-[A b:]|3 é, 100% {}") << "doesn't ask";
+  EXPECT_EQ(recorder.take().at(0), "7|a channel|a/file|-[A b:]|3 é, 100% {}")
+      << "does not check the level";
   const char* const none = nullptr;
   EXPECT_TRUE(OLGCanLog(none, OLGLevelError, none));
   OLGLogEx(none, 7, none, none, none, 0, none);

@@ -8,7 +8,7 @@
 namespace zeb {
 namespace {
 
-TEST(NSProcessInfo, TellsWhatTheSystemTells) {
+TEST(NSProcessInfo, AgreesWithTheSystem) {
   const auto& info = NSProcessInfo::processInfo();
   EXPECT_EQ(info->processIdentifier(), getpid());
   EXPECT_EQ(info->processName(), "zeb_test_ZEBPlatform_Process"_ns);

@@ -54,7 +54,7 @@ TEST(FrameworkLoading, ReportsTheLastFailure) {
   EXPECT_FALSE(ZEBUnloadFramework(nullptr, &error));
   EXPECT_EQ(error, NSError("NSPOSIXErrorDomain", 22));
 
-  // Each error tells the file that was tried last.
+  // Each error names the last file that was tried.
   for (const auto& [name, tried] :
        {std::pair{"Foo", "/System/Library/Frameworks/Foo.framework/Foo"},
         {"Foo.framework", "/System/Library/Frameworks/Foo.framework/Foo"},
@@ -69,7 +69,7 @@ TEST(FrameworkLoading, ReportsTheLastFailure) {
   }
   EXPECT_FALSE(ZEBLoadFramework("Foo", RTLD_NOW));
 
-  // A library that the program was linked with, and that nobody has opened.
+  // A library that the program was linked with, and that was not opened with the loader.
   Dl_info image;
   void* handle = nullptr;
   ASSERT_TRUE(dladdr1(stdout, &image, &handle, RTLD_DL_LINKMAP));
@@ -79,7 +79,7 @@ TEST(FrameworkLoading, ReportsTheLastFailure) {
   EXPECT_GT(NSString(error.userInfo()["dlerror"]).length(), 0u);
 }
 
-TEST(FrameworkLoading, LoadsNothingThatOthersCouldHaveChosen) {
+TEST(FrameworkLoading, LoadsNoFileThatOthersCouldChange) {
   namespace fs = std::filesystem;
   std::string folder = testing::TempDir() + "frameworks-XXXXXX";
   ASSERT_TRUE(mkdtemp(folder.data()));
@@ -110,13 +110,14 @@ TEST(FrameworkLoading, LoadsNothingThatOthersCouldHaveChosen) {
   }
   EXPECT_TRUE(holds(dlerror("./Trap", nullptr), "relative"));
   EXPECT_EQ(modes(0644, 0755), "loaded");
-  EXPECT_EQ(modes(0600, 01777), "loaded") << "nobody exchanges others' files in a sticky folder";
+  EXPECT_EQ(modes(0600, 01777), "loaded")
+      << "in a sticky folder, users cannot replace the files of others";
   EXPECT_TRUE(holds(modes(0664, 0755), file + " can be changed"));
   EXPECT_TRUE(holds(modes(0646, 0755), file + " can be changed"));
   EXPECT_TRUE(holds(modes(0644, 0757), framework + " can be changed"));
   EXPECT_NE(dlerror("Trap", {folder}), "loaded");
   EXPECT_TRUE(holds(log.take().back(), framework + " can be changed"))
-      << "the error tells of another";
+      << "the error describes another file";
   EXPECT_EQ(modes(0644, 0755), "loaded");
   if (geteuid() == 0) {
     ASSERT_EQ(chown(file.c_str(), 12345, 0), 0);
@@ -135,7 +136,7 @@ TEST(FrameworkLoading, LoadsNothingThatOthersCouldHaveChosen) {
   fs::remove_all(folder);
 }
 
-TEST(FrameworkLoading, TakesTheHostsFolderFirst) {
+TEST(FrameworkLoading, TheHostsFolderHasPriority) {
   const NSString found = ZEBFrameworksDirectory();
   ZEBSetFrameworksDirectory("/opt/frameworks");
   EXPECT_EQ(ZEBFrameworksDirectory(), "/opt/frameworks"_ns);

@@ -45,7 +45,7 @@ struct Holder {
   T value;
 };
 
-/// The same as a shared object, which goes to its field from a frame that soon fills a small stack.
+/// The same as a shared object. Its large stack frames soon fill a small stack.
 struct Node : ZEBObjCEncodable {
   explicit Node(Value held) : value(std::move(held)) {}
   explicit Node(ZEBDecoder& decoder) {
@@ -102,7 +102,7 @@ template <class T>
 std::string archived(const T& root) {
   return std::string(ZEBArchiver().archivedData(root).view());
 }
-/// What the document's `Holder` holds.
+/// The value in the document's `Holder`.
 template <class T>
 T unarchived(std::string_view document) {
   static const auto models = makeRef<Registry>(
@@ -113,8 +113,8 @@ T unarchived(std::string_view document) {
   return unarchiver.unarchivedRootObject<Holder<T>>(bytes(document)).value;
 }
 
-/// The text of a document written in short form: "@X" begins a tagged value of type X, "%X" begins an
-/// object with that encodable name, and "<1>" is an archived double.
+/// The text of a document written in short form: "@X" begins a tagged value of type X, "%X" begins
+/// an object with that encodable name, and "<1>" is an archived double.
 std::string expanded(std::string text) {
   text = std::regex_replace(text, std::regex("@(\\w+)"), R"({"type":"$1")");
   text = std::regex_replace(text, std::regex("%(\\w+)"), R"({"encodableName":"$1")");
@@ -128,7 +128,7 @@ std::string expanded(std::string text) {
 /// The document of a `Holder` with this field.
 std::string held(const std::string& field) { return expanded("%Holder,\"c_v\":" + field + "}"); }
 
-/// What goes wrong: "NSError <code>", or an unarchiver error's case, payload and path.
+/// The error that is thrown: "NSError <code>", or an unarchiver error's case, payload and path.
 std::string errorOf(const std::function<void()>& work) {
   try {
     work();
@@ -146,7 +146,7 @@ std::string readingError(std::string_view document) {
 
 const NSDate date = NSDate::dateWithTimeIntervalSince1970(0.5);
 
-TEST(Archive, EveryKindHasItsText) {
+TEST(Archive, EveryKindIsWrittenAndReadBack) {
   const CLLocation::Fields fields{{1, 2}, -HUGE_VAL, 4, 5, 6, 7, date};
   const NSDictionary dictionary{{1, NSArray{"a"}}, {7u, 0.5}, {NSString(u"\xDC00"), true}};
   const std::pair<Value, const char*> rows[] = {
@@ -335,7 +335,8 @@ TEST(Unarchiver, MalformedDocumentsFailWithCasePayloadAndPath) {
   }
 }
 
-/// Reads a field of this text, an absent one and ones of other types, with a default and without.
+/// Reads a field with this text, an absent field, and fields of other types, with and without a
+/// default.
 template <class T, class Default>
 void expectReads(const char* text, T value, T absent, T (ZEBDecoder::*require)(const StringKey&),
                  T (ZEBDecoder::*readOr)(const StringKey&, Default)) {
@@ -375,7 +376,7 @@ TEST(Unarchiver, TypedReadsRequireOrDefault) {
   expectReads(range, NSRange{1, 2}, {}, &D::decodeRangeForKey, &D::decodeRangeForKey);
 }
 
-TEST(Unarchiver, BrokenDocumentsFailAsDocumentedAndNoneIsKept) {
+TEST(Unarchiver, BrokenDocumentsFailAndDocumentsAreNotKept) {
   const Value everything = NSDictionary{
       {"a key", NSArray{makeRef<Node>(0.1), NSString(u"\xD800"), bytes("\1\2"), "a longer text"}},
       {1, NSArray{boxed(CGRect()), boxed(NSRange()), makeRef<CLLocation>(CLLocation::Fields())}},

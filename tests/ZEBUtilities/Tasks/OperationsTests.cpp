@@ -45,12 +45,12 @@ std::string dependencies(const Operations& operations) {
   return text;
 }
 
-TEST(OperationDependencyGraph, EstablishesWhatWasDeclared) {
+TEST(OperationDependencyGraph, AddsTheDeclaredDependencies) {
   const auto check = [](const auto& declare) {
     Operations all;
     for (const char* name : {"a", "b", "c", "d", "e"}) all.push_back(makeRef<Named>(name));
     const Graph graph = declare(all[0], all[1], all[2], all[3], all[4]);
-    EXPECT_EQ(dependencies(all), "") << "nothing before it is established";
+    EXPECT_EQ(dependencies(all), "") << "no dependencies before establishDependencies";
     graph.establishDependencies();
     return dependencies(all);
   };
@@ -86,7 +86,7 @@ TEST(OperationDependencyGraph, CountsEqualListsOnce) {
   EXPECT_EQ(e->dependencies(), Operations{same});
 }
 
-TEST(OperationDependencyGraph, MayBeAsLongAsItLikes) {
+TEST(OperationDependencyGraph, CanBeAnyLength) {
   test::runOnSmallStack([] {
     Operations all{makeRef<Named>("last")};
     Graph graph(all[0]);
@@ -102,7 +102,7 @@ TEST(OperationDependencyGraph, MayBeAsLongAsItLikes) {
   });
 }
 
-TEST(OperationDependencyGraph, MayBeAsWideAsItLikes) {
+TEST(OperationDependencyGraph, CanBeAnyWidth) {
   const Ref<NSOperation> first = makeRef<Named>("first");
   Graph::Graphs dependents;
   for (int i = 0; i < 100'000; ++i) dependents.emplace_back(makeRef<Named>("later"));
@@ -110,7 +110,7 @@ TEST(OperationDependencyGraph, MayBeAsWideAsItLikes) {
   EXPECT_EQ(dependents.back().operations()[0]->dependencies(), Operations{first});
 }
 
-TEST(ZEBSafeOperation, LetsGoOfItsCompletionBlock) {
+TEST(ZEBSafeOperation, ReleasesItsCompletionBlock) {
   EXPECT_FALSE(zeb_isCompletionBlockNotNilledBugPresent());
   const auto plain = makeRef<ZEBSafeOperation>();
   const auto block = ZEBSafeBlockOperation::blockOperationWithBlock([] {});
@@ -195,7 +195,7 @@ TEST(ZEBBackgroundQueue, IsOneSerialQueue) {
 
 static_assert(!std::is_default_constructible_v<ZEBBackgroundTaskHandle>);
 
-TEST(ZEBBackgroundTaskHandle, TellsItsDelegateOfItsEnd) {
+TEST(ZEBBackgroundTaskHandle, NotifiesItsDelegateWhenDestroyed) {
   struct Recorder : NSObject, ZEBBackgroundTaskHandleDelegate {
     void backgroundTaskHandleWillBeDeallocated(const NSString& identifier) override {
       ended.push_back(identifier);

@@ -62,7 +62,7 @@ void wait(const dispatch_semaphore_t& semaphore) {
                   "the timer has fired");
 }
 
-TEST(ZEBTimer, LogsAndInvalidatesByHowItFires) {
+TEST(ZEBTimer, LogsEachFiringAndInvalidatesAfterTheLast) {
   test::LogRecorder log;
   OLGSetLevel(OLGLevelDebug);
   const auto player = makeRef<Player>();
@@ -128,7 +128,7 @@ TEST(ZEBTimer, CallsItsTargetWithOrWithoutItself) {
   EXPECT_DEATH(send(misled, "init"_sel), "\\[ZEBTimer init\\]: unrecognized selector");
 }
 
-TEST(ZEBTimer, IsScheduledOnceOnOneKind) {
+TEST(ZEBTimer, IsScheduledOnARunLoopOrAQueue) {
   const auto queue = dispatch_queue_create("timer");
   const auto loop = NSRunLoop::currentRunLoop();
   const auto make = [] {
@@ -157,7 +157,7 @@ TEST(ZEBTimer, IsScheduledOnceOnOneKind) {
   EXPECT_TRUE(queued->isValid());
 }
 
-TEST(ZEBTimer, SubclassesMayScheduleTheSourceThemselves) {
+TEST(ZEBTimer, SubclassesCanScheduleTheSource) {
   struct Sooner : ZEBTimer {
     using ZEBTimer::applyGCDTimerToSource;
     using ZEBTimer::setUpGCDTimer;
@@ -189,14 +189,14 @@ TEST(ZEBTimer, SubclassesMayScheduleTheSourceThemselves) {
   EXPECT_FALSE(looped->isValid()) << "no source was made beside the run loop's timer";
 }
 
-TEST(ZEBTimer, OnARunLoopLivesUntilInvalidated) {
+TEST(ZEBTimer, OnARunLoopLivesUntilItIsInvalidated) {
   int firings = 0;
   WeakRef<ZEBTimer> timer = ZEBTimer::scheduledTimerWithTimeInterval(
       0.0001,
       [&](const Ref<ZEBTimer>& self) {
         if (++firings < 3) return;
         self->invalidate();
-        EXPECT_FALSE(self->block()) << "and yet it runs on";
+        EXPECT_FALSE(self->block()) << "the running block survives";
         NSRunLoop::currentRunLoop()->stop();
       },
       true);
@@ -205,7 +205,7 @@ TEST(ZEBTimer, OnARunLoopLivesUntilInvalidated) {
   EXPECT_EQ(firings, 3);
   EXPECT_FALSE(timer.lock());
 
-  // One that does not repeat, and whose date is moved.
+  // A timer that does not repeat, with a date that is moved.
   const auto once = ZEBTimer::scheduledTimerWithTimeInterval(
       1h, [](const Ref<ZEBTimer>&) { NSRunLoop::currentRunLoop()->stop(); }, false);
   once->setFireDate(NSDate::date());
@@ -213,7 +213,7 @@ TEST(ZEBTimer, OnARunLoopLivesUntilInvalidated) {
   EXPECT_FALSE(once->isValid());
 }
 
-TEST(ZEBTimer, OnAQueueIsKeptByItsOwnerOnly) {
+TEST(ZEBTimer, OnAQueueOnlyItsOwnerKeepsIt) {
   const auto queue = dispatch_queue_create("timer");
   const auto fired = dispatch_semaphore_create(0);
   std::atomic<int> deaths = 0;
@@ -224,7 +224,7 @@ TEST(ZEBTimer, OnAQueueIsKeptByItsOwnerOnly) {
         queue, 0.0001,
         [&, probe = makeRef<test::Probe>(deaths)](const Ref<ZEBTimer>&) {
           if (++firings < 3) return;
-          timer = nullptr;  // the firing goes on with the last reference
+          timer = nullptr;  // the firing holds the last reference
           EXPECT_TRUE(probe->isAlive);
           dispatch_semaphore_signal(fired);
         },
@@ -245,7 +245,7 @@ TEST(ZEBTimer, OnAQueueIsKeptByItsOwnerOnly) {
   EXPECT_FALSE(once->isValid());
 }
 
-TEST(ZEBTimer, FiresOnceWhoeverIsFirst) {
+TEST(ZEBTimer, FiresOnceWhenThreadsCompete) {
   const auto queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   for (int round = 0; round < 200; ++round) {
     std::atomic<int> firings = 0;
@@ -253,7 +253,7 @@ TEST(ZEBTimer, FiresOnceWhoeverIsFirst) {
     const auto timer = ZEBTimer::queuedTimerOnQueue(
         queue, 0,
         [&](const Ref<ZEBTimer>& self) {
-          if (++firings < 3) self->fire();  // valid until it has fired
+          if (++firings < 3) self->fire();  // valid until the firing has ended
         },
         false);
     std::thread other([&] {
@@ -264,11 +264,11 @@ TEST(ZEBTimer, FiresOnceWhoeverIsFirst) {
     timer->fire();
     other.join();
     test::waitUntil([&] { return !timer->isValid(); }, "the timer has fired");
-    EXPECT_EQ(firings, 3) << "the two other threads come too late";
+    EXPECT_EQ(firings, 3) << "the two other threads do not fire";
   }
 }
 
-TEST(ZEBTimer, PausesAndResumesOrStartsAnew) {
+TEST(ZEBTimer, PausesAndContinuesOrStartsAgain) {
   const struct {
     ZEBTimerBackgroundingBehavior behavior;
     double pausedAfterFireDate;
@@ -284,7 +284,7 @@ TEST(ZEBTimer, PausesAndResumesOrStartsAnew) {
     for (const int kind : {0, 1, 2}) {  // not scheduled, on the run loop, on the queue
       const NSDate fireDate =
           NSDate::date().dateByAddingTimeInterval(-expected.pausedAfterFireDate);
-      // Far from firing but for the dates that it calculates with.
+      // Does not fire during the test; only its date calculation is tested.
       const auto timer = makeRef<ZEBTimer>(
           NSDate::date().dateByAddingTimeInterval(hour), 10, [](const Ref<ZEBTimer>&) {}, true,
           expected.behavior);
@@ -320,7 +320,7 @@ TEST(ZEBTimer, PausesAndResumesOrStartsAnew) {
   strange->setBackgroundDate(fireDate);
   comeBack();
   EXPECT_TRUE(strange->backgroundDate().isNil() && strange->fireDate().isIdenticalTo(fireDate));
-  EXPECT_EQ(steady->backgroundDate(), fireDate) << "does not listen";
+  EXPECT_EQ(steady->backgroundDate(), fireDate) << "does not observe backgrounding";
 }
 
 TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensionsOnly) {
@@ -351,7 +351,7 @@ TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensionsOnly) {
             pause);
 }
 
-TEST(ZEBTimer, StandsEverythingAtOnce) {
+TEST(ZEBTimer, SurvivesAllCallsAtOnce) {
   const auto queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   for (int round = 0; round < 30; ++round) {
     std::atomic<int> deaths = 0;
