@@ -6,4 +6,5 @@
 #include <ZEBUtilities/Collections/NSArray+ZEBAdditions.h>
 #include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
 #include <ZEBUtilities/Collections/NSMutableDictionary+ZEBAdditions.h>
+#include <ZEBUtilities/Collections/PathElementKeys.h>
 #include <ZEBUtilities/Collections/ZEBCircularFIFOBuffer.h>

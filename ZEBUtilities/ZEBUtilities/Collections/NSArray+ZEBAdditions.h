@@ -4,9 +4,9 @@
 
 namespace zeb {
 
-/// A new mutable array with only what a property list can hold, to any depth, in order: strings,
-/// numbers, data and dates as they are, arrays cleaned by this same method, dictionaries by
-/// `zeb_dictionaryByRemovingInvalidPropertyListEntries`. Nil on nil.
-NSMutableArray zeb_arrayByRemovingInvalidPropertyListObjects(const NSArray& array);
+/// A new mutable array with those elements that a property list can hold, in order and to any
+/// depth: strings, numbers, data and dates themselves, arrays cleaned by this function,
+/// dictionaries by `zeb_dictionaryByRemovingInvalidPropertyListEntries`. Nil on nil.
+[[nodiscard]] NSMutableArray zeb_arrayByRemovingInvalidPropertyListObjects(const NSArray& array);
 
 }  // namespace zeb

@@ -6,25 +6,31 @@ namespace zeb {
 
 namespace {
 
-/// The object when it has the numeric readings, else null.
-const Value* readableObject(const NSDictionary& dictionary, const StringKey& key) noexcept {
-  const Value* object = dictionary.find(key);
-  return object && object->respondsToNumericReadings() ? object : nullptr;
+/// The object that the path leads to, borrowed from its dictionary; null if there is none.
+const Value* find(const NSDictionary& dictionary, const PathElementKeys& keys) {
+  if (keys.count() == 0) return nullptr;
+  const Value* object = dictionary.find(keys[0]);
+  for (std::size_t index = 1; object && index < keys.count(); ++index) {
+    object = NSDictionary(*object).find(keys[index]);
+  }
+  return object;
+}
+const Value* find(const NSDictionary& dictionary, const DictionaryKey& key) {
+  return dictionary.find(key);
 }
 
+/// The object's reading when it has the numeric readings, else the default.
 template <class Number>
-Number reading(const NSDictionary& dictionary, const StringKey& key, Number defaultValue,
-               Number (Value::*read)() const noexcept) noexcept {
-  if (dictionary.isNil()) return Number();
-  const Value* object = readableObject(dictionary, key);
-  return object ? (object->*read)() : defaultValue;
+Number reading(const Value* object, Number defaultValue, Number (Value::*read)() const noexcept) {
+  return object && object->respondsToNumericReadings() ? (object->*read)() : defaultValue;
 }
 
-/// The object as a handle of one kind, nil when it is of another.
+/// The object as a handle of one kind, the default when it is of another.
 template <class Handle>
-Handle objectOfKind(const NSDictionary& dictionary, const StringKey& key) {
-  const Value* object = dictionary.find(key);
-  return object ? Handle(*object) : Handle();
+Handle objectOfKind(const Value* object, const Handle& defaultValue = nullptr) {
+  Handle handle = object ? Handle(*object) : Handle();
+  if (handle.isNil()) return defaultValue;
+  return handle;
 }
 
 bool isPropertyListLeaf(const Value& value) noexcept {
@@ -33,14 +39,14 @@ bool isPropertyListLeaf(const Value& value) noexcept {
 
 /// Arrays stay mutable, dictionaries do not.
 struct PropertyListRules : detail::TreeRules {
-  static constexpr int deepestKeyNesting = 64;
+  static constexpr int maxKeyNesting = 64;
   int keyNesting = 0;
 
   static bool keeps(const Value& collection, std::size_t) { return !collection.isSet(); }
   Value leaf(const Value& value) const {
     if (isPropertyListLeaf(value)) return value;
     const bool isKey = value.isArray() || value.isDictionary();
-    if (!isKey || keyNesting == deepestKeyNesting) return {};
+    if (!isKey || keyNesting == maxKeyNesting) return {};
     PropertyListRules inner;
     inner.keyNesting = keyNesting + 1;
     return detail::rebuildTree(value, inner);
@@ -52,69 +58,97 @@ struct PropertyListRules : detail::TreeRules {
 
 }  // namespace
 
-bool zeb_boolForKey(const NSDictionary& dictionary, const StringKey& key,
-                    bool defaultValue) noexcept {
-  return reading(dictionary, key, defaultValue, &Value::boolValue);
+bool zeb_boolForKey(const NSDictionary& dictionary, const DictionaryKey& key, bool defaultValue) {
+  return reading(find(dictionary, key), defaultValue, &Value::boolValue);
 }
 
-std::int32_t zeb_intForKey(const NSDictionary& dictionary, const StringKey& key,
-                           std::int32_t defaultValue) noexcept {
-  return reading(dictionary, key, defaultValue, &Value::intValue);
+bool zeb_boolForPathElementKeys(const NSDictionary& dictionary, const PathElementKeys& keys,
+                                bool defaultValue) {
+  return reading(find(dictionary, keys), defaultValue, &Value::boolValue);
 }
 
-std::int64_t zeb_integerForKey(const NSDictionary& dictionary, const StringKey& key,
-                               std::int64_t defaultValue) noexcept {
-  return reading(dictionary, key, defaultValue, &Value::integerValue);
+std::int32_t zeb_intForKey(const NSDictionary& dictionary, const DictionaryKey& key,
+                           std::int32_t defaultValue) {
+  return reading(find(dictionary, key), defaultValue, &Value::intValue);
 }
 
-std::int64_t zeb_longLongForKey(const NSDictionary& dictionary, const StringKey& key,
-                                std::int64_t defaultValue) noexcept {
-  return reading(dictionary, key, defaultValue, &Value::longLongValue);
+std::int32_t zeb_intForPathElementKeys(const NSDictionary& dictionary, const PathElementKeys& keys,
+                                       std::int32_t defaultValue) {
+  return reading(find(dictionary, keys), defaultValue, &Value::intValue);
 }
 
-float zeb_floatForKey(const NSDictionary& dictionary, const StringKey& key,
-                      float defaultValue) noexcept {
-  return reading(dictionary, key, defaultValue, &Value::floatValue);
+std::int64_t zeb_integerForKey(const NSDictionary& dictionary, const DictionaryKey& key,
+                               std::int64_t defaultValue) {
+  return reading(find(dictionary, key), defaultValue, &Value::integerValue);
 }
 
-double zeb_doubleForKey(const NSDictionary& dictionary, const StringKey& key,
-                        double defaultValue) noexcept {
-  return reading(dictionary, key, defaultValue, &Value::doubleValue);
+std::int64_t zeb_integerForPathElementKeys(const NSDictionary& dictionary,
+                                           const PathElementKeys& keys, std::int64_t defaultValue) {
+  return reading(find(dictionary, keys), defaultValue, &Value::integerValue);
 }
 
-CGFloat zeb_cgFloatForKey(const NSDictionary& dictionary, const StringKey& key,
-                          CGFloat defaultValue) noexcept {
+std::int64_t zeb_longLongForKey(const NSDictionary& dictionary, const DictionaryKey& key,
+                                std::int64_t defaultValue) {
+  return reading(find(dictionary, key), defaultValue, &Value::longLongValue);
+}
+
+float zeb_floatForKey(const NSDictionary& dictionary, const DictionaryKey& key,
+                      float defaultValue) {
+  return reading(find(dictionary, key), defaultValue, &Value::floatValue);
+}
+
+double zeb_doubleForKey(const NSDictionary& dictionary, const DictionaryKey& key,
+                        double defaultValue) {
+  return reading(find(dictionary, key), defaultValue, &Value::doubleValue);
+}
+
+double zeb_doubleForPathElementKeys(const NSDictionary& dictionary, const PathElementKeys& keys,
+                                    double defaultValue) {
+  return reading(find(dictionary, keys), defaultValue, &Value::doubleValue);
+}
+
+CGFloat zeb_cgFloatForKey(const NSDictionary& dictionary, const DictionaryKey& key,
+                          CGFloat defaultValue) {
   return zeb_doubleForKey(dictionary, key, defaultValue);
 }
 
-NSNumber zeb_boolNumberForKey(const NSDictionary& dictionary, const StringKey& key) noexcept {
-  const Value* object = readableObject(dictionary, key);
-  return object ? NSNumber(object->boolValue()) : NSNumber();
+NSNumber zeb_boolNumberForKey(const NSDictionary& dictionary, const DictionaryKey& key) {
+  const Value* object = find(dictionary, key);
+  const bool isReadable = object && object->respondsToNumericReadings();
+  return isReadable ? NSNumber(object->boolValue()) : NSNumber();
 }
 
-NSString zeb_stringForKey(const NSDictionary& dictionary, const StringKey& key,
+NSString zeb_stringForKey(const NSDictionary& dictionary, const DictionaryKey& key,
                           const NSString& defaultValue) {
-  return zeb_stringForKey(dictionary, key, nullptr, defaultValue);
+  return objectOfKind(find(dictionary, key), defaultValue);
 }
 
-NSString zeb_stringForKey(const NSDictionary& dictionary, const StringKey& key,
+NSString zeb_stringForPathElementKeys(const NSDictionary& dictionary, const PathElementKeys& keys,
+                                      const NSString& defaultValue) {
+  return objectOfKind(find(dictionary, keys), defaultValue);
+}
+
+NSString zeb_stringForKey(const NSDictionary& dictionary, const DictionaryKey& key,
                           FunctionView<bool(const NSString& string)> passingTest,
                           const NSString& defaultValue) {
-  if (dictionary.isNil()) return nullptr;
-  NSString string = objectOfKind<NSString>(dictionary, key);
+  NSString string = zeb_stringForKey(dictionary, key);
   const bool passes = !string.isNil() && (!passingTest || passingTest(string));
   return passes ? string : defaultValue;
 }
 
-NSNumber zeb_numberForKey(const NSDictionary& dictionary, const StringKey& key) {
-  return objectOfKind<NSNumber>(dictionary, key);
+NSNumber zeb_numberForKey(const NSDictionary& dictionary, const DictionaryKey& key) {
+  return objectOfKind<NSNumber>(find(dictionary, key));
 }
 
-NSArray zeb_arrayForKey(const NSDictionary& dictionary, const StringKey& key) {
-  return objectOfKind<NSArray>(dictionary, key);
+NSArray zeb_arrayForKey(const NSDictionary& dictionary, const DictionaryKey& key) {
+  return objectOfKind<NSArray>(find(dictionary, key));
 }
 
-NSArray zeb_arrayOfDictionariesForKey(const NSDictionary& dictionary, const StringKey& key) {
+NSArray zeb_arrayForPathElementKeys(const NSDictionary& dictionary, const PathElementKeys& keys) {
+  return objectOfKind<NSArray>(find(dictionary, keys));
+}
+
+NSArray zeb_arrayOfDictionariesForKey(const NSDictionary& dictionary, const DictionaryKey& key) {
   const NSArray array = zeb_arrayForKey(dictionary, key);
   if (array.isNil()) return nullptr;
   NSMutableArray dictionaries;
@@ -124,23 +158,28 @@ NSArray zeb_arrayOfDictionariesForKey(const NSDictionary& dictionary, const Stri
   return dictionaries.copy();
 }
 
-NSDictionary zeb_dictionaryForKey(const NSDictionary& dictionary, const StringKey& key) {
-  return objectOfKind<NSDictionary>(dictionary, key);
+NSDictionary zeb_dictionaryForKey(const NSDictionary& dictionary, const DictionaryKey& key) {
+  return objectOfKind<NSDictionary>(find(dictionary, key));
 }
 
-NSSet zeb_setForKey(const NSDictionary& dictionary, const StringKey& key) {
-  return objectOfKind<NSSet>(dictionary, key);
+NSDictionary zeb_dictionaryForPathElementKeys(const NSDictionary& dictionary,
+                                              const PathElementKeys& keys) {
+  return objectOfKind<NSDictionary>(find(dictionary, keys));
 }
 
-NSDate zeb_dateForKey(const NSDictionary& dictionary, const StringKey& key) {
-  return objectOfKind<NSDate>(dictionary, key);
+NSSet zeb_setForKey(const NSDictionary& dictionary, const DictionaryKey& key) {
+  return objectOfKind<NSSet>(find(dictionary, key));
 }
 
-NSDate zeb_dateFromTimeIntervalSince1970ForKey(const NSDictionary& dictionary, const StringKey& key,
+NSDate zeb_dateForKey(const NSDictionary& dictionary, const DictionaryKey& key) {
+  return objectOfKind<NSDate>(find(dictionary, key));
+}
+
+NSDate zeb_dateFromTimeIntervalSince1970ForKey(const NSDictionary& dictionary,
+                                               const DictionaryKey& key,
                                                const NSDate& defaultValue) {
-  if (dictionary.isNil()) return nullptr;
-  const Value* object = readableObject(dictionary, key);
-  if (!object) return defaultValue;
+  const Value* object = find(dictionary, key);
+  if (!object || !object->respondsToNumericReadings()) return defaultValue;
   return zeb_dateFromMilliseconds(static_cast<double>(object->longLongValue()));
 }
 
@@ -158,13 +197,9 @@ NSArray zeb_mapBlock(const NSDictionary& dictionary,
   return results.copy();
 }
 
-Value zeb_objectForPathElementKeys(const NSDictionary& dictionary, const NSArray& keys) {
-  if (keys.count() == 0) return {};
-  NSDictionary reached = dictionary;
-  for (const Value* key = keys.begin(); key != keys.end() - 1 && !reached.isNil(); ++key) {
-    reached = NSDictionary(reached.objectForKey(*key));
-  }
-  return reached.objectForKey(keys.lastObject());
+Value zeb_objectForPathElementKeys(const NSDictionary& dictionary, const PathElementKeys& keys) {
+  const Value* object = find(dictionary, keys);
+  return object ? *object : Value();
 }
 
 Value zeb_objectForAnyOfKeys(const NSDictionary& dictionary, const NSArray& keys) {

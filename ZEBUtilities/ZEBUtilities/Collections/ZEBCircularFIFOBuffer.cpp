@@ -15,7 +15,7 @@ Ref<ZEBCircularFIFOBuffer> ZEBCircularFIFOBuffer::initWithSize(std::size_t size)
 
 void ZEBCircularFIFOBuffer::setSize(std::size_t size) {
   if (size == 0) raiseInvalidArgument("size 0 is not allowed");
-  const Ref<ZEBCircularFIFOBuffer> alive(this);  // the delegate may drop everybody else's reference
+  const Ref<ZEBCircularFIFOBuffer> alive(this);  // the delegate may drop the last reference
   const NSArray objects = allObjects();
   const std::size_t dropped = objects.count() - std::min(objects.count(), size);
   size_ = size;
@@ -39,7 +39,7 @@ void ZEBCircularFIFOBuffer::addObject(Value object) {
     ++mutatingInteger_;
     return;
   }
-  const Ref<ZEBCircularFIFOBuffer> alive(this);  // the delegate may drop everybody else's reference
+  const Ref<ZEBCircularFIFOBuffer> alive(this);  // the delegate may drop the last reference
   const Value purged = std::exchange(buffer_[start_], std::move(object));
   start_ = slotIndex(1);
   tellDelegate(purged);
@@ -65,7 +65,7 @@ NSArray ZEBCircularFIFOBuffer::allObjects() const {
 
 void ZEBCircularFIFOBuffer::removeAllObjects() {
   std::vector<Value> removed;
-  removed.swap(buffer_);  // released when the buffer is empty: a release may run anybody's code
+  removed.swap(buffer_);  // released after the buffer is empty: a release may run any code
   start_ = 0;
   count_ = 0;
   ++mutatingInteger_;

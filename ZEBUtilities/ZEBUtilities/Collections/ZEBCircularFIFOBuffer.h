@@ -6,13 +6,14 @@
 #include <ZEBPlatform/Memory/ProtocolRef.h>
 
 #include <cstddef>
+#include <ranges>
 #include <vector>
 
 namespace zeb {
 
 class ZEBCircularFIFOBuffer;
 
-/// A protocol (see `ProtocolRef`): is told what a full buffer drops.
+/// A protocol (see `ProtocolRef`) that receives the objects that a full buffer drops.
 class ZEBCircularFIFOBufferDelegate {
  public:
   /// Optional. Called on the thread that adds, after the new object has taken its place.
@@ -28,25 +29,27 @@ class ZEBCircularFIFOBufferDelegate {
 /// First-in-first-out buffer of at most `size` objects that drops its oldest one to make room. Made
 /// with `initWithSize`. One thread at a time.
 ///
-/// Enumerates from oldest to newest. Changing the buffer meanwhile makes the enumeration throw
-/// NSException (NSGenericException) at its next step.
+/// Mind that `size()` is the capacity and `count()` the number of objects. Enumerates from oldest
+/// to newest. Changing the buffer meanwhile makes the enumeration throw NSException
+/// (NSGenericException) at its next step.
 class ZEBCircularFIFOBuffer : public NSObject {
  public:
   ZEBCircularFIFOBuffer() = delete;
   /// An empty buffer; nil for size 0.
   static Ref<ZEBCircularFIFOBuffer> initWithSize(std::size_t size);
 
-  /// "ZEBCircularFIFOBuffer", with everything here but the enumeration by its selectors; the initialiser is a
-  /// class method there, and a delegate an object that implements the protocol.
+  /// "ZEBCircularFIFOBuffer", with every member except the enumeration under its selector. There,
+  /// the initialiser is a class method and a delegate is an object that implements the protocol.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 
   std::size_t size() const noexcept { return size_; }
-  /// A larger size keeps all objects. A smaller one keeps the newest that fit, and the delegate is told of each
-  /// of the others, oldest first, when the buffer has its new size. 0 throws NSException
-  /// (NSInvalidArgumentException) and changes nothing.
+  /// A larger size keeps all objects. A smaller one keeps the newest that fit; the delegate
+  /// receives each of the others, oldest first, after the buffer has its new size. 0 throws
+  /// NSException (NSInvalidArgumentException) and changes nothing.
   void setSize(std::size_t size);
   std::size_t count() const noexcept { return count_; }
+  [[nodiscard]] bool empty() const noexcept { return count_ == 0; }
 
   /// Held weakly.
   ProtocolRef<ZEBCircularFIFOBufferDelegate> delegate() const noexcept { return delegate_.lock(); }
@@ -56,7 +59,7 @@ class ZEBCircularFIFOBuffer : public NSObject {
 
   /// Nil throws NSException (NSInvalidArgumentException, "nil object is not allowed").
   void addObject(Value object);
-  /// Takes the oldest object out, nil when empty. The delegate is not told.
+  /// Takes the oldest object out, nil when empty. Does not call the delegate.
   Value removeObject();
   /// The oldest object, nil when empty.
   Value peekObject() const;
@@ -115,3 +118,7 @@ class ZEBCircularFIFOBuffer : public NSObject {
 };
 
 }  // namespace zeb
+
+/// Ranges take `size()` for the number of elements, but it is the capacity of a buffer.
+template <>
+inline constexpr bool std::ranges::disable_sized_range<zeb::ZEBCircularFIFOBuffer> = true;

@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include "Support/Support.h"
 #include "NoMemory.h"
+#include "Support/Support.h"
 
 namespace zeb::test {
 

@@ -42,8 +42,9 @@ NSArray readings(const NSDictionary& from, Default... or_) {
 TEST(TypedAccess, NumericReadersReadStringsAndNumbersOnly) {
   // The object and its reading as boolean, 32-bit and 64-bit integer and double.
   for (const Value& line : parsed(R"([
-      ["12abc",true,12,12,12], [" -3.75e1x",true,-3,-3,-37.5], ["true",true,0,0,0], ["no",false,0,0,0],
-      ["é",false,0,0,0], ["99999999999",true,2147483647,99999999999,99999999999], [true,true,1,1,1],
+      ["12abc",true,12,12,12], [" -3.75e1x",true,-3,-3,-37.5], ["true",true,0,0,0],
+      ["no",false,0,0,0], ["é",false,0,0,0], [true,true,1,1,1],
+      ["99999999999",true,2147483647,99999999999,99999999999],
       [0,false,0,0,0], [-0.25,true,0,0,-0.25], [4294967301,true,5,4294967301,4294967301],
       [1e30,true,2147483647,9223372036854775807,1e30]])")) {
     const NSArray row(line);
@@ -61,8 +62,8 @@ TEST(TypedAccess, NumericReadersReadStringsAndNumbersOnly) {
     EXPECT_TRUE(zeb_boolNumberForKey(dictionary, "k").isNil());
     EXPECT_EQ(zeb_dateFromTimeIntervalSince1970ForKey(dictionary, "k", date), date);
   }
-  EXPECT_EQ(readings(nullptr, true), parsed("[false,0,0,0,0,0,0]")) << "nobody was there to ask";
-  EXPECT_TRUE(zeb_dateFromTimeIntervalSince1970ForKey(nullptr, "k", date).isNil());
+  EXPECT_EQ(readings(nullptr, true), parsed("[true,1,1,1,1,1,1]"));
+  EXPECT_EQ(zeb_dateFromTimeIntervalSince1970ForKey(nullptr, "k", date), date);
   const NSDictionary from{{"n", 1500000000123.9}, {"s", "-1500.9 ms"}};
   const NSDate number = zeb_dateFromTimeIntervalSince1970ForKey(from, "n");
   const NSDate string = zeb_dateFromTimeIntervalSince1970ForKey(from, "s");
@@ -91,6 +92,8 @@ TEST(TypedAccess, ObjectReadersTakeTheirKindOnly) {
   EXPECT_EQ(zeb_stringForKey(from, "s", isLong, "default"), "default");
   EXPECT_EQ(zeb_stringForKey(from, "s", std::not_fn(isLong), "default"), "text");
   EXPECT_EQ(zeb_stringForKey(from, "n", nullptr, "default"), "default");
+  EXPECT_EQ(zeb_stringForKey(nullptr, "s", nullptr, "default"), "default");
+  EXPECT_EQ(zeb_stringForKey(zeb_dictionaryForKey(from, "no"), "s", "default"), "default");
 }
 
 TEST(TypedAccess, ArraysMapsPathsAndAlternatives) {
@@ -106,6 +109,24 @@ TEST(TypedAccess, ArraysMapsPathsAndAlternatives) {
     const Value expected = row.count() == 2 ? row[1] : Value();
     EXPECT_EQ(zeb_objectForPathElementKeys(dictionary, NSArray(row[0])), expected) << row;
   }
+  const NSDictionary root{{5, dictionary}, {"n", NSDictionary{{"m", "2.5"}}}};
+  const std::vector<std::string> path{"n", "m"};
+  EXPECT_EQ(zeb_stringForPathElementKeys(root, {Value(5), "a", std::string("b")}, "no"), "leaf");
+  EXPECT_EQ(zeb_dictionaryForPathElementKeys(root, {Value(5), "a"}), inner);
+  EXPECT_EQ(zeb_arrayForPathElementKeys(root, {Value(5), "list"}).count(), 4u);
+  EXPECT_TRUE(zeb_doubleForPathElementKeys(root, path) == 2.5 &&
+              zeb_intForPathElementKeys(root, path) == 2 &&
+              zeb_integerForPathElementKeys(root, path) == 2 &&
+              zeb_boolForPathElementKeys(root, path));
+  const auto expectNothingAt = [&](const PathElementKeys& absent) {
+    EXPECT_EQ(zeb_stringForPathElementKeys(root, absent, "default"), "default");
+    EXPECT_EQ(zeb_integerForPathElementKeys(root, absent, 7), 7);
+    EXPECT_FALSE(zeb_objectForPathElementKeys(root, absent));
+  };
+  expectNothingAt({"n", "no"});
+  expectNothingAt({"no", "m"});
+  expectNothingAt({"n", "m", "x"});
+  expectNothingAt(nullptr);
   EXPECT_EQ(zeb_objectForAnyOfKeys(dictionary, NSArray{"no", 1, "a"}), "one");
   EXPECT_FALSE(zeb_objectForAnyOfKeys(dictionary, NSArray{"no"}) || zeb_anyObject(none));
   EXPECT_EQ(zeb_anyObject(dictionary), inner);
@@ -177,13 +198,19 @@ TEST(DictionaryDeathTest, GenericOnesCompareAndWalkPathsOfStringKeys) {
 
   const NSDictionary mixed{{"b", 1}, {7, 2}};
   const Dictionary<NSString, Value> dictionary{{"plain", NSDictionary{{"b", 5}}}, {"mixed", mixed}};
-  const auto at = [&](const std::vector<NSString>& path) {
-    return dictionary.zeb_objectForPathElementKeys(path);
+  const Dictionary<std::string, Value> twin(dictionary.begin(), dictionary.end());
+  const auto expectPaths = [](const auto& root) {
+    const auto at = [&](const PathElementKeys& path) {
+      return root.zeb_objectForPathElementKeys(path);
+    };
+    EXPECT_TRUE(at({"plain", "b"}) == Value(5) && at({"mixed"}).isDictionary());
+    EXPECT_FALSE(at({"mixed", "b"}) || at({"plain", "b", "c"}) || at({"no", "b"}) ||
+                 at({Value(7)}));
+    EXPECT_EXIT(at({}), testing::KilledBySignal(SIGABRT),
+                "^zeb_objectForPathElementKeys needs at least one key\n$");
   };
-  EXPECT_TRUE(at({"plain", "b"}) == Value(5) && at({"mixed"}).isDictionary());
-  EXPECT_FALSE(at({"mixed", "b"}) || at({"plain", "b", "c"}) || at({"no", "b"}));
-  EXPECT_EXIT(at({}), testing::KilledBySignal(SIGABRT),
-              "^zeb_objectForPathElementKeys needs at least one key\n$");
+  expectPaths(dictionary);
+  expectPaths(twin);
 }
 
 TEST(Dictionary, StandardContainersResistChosenKeysToo) {

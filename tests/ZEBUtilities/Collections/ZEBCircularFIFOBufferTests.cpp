@@ -11,6 +11,8 @@ namespace zeb {
 namespace {
 
 static_assert(!std::is_default_constructible_v<ZEBCircularFIFOBuffer>);
+static_assert(std::ranges::forward_range<ZEBCircularFIFOBuffer> &&
+              !std::ranges::sized_range<ZEBCircularFIFOBuffer>);
 
 struct Recorder : NSObject, ZEBCircularFIFOBufferDelegate {
   void circularFIFOBuffer(ZEBCircularFIFOBuffer& buffer, const Value& purgedObject) override {
