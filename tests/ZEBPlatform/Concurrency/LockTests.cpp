@@ -12,46 +12,37 @@ using detail::Condition;
 using detail::Lock;
 using detail::LockGuard;
 
-TEST(Lock, KeepsThreadsApartAndMakesTheirChangesVisible) {
-  constexpr int rounds = 50'000;
-  Lock lock;
-  std::int64_t sum = 0;  // plain: the lock alone protects it
-  bool isInside = false;
-  int collisions = 0;
-  storm(4, [&](int thread, std::mt19937& random) {
-    for (int round = 0; round < rounds; ++round) {
-      if (thread == 0) {
-        while (!lock.try_lock()) std::this_thread::yield();
-      } else {
-        lock.lock();
-      }
-      collisions += std::exchange(isInside, true);
-      if (random() % 512 == 0) std::this_thread::yield();  // the others exhaust their spinning
-      ++sum;
-      isInside = false;
-      lock.unlock();
-    }
-  });
-  EXPECT_EQ(sum, 4 * rounds);
-  EXPECT_EQ(collisions, 0);
-}
-
-TEST(Lock, MayBeDestroyedByItsNextOwner) {
-  struct Shared {
+TEST(Lock, KeepsThreadsApartAndMayBeDestroyedByItsNextOwner) {
+  struct Guarded {
     Lock lock;
-    int users = 2;
+    int visits = 0;  // plain: the lock alone protects it
+    bool isInside = false;
   };
-  constexpr std::size_t rounds = 5000;
-  std::vector<Shared*> shared(rounds);
-  for (Shared*& object : shared) object = new Shared;
-  storm(2, [&](int, std::mt19937&) {
-    for (Shared* object : shared) {
-      object->lock.lock();
-      const bool isLast = --object->users == 0;
-      object->lock.unlock();
-      if (isLast) delete object;
+  constexpr int threads = 4, objects = 300, visits = 200;
+  std::atomic<int> collisions = 0, destroyed = 0;
+  std::vector<Guarded*> all(objects);
+  for (Guarded*& object : all) object = new Guarded;
+  storm(threads, [&](int thread, std::mt19937& random) {
+    for (Guarded* object : all) {
+      for (int visit = 0; visit < visits; ++visit) {
+        if (thread == 0) {
+          while (!object->lock.try_lock()) std::this_thread::yield();
+        } else {
+          object->lock.lock();
+        }
+        collisions += std::exchange(object->isInside, true);
+        if (random() % 512 == 0) std::this_thread::yield();  // the others exhaust their spinning
+        const bool isLast = ++object->visits == threads * visits;
+        object->isInside = false;
+        object->lock.unlock();
+        if (!isLast) continue;
+        delete object;
+        ++destroyed;
+      }
     }
   });
+  EXPECT_EQ(destroyed, objects);
+  EXPECT_EQ(collisions, 0);
 }
 
 TEST(Condition, WakesEachThreadThatWaitsForRoomOrForContent) {
