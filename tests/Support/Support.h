@@ -36,17 +36,24 @@ std::string raisedName(const Call& call) {
   return "";
 }
 
-/// Waits until the condition holds. If it does not hold within five minutes, the test program ends
-/// with a message that says what was expected. `std::time` is no clock that `FakeClock` moves.
-template <class Condition>
-void waitUntil(const Condition& condition, const char* expected) {
+/// Repeats the step, by default a short sleep, until the condition holds. If it does not hold within
+/// five minutes, the test program ends with a message that says what was expected. `std::time` is a
+/// clock that `FakeClock` does not move.
+template <class Condition, class Step>
+void waitUntil(const Condition& condition, const char* expected, const Step& step) {
   const std::time_t deadline = std::time(nullptr) + 300;
   while (!condition()) {
     if (std::time(nullptr) > deadline) {
       fatal(std::string("Waited for five minutes in vain until ") + expected + ".");
     }
-    std::this_thread::sleep_for(std::chrono::microseconds(100));
+    step();
   }
+}
+
+template <class Condition>
+void waitUntil(const Condition& condition, const char* expected) {
+  waitUntil(condition, expected,
+            [] { std::this_thread::sleep_for(std::chrono::microseconds(100)); });
 }
 
 /// Runs the work on a thread with a stack of 256 KiB and waits for it.

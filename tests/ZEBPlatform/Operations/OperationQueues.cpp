@@ -7,7 +7,6 @@
 #include <latch>
 #include <thread>
 
-#include "Support/Await.h"
 #include "Support/Support.h"
 
 namespace zeb {
@@ -67,7 +66,7 @@ TEST(NSOperationQueue, WaitsSuspendedAndOutlivesItsOwner) {
     EXPECT_TRUE(queue->operations().size() == 100 && ran == 0);
     queue->setSuspended(false);
     queue = nullptr;
-    test::awaitThat([&] { return !weak.lock(); }, "the last operation releases its queue");
+    test::waitUntil([&] { return !weak.lock(); }, "the last operation releases its queue");
     EXPECT_EQ(ran, isCancelled ? 0 : 100);
   }
 }
@@ -140,7 +139,7 @@ TEST(NSOperationQueue, KnowsWhereItRuns) {
     mainQueue->addOperationWithBlock(
         [&] { EXPECT_EQ(NSOperationQueue::currentQueue(), mainQueue); });
   }).join();
-  test::awaitThat([&] { return mainQueue->operationCount() == 0; }, "the main queue is empty",
+  test::waitUntil([&] { return mainQueue->operationCount() == 0; }, "the main queue is empty",
                   detail::runMainQueue);
 }
 
@@ -181,7 +180,7 @@ TEST(NSOperationQueue, StandsAStorm) {
   std::vector<std::thread> threads;
   for (unsigned seed = 1; seed <= 4; ++seed) threads.emplace_back(storm, seed);
   for (std::thread& thread : threads) thread.join();
-  test::awaitThat([&] { return completions == made && deaths == made; },
+  test::waitUntil([&] { return completions == made && deaths == made; },
                   "all operations have completed and are released");
 }
 

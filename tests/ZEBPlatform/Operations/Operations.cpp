@@ -10,7 +10,6 @@
 #include <set>
 #include <thread>
 
-#include "Support/Await.h"
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
 
@@ -358,7 +357,7 @@ TEST(NSOperation, RefusesToWaitForEver) {
   }
   EXPECT_EQ(reports, expected);
   onMain->cancel();
-  test::awaitThat([&] { return onMain->isFinished(); }, "the main queue ran the operation",
+  test::waitUntil([&] { return onMain->isFinished(); }, "the main queue ran the operation",
                   detail::runMainQueue);
   other->waitUntilAllOperationsAreFinished();
 }
