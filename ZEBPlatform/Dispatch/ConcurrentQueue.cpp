@@ -20,7 +20,7 @@ constexpr int maxSpins = 100;
 ConcurrentQueue::ConcurrentQueue(std::string_view label, Urgency urgency)
     : PooledQueue(label, urgency) {}
 
-/// The queue holds a reference to itself while anything is inside; whoever enters first retains it.
+/// The queue holds a reference to itself while anything is inside; the first entry retains it.
 /// The caller has a reference of its own.
 bool ConcurrentQueue::tryEnter(Access access) noexcept {
   std::uint64_t state = state_.load(std::memory_order_relaxed);
