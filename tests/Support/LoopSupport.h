@@ -35,7 +35,7 @@ inline bool runOnce(const NSString& mode = NSDefaultRunLoopMode) {
   return NSRunLoop::currentRunLoop()->runMode(mode, NSDate::distantPast());
 }
 
-/// Runs the calling thread's loop until somebody stops it.
+/// Runs the calling thread's loop until it is stopped.
 inline void runUntilStopped() {
   const Ref<NSPort> port = NSPort::port();
   NSRunLoop::currentRunLoop()->addPort(port, NSDefaultRunLoopMode);
@@ -43,8 +43,8 @@ inline void runUntilStopped() {
   port->invalidate();
 }
 
-/// The calling thread's loop and another one wake each other so many times, while `run` runs the former; then
-/// calls `end`. A lost wake-up hangs it.
+/// The calling thread's loop and another one wake each other for this number of rounds, while `run`
+/// runs the former; then calls `end`. If a wake-up is lost, it never returns.
 inline void playPingPong(int rounds, const std::function<void()>& run,
                          const std::function<void()>& end) {
   const LoopThread other;

@@ -143,8 +143,8 @@ TEST(NSOperationQueue, KnowsWhereItRuns) {
                   detail::runMainQueue);
 }
 
-/// Graphs over two queues whose operations are cancelled, freed of dependencies, waited for and dropped
-/// while they start.
+/// Graphs over two queues. While they start, their operations are cancelled, waited for and
+/// released, and dependencies are added and removed.
 TEST(NSOperationQueue, StandsAStorm) {
   std::atomic<int> deaths = 0, made = 0, completions = 0;
   const auto storm = [&](unsigned seed) {

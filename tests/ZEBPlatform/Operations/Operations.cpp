@@ -159,7 +159,7 @@ TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
   EXPECT_TRUE(throwing->isFinished());
 }
 
-TEST(NSOperation, OtherExceptionsEndTheProcessBeforeAnybodyGoesOn) {
+TEST(NSOperation, OtherExceptionsEndTheProcessBeforeWaitersReturn) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto throwOnQueue = [] {
     const auto throwing = operation([] { throw 1; });
@@ -180,7 +180,7 @@ TEST(NSOperation, OtherExceptionsEndTheProcessBeforeAnybodyGoesOn) {
   EXPECT_EXIT(throwInCompletion(), testing::KilledBySignal(SIGABRT), "");
 }
 
-TEST(NSOperation, ReportsCirclesInsteadOfHanging) {
+TEST(NSOperation, ReportsCyclesInsteadOfHanging) {
   const auto queue = makeRef<NSOperationQueue>();
   const auto a = named("a"), b = named("b"), c = named("c"), d = named("d");
   EXPECT_EQ(raised([&] { a->addDependency(a); }),
@@ -193,11 +193,11 @@ TEST(NSOperation, ReportsCirclesInsteadOfHanging) {
   const auto outside = named("outside");
   outside->addDependency(d);
   outside->addDependency(a);
-  for (const auto& [enqueued, circle] :
+  for (const auto& [enqueued, cycle] :
        {std::pair(a, "a -> b -> c -> a"), std::pair(c, "c -> a -> b -> c"),
         std::pair(outside, "a -> b -> c -> a")}) {
     EXPECT_EQ(raised([&] { queue->addOperations({operation(), enqueued}, true); }),
-              std::string("NSInvalidArgumentException: operations wait for each other: ") + circle);
+              std::string("NSInvalidArgumentException: operations wait for each other: ") + cycle);
   }
   EXPECT_EQ(queue->operationCount(), 0u);
   c->removeDependency(a);
@@ -233,8 +233,9 @@ TEST(NSOperation, LooksThroughLargeGraphsOnce) {
   EXPECT_EQ(ran, 20'000);
 }
 
-/// What is on a queue already gets dependencies at random; a plain search tells which ones close a circle.
-TEST(NSOperation, FindsCirclesOfLateDependencies) {
+/// Enqueued operations get dependencies at random; a plain search finds out which of them close a
+/// cycle.
+TEST(NSOperation, FindsCyclesOfLateDependencies) {
   const auto queue = makeRef<NSOperationQueue>();
   queue->setSuspended(true);
   std::mt19937 random(1);
@@ -260,20 +261,20 @@ TEST(NSOperation, FindsCirclesOfLateDependencies) {
         if (reached.insert(other).second) waiting.push_back(other);
       }
     }
-    const bool isCircle = reached.contains(from);
+    const bool isCycle = reached.contains(from);
     ASSERT_EQ(raised([&] { operations[from]->addDependency(operations[to]); }) != "nothing",
-              isCircle)
+              isCycle)
         << step;
-    if (!isCircle) waitsFor[from].insert(to);
-    refusals += isCircle;
+    if (!isCycle) waitsFor[from].insert(to);
+    refusals += isCycle;
   }
   EXPECT_TRUE(refusals > 300 && refusals < 2000) << refusals;
   queue->setSuspended(false);
   queue->waitUntilAllOperationsAreFinished();
 }
 
-/// Two chains that grow while they are on a queue, and then wait for each other step by step, downwards and
-/// upwards: looking through a chain each time would take minutes.
+/// Two chains grow on a queue and then get dependencies on each other step by step, downwards and
+/// upwards. If each step searched a whole chain, this would take minutes.
 TEST(NSOperation, LateDependenciesCostNoSearchOfAllOthers) {
   const auto queue = makeRef<NSOperationQueue>();
   queue->setSuspended(true);

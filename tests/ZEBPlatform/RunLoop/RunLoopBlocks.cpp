@@ -32,11 +32,6 @@ TEST(RunLoopBlocks, StormsFromTwoThreadsKeepEachOnesOrder) {
   });
 }
 
-TEST(RunLoopBlocks, NoWakeUpIsLost) {
-  onNewThread(
-      [] { playPingPong(20'000, runUntilStopped, [] { NSRunLoop::currentRunLoop()->stop(); }); });
-}
-
 TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
   onNewThread([] {
     const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
@@ -86,7 +81,7 @@ TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
   });
 }
 
-// Looking through the waiting blocks once per run would take minutes.
+// If each run looked through all waiting blocks, this would take minutes.
 TEST(RunLoopBlocks, AStormForAnotherModeIsHeldBackAndKept) {
   onNewThread([] {
     constexpr int count = 200'000;
@@ -107,7 +102,7 @@ TEST(RunLoopBlocks, AStormForAnotherModeIsHeldBackAndKept) {
   });
 }
 
-TEST(RunLoopBlocks, RunsEndWhenTheyShall) {
+TEST(RunLoopBlocks, RunsEndAtTheirLimitAndWhenStopped) {
   onNewThread([] {
     const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
     const NSDate never = NSDate::distantFuture();

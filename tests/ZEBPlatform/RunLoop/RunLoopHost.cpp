@@ -156,6 +156,7 @@ TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
 
 TEST(RunLoopHost, NoWakeUpIsLost) {
   onNewThread([] {
+    playPingPong(20'000, runUntilStopped, [] { NSRunLoop::currentRunLoop()->stop(); });
     Host host;
     playPingPong(20'000, [&] { host.run(); }, [&] { host.isOver = true; });
     EXPECT_FALSE(host.isReadable());

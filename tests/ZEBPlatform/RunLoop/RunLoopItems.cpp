@@ -157,7 +157,7 @@ TEST(RunLoopSources, SignalsFromAnyThreadCountOnceAndInTheirModesOnly) {
   });
 }
 
-/// Kept ones would have to be looked through each time, which would take minutes.
+/// If modes were kept, each search for one would look through all of them and take minutes.
 TEST(RunLoopModes, MayBeMadeUpForOneUse) {
   onNewThread([] {
     const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
@@ -261,8 +261,9 @@ TEST(RunLoopDescriptors, SurviveClosingReuseAndRunsFromInsideTheirBlocks) {
     };
     add(outer.ends[0], [&](const Ref<Source>& source, auto) {
       log += '(';
-      // This descriptor stays ready, which must not keep the run from sleeping: only a timer ends it, and time
-      // passes only while it sleeps. The other one is handled there, and only there.
+      // This descriptor stays ready, which must not keep the run from sleeping: only a timer ends
+      // the run, and time passes only while it sleeps. The other descriptor is handled there, and
+      // only there.
       const auto observer = makeRef<RunLoopObserver>(RunLoopBeforeWaiting, true, 0,
                                                      [&](auto&, auto) { clock.advance(1); });
       loop->addObserver(observer, NSDefaultRunLoopMode);
