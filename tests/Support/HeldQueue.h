@@ -5,15 +5,15 @@
 #include <ZEBPlatform/Linux/detail/Thread.h>
 #include <gtest/gtest.h>
 
-#include <condition_variable>
 #include <deque>
 #include <mutex>
-#include <thread>
-#include <vector>
+
+#include "Support/Support.h"
 
 namespace zeb::test {
 
-/// A dispatch queue that counts what is posted to it and runs it only when asked to, on the asking thread.
+/// A dispatch queue that counts the posted blocks and runs them only when it is asked to, on the asking
+/// thread.
 class HeldQueue final : public DispatchQueue {
  public:
   HeldQueue() : DispatchQueue("held") {}
@@ -22,17 +22,19 @@ class HeldQueue final : public DispatchQueue {
   void async(detail::WorkItem& item) noexcept override {
     std::lock_guard guard(mutex_);
     items_.push_back(&item);
-    posted_.notify_all();
   }
   void barrierAsync(detail::WorkItem& item) noexcept override { async(item); }
   void sync(FunctionView<void()>) override { std::terminate(); }
   void barrierSync(FunctionView<void()>) override { std::terminate(); }
 
-  /// Waits until so many blocks are there.
+  /// Waits until `count` blocks have been posted.
   void await(std::size_t count) {
-    std::unique_lock lock(mutex_);
-    posted_.wait(lock, [&] { return items_.size() >= count; });
-    EXPECT_EQ(items_.size(), count);
+    const auto size = [&] {
+      std::lock_guard guard(mutex_);
+      return items_.size();
+    };
+    waitUntil([&] { return size() >= count; }, "enough blocks have been posted");
+    EXPECT_EQ(size(), count);
   }
   void run(std::size_t count) {
     for (; count > 0; --count) {
@@ -53,14 +55,17 @@ class HeldQueue final : public DispatchQueue {
 
  private:
   std::mutex mutex_;
-  std::condition_variable posted_;
   std::deque<detail::WorkItem*> items_;
 };
 
 /// Runs the main queue until the condition holds.
 template <class Condition>
 void runMainQueueUntil(const Condition& condition) {
-  while (!condition()) detail::runMainQueue();
+  const auto holds = [&] {
+    detail::runMainQueue();
+    return condition();
+  };
+  waitUntil(holds, "the main queue has done its work");
 }
 
 }  // namespace zeb::test

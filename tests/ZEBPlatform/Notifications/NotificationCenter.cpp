@@ -1,10 +1,7 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
-#include <gtest/gtest.h>
 
-#include <thread>
-
-#include "Support/Support.h"
+#include "Support/Storm.h"
 
 namespace zeb {
 namespace {
@@ -203,46 +200,34 @@ TEST(NSNotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
   EXPECT_EQ(seen, (std::vector<Value>{0, 1, 2}));
 }
 
-/// Four threads register, remove, post and drop, in blocks as well, at observers that die meanwhile.
-TEST(NSNotificationCenter, StandsAStorm) {
+/// The threads add, remove, post and drop, in blocks as well, at observers that die meanwhile.
+TEST(NSNotificationCenter, StandsThreadsThatAddPostRemoveAndDestroy) {
   const auto center = makeRef<NSNotificationCenter>();
-  std::atomic<int> deaths = 0, made = 0, posts = 0, calls = 0;
-  const NSString names[] = {"A", "B"};
-  const auto storm = [&](unsigned seed) {
-    std::mt19937 random(seed);
+  std::atomic<int> deaths = 0, made = 0, calls = 0;
+  test::storm(4, [&](int, std::mt19937& random) {
     std::vector<Ref<test::Probe>> mine;
     for (int step = 0; step < 3000; ++step) {
-      const NSString& name = names[random() % 2];
-      switch (random() % 5) {
-        case 0:
-        case 1: {
-          ++made;
-          mine.push_back(makeRef<test::Probe>(deaths));
-          center->addObserver(
-              mine.back(),
-              [&, probe = mine.back().get(), act = random() % 8](const Ref<NSNotification>&) {
-                EXPECT_TRUE(probe->isAlive);
-                ++calls;
-                if (act == 0) center->removeObserver(Ref(probe));
-                if (act == 1 && posts++ % 16 == 0) center->postNotificationName("A");
-              },
-              random() % 4 ? name : nullptr);
-          break;
-        }
-        case 2:
-          center->postNotificationName(name);
-          break;
-        case 3:
-          if (!mine.empty()) center->removeObserver(mine[random() % mine.size()]);
-          break;
-        default:
-          if (mine.size() > 8) mine.erase(mine.begin(), mine.begin() + 6);
+      const NSString name = random() % 2 ? "A" : "B";
+      if (const auto action = random() % 5; action < 2) {
+        ++made;
+        mine.push_back(makeRef<test::Probe>(deaths));
+        center->addObserver(
+            mine.back(),
+            [&, probe = mine.back().get(), removes = random() % 8 == 0](const auto&) {
+              EXPECT_TRUE(probe->isAlive);
+              if (++calls % 256 == 0) center->postNotificationName("A");
+              if (removes) center->removeObserver(Ref(probe));
+            },
+            random() % 4 ? name : nullptr);
+      } else if (action == 2) {
+        center->postNotificationName(name);
+      } else if (action == 3 && !mine.empty()) {
+        center->removeObserver(mine[random() % mine.size()]);
+      } else if (mine.size() > 8) {
+        mine.erase(mine.begin(), mine.begin() + 6);
       }
     }
-  };
-  std::vector<std::thread> threads;
-  for (unsigned seed = 1; seed <= 4; ++seed) threads.emplace_back(storm, seed);
-  for (std::thread& thread : threads) thread.join();
+  });
   EXPECT_GT(calls, 1000);
   EXPECT_EQ(deaths, made);
 }

@@ -2,12 +2,7 @@
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
 
-#include <atomic>
-#include <barrier>
-#include <semaphore>
-#include <thread>
-
-#include "Support/Support.h"
+#include "Support/Storm.h"
 
 namespace zeb {
 namespace {
@@ -106,29 +101,33 @@ TEST_F(CallbackDispatcher, GivesAllBlocksTheUserInfoOfTheCall) {
 }
 
 /// Fires when the block that holds it dies.
-struct FiresAtDeath {
-  explicit FiresAtDeath(std::binary_semaphore& signal) : died(signal) {}
-  ~FiresAtDeath() {
+struct FiresAtDeath : NSObject {
+  explicit FiresAtDeath(std::atomic<int>& counter) : deaths(counter) {}
+  ~FiresAtDeath() override {
     makeRef<ZEBCallbackDispatcher>()->fire();
-    died.release();
+    ++deaths;
   }
-  std::binary_semaphore& died;
+  std::atomic<int>& deaths;
 };
 
 TEST_F(CallbackDispatcher, BlocksDieOutsideTheQueue) {
-  std::binary_semaphore died(0);
-  const auto holds = [&] { return [held = std::make_shared<FiresAtDeath>(died)](const Value&) {}; };
+  std::atomic<int> deaths = 0;
+  const auto holds = [&] { return [held = makeRef<FiresAtDeath>(deaths)](const Value&) {}; };
+  auto awaitDeath = [&, count = 0]() mutable {
+    ++count;
+    test::waitUntil([&] { return deaths == count; }, "the block has died");
+  };
   dispatcher->addObserver(first, holds());
   dispatcher->removeObserver(first);
-  died.acquire();
+  awaitDeath();
   dispatcher->addObserver(second, holds());
   dispatcher->fire();
   second = nullptr;
   dispatcher->fire();
-  died.acquire();
+  awaitDeath();
   dispatcher->addObserver(first, holds());
   dispatcher = nullptr;
-  died.acquire();
+  awaitDeath();
 }
 
 TEST(CallbackDispatcherStorm, ThreadsAddRemoveFireAndDestroy) {
@@ -137,9 +136,7 @@ TEST(CallbackDispatcherStorm, ThreadsAddRemoveFireAndDestroy) {
   std::atomic<int> steadyCalls = 0;
   dispatcher->addObserver(steady, [&](const Value&) { ++steadyCalls; });
   constexpr int rounds = 150;
-  std::barrier meeting(4);
-  const auto work = [&](int seed) {
-    meeting.arrive_and_wait();
+  test::storm(4, [&](int seed, std::mt19937&) {
     for (int round = 0; round < rounds; ++round) {
       auto mine = makeRef<Listener>();
       const auto counter = std::make_shared<std::atomic<int>>(0);
@@ -157,10 +154,7 @@ TEST(CallbackDispatcherStorm, ThreadsAddRemoveFireAndDestroy) {
         dispatcher->fire();
       }
     }
-  };
-  std::vector<std::thread> threads;
-  for (int seed = 0; seed < 4; ++seed) threads.emplace_back(work, seed);
-  for (std::thread& thread : threads) thread.join();
+  });
   EXPECT_EQ(steadyCalls, 4 * rounds * 3 / 2);
 }
 

@@ -1,11 +1,9 @@
 #include <ZEBUtilities/Callbacks/ZEBDeallocHook.h>
 #include <ZEBUtilities/Callbacks/ZEBWeakValueObject.h>
 
-#include <barrier>
 #include <memory>
-#include <thread>
 
-#include "Support/Support.h"
+#include "Support/Storm.h"
 
 namespace zeb {
 namespace {
@@ -61,15 +59,9 @@ TEST(ZEBDeallocHook, IsTakenAwayByOneOfManyAndLeavesNewOnesAlone) {
     each = makeRef<ZEBWeakValueObject>(nullptr);
     ZEBDeallocHook::attachTo(each, &key, [&, probe = makeRef<test::Probe>(deaths)] { ++calls; });
   }
-  std::vector<std::thread> threads;
-  std::barrier meeting(3);
-  for (int i = 0; i < 3; ++i) {
-    threads.emplace_back([&] {
-      meeting.arrive_and_wait();
-      for (const auto& each : owners) ZEBDeallocHook::unattachFrom(each, &key);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  test::storm(3, [&](int, std::mt19937&) {
+    for (const auto& each : owners) ZEBDeallocHook::unattachFrom(each, &key);
+  });
   EXPECT_EQ(deaths, 2000);
   owners.clear();
   EXPECT_EQ(calls, 1);

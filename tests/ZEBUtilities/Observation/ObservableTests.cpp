@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "Support/HeldQueue.h"
+#include "Support/Storm.h"
 #include "Support/Support.h"
 
 namespace zeb {
@@ -107,7 +108,8 @@ TEST_F(ObservableTest, RemovedObserversAreNotCalledAgainAndHoldNothing) {
   observable->remove(keptToken);
   const WeakRef<Observable<int>> weak(observable);
   observable = nullptr;
-  while (weak.lock()) std::this_thread::yield();  // the tokens let it go on its own queue
+  // The tokens let it go on its own queue.
+  test::waitUntil([&] { return !weak.isAlive(); }, "the observable has ended");
   input.update(3);
   held->await(0);
   EXPECT_EQ(kept, (Values{1, 2}));
@@ -136,7 +138,7 @@ TEST_F(ObservableTest, LivesAsLongAsSomebodyHoldsItAndSaysGoodbye) {
   token = nullptr;
   derived = nullptr;
   held->run(1);
-  while (ends == 0) std::this_thread::yield();
+  test::waitUntil([&] { return ends == 1; }, "the observable has ended");
   EXPECT_EQ(ended, address);
   input.update(3);
   EXPECT_EQ(values, Values{1});
@@ -187,10 +189,12 @@ TEST_F(ObservableTest, ChainsMayBeAsLongAsTheyLike) {
     });
   }
   auto token = last->observe(serial, [&](int value) { arrived = value == 5000; });
-  while (!arrived) std::this_thread::yield();  // nothing is under way any more that holds a link
+  // From then on nothing is under way that holds a link.
+  test::waitUntil([&] { return arrived.load(); }, "the value has passed the chain");
   last = nullptr;
   test::runOnSmallStack([&] { token = nullptr; });
-  while (!ended) std::this_thread::yield();  // a delivery's last reference may go elsewhere
+  // The last reference may be a delivery's on another thread.
+  test::waitUntil([&] { return ended.load(); }, "the chain has ended");
 }
 
 TEST_F(ObservableTest, UsesTheMainQueueUnlessToldOtherwise) {
@@ -239,7 +243,8 @@ TEST_F(ObservableTest, TakesAnyTypeAndSharesOneValue) {
   EXPECT_TRUE(seen[0] == seen[1] && seen[1] == seen[2] && *seen[0]->number == 2);
 }
 
-/// Four threads push, observe, remove and drop, also from callbacks; tokens die while they are delivered to.
+/// The threads push, observe, remove and drop, also from callbacks; tokens die while they are delivered
+/// to.
 TEST_F(ObservableTest, StandsAStorm) {
   std::atomic<int> deaths = 0, made = 0, calls = 0, ended = 0;
   {
@@ -249,55 +254,43 @@ TEST_F(ObservableTest, StandsAStorm) {
         makeRef<ObserverQueue>(dispatch_queue_create("two", DispatchQueueKind::concurrent))};
     struct Tokens {
       Ref<Observer<int>> exchange(std::size_t index, Ref<Observer<int>> token = nullptr) {
-        std::lock_guard guard(mutex);
+        const detail::LockGuard guard(lock);
         return std::exchange(all[index % all.size()], std::move(token));
       }
-      std::mutex mutex;
+      detail::Lock lock;
       std::array<Ref<Observer<int>>, 100> all;
     };
-    const auto storm = [&, pushed = input, source = observable](unsigned seed) {
-      std::mt19937 random(seed);
+    test::storm(4, [&, pushed = input, source = observable](int, std::mt19937& random) {
       const auto tokens = std::make_shared<Tokens>();
       Ref<Observable<int>> derived;
       for (int step = 0; step < 2000; ++step) {
         const std::size_t index = random();
-        switch (random() % 5) {
-          case 0:
-            ++made;
-            tokens->exchange(
-                index, source->observe(
-                           queues[random() % 2],
-                           [&calls, pushed, index, probe = makeRef<test::Probe>(deaths),
-                            weakTokens = std::weak_ptr(tokens), act = random() % 4](int value) {
-                             EXPECT_TRUE(probe->isAlive);
-                             ++calls;
-                             if (act == 0 && value % 64 == 1) pushed.update(2);
-                             const auto mine = act == 1 ? weakTokens.lock() : nullptr;
-                             if (mine) mine->exchange(index);
-                           }));
-            break;
-          case 1:
-            tokens->exchange(index);
-            break;
-          case 2: {
-            const auto token = tokens->exchange(index);
-            source->remove(token);
-            tokens->exchange(index, token);
-            break;
-          }
-          case 3:
-            if (step % 10 == 0) derived = source->map(queues[0], [](int value) { return value; });
-            break;
-          default:
-            pushed.update(step);
+        const auto action = random() % 5;
+        if (action == 0) {
+          ++made;
+          const auto update = [&calls, pushed, index, probe = makeRef<test::Probe>(deaths),
+                               weakTokens = std::weak_ptr(tokens), act = random() % 4](int value) {
+            EXPECT_TRUE(probe->isAlive);
+            ++calls;
+            if (act == 0 && value % 64 == 1) pushed.update(2);
+            if (const auto mine = act == 1 ? weakTokens.lock() : nullptr) mine->exchange(index);
+          };
+          tokens->exchange(index, source->observe(queues[random() % 2], update));
+        } else if (action == 1) {
+          tokens->exchange(index);
+        } else if (action == 2) {
+          const auto token = tokens->exchange(index);
+          source->remove(token);
+          tokens->exchange(index, token);
+        } else if (action == 4) {
+          pushed.update(step);
+        } else if (step % 10 == 0) {
+          derived = source->map(queues[0], [](int value) { return value; });
         }
       }
-    };
-    std::vector<std::thread> threads;
-    for (unsigned seed = 1; seed <= 4; ++seed) threads.emplace_back(storm, seed);
-    for (std::thread& thread : threads) thread.join();
+    });
   }
-  while (ended == 0 || deaths < made) std::this_thread::yield();
+  test::waitUntil([&] { return ended == 1 && deaths == made; }, "all have ended");
   EXPECT_GT(calls, 1000);
 }
 
