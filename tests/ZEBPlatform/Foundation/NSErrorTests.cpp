@@ -1,3 +1,6 @@
+// First, as Foundation/fmt.h demands.
+#include <fmt/ranges.h>
+
 #include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBPlatform/Foundation/fmt.h>
 
