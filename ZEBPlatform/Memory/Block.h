@@ -12,10 +12,10 @@ namespace zeb {
 template <class Signature>
 class Block;
 
-/// Nullable closure that is kept for later; nil also when made of a null function pointer or of an empty
-/// wrapper. Copies share one closure and its captured state; the
-/// state dies with the last copy, on whichever thread that is. Calling a nil block is a programming
-/// error, which stops the process with a message. Calling one block from several threads is as safe as the closure itself.
+/// Nullable closure that is kept for later; also nil if made of a null function pointer or of an
+/// empty wrapper. Copies share one closure and its captured state; the state dies with the last
+/// copy, on whichever thread that is. Calling a nil block is a programming error, which stops the
+/// process with a message. Calling one block from several threads is as safe as the closure itself.
 template <class Result, class... Arguments>
 class Block<Result(Arguments...)> {
  public:

@@ -29,10 +29,10 @@ constexpr bool isNilCallable(const Callable& callable) noexcept {
 template <class Signature>
 class FunctionView;
 
-/// Nullable view of a callable that is called only while the call it was passed to lasts; nil also when
-/// made of a null function pointer or of an empty wrapper. Owns nothing and allocates nothing, so that
-/// iterating with a closure costs what a loop costs. For a closure that is kept, see `Block`. Calling a nil
-/// view stops the process with a message.
+/// Nullable view of a callable that is called only while the call it was passed to lasts; nil also
+/// when made of a null function pointer or of an empty wrapper. Owns nothing and allocates nothing,
+/// so that iterating with a closure costs what a loop costs. For a closure that is kept, see
+/// `Block`. Calling a nil view stops the process with a message.
 template <class Result, class... Arguments>
 class FunctionView<Result(Arguments...)> {
  public:

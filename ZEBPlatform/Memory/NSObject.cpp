@@ -9,8 +9,8 @@ namespace zeb {
 
 namespace {
 
-/// The count of a dying object: so high that its destructor may take references to it for a while without
-/// deleting it again.
+/// The count of a dying object: so high that its destructor may take references to it for a while
+/// without deleting it again.
 constexpr std::uint32_t beingDestroyed = std::uint32_t{1} << 30;
 
 }  // namespace
@@ -105,7 +105,8 @@ NSObject::~NSObject() {
 
 void NSObject::release() const noexcept {
   if (strongCount_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-  // Weak references are cut before any destructor runs, so that none sees a half-destroyed object.
+  // Weak references are cut before any destructor runs, so that they never lead to a half-destroyed
+  // object.
   if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire))
     extras->objectIsDying();
   strongCount_.store(beingDestroyed, std::memory_order_relaxed);

@@ -22,14 +22,15 @@ class ObjectExtras;
 /// object is as thread-safe as its class says.
 class NSObject {
  public:
-  /// A destructor may hand its object to code that takes a reference for a while; one that is kept dangles.
+  /// A destructor may pass its object to code that takes a reference for a while; a reference that
+  /// is kept longer dangles.
   NSObject(const NSObject&) = delete;
   NSObject& operator=(const NSObject&) = delete;
 
   void retain() const noexcept { strongCount_.fetch_add(1, std::memory_order_relaxed); }
   void release() const noexcept;
 
-  /// Whether the caller's reference is the only one, so that nobody else can come to see a change.
+  /// Whether the caller's reference is the only one, so that no other owner can see a change.
   bool isUniquelyReferenced() const noexcept {
     return strongCount_.load(std::memory_order_acquire) == 1 &&
            !extras_.load(std::memory_order_acquire);
@@ -39,8 +40,8 @@ class NSObject {
   virtual bool isEqual(const NSObject& other) const { return this == &other; }
   virtual std::size_t hash() const noexcept;
 
-  /// The object's class in the dynamic runtime. Nil for a C++ class that takes no part in it: its objects
-  /// count as plain `NSObject`s there.
+  /// The object's class in the dynamic runtime. Nil for a C++ class that takes no part in it: its
+  /// objects count as plain `NSObject`s there.
   virtual Class* classObject() const { return nullptr; }
 
   /// The name of the object's class, without namespace.
@@ -53,8 +54,8 @@ class NSObject {
   NSObject() noexcept = default;
   virtual ~NSObject();
 
-  /// For somebody who knows the object without a reference, and whom its destructor waits for: false when
-  /// the destruction has begun.
+  /// Retains unless destruction has begun. For holders of a raw pointer whose lock the destructor
+  /// also takes.
   bool retainUnlessDying() const noexcept;
 
  private:
@@ -74,9 +75,10 @@ void setAssociatedObject(const NSObject& owner, const void* key, Ref<NSObject> a
 /// The object kept under `key`, or nil. Any thread.
 Ref<NSObject> associatedObject(const NSObject& owner, const void* key);
 
-/// Removes the association under `key` and answers its object if `isWanted` says yes to that object; else
-/// changes nothing and answers nil. Of several threads that take at the same time one gets the object. A lock
-/// is held while `isWanted` looks at the object, so that it must do nothing else. Any thread.
+/// Removes the association under `key` and answers its object if `isWanted` is true for that
+/// object; else changes nothing and answers nil. If several threads take it at the same time, one
+/// of them gets the object. A lock is held while `isWanted` looks at the object, so it must do
+/// nothing else. Any thread.
 [[nodiscard]] Ref<NSObject> takeAssociatedObject(const NSObject& owner, const void* key,
                                                  bool (*isWanted)(const NSObject& associated));
 

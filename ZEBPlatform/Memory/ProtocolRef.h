@@ -11,8 +11,8 @@ namespace zeb {
 
 /// Strong, nullable reference to an object by a protocol that its class implements.
 ///
-/// A protocol is an abstract class that is not derived from `NSObject`, so that a class can implement any
-/// number of them beside its one root class:
+/// A protocol is an abstract class that is not derived from `NSObject`, so that a class can
+/// implement any number of them beside its one root class:
 ///
 ///     class Recorder : public NSObject, public SomeDelegate { … };
 ///

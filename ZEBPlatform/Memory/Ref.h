@@ -20,7 +20,7 @@ class Ref {
   constexpr Ref() noexcept = default;
   constexpr Ref(std::nullptr_t) noexcept {}
 
-  /// Shares an object that somebody else already owns: adds a reference.
+  /// Shares an object that already has an owner: adds a reference.
   explicit Ref(T* object) noexcept : object_(object) {
     if (object_) object_->retain();
   }

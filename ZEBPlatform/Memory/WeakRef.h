@@ -7,9 +7,9 @@ namespace zeb {
 
 /// Zeroing weak reference: names an object without keeping it alive.
 ///
-/// `lock()` answers a strong reference or nil, and is safe against a last release that races with it
-/// on another thread: it never hands out an object whose destruction has begun. One `WeakRef` must
-/// not be assigned on one thread while another uses it.
+/// `lock()` answers a strong reference or nil, and is safe against a last release that races with
+/// it on another thread: it never hands out an object whose destruction has begun. One `WeakRef`
+/// must not be assigned on one thread while another uses it.
 template <class T>
 class WeakRef {
  public:
@@ -27,7 +27,8 @@ class WeakRef {
     return Ref<T>::adopt(object_);
   }
 
-  /// Whether the object has not begun to die. It may do so right afterwards: to use it, `lock()` it.
+  /// Whether the object has not begun to die. It may do so right afterwards: to use it, `lock()`
+  /// it.
   bool isAlive() const noexcept { return extras_ && extras_->isObjectAlive(); }
 
   /// Whether it never named an object. A `WeakRef` whose object has died is not empty.

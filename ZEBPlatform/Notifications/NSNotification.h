@@ -7,7 +7,8 @@
 
 namespace zeb {
 
-/// What a notification centre hands to observers: what happened, to which object, and details. Immutable.
+/// What a notification centre hands to observers: what happened, to which object, and details.
+/// Immutable.
 class NSNotification final : public NSObject {
  public:
   /// A nil name throws NSException (NSInvalidArgumentException).

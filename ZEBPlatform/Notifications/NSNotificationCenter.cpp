@@ -42,7 +42,8 @@ const void* identity(const NSObject& observer) { return &detail::ObjectExtras::o
 
 }  // namespace
 
-/// One addition of an observer. It is its own observer, and the token, if it was made for a block alone.
+/// One addition of an observer. It is its own observer, and the token, if it was made for a block
+/// alone.
 class NSNotificationCenter::Entry final : public detail::ObserverEntry {
  public:
   Entry(const NSString& name, const Ref<NSObject>& observer, const Value& object,
@@ -88,8 +89,8 @@ class NSNotificationCenter::Entry final : public detail::ObserverEntry {
   detail::ItemBlock<void(const Ref<NSNotification>&)> block_;
 };
 
-/// What a removal takes out. It is released without the lock, because blocks, filters and tokens own
-/// objects whose destructors may call the centre.
+/// What a removal takes out. It is released without the lock, because blocks, filters and tokens
+/// own objects whose destructors may call the centre.
 struct NSNotificationCenter::Removed {
   ~Removed() {
     for (const Ref<Entry>& entry : entries) entry->releaseBlock();

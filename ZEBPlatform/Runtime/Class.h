@@ -41,11 +41,12 @@ struct MethodRecord {
   SEL selector;
   std::string types;
   std::atomic<const IMP*> implementation;
-  std::atomic<const PropertyRecord*> setterOf;  ///< whose observers a call has to tell, or null
+  /// The property whose observers a call notifies, or null.
+  std::atomic<const PropertyRecord*> setterOf;
 };
 
-/// Grows whenever a class gets a method that hides an inherited one: while it stays the same, a method that
-/// was found is still the one that would be found.
+/// Grows whenever a class gets a method that hides an inherited one: while it stays the same, a
+/// method that was found is still the one that would be found.
 inline std::atomic<std::uint64_t> methodsHiddenCount{0};
 inline std::uint64_t methodsHidden() noexcept {
   return methodsHiddenCount.load(std::memory_order_acquire);
@@ -56,13 +57,13 @@ inline std::uint64_t methodsHidden() noexcept {
 /// A method of a class; nullable, valid for good. What it calls can be replaced and exchanged.
 using Method = detail::MethodRecord*;
 
-/// A class of the dynamic runtime: a name, a superclass, methods by selector, and properties. The methods
-/// of the class itself ("class methods") are the instance methods of its metaclass, which is the class
-/// that a class has as an object; so classes are sent to like all objects.
+/// A class of the dynamic runtime: a name, a superclass, methods by selector, and properties. The
+/// methods of the class itself ("class methods") are the instance methods of its metaclass, which
+/// is the class that a class has as an object; so classes are sent to like all objects.
 ///
-/// Made by `registerClass` (Runtime/Registration.h), lives until the process ends. Any thread may look up
-/// and change methods at any time; no lookup takes a lock. Implementations that were replaced are kept,
-/// because a thread may be about to call them.
+/// Made by `registerClass` (Runtime/Registration.h), lives until the process ends. Any thread may
+/// look up and change methods at any time; no lookup takes a lock. Implementations that were
+/// replaced are kept, because a thread may be about to call them.
 class Class final : public NSObject {
  public:
   /// Metaclasses have the name of their class.
@@ -77,7 +78,7 @@ class Class final : public NSObject {
   /// The class's name.
   std::string description() const override { return name_; }
 
-  // What the runtime is made with. ------------------------------------------------------------------
+  // What the runtime is made with. ----------------------------------------------------------------
 
   /// With a metaclass of its own; a root class without superclass.
   Class(std::string_view name, Class* superclass);
@@ -103,27 +104,27 @@ class Class final : public NSObject {
   detail::GrowingIndex<detail::PropertyRecord> properties_;
 };
 
-/// The class of this name, or nil. The first search for a name that is not there yet registers the classes of
-/// the library on top, see Runtime/Registration.h.
+/// The class of this name, or nil. The first search for a name that is not there yet registers the
+/// classes of the library on top, see Runtime/Registration.h.
 Class* objc_lookUpClass(NullableText name);
 
-/// The class of a value: of an object its own, of other values "NSString", "NSMutableArray", "NSNumber" …;
-/// nil for nil.
+/// The class of a value: of an object its own, of other values "NSString", "NSMutableArray",
+/// "NSNumber" …; nil for nil.
 Class* object_getClass(const Value& value) noexcept;
 
-/// The method that instances of the class use for the selector, inherited ones included; or nil. All of
-/// these functions answer nil or false when given nil.
+/// The method that instances of the class use for the selector, inherited ones included; or nil.
+/// All of these functions answer nil or false when given nil.
 Method class_getInstanceMethod(const Class* cls, SEL selector) noexcept;
 /// The same for the class itself.
 Method class_getClassMethod(const Class* cls, SEL selector) noexcept;
 
-/// Gives the class a method of its own, which then hides an inherited one. False when it has its own
-/// already. Throws NSException (NSInvalidArgumentException) when the body takes another number of
-/// arguments than the selector has colons, or the selector is nil.
+/// Gives the class a method of its own, which then hides an inherited one. False when it has its
+/// own already. Throws NSException (NSInvalidArgumentException) when the body takes another number
+/// of arguments than the selector has colons, or the selector is nil.
 bool class_addMethod(Class* cls, SEL selector, const MethodBody& body);
 
-/// The same, but replaces what the class's own method calls; answers the old implementation, nil when
-/// the class had none of its own.
+/// The same, but replaces what the class's own method calls; answers the old implementation, nil
+/// when the class had none of its own.
 IMP class_replaceMethod(Class* cls, SEL selector, const MethodBody& body);
 
 /// Makes each method call what the other one called.

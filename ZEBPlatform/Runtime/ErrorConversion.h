@@ -18,8 +18,8 @@ struct BoxedErrorPointer final : NSObject {
 
 }  // namespace detail
 
-/// Lets the place for an error travel through `send`, by pointer: what is called fills in the caller's own
-/// variable. The value only borrows, so that it is valid during the call only.
+/// Lets the place for an error travel through `send`, by pointer: what is called fills in the
+/// caller's own variable. The value only borrows, so that it is valid during the call only.
 template <>
 struct ValueConversion<NSError*> {
   static constexpr char typeCode = '^';

@@ -70,7 +70,7 @@ void addRootMethods(Class* root) {
                                    });
 }
 
-/// Makes all classes first: while the static below is being made, nobody else can have them.
+/// Makes all classes first: while the static below is being made, no other code can have them.
 class Builder {
  public:
   FoundationClasses classes;

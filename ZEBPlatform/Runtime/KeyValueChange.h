@@ -8,7 +8,7 @@
 
 namespace zeb {
 
-/// How a property changed; so far always by being set.
+/// How a property changed; the runtime reports setting only.
 enum NSKeyValueChange : std::uintptr_t {
   NSKeyValueChangeSetting = 1,
   NSKeyValueChangeInsertion = 2,
@@ -22,11 +22,11 @@ extern const char* const NSKeyValueChangeNewKey;
 extern const char* const NSKeyValueChangeOldKey;
 extern const char* const NSKeyValueChangeNotificationIsPriorKey;
 
-/// What observers are told of a change: kind, and new and old value as far as they asked for them. Converts
-/// to the change dictionary, which is made when somebody wants it and then kept.
+/// The description of a change that observers get: its kind, and the new and old value if they
+/// asked for them. Converts to the change dictionary, which is made when it is first used.
 ///
-/// Lives only as long as the call that it is passed to, and stays on that call's thread; the dictionary may
-/// be kept.
+/// Lives only as long as the call that it is passed to, and stays on that call's thread; the
+/// dictionary may be kept.
 class KeyValueChange {
  public:
   /// Null for a value that was not asked for or is not known yet.

@@ -9,12 +9,12 @@
 
 namespace zeb {
 
-/// The code of a method on its way into a class: untyped code, with type codes where they are known, or
-/// anything typed that can be called: a member function, or a function or closure whose first parameter
-/// is the receiver. Values are converted to and from the types of parameters and result (see
-/// Runtime/ValueConversion.h); a call with a wrong number or kind of arguments throws NSException
-/// (NSInvalidArgumentException) that says so. Nothing callable, such as a null function pointer, is refused
-/// where the body is registered.
+/// The code of a method on its way into a class: untyped code, with type codes where they are
+/// known, or anything typed that can be called: a member function, or a function or closure whose
+/// first parameter is the receiver. Values are converted to and from the types of parameters and
+/// result (see Runtime/ValueConversion.h); a call with a wrong number or kind of arguments throws
+/// NSException (NSInvalidArgumentException) that says so. A null function pointer or an empty
+/// wrapper is refused where the body is registered.
 class MethodBody {
  public:
   MethodBody(IMP implementation, std::string types = {})
@@ -39,7 +39,7 @@ class MethodBody {
   }
 
   const IMP& implementation() const noexcept { return implementation_; }
-  /// Empty when nobody said.
+  /// Empty if the types are unknown.
   const std::string& types() const noexcept { return types_; }
   bool fits(SEL selector) const noexcept {
     return argumentCount_ == anyCount || argumentCount_ == selector.argumentCount();

@@ -17,7 +17,7 @@ namespace {
       NSString::stringWithFormat("%@ has no %s \"%@\"", receiver, what, key.string()));
 }
 
-/// The selector if anybody ever made it: keys may come from outside, and selectors are for good.
+/// The selector if it exists: keys may come from outside, and selectors are never freed.
 SEL selectorInUse(std::string_view name, const Value& receiver) {
   const SEL selector = detail::findSelector(name);
   return selector && respondsToSelector(receiver, selector) ? selector : SEL();

@@ -32,7 +32,7 @@ void addObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserv
   if (!object || !observer || !keyPath) return;
   const auto observation =
       makeRef<detail::Observation>(object, observer, keyPath, options, context);
-  // Keys that are unknown now are to be found before anything is registered.
+  // Unknown keys throw here, before anything is registered.
   const bool looksNow =
       observation->isAlongPath() || observation->wants(NSKeyValueObservingOptionInitial);
   if (looksNow) (void)observation->valueFrom(object, 0);
@@ -46,8 +46,8 @@ void addObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserv
     const Value value = wantsNew ? observation->valueFrom(object, 0) : Value();
     observation->tell(object, KeyValueChange(nullptr, wantsNew ? &value : nullptr, false));
   } catch (...) {
-    remove(object, observer, keyPath,
-           context);  // who gets an exception has not begun to observe
+    // A call that throws must not leave an observer behind.
+    remove(object, observer, keyPath, context);
     throw;
   }
 }

@@ -20,8 +20,8 @@
 
 namespace zeb::detail {
 
-/// One addition of an observer. Along a key path it has one entry on every object of the path, and moves
-/// these entries when an object on the path is replaced.
+/// One addition of an observer. Along a key path it has one entry on every object of the path, and
+/// moves these entries when an object on the path is replaced.
 class Observation final : public NSObject {
  public:
   Observation(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
@@ -128,8 +128,9 @@ class KeyObservers final : public ObserverArray<KeyObserver> {
   std::atomic<bool> looksBefore_{false};
 };
 
-/// All observers of one object. A thread that changes a property reads the list without a lock; the list is
-/// replaced when a part has to grow or shrink, and a replaced list lives as long as its own readers.
+/// All observers of one object. A thread that changes a property reads the list without a lock; the
+/// list is replaced when a part has to grow or shrink, and a replaced list lives as long as its own
+/// readers.
 class ObjectObservers final : public NSObject {
  public:
   static ObjectObservers& of(const NSObject& object);

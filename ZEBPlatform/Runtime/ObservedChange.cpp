@@ -26,7 +26,7 @@ void ObservedChange::retainObject(const NSObject& object) noexcept {
 bool ObservedChange::isConcerned(const Ref<KeyObserver>& entry) const noexcept {
   if (entry->isRemoved()) return false;
   if (!entry->observation->isAlongPath()) return true;
-  // A path that comes to this key of this object twice is told of once.
+  // A path that leads to this key of this object twice is notified once.
   return std::none_of(entries_.data(), &entry, [&](const Ref<KeyObserver>& earlier) {
     return earlier->observation == entry->observation && !earlier->isRemoved();
   });

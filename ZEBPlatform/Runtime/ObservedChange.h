@@ -24,14 +24,14 @@ struct KeyObserver;
 
 using KeyObserversList = std::vector<Ref<KeyObservers>>;
 
-/// Whether anybody observes, or did.
+/// Whether the object has observers, or had some.
 inline bool isObserved(const NSObject& object) noexcept {
   const ObjectExtras* extras = ObjectExtras::ifAny(object);
   return extras && extras->observers();
 }
 
-/// Who observes a key of an object now: stays readable while this lives, whoever is added or removed
-/// meanwhile.
+/// The observers of a key of an object at one time. They stay readable while this lives, whatever
+/// is added or removed meanwhile.
 class PinnedObservers {
  public:
   PinnedObservers(ObjectObservers* observers, const StringKey& key) noexcept;
@@ -47,20 +47,21 @@ class PinnedObservers {
   const KeyObservers* observers_ = nullptr;
 };
 
-/// One change of a key of an object, from before it to after it, for those who observe when it begins.
+/// One change of a key of an object, from before it to after it, for the observers that are there
+/// when it begins.
 class ObservedChange {
  public:
-  /// Takes note of old values, and tells those who want to know beforehand.
+  /// Reads old values, and notifies the observers that asked for it before the change.
   ObservedChange(const NSObject& object, const StringKey& key);
   ~ObservedChange();
   ObservedChange(const ObservedChange&) = delete;
   ObservedChange& operator=(const ObservedChange&) = delete;
 
-  /// Whether anybody observes this key.
+  /// Whether this key has observers.
   bool concernsAnybody() const noexcept { return static_cast<bool>(observers_); }
   bool isOf(const StringKey& key) const noexcept;
 
-  /// Tells everybody.
+  /// Notifies the observers of the completed change.
   void tell();
 
   /// For a change that is not known to end: it must not keep its object alive.
@@ -77,7 +78,7 @@ class ObservedChange {
 
   Value object_;
   PinnedObservers observers_;  ///< let go before the object
-  /// Those who are there when the change begins.
+  /// The observers that are there when the change begins.
   std::span<const Ref<KeyObserver>> entries_;
   std::optional<Value> oldValue_;
   /// For entries whose path continues from here.

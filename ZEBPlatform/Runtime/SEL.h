@@ -18,8 +18,9 @@ struct SelectorRecord {
 
 }  // namespace detail
 
-/// The name of a method, "setTitle:" or "insert:at:" with one colon for each argument. Names are kept once
-/// per process, so that comparing selectors compares pointers. Nullable; free to copy; any thread.
+/// The name of a method, "setTitle:" or "insert:at:" with one colon for each argument. Names are
+/// kept once per process, so that comparing selectors compares pointers. Nullable; free to copy;
+/// any thread.
 class SEL {
  public:
   constexpr SEL() noexcept = default;

@@ -15,7 +15,8 @@ namespace detail {
 
 namespace {
 
-/// The name of the receiver's class; of a C++ class that is not registered its own, which says more.
+/// The name of the receiver's class; of a C++ class that is not registered its own, which says
+/// more.
 std::string nameOfClass(const Value& receiver) {
   if (receiver.isNil()) return "nil";
   if (NSObject* object = receiver.objectPointer(); object && !object->classObject()) {

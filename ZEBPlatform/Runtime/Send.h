@@ -46,11 +46,12 @@ Result asResult(const Value& receiver, SEL selector, const Value& result) {
 
 }  // namespace detail
 
-/// Calls the method that the receiver's class has for the selector, found at the time of the call; sent to
-/// nil it answers nil. `send<NSString>(…)` converts the result (zero, false or nil from nil).
+/// Calls the method that the receiver's class has for the selector, found at the time of the call;
+/// sent to nil it answers nil. `send<NSString>(…)` converts the result (zero, false or nil from
+/// nil).
 ///
-/// A receiver without such a method stops the process, see `doesNotRecognizeSelector`. A wrong number or
-/// kind of arguments, or a result of another kind than asked for, throws NSException
+/// A receiver without such a method stops the process, see `doesNotRecognizeSelector`. A wrong
+/// number or kind of arguments, or a result of another kind than asked for, throws NSException
 /// (NSInvalidArgumentException). Any thread, as far as the method itself allows.
 template <class Result = Value, class Receiver, class... Arguments>
 Result send(const Receiver& receiver, SEL selector, const Arguments&... arguments) {
@@ -63,8 +64,8 @@ Result send(const Receiver& receiver, SEL selector, const Arguments&... argument
   }
 }
 
-/// As `send`, but gives the method only as many of the arguments as its selector takes, and nil for those
-/// that are missing: how callbacks given as a selector are called.
+/// As `send`, but gives the method only as many of the arguments as its selector takes, and nil for
+/// those that are missing: how callbacks given as a selector are called.
 template <class Receiver, class... Arguments>
 Value performSelector(const Receiver& receiver, SEL selector, const Arguments&... arguments) {
   const Value list[] = {detail::asValue(arguments)..., Value()};

@@ -25,17 +25,17 @@ namespace zeb {
 
 /// How a C++ type travels through dynamic calls. Specialise it for types of your own:
 ///
-///     typeCode             the type's letter in type encodings; '@' for types that travel as objects
+///     typeCode             the type's letter in type encodings; '@' for objects
 ///     toValue(T)           the value that stands for it
 ///     fromValue(Value)     an optional, empty if the value is of another kind
 ///
-/// Here: numbers and enumerations (read from nil as 0, and from every value that reads as a number), all
-/// value handles, `Value` itself, `Ref<T>` and `T*` for objects (and classes), `ProtocolRef<P>` for objects
-/// that implement the protocol, untyped pointers (as their addresses, which are numbers), texts, selectors
-/// (as their names), types that, like `NSError`, convert to `Value` and have a static `from`, and of all
-/// these `std::optional` (as nil if empty), `std::vector` (as an array), `std::map` and
-/// `std::unordered_map` (as a dictionary). Containers are copied in both directions and read from nil as
-/// empty; nil elements are null inside.
+/// Here: numbers and enumerations (read from nil as 0, and from every value that reads as a
+/// number), all value handles, `Value` itself, `Ref<T>` and `T*` for objects (and classes),
+/// `ProtocolRef<P>` for objects that implement the protocol, untyped pointers (as their addresses,
+/// which are numbers), texts, selectors (as their names), types that, like `NSError`, convert to
+/// `Value` and have a static `from`, and of all these `std::optional` (as nil if empty),
+/// `std::vector` (as an array), `std::map` and `std::unordered_map` (as a dictionary). Containers
+/// are copied in both directions and read from nil as empty; nil elements are null inside.
 template <class T>
 struct ValueConversion;
 

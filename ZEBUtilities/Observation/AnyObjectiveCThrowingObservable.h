@@ -8,13 +8,14 @@
 
 namespace zeb {
 
-/// The interface by which the bridge to the dynamic runtime uses an observable of unknown element type.
+/// The interface by which the bridge to the dynamic runtime uses an observable of unknown element
+/// type.
 class AnyObjectiveCThrowingObservable : public NSObject {
  public:
   using ObjectUpdate = Block<void(const Value& value)>;
 
-  /// Calls the block with every value, converted to an object, while the token is kept. The token is an
-  /// `Observer<T>`.
+  /// Calls the block with every value, converted to an object, while the token is kept. The token
+  /// is an `Observer<T>`.
   [[nodiscard]] virtual Ref<NSObject> addObserver(ObjectUpdate update) = 0;
   [[nodiscard]] virtual Ref<NSObject> addObserver(const Ref<ObserverQueue>& queue,
                                                   ObjectUpdate update) = 0;

@@ -4,8 +4,9 @@
 
 namespace zeb {
 
-/// An `ObserverQueue` for callers of the dynamic runtime, who know the class as "ZEBObserverQueue". Its class
-/// method initWithDispatchQueue: makes one, observerQueue is a property; "init" and "new" stop the process.
+/// An `ObserverQueue` for callers of the dynamic runtime, where the class is named
+/// "ZEBObserverQueue". Its class method initWithDispatchQueue: makes one, observerQueue is a
+/// property; "init" and "new" stop the process.
 class ObjectiveCObserverQueue final : public NSObject {
  public:
   ObjectiveCObserverQueue() = delete;

@@ -9,8 +9,9 @@ namespace zeb {
 /// Name of the exception that a token of the wrong type raises.
 extern const char* const ZEBObservableTypeException;
 
-/// An observable of any element type for callers of the dynamic runtime, who know the class as
-/// "ZEBObservable". Made by `Observable<T>::objectiveCBridgedObservable`. Blocks get values as objects. Any thread.
+/// An observable of any element type for callers of the dynamic runtime, where the class is named
+/// "ZEBObservable". Made by `Observable<T>::objectiveCBridgedObservable`. Blocks get values as
+/// objects. Any thread.
 ///
 /// Methods there: addObserverWithUpdate:, addObserverWithDispatchQueue:update:,
 /// addObserverWithObserverQueue:update:, removeObserver:. "init" and "new" stop the process.
@@ -35,8 +36,9 @@ class ObjectiveCTypeErasedObservable final : public NSObject {
   [[nodiscard]] Ref<NSObject> addObserverWithObserverQueue(
       const Ref<ObjectiveCObserverQueue>& queue, Update update);
 
-  /// What is no token of this element type, nil included, throws NSException (ZEBObservableTypeException) that
-  /// names both types. A token that is not registered here: nothing.
+  /// An object that is not a token of this element type, nil included, throws NSException
+  /// (ZEBObservableTypeException) that names both types. A token that is not registered here does
+  /// nothing.
   void removeObserver(const Value& observer);
 
  private:

@@ -24,25 +24,25 @@ template <class T>
 class FilteredObservable;
 }  // namespace detail
 
-/// A value that changes, and tells observers of it on queues of their choosing. A producer pushes values into
-/// the `ObservableInput` that is made with it.
+/// A value that changes, and passes each new value to its observers on queues of their choice. A
+/// producer pushes values into the `ObservableInput` that is made with it.
 ///
 ///     auto [input, progress] = Observable<double>::create(0.0);
-///     auto observer = progress->observe([](double value) { … });  // on the main queue; keep the token
+///     auto observer = progress->observe([](double value) { … });  // keep the token
 ///     input.update(0.5);
 ///
-/// An observer gets the current value first, if there is one, and then every later one, as `const T&` of one
-/// value that all observers share. Never from within `observe` or `update`; on a serial queue in the order of
-/// the pushes; in no promised order among observers. A callback that throws ends the process, as in any
-/// block of a queue.
+/// An observer gets the current value first, if there is one, and then every later one, as `const
+/// T&` of one value that all observers share. Observers are never called from within `observe` or
+/// `update`. On a serial queue they get values in the order of the pushes; the order among
+/// observers is not promised. A callback that throws ends the process, as in any block of a queue.
 ///
-/// Lives as long as somebody holds it: the caller, a token, or an observable made from it. `T` can be
-/// anything that can be moved. Everything may be called from any thread, also from callbacks.
+/// It lives as long as it has an owner: the caller, a token, or an observable made from it. `T` can
+/// be anything that can be moved. Everything may be called from any thread, also from callbacks.
 template <class T>
 class Observable : public detail::ObservableCore {
  public:
-  /// An observable, without a current value unless one is given, and its input. When the observable is
-  /// destroyed, `deinitEvent` is called with its `hashValue`, on the thread that released it.
+  /// An observable, without a current value unless one is given, and its input. When the observable
+  /// is destroyed, `deinitEvent` is called with its `hashValue`, on the thread that released it.
   static std::pair<ObservableInput<T>, Ref<Observable>> create(
       std::optional<T> initialValue = std::nullopt,
       Block<void(std::intptr_t)> deinitEvent = nullptr) {
@@ -51,8 +51,8 @@ class Observable : public detail::ObservableCore {
     return {ObservableInput<T>(observable), observable};
   }
 
-  /// Calls the closure until the token is dropped or removed; on the shared main queue, or on the given one (nil
-  /// means the main one).
+  /// Calls the closure until the token is dropped or removed; on the shared main queue, or on the
+  /// given one (nil means the main one).
   [[nodiscard]] Ref<Observer<T>> observe(Block<void(const T& value)> update) {
     return observe(nullptr, std::move(update));
   }
@@ -63,14 +63,14 @@ class Observable : public detail::ObservableCore {
     return observer;
   }
 
-  /// Ends the registration a little later; from then on the token does not keep the observable alive. Nil, a
-  /// stranger's, or again: nothing.
+  /// Ends the registration a little later; from then on the token does not keep the observable
+  /// alive. Does nothing for nil, another observable's token, or one that was removed before.
   void remove(const Ref<Observer<T>>& observer) {
     if (observer) unregisterObserver(observer->hashValue());
   }
 
-  /// An observable of what the mapping makes of every value, the current one included. The mapping is called
-  /// on the queue; without one, on the main dispatch queue.
+  /// An observable of the mapping's results for every value, the current one included. The mapping
+  /// is called on the queue; without one, on the main dispatch queue.
   template <class Mapping>
   [[nodiscard]] auto map(const Ref<ObserverQueue>& queue, Mapping mapping) {
     using U = std::decay_t<std::invoke_result_t<Mapping&, const T&>>;
@@ -89,8 +89,8 @@ class Observable : public detail::ObservableCore {
     return map(nullptr, std::move(mapping));
   }
 
-  /// An observable of those values that pass the predicate, the current one included. The predicate is called
-  /// on the queue; without one, on the main dispatch queue.
+  /// An observable of the values that pass the predicate, the current one included. The predicate
+  /// is called on the queue; without one, on the main dispatch queue.
   [[nodiscard]] Ref<Observable> filter(const Ref<ObserverQueue>& queue,
                                        Block<bool(const T& value)> predicate) {
     if (!predicate) raiseInvalidArgument("a filter needs a predicate");

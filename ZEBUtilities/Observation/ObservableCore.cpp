@@ -19,7 +19,7 @@ std::string dynamicTypeName(const Value& value) {
 
 }  // namespace
 
-// Observers. ---------------------------------------------------------------------------------------
+// Observers. --------------------------------------------------------------------------------------
 
 ObserverCore::ObserverCore(Ref<ObservableCore> observable)
     : observable_(std::move(observable)), weakObservable_(observable_) {}
@@ -31,8 +31,9 @@ ObserverCore::~ObserverCore() {
 }
 
 void ObserverCore::releaseSource(Ref<ObserverCore> sourceObserver) noexcept {
-  // The releases that wait for the one that goes on on this thread; null while there is none. The link lies in
-  // the token, which belongs to one derived observable only, so that releasing needs no memory.
+  // The releases that wait for the one under way on this thread; null while none is under way. The
+  // link lies in the token, which belongs to one derived observable only, so that releasing needs
+  // no memory.
   static thread_local ObserverCore** waiting = nullptr;
   if (!sourceObserver) return;
   if (waiting) {
@@ -59,7 +60,7 @@ class ObservableCore::Entry final : public ObserverEntry {
   QueueEntry& queue;
 };
 
-// Observables. -------------------------------------------------------------------------------------
+// Observables. ------------------------------------------------------------------------------------
 
 ObservableCore::ObservableCore(Ref<NSObject> boxedValue, Block<void(std::intptr_t)> deinitEvent)
     : observableQueue_(dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) +
@@ -82,8 +83,8 @@ void ObservableCore::pushBoxed(Ref<NSObject> boxedValue) {
 void ObservableCore::setValue(Ref<NSObject> boxedValue) {
   value_ = std::move(boxedValue);
   for (auto& [key, entry] : observersMap_) {
-    // The value goes to exactly those that are registered now, so gaps are closed and later removals do
-    // not count. Entries own nothing of a user.
+    // The value goes to exactly those that are registered now, so gaps are closed and later
+    // removals do not count. Entries own nothing of a user.
     (void)entry.observers.closeGaps();
     dispatch_async(entry.queue->queue(), [observers = entry.observers.snapshot(), value = value_] {
       for (const Ref<Entry>& each : observers) {
@@ -128,7 +129,7 @@ void ObservableCore::erase(std::intptr_t observerHashValue) {
   (void)entry->queue.observers.remove(*entry);
 }
 
-// The bridge. --------------------------------------------------------------------------------------
+// The bridge. -------------------------------------------------------------------------------------
 
 Ref<ObjectiveCTypeErasedObservable> ObservableCore::objectiveCBridgedObservable() {
   return makeRef<ObjectiveCTypeErasedObservable>(Ref(this));

@@ -26,8 +26,9 @@ class ObserverCore : public NSObject {
   std::intptr_t hashValue() const noexcept { return reinterpret_cast<std::intptr_t>(this); }
   bool operator==(const ObserverCore& other) const noexcept { return this == &other; }
 
-  /// Releases the token by which a derived observable holds its source, which may be derived itself and die with
-  /// it: chains of any length are released one after the other, not one within the other.
+  /// Releases the token by which a derived observable holds its source, which may be derived itself
+  /// and die with it: chains of any length are released one after the other, not one within the
+  /// other.
   static void releaseSource(Ref<ObserverCore> sourceObserver) noexcept;
 
  protected:

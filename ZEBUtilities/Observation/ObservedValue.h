@@ -6,8 +6,8 @@
 
 namespace zeb {
 
-/// One value on its way to all observers of an observable, which share it. Callers of the dynamic runtime get it
-/// as it is for values of types that have no object form.
+/// One value on its way to all observers of an observable, which share it. Callers of the dynamic
+/// runtime get it as it is for values of types that have no object form.
 template <class T>
 class ObservedValue final : public NSObject {
  public:

@@ -8,9 +8,9 @@
 
 namespace zeb {
 
-/// The token of a registration with an observable, made by `Observable<T>::observe`. Dropping it ends the
-/// registration: from then on the callback is not called, except for a call that runs already or for the first
-/// one. Until the observer is removed, it keeps the observable alive.
+/// The token of a registration with an observable, made by `Observable<T>::observe`. Dropping it
+/// ends the registration: from then on the callback is not called, except for a call that runs
+/// already or for the first one. Until the observer is removed, it keeps the observable alive.
 template <class T>
 class Observer final : public detail::ObserverCore {
  public:

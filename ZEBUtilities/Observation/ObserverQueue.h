@@ -9,15 +9,16 @@ namespace zeb {
 
 class ObjectiveCObserverQueue;
 
-/// The dispatch queue that observers are called on. An observable keeps one entry for each `ObserverQueue` object that
-/// was ever used with it, and posts once to each for every value: reuse one object for all observers that share
-/// a queue. Two objects that wrap the same dispatch queue count as two, deliberately. Immutable; any thread.
+/// The dispatch queue that observers are called on. An observable keeps one entry for each
+/// `ObserverQueue` object that was ever used with it, and posts once to each for every value: reuse
+/// one object for all observers that share a queue. Two objects that wrap the same dispatch queue
+/// count as two, deliberately. Immutable; any thread.
 class ObserverQueue final : public NSObject {
  public:
   /// A nil queue throws NSException (NSInvalidArgumentException).
   explicit ObserverQueue(dispatch_queue_t dispatchQueue);
 
-  /// The one that everybody shares for the main dispatch queue.
+  /// The shared one for the main dispatch queue.
   static const Ref<ObserverQueue>& mainQueue();
 
   const dispatch_queue_t& queue() const noexcept { return queue_; }

@@ -12,8 +12,8 @@
 
 namespace zeb::test {
 
-/// A dispatch queue that counts the posted blocks and runs them only when it is asked to, on the asking
-/// thread.
+/// A dispatch queue that counts the posted blocks and runs them only when it is asked to, on the
+/// asking thread.
 class HeldQueue final : public DispatchQueue {
  public:
   HeldQueue() : DispatchQueue("held") {}

@@ -8,8 +8,9 @@
 
 namespace zeb::detail {
 
-/// What an object has beyond its class, made on first need: the control block of its weak references
-/// and its associated objects. Outlives the object for as long as a weak reference points here.
+/// What an object has beyond its class, made on first need: the control block of its weak
+/// references and its associated objects. Outlives the object for as long as a weak reference
+/// points here.
 class ObjectExtras {
  public:
   static ObjectExtras& of(const NSObject& object);
@@ -31,7 +32,7 @@ class ObjectExtras {
   Ref<NSObject> associated(const void* key);
   Ref<NSObject> takeAssociated(const void* key, bool (*isWanted)(const NSObject& associated));
 
-  /// Who observes the object's properties: one more associated object, found without a lock.
+  /// The observers of the object's properties: one more associated object, found without a lock.
   NSObject* observers() const noexcept { return observers_.load(std::memory_order_acquire); }
   /// Sets it if there is none yet; answers the one that is there now.
   NSObject& setObserversOnce(Ref<NSObject> fresh) noexcept;

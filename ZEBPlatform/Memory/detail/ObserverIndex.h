@@ -8,17 +8,17 @@
 
 namespace zeb::detail {
 
-/// Finds the entries of one or several observer lists by their owners, and knows when to look for the
-/// dead: the one clean-up rule of all lists.
+/// Finds the entries of one or several observer lists by their owners, and knows when to look for
+/// the dead: the one clean-up rule of all lists.
 ///
-/// The rule: a removal of dead entries is due when as many entries have been added as the last search left over,
-/// and 16 more. So the dead never outnumber the living by more than that, and each addition pays for a
-/// constant number of looks. Whoever meets a dead observer while it calls the others may remove it at
-/// once.
+/// The rule: a removal of dead entries is due when as many entries have been added as the last
+/// search left over, and 16 more. So the dead never outnumber the living by more than that, and
+/// each addition pays for a constant number of looks. A user that meets a dead observer while it
+/// calls the others may remove it at once.
 ///
-/// An owner is the observer's address or another one that identifies it; it is never dereferenced. The
-/// index does not own entries: the lists do. It has no lock: its owner guards it together with the
-/// lists. All functions but `deadEntries()` take constant time on average.
+/// An owner is the observer's address or another one that identifies it; it is never dereferenced.
+/// The index does not own entries: the lists do. It has no lock: its owner guards it together with
+/// the lists. All functions but `deadEntries()` take constant time on average.
 template <class Entry>
 class ObserverIndex {
  public:
@@ -59,8 +59,8 @@ class ObserverIndex {
   }
 
   bool isRemovalDue() const noexcept { return size_ >= sizeForRemoval_; }
-  /// The entries whose `isDead()` holds. The caller must remove all of them, from here and from their
-  /// lists.
+  /// The entries whose `isDead()` holds. The caller must remove all of them, from here and from
+  /// their lists.
   std::vector<Entry*> deadEntries() {
     std::vector<Entry*> dead;
     for (const auto& [owner, owned] : owned_) {

@@ -30,11 +30,11 @@ class ObserverEntry : public NSObject {
   ObserverEntry* newer_ = nullptr;
 };
 
-/// The storage of an observer list: entries in the order of their adding. It grows in place up to its
-/// capacity, and removed entries stay in it as gaps, so that readers need no lock: a reader that holds
-/// the array iterates over the entries that it found at the beginning, whatever happens meanwhile.
-/// One thread at a time may append and remove. What a thread did before `append()` is visible to
-/// readers that find the entry.
+/// The storage of an observer list: entries in the order of their adding. It grows in place up to
+/// its capacity, and removed entries stay in it as gaps, so that readers need no lock: a reader
+/// that holds the array iterates over the entries that it found at the beginning, whatever happens
+/// meanwhile. One thread at a time may append and remove. What a thread did before `append()` is
+/// visible to readers that find the entry.
 template <class Entry>
 class ObserverArray : public NSObject {
  public:
@@ -76,23 +76,24 @@ class ObserverArray : public NSObject {
   std::size_t gaps_ = 0;
 };
 
-/// The observers of one thing. It has no lock: its owner guards it, by a lock or a serial queue. Only
-/// snapshots may be read without that, on any thread.
+/// The observers of one thing. It has no lock: its owner guards it, by a lock or a serial queue.
+/// Only snapshots may be read without that, on any thread.
 ///
 /// Releasing an entry may run a user's destructor. Therefore, changes answer the storage that they
 /// replace, for the caller to release after unlocking. A removed entry lives until its storage is
-/// replaced; if it keeps more than weak references, whoever removes it takes these out.
+/// replaced; if it owns
+/// more than weak references, the code that removes it takes these out.
 ///
-/// Cost: adding and removing take constant time on average, a snapshot two atomic operations. An entry
-/// takes one reference, and one more that stands by for the next entry.
+/// Cost: adding and removing take constant time on average, a snapshot two atomic operations. An
+/// entry takes one reference, and one more that stands by for the next entry.
 template <class Entry>
 class ObserverList {
  public:
   using Array = ObserverArray<Entry>;
 
-  /// The entries at one time, in the order of their adding; those that were removed then or later too.
-  /// Iteration survives whatever happens to the list: it skips removed entries only if its user asks
-  /// each entry for `isRemoved()`, and finds out about dead observers by locking them.
+  /// The entries of one moment in the order of their adding, entries that are or become removed
+  /// included: a user that skips those asks each entry for `isRemoved()`. Iteration survives every
+  /// change of the list. Whether an observer has died shows when its weak reference is locked.
   class Snapshot {
    public:
     Snapshot() = default;
@@ -126,7 +127,8 @@ class ObserverList {
     array_->remove(entry);
     return array_->isSparse() ? closeGaps() : nullptr;
   }
-  /// Makes the next snapshots free of entries that were removed before. Linear time if there are any.
+  /// Makes the next snapshots free of entries that were removed before. Linear time if there are
+  /// any.
   [[nodiscard]] Ref<Array> closeGaps() {
     if (!array_ || !array_->hasGaps()) return nullptr;
     return std::exchange(array_, array_->activeCount() > 0 ? makeRef<Array>(*array_) : nullptr);

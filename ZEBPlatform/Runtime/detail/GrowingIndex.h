@@ -7,8 +7,8 @@
 
 namespace zeb::detail {
 
-/// Records by hash: found without a lock, even while one is being added; additions take turns, by the
-/// caller's lock. Records are never taken out. A `Record` has a member `hash`.
+/// Records by hash: found without a lock, even while one is being added; additions take turns, by
+/// the caller's lock. Records are never taken out. A `Record` has a member `hash`.
 template <class Record>
 class GrowingIndex {
  public:
@@ -35,7 +35,8 @@ class GrowingIndex {
       table->put(added);
       return added;
     }
-    // Readers may still be in the old table, so that it stays: together they are no larger than the last.
+    // Readers may still be in the old table, so that it stays: together they are no larger than the
+    // last.
     auto larger = std::make_unique<Table>(table ? 2 * (table->mask + 1) : 8);
     for (const std::unique_ptr<Record>& each : records_) larger->put(*each);
     current_.store(larger.get(), std::memory_order_release);

@@ -100,7 +100,8 @@ constexpr char typeCode() noexcept {
   }
 }
 
-/// The object as a `T`, or null. Mostly it is exactly one, which is quicker to find out than its bases.
+/// The object as a `T`, or null. Mostly it is exactly one, which is quicker to find out than its
+/// bases.
 template <class T>
 T* objectAs(const Value& value) noexcept {
   NSObject* object = value.objectPointer();

@@ -8,8 +8,8 @@
 
 namespace zeb::detail {
 
-/// The value in the box as an object: what `ValueConversion` knows becomes that; of other types it is the box
-/// itself, an `ObservedValue<T>`.
+/// The value in the box as an object: converted by `ValueConversion` if that knows the type, else
+/// the box itself, an `ObservedValue<T>`.
 template <class T>
 Value bridgedObject(const Ref<NSObject>& boxedValue) {
   const T& value = ObservedValue<T>::in(*boxedValue);

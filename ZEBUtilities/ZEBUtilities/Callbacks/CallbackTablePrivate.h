@@ -21,12 +21,13 @@ struct Callback {
 /// All blocks of a table at one time, in calling order.
 using CallbackList = std::vector<Callback>;
 
-/// A dispatcher's blocks by observer. It is used on the access queue: readers share it, changes have it
-/// to themselves. The lock is for two readers that both make the missing list, and for a dispatcher that
-/// is destroyed while changes wait. While no change waits, readers need neither lock nor queue.
+/// A dispatcher's blocks by observer. It is used on the access queue: readers share it, changes
+/// have it to themselves. The lock is for two readers that both make the missing list, and for a
+/// dispatcher that is destroyed while changes wait. While no change waits, readers need neither
+/// lock nor queue.
 ///
-/// Blocks own objects of users, whose destructors may do anything, so no block may die on the access
-/// queue: changes answer what must be released elsewhere, or nil.
+/// Blocks own objects of users, whose destructors may do anything, so no block may die on the
+/// access queue: changes answer what must be released elsewhere, or nil.
 class CallbackTable final : public NSObject {
  public:
   /// What readers share until the next change.
@@ -43,14 +44,15 @@ class CallbackTable final : public NSObject {
   [[nodiscard]] Ref<NSObject> removeDead() ZEB_EXCLUDES(lock_);
 
   List list() ZEB_EXCLUDES(lock_);
-  /// The list if there is one and no change waits, else empty. Any thread: a thread that asked for a
-  /// change gets a list only after the change has been made.
+  /// The list if there is one and no change waits, else empty. Any thread: a thread that asked for
+  /// a change gets a list only after the change has been made.
   List listWithoutWaiting() noexcept {
     if (pendingChanges_.load(std::memory_order_acquire) != 0) return List();
     return list_.pin();
   }
 
-  /// For the end of the dispatcher: drops everything at once; changes that come later drop their blocks.
+  /// For the end of the dispatcher: drops everything at once; changes that come later drop their
+  /// blocks.
   void close() ZEB_EXCLUDES(lock_);
 
  private:

@@ -23,8 +23,8 @@ const dispatch_queue_t& accessQueue() {
   return *queue;
 }
 
-/// Makes the change of the table when its turn comes, and has its garbage released outside the access
-/// queue.
+/// Makes the change of the table when its turn comes, and has its garbage released outside the
+/// access queue.
 template <class Change>
 void submit(const Ref<detail::CallbackTable>& table, Change change) {
   table->changeBegins();
@@ -74,8 +74,8 @@ void ZEBCallbackDispatcher::removeObserver(const Ref<NSObject>& observer) {
 void ZEBCallbackDispatcher::fireWithUserInfo(Value userInfo) {
   detail::CallbackTable::List list = observerToBlocksTable_->listWithoutWaiting();
   if (!list) dispatch_sync(accessQueue(), [&] { list = observerToBlocksTable_->list(); });
-  // The blocks of observers that have died by now are left out. Those of observers that die from here on
-  // are called, because they count as collected.
+  // The blocks of observers that have died by now are left out. Those of observers that die from
+  // here on are called, because they count as collected.
   bool areAllAlive = true;
   for (const detail::Callback& callback : *list) areAllAlive &= callback.observer.isAlive();
   if (areAllAlive) {

@@ -20,8 +20,8 @@ void ZEBDeallocHook::attachTo(const Ref<NSObject>& object, const void* key,
 
 void ZEBDeallocHook::unattachFrom(const Ref<NSObject>& object, const void* key) {
   if (!object) return;
-  // Only the thread that takes the hook out touches its callback: others that unattach at the same time find
-  // none, and a hook that is attached meanwhile stays.
+  // Only the thread that takes the hook out touches its callback: other threads that unattach at
+  // the same time find no hook, and a hook that is attached meanwhile stays.
   const Ref<NSObject> hook = takeAssociatedObject(*object, key, [](const NSObject& associated) {
     return dynamic_cast<const ZEBDeallocHook*>(&associated) != nullptr;
   });

@@ -41,8 +41,8 @@ Ref<ZEBKVODispatcher> ZEBKVODispatcher::initToObserveValueForKeyPath_ofObject(
 }
 
 ZEBKVODispatcher::~ZEBKVODispatcher() {
-  // A destructor can't throw. That it is registered no more is no fault here: a change that goes on while it
-  // dies finds it dead and drops it.
+  // A destructor can't throw. It may be unregistered already, because a change under way while it
+  // dies finds it dead and removes it.
   if (suspendDispatching_) return;
   try {
     if (!stopObserving()) fatal(reasonForGoneObject().utf8());

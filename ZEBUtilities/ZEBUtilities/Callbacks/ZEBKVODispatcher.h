@@ -9,18 +9,20 @@
 
 namespace zeb {
 
-/// One observation of a key path of an object as a block. Observes from its making to its destruction,
-/// except while it is suspended.
+/// One observation of a key path of an object as a block. Observes from its making to its
+/// destruction, except while it is suspended.
 ///
-/// The block runs on the thread that makes the change; the dispatcher does no locking of its own, so that
-/// suspending belongs to one thread at a time. A block that has begun on another thread goes on.
+/// The block runs on the thread that makes the change; the dispatcher does no locking of its own,
+/// so that suspending belongs to one thread at a time. A block that has begun on another thread
+/// goes on.
 ///
-/// Release the dispatcher before the object that it observes, or let it keep the object alive: destroying
-/// one that is not suspended when its object is gone stops the process, with the reason that
-/// `setSuspendDispatching` throws.
+/// Release the dispatcher before the object that it observes, or let it keep the object alive:
+/// destroying one that is not suspended when its object is gone stops the process, with the reason
+/// that `setSuspendDispatching` throws.
 class ZEBKVODispatcher : public NSObject, public NSKeyValueObserver {
  public:
-  /// `change` converts to the change dictionary (`const NSDictionary&`) and is valid during the call only.
+  /// `change` converts to the change dictionary (`const NSDictionary&`) and is valid during the
+  /// call only.
   using DispatchBlock = Block<void(const NSString& keyPath, const Value& object,
                                    const KeyValueChange& change, void* context)>;
 
@@ -36,8 +38,8 @@ class ZEBKVODispatcher : public NSObject, public NSKeyValueObserver {
       void* context, bool suspended, DispatchBlock dispatchBlock);
   ~ZEBKVODispatcher() override;
 
-  /// "ZEBKVODispatcher", with everything here by its selectors; the initialisers are class methods there,
-  /// blocks travel as Runtime/BlockConversion.h says, and a change as its dictionary.
+  /// "ZEBKVODispatcher", with everything here by its selectors; the initialisers are class methods
+  /// there, blocks travel as Runtime/BlockConversion.h says, and a change as its dictionary.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 
@@ -55,7 +57,8 @@ class ZEBKVODispatcher : public NSObject, public NSKeyValueObserver {
   /// (NSGenericException) when the object is gone.
   void setSuspendDispatching(bool suspendDispatching);
 
-  /// Throws NSException (NSInternalInconsistencyException) for a key path that is not the dispatcher's.
+  /// Throws NSException (NSInternalInconsistencyException) for a key path that is not the
+  /// dispatcher's.
   void observeValueForKeyPath(const NSString& keyPath, const Value& object,
                               const KeyValueChange& change, void* context) override;
 

@@ -5,8 +5,8 @@
 
 namespace zeb {
 
-/// A box that holds one object weakly, so that collections can hold weak references. The value may be read
-/// from any thread; setting it is for one thread at a time.
+/// A box that holds one object weakly, so that collections can hold weak references. The value may
+/// be read from any thread; setting it is for one thread at a time.
 class ZEBWeakValueObject : public NSObject {
  public:
   explicit ZEBWeakValueObject(const Ref<NSObject>& value) : value_(value) {}
@@ -14,7 +14,8 @@ class ZEBWeakValueObject : public NSObject {
     return makeRef<ZEBWeakValueObject>(value);
   }
 
-  /// "ZEBWeakValueObject", with everything here by its selectors; initWithValue: is a class method there.
+  /// "ZEBWeakValueObject", with everything here by its selectors; initWithValue: is a class method
+  /// there.
   static Class* runtimeClass();
   Class* classObject() const override { return runtimeClass(); }
 

@@ -96,8 +96,8 @@ TEST(ObserverIndex, FindsEntriesByOwnerAndTheDeadInTime) {
   EXPECT_LT(looks, 20'000u) << "a constant number for each addition";
 }
 
-/// The threads share one list under one lock, and read it without. The end of an entry takes the lock:
-/// an entry that ended with the lock held would hang.
+/// The threads share one list under one lock, and read it without. The end of an entry takes the
+/// lock: an entry that ended with the lock held would hang.
 TEST(ObserverList, StandsThreadsThatAddRemoveIterateAndDestroy) {
   std::atomic<int> made = 0, ends = 0, deaths = 0, found = 0;
   {

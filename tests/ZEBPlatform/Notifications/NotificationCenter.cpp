@@ -107,7 +107,8 @@ TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
   }
 }
 
-/// One observer of many names, and many of one: looking through all of them each time would take minutes.
+/// One observer of many names, and many of one: looking through all of them each time would take
+/// minutes.
 TEST(NSNotificationCenter, RemovingOneCostsTheSameAmongMany) {
   const auto center = makeRef<NSNotificationCenter>();
   const Ref<NSObject> observer = object();

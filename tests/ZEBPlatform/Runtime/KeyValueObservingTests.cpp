@@ -234,8 +234,8 @@ TEST_F(KeyValueObserving, ManyObserversGoInAnyOrder) {
   }
 }
 
-/// Lists that were replaced while a change went on must not wait for a moment without any change. (Sanitizers
-/// have heaps of their own, which is not looked at.)
+/// Lists that were replaced while a change went on must not wait for a moment without any change.
+/// (Sanitizers have heaps of their own, which is not looked at.)
 TEST_F(KeyValueObserving, KeepsLittleMemoryWhileAChangeGoesOn) {
   addObserver(track, observer, "title", New);
   willChangeValueForKey(track, "title");

@@ -243,8 +243,8 @@ TEST_F(ObservableTest, TakesAnyTypeAndSharesOneValue) {
   EXPECT_TRUE(seen[0] == seen[1] && seen[1] == seen[2] && *seen[0]->number == 2);
 }
 
-/// The threads push, observe, remove and drop, also from callbacks; tokens die while they are delivered
-/// to.
+/// The threads push, observe, remove and drop, also from callbacks; tokens die while they are
+/// delivered to.
 TEST_F(ObservableTest, StandsAStorm) {
   std::atomic<int> deaths = 0, made = 0, calls = 0, ended = 0;
   {
