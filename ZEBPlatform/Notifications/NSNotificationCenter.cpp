@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Memory/detail/ItemBlock.h>
 #include <ZEBPlatform/Memory/detail/ObjectExtras.h>
+#include <ZEBPlatform/Notifications/ItemBlockPrivate.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 
 #include <utility>
