@@ -7,6 +7,7 @@
 - Headers of the system and of outside libraries are included only in the modules that they belong
   to, and never in public headers.
 - The product has no conditional compilation, and every header has #pragma once.
+- Lines have at most 100 columns; the formatter does not wrap comments.
 - The files that the documents name or link to exist.
 
 Prints one `file:line: message` for each fault, and fails if there is any.
@@ -66,6 +67,7 @@ FILE_REFERENCE = re.compile(
     r"|`((?:ZEB\w+|benchmarks|cmake|fuzz|tests|tools)/[\w/.+-]+\.\w+)`"
 )
 
+MAX_COLUMNS = 100
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 CONDITIONAL = re.compile(r"^\s*#\s*(if|ifdef|ifndef|elif|else)\b")
 MODULE_KEYWORDS = ("LAYER", "DEPENDS", "PRIVATE_LIBRARIES", "INSTALLED_DETAIL")
@@ -254,6 +256,9 @@ def main():
         text = (ROOT / file).read_text(encoding="utf-8", errors="replace")
         if file.endswith(".h") and not re.search(r"^#pragma once$", text, re.MULTILINE):
             fault(file, 1, "#pragma once is missing")
+        for number, line in enumerate(text.splitlines(), 1):
+            if len(line) > MAX_COLUMNS:
+                fault(file, number, f"has {len(line)} columns; wrap it at {MAX_COLUMNS}")
         if file in collecting:
             check_module_header(file, text, collecting[file])
         elif file.startswith(tuple(f"{library}/" for library in LIBRARIES)):

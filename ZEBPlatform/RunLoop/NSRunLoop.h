@@ -54,14 +54,14 @@ class NSRunLoop final : public NSObject {
   /// Runs in the default mode until `stop()` or until no item and no block is left that it could
   /// wait for. The main thread's loop always has the main queue.
   void run();
-  /// The same, at most until the date, or for this time. With nil or a past date it handles what is ready, without
-  /// waiting.
+  /// The same, at most until the date, or for this time. With nil or a past date it handles what is
+  /// ready, without waiting.
   void runUntilDate(const NSDate& limit);
   void runFor(std::chrono::duration<double> limit);
-  /// Runs until the date or the time has passed, `stop()`, or it has handled anything but a timer: a block, the
-  /// main queue, a source or a descriptor. Returns false at once if the mode has no timer, source
-  /// or port and no block for it is waiting. With nil or a past date it makes one pass, without
-  /// waiting.
+  /// Runs until the date or the time has passed, `stop()` was called, or it has handled anything
+  /// but a timer: a block, the main queue, a source or a descriptor. Returns false at once if the
+  /// mode has no timer, source or port and no block for it is waiting. With nil or a past date it
+  /// makes one pass, without waiting.
   bool runMode(const NSString& mode, const NSDate& limit);
   bool runMode(const NSString& mode, std::chrono::duration<double> limit);
   /// Ends the innermost run in progress, as soon as its callback returns; without one it does

@@ -1,6 +1,7 @@
 #pragma once
 
-// The module Callbacks: callback and key-value-observing dispatchers, deallocation hooks, weak boxes.
+// The module Callbacks: dispatchers of callbacks and of observed changes, deallocation hooks, weak
+// boxes.
 
 #include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
 #include <ZEBUtilities/Callbacks/ZEBDeallocHook.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-// The module Coding: archives: encodable objects, the registry of decoders, archiver and unarchiver.
+// The module Coding: encodable objects, the registry of decoders, archiver and unarchiver.
 
 #include <ZEBUtilities/Coding/AnyEquatable.h>
 #include <ZEBUtilities/Coding/DecodingBuilder.h>

@@ -1,6 +1,7 @@
 #pragma once
 
-// The module Collections: typed access to dictionaries, additions to collections, the circular buffer.
+// The module Collections: typed reading of dictionaries, additions to collections, the circular
+// buffer.
 
 #include <ZEBUtilities/Collections/Dictionary+ZEBAdditions.h>
 #include <ZEBUtilities/Collections/NSArray+ZEBAdditions.h>

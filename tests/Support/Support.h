@@ -36,9 +36,9 @@ std::string raisedName(const Call& call) {
   return "";
 }
 
-/// Repeats the step, by default a short sleep, until the condition holds. If it does not hold within
-/// five minutes, the test program ends with a message that says what was expected. `std::time` is a
-/// clock that `FakeClock` does not move.
+/// Repeats the step, by default a short sleep, until the condition holds. If it does not hold
+/// within five minutes, the test program ends with a message that says what was expected.
+/// `std::time` is a clock that `FakeClock` does not move.
 template <class Condition, class Step>
 void waitUntil(const Condition& condition, const char* expected, const Step& step) {
   const std::time_t deadline = std::time(nullptr) + 300;

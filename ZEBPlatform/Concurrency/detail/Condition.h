@@ -33,8 +33,8 @@ class Condition {
 
   /// Unlocks the lock while the thread sleeps and locks it again before it returns.
   void wait(Lock& lock) noexcept ZEB_REQUIRES(lock) { waitUntil(lock, UINT64_MAX); }
-  /// Like wait(), but at most until the deadline in ticks of `mach_absolute_time()`; `UINT64_MAX` for
-  /// never.
+  /// Like wait(), but at most until the deadline in ticks of `mach_absolute_time()`; `UINT64_MAX`
+  /// for never.
   void waitUntil(Lock& lock, std::uint64_t deadline) noexcept ZEB_REQUIRES(lock);
 
   void notifyOne() noexcept;

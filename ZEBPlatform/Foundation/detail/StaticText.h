@@ -6,8 +6,8 @@
 
 namespace zeb::detail {
 
-/// Text that the compiler puts together, so that messages and names built from constants cost nothing
-/// at run time. Store it as `static constexpr`. Ends with a zero that does not count.
+/// Text that the compiler puts together, so that messages and names built from constants cost
+/// nothing at run time. Store it as `static constexpr`. Ends with a zero that does not count.
 template <std::size_t Length>
 struct StaticText {
   char characters[Length + 1] = {};
