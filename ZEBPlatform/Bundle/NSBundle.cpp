@@ -1,12 +1,13 @@
 #include <ZEBPlatform/Bundle/NSBundle.h>
 #include <ZEBPlatform/Bundle/NSPropertyListSerialization.h>
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Linux/detail/FileReading.h>
 #include <ZEBPlatform/Linux/detail/ProcessFacts.h>
 
 #include <cerrno>
 #include <filesystem>
-#include <mutex>
 
 namespace zeb {
 
@@ -39,14 +40,15 @@ std::string joined(std::string_view folder, std::string_view name) {
 }
 
 struct MainBundle {
-  std::mutex mutex;
+  detail::Lock lock;
+  /// Changed with the lock held, and never again after it was asked for: from then on references to
+  /// it are used without the lock.
   Ref<NSBundle> bundle;
-  bool isAskedFor = false;
+  bool isAskedFor ZEB_GUARDED_BY(lock) = false;
 };
 
-/// Never destroyed: static objects may use it while the process exits.
 MainBundle& mainBundleSlot() {
-  static auto* slot = new MainBundle;
+  static detail::NeverDestroyed<MainBundle> slot;
   return *slot;
 }
 
@@ -56,7 +58,7 @@ const char* const kCFBundleVersionKey = "CFBundleVersion";
 
 const Ref<NSBundle>& NSBundle::mainBundle() {
   MainBundle& slot = mainBundleSlot();
-  const std::lock_guard lock(slot.mutex);
+  const detail::LockGuard guard(slot.lock);
   if (!slot.bundle) slot.bundle = bundleForExecutable(zeb::executablePath());
   slot.isAskedFor = true;
   return slot.bundle;
@@ -64,7 +66,7 @@ const Ref<NSBundle>& NSBundle::mainBundle() {
 
 bool NSBundle::setMainBundle(const Ref<NSBundle>& bundle) {
   MainBundle& slot = mainBundleSlot();
-  const std::lock_guard lock(slot.mutex);
+  const detail::LockGuard guard(slot.lock);
   if (!bundle || slot.isAskedFor) return false;
   slot.bundle = bundle;
   return true;

@@ -1,3 +1,6 @@
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
+#include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
 
 #include <spdlog/logger.h>
@@ -7,9 +10,8 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
 #include <string>
+#include <utility>
 
 namespace zeb {
 
@@ -21,25 +23,32 @@ std::atomic<std::int32_t> generalLevel{OLGLevelInformation};
 
 std::atomic<bool> anyChannelLevel{false};
 
+using Levels = std::map<std::string, std::int32_t, std::less<>>;
+
+/// The levels of channels that have one of their own. Every log line reads them, changes are rare.
 struct ChannelLevels {
-  std::shared_mutex mutex;
-  std::map<std::string, std::int32_t, std::less<>> levels;
+  detail::Lock changes;
+  detail::SnapshotPointer<Levels> current;
+
+  void replace(Levels levels) ZEB_REQUIRES(changes) {
+    anyChannelLevel.store(!levels.empty(), std::memory_order_release);
+    (void)current.replace(std::move(levels));
+  }
+  Levels copy() const ZEB_REQUIRES(changes) { return current.get() ? *current.get() : Levels(); }
 };
 
-/// Never destroyed: static objects may log while the process exits.
 ChannelLevels& channelLevels() {
-  static auto* levels = new ChannelLevels;
+  static detail::NeverDestroyed<ChannelLevels> levels;
   return *levels;
 }
 
 struct HandlerSlot {
-  std::mutex mutex;
-  Handler handler;
+  detail::Lock lock;
+  Handler handler ZEB_GUARDED_BY(lock);
 };
 
-/// Never destroyed, for the same reason.
 HandlerSlot& handlerSlot() {
-  static auto* slot = new HandlerSlot;
+  static detail::NeverDestroyed<HandlerSlot> slot;
   return *slot;
 }
 
@@ -52,13 +61,13 @@ spdlog::level::level_enum spdlogLevel(std::int32_t level) noexcept {
 }
 
 spdlog::logger& standardErrorLogger() {
-  static auto* logger = [] {
-    auto sink = std::make_shared<spdlog::sinks::ansicolor_stderr_sink_mt>();
-    auto* made = new spdlog::logger("zebutilities", std::move(sink));
-    made->set_level(spdlog::level::trace);
-    made->set_pattern("%Y-%m-%dT%H:%M:%S.%e [%^%l%$] %v");
+  static detail::NeverDestroyed<spdlog::logger> logger([] {
+    spdlog::logger made("zebutilities",
+                        std::make_shared<spdlog::sinks::ansicolor_stderr_sink_mt>());
+    made.set_level(spdlog::level::trace);
+    made.set_pattern("%Y-%m-%dT%H:%M:%S.%e [%^%l%$] %v");
     return made;
-  }();
+  }());
   return *logger;
 }
 
@@ -71,24 +80,28 @@ void logToStandardError(const OLGRecord& record) {
 
 bool OLGCanLog(const void*, std::int32_t level, NullableText channel) noexcept {
   if (anyChannelLevel.load(std::memory_order_acquire)) {
-    std::shared_lock guard(channelLevels().mutex);
-    const auto found = channelLevels().levels.find(channel);
-    if (found != channelLevels().levels.end()) return level <= found->second;
+    if (const auto levels = channelLevels().current.pin()) {
+      const auto found = levels->find(channel);
+      if (found != levels->end()) return level <= found->second;
+    }
   }
   return level <= generalLevel.load(std::memory_order_relaxed);
 }
 
 void OLGSetChannelLevel(NullableText channel, std::int32_t level) {
-  std::unique_lock guard(channelLevels().mutex);
-  channelLevels().levels.insert_or_assign(std::string(channel), level);
-  anyChannelLevel.store(true, std::memory_order_release);
+  ChannelLevels& levels = channelLevels();
+  const detail::LockGuard guard(levels.changes);
+  Levels changed = levels.copy();
+  changed.insert_or_assign(std::string(channel), level);
+  levels.replace(std::move(changed));
 }
 
 void OLGResetChannelLevel(NullableText channel) {
-  std::unique_lock guard(channelLevels().mutex);
-  const auto found = channelLevels().levels.find(channel);
-  if (found != channelLevels().levels.end()) channelLevels().levels.erase(found);
-  anyChannelLevel.store(!channelLevels().levels.empty(), std::memory_order_release);
+  ChannelLevels& levels = channelLevels();
+  const detail::LockGuard guard(levels.changes);
+  Levels changed = levels.copy();
+  if (const auto found = changed.find(channel); found != changed.end()) changed.erase(found);
+  levels.replace(std::move(changed));
 }
 
 void OLGSetLevel(std::int32_t level) noexcept {
@@ -96,16 +109,18 @@ void OLGSetLevel(std::int32_t level) noexcept {
 }
 
 void OLGSetHandler(Handler handler) {
-  std::lock_guard guard(handlerSlot().mutex);
-  std::swap(handlerSlot().handler, handler);
+  HandlerSlot& slot = handlerSlot();
+  const detail::LockGuard guard(slot.lock);
+  std::swap(slot.handler, handler);
 }
 
 void OLGLogMessage(const OLGRecord& record) noexcept {
   try {
     Handler handler;
     {
-      std::lock_guard guard(handlerSlot().mutex);
-      handler = handlerSlot().handler;
+      HandlerSlot& slot = handlerSlot();
+      const detail::LockGuard guard(slot.lock);
+      handler = slot.handler;
     }
     if (handler) {
       handler(record);

@@ -1,3 +1,5 @@
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/Linux/detail/ProcessFacts.h>
 #include <ZEBPlatform/Linux/detail/Random.h>
@@ -5,7 +7,6 @@
 
 #include <array>
 #include <charconv>
-#include <mutex>
 #include <string>
 #include <tuple>
 
@@ -15,26 +16,28 @@ namespace {
 
 /// The name that the host gave to the process; nil at first.
 struct GivenName {
-  std::mutex mutex;
-  NSString name;
+  detail::Lock lock;
+  NSString name ZEB_GUARDED_BY(lock);
 };
 
 GivenName& givenName() {
-  static auto* slot = new GivenName;
+  static detail::NeverDestroyed<GivenName> slot;
   return *slot;
 }
 
 }  // namespace
 
 const Ref<NSProcessInfo>& NSProcessInfo::processInfo() {
-  static const auto* shared = new auto(Ref<NSProcessInfo>::adopt(new NSProcessInfo));
+  static const detail::NeverDestroyed<Ref<NSProcessInfo>> shared(
+      Ref<NSProcessInfo>::adopt(new NSProcessInfo));
   return *shared;
 }
 
 NSString NSProcessInfo::processName() const {
   {
-    const std::lock_guard lock(givenName().mutex);
-    if (!givenName().name.isNil()) return givenName().name;
+    GivenName& given = givenName();
+    const detail::LockGuard guard(given.lock);
+    if (!given.name.isNil()) return given.name;
   }
   const auto arguments = processArguments();
   const std::string path = arguments.empty() ? executablePath() : arguments.front();
@@ -43,8 +46,9 @@ NSString NSProcessInfo::processName() const {
 
 void NSProcessInfo::setProcessName(const NSString& name) {
   const NSString copy = name.copy();
-  const std::lock_guard lock(givenName().mutex);
-  givenName().name = copy;
+  GivenName& given = givenName();
+  const detail::LockGuard guard(given.lock);
+  given.name = copy;
 }
 
 std::int32_t NSProcessInfo::processIdentifier() const noexcept { return zeb::processIdentifier(); }

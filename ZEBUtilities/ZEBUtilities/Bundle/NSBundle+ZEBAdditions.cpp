@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBUtilities/Bundle/NSBundle+ZEBAdditions.h>
 
@@ -76,11 +77,10 @@ NSString zeb_sharedKeychainOAuthIdentifier(const Ref<NSBundle>& bundle) {
 
 NSString zeb_betaMobileFeedbackURL(const Ref<NSBundle>& bundle) {
   if (!bundle) return nullptr;
-  // Never destroyed: static objects may use it while the process exits.
-  static const auto* url = [&bundle] {
+  static const detail::NeverDestroyed<NSString> url([&bundle] {
     const NSString found = textForKey(bundle, ZEBBundleBetaMobileFeedbackURLKey);
-    return new NSString(found.isNil() ? NSString("") : found);
-  }();
+    return found.isNil() ? NSString("") : found;
+  }());
   return *url;
 }
 

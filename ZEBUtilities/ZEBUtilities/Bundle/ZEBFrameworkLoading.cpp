@@ -1,4 +1,6 @@
 #include <ZEBPlatform/Bundle/NSBundle.h>
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Linux/DynamicLoader.h>
 #include <ZEBPlatform/Linux/detail/FileTrust.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
@@ -6,7 +8,6 @@
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
 
 #include <filesystem>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -69,13 +70,12 @@ std::vector<std::string> searchedFolders(const NSArray& directories, std::string
 }
 
 struct HostsChoice {
-  std::mutex mutex;
-  NSString directory;
+  detail::Lock lock;
+  NSString directory ZEB_GUARDED_BY(lock);
 };
 
-/// Never destroyed: static objects may use it while the process exits.
 HostsChoice& hostsChoice() {
-  static auto* choice = new HostsChoice;
+  static detail::NeverDestroyed<HostsChoice> choice;
   return *choice;
 }
 
@@ -121,7 +121,7 @@ NSString ZEBFrameworksDirectory() {
     return isFolder(installedFolder) ? NSString(installedFolder) : NSString();
   {
     HostsChoice& choice = hostsChoice();
-    const std::lock_guard lock(choice.mutex);
+    const detail::LockGuard guard(choice.lock);
     if (!choice.directory.isNil()) return choice.directory;
   }
   const std::string image = folderOfImageHolding(reinterpret_cast<const void*>(&hostsChoice));
@@ -139,7 +139,7 @@ NSString ZEBFrameworksDirectory() {
 void ZEBSetFrameworksDirectory(const NSString& directory) {
   const NSString copy = directory.copy();
   HostsChoice& choice = hostsChoice();
-  const std::lock_guard lock(choice.mutex);
+  const detail::LockGuard guard(choice.lock);
   choice.directory = copy;
 }
 

@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
 #include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
@@ -7,8 +8,7 @@
 namespace zeb {
 
 const dispatch_queue_t& ZEBBackgroundQueue::sharedBackgroundQueue() {
-  // Never destroyed: static objects may queue work while the process exits.
-  static const auto* queue = new dispatch_queue_t(
+  static const detail::NeverDestroyed<dispatch_queue_t> queue(
       dispatch_queue_create(std::string(ZEBUtilitiesIdentifierPrefix) + ".queue.background"));
   return *queue;
 }

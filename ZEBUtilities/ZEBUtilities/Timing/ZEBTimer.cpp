@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/Seconds.h>
 #include <ZEBPlatform/Linux/DynamicLoader.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
@@ -9,7 +10,6 @@
 
 #include <atomic>
 #include <cmath>
-#include <limits>
 #include <memory>
 #include <utility>
 
@@ -61,22 +61,8 @@ NSString notificationName(const char* symbol) {
   return name ? *name : symbol;
 }
 
-/// Cut to what the number holds; nothing is no time.
-std::int64_t nanoseconds(NSTimeInterval seconds) noexcept {
-  constexpr auto max = std::numeric_limits<std::int64_t>::max();
-  const double exact = seconds * 1e9;
-  if (std::isnan(exact)) return 0;
-  if (exact >= static_cast<double>(max)) return max;
-  if (exact <= -static_cast<double>(max)) return -max;
-  return static_cast<std::int64_t>(exact);
-}
-
 dispatch_queue_t orGlobalQueue(const dispatch_queue_t& queue) {
   return queue ? queue : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
-}
-
-std::uint64_t nanosecondsFromZero(NSTimeInterval seconds) noexcept {
-  return static_cast<std::uint64_t>(std::max<std::int64_t>(nanoseconds(seconds), 0));
 }
 
 }  // namespace
@@ -118,37 +104,37 @@ ZEBTimer::ZEBTimer(const NSDate& fireDate, NSTimeInterval interval, ZEBTimerBloc
 ZEBTimer::~ZEBTimer() { invalidateForGood(); }
 
 ZEBTimerBlock ZEBTimer::block() const {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return block_;
 }
 
 void ZEBTimer::setBlock(ZEBTimerBlock block) {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   std::swap(block_, block);  // the old one dies after the lock
 }
 
 NSDate ZEBTimer::fireDate() const {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return fireDate_;
 }
 
 NSTimeInterval ZEBTimer::tolerance() const {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return tolerance_;
 }
 
 NSDate ZEBTimer::backgroundDate() const {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return backgroundDate_;
 }
 
 void ZEBTimer::setBackgroundDate(const NSDate& date) {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   backgroundDate_ = date;
 }
 
 bool ZEBTimer::isValid() const {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   return isValidNow();
 }
 
@@ -163,7 +149,7 @@ void ZEBTimer::scheduleWithRunLoop(const Ref<NSRunLoop>& runLoop, const NSString
   Ref<NSRunLoop> stored = loop;  // the one before is released after the lock
   Ref<NSTimer> timer;
   {
-    const std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     if (!isValidNow() || gcdSource_) return;
     timer = nsTimer();
     targetRunLoopMode_ = modeName;
@@ -185,7 +171,7 @@ Ref<NSTimer> ZEBTimer::nsTimer() {
 
 void ZEBTimer::applyToQueue(const dispatch_queue_t& queue) {
   dispatch_queue_t target = orGlobalQueue(queue);
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   if (!isFreeForAQueue()) return;
   std::swap(targetGCDQueue_, target);  // the one before is released after the lock
   startSource(targetGCDQueue_);
@@ -193,12 +179,12 @@ void ZEBTimer::applyToQueue(const dispatch_queue_t& queue) {
 
 void ZEBTimer::setUpGCDTimer(const dispatch_queue_t& queue) {
   const dispatch_queue_t target = orGlobalQueue(queue);
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   if (isFreeForAQueue()) startSource(target);
 }
 
 void ZEBTimer::applyGCDTimerToSource() const {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   if (gcdSource_) scheduleSource();
 }
 
@@ -216,15 +202,14 @@ void ZEBTimer::startSource(const dispatch_queue_t& queue) {
 
 void ZEBTimer::scheduleSource() const {
   const NSTimeInterval delay = fireDate_.timeIntervalSinceDate(NSDate::date());
-  const std::int64_t untilStart = fireDate_.isNil() ? 0 : nanoseconds(delay);
-  const std::uint64_t interval =
-      repeats_ ? nanosecondsFromZero(timeInterval_) : DISPATCH_TIME_FOREVER;
+  const std::int64_t untilStart = fireDate_.isNil() ? 0 : detail::nanosecondsIn(delay);
+  const std::uint64_t interval = repeats_ ? detail::ticksIn(timeInterval_) : DISPATCH_TIME_FOREVER;
   dispatch_source_set_timer(gcdSource_, dispatch_time(DISPATCH_TIME_NOW, untilStart), interval,
-                            nanosecondsFromZero(tolerance_));
+                            detail::ticksIn(tolerance_));
 }
 
 void ZEBTimer::setFireDate(const NSDate& date) {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   if (date.isIdenticalTo(fireDate_)) return;
   fireDate_ = date;
   if (gcdSource_) {
@@ -235,7 +220,7 @@ void ZEBTimer::setFireDate(const NSDate& date) {
 }
 
 void ZEBTimer::setTolerance(NSTimeInterval tolerance) {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   if (tolerance == tolerance_) return;
   tolerance_ = tolerance;
   if (gcdSource_) {
@@ -308,7 +293,7 @@ void ZEBTimer::invalidate() {
 void ZEBTimer::invalidateForGood() {
   _invalidate(false);
   ZEBTimerBlock released;  // dies after the lock
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   backgroundDate_ = nullptr;
   std::swap(block_, released);
 }
@@ -317,7 +302,7 @@ bool ZEBTimer::_invalidate(bool forBackgrounding) {
   dispatch_source_t source;
   Ref<NSTimer> timer;
   {
-    const std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     if (forBackgrounding) {
       // A timer that was invalidated for good must not become valid again.
       if (!isValidNow()) return false;
@@ -358,7 +343,7 @@ void ZEBTimer::_applicationWillForeground(const Ref<NSNotification>&) {
   Ref<NSRunLoop> runLoop;
   NSString mode;
   {
-    const std::lock_guard guard(mutex_);
+    const detail::LockGuard guard(lock_);
     if (backgroundingBehavior_ == ZEBTimerBackgroundingBehaviorNone) return;
     const NSDate pausedAt = std::exchange(backgroundDate_, nullptr);
     if (pausedAt.isNil() || !isValidNow() || !pauses()) return;

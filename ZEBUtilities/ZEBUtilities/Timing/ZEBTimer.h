@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Dispatch/DispatchSource.h>
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/NSString.h>
@@ -18,7 +19,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <utility>
 
@@ -208,13 +208,12 @@ class ZEBTimer : public NSObject {
   bool pauses() const noexcept;
   void logFiring(const char* format) const;
 
-  // With the lock held:
-  bool isValidNow() const;
-  Ref<NSTimer> nsTimer();
-  bool isFreeForAQueue() const;
-  void startSource(const dispatch_queue_t& queue);
-  void scheduleSource() const;
-  NSTimeInterval delayAfter(const NSDate& backgroundDate) const;
+  bool isValidNow() const ZEB_REQUIRES(lock_);
+  Ref<NSTimer> nsTimer() ZEB_REQUIRES(lock_);
+  bool isFreeForAQueue() const ZEB_REQUIRES(lock_);
+  void startSource(const dispatch_queue_t& queue) ZEB_REQUIRES(lock_);
+  void scheduleSource() const ZEB_REQUIRES(lock_);
+  NSTimeInterval delayAfter(const NSDate& backgroundDate) const ZEB_REQUIRES(lock_);
 
   const WeakRef<NSObject> target_;
   const ZEBTimerAction action_;
@@ -226,20 +225,19 @@ class ZEBTimer : public NSObject {
   /// For a timer that does not repeat: the thread on which its only firing began, or `hasFired`.
   std::atomic<ThreadHandle> firingThread_{0};
 
-  /// Guards the rest; the run loop's and the queue's locks are taken while it is held, never the
-  /// other way.
-  mutable std::mutex mutex_;
-  ZEBTimerBlock block_;
-  NSDate fireDate_;
-  NSTimeInterval tolerance_ = 0;
+  /// The run loop's and the queue's locks are taken while it is held, never the other way round.
+  mutable detail::Lock lock_;
+  ZEBTimerBlock block_ ZEB_GUARDED_BY(lock_);
+  NSDate fireDate_ ZEB_GUARDED_BY(lock_);
+  NSTimeInterval tolerance_ ZEB_GUARDED_BY(lock_) = 0;
   /// Whether an underlying timer was made, or never will be.
-  bool timerWasCreated_ = false;
-  dispatch_source_t gcdSource_;
-  Ref<NSTimer> nsTimer_;
-  dispatch_queue_t targetGCDQueue_;
-  Ref<NSRunLoop> targetRunLoop_;
-  NSString targetRunLoopMode_;
-  NSDate backgroundDate_;
+  bool timerWasCreated_ ZEB_GUARDED_BY(lock_) = false;
+  dispatch_source_t gcdSource_ ZEB_GUARDED_BY(lock_);
+  Ref<NSTimer> nsTimer_ ZEB_GUARDED_BY(lock_);
+  dispatch_queue_t targetGCDQueue_ ZEB_GUARDED_BY(lock_);
+  Ref<NSRunLoop> targetRunLoop_ ZEB_GUARDED_BY(lock_);
+  NSString targetRunLoopMode_ ZEB_GUARDED_BY(lock_);
+  NSDate backgroundDate_ ZEB_GUARDED_BY(lock_);
 };
 
 }  // namespace zeb
