@@ -21,4 +21,5 @@
 #include <ZEBPlatform/Foundation/NullableText.h>
 #include <ZEBPlatform/Foundation/StringKey.h>
 #include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Foundation/ValueKind.h>
 #include <ZEBPlatform/Foundation/ValueStorage.h>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Foundation/ValueKind.h>
 #include <ZEBPlatform/Foundation/detail/StringHash.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 
@@ -17,25 +18,6 @@ namespace zeb {
 
 class Value;
 struct DictionaryEntry;
-
-enum class ValueKind : std::uint8_t {
-  Nil = 0,
-  Null,
-  Boolean,
-  SignedInteger,
-  UnsignedInteger,
-  Float,
-  Double,
-  Date,
-  // From here on the payload is a counted pointer.
-  String = 16,
-  Data,
-  URL,
-  Array,
-  Dictionary,
-  Set,
-  Object,
-};
 
 namespace detail {
 

@@ -1,4 +1,3 @@
-#include <ZEBPlatform/Concurrency/detail/Seconds.h>
 #include <ZEBPlatform/RunLoop/RunLoopModesPrivate.h>
 
 #include <algorithm>
@@ -67,12 +66,6 @@ std::span<const Ref<RunLoopItem>> RunLoopModes::sourcesOfDescriptor(RunLoopMode&
   return std::ranges::equal_range(listOf(mode, Kind::descriptorSource), descriptor, {}, orderOf);
 }
 
-template <class Visit>
-void RunLoopModes::visitActive(RunLoopMode& mode, const Visit& visit) {
-  visit(mode);
-  if (mode.isCommon) visit(common_);
-}
-
 bool RunLoopModes::insert(RunLoopItem& item, const NSString& modeName) {
   const LockGuard guard(lock_);
   if (isClosed_) return false;
@@ -89,13 +82,6 @@ bool RunLoopModes::insert(RunLoopItem& item, const NSString& modeName) {
   return true;
 }
 
-void RunLoopModes::insertTimer(NSTimer& timer, RunLoopMode& mode) {
-  const auto isInMode = [&](auto& node) { return &node->mode == &mode; };
-  if (std::ranges::any_of(timer.nodes_, isInMode)) return;
-  timer.nodes_.push_back(std::make_unique<TimerNode>(Ref(&timer), mode));
-  ++mode.timerCount;
-}
-
 void RunLoopModes::removeFrom(RunLoopMode& mode, RunLoopItem& item, ReleasedItems& released) {
   ItemList& list = listOf(mode, item.kind_);
   const auto place = std::ranges::find(list, &item, &Ref<RunLoopItem>::get);
@@ -104,16 +90,6 @@ void RunLoopModes::removeFrom(RunLoopMode& mode, RunLoopItem& item, ReleasedItem
   list.erase(place);
   --counts_[indexOf(item.kind_)];
   forgetIfUnused(mode);
-}
-
-void RunLoopModes::removeTimer(NSTimer& timer, ReleasedItems& released) {
-  for (const auto& node : timer.nodes_) {
-    node->mode.timers.remove(*node);
-    released.push_back(node->timer);
-    --node->mode.timerCount;
-    forgetIfUnused(node->mode);
-  }
-  timer.nodes_.clear();
 }
 
 RunLoopModes::ReleasedItems RunLoopModes::remove(RunLoopItem& item, const NSString& modeName) {
@@ -147,31 +123,6 @@ RunLoopModes::ReleasedItems RunLoopModes::close() {
     }
   }
   return released;
-}
-
-bool RunLoopModes::schedule(NSTimer& timer) {
-  const LockGuard guard(lock_);
-  const std::uint64_t leeway = ticksIn(timer.tolerance_);
-  bool isSooner = false;
-  for (const auto& node : timer.nodes_) {
-    DeadlineHeap& timers = node->mode.timers;
-    const std::uint64_t before = timers.nextWakeUp();
-    node->deadline = std::max(timer.moment_, latestMoment_ + 1);
-    node->leeway = leeway;
-    timers.put(*node);
-    isSooner |= timers.nextWakeUp() < before;
-  }
-  return isSooner;
-}
-
-Ref<NSTimer> RunLoopModes::takeDueTimer(RunLoopMode& mode, std::uint64_t moment) {
-  const LockGuard guard(lock_);
-  latestMoment_ = std::max(latestMoment_, moment);
-  DeadlineNode* due = nullptr;
-  visitActive(mode, [&](RunLoopMode& active) {
-    if (!due) due = active.timers.takeDue(moment);
-  });
-  return due ? static_cast<TimerNode*>(due)->timer : nullptr;
 }
 
 std::vector<Ref<RunLoopSource>> RunLoopModes::pendingSources(RunLoopMode& mode) {

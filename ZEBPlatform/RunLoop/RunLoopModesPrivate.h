@@ -135,7 +135,10 @@ class RunLoopModes {
   static std::span<const Ref<RunLoopItem>> sourcesOfDescriptor(RunLoopMode& mode,
                                                                int descriptor) noexcept;
   template <class Visit>
-  void visitActive(RunLoopMode& mode, const Visit& visit) ZEB_REQUIRES(lock_);
+  void visitActive(RunLoopMode& mode, const Visit& visit) ZEB_REQUIRES(lock_) {
+    visit(mode);
+    if (mode.isCommon) visit(common_);
+  }
 
   RunLoopMode* find(const NSString& name) noexcept ZEB_REQUIRES(lock_);
   RunLoopMode& findOrMake(const NSString& name) ZEB_REQUIRES(lock_);
