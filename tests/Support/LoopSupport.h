@@ -9,9 +9,9 @@
 
 namespace zeb::test {
 
-/// Calls the body on a new thread, so that each test has a loop of its own.
-inline void onNewThread(FunctionView<void()> body) {
-  std::thread([&] { body(); }).join();
+/// Calls the body on a new thread with its loop, so that each test has a loop of its own.
+inline void onNewThread(FunctionView<void(const Ref<NSRunLoop>& loop)> body) {
+  std::thread([&] { body(NSRunLoop::currentRunLoop()); }).join();
 }
 
 /// A thread that runs its loop as long as the object lives, and has ended after that.
