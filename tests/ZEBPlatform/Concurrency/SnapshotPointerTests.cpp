@@ -1,7 +1,6 @@
 #include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 
 #include <array>
-#include <memory>
 
 #include "Support/Storm.h"
 
@@ -18,9 +17,7 @@ TEST(SnapshotPointer, DestroysEachSnapshotWithItsOwnLastPin) {
     for (int round = 0; round < 100; ++round) {
       Shared::Pin replaced = shared.replace(makeRef<Probe>(deaths));
       if (round == 1) first = std::move(replaced);
-      // There is no moment without a pin.
-      Shared::Pin next = shared.pin();
-      before = std::move(next);
+      before = shared.pin();
       EXPECT_EQ(&*before, shared.get());
     }
     EXPECT_EQ(deaths, 98) << "all but the current one and the pinned one";

