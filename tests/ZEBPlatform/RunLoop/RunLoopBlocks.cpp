@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <gtest/gtest.h>
 
-#include <semaphore>
+#include <latch>
 
 #include "Support/LoopSupport.h"
 #include "Support/Storm.h"
@@ -62,9 +62,8 @@ TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
 
 // If each run looked through all waiting blocks, this would take minutes.
 TEST(RunLoopBlocks, AStormForAnotherModeIsHeldBackAndKept) {
-  onNewThread([](auto&) {
+  onNewThread([](const Ref<NSRunLoop>& loop) {
     constexpr int count = 200'000;
-    const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
     int held = 0, handled = 0;
     for (int number = 0; number < count; ++number) {
       loop->performBlock([&held, number] { held += held == number; });
@@ -138,11 +137,11 @@ TEST(RunLoopDeathTest, MisuseAndExitAmidWork) {
 
   const auto exitAmidWork = [] {
     const Ref<NSRunLoop>& main = NSRunLoop::mainRunLoop();
-    std::counting_semaphore started(0);
+    std::latch started(3);
     for (int number = 0; number < 2; ++number) {
       NSThread::detachNewThreadWithBlock([&] {
         const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
-        for (started.release();; runOnce()) {
+        for (started.arrive_and_wait();; runOnce()) {
           main->performBlock([] {});
           dispatch_async(dispatch_get_main_queue(), [] {});
           loop->performBlock([] {});
@@ -150,8 +149,7 @@ TEST(RunLoopDeathTest, MisuseAndExitAmidWork) {
         }
       });
     }
-    started.acquire();
-    started.acquire();
+    started.arrive_and_wait();
     main->performBlock([] { std::exit(0); });
     main->run();
   };
