@@ -25,15 +25,20 @@ struct Probe : NSObject {
   std::atomic<bool> isAlive{true};
 };
 
-/// The name of the platform exception that the call throws; empty when it throws none.
+/// "name: reason" of the platform exception that the call throws; empty when it throws none.
 template <class Call>
-std::string raisedName(const Call& call) {
+std::string raisedText(const Call& call) {
   try {
     call();
   } catch (const NSException& exception) {
-    return exception.name().utf8();
+    return exception.what();
   }
   return "";
+}
+template <class Call>
+std::string raisedName(const Call& call) {
+  const std::string text = raisedText(call);
+  return text.substr(0, text.find(':'));
 }
 
 /// Repeats the step, by default a short sleep, until the condition holds. If it does not hold

@@ -1,9 +1,6 @@
 #include <ZEBPlatform/Memory/WeakRef.h>
 
-#include <barrier>
-#include <thread>
-
-#include "Support/Support.h"
+#include "Support/Storm.h"
 
 namespace zeb::test {
 
@@ -21,18 +18,19 @@ TEST(WeakRef, TellsEmptyFromAliveFromDead) {
   EXPECT_FALSE(weak.isEmpty() || weak.isAlive() || weak.lock() || copy.lock());
 }
 
-struct LooksAtItself : NSObject {
-  ~LooksAtItself() override { *found = before.lock() || WeakRef<LooksAtItself>(this).lock(); }
-  WeakRef<LooksAtItself> before;
-  bool* found = nullptr;
+struct Owner : NSObject {
+  ~Owner() override { atDeath(); }
+  std::function<void()> atDeath = [] {};
 };
 
 TEST(WeakRef, NeverHandsOutADyingObject) {
   bool found[] = {true, true};
-  for (const int round : {0, 1}) {
-    const Ref<LooksAtItself> object = makeRef<LooksAtItself>();
-    object->found = &found[round];
-    if (round == 1) object->before = WeakRef<LooksAtItself>(object);
+  for (const bool isKnownBefore : {false, true}) {
+    const Ref<Owner> object = makeRef<Owner>();
+    const WeakRef<Owner> before = isKnownBefore ? WeakRef<Owner>(object) : WeakRef<Owner>();
+    object->atDeath = [&found, isKnownBefore, before, raw = object.get()] {
+      found[isKnownBefore] = before.lock() || WeakRef<Owner>(raw).lock();
+    };
   }
   EXPECT_FALSE(found[0] || found[1]);
 }
@@ -43,38 +41,25 @@ TEST(WeakRef, LockRacesTheLastRelease) {
   std::atomic<int> deadOnesHandedOut = 0;
   WeakRef<Probe> weak;
   std::barrier meeting(4);
-  const auto lockers = [&] {
+  storm(4, [&](int thread, std::mt19937&) {
     for (int round = 0; round < rounds; ++round) {
+      Ref<Probe> strong = thread == 0 ? makeRef<Probe>(deaths) : nullptr;
+      if (strong) weak = strong;
       meeting.arrive_and_wait();
-      for (int turn = 0; turn < 20; ++turn) {
+      strong = nullptr;
+      for (int turn = 0; thread > 0 && turn < 20; ++turn) {
         const Ref<Probe> locked = weak.lock();
         if (locked && !locked->isAlive) ++deadOnesHandedOut;
       }
       meeting.arrive_and_wait();
+      EXPECT_TRUE(deaths == round + 1 && !weak.lock());
+      meeting.arrive_and_wait();
     }
-  };
-  std::thread threads[] = {std::thread(lockers), std::thread(lockers), std::thread(lockers)};
-  for (int round = 0; round < rounds; ++round) {
-    Ref<Probe> strong = makeRef<Probe>(deaths);
-    weak = strong;
-    meeting.arrive_and_wait();
-    strong = nullptr;
-    meeting.arrive_and_wait();
-    EXPECT_EQ(deaths, round + 1);
-    EXPECT_FALSE(weak.lock());
-  }
-  for (std::thread& thread : threads) thread.join();
+  });
   EXPECT_EQ(deadOnesHandedOut, 0);
 }
 
 const char keys[4] = {};
-
-struct Owner : NSObject {
-  ~Owner() override {
-    if (atDeath) atDeath();
-  }
-  std::function<void()> atDeath;
-};
 
 TEST(AssociatedObject, LivesUntilReplacementRemovalOrTheOwnersDeath) {
   std::atomic<int> deaths = 0;
@@ -111,20 +96,17 @@ TEST(AssociatedObject, IsReleasedAfterTheOwnersOwnDestructorAndMayLookBack) {
 
 TEST(AssociatedObject, TakesManyThreadsAtOnce) {
   std::atomic<int> deaths = 0;
-  for (int round = 0; round < 100; ++round) {
-    Ref<Owner> owner = makeRef<Owner>();
-    std::vector<std::thread> threads;
-    for (const char& key : keys) {
-      threads.emplace_back([&] {
-        setAssociatedObject(*owner, &key, makeRef<Probe>(deaths));
-        setAssociatedObject(*owner, &key, makeRef<Probe>(deaths));
-        EXPECT_TRUE(associatedObject(*owner, &key) && WeakRef<Owner>(owner).lock());
-      });
+  std::vector<Ref<Owner>> owners(200);
+  for (Ref<Owner>& owner : owners) owner = makeRef<Owner>();
+  storm(4, [&](int thread, std::mt19937&) {
+    for (const Ref<Owner>& owner : owners) {
+      for (int i = 0; i < 2; ++i)
+        setAssociatedObject(*owner, &keys[thread], makeRef<Probe>(deaths));
+      EXPECT_TRUE(associatedObject(*owner, &keys[thread]) && WeakRef<Owner>(owner).lock());
     }
-    for (std::thread& thread : threads) thread.join();
-    owner = nullptr;
-    ASSERT_EQ(deaths, (round + 1) * 2 * 4);
-  }
+  });
+  owners.clear();
+  EXPECT_EQ(deaths, 200 * 4 * 2);
 }
 
 }  // namespace zeb::test

@@ -8,11 +8,10 @@ namespace zeb::test {
 namespace {
 
 struct Entry final : detail::ObserverEntry {
-  explicit Entry(const Ref<Probe>& itsObserver, std::function<void()> itsEnd = nullptr)
+  explicit Entry(
+      const Ref<Probe>& itsObserver, std::function<void()> itsEnd = [] {})
       : observer(itsObserver), end(std::move(itsEnd)) {}
-  ~Entry() override {
-    if (end) end();
-  }
+  ~Entry() override { end(); }
   bool isDead() const noexcept { return !observer.isAlive(); }
   const WeakRef<Probe> observer;
   const std::function<void()> end;
@@ -30,17 +29,17 @@ std::vector<Entry*> active(const List::Snapshot& snapshot) {
 
 TEST(ObserverList, SnapshotsKeepWhatTheyFoundInTheOrderOfAdding) {
   std::atomic<int> ends = 0;
-  std::vector<Ref<Entry>> entries(100);
+  std::vector<Ref<Entry>> entries;
+  std::vector<Entry*> expected;
   List list;
   List::Snapshot half;
   EXPECT_TRUE(list.isEmpty() && active(list.snapshot()).empty());
-  for (std::size_t i = 0; i < entries.size(); ++i) {
+  for (int i = 0; i < 100; ++i) {
     if (i == 50) half = list.snapshot();
-    entries[i] = makeRef<Entry>(nullptr, [&] { ++ends; });
-    (void)list.add(entries[i]);
+    entries.push_back(makeRef<Entry>(nullptr, [&] { ++ends; }));
+    expected.push_back(entries.back().get());
+    (void)list.add(entries.back());
   }
-  std::vector<Entry*> expected;
-  for (const Ref<Entry>& entry : entries) expected.push_back(entry.get());
   EXPECT_EQ(active(list.snapshot()), expected);
   expected.resize(50);
   EXPECT_EQ(active(half), expected);
@@ -74,12 +73,12 @@ TEST(ObserverIndex, FindsEntriesByOwnerAndTheDeadInTime) {
     index.add(&owner, *entries.back());
   };
   for (int i = 0; i < 4; ++i) add(owners[i % 2], living);
-  EXPECT_EQ(index.newestOf(&owners[0]), entries[2].get());
   EXPECT_EQ(index.olderThan(*entries[2]), entries[0].get());
   EXPECT_EQ(index.ownerOf(*entries[2]), &owners[0]);
-  index.remove(*entries[2]);
-  EXPECT_EQ(index.newestOf(&owners[0]), entries[0].get());
-  index.remove(*entries[0]);
+  for (const int newest : {2, 0}) {
+    EXPECT_EQ(index.newestOf(&owners[0]), entries[newest].get());
+    index.remove(*entries[newest]);
+  }
   EXPECT_TRUE(!index.newestOf(&owners[0]) && index.countOf(&owners[0]) == 0);
   index.remove(*entries[1]);
   EXPECT_TRUE(index.newestOf(&owners[1]) == entries[3].get() && index.countOf(&owners[1]) == 1);
@@ -114,47 +113,36 @@ TEST(ObserverList, StandsThreadsThatAddRemoveIterateAndDestroy) {
         std::vector<Ref<Entry>> removed;
         std::vector<Ref<List::Array>> replaced;
         List::Snapshot snapshot;
-        const auto remove = [&](Entry& entry) {
-          removed.emplace_back(&entry);
-          index.remove(entry);
-          replaced.push_back(list.remove(entry));
+        const auto remove = [&](Entry* entry) {
+          removed.emplace_back(entry);
+          index.remove(*entry);
+          replaced.push_back(list.remove(*entry));
         };
-        switch (random() % 4) {
-          case 0: {
-            ++made;
-            mine.push_back(makeRef<Probe>(deaths));
-            auto entry = makeRef<Entry>(mine.back(), end);
-            const detail::LockGuard guard(lock);
-            if (index.isRemovalDue())
-              std::ranges::for_each(index.deadEntries(), [&](Entry* dead) { remove(*dead); });
-            index.reserve(mine.back().get());
-            index.add(mine.back().get(), *entry);
-            replaced.push_back(list.add(std::move(entry)));
-            break;
-          }
-          case 1: {
-            if (mine.empty()) break;
-            const detail::LockGuard guard(lock);
-            Entry* entry = index.newestOf(mine[random() % mine.size()].get());
-            if (entry && !entry->isDead()) remove(*entry);
-            break;
-          }
-          case 2:
-            if (mine.size() > 8) mine.erase(mine.begin(), mine.begin() + 6);
-            break;
-          default: {
-            {
-              const detail::LockGuard guard(lock);
-              if (random() % 4 == 0) replaced.push_back(list.closeGaps());
-              snapshot = list.snapshot();
-            }
-            for (const Ref<Entry>& entry : snapshot) {
-              const Ref<Probe> observer = entry->isRemoved() ? nullptr : entry->observer.lock();
-              if (!observer) continue;
-              EXPECT_TRUE(observer->isAlive);
-              ++found;
-            }
-          }
+        const auto action = random() % 4;
+        if (action == 0) {
+          ++made;
+          mine.push_back(makeRef<Probe>(deaths));
+          auto entry = makeRef<Entry>(mine.back(), end);
+          const detail::LockGuard guard(lock);
+          if (index.isRemovalDue()) std::ranges::for_each(index.deadEntries(), remove);
+          index.reserve(mine.back().get());
+          index.add(mine.back().get(), *entry);
+          replaced.push_back(list.add(std::move(entry)));
+        } else if (action == 1 && !mine.empty()) {
+          const detail::LockGuard guard(lock);
+          Entry* entry = index.newestOf(mine[random() % mine.size()].get());
+          if (entry && !entry->isDead()) remove(entry);
+        } else if (action == 2 && mine.size() > 8) {
+          mine.erase(mine.begin(), mine.begin() + 6);
+        } else if (action == 3) {
+          const detail::LockGuard guard(lock);
+          if (random() % 4 == 0) replaced.push_back(list.closeGaps());
+          snapshot = list.snapshot();
+        }
+        for (const Ref<Entry>& entry : snapshot) {
+          const Ref<Probe> observer = entry->isRemoved() ? nullptr : entry->observer.lock();
+          EXPECT_TRUE(!observer || observer->isAlive);
+          found += observer != nullptr;
         }
       }
     });

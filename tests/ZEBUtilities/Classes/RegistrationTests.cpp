@@ -14,147 +14,135 @@
 #include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
 #include <ZEBUtilities/Tasks/ZEBBackgroundTaskHandle.h>
 #include <ZEBUtilities/Timing/ZEBTimer.h>
-#include <gtest/gtest.h>
 
-#include <string>
-#include <utility>
-#include <vector>
+#include <sstream>
 
 #include "Support/Support.h"
 
 namespace zeb {
 namespace {
 
-// Runs in a process of its own, as all tests do, so that no class was used before.
+// Runs in a process of its own, as all tests do, so that no class was used before. Lists the
+// selectors that the tests below do not send; those of class methods begin with a plus.
 TEST(Registration, ClassesAreFoundByNameBeforeTheirFirstUse) {
-  const struct {
-    const char* name;
-    std::vector<std::string> selectors;  // class methods begin with a plus
-  } classes[] = {
-      {"ZEBBasicDecodingBuilderRegistry",
-       {"+init", "inFrontOf", "encodableNameToDecodingBuilder",
-        "decodingBuilderForEncodableName:"}},
-      {"BasicDecodingBuilder", {"encodableName"}},
-      {"ZEBEncodable", {"encodableName", "encodeWithEncoder:"}},
-      {"ZEBObserverQueue", {"+initWithDispatchQueue:", "observerQueue", "init"}},
-      {"ZEBObservable",
-       {"addObserverWithUpdate:", "addObserverWithDispatchQueue:update:",
-        "addObserverWithObserverQueue:update:", "removeObserver:", "init"}},
-      {"ZEBStopwatch", {"+init", "setIntervalSinceLaunchForTimeIntervalMethod:"}},
+  const std::pair<const char*, const char*> classes[] = {
+      {"BasicDecodingBuilder", ""},
+      {"ZEBBasicDecodingBuilderRegistry", "+new"},
+      {"ZEBEncodable", "encodableName"},
+      {"ZEBObserverQueue", "init"},
+      {"ZEBObservable", "removeObserver:"},
+      {"ZEBStopwatch", "+init +new setIntervalSinceLaunchForTimeIntervalMethod:"},
       {"ZEBRecordingStopwatch",
-       {"+initWithName:shortestRecordable:", "total", "average", "shortestRecordable", "tooSlow",
-        "tooSlowMinimumCount"}},
-      {"ZEBCircularFIFOBuffer",
-       {"removeObject", "peekObject", "removeAllObjects", "count", "setSize:"}},
-      {"ZEBThread", {"+init", "performBlockSync:", "performBlockAsync:", "setName:"}},
-      {"ZEBBackgroundTaskHandle", {"identifier", "name", "delegate", "setDelegate:"}},
-      {"ZEBSafeOperation", {"+new", "+zeb_isCompletionBlockNotNilledBugPresent"}},
-      {"ZEBSafeBlockOperation", {"+init", "addExecutionBlock:", "zeb_clearCompletionBlock"}},
-      {"ZEBSafeInvocationOperation", {"setCompletionBlock:", "zeb_clearCompletionBlock"}},
+       "+initWithName:shortestRecordable: total average "
+       "shortestRecordable tooSlow tooSlowMinimumCount"},
+      {"ZEBCircularFIFOBuffer", "removeObject peekObject removeAllObjects count setSize:"},
+      {"ZEBThread", "+init performBlockSync: performBlockAsync: setName:"},
+      {"ZEBMainThreadRunLoopDeferredTask", ""},
+      {"ZEBBackgroundQueue", ""},
+      {"ZEBBackgroundTaskHandle", "identifier name delegate setDelegate:"},
+      {"ZEBSafeOperation", "+new +zeb_isCompletionBlockNotNilledBugPresent"},
+      {"ZEBSafeBlockOperation", "+init addExecutionBlock: zeb_clearCompletionBlock"},
+      {"ZEBSafeInvocationOperation", "setCompletionBlock: zeb_clearCompletionBlock"},
       {"ZEBKVODispatcher",
-       {"+initToObserveValueForKeyPath:ofWeakObject:options:context:suspended:withDispatchBlock:",
-        "keyPath", "object", "weakObject", "dispatchBlock", "options", "suspendDispatching"}},
-      {"ZEBCallbackDispatcher", {"+new", "addObserver:selector:"}},
-      {"ZEBDeallocHook", {"callback", "setCallback:"}},
-      {"ZEBWeakValueObject", {"+withValue:", "setValue:"}},
+       "+initToObserveValueForKeyPath:ofWeakObject:options:context:suspended:withDispatchBlock: "
+       "keyPath object weakObject dispatchBlock options suspendDispatching"},
+      {"ZEBCallbackDispatcher", "+new addObserver:selector:"},
+      {"ZEBDeallocHook", "callback setCallback:"},
+      {"ZEBWeakValueObject", "+withValue: setValue:"},
       {"ZEBJSONSerialization",
-       {"+encodeJSONObject:options:completion:", "+decodeJSONData:options:completion:"}},
-      // The test below sends ZEBTimer's other selectors.
-      {"ZEBTimer", {"scheduleWithCurrentRunLoop", "setFireDate:", "setTolerance:"}},
+       "+encodeJSONObject:options:completion: +decodeJSONData:options:completion:"},
+      {"ZEBTimer", "scheduleWithCurrentRunLoop setFireDate: setTolerance:"},
   };
-  for (const auto& expected : classes) {
-    Class* const cls = objc_lookUpClass(expected.name);
-    ASSERT_TRUE(cls) << expected.name;
-    for (const std::string& selector : expected.selectors) {
-      const Method method = selector[0] == '+'
-                                ? class_getClassMethod(cls, sel_registerName(selector.substr(1)))
-                                : class_getInstanceMethod(cls, sel_registerName(selector));
-      EXPECT_TRUE(method) << expected.name << " " << selector;
+  for (const auto& [name, selectors] : classes) {
+    Class* const cls = objc_lookUpClass(name);
+    ASSERT_TRUE(cls) << name;
+    std::istringstream words(selectors);
+    for (std::string word; words >> word;) {
+      EXPECT_TRUE(word[0] == '+' ? class_getClassMethod(cls, sel_registerName(word.substr(1)))
+                                 : class_getInstanceMethod(cls, sel_registerName(word)))
+          << name << " " << word;
     }
   }
-  EXPECT_FALSE(objc_lookUpClass("ZEBNothing"));
+  for (const char* name : {"ZEBTimer", "ZEBMainThreadRunLoopDeferredTask",
+                           "ZEBBackgroundTaskHandle", "ZEBCircularFIFOBuffer"}) {
+    for (const SEL selector : {"init"_sel, "new"_sel})
+      EXPECT_FALSE(class_getClassMethod(objc_lookUpClass(name), selector)) << name;
+  }
 }
 
 struct Listener : NSObject {
-  static Class* runtimeClass() {
+  Class* classObject() const override {
     static Class* const cls = registerClass("Listener", {method("fired:", &Listener::fired)});
     return cls;
   }
-  Class* classObject() const override { return runtimeClass(); }
   void fired(const Ref<ZEBTimer>&) { ++firings; }
   int firings = 0;
 };
 
+// Sends each class method of ZEBTimer. The name of the selector tells which arguments it takes and
+// where the timer runs: nowhere yet, on the run loop, or on a queue.
 TEST(Registration, TimersAreMadeThroughTheRuntime) {
   Class* const cls = objc_lookUpClass("ZEBTimer");
   const auto loop = NSRunLoop::currentRunLoop();
   const auto isOnLoop = [&loop] { return !loop->limitDateForMode(NSDefaultRunLoopMode).isNil(); };
   const auto listener = makeRef<Listener>();
-  int blocks = 0;
+  int blocks = 0, made = 0;
   const ZEBTimerBlock block = [&blocks](const Ref<ZEBTimer>&) { ++blocks; };
   const auto queue = dispatch_queue_create("timers");
-  const NSDate never = NSDate::distantFuture();
-  constexpr double hour = 3600;
-  constexpr auto pause = ZEBTimerBackgroundingBehaviorPause;
-  // Where a timer runs: nowhere yet, on the run loop, or on a queue.
-  enum Place { unscheduled, onLoop, onQueue };
-  const auto check = [&](Place place, bool pauses, bool hasBlock, const Value& timer) {
-    EXPECT_EQ(isOnLoop(), place == onLoop);
+  const NSDictionary arguments{
+      {"initWithFireDate", NSDate::distantFuture()},
+      {"interval", 3600},
+      {"timerWithTimeInterval", 3600},
+      {"scheduledTimerWithTimeInterval", 3600},
+      {"withTimeInterval", 3600},
+      {"queuedTimerOnQueue", queue},
+      {"target", listener},
+      {"selector", "fired:"},
+      {"userInfo", "info"},
+      {"block", detail::asValue(block)},
+      {"repeats", true},
+      {"backgroundingBehavior", detail::asValue(ZEBTimerBackgroundingBehaviorPause)}};
+  const auto check = [&](const std::string& name, const Value& timer) {
+    SCOPED_TRACE(name);
+    const bool hasTarget = name.find("target:") != name.npos;
+    EXPECT_EQ(isOnLoop(), name.starts_with("scheduled"));
     send(timer, "scheduleWithRunLoop:mode:"_sel, loop, nullptr);
-    EXPECT_EQ(isOnLoop(), place != onQueue);
-    EXPECT_EQ(send<bool>(timer, "backgroundingBehavior"_sel), pauses);
+    EXPECT_EQ(isOnLoop(), !name.starts_with("queued"));
+    EXPECT_EQ(send<bool>(timer, "backgroundingBehavior"_sel), name.ends_with("Behavior:"));
     listener->firings = blocks = 0;
     send(timer, "fire"_sel);
-    EXPECT_EQ(blocks, hasBlock);
-    EXPECT_EQ(listener->firings, !hasBlock);
-    EXPECT_EQ(send(timer, "selector"_sel), hasBlock ? Value() : Value("fired:"));
-    EXPECT_EQ(send(timer, "userInfo"_sel), hasBlock ? Value() : Value("info"));
+    EXPECT_TRUE(blocks == !hasTarget && listener->firings == hasTarget);
+    EXPECT_EQ(send(timer, "selector"_sel), hasTarget ? Value("fired:") : Value());
+    EXPECT_EQ(send(timer, "userInfo"_sel), hasTarget ? Value("info") : Value());
     EXPECT_TRUE(send<bool>(timer, "repeats"_sel) && send<bool>(timer, "isValid"_sel));
     send(timer, "invalidate"_sel);
+    ++made;
   };
-  const auto target = [&](Place place, bool pauses, SEL selector, const auto&... start) {
-    const SEL fired = "fired:"_sel;
-    check(place, pauses, false,
-          pauses ? send(cls, selector, start..., hour, listener, fired, "info", true, pause)
-                 : send(cls, selector, start..., hour, listener, fired, "info", true));
-  };
-  const auto plain = [&](Place place, bool pauses, SEL selector, const auto&... start) {
-    check(place, pauses, true,
-          pauses ? send(cls, selector, start..., hour, block, true, pause)
-                 : send(cls, selector, start..., hour, block, true));
-  };
-  target(unscheduled, false, "timerWithTimeInterval:target:selector:userInfo:repeats:"_sel);
-  target(unscheduled, true,
-         "timerWithTimeInterval:target:selector:userInfo:repeats:backgroundingBehavior:"_sel);
-  target(onLoop, false, "scheduledTimerWithTimeInterval:target:selector:userInfo:repeats:"_sel);
-  target(
-      onLoop, true,
-      "scheduledTimerWithTimeInterval:target:selector:userInfo:repeats:backgroundingBehavior:"_sel);
-  target(onQueue, false,
-         "queuedTimerOnQueue:withTimeInterval:target:selector:userInfo:repeats:"_sel, queue);
-  target(onQueue, true,
-         "queuedTimerOnQueue:withTimeInterval:target:selector:userInfo:repeats:"
-         "backgroundingBehavior:"_sel,
-         queue);
-  target(unscheduled, true,
-         "initWithFireDate:interval:target:selector:userInfo:repeats:backgroundingBehavior:"_sel,
-         never);
-  plain(unscheduled, false, "timerWithTimeInterval:block:repeats:"_sel);
-  plain(unscheduled, true, "timerWithTimeInterval:block:repeats:backgroundingBehavior:"_sel);
-  plain(onLoop, false, "scheduledTimerWithTimeInterval:block:repeats:"_sel);
-  plain(onLoop, true, "scheduledTimerWithTimeInterval:block:repeats:backgroundingBehavior:"_sel);
-  plain(onQueue, false, "queuedTimerOnQueue:withTimeInterval:block:repeats:"_sel, queue);
-  plain(onQueue, true,
-        "queuedTimerOnQueue:withTimeInterval:block:repeats:backgroundingBehavior:"_sel, queue);
-  plain(unscheduled, true, "initWithFireDate:interval:block:repeats:backgroundingBehavior:"_sel,
-        never);
+  for (const std::string start :
+       {"timerWithTimeInterval:", "scheduledTimerWithTimeInterval:",
+        "queuedTimerOnQueue:withTimeInterval:", "initWithFireDate:interval:"}) {
+    for (const std::string action : {"target:selector:userInfo:", "block:"}) {
+      for (const char* end : {"repeats:", "repeats:backgroundingBehavior:"}) {
+        const std::string name = start + action + end;
+        const Method method = class_getClassMethod(cls, sel_registerName(name));
+        if (!method) continue;
+        std::vector<Value> list;
+        std::istringstream parts(name);
+        for (std::string part; std::getline(parts, part, ':');) list.push_back(arguments[part]);
+        check(name,
+              method_getImplementation(method)(Ref<Class>(cls), sel_registerName(name), list));
+      }
+    }
+  }
   const Value timer = send(
       cls,
       "initWithFireDate:interval:target:selector:userInfo:block:repeats:backgroundingBehavior:"_sel,
-      never, hour, nullptr, nullptr, nullptr, nullptr, true, pause);
+      NSDate::distantFuture(), 3600, nullptr, nullptr, nullptr, nullptr, true,
+      ZEBTimerBackgroundingBehaviorPause);
   send(timer, "setBlock:"_sel, block);
   send(timer, "applyToQueue:"_sel, queue);
-  check(onQueue, true, true, timer);
+  check("queued with backgroundingBehavior:", timer);
+  EXPECT_EQ(made, 15);
 }
 
 struct Plain : NSObject {};
@@ -169,201 +157,128 @@ struct Delegate : NSObject, ZEBCircularFIFOBufferDelegate, ZEBBackgroundTaskHand
   NSMutableArray told;
 };
 
-// Makes and uses an object of each class through the runtime. Each result shows whether the
-// messages arrived.
-TEST(Registration, ObjectsOfAllClassesAreMadeAndUsedThroughTheRuntime) {
-  static int calls;
-  static const int place = 0;
-  static constexpr const void* key = &place;
-  static const Block<void()> block = [] { ++calls; };
-  const struct {
-    const char* name;
-    Value (*use)(Class* cls);
-    Value expected;
-  } uses[] = {
-      {"ZEBStopwatch",
-       [](Class* cls) -> Value {
-         const Value watch = send(cls, "initWithTimeIntervalSinceStart:"_sel, 3600);
-         return send<double>(watch, "timeInterval"_sel) >= 3600 &&
-                send<double>(watch, "timeInterval"_sel) < 3600 &&
-                send<double>(send(cls, "new"_sel), "timeIntervalSinceStart"_sel) < 3600;
-       },
-       true},
-      {"ZEBRecordingStopwatch",
-       [](Class* cls) -> Value {
-         const Value watch =
-             send(cls, "initWithName:shortestRecordable:tooSlow:tooSlowMinimumCount:"_sel, "parse",
-                  0.0, 1e-12, 2);
-         const Value other = send(cls, "initWithName:"_sel, "other");
-         send(watch, "runBlock:"_sel, block);
-         send(cls, "runBlock:withOptionalRecordingStopwatch:"_sel, block, watch);
-         EXPECT_EQ(send(watch, "count"_sel), Value(calls));
-         EXPECT_EQ(send(cls, "recordingStopwatches"_sel),
-                   NSArray::arrayWithObjects({watch, other}));
-         return send(send(send(cls, "tooSlowRecordingStopwatches"_sel), "lastObject"_sel),
-                     "name"_sel);
-       },
-       "parse"},
-      {"ZEBCircularFIFOBuffer",
-       [](Class* cls) -> Value {
-         const Value buffer = send(cls, "initWithSize:"_sel, 1);
-         const auto delegate = makeRef<Delegate>();
-         send(buffer, "setDelegate:"_sel, delegate);
-         EXPECT_EQ(test::raisedName([&] { send(buffer, "setDelegate:"_sel, makeRef<Plain>()); }),
-                   "NSInvalidArgumentException");
-         EXPECT_TRUE(send(buffer, "delegate"_sel).isIdenticalTo(delegate));
-         send(buffer, "addObject:"_sel, "old");
-         send(buffer, "addObject:"_sel, "new");
-         EXPECT_EQ(delegate->told, NSArray::arrayWithObjects({"old"}));
-         return send(buffer, "allObjects"_sel);
-       },
-       NSArray::arrayWithObjects({"new"})},
-      {"ZEBThread",
-       [](Class* cls) -> Value {
-         static Value thread;
-         thread = send(cls, "new"_sel);
-         static bool isOnThread;
-         send(thread, "performBlock:synchronous:"_sel,
-              Block<void()>([] { isOnThread = send<bool>(thread, "isCurrentThread"_sel); }), true);
-         send(thread, "cancel"_sel);
-         return isOnThread && send<bool>(std::exchange(thread, {}), "isCancelled"_sel);
-       },
-       true},
-      {"ZEBMainThreadRunLoopDeferredTask",
-       [](Class* cls) -> Value {
-         send<Block<void()>>(send(cls, "initWithTask:"_sel, block), "task"_sel)();
-         return calls;
-       },
-       1},
-      {"ZEBBackgroundQueue", [](Class* cls) { return send(cls, "sharedBackgroundQueue"_sel); },
-       ZEBBackgroundQueue::sharedBackgroundQueue()},
-      {"ZEBBackgroundTaskHandle",
-       [](Class* cls) -> Value {
-         const auto delegate = makeRef<Delegate>();
-         send(cls, "initWithIdentifier:name:delegate:"_sel, "id", "name", delegate);
-         return delegate->told;
-       },
-       NSArray::arrayWithObjects({"id"})},
-      {"ZEBSafeOperation",
-       [](Class* cls) -> Value {
-         const Value first = send(cls, "init"_sel);
-         const Value second = send(cls, "init"_sel);
-         send(second, "addDependency:"_sel, first);
-         EXPECT_FALSE(send<bool>(second, "isReady"_sel));
-         for (const Value& operation : {first, second}) {
-           send(operation, "setCompletionBlock:"_sel, block);
-           if (operation.isIdenticalTo(second)) send(operation, "zeb_clearCompletionBlock"_sel);
-           send(operation, "start"_sel);
-         }
-         return calls;
-       },
-       1},
-      {"ZEBSafeBlockOperation",
-       [](Class* cls) -> Value {
-         const Value operation = send(cls, "blockOperationWithBlock:"_sel, block);
-         send(operation, "setCompletionBlock:"_sel, block);
-         send(operation, "start"_sel);
-         return calls;
-       },
-       2},
-      {"ZEBSafeInvocationOperation",
-       [](Class* cls) {
-         const Value operation = send(cls, "initWithTarget:selector:object:"_sel, "text",
-                                      "stringByAppendingString:"_sel, "!");
-         send(operation, "start"_sel);
-         return send(operation, "result"_sel);
-       },
-       "text!"},
-      {"ZEBKVODispatcher",
-       [](Class* cls) -> Value {
-         static NSMutableArray seen;
-         const Value watch = send(objc_lookUpClass("ZEBStopwatch"), "new"_sel);
-         const ZEBKVODispatcher::DispatchBlock note =
-             [](const NSString&, const Value&, const KeyValueChange& change, void* context) {
-               if (context == key) seen.addObject(change.newValue());
-             };
-         const Value dispatcher = send(
-             cls,
-             "initToObserveValueForKeyPath:ofObject:options:context:suspended:"
-             "withDispatchBlock:"_sel,
-             "startIntervalSinceLaunch", watch, NSKeyValueObservingOptionNew, key, false, note);
-         send(watch, "setStartIntervalSinceLaunch:"_sel, 5.0);
-         send(dispatcher, "observeValueForKeyPath:ofObject:change:context:"_sel,
-              "startIntervalSinceLaunch", watch, NSDictionary{{NSKeyValueChangeNewKey, "direct"}},
-              send(dispatcher, "context"_sel));
-         send(dispatcher, "setSuspendDispatching:"_sel, true);
-         send(watch, "setStartIntervalSinceLaunch:"_sel, 6.0);
-         return seen;
-       },
-       NSArray::arrayWithObjects({5.0, "direct"})},
-      {"ZEBCallbackDispatcher",
-       [](Class* cls) -> Value {
-         static Value heard;
-         const Value dispatcher = send(cls, "init"_sel);
-         const auto observer = makeRef<Plain>();
-         send(dispatcher, "addObserver:usingBlock:"_sel, observer,
-              ZEBCallbackDispatcher::CallbackBlock([](const Value& info) { heard = info; }));
-         send(dispatcher, "fireWithUserInfo:"_sel, "now");
-         send(dispatcher, "removeObserver:"_sel, observer);
-         send(dispatcher, "fire"_sel);
-         return heard;
-       },
-       "now"},
-      {"ZEBDeallocHook",
-       [](Class* cls) -> Value {
-         const auto attach = [cls](const Ref<NSObject>& object) {
-           send(cls, "attachTo:forKey:callback:"_sel, object, key, block);
-         };
-         attach(makeRef<Plain>());
-         const auto object = makeRef<Plain>();
-         attach(object);
-         send(cls, "unattachFrom:forKey:"_sel, object, key);
-         send(send(cls, "initWithCallback:"_sel, block), "removeCallback"_sel);
-         return calls;
-       },
-       1},
-      {"ZEBWeakValueObject",
-       [](Class* cls) {
-         Ref<NSObject> object = makeRef<Plain>();
-         const Value box = send(cls, "initWithValue:"_sel, object);
-         EXPECT_TRUE(send(box, "value"_sel).isIdenticalTo(object));
-         object = nullptr;
-         return send(box, "value"_sel);
-       },
-       nullptr},
-      {"ZEBJSONSerialization",
-       [](Class* cls) -> Value {
-         NSError error;
-         const Value data = send(cls, "dataWithJSONObject:options:error:"_sel,
-                                 NSArray::arrayWithObjects({1}), 0, nullptr);
-         EXPECT_EQ(send(cls, "JSONObjectWithData:permitMainThread:options:error:"_sel, data, true,
-                        0, &error),
-                   NSArray::arrayWithObjects({1}));
-         EXPECT_TRUE(error.isNil());
-         const NSData half = NSData::dataWithBytes("[1");
-         EXPECT_TRUE(send(cls, "JSONObjectWithData:options:error:"_sel, half, 0, &error).isNil());
-         return error.domain();
-       },
-       NSCocoaErrorDomain},
-  };
-  for (const auto& one : uses) {
-    SCOPED_TRACE(one.name);
-    Class* const cls = objc_lookUpClass(one.name);
-    ASSERT_TRUE(cls);
-    calls = 0;
-    EXPECT_EQ(one.use(cls), one.expected);
+/// Makes objects of the classes through the runtime, by name, and sends them messages.
+struct Messages : testing::Test {
+  static Value sendTo(const char* name, SEL selector, const auto&... arguments) {
+    return send(objc_lookUpClass(name), selector, arguments...);
   }
+  const Block<void()> block = [this] { ++calls; };
+  const void* const key = &calls;
+  int calls = 0;
+};
+
+TEST_F(Messages, ReachStopwatches) {
+  const Value watch = sendTo("ZEBStopwatch", "initWithTimeIntervalSinceStart:"_sel, 3600);
+  EXPECT_GE(send<double>(watch, "timeInterval"_sel), 3600);
+  EXPECT_LT(send<double>(watch, "timeInterval"_sel), 3600);
+  EXPECT_GE(send<double>(watch, "timeIntervalSinceStart"_sel), 3600);
+
+  const char* const cls = "ZEBRecordingStopwatch";
+  const Value slow = sendTo(cls, "initWithName:shortestRecordable:tooSlow:tooSlowMinimumCount:"_sel,
+                            "slow", 0.0, 1e-12, 2);
+  const Value other = sendTo(cls, "initWithName:"_sel, "other");
+  send(slow, "runBlock:"_sel, block);
+  sendTo(cls, "runBlock:withOptionalRecordingStopwatch:"_sel, block, slow);
+  EXPECT_TRUE(calls == 2 && send(slow, "count"_sel) == 2 && send(slow, "name"_sel) == "slow");
+  EXPECT_EQ(sendTo(cls, "recordingStopwatches"_sel), NSArray::arrayWithObjects({slow, other}));
+  EXPECT_EQ(sendTo(cls, "tooSlowRecordingStopwatches"_sel), NSArray::arrayWithObjects({slow}));
 }
 
-TEST(Registration, ClassesWithoutPlainInitialiserStopTheProcess) {
-  for (const char* name : {"ZEBTimer", "ZEBMainThreadRunLoopDeferredTask",
-                           "ZEBBackgroundTaskHandle", "ZEBCircularFIFOBuffer"}) {
-    for (const char* selector : {"init", "new"}) {
-      EXPECT_DEATH(send(objc_lookUpClass(name), sel_registerName(selector)),
-                   std::string("\\+\\[") + name + " " + selector +
-                       "\\]: unrecognized selector sent to class");
-    }
+TEST_F(Messages, ReachCollectionsAndTasks) {
+  const Value buffer = sendTo("ZEBCircularFIFOBuffer", "initWithSize:"_sel, 1);
+  const auto delegate = makeRef<Delegate>();
+  send(buffer, "setDelegate:"_sel, delegate);
+  EXPECT_EQ(test::raisedName([&] { send(buffer, "setDelegate:"_sel, makeRef<Plain>()); }),
+            "NSInvalidArgumentException");
+  EXPECT_TRUE(send(buffer, "delegate"_sel).isIdenticalTo(delegate));
+  for (const char* object : {"old", "new"}) send(buffer, "addObject:"_sel, object);
+  EXPECT_EQ(send(buffer, "allObjects"_sel), NSArray::arrayWithObjects({"new"}));
+  sendTo("ZEBBackgroundTaskHandle", "initWithIdentifier:name:delegate:"_sel, "id", "", delegate);
+  EXPECT_EQ(delegate->told, (NSArray{"old", "id"}));
+
+  bool isOnThread = false;
+  const Value thread = sendTo("ZEBThread", "new"_sel);
+  const Block<void()> look = [&] { isOnThread = send<bool>(thread, "isCurrentThread"_sel); };
+  send(thread, "performBlock:synchronous:"_sel, look, true);
+  send(thread, "cancel"_sel);
+  EXPECT_TRUE(isOnThread && send<bool>(thread, "isCancelled"_sel));
+  EXPECT_EQ(sendTo("ZEBBackgroundQueue", "sharedBackgroundQueue"_sel),
+            ZEBBackgroundQueue::sharedBackgroundQueue());
+  const Value task = sendTo("ZEBMainThreadRunLoopDeferredTask", "initWithTask:"_sel, block);
+  send<Block<void()>>(task, "task"_sel)();
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(Messages, ReachOperations) {
+  const Value first = sendTo("ZEBSafeOperation", "init"_sel);
+  const Value second = sendTo("ZEBSafeBlockOperation", "blockOperationWithBlock:"_sel, block);
+  const Value third = sendTo("ZEBSafeOperation", "init"_sel);
+  send(second, "addDependency:"_sel, first);
+  EXPECT_FALSE(send<bool>(second, "isReady"_sel));
+  for (const Value& operation : {first, second, third}) {
+    send(operation, "setCompletionBlock:"_sel, block);
+    if (operation.isIdenticalTo(third)) send(operation, "zeb_clearCompletionBlock"_sel);
+    send(operation, "start"_sel);
   }
+  EXPECT_EQ(calls, 3);
+  const Value call = sendTo("ZEBSafeInvocationOperation", "initWithTarget:selector:object:"_sel,
+                            "text", "stringByAppendingString:"_sel, "!");
+  send(call, "start"_sel);
+  EXPECT_EQ(send(call, "result"_sel), "text!");
+}
+
+TEST_F(Messages, ReachCallbacks) {
+  NSMutableArray seen;
+  const Value watch = sendTo("ZEBStopwatch", "new"_sel);
+  const ZEBKVODispatcher::DispatchBlock note = [&](const NSString&, const Value&,
+                                                   const KeyValueChange& change, void* context) {
+    if (context == key) seen.addObject(change.newValue());
+  };
+  const Value observer = sendTo(
+      "ZEBKVODispatcher",
+      "initToObserveValueForKeyPath:ofObject:options:context:suspended:withDispatchBlock:"_sel,
+      "startIntervalSinceLaunch", watch, NSKeyValueObservingOptionNew, key, false, note);
+  send(watch, "setStartIntervalSinceLaunch:"_sel, 5.0);
+  send(observer, "observeValueForKeyPath:ofObject:change:context:"_sel, "startIntervalSinceLaunch",
+       watch, NSDictionary{{NSKeyValueChangeNewKey, "direct"}}, send(observer, "context"_sel));
+  send(observer, "setSuspendDispatching:"_sel, true);
+  send(watch, "setStartIntervalSinceLaunch:"_sel, 6.0);
+  EXPECT_EQ(seen, (NSArray{5.0, "direct"}));
+
+  const Value dispatcher = sendTo("ZEBCallbackDispatcher", "init"_sel);
+  send(dispatcher, "addObserver:usingBlock:"_sel, watch,
+       ZEBCallbackDispatcher::CallbackBlock(
+           [&](const Value& info) { seen.addObject(info ? info : Value(0)); }));
+  send(dispatcher, "fireWithUserInfo:"_sel, "now");
+  send(dispatcher, "fire"_sel);
+  send(dispatcher, "removeObserver:"_sel, watch);
+  send(dispatcher, "fire"_sel);
+  EXPECT_TRUE(seen.count() == 4 && seen[2] == "now");
+
+  Ref<NSObject> object = makeRef<Plain>();
+  const Value box = sendTo("ZEBWeakValueObject", "initWithValue:"_sel, object);
+  EXPECT_TRUE(send(box, "value"_sel).isIdenticalTo(object));
+  for (const Ref<NSObject>& owner : {object, Ref<NSObject>(makeRef<Plain>())})
+    sendTo("ZEBDeallocHook", "attachTo:forKey:callback:"_sel, owner, key, block);
+  EXPECT_EQ(calls, 1);
+  sendTo("ZEBDeallocHook", "unattachFrom:forKey:"_sel, object, key);
+  object = nullptr;
+  EXPECT_TRUE(send(box, "value"_sel).isNil());
+  send(sendTo("ZEBDeallocHook", "initWithCallback:"_sel, block), "removeCallback"_sel);
+  EXPECT_EQ(calls, 1);
+}
+
+TEST_F(Messages, ReachJSONSerialization) {
+  NSError error;
+  const auto call = [&](SEL selector, const auto&... arguments) {
+    return sendTo("ZEBJSONSerialization", selector, arguments..., 0, &error);
+  };
+  const NSArray one = NSArray::arrayWithObjects({1});
+  const Value data = call("dataWithJSONObject:options:error:"_sel, one);
+  EXPECT_EQ(call("JSONObjectWithData:permitMainThread:options:error:"_sel, data, true), one);
+  EXPECT_TRUE(error.isNil());
+  call("JSONObjectWithData:options:error:"_sel, NSData::dataWithBytes("[1"));
+  EXPECT_EQ(error.domain(), NSCocoaErrorDomain);
 }
 
 struct Model : ZEBObjCEncodable {

@@ -1,4 +1,5 @@
 #include <array>
+#include <map>
 #include <memory>
 
 #include "Support/HeldQueue.h"
@@ -63,33 +64,20 @@ TEST_F(ObservableTest, PostsOnceForEachObserverQueueForGood) {
 }
 
 TEST_F(ObservableTest, DroppedTokensAreNotCalledAgain) {
-  auto [input, observable] = Observable<int>::create(1);
-  Values first, dropped, kept;
-  (void)observable->observe(queue, into(first));
-  held->awaitAndRun(1);
-  EXPECT_EQ(first, Values{1}) << "the first value comes all the same";
-  auto token = observable->observe(queue, into(dropped));
-  const auto other = observable->observe(queue, into(kept));
-  held->awaitAndRun(2);
-  input.update(2);
-  held->await(1);
-  token = nullptr;  // while the delivery is on its way
-  held->run(1);
-  EXPECT_EQ(dropped, Values{1});
-  EXPECT_EQ(kept, (Values{1, 2}));
-}
-
-TEST_F(ObservableTest, ManyTokensGoInAnyOrder) {
   auto [input, observable] = Observable<int>::create();
   std::vector<Ref<Observer<int>>> tokens(100'000);
-  Values values;
+  Values values, first;
   for (auto& token : tokens) token = observable->observe(queue, into(values));
   tokens.erase(tokens.begin(), tokens.end() - 3);
   input.update(1);
+  held->await(1);
   tokens.erase(tokens.begin());  // while the delivery is on its way
   input.update(2);
   held->awaitAndRun(2);
   EXPECT_EQ(values, (Values{1, 1, 2, 2}));
+  (void)observable->observe(queue, into(first));
+  held->awaitAndRun(1);
+  EXPECT_EQ(first, Values{2}) << "the first value comes all the same";
 }
 
 TEST_F(ObservableTest, RemovedObserversAreNotCalledAgainAndHoldNothing) {
@@ -146,11 +134,10 @@ TEST_F(ObservableTest, LivesAsLongAsSomebodyHoldsItAndSaysGoodbye) {
   std::thread::id thread;
   auto [secondInput, second] =
       Observable<int>::create(1, [&](std::intptr_t) { thread = std::this_thread::get_id(); });
-  std::thread last([released = std::move(second)]() mutable { released = nullptr; });
+  std::jthread last([released = std::move(second)]() mutable { released = nullptr; });
   const std::thread::id expected = last.get_id();
   last.join();
   EXPECT_EQ(thread, expected);
-  EXPECT_EQ(ends, 1);
 }
 
 TEST_F(ObservableTest, MapsAndFilters) {
@@ -166,12 +153,11 @@ TEST_F(ObservableTest, MapsAndFilters) {
       mapped->observe(otherQueue, [&](const std::string& text) { texts.push_back(text); });
   const auto oddToken = filtered->observe(otherQueue, into(odd));
   otherHeld->awaitAndRun(2);
-  input.update(5);
-  held->awaitAndRun(1);
-  otherHeld->awaitAndRun(2);
-  input.update(6);
-  held->awaitAndRun(1);
-  otherHeld->awaitAndRun(1);
+  for (const int value : {5, 6}) {
+    input.update(value);
+    held->awaitAndRun(1);
+    otherHeld->awaitAndRun(value == 5 ? 2 : 1);
+  }
   EXPECT_EQ(texts, (std::vector<std::string>{"3!", "5!", "6!"}));
   EXPECT_EQ(odd, (Values{3, 5}));
   const auto lateToken = filtered->observe(otherQueue, into(late));
@@ -199,26 +185,15 @@ TEST_F(ObservableTest, ChainsMayBeAsLongAsTheyLike) {
 
 TEST_F(ObservableTest, UsesTheMainQueueUnlessToldOtherwise) {
   auto [input, observable] = Observable<int>::create(1);
-  std::vector<std::string> calls;
-  const auto note = [&](const char* what) {
-    EXPECT_TRUE(isMainThread());
-    calls.emplace_back(what);
-  };
-  const auto mapped = observable->map([&](int value) {
-    note("map");
-    return value;
-  });
-  const auto filtered = observable->filter([&](int) {
-    note("filter");
-    return false;
-  });
+  std::map<std::string, int> calls;
+  const auto note = [&](const char* what) { return calls[what] += isMainThread(); };
+  const auto mapped = observable->map([&](int) { return note("map"); });
+  const auto filtered = observable->filter([&](int) { return note("filter") > 1; });
   const auto token = observable->observe([&](int) { note("observe"); });
   const auto mappedToken = mapped->observe(nullptr, [&](int) { note("mapped"); });
   test::runMainQueueUntil([&] { return calls.size() == 4; });
-  std::ranges::sort(calls);
-  EXPECT_EQ(calls, (std::vector<std::string>{"filter", "map", "mapped", "observe"}));
+  for (const auto& [call, count] : calls) EXPECT_EQ(count, 1) << call;
   EXPECT_EQ(ObserverQueue::mainQueue(), ObserverQueue::mainQueue());
-  EXPECT_EQ(ObserverQueue::mainQueue()->queue(), dispatch_get_main_queue());
   EXPECT_EQ(test::raisedName([] { (void)makeRef<ObserverQueue>(nullptr); }),
             NSInvalidArgumentException);
 }
@@ -237,9 +212,8 @@ TEST_F(ObservableTest, TakesAnyTypeAndSharesOneValue) {
                                             observable->observe(queue, see),
                                             filtered->observe(queue, see)};
   input.update({std::make_unique<int>(2)});
-  held->awaitAndRun(1);
-  held->awaitAndRun(1);
-  EXPECT_EQ(seen.size(), 3u);
+  for (int i = 0; i < 2; ++i) held->awaitAndRun(1);
+  ASSERT_EQ(seen.size(), 3u);
   EXPECT_TRUE(seen[0] == seen[1] && seen[1] == seen[2] && *seen[0]->number == 2);
 }
 
