@@ -9,13 +9,12 @@ TEST(WeakRef, TellsEmptyFromAliveFromDead) {
   EXPECT_TRUE(WeakRef<Probe>().isEmpty() && WeakRef<Probe>(Ref<Probe>()).isEmpty());
   Ref<Probe> strong = makeRef<Probe>(deaths);
   const WeakRef<Probe> weak(strong);
-  const WeakRef<Probe> copy = weak;
-  Ref<Probe> locked = copy.lock();
+  Ref<Probe> locked = WeakRef<Probe>(weak).lock();
   strong = nullptr;
   EXPECT_TRUE(locked && deaths == 0 && weak.isAlive());
   locked = nullptr;
   EXPECT_EQ(deaths, 1);
-  EXPECT_FALSE(weak.isEmpty() || weak.isAlive() || weak.lock() || copy.lock());
+  EXPECT_FALSE(weak.isEmpty() || weak.isAlive() || weak.lock());
 }
 
 struct Owner : NSObject {

@@ -4,43 +4,38 @@
 
 namespace zeb::test {
 
-struct Named {
-  virtual std::string name() const = 0;
+template <int number>
+struct Protocol {
+  virtual int own() const { return number; }
 
  protected:
-  ~Named() = default;
+  ~Protocol() = default;
 };
-struct Numbered {
-  virtual int number() const = 0;
-
- protected:
-  ~Numbered() = default;
-};
-struct Both : Probe, Named, Numbered {
+using First = Protocol<1>;
+using Second = Protocol<2>;
+struct Both final : Probe, First, Second {
   using Probe::Probe;
-  std::string name() const override { return "both"; }
-  int number() const override { return 2; }
 };
 
-static_assert(!std::convertible_to<Ref<NSObject>, ProtocolRef<Named>>);
+static_assert(!std::convertible_to<Ref<NSObject>, ProtocolRef<First>>);
 
 TEST(ProtocolRef, HoldsAnObjectByOneOfItsProtocols) {
   std::atomic<int> deaths = 0;
   Ref<Both> object = makeRef<Both>(deaths);
-  const WeakProtocolRef<Numbered> weak(object);
-  ProtocolRef<Named> named = object;
-  ProtocolRef<Numbered> numbered = weak.lock();
-  EXPECT_TRUE(named->name() == "both" && numbered->number() == 2);
-  EXPECT_TRUE(numbered == object && numbered == weak.lock() && numbered.object() == object);
-  EXPECT_TRUE(named && named != nullptr && named != makeRef<Both>(deaths));
+  const WeakProtocolRef<Second> weak(object);
+  ProtocolRef<First> first = object;
+  ProtocolRef<Second> second = weak.lock();
+  EXPECT_TRUE(first->own() == 1 && second->own() == 2);
+  EXPECT_TRUE(second == object && second == weak.lock() && second.object() == object);
+  EXPECT_TRUE(first && first != nullptr && first != makeRef<Both>(deaths));
   object = nullptr;
-  named = nullptr;
+  first = nullptr;
   EXPECT_EQ(deaths, 1) << "the one it was compared with";
   EXPECT_TRUE(weak.isAlive());
-  numbered = ProtocolRef<Numbered>();
+  second = ProtocolRef<Second>();
   EXPECT_EQ(deaths, 2);
-  EXPECT_TRUE(!named && named == nullptr && !weak.lock() && !weak.isAlive());
-  EXPECT_FALSE(WeakProtocolRef<Named>(nullptr).lock() || ProtocolRef<Named>(Ref<Both>()));
+  EXPECT_TRUE(!first && first == nullptr && !weak.lock() && !weak.isAlive());
+  EXPECT_FALSE(WeakProtocolRef<First>(nullptr).lock() || ProtocolRef<First>(Ref<Both>()));
 }
 
 }  // namespace zeb::test

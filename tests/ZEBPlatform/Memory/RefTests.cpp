@@ -32,14 +32,11 @@ TEST(Ref, RetainsAndReleasesExactly) {
   EXPECT_EQ(object.log, "+++-+---");
 }
 
-struct Plain : NSObject {};
-
-TEST(NSObject, HasIdentityAndAName) {
-  const Ref<Plain> one = makeRef<Plain>();
-  const Ref<Plain> other = makeRef<Plain>();
-  EXPECT_TRUE(one->isEqual(*one) && !one->isEqual(*other));
-  EXPECT_TRUE(one->className().ends_with("Plain")) << one->className();
-  EXPECT_TRUE(one->description().starts_with("<" + one->className() + ": 0x"));
+TEST(NSObject, IsDescribedByItsClass) {
+  struct Plain : NSObject {};
+  const auto object = makeRef<Plain>();
+  EXPECT_TRUE(object->className().ends_with("Plain")) << object->className();
+  EXPECT_TRUE(object->description().starts_with("<" + object->className() + ": 0x"));
 }
 
 }  // namespace zeb::test

@@ -10,10 +10,8 @@
 
 namespace zeb::test {
 
-constexpr auto New = NSKeyValueObservingOptionNew;
-constexpr auto Old = NSKeyValueObservingOptionOld;
-constexpr auto Initial = NSKeyValueObservingOptionInitial;
-constexpr auto Prior = NSKeyValueObservingOptionPrior;
+constexpr auto New = NSKeyValueObservingOptionNew, Old = NSKeyValueObservingOptionOld,
+               Initial = NSKeyValueObservingOptionInitial, Prior = NSKeyValueObservingOptionPrior;
 
 /// Writes "path old>new" into a log for each change, and then does something.
 struct Observer : NSObject, NSKeyValueObserver {
@@ -98,20 +96,15 @@ TEST_F(KeyValueObserving, HearsEachWayOfChangingOnce) {
   EXPECT_EQ(taken(), "plays600\nplays-1\n");
 }
 
-struct Suite : Track {
-  static Class* runtimeClass() {
-    static Class* const cls = registerClass("Suite", Track::runtimeClass());
-    return cls;
-  }
-  Class* classObject() const override { return runtimeClass(); }
-};
-
 TEST_F(KeyValueObserving, SeesMethodsThatASubclassGetsLater) {
+  Class* const cls = registerClass("Suite", Track::runtimeClass());
+  struct Suite : Track {
+    Class* classObject() const override { return objc_lookUpClass("Suite"); }
+  };
   track = makeRef<Suite>();
   addObserver(track, observer, "plays", New);
-  class_addMethod(Suite::runtimeClass(), "setPlays:"_sel,
-                  [](Suite& self, int plays) { self.setRank(plays); });
-  class_addMethod(Suite::runtimeClass(), "plays"_sel, [](const Suite&) { return 8; });
+  class_addMethod(cls, "setPlays:"_sel, [](Track& self, int plays) { self.setRank(plays); });
+  class_addMethod(cls, "plays"_sel, [](const Track&) { return 8; });
   send(track, "setPlays:"_sel, 1);
   EXPECT_EQ(taken(), "plays8\n");
 }
@@ -240,8 +233,7 @@ struct StormObserver : NSObject, NSKeyValueObserver {
 TEST(KeyValueObservingStorm, ThreadsAddRemoveChangeAndDestroy) {
   constexpr int rounds = 300;
   const auto root = makeRef<Track>();
-  std::vector<Ref<Track>> middles;
-  for (int i = 0; i < 3; ++i) middles.push_back(makeRef<Track>());
+  const Ref<Track> middles[] = {makeRef<Track>(), makeRef<Track>(), makeRef<Track>()};
   const auto steady = makeRef<StormObserver>();
   addObserver(root, steady, "plays", New);
   storm(4, [&](int, std::mt19937& random) {

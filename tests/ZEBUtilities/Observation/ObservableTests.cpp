@@ -1,4 +1,3 @@
-#include <array>
 #include <map>
 #include <memory>
 
@@ -226,13 +225,14 @@ TEST_F(ObservableTest, StandsAStorm) {
     const Ref<ObserverQueue> queues[] = {
         makeRef<ObserverQueue>(dispatch_queue_create("one")),
         makeRef<ObserverQueue>(dispatch_queue_create("two", DispatchQueueKind::concurrent))};
+    using Token = Ref<Observer<int>>;
     struct Tokens {
-      Ref<Observer<int>> exchange(std::size_t index, Ref<Observer<int>> token = nullptr) {
+      Token exchange(std::size_t index, Token token = nullptr) {
         const detail::LockGuard guard(lock);
-        return std::exchange(all[index % all.size()], std::move(token));
+        return std::exchange(all[index % 100], std::move(token));
       }
       detail::Lock lock;
-      std::array<Ref<Observer<int>>, 100> all;
+      Token all[100];
     };
     test::storm(4, [&, pushed = input, source = observable](int, std::mt19937& random) {
       const auto tokens = std::make_shared<Tokens>();
@@ -253,7 +253,7 @@ TEST_F(ObservableTest, StandsAStorm) {
         } else if (action == 1) {
           tokens->exchange(index);
         } else if (action == 2) {
-          const auto token = tokens->exchange(index);
+          const Token token = tokens->exchange(index);
           source->remove(token);
           tokens->exchange(index, token);
         } else if (action == 4) {
