@@ -30,9 +30,7 @@ namespace {
 constexpr std::int64_t second = 1'000'000'000;
 
 constinit std::atomic<bool> isFaked{false};
-constinit std::atomic<std::int64_t> monotonicTime{0};
-constinit std::atomic<std::int64_t> timePerReading{0};
-constinit std::atomic<std::int64_t> wallTime{0};
+constinit std::atomic<std::int64_t> monotonicTime{0}, timePerReading{0}, wallTime{0};
 
 std::int64_t nanosecondsIn(double seconds) {
   return std::llround(seconds * static_cast<double>(second));
@@ -88,12 +86,10 @@ void FakeClock::advanceAtEachReading(std::int64_t nanoseconds) { timePerReading 
 extern "C" int clock_gettime(clockid_t clock, timespec* now) noexcept {
   using namespace zeb::test;
   const bool isMonotonic = clock == CLOCK_MONOTONIC;
-  if (isFaked && (isMonotonic || clock == CLOCK_REALTIME)) {
-    const std::int64_t time = isMonotonic ? monotonicTime += timePerReading : wallTime.load();
-    *now = {.tv_sec = time / second, .tv_nsec = time % second};
-  } else {
+  if (!isFaked || !(isMonotonic || clock == CLOCK_REALTIME))
     return static_cast<int>(syscall(SYS_clock_gettime, clock, now));
-  }
+  const std::int64_t time = isMonotonic ? monotonicTime += timePerReading : wallTime.load();
+  *now = {.tv_sec = time / second, .tv_nsec = time % second};
   return 0;
 }
 

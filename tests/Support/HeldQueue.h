@@ -38,12 +38,10 @@ class HeldQueue final : public DispatchQueue {
   }
   void run(std::size_t count) {
     for (; count > 0; --count) {
-      detail::WorkItem* item = nullptr;
-      {
-        std::lock_guard guard(mutex_);
-        item = items_.front();
-        items_.pop_front();
-      }
+      std::unique_lock guard(mutex_);
+      detail::WorkItem* item = items_.front();
+      items_.pop_front();
+      guard.unlock();
       item->run();
       item->dispose();
     }

@@ -18,9 +18,7 @@ class Track : public NSObject {
         {
             classMethod("trackWithTitle:", &Track::trackWithTitle),
             property("title", &Track::title, &Track::setTitle),
-            property(
-                "plays", [](const Track& self) { return self.plays_.load(); },
-                [](Track& self, std::int64_t plays) { self.plays_ = plays; }),
+            property("plays", &Track::plays, &Track::setPlays),
             property("next", &Track::next, &Track::setNext),
             property(
                 "rank", [](const Track& self) { return self.rank_; }, &Track::setRank,
@@ -28,10 +26,9 @@ class Track : public NSObject {
             property("capitals", [](const Track& self) { return self.title_.length() > 0; }),
             method("titleWithPrefix:times:",
                    [](const Track& self, const std::string& prefix, std::uint8_t times) {
-                     NSString text = self.title();
-                     for (int i = 0; i < times; ++i)
-                       text = NSString(prefix).stringByAppendingString(text);
-                     return text;
+                     std::string text = self.title().utf8();
+                     for (int i = 0; i < times; ++i) text = prefix + text;
+                     return NSString(text);
                    }),
             method("isBefore:",
                    [](const Track& self, const Track& other) { return self.rank_ < other.rank_; }),
@@ -47,6 +44,8 @@ class Track : public NSObject {
   }
   NSString title() const { return title_; }
   void setTitle(const NSString& title) { title_ = title; }
+  std::int64_t plays() const { return plays_; }
+  void setPlays(std::int64_t plays) { plays_ = plays; }
   Ref<Track> next() const {
     std::lock_guard guard(mutex_);
     return next_;

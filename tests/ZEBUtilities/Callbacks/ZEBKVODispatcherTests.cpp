@@ -8,8 +8,6 @@
 namespace zeb {
 namespace {
 
-static_assert(!std::is_default_constructible_v<ZEBKVODispatcher>);
-
 struct Dial : NSObject {
   Class* classObject() const override {
     static Class* const cls =
@@ -95,7 +93,8 @@ TEST_F(KVODispatcher, SaysWhatIsWrong) {
       {"level", makeRef<Dial>(), nullptr}};
   for (const auto& [keyPath, object, call] : incomplete) {
     const auto make = [&] {
-      Self::initToObserveValueForKeyPath_ofWeakObject(keyPath, object, 0, nullptr, false, call);
+      (void)Self::initToObserveValueForKeyPath_ofWeakObject(keyPath, object, 0, nullptr, false,
+                                                            call);
     };
     EXPECT_EQ(test::raisedText(make),
               "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock");

@@ -8,9 +8,6 @@
 namespace zeb {
 namespace {
 
-static_assert(!std::is_default_constructible_v<ZEBObservable> &&
-              !std::is_default_constructible_v<ZEBObserverQueue>);
-
 /// What observers of the bridge get for a value.
 template <class T>
 Value bridged(T value) {
@@ -92,17 +89,13 @@ TEST(ZEBObservable, RefusesTokensOfAnotherTypeAndNil) {
 }
 
 TEST(ZEBObservableDeathTest, CannotBeMadeOfNothing) {
-  const auto report = [](const char* name) {
-    return std::string("Use of unimplemented initializer 'init\\(\\)' for class 'ZEBUtilities\\.") +
-           name;
-  };
+  const std::string report =
+      "Use of unimplemented initializer 'init\\(\\)' for class 'ZEBUtilities\\.ObjectiveC";
   const Value bridge = Observable<int>::create().second->objectiveCBridgedObservable();
-  EXPECT_DEATH(send(bridge, "init"_sel), report("ObjectiveCTypeErasedObservable"));
+  EXPECT_DEATH(send(bridge, "init"_sel), report + "TypeErasedObservable");
   for (const SEL initializer : {"init"_sel, "new"_sel}) {
-    EXPECT_DEATH(send(ZEBObservable::runtimeClass(), initializer),
-                 report("ObjectiveCTypeErasedObservable"));
-    EXPECT_DEATH(send(ZEBObserverQueue::runtimeClass(), initializer),
-                 report("ObjectiveCObserverQueue"));
+    EXPECT_DEATH(send(ZEBObservable::runtimeClass(), initializer), report + "TypeErasedObservable");
+    EXPECT_DEATH(send(ZEBObserverQueue::runtimeClass(), initializer), report + "ObserverQueue");
   }
 }
 
