@@ -75,7 +75,7 @@ TEST(ObserverIndex, FindsEntriesByOwnerAndTheDeadInTime) {
   for (int i = 0; i < 4; ++i) add(owners[i % 2], living);
   EXPECT_EQ(index.olderThan(*entries[2]), entries[0].get());
   EXPECT_EQ(index.ownerOf(*entries[2]), &owners[0]);
-  for (const int newest : {2, 0}) {
+  for (const std::size_t newest : {2u, 0u}) {
     EXPECT_EQ(index.newestOf(&owners[0]), entries[newest].get());
     index.remove(*entries[newest]);
   }
