@@ -1,8 +1,7 @@
 #include <ZEBUtilities/Coding/AnyEquatable.h>
 #include <gtest/gtest.h>
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 struct Named : NSObject {
   explicit Named(int objectNumber) : number(objectNumber) {}
@@ -34,5 +33,4 @@ TEST(AnyEquatable, ComparesObjectsByTheirEqualityAndTypesByTheirOwn) {
                Version(1).isEqual(one));
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test
