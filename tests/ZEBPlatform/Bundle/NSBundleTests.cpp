@@ -4,10 +4,8 @@
 
 #include <filesystem>
 #include <fstream>
-#include <string>
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 namespace fs = std::filesystem;
 
@@ -35,33 +33,27 @@ TEST(NSBundle, FindsTheBundleOfAnExecutable) {
   scratch.write("bin/flat.app/Info.plist", infoNamed("flat"));
   scratch.write("bin/deep.app/Contents/Info.plist", infoNamed("deep"));
   scratch.write("Own.app/Contents/Info.plist", infoNamed("own"));
-  const struct {
-    const char* executable;
-    const char* identifier;
-    const char* bundle;
-    const char* frameworks;
-  } cases[] = {
+  using Case = std::tuple<const char*, const char*, const char*, const char*>;
+  const Case cases[] = {
       {"bin/plain", "beside", "bin", "bin/Frameworks"},
       {"bin/flat", "flat", "bin/flat.app", "bin/flat.app/Frameworks"},
       {"bin/deep", "deep", "bin/deep.app", "bin/deep.app/Contents/Frameworks"},
       {"Own.app/Contents/MacOS/Own", "own", "Own.app", "Own.app/Contents/Frameworks"},
-      {"nothing/here", nullptr, "nothing", "nothing/Frameworks"},
-  };
-  for (const auto& expected : cases) {
-    const std::string executable = scratch / expected.executable;
+      {"nothing/here", nullptr, "nothing", "nothing/Frameworks"}};
+  for (const auto& [name, identifier, path, frameworks] : cases) {
+    const std::string executable = scratch / name;
     const auto bundle = NSBundle::bundleForExecutable(executable);
-    EXPECT_EQ(bundle->bundleIdentifier(), NSString(expected.identifier)) << executable;
-    EXPECT_EQ(bundle->bundlePath(), NSString(scratch / expected.bundle));
-    EXPECT_EQ(bundle->privateFrameworksPath(), NSString(scratch / expected.frameworks));
+    EXPECT_EQ(bundle->bundleIdentifier(), NSString(identifier)) << executable;
+    EXPECT_EQ(bundle->bundlePath(), NSString(scratch / path));
+    EXPECT_EQ(bundle->privateFrameworksPath(), NSString(scratch / frameworks));
     EXPECT_EQ(bundle->executablePath(), NSString(executable));
     EXPECT_TRUE(bundle->infoDictionary().isDictionary() && bundle->infoDictionaryError().isNil());
   }
   const auto deep = NSBundle::bundleWithPath(scratch / "bin/deep.app/");
   EXPECT_EQ(deep->executablePath(), NSString(scratch / "bin/deep.app/Contents/MacOS/Run"));
   EXPECT_EQ(deep->resourcePath(), NSString(scratch / "bin/deep.app/Contents/Resources"));
-  EXPECT_TRUE(NSBundle::bundleWithPath(scratch / "none") == nullptr);
-  EXPECT_TRUE(NSBundle::bundleWithPath(nullptr) == nullptr);
-  EXPECT_TRUE(NSBundle::bundleForExecutable(nullptr) == nullptr);
+  EXPECT_FALSE(NSBundle::bundleWithPath(scratch / "none") || NSBundle::bundleWithPath(nullptr) ||
+               NSBundle::bundleForExecutable(nullptr));
 }
 
 TEST(NSBundle, KeepsTheErrorOfAnUnreadableFile) {
@@ -69,22 +61,16 @@ TEST(NSBundle, KeepsTheErrorOfAnUnreadableFile) {
   scratch.write("bad/Info.plist", "<plist><dict>");
   scratch.write("list/Info.plist", "<plist><array/></plist>");
   fs::create_directories(scratch.path / "folder/Info.plist");
-  const struct {
-    const char* folder;
-    const char* domain;
-    const char* reason;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*> cases[] = {
       {"bad", NSCocoaErrorDomain, "malformed"},
       {"list", NSCocoaErrorDomain, "holds no dictionary"},
-      {"folder", NSPOSIXErrorDomain, "Invalid argument"},
-  };
-  for (const auto& expected : cases) {
-    const auto bundle = NSBundle::bundleWithPath(scratch / expected.folder);
+      {"folder", NSPOSIXErrorDomain, "Invalid argument"}};
+  for (const auto& [folder, domain, reason] : cases) {
+    const auto bundle = NSBundle::bundleWithPath(scratch / folder);
+    const NSError error = bundle->infoDictionaryError();
     EXPECT_EQ(bundle->infoDictionary(), NSDictionary::dictionary());
-    EXPECT_EQ(bundle->infoDictionaryError().domain(), NSString(expected.domain));
-    EXPECT_TRUE(
-        bundle->infoDictionaryError().localizedDescription().containsString(expected.reason))
-        << bundle->infoDictionaryError();
+    EXPECT_TRUE(error.domain() == domain && error.localizedDescription().containsString(reason))
+        << error;
   }
 }
 
@@ -101,5 +87,4 @@ TEST(NSBundle, TheHostCanSetTheMainBundleBeforeItsFirstUse) {
             NSString(fs::read_symlink("/proc/self/exe").string()));
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

@@ -3,8 +3,7 @@
 #include <ZEBPlatform/Geometry/NSValue.h>
 #include <gtest/gtest.h>
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 TEST(Geometry, RecordsComeOutAsTheirOwnTypeOnly) {
   const Value point = boxed(CGPoint{0.0, 2});
@@ -29,5 +28,4 @@ TEST(Geometry, EveryFieldOfALocationCounts) {
   }
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test
