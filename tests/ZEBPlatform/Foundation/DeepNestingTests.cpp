@@ -1,6 +1,4 @@
-#include <ZEBPlatform/Foundation/NSData.h>
-#include <ZEBPlatform/Foundation/NSError.h>
-#include <ZEBPlatform/Foundation/NSSet.h>
+#include <ZEBPlatform/Foundation.h>
 
 #include <optional>
 

@@ -1,5 +1,5 @@
+#include <ZEBPlatform/Foundation.h>
 #include <ZEBPlatform/Foundation/CollectionLimitPrivate.h>
-#include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/detail/HashTable.h>
 
 #include <iterator>

@@ -1,6 +1,4 @@
-#include <ZEBPlatform/Foundation/NSArray.h>
-#include <ZEBPlatform/Foundation/NSDictionary.h>
-#include <ZEBPlatform/Foundation/NSNumber.h>
+#include <ZEBPlatform/Foundation.h>
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -3,21 +3,10 @@
 #include <cstdlib>
 #include <new>
 
-namespace zeb::test {
-
-namespace {
-
-thread_local bool newFails = false;
-
-}  // namespace
-
-NoMemory::NoMemory() noexcept { newFails = true; }
-NoMemory::~NoMemory() { newFails = false; }
-
-}  // namespace zeb::test
+constinit thread_local bool zeb::test::NoMemory::newFails = false;
 
 void* operator new(std::size_t size) {
-  void* memory = zeb::test::newFails ? nullptr : std::malloc(size);
+  void* memory = zeb::test::NoMemory::newFails ? nullptr : std::malloc(size);
   if (!memory) throw std::bad_alloc();
   return memory;
 }

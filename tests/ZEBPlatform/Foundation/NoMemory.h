@@ -3,12 +3,10 @@
 namespace zeb::test {
 
 /// While one lives, `operator new` fails on its thread.
-class NoMemory {
- public:
-  NoMemory() noexcept;
-  ~NoMemory();
-  NoMemory(const NoMemory&) = delete;
-  NoMemory& operator=(const NoMemory&) = delete;
+struct NoMemory {
+  NoMemory() noexcept { newFails = true; }
+  ~NoMemory() { newFails = false; }
+  static constinit thread_local bool newFails;
 };
 
 }  // namespace zeb::test

@@ -1,10 +1,7 @@
-#include <ZEBPlatform/Foundation/NSData.h>
-#include <ZEBPlatform/Foundation/NSDate.h>
-#include <ZEBPlatform/Foundation/NSError.h>
-#include <ZEBPlatform/Foundation/NSNull.h>
-#include <ZEBPlatform/Foundation/NSNumber.h>
-#include <ZEBPlatform/Foundation/NSSet.h>
-#include <ZEBPlatform/Foundation/NSURL.h>
+#include <ZEBPlatform/Foundation.h>
+
+#include <cmath>
+#include <sstream>
 
 #include "Support/Support.h"
 
@@ -23,16 +20,14 @@ concept IsKey =
 static_assert(IsKey<Value> && IsKey<NSNumber> && IsKey<const char*> && !IsKey<int> && !IsKey<bool>);
 template <class Handle, class... Sources>
 constexpr bool isMadeOfNone = !(std::is_constructible_v<Handle, Sources> || ...);
-static_assert(std::is_constructible_v<NSString, Value> &&
-              isMadeOfNone<NSString, int, bool, double>);
-static_assert(isMadeOfNone<NSArray, int, const char*> && isMadeOfNone<NSNumber, const char*> &&
+static_assert(isMadeOfNone<NSString, int, bool, double> &&
+              isMadeOfNone<NSArray, int, const char*> && isMadeOfNone<NSNumber, const char*> &&
               isMadeOfNone<NSDictionary, int, const char*> && isMadeOfNone<NSSet, int> &&
               isMadeOfNone<NSData, int, const char*> && isMadeOfNone<NSURL, const char*> &&
               isMadeOfNone<NSDate, int, double>);
 
-std::atomic<int> deaths = 0;
-
 TEST(Value, EachKindAnswersForItselfAlone) {
+  std::atomic<int> deaths = 0;
   // clang-format off
   const std::pair<Kind, Value> samples[] = {
       {Kind::Nil, nullptr}, {Kind::Null, NSNull::null()}, {Kind::Boolean, true},
@@ -48,21 +43,13 @@ TEST(Value, EachKindAnswersForItselfAlone) {
     EXPECT_TRUE(value.kind() == kind && value.isNil() == (kind == Kind::Nil));
     EXPECT_EQ(value.respondsToNumericReadings(), isNumber || kind == Kind::String);
     // A typed handle made from another kind's value is nil.
-    // clang-format off
     const std::pair<Kind, bool> answers[] = {
-        {Kind::Null, value.isNull()}, {Kind::Boolean, value.isBoolean()},
-        {Kind::Date, value.isDate()}, {Kind::Date, !!NSDate(value)},
-        {Kind::String, value.isString()}, {Kind::String, !!NSString(value)},
-        {Kind::Data, value.isData()}, {Kind::Data, !!NSData(value)},
-        {Kind::URL, value.isURL()}, {Kind::URL, !!NSURL(value)},
-        {Kind::Array, value.isArray()}, {Kind::Array, !!NSArray(value)},
-        {Kind::Dictionary, value.isDictionary()}, {Kind::Dictionary, !!NSDictionary(value)},
-        {Kind::Set, value.isSet()}, {Kind::Set, !!NSSet(value)},
-        {Kind::Object, value.isObject()}, {Kind::Object, !!value.object()}};
-    // clang-format on
-    for (const auto& [expected, answer] : answers) {
-      EXPECT_EQ(answer, kind == expected) << value;
-    }
+        {Kind::Null, value.isNull()},    {Kind::Boolean, value.isBoolean()},
+        {Kind::Date, !!NSDate(value)},   {Kind::String, !!NSString(value)},
+        {Kind::Data, !!NSData(value)},   {Kind::URL, !!NSURL(value)},
+        {Kind::Array, !!NSArray(value)}, {Kind::Dictionary, !!NSDictionary(value)},
+        {Kind::Set, !!NSSet(value)},     {Kind::Object, !!value.object()}};
+    for (const auto& [expected, answer] : answers) EXPECT_EQ(answer, kind == expected) << value;
     EXPECT_TRUE(value.isNumber() == isNumber && !!NSNumber(value) == isNumber);
     EXPECT_FALSE(value.isMutable() || NSMutableString::from(value) || NSMutableArray::from(value) ||
                  NSMutableDictionary::from(value) || NSMutableSet::from(value) ||
@@ -137,13 +124,6 @@ TEST(Value, NilIsNotEmptyAndAnswersEverything) {
   EXPECT_TRUE(NSMutableData(nullptr).mutableBytes().empty());
 }
 
-TEST(Value, EqualIsNotIdentical) {
-  EXPECT_TRUE(Value(1).isEqual(1L) && Value(1).isIdenticalTo(1) && !Value(1).isIdenticalTo(1L));
-  const NSString one("same text");
-  const NSString other("same text");
-  EXPECT_TRUE(one == other && !one.isIdenticalTo(other) && NSArray{one}[0].isIdenticalTo(one));
-}
-
 TEST(Value, MutableHandlesShareAndCopiesAreSnapshots) {
   const NSString element("element");
   NSMutableString string(element);
@@ -167,20 +147,61 @@ TEST(Value, MutableHandlesShareAndCopiesAreSnapshots) {
     EXPECT_TRUE(!copies[0].isMutable() && !copies[1].isMutable() && copies[2].isMutable());
   }
   EXPECT_TRUE(NSMutableArray::from(Value(array)).isIdenticalTo(array));
+  const NSString other("element");
+  EXPECT_TRUE(element == other && !element.isIdenticalTo(other));
+  EXPECT_TRUE(Value(1).isEqual(1L) && Value(1).isIdenticalTo(1) && !Value(1).isIdenticalTo(1L));
 }
 
-TEST(Value, HoldsObjectsByReference) {
-  deaths = 0;
-  Value value = makeRef<Probe>(deaths);
-  Value moved = std::move(value);
-  EXPECT_TRUE(value.isNil() && moved.object<Probe>());
-  struct Other : NSObject {};
-  EXPECT_FALSE(moved.object<Other>() || moved.isEqual(makeRef<Probe>(deaths)));
-  Value list = NSArray{moved};
-  moved = nullptr;
-  EXPECT_EQ(deaths, 1);
-  list = nullptr;
-  EXPECT_EQ(deaths, 2);
+TEST(Description, IsForPeople) {
+  // clang-format off
+  const std::pair<Value, std::string> cases[] = {
+      {nullptr, "(null)"}, {NSNull::null(), "<null>"}, {"bare \"text\"", "bare \"text\""},
+      {NSDate::dateWithTimeIntervalSince1970(-0.25), "1969-12-31 23:59:59 +0000"},
+      {NSDate::dateWithTimeIntervalSince1970(951782400.9), "2000-02-29 00:00:00 +0000"},
+      {NSDate::dateWithTimeIntervalSince1970(253402300800), "10000-01-01 00:00:00 +0000"},
+      {NSDate::dateWithTimeIntervalSince1970(1e300), "1e+300 s since 2001-01-01"},
+      {NSDate::dateWithTimeIntervalSince1970(-HUGE_VAL), "-inf s since 2001-01-01"},
+      {NSURL::URLWithString("http://host/"), "http://host/"},
+      {NSData::dataWithBytes("\xFF\x01"), "{length = 2, bytes = 0xff01}"},
+      {NSArray{1, "a b", NSArray::array()}, "(\n    1,\n    \"a b\",\n    (\n    )\n)"},
+      {NSDictionary{{"k", true}, {2, NSDictionary{{"in", 0.1f}}}},
+       "{\n    \"k\" = 1;\n    2 = {\n        \"in\" = 0.1;\n    };\n}"},
+      {NSDictionary{{"list", NSArray{1e100}}}, "{\n    \"list\" = (\n        1e+100\n    );\n}"},
+      {NSSet{1, "a"}, "{(\n    1,\n    \"a\"\n)}"}};
+  // clang-format on
+  for (const auto& [value, text] : cases) {
+    std::ostringstream stream;
+    stream << value;
+    EXPECT_EQ(stream.str(), text);
+  }
+}
+
+TEST(NSURL, IsItsText) {
+  for (const char* text : {"http://user@host:80/path;p?query=a+b#frag", "../relative", "a%20b",
+                           "http://[::1]/", "mailto:\xC3\xA9@host"}) {
+    const NSURL url = NSURL::URLWithString(text);
+    EXPECT_TRUE(url.absoluteString() == text && url == NSURL::URLWithString(text)) << text;
+    EXPECT_NE(url, NSURL::URLWithString("http://other/")) << text;
+  }
+  for (const char* text : {"", "a b", "a\tb", "a\nb", "\x01", "\x7F", "a\"", "<a", "a>", "a\\b",
+                           "a^", "a`", "{a", "a|b", "a}"}) {
+    EXPECT_TRUE(NSURL::URLWithString(text).isNil()) << text;
+  }
+}
+
+TEST(NSDate, ConvertsBetweenEpochsAndClocks) {
+  using namespace std::chrono_literals;
+  using Moment = std::chrono::system_clock::time_point;
+  const auto since1970 = NSDate::dateWithTimeIntervalSince1970;
+  EXPECT_EQ(since1970(0).timeIntervalSinceReferenceDate(), -978307200.0);
+  EXPECT_EQ(since1970(0).dateByAddingTimeInterval(86400.5).timeIntervalSince1970(), 86400.5);
+  EXPECT_EQ(NSDate(Moment(1500ms)), since1970(1.5));
+  EXPECT_EQ(since1970(-1.5).timePoint(), Moment(-1500ms));
+  EXPECT_EQ(since1970(1e300).timePoint(), Moment::max());
+  EXPECT_EQ(since1970(-1e300).timePoint(), Moment::min());
+  EXPECT_TRUE(since1970(0) < since1970(1e-6) && !since1970(978307201).isEqual(1));
+  const NSDate minusZero = NSDate::dateWithTimeIntervalSinceReferenceDate(-0.0);
+  EXPECT_TRUE(since1970(978307200) == minusZero && since1970(978307200).hash() == minusZero.hash());
 }
 
 }  // namespace zeb::test
