@@ -310,15 +310,14 @@ TEST(JsonEncoding, MalformedUnitsAreReportedAtTheirPlace) {
 
 TEST(JsonReaderDeathTest, ReadsWhileTheProcessExits) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process in which nothing has been read yet
-  const auto readHereAndOnANewThread = [] {
-    const auto readOrFail = [] {
-      if (read(sample).isNil()) std::_Exit(1);
-    };
-    readOrFail();
-    std::thread(readOrFail).join();
-  };
-  const auto exitFromAThreadThatHasRead = [&] {
-    std::atexit(readHereAndOnANewThread);
+  const auto exitFromAThreadThatHasRead = [] {
+    std::atexit([] {
+      const auto readOrFail = [] {
+        if (read(sample).isNil()) std::_Exit(1);
+      };
+      readOrFail();
+      std::thread(readOrFail).join();
+    });
     std::thread([] {
       read(sample);
       std::exit(0);

@@ -107,7 +107,8 @@ TEST(JsonWriter, StringsOfEveryLengthAndPlaceReadBackEqual) {
         keys.setObject(strings.lastObject().mutableCopy(), strings.lastObject());
       }
       strings.addObject(keys);
-      for (const unsigned options : {0u, 15u}) ASSERT_EQ(readBack(written(strings, options)), strings);
+      for (const unsigned options : {0u, 15u})
+        ASSERT_EQ(readBack(written(strings, options)), strings);
     }
   }
   const NSArray pieces{std::string(10'000, '/'), std::string(10'000, '"') + "\xC3\xA9"};

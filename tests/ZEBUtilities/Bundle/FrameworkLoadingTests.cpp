@@ -25,10 +25,8 @@ TEST(FrameworkLoading, OpensAFrameworkByAnyOfItsNames) {
     NSError error("untouched", 1);
     const ZEBLibraryHandle handle = ZEBLoadFramework(name, RTLD_NOW, directories, &error);
     ASSERT_TRUE(handle) << name << error;
-    for (const char* symbol : {"UIApplicationDidEnterBackgroundNotification",
-                               "UIApplicationWillEnterForegroundNotification"}) {
-      EXPECT_STREQ(*static_cast<const char* const*>(symbolInSharedObject(handle, symbol)), symbol);
-    }
+    EXPECT_NE(symbolInSharedObject(handle, "UIApplicationWillEnterForegroundNotification"),
+              nullptr);
     EXPECT_EQ(symbolInSharedObject(handle, "UIApplicationMain"), nullptr);
     EXPECT_EQ(symbolInSharedObject(handle, nullptr), nullptr);
     EXPECT_TRUE(ZEBUnloadFramework(handle, &error) && error == NSError("untouched", 1));
