@@ -1,4 +1,3 @@
-#include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/Bundle.h>
@@ -42,11 +41,6 @@ Ref<ZEBTimer> idleTimer(ZEBTimerBackgroundingBehavior behavior = none) {
 }
 bool isOnLoop(const char* mode) {
   return !NSRunLoop::currentRunLoop()->limitDateForMode(mode).isNil();
-}
-
-void wait(const dispatch_semaphore_t& semaphore) {
-  waitUntil([&] { return dispatch_semaphore_wait(semaphore, DISPATCH_TIME_NOW) == 0; },
-            "the timer has fired");
 }
 
 TEST(ZEBTimer, LogsEachFiringAndInvalidatesAfterTheLast) {
@@ -142,15 +136,14 @@ TEST(ZEBTimer, SubclassesCanScheduleTheSource) {
     using ZEBTimer::setUpGCDTimer;
     using ZEBTimer::ZEBTimer;
   };
-  const auto fired = dispatch_semaphore_create(0);
-  const auto timer = makeRef<Sooner>(
-      NSDate::date(), 1h, [&fired](const Ref<ZEBTimer>&) { dispatch_semaphore_signal(fired); },
-      true, none);
+  std::atomic<int> firings = 0;
+  const auto timer =
+      makeRef<Sooner>(NSDate::date(), 1h, [&](const Ref<ZEBTimer>&) { ++firings; }, true, none);
   timer->applyGCDTimerToSource();  // has none
   timer->setUpGCDTimer(dispatch_queue_create("timer"));
-  wait(fired);
+  waitUntil([&] { return firings == 1; }, "the timer has fired");
   timer->applyGCDTimerToSource();  // once more from the date, which has passed
-  wait(fired);
+  waitUntil([&] { return firings == 2; }, "the timer has fired again");
   timer->invalidate();
   timer->setUpGCDTimer(nullptr);
   EXPECT_FALSE(timer->isValid()) << "for good";
@@ -181,9 +174,8 @@ TEST(ZEBTimer, OnARunLoopLivesUntilItIsInvalidated) {
 
 TEST(ZEBTimer, OnAQueueOnlyItsOwnerKeepsIt) {
   const auto queue = dispatch_queue_create("timer");
-  const auto fired = dispatch_semaphore_create(0);
   std::atomic<int> deaths = 0;
-  int firings = 0;
+  std::atomic<int> firings = 0;
   Ref<ZEBTimer> timer;
   dispatch_sync(queue, [&] {
     timer = ZEBTimer::queuedTimerOnQueue(
@@ -192,20 +184,17 @@ TEST(ZEBTimer, OnAQueueOnlyItsOwnerKeepsIt) {
           if (++firings < 3) return;
           timer = nullptr;  // the firing holds the last reference
           EXPECT_TRUE(probe->isAlive);
-          dispatch_semaphore_signal(fired);
         },
         true);
   });
-  wait(fired);
-  dispatch_sync(queue, [] {});
-  EXPECT_TRUE(deaths == 1 && firings == 3);
+  waitUntil([&] { return deaths == 1; }, "the timer has released its block");
+  EXPECT_EQ(firings, 3);
 
-  const auto once = ZEBTimer::queuedTimerOnQueue(
-      queue, 1h, [&](const Ref<ZEBTimer>&) { dispatch_semaphore_signal(fired); }, false);
+  const auto once =
+      ZEBTimer::queuedTimerOnQueue(queue, 1h, [&](const Ref<ZEBTimer>&) { ++firings; }, false);
   once->setFireDate(NSDate::date());
-  wait(fired);
-  dispatch_sync(queue, [] {});
-  EXPECT_FALSE(once->isValid());
+  waitUntil([&] { return !once->isValid(); }, "the timer has fired");
+  EXPECT_EQ(firings, 4);
 }
 
 TEST(ZEBTimer, FiresOnceWhenThreadsCompete) {
