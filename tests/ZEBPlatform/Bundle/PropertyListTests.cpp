@@ -11,7 +11,8 @@ Value read(const std::string& document, NSError* error = nullptr) {
   NSError own;
   const Value value = NSPropertyListSerialization::propertyListWithData(
       NSData::dataWithBytes(document), 0, nullptr, &own);
-  EXPECT_EQ(own.code(), value.isNil() ? NSPropertyListReadCorruptError : 0);
+  const std::int64_t expected = value.isNil() ? std::int64_t{NSPropertyListReadCorruptError} : 0;
+  EXPECT_EQ(own.code(), expected);
   if (error) *error = own;
   return value;
 }
