@@ -75,8 +75,13 @@ void ThreadPool::wakeOrGrow() {
   if (wake(ordinary_) || growIfShort(ordinary_)) return;
   if (hasAwaitedWork() && !wake(reserve_)) growIfShort(reserve_);
   // All threads are busy, or blocked in ways that the pool does not know of.
-  if (!mayGrow()) return;
-  if (isWatched_.load() || isWatched_.exchange(true)) return;
+  watchWaitingWork();
+}
+
+/// Makes the watcher look after the work that waits. Every thread that takes one of several items
+/// calls this: it may block in its item, and the thread that was woken last relies on it.
+void ThreadPool::watchWaitingWork() {
+  if (isWatched_.load() || !mayRunMore() || isWatched_.exchange(true)) return;
   const LockGuard guard(watchLock_);
   watch_.notifyOne();
 }
@@ -116,13 +121,15 @@ bool ThreadPool::startThread(WorkerGroup& group) {
   return false;
 }
 
-/// Whether more threads would run more of the queued work and the limit allows them. Otherwise the
+/// Whether work waits that a sleeping thread or a new one within the limit could run. Otherwise the
 /// watcher has nothing to do: the work waits until a thread takes it.
-bool ThreadPool::mayGrow() const noexcept {
-  const auto mayGrow = [this](const WorkerGroup& group) {
-    return group.threads.load(std::memory_order_seq_cst) < maxThreads && hasWorkFor(group);
+bool ThreadPool::mayRunMore() const noexcept {
+  const auto mayRunMore = [this](const WorkerGroup& group) {
+    return (group.threads.load(std::memory_order_seq_cst) < maxThreads ||
+            group.sleeping.load(std::memory_order_seq_cst) > 0) &&
+           hasWorkFor(group);
   };
-  return mayGrow(ordinary_) || mayGrow(reserve_);
+  return mayRunMore(ordinary_) || mayRunMore(reserve_);
 }
 
 /// The watcher's loop. Replaces threads that are blocked in ways that the pool does not know of:
@@ -134,7 +141,7 @@ void ThreadPool::watch() {
       while (!isWatched_.load()) watch_.wait(watchLock_);
     }
     std::chrono::nanoseconds interval = watchInterval;
-    while (mayGrow()) {
+    while (mayRunMore()) {
       std::this_thread::sleep_for(interval);
       const auto begin = std::chrono::steady_clock::now();
       bool hasReplaced = replaceBlocked(ordinary_);
@@ -144,14 +151,13 @@ void ThreadPool::watch() {
       if (!hasReplaced) interval = std::max(interval, duration * minIdleRatio);
     }
     isWatched_.store(false);
-    if (mayGrow()) wakeOrGrow();  // for items that were submitted while a watcher seemed to run
+    if (mayRunMore()) wakeOrGrow();  // for items that were submitted while a watcher seemed to run
   }
 }
 
-/// Answers whether a thread was missing and was started.
+/// Answers whether a thread was missing and was woken or started.
 bool ThreadPool::replaceBlocked(WorkerGroup& group) {
-  if (!hasWorkFor(group) || group.threads.load(std::memory_order_relaxed) >= maxThreads)
-    return false;
+  if (!hasWorkFor(group)) return false;
   std::array<int, maxThreads> identifiers;
   std::size_t candidates = 0;  // threads that the pool does not know to be blocked
   {
@@ -167,6 +173,7 @@ bool ThreadPool::replaceBlocked(WorkerGroup& group) {
     if (runnable == processors_) return false;
   }
   if (!hasWorkFor(group)) return false;
+  if (wake(group)) return true;
   // Other threads may have changed the number while the states were read.
   std::size_t threads = group.threads.load(std::memory_order_relaxed);
   do {
@@ -213,6 +220,7 @@ void ThreadPool::work(WorkerGroup& group) {
     if (!item) {
       if (!sleepUntilWoken(self)) break;
     } else {
+      watchWaitingWork();
       runAndDispose(*item);
     }
   }

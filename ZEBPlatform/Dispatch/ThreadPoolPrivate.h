@@ -97,10 +97,11 @@ class ThreadPool {
   bool sleepUntilWoken(Worker& worker) ZEB_EXCLUDES(lock);
   bool isSurplus(const WorkerGroup& group) const noexcept;
   void wakeOrGrow() ZEB_EXCLUDES(lock, watchLock_);
+  void watchWaitingWork() ZEB_EXCLUDES(watchLock_);
   bool wake(WorkerGroup& group) ZEB_EXCLUDES(lock);
   bool growIfShort(WorkerGroup& group);
   bool startThread(WorkerGroup& group);
-  bool mayGrow() const noexcept;
+  bool mayRunMore() const noexcept;
   void watch() ZEB_EXCLUDES(lock, watchLock_);
   bool replaceBlocked(WorkerGroup& group) ZEB_EXCLUDES(lock);
 

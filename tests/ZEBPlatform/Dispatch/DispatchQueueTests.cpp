@@ -81,23 +81,29 @@ TEST(DispatchQueue, ABarrierRunsAloneAfterEarlierBlocksAndBeforeLaterOnes) {
 }
 
 TEST(DispatchQueue, MakesProgressBehindTwoHundredBlocksWhoseWaitsItDoesNotKnow) {
-  constexpr int blocks = 200;
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  std::latch done(blocks + 1);
   const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
-  for (int block = 0; block < blocks; ++block) {
+  const auto waitForTheLast = [&](int blocks) {
+    std::latch done(blocks + 1);
+    for (int block = 0; block < blocks; ++block) {
+      dispatch_async(queue, [&] {
+        char byte;
+        EXPECT_EQ(read(ends[0], &byte, 1), 1);
+        done.count_down();
+      });
+    }
     dispatch_async(queue, [&] {
-      char byte;
-      EXPECT_EQ(read(ends[0], &byte, 1), 1);
+      const std::string bytes(static_cast<std::size_t>(blocks), '!');
+      EXPECT_EQ(write(ends[1], bytes.data(), bytes.size()), blocks);
       done.count_down();
     });
-  }
-  dispatch_async(queue, [&] {
-    EXPECT_EQ(write(ends[1], std::string(blocks, '!').data(), blocks), blocks);
-    done.count_down();
-  });
-  await(done);
+    await(done);
+  };
+  waitForTheLast(200);
+  // As many blocked threads as processors, while others sleep or have just stopped to look for
+  // work.
+  for (int round = 0; round < 200; ++round) waitForTheLast(round % 8);
   close(ends[0]);
   close(ends[1]);
 }
