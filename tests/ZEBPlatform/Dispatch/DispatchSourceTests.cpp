@@ -164,9 +164,10 @@ TEST(DispatchSourceDeathTest, TheFirstTimerNeedsNoFileDescriptor) {
 
 TEST(DispatchSource, TheThreadsBehindItHaveNamesAndLeaveSignalsToTheApplication) {
   dispatch_after(nanoseconds(1000), defaultQueue(), [] {});
-  std::set<std::string> names;
-  // A thread sets its name itself, in its own time.
-  const auto areNamed = [&] {
+  // A thread sets its name and its mask itself, in its own time; a sanitizer may change the mask
+  // for a moment.
+  const auto areNamedAndMasked = [] {
+    std::set<std::string> names;
     for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
       std::ifstream status(thread.path() / "status");
       std::string name;
@@ -178,14 +179,14 @@ TEST(DispatchSource, TheThreadsBehindItHaveNamesAndLeaveSignalsToTheApplication)
       if (!name.starts_with("zeb-")) continue;
       names.insert(name);
       for (const int number : {SIGHUP, SIGINT, SIGTERM, SIGCHLD, SIGALRM, SIGUSR1, SIGRTMIN}) {
-        EXPECT_TRUE(blocked >> (number - 1) & 1) << name << " gets signal " << number;
+        if (!(blocked >> (number - 1) & 1)) return false;
       }
-      EXPECT_FALSE(blocked >> (SIGSEGV - 1) & 1) << name << " would not report its crash";
+      if (blocked >> (SIGSEGV - 1) & 1) return false;  // a crash would not be reported
     }
     names.erase("zeb-reserve");  // started only if needed
     return names == std::set<std::string>{"zeb-pool", "zeb-pool-watch", "zeb-timers"};
   };
-  waitUntil(areNamed, "the threads have exactly their names");
+  waitUntil(areNamedAndMasked, "the threads have their names and leave signals to others");
 }
 
 }  // namespace zeb::test
