@@ -1,6 +1,5 @@
 #include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
-#include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
 
 #include <spdlog/logger.h>
@@ -23,18 +22,9 @@ std::atomic<std::int32_t> generalLevel{OLGLevelInformation};
 
 std::atomic<bool> anyChannelLevel{false};
 
-using Levels = std::map<std::string, std::int32_t, std::less<>>;
-
-/// The levels of channels that have one of their own. Every log line reads them, changes are rare.
 struct ChannelLevels {
-  detail::Lock changes;
-  detail::SnapshotPointer<Levels> current;
-
-  void replace(Levels levels) ZEB_REQUIRES(changes) {
-    anyChannelLevel.store(!levels.empty(), std::memory_order_release);
-    (void)current.replace(std::move(levels));
-  }
-  Levels copy() const ZEB_REQUIRES(changes) { return current.get() ? *current.get() : Levels(); }
+  detail::Lock lock;
+  std::map<std::string, std::int32_t, std::less<>> levels ZEB_GUARDED_BY(lock);
 };
 
 ChannelLevels& channelLevels() {
@@ -80,28 +70,27 @@ void logToStandardError(const OLGRecord& record) {
 
 bool OLGCanLog(const void*, std::int32_t level, NullableText channel) noexcept {
   if (anyChannelLevel.load(std::memory_order_acquire)) {
-    if (const auto levels = channelLevels().current.pin()) {
-      const auto found = levels->find(channel);
-      if (found != levels->end()) return level <= found->second;
-    }
+    ChannelLevels& channels = channelLevels();
+    const detail::LockGuard guard(channels.lock);
+    const auto found = channels.levels.find(channel);
+    if (found != channels.levels.end()) return level <= found->second;
   }
   return level <= generalLevel.load(std::memory_order_relaxed);
 }
 
 void OLGSetChannelLevel(NullableText channel, std::int32_t level) {
-  ChannelLevels& levels = channelLevels();
-  const detail::LockGuard guard(levels.changes);
-  Levels changed = levels.copy();
-  changed.insert_or_assign(std::string(channel), level);
-  levels.replace(std::move(changed));
+  ChannelLevels& channels = channelLevels();
+  const detail::LockGuard guard(channels.lock);
+  channels.levels.insert_or_assign(std::string(channel), level);
+  anyChannelLevel.store(true, std::memory_order_release);
 }
 
 void OLGResetChannelLevel(NullableText channel) {
-  ChannelLevels& levels = channelLevels();
-  const detail::LockGuard guard(levels.changes);
-  Levels changed = levels.copy();
-  if (const auto found = changed.find(channel); found != changed.end()) changed.erase(found);
-  levels.replace(std::move(changed));
+  ChannelLevels& channels = channelLevels();
+  const detail::LockGuard guard(channels.lock);
+  const auto found = channels.levels.find(channel);
+  if (found != channels.levels.end()) channels.levels.erase(found);
+  anyChannelLevel.store(!channels.levels.empty(), std::memory_order_release);
 }
 
 void OLGSetLevel(std::int32_t level) noexcept {
