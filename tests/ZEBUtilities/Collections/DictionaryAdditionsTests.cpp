@@ -121,8 +121,8 @@ TEST(TypedAccess, ArraysMapsPathsAndAlternatives) {
               zeb_intForPathElementKeys(root, path) == 2 &&
               zeb_integerForPathElementKeys(root, path) == 2 &&
               zeb_boolForPathElementKeys(root, path));
-  const PathElementKeys absent[] = {{"n", "no"}, {"no", "m"}, {"n", "m", "x"}, nullptr};
-  for (const PathElementKeys& keys : absent) {
+  for (const auto& keys :
+       {NSArray{"n", "no"}, NSArray{"no", "m"}, NSArray{"n", "m", "x"}, NSArray()}) {
     EXPECT_EQ(zeb_stringForPathElementKeys(root, keys, "default"), "default");
     EXPECT_EQ(zeb_integerForPathElementKeys(root, keys, 7), 7);
   }
