@@ -1,5 +1,6 @@
 #include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Concurrency/detail/Spin.h>
+#include <ZEBPlatform/Linux/detail/AddressWait.h>
 
 namespace zeb::detail {
 
@@ -16,8 +17,10 @@ void Lock::lockContended() noexcept {
   if (isOwned) return;
   // From here on every owner wakes one sleeper, at worst one time too many.
   while (state_.exchange(awaited, std::memory_order_acquire) != unlocked) {
-    state_.wait(awaited, std::memory_order_relaxed);
+    waitOnAddress(state_, awaited, UINT64_MAX);
   }
 }
+
+void Lock::wakeSleeper() const noexcept { wakeOneOnAddress(state_); }
 
 }  // namespace zeb::detail

@@ -1,5 +1,6 @@
 #include <ZEBPlatform/Concurrency/detail/Spin.h>
 #include <ZEBPlatform/Concurrency/detail/ThreadGate.h>
+#include <ZEBPlatform/Linux/detail/AddressWait.h>
 
 namespace zeb::detail {
 
@@ -15,16 +16,16 @@ bool ThreadGate::spinUntilOpen() const noexcept {
 }
 
 void ThreadGate::sleepUntilOpen() noexcept {
-  int expected = closed;
+  std::uint32_t expected = closed;
   if (!state_.compare_exchange_strong(expected, awaited, std::memory_order_acq_rel)) return;
   while (state_.load(std::memory_order_acquire) != opened) {
-    state_.wait(awaited, std::memory_order_acquire);
+    waitOnAddress(state_, awaited, UINT64_MAX);
   }
 }
 
 void ThreadGate::open() noexcept {
   // Waking uses the address only, so it does no harm if the gate has been destroyed by then.
-  if (state_.exchange(opened, std::memory_order_acq_rel) == awaited) state_.notify_one();
+  if (state_.exchange(opened, std::memory_order_acq_rel) == awaited) wakeOneOnAddress(state_);
 }
 
 }  // namespace zeb::detail

@@ -3,6 +3,7 @@
 #include <ZEBPlatform/Concurrency/detail/ThreadSafety.h>
 
 #include <atomic>
+#include <cstdint>
 
 namespace zeb::detail {
 
@@ -30,21 +31,22 @@ class ZEB_CAPABILITY("lock") Lock {
     if (!try_lock()) lockContended();
   }
   bool try_lock() noexcept ZEB_TRY_ACQUIRES(true) {
-    int expected = unlocked;
+    std::uint32_t expected = unlocked;
     return state_.compare_exchange_strong(expected, locked, std::memory_order_acquire,
                                           std::memory_order_relaxed);
   }
   void unlock() noexcept ZEB_RELEASES() {
-    // Waking uses only the address, so it does no harm if the lock has been destroyed by then.
-    if (state_.exchange(unlocked, std::memory_order_release) == awaited) state_.notify_one();
+    if (state_.exchange(unlocked, std::memory_order_release) == awaited) wakeSleeper();
   }
 
  private:
-  enum State : int { unlocked, locked, awaited };
+  enum State : std::uint32_t { unlocked, locked, awaited };
 
   void lockContended() noexcept;
+  /// Uses only the address, so it does no harm if the lock has been destroyed by then.
+  void wakeSleeper() const noexcept;
 
-  std::atomic<int> state_{unlocked};
+  std::atomic<std::uint32_t> state_{unlocked};
 };
 
 static_assert(sizeof(Lock) == 4);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 
 namespace zeb::detail {
 
@@ -29,8 +30,8 @@ class ThreadGate {
   void open() noexcept;
 
  private:
-  enum State : int { closed, awaited, opened };
-  std::atomic<int> state_{closed};
+  enum State : std::uint32_t { closed, awaited, opened };
+  std::atomic<std::uint32_t> state_{closed};
 };
 
 }  // namespace zeb::detail
