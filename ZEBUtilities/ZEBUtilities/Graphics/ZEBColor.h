@@ -29,12 +29,7 @@ inline constexpr double degreesPerTurn = 360;
 
 /// As `std::fmax`, and of two zeros the positive one.
 inline double largerComponent(double left, double right) noexcept {
-  if (left == right) return std::signbit(left) ? right : left;
-  return left > right || std::isnan(right) ? left : right;
-}
-
-inline double smallerComponent(double left, double right) noexcept {
-  return left < right || std::isnan(right) ? left : right;
+  return left == 0 && right == 0 ? left + right : std::fmax(left, right);
 }
 
 }  // namespace detail
@@ -47,8 +42,15 @@ inline double smallerComponent(double left, double right) noexcept {
 /// it by 360 for the way back.
 inline void ZEBColorConvertRGBToHSV(double& hue, double& saturation, double& value, double red,
                                     double green, double blue) noexcept {
-  const double largest = detail::largerComponent(detail::largerComponent(red, green), blue);
-  const double smallest = detail::smallerComponent(detail::smallerComponent(red, green), blue);
+  double largest = red > green ? red : green;
+  largest = largest > blue ? largest : blue;
+  double smallest = red < green ? red : green;
+  smallest = smallest < blue ? smallest : blue;
+  // These comparisons need one instruction each, but zeros and missing numbers need more care.
+  if (largest == 0 || std::isnan(red + green + blue)) [[unlikely]] {
+    largest = detail::largerComponent(detail::largerComponent(red, green), blue);
+    smallest = std::fmin(std::fmin(red, green), blue);
+  }
   value = largest;
   if (largest == 0) {
     saturation = 0;
@@ -57,15 +59,17 @@ inline void ZEBColorConvertRGBToHSV(double& hue, double& saturation, double& val
   }
   const double delta = largest - smallest;
   saturation = delta / largest;
-  double sixths = 0;
-  if (delta != 0) {
-    const bool isRed = largest == red;
-    const bool isGreen = largest == green;
-    const double difference = isRed ? green - blue : isGreen ? blue - red : red - green;
-    sixths = (isRed ? 0 : isGreen ? 2 : 4) + difference / delta;
+  double degrees;
+  if (delta == 0) {
+    degrees = 0;
+  } else if (largest == red) {
+    degrees = (green - blue) / delta * 60;
+    if (degrees < 0) degrees += detail::degreesPerTurn;
+  } else if (largest == green) {
+    degrees = (2 + (blue - red) / delta) * 60;
+  } else {
+    degrees = (4 + (red - green) / delta) * 60;
   }
-  double degrees = sixths * 60;
-  if (degrees < 0) degrees += detail::degreesPerTurn;
   hue = degrees * 0.002777777777777778;
 }
 
