@@ -3,6 +3,7 @@
 // The module Runtime: classes and selectors, properties by name, key-value observing.
 
 #include <ZEBPlatform/Runtime/BlockConversion.h>
+#include <ZEBPlatform/Runtime/BorrowedPointerConversion.h>
 #include <ZEBPlatform/Runtime/Class.h>
 #include <ZEBPlatform/Runtime/ErrorConversion.h>
 #include <ZEBPlatform/Runtime/KeyValueChange.h>
