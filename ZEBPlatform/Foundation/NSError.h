@@ -21,6 +21,10 @@ enum : std::int64_t {
   /// Values cannot be written as a document: it cannot hold their kind, key or number, or they are
   /// nested beyond its limit.
   NSPropertyListWriteInvalidError = 3852,
+  /// An archive is malformed, or contains another class or another kind of field than expected.
+  NSCoderReadCorruptError = 4864,
+  /// There is nothing to read an archive from.
+  NSCoderValueNotFoundError = 4865,
 };
 
 /// Keys of the details of an error.

@@ -1,5 +1,6 @@
 #include <ZEBPlatform/Foundation/Format.h>
 #include <ZEBPlatform/Foundation/KeyedHash.h>
+#include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Geometry/NSValue.h>
 #include <ZEBPlatform/Memory/Overloaded.h>
 
@@ -62,5 +63,10 @@ std::string NSValue::description() const {
 }
 
 Value boxed(const NSValue::Content& record) { return makeRef<NSValue>(record); }
+
+NSRange rangeArgument(const Value& value) {
+  if (const NSRange* range = unboxed<NSRange>(value)) return *range;
+  raiseInvalidArgument("a range was expected, as an NSValue, but the argument is another value");
+}
 
 }  // namespace zeb

@@ -46,4 +46,8 @@ const Record* unboxed(const Value& value) noexcept {
   return box ? std::get_if<Record>(&box->content()) : nullptr;
 }
 
+/// The range in a value that a selector got as its argument. Throws NSException
+/// (NSInvalidArgumentException) if the value is no boxed range.
+NSRange rangeArgument(const Value& value);
+
 }  // namespace zeb

@@ -8,6 +8,7 @@
 #include <ZEBPlatform/Foundation.h>
 #include <ZEBPlatform/Geometry.h>
 #include <ZEBPlatform/Json.h>
+#include <ZEBPlatform/KeyedCoding.h>
 #include <ZEBPlatform/Linux.h>
 #include <ZEBPlatform/Logging.h>
 #include <ZEBPlatform/Memory.h>
@@ -28,4 +29,5 @@
 #include <ZEBUtilities/JSON.h>
 #include <ZEBUtilities/Observation.h>
 #include <ZEBUtilities/Tasks.h>
+#include <ZEBUtilities/Text.h>
 #include <ZEBUtilities/Timing.h>
