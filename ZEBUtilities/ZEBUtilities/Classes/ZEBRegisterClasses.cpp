@@ -15,6 +15,8 @@
 #include <ZEBUtilities/Tasks/ZEBMainThreadRunLoopDeferredTask.h>
 #include <ZEBUtilities/Tasks/ZEBSafeOperation.h>
 #include <ZEBUtilities/Tasks/ZEBThread.h>
+#include <ZEBUtilities/Text/ZEBFlavoredRange.h>
+#include <ZEBUtilities/Text/ZEBHyperlinkFlavoredRange.h>
 #include <ZEBUtilities/Timing/ZEBRecordingStopwatch.h>
 #include <ZEBUtilities/Timing/ZEBStopwatch.h>
 #include <ZEBUtilities/Timing/ZEBTimer.h>
@@ -40,6 +42,8 @@ void ZEBRegisterClasses() {
   ZEBJSONSerialization::runtimeClass();
   ObjectiveCTypeErasedObservable::runtimeClass();
   ObjectiveCObserverQueue::runtimeClass();
+  ZEBFlavoredRange::runtimeClass();
+  ZEBHyperlinkFlavoredRange::runtimeClass();
   ZEBObjCEncodable::runtimeClass();
   BasicDecodingBuilder::runtimeClass();
   BasicDecodingBuilderRegistry::runtimeClass();
