@@ -8,6 +8,7 @@
 
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <ranges>
 #include <span>
 #include <string_view>
@@ -15,7 +16,27 @@
 
 namespace zeb {
 
+class NSError;
 class NSMutableData;
+
+/// How a file is read; bits to combine.
+enum NSDataReadingOptions : std::uint64_t {
+  /// Maps the file into memory instead of copying it, so that only the used parts are read. If
+  /// another process shortens the file while the data lives, reading the missing bytes ends the
+  /// process (SIGBUS): map only files that are replaced and never shortened.
+  NSDataReadingMappedIfSafe = 1,
+};
+
+/// How a file is written; bits to combine.
+enum NSDataWritingOptions : std::uint64_t {
+  /// At every moment, also if the process is killed or the disk is full, the file has either the
+  /// old or the new content, and after success the new content is on the disk. The bytes go to a
+  /// temporary file in the same folder, which then takes the file's place with the mode of the old
+  /// one. A killed process may leave the temporary file (".zeb-…") behind.
+  NSDataWritingAtomic = 1,
+  /// A file that exists is an error (EEXIST).
+  NSDataWritingWithoutOverwriting = 2,
+};
 
 namespace detail {
 
@@ -57,6 +78,20 @@ class NSData : public Value {
   /// Nil when `text` is nil or not canonical base64 (RFC 4648, section 4, with padding and without
   /// line breaks).
   static NSData dataWithBase64EncodedString(const NSString& text);
+
+  /// The content of a regular file. If that fails, nil and an error of NSPOSIXErrorDomain with the
+  /// system's code and the path under NSFilePathErrorKey. A file of more than `maxLength` bytes is
+  /// an error (EFBIG), as is one for which there is no memory (ENOMEM).
+  static NSData dataWithContentsOfFile(const NSString& path, std::uint64_t options = 0,
+                                       NSError* error = nullptr) {
+    return dataWithContentsOfFile(path, options, SIZE_MAX, error);
+  }
+  static NSData dataWithContentsOfFile(const NSString& path, std::uint64_t options,
+                                       std::size_t maxLength, NSError* error = nullptr);
+  /// Writes the bytes, range by range, to a file, which is made for its owner alone (mode 0600) if
+  /// it does not exist. If that fails, false and an error as above; without NSDataWritingAtomic the
+  /// file may then contain a part. False on nil data.
+  bool writeToFile(const NSString& path, std::uint64_t options, NSError* error = nullptr) const;
 
   std::size_t length() const noexcept;
   std::size_t size() const noexcept { return length(); }

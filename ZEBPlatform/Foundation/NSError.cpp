@@ -12,6 +12,7 @@ const char* const kCFErrorDomainCFNetwork = "kCFErrorDomainCFNetwork";
 const char* const NSLocalizedDescriptionKey = "NSLocalizedDescription";
 const char* const NSLocalizedFailureReasonErrorKey = "NSLocalizedFailureReason";
 const char* const NSUnderlyingErrorKey = "NSUnderlyingError";
+const char* const NSFilePathErrorKey = "NSFilePath";
 
 class NSError::Details final : public NSObject {
  public:

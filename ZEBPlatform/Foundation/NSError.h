@@ -31,6 +31,8 @@ enum : std::int64_t {
 extern const char* const NSLocalizedDescriptionKey;
 extern const char* const NSLocalizedFailureReasonErrorKey;
 extern const char* const NSUnderlyingErrorKey;
+/// The path of the file that the error is about.
+extern const char* const NSFilePathErrorKey;
 
 /// Why an operation failed: a domain, a code in it, and details. A nullable shared handle;
 /// immutable, so any thread may use it. Operations take `NSError* error = nullptr` as their last

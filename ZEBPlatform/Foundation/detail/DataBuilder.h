@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <span>
 #include <string_view>
 
 namespace zeb::detail {
@@ -33,6 +34,11 @@ class DataBuilder {
   }
   char* cursor() const noexcept { return cursor_; }
   void setCursor(char* cursor) noexcept { cursor_ = cursor; }
+
+  /// The room that is left, to be filled by a reader; `setCursor` then keeps a part of it.
+  std::span<std::byte> room() const noexcept {
+    return {reinterpret_cast<std::byte*>(cursor_), reinterpret_cast<std::byte*>(limit_)};
+  }
 
   /// Bytes written so far.
   std::size_t size() const noexcept {
