@@ -6,8 +6,8 @@
 
 namespace zeb::timeline {
 
-/// The content of a regular file. Throws std::exception with a readable text if it is not a regular
-/// file, is larger than 1 GiB or can't be read.
+/// The content of a regular file. Throws NSError if it is not a regular file, is larger than 1 GiB
+/// or can't be read.
 NSData contentsOfFile(const std::string& path);
 
 /// A file that only its owner can read, in a new directory below the temporary one. It is written

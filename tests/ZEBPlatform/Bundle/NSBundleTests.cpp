@@ -64,7 +64,7 @@ TEST(NSBundle, KeepsTheErrorOfAnUnreadableFile) {
   const std::tuple<const char*, const char*, const char*> cases[] = {
       {"bad", NSCocoaErrorDomain, "malformed"},
       {"list", NSCocoaErrorDomain, "holds no dictionary"},
-      {"folder", NSPOSIXErrorDomain, "Invalid argument"}};
+      {"folder", NSPOSIXErrorDomain, "Is a directory"}};
   for (const auto& [folder, domain, reason] : cases) {
     const auto bundle = NSBundle::bundleWithPath(scratch / folder);
     const NSError error = bundle->infoDictionaryError();
