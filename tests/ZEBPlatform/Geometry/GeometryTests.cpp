@@ -1,6 +1,5 @@
-#include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Geometry/CLLocation.h>
-#include <ZEBPlatform/Geometry/NSValue.h>
+#include <ZEBPlatform/Foundation.h>
+#include <ZEBPlatform/Geometry.h>
 #include <gtest/gtest.h>
 
 namespace zeb::test {

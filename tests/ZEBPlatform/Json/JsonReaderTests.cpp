@@ -1,7 +1,5 @@
-#include <ZEBPlatform/Foundation/NSNull.h>
-#include <ZEBPlatform/Foundation/NSNumber.h>
-#include <ZEBPlatform/Json/NSJSONSerialization.h>
-
+#include <ZEBPlatform/Foundation.h>
+#include <ZEBPlatform/Json.h>
 #include <unistd.h>
 
 #include <fstream>

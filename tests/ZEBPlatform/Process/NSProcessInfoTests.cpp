@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/utsname.h>
 
-#include <cstdlib>
-
 namespace zeb {
 namespace {
 

@@ -1,9 +1,6 @@
 #include <ZEBUtilities/Bundle.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace zeb::test {
 
 Ref<NSBundle> bundleWith(const NSDictionary& info) {

@@ -1,5 +1,4 @@
-#include <ZEBPlatform/Runtime/Registration.h>
-#include <ZEBPlatform/Runtime/Send.h>
+#include <ZEBPlatform/Runtime.h>
 #include <ZEBUtilities/Bundle.h>
 
 #include "Support/Support.h"

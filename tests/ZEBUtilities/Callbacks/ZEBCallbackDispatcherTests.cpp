@@ -1,6 +1,5 @@
-#include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Runtime/Registration.h>
-#include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
+#include <ZEBPlatform/Runtime.h>
+#include <ZEBUtilities/Callbacks.h>
 
 #include "Support/Storm.h"
 

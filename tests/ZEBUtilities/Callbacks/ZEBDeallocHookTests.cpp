@@ -1,7 +1,4 @@
-#include <ZEBUtilities/Callbacks/ZEBDeallocHook.h>
-#include <ZEBUtilities/Callbacks/ZEBWeakValueObject.h>
-
-#include <memory>
+#include <ZEBUtilities/Callbacks.h>
 
 #include "Support/Storm.h"
 

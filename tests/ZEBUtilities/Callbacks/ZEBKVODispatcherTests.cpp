@@ -1,7 +1,5 @@
-#include <ZEBPlatform/Foundation/NSDictionary.h>
-#include <ZEBPlatform/Runtime/Registration.h>
-#include <ZEBPlatform/Runtime/Send.h>
-#include <ZEBUtilities/Callbacks/ZEBKVODispatcher.h>
+#include <ZEBPlatform/Runtime.h>
+#include <ZEBUtilities/Callbacks.h>
 
 #include "Support/Support.h"
 

@@ -1,7 +1,3 @@
-#include <ZEBPlatform/Foundation/NSData.h>
-#include <ZEBPlatform/Foundation/NSNull.h>
-#include <ZEBPlatform/Foundation/NSURL.h>
-#include <ZEBPlatform/Json/NSJSONSerialization.h>
 #include <ZEBUtilities/ZEBUtilities.h>
 
 #include <unordered_map>

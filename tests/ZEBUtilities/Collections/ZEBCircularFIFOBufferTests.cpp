@@ -1,7 +1,6 @@
 #include <ZEBUtilities/Collections/ZEBCircularFIFOBuffer.h>
 
 #include <deque>
-#include <random>
 
 #include "Support/Support.h"
 

@@ -1,7 +1,4 @@
-#include <ZEBPlatform/Foundation.h>
-#include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
-#include <ZEBUtilities/Encodings/NSData+ZEBAdditions.h>
-#include <ZEBUtilities/JSON.h>
+#include <ZEBUtilities/ZEBUtilities.h>
 
 #include <cmath>
 

@@ -3,7 +3,6 @@
 #include <ZEBPlatform/Runtime/Send.h>
 
 #include "Support/HeldQueue.h"
-#include "Support/Support.h"
 
 namespace zeb {
 namespace {

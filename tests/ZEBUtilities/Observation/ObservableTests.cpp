@@ -1,9 +1,7 @@
 #include <map>
-#include <memory>
 
 #include "Support/HeldQueue.h"
 #include "Support/Storm.h"
-#include "Support/Support.h"
 
 namespace zeb {
 namespace {

@@ -1,14 +1,6 @@
-#include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/Operations/NSOperationQueue.h>
-#include <ZEBPlatform/Runtime/Registration.h>
-#include <ZEBPlatform/Runtime/Send.h>
-#include <ZEBUtilities/Tasks/OperationDependencyGraph.h>
-#include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
-#include <ZEBUtilities/Tasks/ZEBBackgroundTaskHandle.h>
-#include <ZEBUtilities/Tasks/ZEBSafeOperation.h>
-#include <gtest/gtest.h>
-
-#include <thread>
+#include <ZEBPlatform/Operations.h>
+#include <ZEBPlatform/Runtime.h>
+#include <ZEBUtilities/Tasks.h>
 
 #include "Support/Support.h"
 

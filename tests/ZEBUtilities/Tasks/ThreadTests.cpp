@@ -1,8 +1,5 @@
-#include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/Notifications/NSNotificationCenter.h>
-#include <ZEBUtilities/Tasks/ZEBMainThreadRunLoopDeferredTask.h>
-#include <ZEBUtilities/Tasks/ZEBThread.h>
-#include <gtest/gtest.h>
+#include <ZEBPlatform/Notifications.h>
+#include <ZEBUtilities/Tasks.h>
 
 #include <semaphore>
 

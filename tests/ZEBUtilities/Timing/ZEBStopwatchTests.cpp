@@ -1,8 +1,5 @@
 #include <ZEBUtilities/Timing.h>
 
-#include <cstdio>
-#include <cstdlib>
-
 #include "Support/FakeClock.h"
 #include "Support/FakeSystem.h"
 #include "Support/Storm.h"
