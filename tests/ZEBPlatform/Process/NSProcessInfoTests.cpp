@@ -2,8 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/utsname.h>
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 TEST(NSProcessInfo, AgreesWithTheSystem) {
   const auto& info = NSProcessInfo::processInfo();
@@ -32,5 +31,4 @@ TEST(NSProcessInfo, AgreesWithTheSystem) {
   EXPECT_TRUE(info->operatingSystemVersionString().containsString(system.release));
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

@@ -3,8 +3,7 @@
 
 #include "Support/Storm.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 struct Listener : NSObject {
   Class* classObject() const override {
@@ -110,7 +109,7 @@ TEST_F(CallbackDispatcher, BlocksDieOutsideTheQueue) {
     dispatcher->addObserver(observer, [held = makeRef<FiresAtDeath>(deaths)](const Value&) {});
     dispatcher->fire();
     end();
-    test::waitUntil([&] { return deaths == count; }, "the block has died");
+    waitUntil([&] { return deaths == count; }, "the block has died");
   }
 }
 
@@ -120,7 +119,7 @@ TEST(CallbackDispatcherStorm, ThreadsAddRemoveFireAndDestroy) {
   std::atomic<int> steadyCalls = 0;
   dispatcher->addObserver(steady, [&](const Value&) { ++steadyCalls; });
   constexpr int rounds = 150;
-  test::storm(4, [&](int seed, std::mt19937&) {
+  storm(4, [&](int seed, std::mt19937&) {
     for (int round = 0; round < rounds; ++round) {
       auto mine = makeRef<Listener>();
       const auto counter = std::make_shared<std::atomic<int>>(0);
@@ -140,5 +139,4 @@ TEST(CallbackDispatcherStorm, ThreadsAddRemoveFireAndDestroy) {
   EXPECT_EQ(steadyCalls, 4 * rounds * 3 / 2);
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

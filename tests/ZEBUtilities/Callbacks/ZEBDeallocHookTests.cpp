@@ -2,14 +2,13 @@
 
 #include "Support/Storm.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 TEST(ZEBDeallocHook, RunsWhenItsOwnerDiesUnlessTakenAway) {
   const char keys[3] = {};
   std::string log;
   std::atomic<int> deaths = 0;
-  Ref<NSObject> owner = makeRef<test::Probe>(deaths);
+  Ref<NSObject> owner = makeRef<Probe>(deaths);
   const auto hook = [&](const char* text) {
     return [&log, &deaths, text] { log += text + std::to_string(deaths); };
   };
@@ -52,9 +51,9 @@ TEST(ZEBDeallocHook, IsTakenAwayByOneOfManyAndLeavesNewOnesAlone) {
   std::atomic<int> deaths = 0;
   for (auto& each : owners) {
     each = makeRef<ZEBWeakValueObject>(nullptr);
-    ZEBDeallocHook::attachTo(each, &key, [&, probe = makeRef<test::Probe>(deaths)] { ++calls; });
+    ZEBDeallocHook::attachTo(each, &key, [&, probe = makeRef<Probe>(deaths)] { ++calls; });
   }
-  test::storm(3, [&](int, std::mt19937&) {
+  storm(3, [&](int, std::mt19937&) {
     for (const auto& each : owners) ZEBDeallocHook::unattachFrom(each, &key);
   });
   EXPECT_EQ(deaths, 2000);
@@ -64,14 +63,13 @@ TEST(ZEBDeallocHook, IsTakenAwayByOneOfManyAndLeavesNewOnesAlone) {
 
 TEST(ZEBWeakValueObject, ReadsNilOnceItsValueIsGone) {
   std::atomic<int> deaths = 0;
-  Ref<NSObject> value = makeRef<test::Probe>(deaths);
+  Ref<NSObject> value = makeRef<Probe>(deaths);
   const auto box = ZEBWeakValueObject::withValue(value);
   value = nullptr;
   EXPECT_TRUE(deaths == 1 && !box->value());
-  value = makeRef<test::Probe>(deaths);
+  value = makeRef<Probe>(deaths);
   box->setValue(value);
   EXPECT_EQ(box->value(), value);
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

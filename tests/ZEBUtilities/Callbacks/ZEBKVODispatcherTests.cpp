@@ -3,8 +3,7 @@
 
 #include "Support/Support.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 struct Dial : NSObject {
   Class* classObject() const override {
@@ -94,16 +93,15 @@ TEST_F(KVODispatcher, SaysWhatIsWrong) {
       (void)Self::initToObserveValueForKeyPath_ofWeakObject(keyPath, object, 0, nullptr, false,
                                                             call);
     };
-    EXPECT_EQ(test::raisedText(make),
+    EXPECT_EQ(raisedText(make),
               "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock");
   }
   const auto dispatcher = observe(false);
   const KeyValueChange change(nullptr, nullptr, false);
-  EXPECT_EQ(
-      test::raisedText([&] { dispatcher->observeValueForKeyPath("other", dial, change, nullptr); }),
-      "NSInternalInconsistencyException: Observed keyPath doesn't match registered keyPath");
+  EXPECT_EQ(raisedText([&] { dispatcher->observeValueForKeyPath("other", dial, change, nullptr); }),
+            "NSInternalInconsistencyException: Observed keyPath doesn't match registered keyPath");
   dial = nullptr;
-  EXPECT_EQ(test::raisedText([&] { dispatcher->setSuspendDispatching(true); }),
+  EXPECT_EQ(raisedText([&] { dispatcher->setSuspendDispatching(true); }),
             "NSGenericException: Unable to remove KVO for keyPath ZEBKVODispatcher,  you need to "
             "remove all references to this level before observee is deallocated.");
   EXPECT_TRUE(dispatcher->suspendDispatching());
@@ -119,5 +117,4 @@ TEST_F(KVODispatcher, StopsTheProcessWhenItOutlivesItsObject) {
       "^Unable to remove KVO for keyPath ZEBKVODispatcher,  you need");
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

@@ -4,8 +4,7 @@
 
 #include "Support/Support.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 // Runs in a process of its own, as all tests do, so that no class was used before. Lists the
 // selectors that the tests below do not send; those of class methods begin with a plus.
@@ -155,7 +154,7 @@ TEST(Registration, MessagesReachObjectsOfAllClasses) {
   const Value buffer = sendTo("ZEBCircularFIFOBuffer", "initWithSize:"_sel, 1);
   const auto delegate = makeRef<Delegate>();
   send(buffer, "setDelegate:"_sel, delegate);
-  EXPECT_EQ(test::raisedName([&] { send(buffer, "setDelegate:"_sel, watch); }),
+  EXPECT_EQ(raisedName([&] { send(buffer, "setDelegate:"_sel, watch); }),
             "NSInvalidArgumentException");
   for (const char* object : {"old", "new"}) send(buffer, "addObject:"_sel, object);
   EXPECT_EQ(delegate->purged, "old");
@@ -225,7 +224,7 @@ struct Model : ZEBObjCEncodable {
 TEST(Registration, EncodablesAndBuildersAnswerThroughTheRuntime) {
   EXPECT_EQ(ZEBArchiver().archivedData(makeRef<Model>(true)),
             ZEBArchiver().archivedData(makeRef<Model>()));
-  EXPECT_EQ(test::raisedName([] { send(makeRef<Model>(), "encodeWithEncoder:"_sel, nullptr); }),
+  EXPECT_EQ(raisedName([] { send(makeRef<Model>(), "encodeWithEncoder:"_sel, nullptr); }),
             "NSInvalidArgumentException");
 
   const Value empty = send(objc_lookUpClass("ZEBBasicDecodingBuilderRegistry"), "init"_sel);
@@ -240,5 +239,4 @@ TEST(Registration, EncodablesAndBuildersAnswerThroughTheRuntime) {
   EXPECT_TRUE(send(registry, "inFrontOf"_sel).isIdenticalTo(empty));
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

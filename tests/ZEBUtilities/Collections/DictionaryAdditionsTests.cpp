@@ -4,8 +4,7 @@
 
 #include "Support/Support.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 std::atomic<int> deaths = 0;
 const NSURL url = NSURL::URLWithString("http://host/");
@@ -21,7 +20,7 @@ const NSArray unreadable{NSNull::null(),
                          NSMutableSet(),
                          NSMutableDictionary(),
                          NSData::data(),
-                         makeRef<test::Probe>(deaths)};
+                         makeRef<Probe>(deaths)};
 
 NSArray parsed(std::string_view json) {
   return NSArray(NSJSONSerialization::JSONObjectWithData(NSData::dataWithBytes(json), 0));
@@ -148,7 +147,7 @@ TEST(PropertyListCleaning, DropsWhatNoPropertyListHolds) {
               NSArray(clean["m"])[1].isMutable() && NSArray(clean["m"])[0].isIdenticalTo(text));
   EXPECT_EQ(zeb_arrayByRemovingInvalidPropertyListObjects(mixed), cleanMixed);
 
-  test::runOnSmallStack([] {
+  runOnSmallStack([] {
     constexpr int depth = 100000;
     Value level = url;
     for (int i = 0; i < depth; ++i) level = NSArray{NSDictionary{{"k", level}}};
@@ -203,7 +202,7 @@ TEST(DictionaryDeathTest, GenericOnesCompareAndWalkPathsOfStringKeys) {
 }
 
 TEST(Dictionary, StandardContainersResistChosenKeysToo) {
-  const std::vector<std::string> texts = test::collidingKeys(2000);
+  const std::vector<std::string> texts = collidingKeys(2000);
   std::unordered_map<NSString, int> strings;
   std::unordered_map<NSArray, int> arrays;
   Dictionary<std::int64_t, int> numbers;
@@ -225,5 +224,4 @@ TEST(Dictionary, StandardContainersResistChosenKeysToo) {
   expectSpread(numbers);
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

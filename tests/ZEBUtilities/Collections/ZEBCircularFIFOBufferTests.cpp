@@ -4,8 +4,7 @@
 
 #include "Support/Support.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 static_assert(std::ranges::forward_range<ZEBCircularFIFOBuffer> &&
               !std::ranges::sized_range<ZEBCircularFIFOBuffer>);
@@ -52,8 +51,8 @@ TEST(ZEBCircularFIFOBuffer, BehavesAsAQueueThatDropsItsOldest) {
 TEST(ZEBCircularFIFOBuffer, RefusesWhatItCannotHoldAndLetsGo) {
   EXPECT_FALSE(ZEBCircularFIFOBuffer::initWithSize(0));
   const auto buffer = ZEBCircularFIFOBuffer::initWithSize(1);
-  EXPECT_EQ(test::raisedName([&] { buffer->setSize(0); }), NSInvalidArgumentException);
-  EXPECT_EQ(test::raisedText([&] { buffer->addObject(nullptr); }),
+  EXPECT_EQ(raisedName([&] { buffer->setSize(0); }), NSInvalidArgumentException);
+  EXPECT_EQ(raisedText([&] { buffer->addObject(nullptr); }),
             "NSInvalidArgumentException: nil object is not allowed");
   buffer->addObject("only");
   buffer->addObject(*buffer->begin());  // a reference into the buffer
@@ -61,7 +60,7 @@ TEST(ZEBCircularFIFOBuffer, RefusesWhatItCannotHoldAndLetsGo) {
   buffer->setDelegate(makeRef<Recorder>());
   EXPECT_FALSE(buffer->delegate()) << "held weakly";
   std::atomic<int> deaths = 0;
-  for (int i = 0; i < 3; ++i) buffer->addObject(makeRef<test::Probe>(deaths));
+  for (int i = 0; i < 3; ++i) buffer->addObject(makeRef<Probe>(deaths));
   buffer->removeObject();
   EXPECT_EQ(deaths, 3) << "dropped and removed objects die";
 }
@@ -75,9 +74,8 @@ TEST(ZEBCircularFIFOBuffer, ChangesEndAnEnumeration) {
     if (change == 1) buffer->removeObject();
     if (change == 2) buffer->removeAllObjects();
     if (change == 3) buffer->setSize(9);
-    EXPECT_EQ(test::raisedName([&] { ++next; }), NSGenericException);
+    EXPECT_EQ(raisedName([&] { ++next; }), NSGenericException);
   }
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

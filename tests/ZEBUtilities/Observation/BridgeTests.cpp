@@ -4,13 +4,12 @@
 
 #include "Support/HeldQueue.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 /// What observers of the bridge get for a value.
 template <class T>
 Value bridged(T value) {
-  const auto held = makeRef<test::HeldQueue>();
+  const auto held = makeRef<HeldQueue>();
   Value result;
   auto [input, observable] = Observable<T>::create(std::move(value));
   const auto token = observable->objectiveCBridgedObservable()->addObserverWithDispatchQueue(
@@ -39,7 +38,7 @@ TEST(ZEBObservable, ObservesThroughTheRuntime) {
   auto [input, observable] = Observable<int>::create(1);
   const Value bridge = observable->objectiveCBridgedObservable();
   EXPECT_STREQ(object_getClass(bridge)->name(), "ZEBObservable");
-  const auto held = makeRef<test::HeldQueue>();
+  const auto held = makeRef<HeldQueue>();
   std::vector<Value> onMain, onDispatchQueue, onObserverQueue;
   const auto into = [](std::vector<Value>& values) {
     return ZEBObservable::Update([&values](const Value& value) { values.push_back(value); });
@@ -53,7 +52,7 @@ TEST(ZEBObservable, ObservesThroughTheRuntime) {
       send(bridge, "addObserverWithUpdate:"_sel, nullptr)};
   input.update(2);
   held->awaitAndRun(4);
-  test::runMainQueueUntil([&] { return onMain.size() == 2; });
+  runMainQueueUntil([&] { return onMain.size() == 2; });
   for (const Value& token : tokens) send(bridge, "removeObserver:"_sel, token);
   input.update(3);
   held->awaitAndRun(2);
@@ -77,13 +76,12 @@ TEST(ZEBObservable, RefusesTokensOfAnotherTypeAndNil) {
                                                  {"text", "NSString"},
                                                  {nullptr, "nil"}};
   for (const auto& [object, name] : wrong) {
-    EXPECT_EQ(test::raisedText([&] { bridge->removeObserver(object); }),
+    EXPECT_EQ(raisedText([&] { bridge->removeObserver(object); }),
               std::string(ZEBObservableTypeException) +
                   ": Mismatched observer type: expected zeb::Observer<int>, got " + name);
   }
-  EXPECT_EQ(test::raisedName([] { (void)makeRef<ZEBObservable>(nullptr); }),
-            NSInvalidArgumentException);
-  EXPECT_EQ(test::raisedName([] { (void)makeRef<ZEBObserverQueue>(Ref<ObserverQueue>()); }),
+  EXPECT_EQ(raisedName([] { (void)makeRef<ZEBObservable>(nullptr); }), NSInvalidArgumentException);
+  EXPECT_EQ(raisedName([] { (void)makeRef<ZEBObserverQueue>(Ref<ObserverQueue>()); }),
             NSInvalidArgumentException);
 }
 
@@ -98,5 +96,4 @@ TEST(ZEBObservableDeathTest, CannotBeMadeOfNothing) {
   }
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

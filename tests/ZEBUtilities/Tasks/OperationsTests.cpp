@@ -4,8 +4,7 @@
 
 #include "Support/Support.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 using Graph = OperationDependencyGraph;
 using Operations = Graph::Operations;
@@ -71,7 +70,7 @@ TEST(OperationDependencyGraph, CountsEqualListsOnce) {
 }
 
 TEST(OperationDependencyGraph, CanBeAnyLengthAndWidth) {
-  test::runOnSmallStack([] {
+  runOnSmallStack([] {
     Operations all{makeRef<Named>("last")};
     Graph graph(all[0]);
     for (int i = 0; i < 50'000; ++i) {
@@ -130,7 +129,7 @@ TEST(NSInvocationOperation, SendsAMessage) {
   EXPECT_TRUE(clear->result().isNil());
   EXPECT_FALSE(weak.lock()) << "the target is kept until the last one has run";
 
-  EXPECT_EQ(test::raisedName([&] { return makeRef<Operation>(nullptr, SEL()); }),
+  EXPECT_EQ(raisedName([&] { return makeRef<Operation>(nullptr, SEL()); }),
             NSInvalidArgumentException);
   for (const auto& empty : {makeRef<Operation>(nullptr, "add:"_sel),
                             makeRef<Operation>(Ref<Receiver>(), &Receiver::clear)}) {
@@ -172,5 +171,4 @@ TEST(ZEBBackgroundTaskHandle, NotifiesItsDelegateWhenDestroyed) {
   EXPECT_FALSE(handle->delegate()) << "held weakly";
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

@@ -9,8 +9,6 @@
 
 namespace zeb::test {
 
-namespace {
-
 /// Lets seconds pass until a thread's exit is announced; returns the notification's object.
 Value objectOfNextExit(FakeClock& clock) {
   std::vector<Value> objects;
@@ -29,8 +27,6 @@ Value objectOfNextExit(FakeClock& clock) {
 void acquire(std::binary_semaphore& semaphore, FakeClock& clock, const char* expected) {
   waitUntil([&] { return semaphore.try_acquire(); }, expected, [&] { clock.advance(1); });
 }
-
-}  // namespace
 
 TEST(ZEBThread, RunsBlocksInOrderUntilItIsCancelled) {
   FakeClock clock;
