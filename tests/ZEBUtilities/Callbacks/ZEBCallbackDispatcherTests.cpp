@@ -86,16 +86,6 @@ TEST_F(CallbackDispatcher, BlocksMayAddRemoveFireAndDestroy) {
   EXPECT_EQ(log, "xnewlast");
 }
 
-/// Fires when the block that holds it dies.
-struct FiresAtDeath : NSObject {
-  explicit FiresAtDeath(std::atomic<int>& counter) : deaths(counter) {}
-  ~FiresAtDeath() override {
-    makeRef<ZEBCallbackDispatcher>()->fire();
-    ++deaths;
-  }
-  std::atomic<int>& deaths;
-};
-
 TEST_F(CallbackDispatcher, BlocksDieOutsideTheQueue) {
   std::atomic<int> deaths = 0;
   const std::function<void()> ends[] = {[&] { dispatcher->removeObserver(first); },
@@ -106,7 +96,11 @@ TEST_F(CallbackDispatcher, BlocksDieOutsideTheQueue) {
                                         [&] { dispatcher = nullptr; }};
   for (int count = 0; const auto& end : ends) {
     const Ref<Listener>& observer = ++count == 3 ? second : first;
-    dispatcher->addObserver(observer, [held = makeRef<FiresAtDeath>(deaths)](const Value&) {});
+    std::shared_ptr<void> firesAtDeath(nullptr, [&](void*) {
+      makeRef<ZEBCallbackDispatcher>()->fire();
+      ++deaths;
+    });
+    dispatcher->addObserver(observer, [held = std::move(firesAtDeath)](const Value&) {});
     dispatcher->fire();
     end();
     waitUntil([&] { return deaths == count; }, "the block has died");
