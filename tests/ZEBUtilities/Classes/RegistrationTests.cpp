@@ -25,7 +25,7 @@ TEST(Registration, ClassesAreFoundByNameBeforeTheirFirstUse) {
        "delegate allObjects removeObject peekObject removeAllObjects count setSize:"},
       {"ZEBThread", "+init performBlockSync: performBlockAsync: setName: isCancelled"},
       {"ZEBMainThreadRunLoopDeferredTask", ""},
-      {"ZEBBackgroundQueue", "+sharedBackgroundQueue"},
+      {"ZEBBackgroundQueue", ""},
       {"ZEBBackgroundTaskHandle",
        "+initWithIdentifier:name:delegate: identifier name delegate setDelegate:"},
       {"ZEBSafeOperation",
@@ -163,6 +163,8 @@ TEST(Registration, MessagesReachObjectsOfAllClasses) {
   const Block<void()> look = [&] { calls = send<bool>(thread, "isCurrentThread"_sel) ? 5 : 0; };
   send(thread, "performBlock:synchronous:"_sel, look, true);
   send(thread, "cancel"_sel);
+  const auto queue = sendTo("ZEBBackgroundQueue", "sharedBackgroundQueue"_sel);
+  EXPECT_TRUE(queue == sendTo("ZEBBackgroundQueue", "sharedBackgroundQueue"_sel));
   const Value task = sendTo("ZEBMainThreadRunLoopDeferredTask", "initWithTask:"_sel, block);
   send<Block<void()>>(task, "task"_sel)();
   const Value operation = sendTo("ZEBSafeBlockOperation", "blockOperationWithBlock:"_sel, block);

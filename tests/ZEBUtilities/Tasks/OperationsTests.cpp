@@ -3,6 +3,7 @@
 #include <ZEBUtilities/Tasks.h>
 
 #include "Support/Support.h"
+#include "Support/Track.h"
 
 namespace zeb::test {
 
@@ -105,46 +106,25 @@ TEST(ZEBSafeOperation, ReleasesItsCompletionBlock) {
   EXPECT_EQ(completions, 3);
 }
 
-struct Receiver : NSObject {
-  static Class* runtimeClass() {
-    static Class* const cls = registerClass(
-        "Receiver", {method("add:", [](Receiver&, int summand) { return 40 + summand; }),
-                     method("clear", &Receiver::clear)});
-    return cls;
-  }
-  Class* classObject() const override { return runtimeClass(); }
-  void clear() {}
-};
-
 TEST(NSInvocationOperation, SendsAMessage) {
   using Operation = NSInvocationOperation;
-  auto receiver = makeRef<Receiver>();
-  const WeakRef<Receiver> weak(receiver);
-  const auto add = makeRef<Operation>(receiver, "add:"_sel, 2);
-  const auto clear = makeRef<Operation>(receiver, "clear"_sel);
-  receiver = nullptr;
-  add->start();
-  EXPECT_EQ(add->result(), 42);
-  clear->start();
-  EXPECT_TRUE(clear->result().isNil());
+  auto track = Track::trackWithTitle("old");
+  const WeakRef<Track> weak(track);
+  const auto set = makeRef<Operation>(track, "setTitle:"_sel, "new");
+  const auto get = makeRef<Operation>(track, "title"_sel);
+  track = nullptr;
+  set->start();
+  EXPECT_TRUE(set->result().isNil());
+  get->start();
+  EXPECT_EQ(get->result(), "new");
   EXPECT_FALSE(weak.lock()) << "the target is kept until the last one has run";
-
   EXPECT_EQ(raisedName([&] { return makeRef<Operation>(nullptr, SEL()); }),
             NSInvalidArgumentException);
-  for (const auto& empty : {makeRef<Operation>(nullptr, "add:"_sel),
-                            makeRef<Operation>(Ref<Receiver>(), &Receiver::clear)}) {
+  for (const auto& empty : {makeRef<Operation>(nullptr, "title"_sel),
+                            makeRef<Operation>(Ref<NSOperation>(), &NSOperation::cancel)}) {
     empty->start();
     EXPECT_TRUE(empty->isFinished() && empty->result().isNil());
   }
-}
-
-TEST(ZEBBackgroundQueue, IsOneSerialQueue) {
-  std::vector<int> order;
-  for (int i = 0; i < 100; ++i) {
-    dispatch_async(ZEBBackgroundQueue::sharedBackgroundQueue(), [&, i] { order.push_back(i); });
-  }
-  dispatch_sync(ZEBBackgroundQueue::sharedBackgroundQueue(), [] {});
-  EXPECT_TRUE(order.size() == 100 && std::ranges::is_sorted(order));
 }
 
 TEST(ZEBBackgroundTaskHandle, NotifiesItsDelegateWhenDestroyed) {
