@@ -220,7 +220,7 @@ TEST(JsonReader, IdleThreadsKeepLittleWorkingMemory) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "Sanitizers keep freed memory and memory of their own resident.";
 #endif
-  constexpr std::size_t threads = 24;
+  constexpr int threads = 24;
   // Whose tree is nothing, but whose places take four bytes each while it is read.
   const std::string text = "[" + std::string(std::size_t{5} << 18, ',');
   const auto residentBytes = [] {
@@ -229,19 +229,18 @@ TEST(JsonReader, IdleThreadsKeepLittleWorkingMemory) {
     return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
   };
   const std::size_t before = residentBytes();
+  std::size_t growth = 0;
   std::latch haveRead(threads), measured(1);
-  std::vector<std::thread> readers;
-  for (std::size_t i = 0; i < threads; ++i) {
-    readers.emplace_back([&] {
+  storm(threads + 1, [&](int thread, std::mt19937&) {
+    if (thread < threads) {
       EXPECT_TRUE(read(text).isNil());
       haveRead.count_down();
-      measured.wait();
-    });
-  }
-  haveRead.wait();
-  const std::size_t growth = residentBytes() - before;
-  measured.count_down();
-  for (std::thread& reader : readers) reader.join();
+      return measured.wait();
+    }
+    haveRead.wait();
+    growth = residentBytes() - before;
+    measured.count_down();
+  });
   constexpr std::size_t shared = std::size_t{32} << 20;
   constexpr std::size_t each = std::size_t{1} << 20;
   EXPECT_LT(growth, shared + threads * each);
@@ -270,37 +269,35 @@ std::string encoded(std::u16string_view text, const Form& form) {
   return bytes;
 }
 
-TEST(JsonEncoding, EveryFormReadsTheSameWithAndWithoutMark) {
+TEST(JsonEncoding, EveryFormReadsAndFailsTheSameWithAndWithoutMark) {
+  // What is before the fault, the rest, and the position.
+  const std::tuple<std::u16string, std::u16string, const char*> faults[] = {
+      {u"[\n\"\U0001F600\u00E9\", ", u"x]", "line 2, column 7"},
+      {u"[\"", u"\xD83Dx\"]", "line 1, column 3"},
+      {u"[\"", u"\xDE00\"]", "line 1, column 3"},
+      {u"[\"", u"\xD83D\xD83D\"]", "line 1, column 3"}};
+  NSError error;
   for (const Form& form : forms) {
     for (const std::u16string mark : {u"", u"\uFEFF"}) {
       SCOPED_TRACE(&form - forms);
-      NSError error;
       const std::string whole = encoded(mark + u"[\"\u00E9\u20AC\U0001F600\"]", form);
-      EXPECT_EQ(read(whole, fragments, &error), NSArray{"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"});
-      EXPECT_TRUE(read(encoded(mark + u"7", form), fragments, &error) == 7 && error.isNil());
+      EXPECT_EQ(read(whole), NSArray{"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"});
+      EXPECT_EQ(read(encoded(mark + u"7", form)), 7);
       for (std::size_t length = 0; length < whole.size(); ++length) {
         EXPECT_TRUE(read(whole.substr(0, length)).isNil()) << length;
       }
-      const std::u16string before = mark + u"[\n\"\U0001F600\u00E9\", ";
-      EXPECT_TRUE(read(encoded(before + u"x]", form), fragments, &error).isNil());
-      constexpr auto message = "A value was expected at line 2, column 7 (byte offset %zu).";
-      const auto expected = NSString::stringWithFormat(message, encoded(before, form).size());
-      EXPECT_EQ(error.localizedDescription(), expected);
+      for (const auto& [start, rest, position] : faults) {
+        const char* fault = rest == u"x]"        ? "A value was expected"
+                            : form.unitSize == 1 ? "Malformed UTF-8"
+                                                 : "Malformed UTF-16 or UTF-32";
+        const std::u16string before = mark + start;
+        EXPECT_TRUE(read(encoded(before + rest, form), fragments, &error).isNil());
+        const auto expected = NSString::stringWithFormat("%s at %s (byte offset %zu).", fault,
+                                                         position, encoded(before, form).size());
+        EXPECT_EQ(error.localizedDescription(), expected);
+      }
     }
   }
-}
-
-TEST(JsonEncoding, MalformedUnitsAreReportedAtTheirPlace) {
-  for (const std::u16string text : {u"[\"\xD83Dx\"]", u"[\"\xDE00\"]", u"[\"\xD83D\xD83D\"]"}) {
-    for (const Form& form : {forms[1], forms[2], forms[3], forms[4]}) {
-      NSError error;
-      EXPECT_TRUE(read(encoded(text, form), fragments, &error).isNil());
-      const auto place =
-          "line 1, column 3 (byte offset " + std::to_string(2 * form.unitSize) + ").";
-      EXPECT_EQ(error.what(), "Malformed UTF-16 or UTF-32 at " + place);
-    }
-  }
-  NSError error;
   EXPECT_TRUE(read(std::string_view("[\0\0\0\0\0\x11\0", 8), fragments, &error).isNil())
       << "beyond U+10FFFF";
   EXPECT_STREQ(error.what(), "Malformed UTF-16 or UTF-32 at line 1, column 2 (byte offset 4).");

@@ -14,12 +14,15 @@ enum class Color : std::uint8_t { red, green };
 using AnyMood = ZEBRawValueEnumCodable<Mood>;
 using AnyColor = ZEBRawValueEnumCodable<Color>;
 
-/// Equal by content.
-struct Ticket {
-  static const char* encodableName() { return "Ticket"; }
-  void encode(ZEBEncoder&) const {}
-  bool operator==(const Ticket&) const = default;
-  std::size_t number;
+/// An object with one field of any type.
+template <class T>
+struct Holder {
+  static const char* encodableName() { return "Holder"; }
+  explicit Holder(T held) : value(std::move(held)) {}
+  explicit Holder(ZEBDecoder& decoder) : value(decoder.decodeObjectForKey<T>("v")) {}
+  void encode(ZEBEncoder& encoder) const { encoder.encodeObject(value, "v"); }
+  bool operator==(const Holder&) const = default;
+  T value;
 };
 
 }  // namespace zeb::test
@@ -36,21 +39,13 @@ struct zeb::ZEBRawValueEnumTraits<zeb::test::Color> {
                                     std::pair{test::Color::green, "g"}};
 };
 template <>
-struct std::hash<zeb::test::Ticket> {
-  std::size_t operator()(const zeb::test::Ticket& ticket) const { return ticket.number; }
+struct std::hash<zeb::test::Holder<int>> {
+  std::size_t operator()(const zeb::test::Holder<int>& holder) const {
+    return static_cast<std::size_t>(holder.value);
+  }
 };
 
 namespace zeb::test {
-
-/// An object with one field of any type.
-template <class T>
-struct Holder {
-  static const char* encodableName() { return "Holder"; }
-  explicit Holder(T held) : value(std::move(held)) {}
-  explicit Holder(ZEBDecoder& decoder) : value(decoder.decodeObjectForKey<T>("v")) {}
-  void encode(ZEBEncoder& encoder) const { encoder.encodeObject(value, "v"); }
-  T value;
-};
 
 /// The same as a shared object. Its large stack frames soon fill a small stack.
 struct Node : ZEBObjCEncodable {
@@ -384,9 +379,9 @@ Ref<DecodingBuilder> builderOf(const char* text) {
 }
 
 TEST(Encodable, ObjectsOfContentAreHashedByIt) {
-  const auto ticket = [](std::size_t number) { return ZEBEncodable(Ticket{number}).value(); };
-  EXPECT_TRUE(ticket(1) == ticket(1) && ticket(1).hash() == ticket(1).hash());
-  EXPECT_TRUE(ticket(1) != ticket(2) && ticket(1).hash() != ticket(2).hash());
+  const Value one = ZEBEncodable(Holder(1)).value(), twin = ZEBEncodable(Holder(1)).value();
+  const Value two = ZEBEncodable(Holder(2)).value();
+  EXPECT_TRUE(one == twin && one.hash() == twin.hash() && one != two && one.hash() != two.hash());
 }
 
 TEST(Registry, TheLaterEntryAndTheFrontRegistryWin) {

@@ -192,43 +192,40 @@ TEST_F(ObservableTest, TakesAnyTypeSharesOneValueAndKeepsTheLastAccepted) {
 /// The threads push, observe, remove and drop, also from callbacks; tokens die while they are
 /// delivered to.
 TEST_F(ObservableTest, StandsAStorm) {
+  using Token = Ref<Observer<int>>;
   std::atomic<int> deaths = 0, made = 0, calls = 0, ended = 0;
+  std::mutex mutex;
+  std::vector<Token> tokens(400);
+  const auto exchange = [&](std::size_t index, Token token = nullptr) {
+    const std::lock_guard guard(mutex);
+    return std::exchange(tokens[index % tokens.size()], std::move(token));
+  };
   {
     auto [input, observable] = Observable<int>::create(0, [&](std::intptr_t) { ++ended; });
     const Ref<ObserverQueue> queues[] = {
         makeRef<ObserverQueue>(dispatch_queue_create("one")),
         makeRef<ObserverQueue>(dispatch_queue_create("two", DispatchQueueKind::concurrent))};
-    using Token = Ref<Observer<int>>;
-    struct Tokens {
-      Token exchange(std::size_t index, Token token = nullptr) {
-        const detail::LockGuard guard(lock);
-        return std::exchange(all[index % 100], std::move(token));
-      }
-      detail::Lock lock;
-      Token all[100];
-    };
     storm(4, [&, pushed = input, source = observable](int, std::mt19937& random) {
-      const auto tokens = std::make_shared<Tokens>();
       Ref<Observable<int>> derived;
       for (int step = 0; step < 2000; ++step) {
         const std::size_t index = random();
         const auto action = random() % 5;
         if (action == 0) {
           ++made;
-          const auto update = [&calls, pushed, index, probe = makeRef<Probe>(deaths),
-                               weakTokens = std::weak_ptr(tokens), act = random() % 4](int value) {
+          const auto update = [&, pushed, index, probe = makeRef<Probe>(deaths),
+                               act = random() % 4](int value) {
             EXPECT_TRUE(probe->isAlive);
             ++calls;
             if (act == 0 && value % 64 == 1) pushed.update(2);
-            if (const auto mine = act == 1 ? weakTokens.lock() : nullptr) mine->exchange(index);
+            if (act == 1) exchange(index);
           };
-          tokens->exchange(index, source->observe(queues[random() % 2], update));
+          exchange(index, source->observe(queues[random() % 2], update));
         } else if (action == 1) {
-          tokens->exchange(index);
+          exchange(index);
         } else if (action == 2) {
-          const Token token = tokens->exchange(index);
+          const Token token = exchange(index);
           source->remove(token);
-          tokens->exchange(index, token);
+          exchange(index, token);
         } else if (action == 4) {
           pushed.update(step);
         } else if (step % 10 == 0) {
@@ -237,6 +234,7 @@ TEST_F(ObservableTest, StandsAStorm) {
       }
     });
   }
+  for (std::size_t i = 0; i < tokens.size(); ++i) exchange(i);
   waitUntil([&] { return ended == 1 && deaths == made; }, "all have ended");
   EXPECT_GT(calls, 1000);
 }
