@@ -1,4 +1,3 @@
-#include <map>
 
 #include "Support/HeldQueue.h"
 #include "Support/Storm.h"
@@ -151,14 +150,14 @@ TEST_F(ObservableTest, ChainsMayBeAsLongAsTheyLike) {
 
 TEST_F(ObservableTest, UsesTheMainQueueUnlessToldOtherwise) {
   auto [input, observable] = Observable<int>::create(1);
-  std::map<std::string, int> calls;
-  const auto note = [&](const char* what) { return calls[what] += isMainThread(); };
-  const auto mapped = observable->map([&](int) { return note("map"); });
-  const auto filtered = observable->filter([&](int) { return note("filter") > 1; });
-  const auto token = observable->observe([&](int) { note("observe"); });
-  const auto mappedToken = mapped->observe(nullptr, [&](int) { note("mapped"); });
+  std::string calls;
+  const auto note = [&](char call) { return calls += isMainThread() ? call : '!', true; };
+  const auto derived =
+      observable->map([&](int) { return note('m'); })->filter([&](bool) { return note('f'); });
+  const auto token = derived->observe([&](bool) { note('o'); });
+  const auto other = derived->observe(nullptr, [&](bool) { note('o'); });
   runMainQueueUntil([&] { return calls.size() == 4; });
-  for (const auto& [call, count] : calls) EXPECT_EQ(count, 1) << call;
+  EXPECT_EQ(calls, "mfoo");
   EXPECT_EQ(ObserverQueue::mainQueue(), ObserverQueue::mainQueue());
   EXPECT_EQ(raisedName([] { (void)makeRef<ObserverQueue>(nullptr); }), NSInvalidArgumentException);
 }
