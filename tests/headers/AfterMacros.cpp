@@ -26,10 +26,7 @@
 #endif
 
 // C headers
-#undef major
-#define major(device) ((device) >> 8)
-#undef minor
-#define minor(device) ((device) & 255)
+#include <sys/sysmacros.h>
 #undef linux
 #define linux 1
 #undef unix

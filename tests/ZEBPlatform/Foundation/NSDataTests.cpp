@@ -90,16 +90,6 @@ TEST(NSData, Base64) {
     EXPECT_EQ(dataOf(bytes).base64EncodedString(), text);
     EXPECT_EQ(NSData::dataWithBase64EncodedString(text), dataOf(bytes)) << text;
   }
-  std::mt19937 random(3);
-  for (std::size_t length = 0; length < 100; ++length) {
-    NSMutableData data;
-    data.setLength(length);
-    for (std::byte& byte : data.mutableBytes()) byte = static_cast<std::byte>(random());
-    EXPECT_EQ(NSData::dataWithBase64EncodedString(data.base64EncodedString()), data);
-  }
-  NSMutableString onceWide("\xC3\xA9"_ns);
-  onceWide.setString("Zm9v");
-  EXPECT_EQ(NSData::dataWithBase64EncodedString(onceWide), dataOf("foo"));
   for (const char* text :
        {"Z", "Zg", "Zg=", "Zh==", "Zm9=", "Zg===", "=", "==", "====", "=Zg=", "Zg=a",
         "Z===", "Zg==Zg==", "Zm9v\n", "Zm 9v", " Zm9v", "Zm9-", "Zm9_", "Zm\xC3\xA9v"}) {

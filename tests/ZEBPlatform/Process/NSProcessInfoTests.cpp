@@ -25,9 +25,9 @@ TEST(NSProcessInfo, AgreesWithTheSystem) {
   EXPECT_TRUE(
       NSString(system.release).hasPrefix(NSString::stringWithFormat("%lld.%lld", major, minor)))
       << major;
-  EXPECT_TRUE(info->isOperatingSystemAtLeastVersion({major, minor, patch}));
-  EXPECT_TRUE(info->isOperatingSystemAtLeastVersion({major - 1, 99, 99}));
-  EXPECT_FALSE(info->isOperatingSystemAtLeastVersion({major, minor + 1, 0}));
+  EXPECT_TRUE(info->isOperatingSystemAtLeastVersion({major, minor, patch}) &&
+              info->isOperatingSystemAtLeastVersion({major - 1, 99, 99}) &&
+              !info->isOperatingSystemAtLeastVersion({major, minor + 1, 0}));
   EXPECT_TRUE(info->operatingSystemVersionString().containsString(system.release));
 }
 

@@ -278,35 +278,32 @@ TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensionsOnly) {
 TEST(ZEBTimer, SurvivesAllCallsAtOnce) {
   const auto queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   for (int round = 0; round < 30; ++round) {
-    std::atomic<int> deaths = 0;
-    std::atomic<int> firings = 0;
-    {
-      const auto timer = makeRef<ZEBTimer>(
-          NSDate::date(), 10us,
-          [&, probe = makeRef<Probe>(deaths)](const Ref<ZEBTimer>&) { ++firings; }, true, pause);
-      timer->applyToQueue(queue);
-      storm(4, [&](int thread, std::mt19937&) {
-        for (int i = 0; i < 50; ++i) {
-          if (thread == 0) {
-            goToBackground();
-            comeBack();
-          } else if (thread == 1) {
-            timer->setFireDate(NSDate::date());
-            timer->setTolerance(timer->tolerance() + 0.001);
-          } else if (thread == 2) {
-            timer->fire();
-            timer->applyToQueue(queue);
-            timer->setBlock(timer->block());
-          }
+    std::atomic<int> deaths = 0, firings = 0;
+    auto timer = makeRef<ZEBTimer>(
+        NSDate::date(), 10us,
+        [&, probe = makeRef<Probe>(deaths)](const Ref<ZEBTimer>&) { ++firings; }, true, pause);
+    timer->applyToQueue(queue);
+    storm(4, [&](int thread, std::mt19937&) {
+      for (int i = 0; i < 50; ++i) {
+        if (thread == 0) {
+          goToBackground();
+          comeBack();
+        } else if (thread == 1) {
+          timer->setFireDate(NSDate::date());
+          timer->setTolerance(timer->tolerance() + 0.001);
+        } else if (thread == 2) {
+          timer->fire();
+          timer->applyToQueue(queue);
+          timer->setBlock(timer->block());
         }
-        if (thread != 3) return;
-        waitUntil([&] { return firings >= 50; }, "the timer has fired 50 times");
-        timer->invalidate();
-        EXPECT_FALSE(timer->isValid());
-      });
-      EXPECT_FALSE(timer->isValid());
-      timer->setBlock(nullptr);
-    }
+      }
+      if (thread != 3) return;
+      waitUntil([&] { return firings >= 50; }, "the timer has fired 50 times");
+      timer->invalidate();
+    });
+    EXPECT_FALSE(timer->isValid());
+    timer->setBlock(nullptr);
+    timer = nullptr;
     waitUntil([&] { return deaths == 1; }, "the block is released");
   }
 }
