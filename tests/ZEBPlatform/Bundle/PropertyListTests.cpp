@@ -30,7 +30,7 @@ std::string repeated(const std::string& text, int times) {
 }
 
 /// A binary document of at most 255 objects as they are written, with references of one byte.
-std::string binary(const std::vector<std::string>& objects, int root = 0) {
+std::string binary(const std::vector<std::string>& objects) {
   std::string document = "bplist00";
   std::string offsets;
   for (const std::string& object : objects) {
@@ -38,13 +38,9 @@ std::string binary(const std::vector<std::string>& objects, int root = 0) {
     document += object;
   }
   const std::size_t table = document.size();
-  std::string trailer(32, '\0');
-  trailer[6] = 2;
-  trailer[7] = 1;
-  trailer[15] = static_cast<char>(objects.size());
-  trailer[23] = static_cast<char>(root);
-  trailer[30] = static_cast<char>(table >> 8);
-  trailer[31] = static_cast<char>(table);
+  const std::string trailer = "\0\0\0\0\0\0\2\1\0\0\0\0\0\0\0"s +
+                              static_cast<char>(objects.size()) + std::string(14, '\0') +
+                              static_cast<char>(table >> 8) + static_cast<char>(table);
   return document + offsets + trailer;
 }
 

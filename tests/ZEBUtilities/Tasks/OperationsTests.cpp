@@ -36,28 +36,24 @@ std::string dependencies(const Operations& operations) {
 }
 
 TEST(OperationDependencyGraph, AddsTheDeclaredDependencies) {
-  const auto check = [](const auto& declare) {
-    Operations all;
-    for (const char* name : {"a", "b", "c", "d", "e"}) all.push_back(makeRef<Named>(name));
-    const Graph graph = declare(all[0], all[1], all[2], all[3], all[4]);
+  const Operations all{makeRef<Named>("a"), makeRef<Named>("b"), makeRef<Named>("c"),
+                       makeRef<Named>("d"), makeRef<Named>("e")};
+  const auto &a = all[0], &b = all[1], &c = all[2], &d = all[3], &e = all[4];
+  const auto established = [&](const Graph& graph) {
     EXPECT_EQ(dependencies(all), "") << "no dependencies before establishDependencies";
     graph.establishDependencies();
-    return dependencies(all);
+    const std::string text = dependencies(all);
+    for (const auto& each : all) {
+      for (const auto& other : each->dependencies()) each->removeDependency(other);
+    }
+    return text;
   };
-  using R = const Ref<NSOperation>&;
-  EXPECT_EQ(check([](R a, R b, R c, R d, R e) {
-              return dependingOn(e, Operations{c, d}).dependingOn(Operations{a, b});
-            }),
+  EXPECT_EQ(established(dependingOn(e, Operations{c, d}).dependingOn(Operations{a, b})),
             "c<ab d<ab e<cd ");
-  EXPECT_EQ(check([](R a, R b, R c, R, R) {
-              return dependingOn(c, nullptr, b).dependingOn(nullptr, a, nullptr);
-            }),
-            "b<a c<b ");
-  EXPECT_EQ(check([](R, R b, R, R, R) { return dependingOn(nullptr, b).dependingOn(); }), "");
-  EXPECT_EQ(check([](R a, R b, R c, R d, R e) {
-              return Graph({a}, {Graph({b, c}, {Graph(d)}), Graph(e), Graph({c, b}, {}),
-                                 Graph({b, c}, {Graph(e)})});
-            }),
+  EXPECT_EQ(established(dependingOn(c, nullptr, b).dependingOn(nullptr, a, nullptr)), "b<a c<b ");
+  EXPECT_EQ(established(dependingOn(nullptr, b).dependingOn()), "");
+  EXPECT_EQ(established(Graph({a}, {Graph({b, c}, {Graph(d)}), Graph(e), Graph({c, b}, {}),
+                                    Graph({b, c}, {Graph(e)})})),
             "b<a c<a d<bc e<bca ");
 }
 

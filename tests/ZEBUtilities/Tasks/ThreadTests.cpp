@@ -9,27 +9,20 @@
 
 namespace zeb::test {
 
-/// Lets seconds pass until a thread's exit is announced; returns the notification's object.
-Value objectOfNextExit(FakeClock& clock) {
-  std::vector<Value> objects;
-  const auto token = NSNotificationCenter::defaultCenter()->addObserverForName(
-      ZEBThreadWillExitNotification, nullptr, nullptr,
-      [&](const Ref<NSNotification>& notification) {
-        EXPECT_TRUE(NSThread::currentThread()->isMainThread());
-        objects.push_back(notification->object());
-      });
-  waitUntil([&] { return !objects.empty(); }, "a thread's exit is announced",
-            [&] { clock.advance(1), runOnce(); });
-  NSNotificationCenter::defaultCenter()->removeObserver(token);
-  return objects.front();
-}
-
 void acquire(std::binary_semaphore& semaphore, FakeClock& clock, const char* expected) {
   waitUntil([&] { return semaphore.try_acquire(); }, expected, [&] { clock.advance(1); });
 }
 
 TEST(ZEBThread, RunsBlocksInOrderUntilItIsCancelled) {
   FakeClock clock;
+  const auto& center = NSNotificationCenter::defaultCenter();
+  std::vector<Value> ended;
+  const auto token = center->addObserverForName(
+      ZEBThreadWillExitNotification, nullptr, nullptr, [&](const auto& notification) {
+        EXPECT_TRUE(NSThread::currentThread()->isMainThread());
+        ended.push_back(notification->object());
+      });
+  const auto pass = [&] { clock.advance(1), runOnce(); };
   auto thread = makeRef<ZEBThread>();
   thread->setName("worker");
   EXPECT_FALSE(thread->isCurrentThread());
@@ -64,14 +57,15 @@ TEST(ZEBThread, RunsBlocksInOrderUntilItIsCancelled) {
   mayContinue.release();
   acquire(isReleased, clock, "a caller continues although its block is skipped");
   const WeakRef<ZEBThread> weakThread(std::exchange(thread, nullptr));
-  EXPECT_EQ(objectOfNextExit(clock), Value("worker")) << "the name, not the thread";
+  waitUntil([&] { return ended.size() == 1 && !weakThread.lock(); }, "the thread has ended", pass);
   EXPECT_EQ(log, "abcd");
-  waitUntil([&] { return !weakThread.lock(); }, "the thread has released its object");
 
   const auto idle = makeRef<ZEBThread>();
   idle->performBlockSync([] {});
   idle->cancel();
-  EXPECT_TRUE(objectOfNextExit(clock).isNil()) << "it had no name";
+  waitUntil([&] { return ended.size() == 2; }, "the idle thread has ended", pass);
+  EXPECT_EQ(ended, (std::vector<Value>{"worker", nullptr})) << "the names, not the threads";
+  center->removeObserver(token);
 }
 
 using DeferredTask = ZEBMainThreadRunLoopDeferredTask;
