@@ -25,10 +25,8 @@ TEST(FrameworkLoading, OpensAFrameworkByAnyOfItsNames) {
     NSError error("untouched", 1);
     const ZEBLibraryHandle handle = ZEBLoadFramework(name, RTLD_NOW, directories, &error);
     ASSERT_TRUE(handle) << name << error;
-    EXPECT_NE(symbolInSharedObject(handle, "UIApplicationWillEnterForegroundNotification"),
-              nullptr);
-    EXPECT_EQ(symbolInSharedObject(handle, "UIApplicationMain"), nullptr);
-    EXPECT_EQ(symbolInSharedObject(handle, nullptr), nullptr);
+    EXPECT_FALSE(symbolInSharedObject(handle, "UIApplicationMain") ||
+                 symbolInSharedObject(handle, nullptr));
     EXPECT_TRUE(ZEBUnloadFramework(handle, &error) && error == NSError("untouched", 1));
   }
 }

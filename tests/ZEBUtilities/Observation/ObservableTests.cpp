@@ -101,7 +101,7 @@ TEST_F(ObservableTest, LivesAsLongAsSomebodyHoldsItAndSaysGoodbye) {
     ++ends;
   });
   const std::intptr_t address = observable->hashValue();
-  Values values, lateValues;
+  Values values;
   auto token = observable->observe(queue, into(values));
   auto derived = observable->filter(queue, [](int) { return true; });
   const Value asKey = observable;
@@ -124,10 +124,10 @@ TEST_F(ObservableTest, LivesAsLongAsSomebodyHoldsItAndSaysGoodbye) {
   std::thread::id thread;
   auto [secondInput, second] =
       Observable<int>::create(1, [&](std::intptr_t) { thread = std::this_thread::get_id(); });
-  std::jthread last([released = std::move(second)]() mutable { released = nullptr; });
-  const std::thread::id expected = last.get_id();
-  last.join();
-  EXPECT_EQ(thread, expected);
+  std::thread([released = std::move(second), &thread]() mutable {
+    released = nullptr;
+    EXPECT_EQ(thread, std::this_thread::get_id());
+  }).join();
 }
 
 TEST_F(ObservableTest, ChainsMayBeAsLongAsTheyLike) {
