@@ -12,14 +12,7 @@ const NSDate date = NSDate::dateWithTimeIntervalSince1970(7);
 const NSDictionary none = NSDictionary::dictionary();
 
 /// Values of all kinds but strings and numbers, which alone have numeric readings.
-const NSArray unreadable{NSNull::null(),
-                         none,
-                         url,
-                         date,
-                         NSMutableArray(),
-                         NSMutableSet(),
-                         NSMutableDictionary(),
-                         NSData::data(),
+const NSArray unreadable{NSNull::null(),        none, url, date, NSMutableArray(), NSData::data(),
                          makeRef<Probe>(deaths)};
 
 NSArray parsed(std::string_view json) {
