@@ -22,6 +22,8 @@ TEST(ZEBThread, RunsBlocksInOrderUntilItIsCancelled) {
         EXPECT_TRUE(NSThread::currentThread()->isMainThread());
         ended.push_back(notification->object());
       });
+  // Also a thread of another test may end now.
+  const auto hasEnded = [&](const Value& name) { return std::ranges::count(ended, name) > 0; };
   const auto pass = [&] { clock.advance(1), runOnce(); };
   auto thread = makeRef<ZEBThread>();
   thread->setName("worker");
@@ -57,14 +59,13 @@ TEST(ZEBThread, RunsBlocksInOrderUntilItIsCancelled) {
   mayContinue.release();
   acquire(isReleased, clock, "a caller continues although its block is skipped");
   const WeakRef<ZEBThread> weakThread(std::exchange(thread, nullptr));
-  waitUntil([&] { return ended.size() == 1 && !weakThread.lock(); }, "the thread has ended", pass);
+  waitUntil([&] { return hasEnded("worker") && !weakThread.lock(); }, "the thread has ended", pass);
   EXPECT_EQ(log, "abcd");
 
   const auto idle = makeRef<ZEBThread>();
   idle->performBlockSync([] {});
   idle->cancel();
-  waitUntil([&] { return ended.size() == 2; }, "the idle thread has ended", pass);
-  EXPECT_EQ(ended, (std::vector<Value>{"worker", nullptr})) << "the names, not the threads";
+  waitUntil([&] { return hasEnded(nullptr); }, "the idle thread has ended", pass);
   center->removeObserver(token);
 }
 
