@@ -1,15 +1,12 @@
 #include <ZEBPlatform/Dispatch/detail/MainQueue.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/Operations/NSBlockOperation.h>
-#include <ZEBPlatform/Operations/NSOperationQueue.h>
-#include <gtest/gtest.h>
+#include <ZEBPlatform/Operations.h>
 
 #include <latch>
 
 #include "Support/Storm.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
 TEST(NSOperationQueue, TakesTheMostImportantFirst) {
   const auto queue = makeRef<NSOperationQueue>();
@@ -28,7 +25,7 @@ TEST(NSOperationQueue, TakesTheMostImportantFirst) {
 
 TEST(NSOperationQueue, RunsAsManyAtOnceAsItMay) {
   const auto queue = makeRef<NSOperationQueue>();
-  EXPECT_EQ(test::raisedName([&] { queue->setMaxConcurrentOperationCount(-2); }),
+  EXPECT_EQ(raisedName([&] { queue->setMaxConcurrentOperationCount(-2); }),
             NSInvalidArgumentException);
   for (const int limit : {1, 3}) {
     queue->setMaxConcurrentOperationCount(0);
@@ -64,7 +61,7 @@ TEST(NSOperationQueue, WaitsSuspendedAndOutlivesItsOwner) {
     EXPECT_TRUE(queue->operations().size() == 100 && ran == 0);
     queue->setSuspended(false);
     queue = nullptr;
-    test::waitUntil([&] { return !weak.lock(); }, "the last operation releases its queue");
+    waitUntil([&] { return !weak.lock(); }, "the last operation releases its queue");
     EXPECT_EQ(ran, isCancelled ? 0 : 100);
   }
 }
@@ -98,7 +95,7 @@ TEST(NSOperationQueue, RunsBarriersAlone) {
   earlier->addDependency(later);
   queue->addOperation(earlier);
   queue->addBarrierBlock([] {});
-  EXPECT_EQ(test::raisedName([&] { queue->addOperation(later); }), NSInvalidArgumentException)
+  EXPECT_EQ(raisedName([&] { queue->addOperation(later); }), NSInvalidArgumentException)
       << "it would wait for the barrier, which waits for what waits for it";
   earlier->removeDependency(later);
   queue->waitUntilAllOperationsAreFinished();
@@ -109,17 +106,15 @@ TEST(NSOperationQueue, KnowsWhereItRuns) {
   queue->setUnderlyingQueue(dispatch_queue_create("serial"));
   queue->setSuspended(true);
   int order = 0;
+  const auto look = [&] { EXPECT_EQ(NSOperationQueue::currentQueue(), queue); };
   for (int i = 0; i < 10; ++i) {
     queue->addOperationWithBlock([&, i] {
-      makeRef<NSBlockOperation>([&] {
-        EXPECT_EQ(NSOperationQueue::currentQueue(), queue);
-      })->start();
+      makeRef<NSBlockOperation>(look)->start();
       EXPECT_EQ(order++, i) << "the underlying queue is serial";
     });
   }
   for (const dispatch_queue_t& other : {dispatch_queue_t(), dispatch_get_main_queue()}) {
-    EXPECT_EQ(test::raisedName([&] { queue->setUnderlyingQueue(other); }),
-              NSInvalidArgumentException);
+    EXPECT_EQ(raisedName([&] { queue->setUnderlyingQueue(other); }), NSInvalidArgumentException);
   }
   queue->setSuspended(false);
   queue->waitUntilAllOperationsAreFinished();
@@ -134,22 +129,21 @@ TEST(NSOperationQueue, KnowsWhereItRuns) {
     mainQueue->addOperationWithBlock(
         [&] { EXPECT_EQ(NSOperationQueue::currentQueue(), mainQueue); });
   }).join();
-  test::waitUntil([&] { return mainQueue->operationCount() == 0; }, "the main queue is empty",
-                  detail::runMainQueue);
+  waitUntil([&] { return mainQueue->operationCount() == 0; }, "the main queue is empty",
+            detail::runMainQueue);
 }
 
 /// Graphs over two queues. While they start, their operations are cancelled, waited for and
 /// released, and dependencies are added and removed.
 TEST(NSOperationQueue, StandsAStorm) {
   std::atomic<int> deaths = 0, made = 0, completions = 0;
-  test::storm(4, [&](int, std::mt19937& random) {
+  storm(4, [&](int, std::mt19937& random) {
     const Ref<NSOperationQueue> queues[]{makeRef<NSOperationQueue>(), makeRef<NSOperationQueue>()};
     queues[1]->setMaxConcurrentOperationCount(2);
     for (int round = 0; round < 20; ++round) {
-      std::vector<Ref<NSOperation>> graph;
+      std::vector<Ref<NSOperation>> graph(60);
       for (std::size_t i = 0; i < 60; ++i, ++made) {
-        graph.push_back(makeRef<NSBlockOperation>(
-            [probe = makeRef<test::Probe>(deaths)] { EXPECT_TRUE(probe->isAlive); }));
+        graph[i] = makeRef<NSBlockOperation>([probe = makeRef<Probe>(deaths)] {});
         graph[i]->setCompletionBlock([&completions] { ++completions; });
         for (int edge = 0; edge < 3 && i > 0; ++edge) graph[i]->addDependency(graph[random() % i]);
       }
@@ -170,9 +164,8 @@ TEST(NSOperationQueue, StandsAStorm) {
     }
     for (const auto& queue : queues) queue->waitUntilAllOperationsAreFinished();
   });
-  test::waitUntil([&] { return completions == made && deaths == made; },
-                  "all operations have completed and are released");
+  waitUntil([&] { return completions == made && deaths == made; },
+            "all operations have completed and are released");
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

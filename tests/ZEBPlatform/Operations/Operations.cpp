@@ -1,11 +1,7 @@
 #include <ZEBPlatform/Dispatch/detail/MainQueue.h>
-#include <ZEBPlatform/Operations/NSBlockOperation.h>
-#include <ZEBPlatform/Operations/NSInvocationOperation.h>
-#include <ZEBPlatform/Operations/NSOperationQueue.h>
-#include <gtest/gtest.h>
+#include <ZEBPlatform/Operations.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <latch>
 #include <regex>
 #include <set>
@@ -13,61 +9,43 @@
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
-using namespace std::string_literals;
 using Operations = std::vector<Ref<NSOperation>>;
 
-Ref<NSOperation> operation(Block<void()> block = [] {}) {
+static Ref<NSOperation> operation(Block<void()> block = [] {}) {
   return NSBlockOperation::blockOperationWithBlock(std::move(block));
 }
 
-Ref<NSOperation> named(const char* name) {
+static Ref<NSOperation> named(const char* name) {
   const auto made = operation();
   made->setName(name);
   return made;
 }
 
-/// The text of the NSException that the call throws.
-template <class Call>
-std::string raised(const Call& call) {
-  try {
-    call();
-  } catch (const NSException& exception) {
-    return exception.what();
-  }
-  return "nothing";
-}
-
-std::string state(const NSOperation& operation) {
-  std::string text;
-  if (operation.isReady()) text += "ready ";
-  if (operation.isExecuting()) text += "executing ";
-  if (operation.isCancelled()) text += "cancelled ";
-  if (operation.isFinished()) text += "finished ";
-  return text;
+static std::string state(const NSOperation& operation) {
+  return std::string(operation.isReady() ? "ready " : "") +
+         (operation.isExecuting() ? "executing " : "") +
+         (operation.isCancelled() ? "cancelled " : "") +
+         (operation.isFinished() ? "finished " : "");
 }
 
 TEST(NSOperation, RunsOnceAndTellsWhereItIs) {
   std::atomic<int> deaths = 0;
-  std::string during, inCompletion;
+  std::string states;
   Ref<NSOperation> work;
-  work = operation([&, probe = makeRef<test::Probe>(deaths)] {
-    during = state(*work);
-    EXPECT_NE(raised([&] { work->start(); }).find("is executing"), std::string::npos);
+  work = operation([&, probe = makeRef<Probe>(deaths)] {
+    states += state(*work);
+    EXPECT_NE(raisedText([&] { work->start(); }).find("is executing"), std::string::npos);
   });
-  work->setCompletionBlock([&, probe = makeRef<test::Probe>(deaths)] {
-    inCompletion = state(*work);
-    EXPECT_FALSE(work->completionBlock());
+  work->setCompletionBlock([&, probe = makeRef<Probe>(deaths)] {
+    states += state(*work) + (work->completionBlock() ? "!" : "");
   });
   work->start();
-  EXPECT_EQ(during, "ready executing ");
-  EXPECT_EQ(inCompletion, "ready finished ");
   EXPECT_EQ(deaths, 2) << "both blocks are released";
   work->start();
   work->cancel();
-  EXPECT_EQ(state(*work), "ready cancelled finished ");
+  EXPECT_EQ(states + state(*work), "ready executing ready finished ready cancelled finished ");
 }
 
 TEST(NSOperation, RefusesToBeRunTwice) {
@@ -78,10 +56,10 @@ TEST(NSOperation, RefusesToBeRunTwice) {
   done->start();
   queue->addOperation(first);
   const std::string error = "NSInvalidArgumentException: ";
-  EXPECT_EQ(raised([&] { second->start(); }), error + "second is not ready");
-  EXPECT_EQ(raised([&] { queue->addOperation(first); }), error + "first is on a queue");
-  EXPECT_EQ(raised([&] { first->start(); }), error + "first is on a queue");
-  EXPECT_EQ(raised([&] { queue->addOperations({second, done}, false); }),
+  EXPECT_EQ(raisedText([&] { second->start(); }), error + "second is not ready");
+  EXPECT_EQ(raisedText([&] { queue->addOperation(first); }), error + "first is on a queue");
+  EXPECT_EQ(raisedText([&] { first->start(); }), error + "first is on a queue");
+  EXPECT_EQ(raisedText([&] { queue->addOperations({second, done}, false); }),
             error + "done has finished");
   EXPECT_EQ(queue->operationCount(), 1u) << "none of them is added";
   queue->setSuspended(false);
@@ -92,17 +70,14 @@ TEST(NSOperation, WaitsForWhatItDependsOn) {
   const auto queue = makeRef<NSOperationQueue>(), otherQueue = makeRef<NSOperationQueue>();
   std::string order;
   const auto first = operation([&] { order += '1'; }), second = operation([&] { order += '2'; }),
-             third = operation([&] { order += '3'; });
-  third->addDependency(second);
-  third->addDependency(first);
-  third->addDependency(second);
-  third->addDependency(nullptr);
+             third = operation([&] { order += '3'; }), unneeded = operation(),
+             dropped = operation();  // does not wait for what finishes later
+  for (const auto& each : {second, first, second, Ref<NSOperation>(), unneeded}) {
+    third->addDependency(each);
+  }
   second->addDependency(first);
-  const auto unneeded = operation();
-  third->addDependency(unneeded);
   queue->addOperations({third, nullptr, second}, false);
   EXPECT_FALSE(third->isReady() || second->isReady());
-  const auto dropped = operation();  // that waits for what finishes later
   for (int i = 0; i < 9; ++i) dropped->addDependency(first);
   dropped->removeDependency(operation());
   dropped->removeDependency(first);
@@ -119,11 +94,10 @@ TEST(NSOperation, WaitsForWhatItDependsOn) {
 
 TEST(NSOperation, FinishesUnrunWhenCancelled) {
   const auto queue = makeRef<NSOperationQueue>();
-  const auto neverStarted = operation();
   std::atomic<int> runs = 0;
   std::latch completed(1);
   const auto cancelled = operation([&] { ++runs; }), after = operation([&] { runs += 10; });
-  cancelled->addDependency(neverStarted);
+  cancelled->addDependency(operation());  // never started
   cancelled->setCompletionBlock([&] { completed.count_down(); });
   after->addDependency(cancelled);
   queue->addOperations({after, cancelled}, false);
@@ -136,20 +110,18 @@ TEST(NSOperation, FinishesUnrunWhenCancelled) {
 }
 
 TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
-  test::LogRecorder log;
+  LogRecorder log;
   const auto queue = makeRef<NSOperationQueue>();
-  const auto raising = operation([] { raiseInvalidArgument("no such thing"); });
+  const auto raising = makeRef<NSBlockOperation>([] { raiseInvalidArgument("no such thing"); });
+  const auto several = makeRef<NSBlockOperation>([] {});
   raising->setName("raising");
-  const auto several = NSBlockOperation::blockOperationWithBlock([] {});
   several->addExecutionBlock([] { raiseInvalidArgument("either"); });
   several->addDependency(raising);
   queue->addOperations({raising, several}, true);
   ASSERT_EQ(log.lines.size(), 2u);
   EXPECT_EQ(log.lines[0],
             "3|NSOperation|Platform/RunLoop/NSOperation|-[NSOperation main]|exception thrown in "
-            "raising: "
-            "NSInvalidArgumentException: no such thing");
-
+            "raising: NSInvalidArgumentException: no such thing");
   const auto throwing = operation([] { throw 1; });
   EXPECT_THROW(throwing->start(), int);
   EXPECT_TRUE(throwing->isFinished());
@@ -171,26 +143,26 @@ TEST(NSOperation, OtherExceptionsEndTheProcessBeforeWaitersReturn) {
 
 TEST(NSOperation, ReportsCyclesInsteadOfHanging) {
   const auto queue = makeRef<NSOperationQueue>();
-  const auto a = named("a"), b = named("b"), c = named("c"), d = named("d");
+  const auto a = named("a"), b = named("b"), c = named("c"), d = named("d"),
+             outside = named("outside");
   const std::string error = "NSInvalidArgumentException: operations wait for each other: ";
-  EXPECT_EQ(raised([&] { a->addDependency(a); }), error + "a -> a");
+  EXPECT_EQ(raisedText([&] { a->addDependency(a); }), error + "a -> a");
   a->addDependency(b);
   b->addDependency(c);
   b->addDependency(d);
   c->addDependency(a);
   d->addDependency(operation());
-  const auto outside = named("outside");
   outside->addDependency(d);
   outside->addDependency(a);
   for (const auto& [enqueued, cycle] :
-       {std::pair(a, "a -> b -> c -> a"), std::pair(c, "c -> a -> b -> c"),
-        std::pair(outside, "a -> b -> c -> a")}) {
-    EXPECT_EQ(raised([&] { queue->addOperations({operation(), enqueued}, true); }), error + cycle);
+       {std::pair(a, "a -> b -> c -> a"), {c, "c -> a -> b -> c"}, {outside, "a -> b -> c -> a"}}) {
+    EXPECT_EQ(raisedText([&] { queue->addOperations({operation(), enqueued}, true); }),
+              error + cycle);
   }
   EXPECT_EQ(queue->operationCount(), 0u);
   c->removeDependency(a);
   queue->addOperations({outside, a, b}, false);
-  EXPECT_EQ(raised([&] { c->addDependency(outside); }), error + "c -> outside -> a -> b -> c")
+  EXPECT_EQ(raisedText([&] { c->addDependency(outside); }), error + "c -> outside -> a -> b -> c")
       << "which runs as soon as c and d are enqueued";
   c->addDependency(d);
   queue->addOperations({c, d, d->dependencies()[0]}, false);
@@ -199,24 +171,18 @@ TEST(NSOperation, ReportsCyclesInsteadOfHanging) {
 
 /// Every operation waits for later ones; all are reached from the first one that is enqueued.
 TEST(NSOperation, LooksThroughLargeGraphsOnce) {
-  const auto queue = makeRef<NSOperationQueue>();
   std::mt19937 random(1);
-  Operations operations(20'000);
-  std::atomic<int> ran = 0;
-  for (auto& each : operations) {
-    each = operation([&] {
-      for (const auto& earlier : each->dependencies()) EXPECT_TRUE(earlier->isFinished());
-      ++ran;
-    });
-  }
-  for (std::size_t i = 0; i + 1 < operations.size(); ++i) {
-    operations[i]->addDependency(operations[i + 1]);
-    for (int edge = 0; edge < 4; ++edge) {
-      operations[i]->addDependency(operations[i + 1 + random() % (operations.size() - i - 1)]);
+  constexpr std::size_t count = 20'000;
+  Operations operations(count);
+  std::size_t left = count;  // plain: each operation waits for the next one
+  for (std::size_t i = count; i-- > 0;) {
+    operations[i] = operation([&, i] { EXPECT_EQ(--left, i); });
+    for (std::size_t edge = 0; edge < 5 && i + 1 < count; ++edge) {
+      operations[i]->addDependency(operations[edge ? i + 1 + random() % (count - i - 1) : i + 1]);
     }
   }
-  queue->addOperations(operations, true);
-  EXPECT_EQ(ran, 20'000);
+  makeRef<NSOperationQueue>()->addOperations(operations, true);
+  EXPECT_EQ(left, 0u);
 }
 
 /// Enqueued operations get dependencies at random; a plain search finds out which of them close a
@@ -225,27 +191,22 @@ TEST(NSOperation, FindsCyclesOfLateDependencies) {
   const auto queue = makeRef<NSOperationQueue>();
   queue->setSuspended(true);
   std::mt19937 random(1);
-  constexpr std::size_t count = 150;
-  Operations operations(count);
-  std::vector<std::set<std::size_t>> waitsFor(count);
+  Operations operations(150);
   for (auto& each : operations) queue->addOperation(each = operation());
   int refusals = 0;
   for (int step = 0; step < 3000; ++step) {
-    const std::size_t from = random() % count, to = random() % count;
+    const auto &from = operations[random() % 150], &to = operations[random() % 150];
     if (step % 5 == 4) {
-      operations[from]->removeDependency(operations[to]);
-      waitsFor[from].erase(to);
+      from->removeDependency(to);
       continue;
     }
-    std::set<std::size_t> reached;
-    const std::function<void(std::size_t)> search = [&](std::size_t next) {
-      if (reached.insert(next).second) std::ranges::for_each(waitsFor[next], search);
+    std::set<NSOperation*> reached;
+    const std::function<void(const Ref<NSOperation>&)> search = [&](const auto& next) {
+      if (reached.insert(next.get()).second) std::ranges::for_each(next->dependencies(), search);
     };
     search(to);
-    const bool isCycle = reached.contains(from);
-    const auto add = [&] { operations[from]->addDependency(operations[to]); };
-    ASSERT_EQ(raised(add) != "nothing", isCycle) << step;
-    if (!isCycle) waitsFor[from].insert(to);
+    const bool isCycle = reached.contains(from.get());
+    ASSERT_EQ(raisedText([&] { from->addDependency(to); }).empty(), !isCycle) << step;
     refusals += isCycle;
   }
   EXPECT_TRUE(refusals > 300 && refusals < 2000) << refusals;
@@ -267,17 +228,17 @@ TEST(NSOperation, LateDependenciesCostNoSearchOfAllOthers) {
   for (std::size_t i = count - 1; i > 0; --i) other[i]->addDependency(other[i - 1]);
   for (std::size_t i = 0; i < count; ++i) one[i]->addDependency(other[i]);
   for (std::size_t i = count / 2; i < count; ++i) other[i]->addDependency(one[i / 2]);
-  EXPECT_NE(raised([&] { other[0]->addDependency(one.back()); }), "nothing");
+  EXPECT_NE(raisedText([&] { other[0]->addDependency(one.back()); }), "");
   queue->setSuspended(false);
   queue->waitUntilAllOperationsAreFinished();
 }
 
 TEST(NSOperation, ChainsOfAnyLengthDieOnASmallStack) {
-  test::runOnSmallStack([] {
+  runOnSmallStack([] {
     std::atomic<int> deaths = 0;
     Ref<NSOperation> last;
     for (int i = 0; i < 100'000; ++i) {
-      auto link = operation([probe = makeRef<test::Probe>(deaths)] {});
+      auto link = operation([probe = makeRef<Probe>(deaths)] {});
       link->addDependency(last);
       last = std::move(link);
     }
@@ -301,15 +262,14 @@ TEST(NSOperation, RefusesToWaitForEver) {
       "NSGenericException: waiting here for (.*) would never end"
       "(: it waits for [^,]*)?(, for which this thread is needed)?");
   const auto report = [&](const auto& wait) {
-    reports += std::regex_replace(raised(wait), message, "$1$2") + '\n';
+    reports += std::regex_replace(raisedText(wait), message, "$1$2") + '\n';
   };
   Ref<NSOperation> asking;
   asking = operation([&] {
     serial->addOperation(later);
-    report([&] { asking->waitUntilFinished(); });
-    report([&] { later->waitUntilFinished(); });
     report([&] { serial->waitUntilAllOperationsAreFinished(); });
     for (const auto& needed : {asking, later}) {
+      report([&] { needed->waitUntilFinished(); });
       between->addDependency(needed);
       report([&] { behind->waitUntilFinished(); });
       between->removeDependency(needed);
@@ -325,17 +285,13 @@ TEST(NSOperation, RefusesToWaitForEver) {
   between->addDependency(onMain);
   report([&] { other->addOperations({behind, between}, true); });
   report([&] { other->waitUntilAllOperationsAreFinished(); });
-  std::string expected;
-  for (const std::string& awaited :
-       {"asking"s, "later"s, "serial"s, "behind: it waits for asking"s,
-        "behind: it waits for later"s, "on main"s, "NSOperationQueue Main Queue"s,
-        between->description() + ": it waits for on main", "other: it waits for on main"s}) {
-    expected += awaited + '\n';
-  }
-  EXPECT_EQ(reports, expected);
+  EXPECT_EQ(reports,
+            "serial\nasking\nbehind: it waits for asking\nlater\nbehind: it waits for later\n"
+            "on main\nNSOperationQueue Main Queue\n" +
+                between->description() + ": it waits for on main\nother: it waits for on main\n");
   onMain->cancel();
-  test::waitUntil([&] { return onMain->isFinished(); }, "the main queue ran the operation",
-                  detail::runMainQueue);
+  waitUntil([&] { return onMain->isFinished(); }, "the main queue ran the operation",
+            detail::runMainQueue);
   other->waitUntilAllOperationsAreFinished();
 }
 
@@ -354,23 +310,20 @@ TEST(NSInvocationOperation, KeepsWhatTheCallAnswered) {
     int sum = 41;
   };
   const auto adder = makeRef<Adder>();
-  const auto method = makeRef<NSInvocationOperation>(adder, &Adder::next);
-  const auto nothing = makeRef<NSInvocationOperation>([&] { adder->sum = 0; });
-  const auto raising = makeRef<NSInvocationOperation>([]() -> Value { raiseRange(3, 2); });
-  const auto cancelled = makeRef<NSInvocationOperation>([] { return Value(1); });
+  const auto make = [](auto... call) { return makeRef<NSInvocationOperation>(call...); };
+  const auto method = make(adder, &Adder::next), nothing = make([&] { adder->sum = 0; }),
+             raising = make([]() -> Value { raiseRange(3, 2); }),
+             cancelled = make([] { return Value(1); }), nilBlock = make(Block<void()>()),
+             nilFunction = make(std::function<void()>());
   cancelled->cancel();
-  test::LogRecorder log;
-  for (const auto& each : {method, nothing, raising, cancelled}) each->start();
+  LogRecorder log;
+  for (const auto& each : {method, nothing, raising, cancelled, nilBlock, nilFunction})
+    each->start();
   EXPECT_EQ(method->result(), 42);
-  EXPECT_TRUE(nothing->result().isNil() && adder->sum == 0);
-  for (const auto& nil : {makeRef<NSInvocationOperation>(Block<void()>()),
-                          makeRef<NSInvocationOperation>(std::function<void()>())}) {
-    nil->start();
-    EXPECT_EQ(nil->result(), Value());
-  }
-  EXPECT_EQ(test::raisedName([&] { raising->result(); }), NSRangeException);
-  EXPECT_EQ(test::raisedName([&] { cancelled->result(); }),
-            NSInvocationOperationCancelledException);
+  EXPECT_EQ(adder->sum, 0);
+  for (const auto& each : {nothing, nilBlock, nilFunction}) EXPECT_EQ(each->result(), Value());
+  EXPECT_EQ(raisedName([&] { raising->result(); }), NSRangeException);
+  EXPECT_EQ(raisedName([&] { cancelled->result(); }), NSInvocationOperationCancelledException);
 }
 
 /// Ends on another thread than the one that began it.
@@ -403,5 +356,4 @@ TEST(NSOperation, GoesOnAfterMainWhenAsynchronous) {
   EXPECT_TRUE(hasRun && cancelled->isFinished() && !cancelled->hasBegun.try_wait());
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test
