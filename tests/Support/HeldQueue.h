@@ -3,7 +3,6 @@
 #include <Observation/Observable.h>
 #include <ZEBPlatform/Dispatch/detail/MainQueue.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
-#include <gtest/gtest.h>
 
 #include <deque>
 #include <mutex>
@@ -29,12 +28,12 @@ class HeldQueue final : public DispatchQueue {
 
   /// Waits until `count` blocks have been posted.
   void await(std::size_t count) {
-    const auto size = [&] {
+    const auto isPosted = [&] {
       std::lock_guard guard(mutex_);
-      return items_.size();
+      EXPECT_LE(items_.size(), count);
+      return items_.size() >= count;
     };
-    waitUntil([&] { return size() >= count; }, "enough blocks have been posted");
-    EXPECT_EQ(size(), count);
+    waitUntil(isPosted, "enough blocks have been posted");
   }
   void run(std::size_t count) {
     for (; count > 0; --count) {
@@ -57,13 +56,8 @@ class HeldQueue final : public DispatchQueue {
 };
 
 /// Runs the main queue until the condition holds.
-template <class Condition>
-void runMainQueueUntil(const Condition& condition) {
-  const auto holds = [&] {
-    detail::runMainQueue();
-    return condition();
-  };
-  waitUntil(holds, "the main queue has done its work");
+inline void runMainQueueUntil(const std::function<bool()>& condition) {
+  waitUntil(condition, "the main queue has done its work", detail::runMainQueue);
 }
 
 }  // namespace zeb::test

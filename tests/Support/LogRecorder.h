@@ -2,10 +2,6 @@
 
 #include <ZEBPlatform/Logging/OLGLogging.h>
 
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace zeb::test {
 
 /// Takes the log over for as long as it lives and keeps its lines as

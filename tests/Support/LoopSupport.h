@@ -1,11 +1,8 @@
 #pragma once
 
-#include <ZEBPlatform/Memory/FunctionView.h>
-#include <ZEBPlatform/RunLoop/NSThread.h>
+#include <ZEBPlatform/RunLoop.h>
 
-#include <functional>
-#include <string>
-#include <thread>
+#include "Support/Support.h"
 
 namespace zeb::test {
 

@@ -1,11 +1,6 @@
 #pragma once
 
-#include <atomic>
 #include <barrier>
-#include <functional>
-#include <random>
-#include <thread>
-#include <vector>
 
 #include "Support/Support.h"
 

@@ -4,9 +4,9 @@
 #include <ZEBPlatform/Linux/detail/Console.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <ctime>
 #include <functional>
 #include <random>
@@ -26,8 +26,7 @@ struct Probe : NSObject {
 };
 
 /// "name: reason" of the platform exception that the call throws; empty when it throws none.
-template <class Call>
-std::string raisedText(const Call& call) {
+inline std::string raisedText(const std::function<void()>& call) {
   try {
     call();
   } catch (const NSException& exception) {
@@ -35,8 +34,7 @@ std::string raisedText(const Call& call) {
   }
   return "";
 }
-template <class Call>
-std::string raisedName(const Call& call) {
+inline std::string raisedName(const std::function<void()>& call) {
   const std::string text = raisedText(call);
   return text.substr(0, text.find(':'));
 }
@@ -44,8 +42,9 @@ std::string raisedName(const Call& call) {
 /// Repeats the step, by default a short sleep, until the condition holds. If it does not hold
 /// within five minutes, the test program ends with a message that says what was expected.
 /// `std::time` is a clock that `FakeClock` does not move.
-template <class Condition, class Step>
-void waitUntil(const Condition& condition, const char* expected, const Step& step) {
+inline void waitUntil(
+    const std::function<bool()>& condition, const char* expected,
+    const std::function<void()>& step = [] { usleep(100); }) {
   const std::time_t deadline = std::time(nullptr) + 300;
   while (!condition()) {
     if (std::time(nullptr) > deadline) {
@@ -53,12 +52,6 @@ void waitUntil(const Condition& condition, const char* expected, const Step& ste
     }
     step();
   }
-}
-
-template <class Condition>
-void waitUntil(const Condition& condition, const char* expected) {
-  waitUntil(condition, expected,
-            [] { std::this_thread::sleep_for(std::chrono::microseconds(100)); });
 }
 
 /// Runs the work on a thread with a stack of 256 KiB and waits for it.
@@ -83,13 +76,11 @@ inline std::vector<std::string> collidingKeys(std::size_t count) {
   const auto pairsFrom = [&](std::uint64_t state, std::uint64_t wantedState) {
     std::vector<std::string> pairs;
     while (pairs.size() * pairs.size() < count) {
-      std::string pair(16, ' ');
-      for (char& character : pair) character = static_cast<char>('a' + random() % 26);
-      const std::uint64_t second =
-          detail::mixHash(state, detail::loadWord(pair.data())) ^ wantedState;
-      std::memcpy(&pair[8], &second, 8);
+      const std::uint64_t letters = 0x6161616161616161 + (random() & 0x0f0f0f0f0f0f0f0f);
+      const std::uint64_t words[] = {letters, detail::mixHash(state, letters) ^ wantedState};
+      const std::string pair(reinterpret_cast<const char*>(words), sizeof words);
       const auto isPlain = [](char c) { return c > ' ' && c < 127 && c != '"' && c != '\\'; };
-      if (std::all_of(pair.begin(), pair.end(), isPlain)) pairs.push_back(pair);
+      if (std::ranges::all_of(pair, isPlain)) pairs.push_back(pair);
     }
     return pairs;
   };

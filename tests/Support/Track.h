@@ -1,10 +1,8 @@
 #pragma once
 
 #include <ZEBPlatform/Foundation/NSArray.h>
-#include <ZEBPlatform/Runtime/NSKeyValueObserving.h>
-#include <ZEBPlatform/Runtime/Registration.h>
+#include <ZEBPlatform/Runtime.h>
 
-#include <atomic>
 #include <mutex>
 
 namespace zeb::test {

@@ -3,7 +3,6 @@
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <thread>
 
 namespace zeb::test {

@@ -1,6 +1,5 @@
 #include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 
-#include <array>
 
 #include "Support/Storm.h"
 

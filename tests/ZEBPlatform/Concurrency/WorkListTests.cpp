@@ -1,7 +1,5 @@
 #include <ZEBPlatform/Concurrency/detail/WorkList.h>
 
-#include <array>
-#include <memory>
 #include <set>
 
 #include "Support/Storm.h"

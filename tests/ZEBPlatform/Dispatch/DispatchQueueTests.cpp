@@ -1,14 +1,7 @@
-#include <ZEBPlatform/Dispatch/DispatchOnce.h>
-#include <ZEBPlatform/Dispatch/DispatchQueue.h>
-#include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
-#include <ZEBPlatform/Dispatch/DispatchSource.h>
+#include <ZEBPlatform/Dispatch.h>
 #include <ZEBPlatform/Linux/detail/ThreadState.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
 
-#include <unistd.h>
-
-#include <array>
-#include <cstdlib>
 #include <filesystem>
 #include <latch>
 #include <set>

@@ -1,5 +1,4 @@
-#include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
-#include <ZEBPlatform/Dispatch/DispatchSource.h>
+#include <ZEBPlatform/Dispatch.h>
 #include <ZEBPlatform/Linux/Clock.h>
 #include <signal.h>
 #include <sys/resource.h>

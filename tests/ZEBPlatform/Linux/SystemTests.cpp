@@ -1,9 +1,7 @@
-#include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBPlatform/Linux/detail/ThreadState.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <semaphore>
 

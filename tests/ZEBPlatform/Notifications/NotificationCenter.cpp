@@ -1,17 +1,15 @@
-#include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 
 #include "Support/Storm.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
-Ref<NSObject> object() {
+static Ref<NSObject> object() {
   static std::atomic<int> deaths;
-  return makeRef<test::Probe>(deaths);
+  return makeRef<Probe>(deaths);
 }
 
-NSNotificationCenter::Handler counting(int& calls) {
+static NSNotificationCenter::Handler counting(int& calls) {
   return [&calls](const Ref<NSNotification>&) { ++calls; };
 }
 
@@ -19,24 +17,22 @@ TEST(NSNotificationCenter, DeliversWhatPassesBothFilters) {
   const auto center = makeRef<NSNotificationCenter>();
   const Ref<NSObject> one = object(), two = object();
   const NSString text("a text that is no short one"), equalText(text.utf8());
-  struct Case {
-    NSString name;
-    Value object;
-    int expected;
-    int calls = 0;
-  } cases[] = {{nullptr, nullptr, 7}, {"A", nullptr, 5}, {"B", nullptr, 2}, {"A", one, 1},
-               {nullptr, one, 2},     {"A", two, 1},     {"A", text, 1},    {"A", 5, 1},
-               {"A", equalText, 0},   {"B", two, 0}};
-  for (Case& each : cases) {
-    (void)center->addObserverForName(each.name, each.object, nullptr, counting(each.calls));
+  const std::tuple<NSString, Value, int> cases[] = {
+      {nullptr, nullptr, 7}, {"A", nullptr, 5}, {"B", nullptr, 2}, {"A", one, 1},
+      {nullptr, one, 2},     {"A", two, 1},     {"A", text, 1},    {"A", 5, 1},
+      {"A", equalText, 0},   {"B", two, 0}};
+  int calls[std::size(cases)] = {}, *counter = calls;
+  for (const auto& [name, posted, expected] : cases) {
+    (void)center->addObserverForName(name, posted, nullptr, counting(*counter++));
   }
   for (const Value& posted : {Value(), Value(one), Value(two), Value(text), Value(5)}) {
     center->postNotificationName("A", posted);
   }
   center->postNotificationName("B", one);
   center->postNotificationName("B");
-  for (const Case& each : cases) {
-    EXPECT_EQ(each.calls, each.expected) << each.name << ", " << each.object;
+  counter = calls;
+  for (const auto& [name, posted, expected] : cases) {
+    EXPECT_EQ(*counter++, expected) << name << ", " << posted;
   }
 }
 
@@ -48,10 +44,8 @@ TEST(NSNotificationCenter, HandsOverTheNotificationAndRefusesNone) {
       observer, [&](const Ref<NSNotification>& notification) { throw seen = notification; }, "A");
   EXPECT_THROW(center->postNotificationName("A", 3, {{"key", "value"}}), Ref<NSNotification>);
   EXPECT_TRUE(seen->name() == "A" && seen->object() == 3 && seen->userInfo()["key"] == "value");
-  EXPECT_EQ(test::raisedName([&] { center->postNotification(nullptr); }),
-            NSInvalidArgumentException);
-  EXPECT_EQ(test::raisedName([&] { center->postNotificationName(nullptr); }),
-            NSInvalidArgumentException);
+  EXPECT_EQ(raisedName([&] { center->postNotification(nullptr); }), NSInvalidArgumentException);
+  EXPECT_EQ(raisedName([&] { center->postNotificationName(nullptr); }), NSInvalidArgumentException);
   center->addObserver(nullptr, [](const auto&) {}, "B");
   center->addObserver(observer, nullptr, "B");
   center->removeObserver(nullptr);
@@ -65,10 +59,10 @@ TEST(NSNotificationCenter, KeepsNeitherObserverNorObjectAliveButTheTokensBlock) 
   int calls = 0;
   // A block's captured state tells of its release.
   const auto block = [&] {
-    return [&calls, state = makeRef<test::Probe>(deaths)](const Ref<NSNotification>&) { ++calls; };
+    return [&calls, state = makeRef<Probe>(deaths)](const Ref<NSNotification>&) { ++calls; };
   };
-  center->addObserver(makeRef<test::Probe>(deaths), block(), "A");
-  (void)center->addObserverForName("A", makeRef<test::Probe>(deaths), nullptr, counting(calls));
+  center->addObserver(makeRef<Probe>(deaths), block(), "A");
+  (void)center->addObserverForName("A", makeRef<Probe>(deaths), nullptr, counting(calls));
   EXPECT_EQ(deaths, 2) << "observer and object";
   center->postNotificationName("A");
   EXPECT_TRUE(calls == 0 && deaths == 3) << "the block, once a post has met it";
@@ -79,19 +73,16 @@ TEST(NSNotificationCenter, KeepsNeitherObserverNorObjectAliveButTheTokensBlock) 
   center->removeObserver(token.lock());
   EXPECT_EQ(deaths, 4);
 
-  for (int i = 0; i < 10'000; ++i) center->addObserver(makeRef<test::Probe>(deaths), block(), "C");
+  for (int i = 0; i < 10'000; ++i) center->addObserver(makeRef<Probe>(deaths), block(), "C");
   EXPECT_GT(deaths, 4 + 10'000 + 9'000) << "the dead are looked for while others come";
 }
 
 TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
-  struct Case {
-    NSString name;
-    Value object;
-    int expected;
-  };
   const Ref<NSObject> other = object();
-  for (const Case& each : {Case{nullptr, nullptr, 0}, Case{"A", nullptr, 1}, Case{"A", other, 2},
-                           Case{nullptr, other, 2}, Case{"C", nullptr, 3}}) {
+  const std::tuple<NSString, Value, int> cases[] = {{nullptr, nullptr, 0}, {"A", nullptr, 1},
+                                                    {"A", other, 2},       {nullptr, other, 2},
+                                                    {"C", nullptr, 3},     {"C", other, 3}};
+  for (const auto& [name, posted, expected] : cases) {
     const auto center = makeRef<NSNotificationCenter>();
     const Ref<NSObject> observer = object();
     int calls = 0, strangersCalls = 0;
@@ -99,10 +90,9 @@ TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
     center->addObserver(observer, counting(calls), "A", other);
     center->addObserver(observer, counting(calls), nullptr);
     center->addObserver(other, counting(strangersCalls), "A");
-    center->removeObserver(observer, each.name, each.object);
+    center->removeObserver(observer, name, posted);
     center->postNotificationName("A", other);
-    EXPECT_EQ(calls, each.expected) << each.name << ", " << each.object;
-    EXPECT_EQ(strangersCalls, 1);
+    EXPECT_TRUE(calls == expected && strangersCalls == 1) << name << ", " << posted;
   }
 }
 
@@ -111,19 +101,18 @@ TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
 TEST(NSNotificationCenter, RemovingOneCostsTheSameAmongMany) {
   const auto center = makeRef<NSNotificationCenter>();
   const Ref<NSObject> observer = object();
-  std::vector<std::pair<NSString, Ref<NSObject>>> added(30'000);
+  std::vector<Ref<NSObject>> others(30'000);
   int calls = 0;
-  for (auto& [name, other] : added) {
-    name = NSString::stringWithFormat("name %d", calls++);
+  const auto name = [](const Ref<NSObject>& other) { return NSString(other->description()); };
+  for (Ref<NSObject>& other : others) {
     other = object();
-    center->addObserver(observer, counting(calls), name);
+    center->addObserver(observer, counting(calls), name(other));
     center->addObserver(other, counting(calls), "A");
   }
-  calls = 0;
-  for (const auto& [name, other] : added) {
-    center->removeObserver(observer, name, nullptr);
+  for (const Ref<NSObject>& other : others) {
+    center->removeObserver(observer, name(other), nullptr);
     center->removeObserver(other, "A", nullptr);
-    center->postNotificationName(name);
+    center->postNotificationName(name(other));
   }
   center->postNotificationName("A");
   EXPECT_EQ(calls, 0);
@@ -152,12 +141,11 @@ TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
 TEST(NSNotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
   const auto center = makeRef<NSNotificationCenter>();
   int ends = 0;
-  const auto listener = center->addObserverForName("ended", nullptr, nullptr, counting(ends));
+  (void)center->addObserverForName("ended", nullptr, nullptr, counting(ends));
   std::vector<Ref<NSObject>> tokens;
   for (int i = 0; i < 4; ++i) {
-    const std::shared_ptr<void> captured(nullptr,
-                                         [&](void*) { center->postNotificationName("ended"); });
-    tokens.push_back(center->addObserverForName("A", nullptr, nullptr, [captured](auto&) {}));
+    const std::shared_ptr<void> end(nullptr, [&](auto) { center->postNotificationName("ended"); });
+    tokens.push_back(center->addObserverForName("A", nullptr, nullptr, [end](auto&) {}));
   }
   // Removed registrations stay in the list for the name until they are half of it.
   for (const auto& token : tokens) center->removeObserver(token);
@@ -188,13 +176,13 @@ TEST(NSNotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
 TEST(NSNotificationCenter, StandsThreadsThatAddPostRemoveAndDestroy) {
   const auto center = makeRef<NSNotificationCenter>();
   std::atomic<int> deaths = 0, made = 0, calls = 0;
-  test::storm(4, [&](int, std::mt19937& random) {
-    std::vector<Ref<test::Probe>> mine;
+  storm(4, [&](int, std::mt19937& random) {
+    std::vector<Ref<Probe>> mine;
     for (int step = 0; step < 3000; ++step) {
       const NSString name = random() % 2 ? "A" : "B";
       if (const auto action = random() % 5; action < 2) {
         ++made;
-        mine.push_back(makeRef<test::Probe>(deaths));
+        mine.push_back(makeRef<Probe>(deaths));
         center->addObserver(
             mine.back(),
             [&, probe = mine.back().get(), removes = random() % 8 == 0](const auto&) {
@@ -216,5 +204,4 @@ TEST(NSNotificationCenter, StandsThreadsThatAddPostRemoveAndDestroy) {
   EXPECT_EQ(deaths, made);
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

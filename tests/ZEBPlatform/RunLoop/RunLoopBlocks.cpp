@@ -1,5 +1,4 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
-#include <gtest/gtest.h>
 
 #include <latch>
 
@@ -26,10 +25,8 @@ TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
     const auto note = [&](char letter) { return [&log, letter] { log += letter; }; };
     const NSArray inner{"inner"}, both{"inner", NSDefaultRunLoopMode}, common{NSRunLoopCommonModes};
     const int target = 0;
-    EXPECT_FALSE(runOnce());
     loop->performBlock([&] {
-      EXPECT_EQ(loop->currentMode(), NSString(NSDefaultRunLoopMode));
-      EXPECT_TRUE(runOnce("inner"));
+      EXPECT_TRUE(loop->currentMode() == NSDefaultRunLoopMode && runOnce("inner"));
       log += ']';
     });
     loop->performBlock(note('a'));
@@ -49,8 +46,7 @@ TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
     for (const NSArray& modes : {inner, NSArray{"third"}}) {
       loop->performBlock(modes, [&log, probe = makeRef<Probe>(deaths)] { log += '!'; }, &target);
     }
-    EXPECT_TRUE(runOnce());
-    EXPECT_EQ(log, "bc!]ad3");  // one ran before it was cancelled
+    EXPECT_TRUE(runOnce() && log == "bc!]ad3") << log;  // one ran before it was cancelled
     EXPECT_EQ(deaths, 2);
     EXPECT_FALSE(runOnce());
     loop->performBlock(common, note('e'));
@@ -63,17 +59,16 @@ TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
 // If each run looked through all waiting blocks, this would take minutes.
 TEST(RunLoopBlocks, AStormForAnotherModeIsHeldBackAndKept) {
   onNewThread([](const Ref<NSRunLoop>& loop) {
-    constexpr int count = 200'000;
     int held = 0, handled = 0;
-    for (int number = 0; number < count; ++number) {
+    for (int number = 0; number < 200'000; ++number) {
       loop->performBlock([&held, number] { held += held == number; });
       loop->performBlock(NSArray{"inner"}, [&] { ++handled; });
       if (number % 10 == 0) runOnce("inner");
     }
     while (runOnce("inner")) continue;
-    EXPECT_TRUE(handled == count && held == 0);
+    EXPECT_TRUE(handled == 200'000 && held == 0);
     while (runOnce()) continue;
-    EXPECT_EQ(held, count);
+    EXPECT_EQ(held, 200'000);
   });
 }
 
@@ -93,9 +88,7 @@ TEST(RunLoopBlocks, RunsEndAtTheirLimitAndWhenStopped) {
     loop->performBlock([&] { loop->stop(); });
     loop->performBlock([&] { log += 'c'; });
     runUntilStopped();
-    EXPECT_EQ(log, "ab");
-    EXPECT_TRUE(runOnce());
-
+    EXPECT_TRUE(log == "ab" && runOnce()) << log;
     EXPECT_FALSE(loop->runMode(NSDefaultRunLoopMode, never));  // empty
     const LoopThread other;
     const Ref<NSPort> port = NSPort::port();
@@ -123,9 +116,7 @@ TEST(RunLoopBlocks, TheMainQueueRunsInCommonModesOfTheMainLoopOnly) {
   });
   dispatch_async(dispatch_get_main_queue(), [&] { log += 'c'; });
   loop->performBlock(NSArray{"private"}, [&] { log += 'p'; });
-  EXPECT_TRUE(runOnce("private"));
-  EXPECT_EQ(log, "p");
-  EXPECT_TRUE(runOnce());
+  EXPECT_TRUE(runOnce("private") && runOnce());
   EXPECT_EQ(log, "pabc");
 }
 
@@ -138,17 +129,15 @@ TEST(RunLoopDeathTest, MisuseAndExitAmidWork) {
   const auto exitAmidWork = [] {
     const Ref<NSRunLoop>& main = NSRunLoop::mainRunLoop();
     std::latch started(3);
-    for (int number = 0; number < 2; ++number) {
-      NSThread::detachNewThreadWithBlock([&] {
-        const Ref<NSRunLoop> loop = NSRunLoop::currentRunLoop();
-        for (started.arrive_and_wait();; runOnce()) {
-          main->performBlock([] {});
-          dispatch_async(dispatch_get_main_queue(), [] {});
-          loop->performBlock([] {});
-          NSTimer::scheduledTimerWithTimeInterval(0.0001, true, [](auto&) {});
-        }
-      });
-    }
+    const auto work = [&] {
+      for (started.arrive_and_wait();; runOnce()) {
+        main->performBlock([] {});
+        dispatch_async(dispatch_get_main_queue(), [] {});
+        NSRunLoop::currentRunLoop()->performBlock([] {});
+        NSTimer::scheduledTimerWithTimeInterval(0.0001, true, [](auto&) {});
+      }
+    };
+    for (int thread = 0; thread < 2; ++thread) NSThread::detachNewThreadWithBlock(work);
     started.arrive_and_wait();
     main->performBlock([] { std::exit(0); });
     main->run();

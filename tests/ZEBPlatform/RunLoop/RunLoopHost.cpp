@@ -1,14 +1,11 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Linux/detail/EventDescriptor.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 
 #include "Support/FakeClock.h"
 #include "Support/LoopSupport.h"
 
 namespace zeb::test {
-
-namespace {
 
 /// The loop of an application that knows nothing of ours but the descriptor.
 struct Host {
@@ -27,8 +24,6 @@ struct Host {
   const int descriptor = loop->pollableDescriptor();
   bool isOver = false;
 };
-
-}  // namespace
 
 TEST(RunLoopHost, TheDescriptorIsReadableExactlyWhenThereIsSomethingToDo) {
   onNewThread([](const Ref<NSRunLoop>& loop) {
@@ -113,12 +108,12 @@ TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
       host.isOver = !isInMainQueue;
     };
     EventDescriptor event;
+    const auto serve = [&](const Ref<RunLoopDescriptorSource>& itself, auto) {
+      itself->invalidate();
+      runDialog();
+    };
     const auto source =
-        RunLoopDescriptorSource::source(event.descriptor(), DescriptorReadable,
-                                        [&](const Ref<RunLoopDescriptorSource>& itself, auto) {
-                                          itself->invalidate();
-                                          runDialog();
-                                        });
+        RunLoopDescriptorSource::source(event.descriptor(), DescriptorReadable, serve);
     host.loop->addDescriptorSource(source, NSDefaultRunLoopMode);
     if (caller == "descriptor") {
       event.signal();

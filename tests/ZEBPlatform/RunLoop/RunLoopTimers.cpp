@@ -1,14 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <semaphore>
 
 #include "Support/FakeClock.h"
 #include "Support/LoopSupport.h"
-#include "Support/Support.h"
 
 namespace zeb::test {
-
-namespace {
 
 using namespace std::chrono_literals;
 
@@ -17,33 +12,24 @@ const auto addTimer = [](NSTimeInterval interval, bool repeats, auto block) {
 };
 
 /// Seconds from now to the date, rounded to a microsecond.
-double distance(const NSDate& date) {
+static double distance(const NSDate& date) {
   return std::round(date.timeIntervalSinceDate(NSDate::date()) * 1e6) / 1e6;
 }
-
-}  // namespace
 
 TEST(RunLoopTimers, RepeatOnTheirGridAndMissedFiringsBecomeOneLateOne) {
   onNewThread([](const Ref<NSRunLoop>& loop) {
     FakeClock clock;
     int firings = 0;
     const auto timer = NSTimer::scheduledTimerWithTimeInterval(1s, true, [&](auto&) { ++firings; });
-    struct {
-      double passes;
-      int firings;
-      double next;
-    } const steps[] = {
-        {0.9, 0, 0.1}, {0.2, 1, 0.9}, {1.3, 2, 0.6},
-        {0.5, 2, 0.1}, {5.5, 3, 0.6},  // six were missed: one late firing, and on with the grid
-        {0.7, 4, 0.9},
-    };
-    for (const auto& step : steps) {
-      clock.advance(step.passes);
-      runOnce();
-      runOnce();
-      EXPECT_EQ(firings, step.firings);
-      EXPECT_EQ(distance(timer->fireDate()), step.next) << firings;
-      EXPECT_EQ(distance(loop->limitDateForMode(NSDefaultRunLoopMode)), step.next);
+    // In the fifth step six are missed: one late firing, and on with the grid.
+    const std::tuple<double, int, double> steps[] = {{0.9, 0, 0.1}, {0.2, 1, 0.9}, {1.3, 2, 0.6},
+                                                     {0.5, 2, 0.1}, {5.5, 3, 0.6}, {0.7, 4, 0.9}};
+    for (const auto& [passes, expectedFirings, next] : steps) {
+      clock.advance(passes);
+      for (int turn = 0; turn < 2; ++turn) runOnce();
+      EXPECT_EQ(firings, expectedFirings);
+      for (const NSDate& date : {timer->fireDate(), loop->limitDateForMode(NSDefaultRunLoopMode)})
+        EXPECT_EQ(distance(date), next) << firings;
     }
     clock.setWallClockForward(1000);  // the moment stays
     runOnce();
@@ -70,13 +56,11 @@ TEST(RunLoopTimers, OddArguments) {
     FakeClock clock;
     int firings = 0;
     const auto count = [&](const Ref<NSTimer>&) { ++firings; };
-    for (const double tiny : {-1.0, 1e-10, std::nan("")}) {
+    for (const double tiny : {-1.0, 1e-10, std::nan("")})
       EXPECT_EQ(makeRef<NSTimer>(nullptr, tiny, true, count)->timeInterval(), 0.0001);
-    }
     const auto timer = makeRef<NSTimer>(nullptr, 1, true, count, "info");
-    EXPECT_EQ(timer->userInfo(), Value("info"));
     timer->fire();
-    EXPECT_TRUE(timer->isValid());
+    EXPECT_TRUE(timer->isValid() && timer->userInfo() == "info");
     timer->invalidate();
     timer->fire();
     timer->setFireDate(NSDate::distantFuture());
@@ -85,10 +69,9 @@ TEST(RunLoopTimers, OddArguments) {
     EXPECT_EQ(once->timeInterval(), 0);
     for (int turn = 0; turn < 2; ++turn) once->fire();
     const auto never = makeRef<NSTimer>(NSDate::date(), INFINITY, true, count);
-    for (const auto& added : {never, once, timer, Ref<NSTimer>()}) {
+    for (const auto& added : {never, once, timer, Ref<NSTimer>()})
       loop->addTimer(added, NSDefaultRunLoopMode);
-    }
-    NSTimer::scheduledTimerWithTimeInterval(1, false, nullptr);
+    addTimer(1, false, nullptr);
     for (int turn = 0; turn < 2; ++turn, clock.advance(1e9)) runOnce();
     EXPECT_EQ(firings, 3);
     never->invalidate();
@@ -104,8 +87,7 @@ TEST(RunLoopTimers, ChangesMadeFromInsideAFiring) {
     // Invalidated inside its firing: the block lives until it ends, and not longer.
     addTimer(1, true, [&, probe = makeRef<Probe>(deaths)](const Ref<NSTimer>& timer) {
       timer->invalidate();
-      EXPECT_FALSE(timer->isValid());
-      log += probe->isAlive ? 'a' : '!';
+      log += probe->isAlive && !timer->isValid() ? 'a' : '!';
     });
     // Invalidates another one that is due as well.
     const auto victim = addTimer(1.2, true, [&](auto&) { log += '!'; });
@@ -133,8 +115,7 @@ TEST(RunLoopTimers, ChangesMadeFromInsideAFiring) {
     });
     clock.advance(2);
     runOnce();
-    EXPECT_EQ(log, "abcd<ce>");
-    EXPECT_EQ(deaths, 1);
+    EXPECT_TRUE(log == "abcd<ce>" && deaths == 1) << log;
     eager->invalidate();
     EXPECT_FALSE(runOnce());
   });
@@ -144,10 +125,10 @@ TEST(RunLoopTimers, WakeASleepingLoopAndToleranceSharesTheWakeUp) {
   FakeClock clock;
   std::counting_semaphore asleep(0), fired(0);
   const LoopThread other;
-  const auto observer = makeRef<RunLoopObserver>(RunLoopBeforeWaiting, true, 0,
-                                                 [&](auto&, auto) { asleep.release(); });
-  performOnThread(
-      other.thread, [&] { other.loop->addObserver(observer, NSDefaultRunLoopMode); }, true);
+  const auto note = [&](auto&, auto) { asleep.release(); };
+  const auto observer = makeRef<RunLoopObserver>(RunLoopBeforeWaiting, true, 0, note);
+  const auto observe = [&] { other.loop->addObserver(observer, NSDefaultRunLoopMode); };
+  performOnThread(other.thread, observe, true);
   asleep.acquire();
   const auto add = [&](std::chrono::duration<double> interval, auto tolerance) {
     const auto timer =
@@ -157,12 +138,10 @@ TEST(RunLoopTimers, WakeASleepingLoopAndToleranceSharesTheWakeUp) {
     asleep.acquire();  // wakes up once, to see when to wake next
     return timer;
   };
-  const auto tolerant = add(1s, 500ms);
+  add(1s, 500ms);
   add(1400ms, 0.0);
-  clock.advance(1.2);
-  clock.advance(0.25);
-  fired.acquire();
-  fired.acquire();
+  for (const double seconds : {1.2, 0.25}) clock.advance(seconds);
+  for (int timer = 0; timer < 2; ++timer) fired.acquire();
   asleep.acquire();
   EXPECT_FALSE(asleep.try_acquire());  // one wake-up for both
 
@@ -176,11 +155,9 @@ TEST(RunLoopTimers, WakeASleepingLoopAndToleranceSharesTheWakeUp) {
 TEST(RunLoopItems, InvalidatingAndMovingRacesWithCalls) {
   const LoopThread other;
   std::atomic<int> deaths{0};
-  constexpr int rounds = 3000;
-  for (int round = 0; round < rounds; ++round) {
+  for (int round = 0; round < 3000; ++round) {
     std::atomic<bool> isOver{false};
-    std::atomic<int> late{0};
-    const auto block = [&, probe = makeRef<Probe>(deaths)](auto&&...) { late += isOver; };
+    const auto block = [&, probe = makeRef<Probe>(deaths)](auto&&...) { EXPECT_FALSE(isOver); };
     const auto timer = NSTimer::timerWithTimeInterval(0, round % 2, block);
     const auto observer = makeRef<RunLoopObserver>(RunLoopAllActivities, round % 2, 0, block);
     const auto source = makeRef<RunLoopSource>(block);
@@ -194,9 +171,9 @@ TEST(RunLoopItems, InvalidatingAndMovingRacesWithCalls) {
     observer->invalidate();
     source->invalidate();
     performOnThread(other.thread, [&] { isOver = true; }, true);  // what was under way has ended
-    performOnThread(other.thread, [&] { EXPECT_EQ(late, 0); }, true);
+    performOnThread(other.thread, [] {}, true);
   }
-  EXPECT_EQ(deaths, rounds);
+  EXPECT_EQ(deaths, 3000);
 }
 
 }  // namespace zeb::test

@@ -1,29 +1,21 @@
 #include <ZEBPlatform/Linux/detail/Stack.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
-#include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <semaphore>
 
 #include "Support/LoopSupport.h"
-#include "Support/Support.h"
 
 namespace zeb::test {
 
-namespace {
-
-std::string systemName() {
+static std::string systemName() {
   char name[16] = {};
   pthread_getname_np(pthread_self(), name, sizeof name);
   return name;
 }
 
-}  // namespace
-
 TEST(Threads, RunTheirBlockOnceAndEnd) {
-  std::atomic<int> deaths{0};
+  std::atomic<int> deaths{0}, exits{0};
   std::binary_semaphore started(0), mayEnd(0);
-  std::atomic<int> exits{0};
   auto thread = makeRef<NSThread>([&, probe = makeRef<Probe>(deaths)] {
     const Ref<NSThread> self = NSThread::currentThread();
     EXPECT_EQ(systemName(), "a thread with ");  // not half a character
@@ -36,11 +28,10 @@ TEST(Threads, RunTheirBlockOnceAndEnd) {
   });
   thread->setName("a thread with ä long name");
   thread->setStackSize(300'001);
-  const auto token = NSNotificationCenter::defaultCenter()->addObserverForName(
-      NSThreadWillExitNotification, thread, nullptr, [&](const Ref<NSNotification>& notification) {
-        EXPECT_EQ(notification->object().object<NSThread>(), NSThread::currentThread());
-        exits += !NSThread::currentThread()->isFinished();
-      });
+  const auto& center = NSNotificationCenter::defaultCenter();
+  const auto noteExit = [&](const auto&) { exits += !NSThread::currentThread()->isFinished(); };
+  const auto token =
+      center->addObserverForName(NSThreadWillExitNotification, thread, nullptr, noteExit);
   thread->start();
   EXPECT_EQ(raisedName([&] { thread->start(); }), NSInvalidArgumentException);
   started.acquire();
@@ -48,7 +39,7 @@ TEST(Threads, RunTheirBlockOnceAndEnd) {
   mayEnd.release();
   performOnThread(thread, [] {}, true);  // returns when the thread has ended
   EXPECT_TRUE(thread->isFinished() && exits == 1 && deaths == 2);
-  NSNotificationCenter::defaultCenter()->removeObserver(token);
+  center->removeObserver(token);
 
   thread = makeRef<NSThread>([] { FAIL(); });
   thread->cancel();
@@ -78,9 +69,7 @@ TEST(Threads, EveryThreadHasOneUntilItsEnd) {
       if (!isDestroyedLast) NSThread::currentThread();
       static thread_local Local local;
       local.isDestroyedLast = isDestroyedLast;
-      foreign = NSThread::currentThread();
-      EXPECT_EQ(NSThread::currentThread(), foreign);
-      foreign->setName("foreign");
+      (foreign = NSThread::currentThread())->setName("foreign");
       EXPECT_EQ(systemName(), "foreign");
     }).join();
     EXPECT_TRUE(foreign->isFinished());

@@ -1,7 +1,5 @@
-#include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBPlatform/Foundation/NSNull.h>
-#include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
-#include <ZEBPlatform/Runtime/Send.h>
+#include <ZEBPlatform/Runtime.h>
 
 #include "Support/Support.h"
 #include "Support/Track.h"

@@ -1,8 +1,6 @@
 #include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Memory/WeakRef.h>
-#include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
-#include <ZEBPlatform/Runtime/NSKeyValueObserving.h>
-#include <ZEBPlatform/Runtime/Send.h>
+#include <ZEBPlatform/Runtime.h>
 #include <malloc.h>
 
 #include "Support/Storm.h"

@@ -1,7 +1,5 @@
-#include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
-#include <ZEBPlatform/Runtime/NSAssertionHandler.h>
-#include <ZEBPlatform/Runtime/Send.h>
+#include <ZEBPlatform/Runtime.h>
 
 #include "Support/Storm.h"
 #include "Support/Track.h"
