@@ -10,31 +10,23 @@
 
 namespace zeb::test {
 
-namespace {
-
 /// Waits until all have counted down.
-void await(const std::latch& latch) {
+static void await(const std::latch& latch) {
   waitUntil([&] { return latch.try_wait(); }, "all blocks have run");
 }
 
-constexpr DispatchQueueKind serialKind = DispatchQueueKind::serial;
 constexpr DispatchQueueKind concurrentKind = DispatchQueueKind::concurrent;
 
-}  // namespace
-
 TEST(DispatchQueue, RunsAMillionPostsOfTwoProducersOneByOneAndInEachOnesOrder) {
-  constexpr int perProducer = 500'000;
   const dispatch_queue_t queue = dispatch_queue_create("order");
-  std::array<int, 2> next{};  // plain: the queue runs one block at a time
-  int outOfOrder = 0;
+  int next[2] = {}, outOfOrder = 0;  // plain: the queue runs one block at a time
   storm(2, [&](int producer, std::mt19937&) {
-    int& expected = next[static_cast<std::size_t>(producer)];
-    for (int number = 0; number < perProducer; ++number) {
-      dispatch_async(queue, [&, number] { outOfOrder += expected++ != number; });
+    for (int number = 0; number < 500'000; ++number) {
+      dispatch_async(queue, [&, producer, number] { outOfOrder += next[producer]++ != number; });
     }
   });
   dispatch_sync(queue, [] {});
-  EXPECT_TRUE(next[0] + next[1] == 2 * perProducer && outOfOrder == 0) << outOfOrder;
+  EXPECT_TRUE(next[0] + next[1] == 1'000'000 && outOfOrder == 0) << outOfOrder;
 }
 
 TEST(DispatchQueue, MixedSyncAndAsyncFromFourThreadsExcludeEachOther) {
@@ -61,12 +53,11 @@ TEST(DispatchQueue, ABarrierRunsAloneAfterEarlierBlocksAndBeforeLaterOnes) {
   const dispatch_queue_t queue = dispatch_queue_create("barriers", concurrentKind);
   std::latch bothInside(2);
   std::atomic<int> done{0};
-  for (int block = 0; block < 2; ++block) {
-    dispatch_async(queue, [&] {
-      bothInside.arrive_and_wait();  // returns only if the two run at once
-      ++done;
-    });
-  }
+  const auto meet = [&] {
+    bothInside.arrive_and_wait();  // returns only if the two run at once
+    ++done;
+  };
+  for (int block = 0; block < 2; ++block) dispatch_async(queue, meet);
   int seen = -1;  // plain: the barriers alone protect it
   dispatch_barrier_async(queue, [&] { seen = done; });
   dispatch_async(queue, [&] { EXPECT_EQ(seen, 2); });
@@ -79,15 +70,14 @@ TEST(DispatchQueue, MakesProgressBehindTwoHundredBlocksWhoseWaitsItDoesNotKnow) 
   const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   const auto waitForTheLast = [&](int blocks) {
     std::latch done(blocks + 1);
-    for (int block = 0; block < blocks; ++block) {
-      dispatch_async(queue, [&] {
-        char byte;
-        EXPECT_EQ(read(ends[0], &byte, 1), 1);
-        done.count_down();
-      });
-    }
+    const auto readByte = [&] {
+      char byte;
+      EXPECT_EQ(read(ends[0], &byte, 1), 1);
+      done.count_down();
+    };
+    for (int block = 0; block < blocks; ++block) dispatch_async(queue, readByte);
+    const std::string bytes(static_cast<std::size_t>(blocks), '!');
     dispatch_async(queue, [&] {
-      const std::string bytes(static_cast<std::size_t>(blocks), '!');
       EXPECT_EQ(write(ends[1], bytes.data(), bytes.size()), blocks);
       done.count_down();
     });
@@ -97,58 +87,49 @@ TEST(DispatchQueue, MakesProgressBehindTwoHundredBlocksWhoseWaitsItDoesNotKnow) 
   // As many blocked threads as processors, while others sleep or have just stopped to look for
   // work.
   for (int round = 0; round < 200; ++round) waitForTheLast(round % 8);
-  close(ends[0]);
-  close(ends[1]);
+  for (const int end : ends) close(end);
 }
 
 // There are more blocks than the pool may have threads: a thread that waits for a queue must not
 // wait for the blocks that were submitted to the pool before the queue's.
 TEST(DispatchQueue, ThreadsThatWaitForQueuesDoNotWaitForTheRestOfThePool) {
-  constexpr int blocks = 1500;
   const dispatch_queue_t global = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   const dispatch_queue_t shared = dispatch_queue_create("shared", concurrentKind);
-  std::latch done(blocks);
+  std::latch done(1500);
   std::atomic<int> sum{0};
-  const auto useQueues = [&] {
+  const auto useQueues = [&](std::latch& latch) {
     const dispatch_queue_t serial = dispatch_queue_create("serial");
     const dispatch_queue_t concurrent = dispatch_queue_create("concurrent", concurrentKind);
-    dispatch_async(serial, [&] { ++sum; });
-    dispatch_sync(serial, [&] { ++sum; });
-    dispatch_barrier_async(concurrent, [&] { ++sum; });
-    dispatch_sync(concurrent, [&] { ++sum; });
-    for (int reader = 0; reader < 3; ++reader) dispatch_async(concurrent, [&] { ++sum; });
-    dispatch_barrier_sync(concurrent, [&] { ++sum; });
-    dispatch_barrier_async(shared, [&] { ++sum; });
-    dispatch_sync(shared, [&] { ++sum; });
+    const auto count = [&] { ++sum; };
+    dispatch_async(serial, count);
+    dispatch_sync(serial, count);
+    dispatch_barrier_async(concurrent, count);
+    dispatch_sync(concurrent, count);
+    for (int reader = 0; reader < 3; ++reader) dispatch_async(concurrent, count);
+    dispatch_barrier_sync(concurrent, count);
+    dispatch_barrier_async(shared, count);
+    dispatch_sync(shared, count);
+    latch.count_down();
   };
-  for (int block = 0; block < blocks; ++block) {
-    dispatch_async(global, [&] {
-      useQueues();
-      done.count_down();
-    });
-  }
+  for (int block = 0; block < 1500; ++block) dispatch_async(global, [&] { useQueues(done); });
   await(done);
-  EXPECT_EQ(sum, blocks * 10);
 
   // The same while the pool is used up by blocks that wait for this thread, inside and outside of
   // it.
   const dispatch_semaphore_t goOn = dispatch_semaphore_create(0);
-  std::latch over(600), inside(1);
+  std::latch over(600), inside(2);
   for (int block = 0; block < 600; ++block) {
     dispatch_async(global, [&, block] {
-      if (block == 500) {
-        useQueues();
-        inside.count_down();
-      }
+      if (block == 500) useQueues(inside);
       dispatch_semaphore_wait(goOn, DISPATCH_TIME_FOREVER);
       over.count_down();
     });
   }
-  useQueues();
+  useQueues(inside);
   await(inside);
   for (int block = 0; block < 600; ++block) dispatch_semaphore_signal(goOn);
   await(over);
-  EXPECT_EQ(sum, (blocks + 2) * 10);
+  EXPECT_EQ(sum, (1500 + 2) * 10);
 }
 
 TEST(DispatchQueue, LeavesSurplusThreadsAsleepAfterABurst) {
@@ -161,7 +142,7 @@ TEST(DispatchQueue, LeavesSurplusThreadsAsleepAfterABurst) {
   };
   const dispatch_semaphore_t goOn = dispatch_semaphore_create(0);
   std::latch inside(burst), over(burst);
-  std::array<int, burst> threads;
+  int threads[burst];
   for (int& thread : threads) {
     dispatch_async(global, [&] {
       thread = currentThreadIdentifier();
@@ -186,14 +167,11 @@ TEST(DispatchQueue, LeavesSurplusThreadsAsleepAfterABurst) {
 }
 
 TEST(DispatchQueue, KeepsAReleasedQueueUntilItsWorkIsDoneAndThenLetsItGo) {
-  for (const DispatchQueueKind kind : {serialKind, concurrentKind}) {
+  for (const auto kind : {DispatchQueueKind::serial, concurrentKind}) {
     dispatch_queue_t queue = dispatch_queue_create("short-lived", kind);
     const WeakRef<DispatchQueue> weak(queue);
     std::latch done(100);
-    for (int block = 0; block < 99; ++block) {
-      dispatch_async(queue,
-                     [&, captured = std::make_shared<int>(1)] { done.count_down(*captured); });
-    }
+    for (int block = 0; block < 99; ++block) dispatch_async(queue, [&] { done.count_down(); });
     dispatch_sync(queue, [&] {
       queue = nullptr;  // the last reference, from inside
       done.count_down();
@@ -222,45 +200,38 @@ TEST(DispatchQueue, SyncNestsAcrossQueuesAndPassesExceptionsOn) {
   EXPECT_EQ(depth, 3);
 }
 
-TEST(DispatchQueueDeathTest, WaitingForOneselfStopsTheProcess) {
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  const auto waitOn = [](const dispatch_queue_t& queue, auto wait) {
-    dispatch_barrier_sync(
-        queue, [&] { dispatch_sync(dispatch_queue_create("between"), [&] { wait(queue); }); });
-  };
-  const auto sync = [](const dispatch_queue_t& queue) { dispatch_sync(queue, [] {}); };
-  const auto barrier = [](const dispatch_queue_t& queue) { dispatch_barrier_sync(queue, [] {}); };
+TEST(DispatchQueueDeathTest, MisuseIsReportedByFunctionAndExitNeedsNoEndOfTheWork) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
   const dispatch_queue_t mine = dispatch_queue_create("mine");
   const dispatch_queue_t ours = dispatch_queue_create("ours", concurrentKind);
-  EXPECT_DEATH(waitOn(mine, sync), "^dispatch_sync onto the queue \"mine\"");
-  EXPECT_DEATH(waitOn(ours, sync), "onto the queue \"ours\"");
-  EXPECT_DEATH(waitOn(ours, barrier), "^dispatch_barrier_sync onto the queue \"ours\"");
-  EXPECT_DEATH(dispatch_sync(dispatch_get_main_queue(), [] {}), "onto the queue \"main-thread\"");
-}
-
-TEST(DispatchQueueDeathTest, NilArgumentsAreReportedByFunctionAndNilBlocksAreNothingToDo) {
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  const Block<void()> block = [] {};
+  const Block<void()> block = [] {}, none;
   const dispatch_time_t later = dispatch_time(DISPATCH_TIME_NOW, NSEC_PER_SEC);
-  const std::pair<const char*, std::function<void()>> calls[] = {
-      {"dispatch_async .* queue", [&] { dispatch_async(nullptr, block); }},
-      {"dispatch_sync .* queue", [&] { dispatch_sync(nullptr, block); }},
-      {"dispatch_barrier_async .* queue", [&] { dispatch_barrier_async(nullptr, block); }},
-      {"dispatch_barrier_sync .* queue", [&] { dispatch_barrier_sync(nullptr, block); }},
-      {"dispatch_after .* queue", [&] { dispatch_after(later, nullptr, block); }},
-      {"dispatch_semaphore_wait .* semaphore", [] { dispatch_semaphore_wait(nullptr, 0); }},
-      {"dispatch_semaphore_signal .* semaphore", [] { dispatch_semaphore_signal(nullptr); }},
-      {"dispatch_source_set_timer .* source", [] { dispatch_source_set_timer(nullptr, 0, 1, 0); }},
-      {"dispatch_source_set_event_handler .* source",
-       [&] { dispatch_source_set_event_handler(nullptr, block); }},
-      {"dispatch_source_set_cancel_handler .* source",
-       [&] { dispatch_source_set_cancel_handler(nullptr, block); }},
-      {"dispatch_resume .* source", [] { dispatch_resume(nullptr); }},
-      {"dispatch_suspend .* source", [] { dispatch_suspend(nullptr); }},
+  const auto waitOn = [&](const dispatch_queue_t& queue, auto wait) {
+    const auto inside = [&] { wait(queue, block); };
+    dispatch_barrier_sync(queue, [&] { dispatch_sync(dispatch_queue_create("between"), inside); });
   };
-  for (const auto& [message, call] : calls) EXPECT_DEATH(call(), std::string("^") + message);
-
-  const Block<void()> none;
+  const auto sync = [](auto&... arguments) { dispatch_sync(arguments...); };
+  const auto barrier = [](auto&... arguments) { dispatch_barrier_sync(arguments...); };
+  const std::pair<const char*, std::function<void()>> calls[] = {
+      {"sync onto the queue \"mine\"", [&] { waitOn(mine, sync); }},
+      {"sync onto the queue \"ours\"", [&] { waitOn(ours, sync); }},
+      {"barrier_sync onto the queue \"ours\"", [&] { waitOn(ours, barrier); }},
+      {"sync .*\"main-thread\"", [&] { dispatch_sync(dispatch_get_main_queue(), block); }},
+      {"async .* queue", [&] { dispatch_async(nullptr, block); }},
+      {"sync .* queue", [&] { dispatch_sync(nullptr, block); }},
+      {"barrier_async .* queue", [&] { dispatch_barrier_async(nullptr, block); }},
+      {"barrier_sync .* queue", [&] { dispatch_barrier_sync(nullptr, block); }},
+      {"after .* queue", [&] { dispatch_after(later, nullptr, block); }},
+      {"semaphore_wait .* semaphore", [] { dispatch_semaphore_wait(nullptr, 0); }},
+      {"semaphore_signal .* semaphore", [] { dispatch_semaphore_signal(nullptr); }},
+      {"source_set_timer .* source", [] { dispatch_source_set_timer(nullptr, 0, 1, 0); }},
+      {"source_set_event_handler ", [&] { dispatch_source_set_event_handler(nullptr, block); }},
+      {"source_set_cancel_handler ", [&] { dispatch_source_set_cancel_handler(nullptr, block); }},
+      {"resume .* source", [] { dispatch_resume(nullptr); }},
+      {"suspend .* source", [] { dispatch_suspend(nullptr); }},
+  };
+  for (const auto& [message, call] : calls)
+    EXPECT_DEATH(call(), std::string("^dispatch_") + message);
   for (const dispatch_queue_t& queue : {dispatch_queue_create(nullptr), dispatch_queue_t()}) {
     dispatch_async(queue, none);
     dispatch_sync(queue, none);
@@ -268,15 +239,10 @@ TEST(DispatchQueueDeathTest, NilArgumentsAreReportedByFunctionAndNilBlocksAreNot
     dispatch_barrier_sync(queue, none);
     dispatch_after(later, queue, none);
   }
-}
-
-TEST(DispatchQueueDeathTest, ExitWithWorkPendingNeitherHangsNorCrashes) {
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  const auto exitBusy = [] {
-    const dispatch_queue_t queues[]{dispatch_queue_create("busy"),
-                                    dispatch_queue_create("many", concurrentKind)};
-    for (int block = 0; block < 200'000; ++block) dispatch_async(queues[block % 2], [] {});
-    dispatch_async(dispatch_get_main_queue(), [] {});
+  const auto exitBusy = [&] {
+    for (int number = 0; number < 200'000; ++number)
+      dispatch_async(number % 2 ? mine : ours, block);
+    dispatch_async(dispatch_get_main_queue(), block);
     std::exit(7);
   };
   EXPECT_EXIT(exitBusy(), testing::ExitedWithCode(7), "");

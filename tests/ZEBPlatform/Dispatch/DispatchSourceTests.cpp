@@ -11,17 +11,12 @@
 
 namespace zeb::test {
 
-namespace {
-
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-const dispatch_queue_t& defaultQueue() {
-  static const dispatch_queue_t queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
-  return queue;
+static dispatch_queue_t defaultQueue() {
+  return dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
 }
-
-}  // namespace
 
 TEST(DispatchSource, ABusyQueueGetsOneLateFiringAndNoBurst) {
   const dispatch_queue_t queue = dispatch_queue_create("timer");
@@ -137,13 +132,11 @@ TEST(DispatchSourceDeathTest, AnExceptionStopsTheProcessWhereItIsThrown) {
     isTimer ? dispatch_resume(timer) : dispatch_async(queue, fail);
     dispatch_semaphore_wait(dispatch_semaphore_create(0), DISPATCH_TIME_FOREVER);
   };
-  const dispatch_queue_t serial = dispatch_queue_create("serial");
-  const dispatch_queue_t concurrent =
-      dispatch_queue_create("concurrent", DispatchQueueKind::concurrent);
-  for (const dispatch_queue_t& queue : {serial, concurrent, defaultQueue()}) {
-    for (const bool isTimer : {true, false}) {
+  for (const dispatch_queue_t& queue :
+       {dispatch_queue_create("serial"), defaultQueue(),
+        dispatch_queue_create("concurrent", DispatchQueueKind::concurrent)}) {
+    for (const bool isTimer : {true, false})
       EXPECT_EXIT(runOn(queue, isTimer), testing::KilledBySignal(SIGABRT), "mine");
-    }
   }
 }
 
