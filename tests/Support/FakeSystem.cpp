@@ -31,10 +31,6 @@ constexpr std::int64_t second = 1'000'000'000;
 constinit std::atomic<bool> isFaked{false};
 constinit std::atomic<std::int64_t> monotonicTime{0}, timePerReading{0}, wallTime{0};
 
-std::int64_t nanosecondsIn(double seconds) {
-  return std::llround(seconds * static_cast<double>(second));
-}
-
 std::mutex mutex;
 std::map<int, std::int64_t> moments;  ///< of the timer descriptors
 
@@ -70,11 +66,11 @@ FakeClock::~FakeClock() {
 void FakeClock::advance(double seconds) {
   std::lock_guard guard(mutex);
   setWallClockForward(seconds);
-  monotonicTime += nanosecondsIn(seconds);
+  monotonicTime += std::llround(seconds * 1e9);
   fireDue();
 }
 
-void FakeClock::setWallClockForward(double seconds) { wallTime += nanosecondsIn(seconds); }
+void FakeClock::setWallClockForward(double seconds) { wallTime += std::llround(seconds * 1e9); }
 
 void FakeClock::advanceAtEachReading(std::int64_t nanoseconds) { timePerReading = nanoseconds; }
 

@@ -65,4 +65,9 @@ class Track : public NSObject {
   double rank_ = 0;
 };
 
+inline void exchangeMethods(Class* cls, SEL one, SEL other) {
+  method_exchangeImplementations(class_getInstanceMethod(cls, one),
+                                 class_getInstanceMethod(cls, other));
+}
+
 }  // namespace zeb::test

@@ -1,9 +1,6 @@
 #include <ZEBPlatform/Concurrency/detail/CallGuard.h>
-#include <ZEBPlatform/Concurrency/detail/FrameStack.h>
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <gtest/gtest.h>
-
-#include <thread>
 
 namespace zeb::test {
 
@@ -19,19 +16,6 @@ TEST(CallGuard, AdmitsTheOutermostCallAndForgetsItAlsoAfterAnException) {
     } catch (int) {
     }
   }
-}
-
-TEST(FrameStack, FindsTheInnermostFrameOfItsThreadAndKind) {
-  struct Frame : detail::FrameStack<Frame> {};
-  struct Other : detail::FrameStack<Other> {};
-  const Frame outer;
-  {
-    const Frame inner;
-    const Other other;
-    EXPECT_EQ(Frame::innermost(), &inner);
-    std::thread([] { EXPECT_EQ(Frame::innermost(), nullptr); }).join();
-  }
-  EXPECT_TRUE(Frame::innermost() == &outer && !Other::innermost());
 }
 
 TEST(NeverDestroyedDeathTest, OutlivesTheExitOfTheProcess) {

@@ -6,17 +6,12 @@
 
 namespace zeb::test {
 
-using detail::newWorkItem;
-using detail::WorkItem;
-using detail::WorkItemMemory;
-
-namespace {
+using namespace detail;
 
 struct Ticket {
-  std::size_t producer = 0;
-  int number = 0;
+  int producer = 0, number = 0;
 };
-thread_local Ticket lastRun;
+static thread_local Ticket lastRun;
 
 /// Uses blocks while the thread's other local objects are being destroyed.
 struct AtThreadEnd {
@@ -29,24 +24,21 @@ struct AtThreadEnd {
   WorkItem* early = nullptr;
 };
 
-}  // namespace
-
 TEST(WorkList, GivesEachItemToOneConsumerInItsProducersOrder) {
   constexpr int perProducer = 50'000;
   const auto captured = std::make_shared<int>(0);
-  detail::WorkList list;
+  WorkList list;
   std::atomic<int> left = 2 * perProducer, outOfOrder = 0;
   storm(4, [&](int thread, std::mt19937&) {
     if (thread < 2) {
       thread_local AtThreadEnd atEnd;
       atEnd.early = newWorkItem([captured] {});
       for (int number = 1; number <= perProducer; ++number) {
-        const Ticket ticket{static_cast<std::size_t>(thread), number};
-        list.push(*newWorkItem([captured, ticket] { lastRun = ticket; }));
+        list.push(*newWorkItem([captured, thread, number] { lastRun = {thread, number}; }));
       }
       return;
     }
-    std::array<int, 2> last{};
+    int last[2] = {};
     while (left > 0) {
       WorkItem* item = list.pop();
       if (!item) continue;
@@ -56,9 +48,7 @@ TEST(WorkList, GivesEachItemToOneConsumerInItsProducersOrder) {
       --left;
     }
   });
-  EXPECT_TRUE(list.isEmpty());
-  EXPECT_EQ(list.pop(), nullptr);
-  EXPECT_EQ(left, 0);
+  EXPECT_TRUE(list.isEmpty() && !list.pop() && left == 0);
   EXPECT_EQ(outOfOrder, 0);
   EXPECT_EQ(captured.use_count(), 1);
 }

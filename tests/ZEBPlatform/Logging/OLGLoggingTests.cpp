@@ -4,16 +4,15 @@
 
 #include "Support/LogRecorder.h"
 
-namespace zeb {
-namespace {
+namespace zeb::test {
 
-void logLine(std::string_view message, std::int32_t level = OLGLevelError) {
+static void logLine(std::string_view message, std::int32_t level = OLGLevelError) {
   OLGLogMessage({nullptr, level, "channel", "file", "function", 7, message});
 }
 
 TEST(OLGLogging, LevelsFilterAndHandlersGetTheWholeRecord) {
   EXPECT_TRUE(OLGCanLog(nullptr, 5, "any") && !OLGCanLog(nullptr, OLGLevelDebug, "any"));
-  test::LogRecorder recorder;
+  LogRecorder recorder;
   OLGSetLevel(OLGLevelError);
   OLGSetChannelLevel("own", OLGLevelNotice);
   EXPECT_TRUE(OLGCanLog(nullptr, OLGLevelNotice, "own") && OLGCanLog(nullptr, 3, "any"));
@@ -46,7 +45,7 @@ TEST(OLGLogging, WithoutAHandlerLinesGoToStandardError) {
 }
 
 TEST(OLGLogging, HandlersMayThrowLogAndBeReplacedAnyTime) {
-  const test::LogRecorder restoring;
+  const LogRecorder restoring;
   OLGSetHandler([](const OLGRecord&) { throw std::runtime_error("dropped"); });
   logLine("text");
   std::string order;
@@ -59,5 +58,4 @@ TEST(OLGLogging, HandlersMayThrowLogAndBeReplacedAnyTime) {
   EXPECT_EQ(order, "inner outer");
 }
 
-}  // namespace
-}  // namespace zeb
+}  // namespace zeb::test

@@ -1,4 +1,3 @@
-#include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Runtime.h>
 
 #include "Support/Support.h"
@@ -29,49 +28,6 @@ TEST(KeyValueCoding, ReachesPropertiesMethodsAndEntries) {
   for (const auto& [receiver, path, value] : cases)
     EXPECT_EQ(valueForKeyPath(receiver, path), value) << path;
   EXPECT_EQ(send(track, "valueForKeyPath:"_sel, "next.title"), "Two");
-}
-
-struct Shelf : NSObject {
-  using Counts = std::map<std::string, std::optional<int>>;
-  Class* classObject() const override {
-    static Class* const cls = registerClass(
-        "Shelf", {property(
-                      "names", [](const Shelf& self) { return self.names; },
-                      [](Shelf& self, std::vector<std::string> given) { self.names = given; }),
-                  property(
-                      "counts", [](const Shelf& self) { return self.counts; },
-                      [](Shelf& self, const Counts& given) { self.counts = given; }),
-                  property(
-                      "width", [](const Shelf& self) { return self.width; },
-                      [](Shelf& self, std::optional<double> given) { self.width = given; })});
-    return cls;
-  }
-  std::vector<std::string> names;
-  Counts counts;
-  std::optional<double> width;
-};
-
-TEST(KeyValueCoding, ConvertsOptionalsAndContainers) {
-  const auto shelf = makeRef<Shelf>();
-  const NSArray names{"one", "two"}, empty = NSArray::array();
-  const NSDictionary counts{{"a", 1}, {"b", NSNull::null()}};
-  const struct {
-    NSString key;
-    Value value, stored, wrong;
-  } cases[] = {
-      {"names", names, names, NSArray{"one", 2}},
-      {"names", nullptr, empty, "no array"},
-      {"counts", counts, counts, NSDictionary{{"a", "1"}, {"b", empty}}},
-      {"counts", nullptr, NSDictionary::dictionary(), empty},
-      {"width", 2.5, 2.5, empty},
-      {"width", nullptr, nullptr, empty},
-  };
-  for (const auto& [key, value, stored, wrong] : cases) {
-    const auto setWrong = [&] { setValueForKey(shelf, wrong, key); };
-    EXPECT_EQ(raisedName(setWrong), NSInvalidArgumentException) << key << wrong;
-    setValueForKey(shelf, value, key);
-    EXPECT_EQ(valueForKey(shelf, key), stored) << key;
-  }
 }
 
 TEST(KeyValueCoding, RefusesWhatIsNotThere) {

@@ -77,17 +77,12 @@ TEST_F(KeyValueObserving, HearsEachWayOfChangingOnce) {
 
   // Swizzled or overridden setters still tell, and once.
   Class* const cls = Track::runtimeClass();
-  const auto loudly = [](Track& self, int plays) {
-    send(self, "loudly_setPlays:"_sel, plays * 100);
-  };
-  extendClass(cls, {method("loudly_setPlays:", loudly)});
-  const auto exchange = [cls] {
-    method_exchangeImplementations(class_getInstanceMethod(cls, "setPlays:"_sel),
-                                   class_getInstanceMethod(cls, "loudly_setPlays:"_sel));
-  };
-  exchange();
+  const SEL loudly = "loudly_setPlays:"_sel;
+  extendClass(cls, {method(loudly.name(),
+                           [=](Track& self, int plays) { send(self, loudly, plays * 100); })});
+  exchangeMethods(cls, "setPlays:"_sel, loudly);
   send(track, "setPlays:"_sel, 6);
-  exchange();
+  exchangeMethods(cls, "setPlays:"_sel, loudly);
   const IMP getter = class_replaceMethod(cls, "plays"_sel, [](const Track&) { return -1; });
   send(track, "setPlays:"_sel, 7);
   class_replaceMethod(cls, "plays"_sel, getter);
@@ -217,7 +212,6 @@ TEST_F(KeyValueObserving, KeepsLittleMemoryWhileAChangeGoesOn) {
   EXPECT_EQ(taken(), "titleOne\n");
 }
 
-/// Counts, and looks at what it is told of.
 struct StormObserver : NSObject, NSKeyValueObserver {
   void observeValueForKeyPath(const NSString&, const Value& object, const KeyValueChange& change,
                               void*) override {
@@ -229,13 +223,12 @@ struct StormObserver : NSObject, NSKeyValueObserver {
 };
 
 TEST(KeyValueObservingStorm, ThreadsAddRemoveChangeAndDestroy) {
-  constexpr int rounds = 300;
   const auto root = makeRef<Track>();
   const Ref<Track> middles[] = {makeRef<Track>(), makeRef<Track>(), makeRef<Track>()};
   const auto steady = makeRef<StormObserver>();
   addObserver(root, steady, "plays", New);
   storm(4, [&](int, std::mt19937& random) {
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < 300; ++round) {
       auto mine = makeRef<StormObserver>();
       mine->then = [&root] {
         const auto inner = makeRef<StormObserver>();
@@ -253,7 +246,7 @@ TEST(KeyValueObservingStorm, ThreadsAddRemoveChangeAndDestroy) {
       removeObserver(root, mine, "next.plays");
     }
   });
-  EXPECT_EQ(steady->told.load(), 4 * rounds) << "no change is lost";
+  EXPECT_EQ(steady->told.load(), 4 * 300) << "no change is lost";
 }
 
 }  // namespace zeb::test

@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Runtime.h>
 
@@ -8,14 +9,26 @@ namespace zeb::test {
 
 struct Unregistered : NSObject {};
 
-TEST(Send, SelectorsAreInternedAcrossThreads) {
+TEST(Send, SelectorsAreInternedAndLookedUpWhileClassesChange) {
+  const auto one = [](const Value&) { return 1; };
+  Class* const cls = registerClass("Busy", {method("steady", one)});
+  const Value receiver = makeRef<Unregistered>();
   std::vector<SEL> seen[4];
   storm(4, [&](int thread, std::mt19937&) {
-    for (int i = 0; i < 2000; ++i)
-      seen[thread].push_back(sel_registerName("s" + std::to_string(i) + ":"));
+    for (int i = 0; i < 2000; ++i) {
+      seen[thread].push_back(sel_registerName("s" + std::to_string(i)));
+      if (thread == 0 && i % 8 == 0) {
+        class_addMethod(cls, seen[0][i], one);
+        class_replaceMethod(cls, "steady"_sel, one);
+        exchangeMethods(cls, "steady"_sel, "s0"_sel);
+      }
+      const Method method = class_getInstanceMethod(cls, "steady"_sel);
+      ASSERT_EQ(method_getImplementation(method)(receiver, "steady"_sel, {}), 1);
+    }
   });
   for (const auto& mine : seen) EXPECT_EQ(mine, seen[0]);
-  EXPECT_STREQ(seen[0][7].name(), "s7:");
+  EXPECT_STREQ(seen[0][7].name(), "s7");
+  EXPECT_TRUE(class_getInstanceMethod(cls, "s0"_sel) && class_getInstanceMethod(cls, "s1992"_sel));
   const char* const noName = nullptr;
   EXPECT_FALSE(SEL() || SEL() == ""_sel || objc_lookUpClass(noName));
   EXPECT_EQ(sel_registerName(noName), ""_sel);
@@ -41,13 +54,33 @@ TEST(Send, ConvertsArgumentsAndResults) {
   EXPECT_STREQ(encoding("isBefore:"_sel), "B@:@");
 }
 
+TEST(Send, ConvertsOptionalsAndContainersBothWays) {
+  using Counts = std::map<std::string, std::optional<int>>;
+  Class* const cls = registerClass(
+      "Shelf", {classMethod("names:", [](const std::vector<std::string>& given) { return given; }),
+                classMethod("counts:", [](const Counts& given) { return given; }),
+                classMethod("width:", [](std::optional<double> given) { return given; })});
+  const NSArray names{"one", "two"}, empty = NSArray::array();
+  const NSDictionary counts{{"a", 1}, {"b", NSNull::null()}};
+  const std::tuple<SEL, Value, Value, Value> cases[] = {
+      {"names:"_sel, names, names, NSArray{"one", 2}},
+      {"names:"_sel, nullptr, empty, "no array"},
+      {"counts:"_sel, counts, counts, NSDictionary{{"a", "1"}, {"b", empty}}},
+      {"counts:"_sel, nullptr, NSDictionary::dictionary(), empty},
+      {"width:"_sel, 2.5, 2.5, empty},
+      {"width:"_sel, nullptr, nullptr, empty},
+  };
+  for (const auto& [selector, value, converted, wrong] : cases) {
+    EXPECT_EQ(send(cls, selector, value), converted) << selector.name();
+    EXPECT_EQ(raisedName([&] { send(cls, selector, wrong); }), NSInvalidArgumentException) << wrong;
+  }
+}
+
 TEST(Send, ReportsWhatDoesNotFit) {
   const auto track = Track::trackWithTitle("Song");
   const auto other = makeRef<Unregistered>();
   Class* const cls = Track::runtimeClass();
   const std::pair<std::function<void()>, const char*> cases[] = {
-      {[&] { send(track, "setTitle:"_sel, 5); },
-       "-[Track setTitle:]: argument 1 is NSNumber, wanted is zeb::NSString"},
       {[&] { send(track, "setPlays:"_sel, NSArray{1}); },
        "-[Track setPlays:]: argument 1 is NSArray, wanted is long"},
       {[&] { send(track, "setNext:"_sel, other); },
@@ -82,8 +115,7 @@ TEST(Send, ReportsWhatDoesNotFit) {
 
 TEST(SendDeathTest, UnknownSelectorsStopTheProcess) {
   const auto track = makeRef<Track>();
-  EXPECT_DEATH(send(track, "init"_sel),
-               "^-\\[Track init\\]: unrecognized selector sent to instance 0x");
+  EXPECT_DEATH(send(track, "init"_sel), "^-\\[Track init\\]: unrecognized .* to instance 0x");
   EXPECT_DEATH(send(makeRef<Unregistered>(), "init"_sel), "-\\[Unregistered init\\]: unrecognized");
   EXPECT_DEATH(send(Track::runtimeClass(), "new"_sel),
                "^\\+\\[Track new\\]: unrecognized selector sent to class 0x");
@@ -127,47 +159,22 @@ TEST(Send, MethodsCanBeAddedReplacedAndExchanged) {
   EXPECT_TRUE(send<bool>(objc_lookUpClass("LongTrack"), "isSubclassOfClass:"_sel, cls));
   EXPECT_EQ(send(longTrack, "title"_sel), "long");
   EXPECT_FALSE(class_addMethod(cls, "title"_sel, [](const Value&) { return 0; }));
-  extendClass(cls, {method("shout", [](const Track& self) {
-                return self.title().stringByAppendingString("!");
-              })});
+  const auto shout = [](const Track& self) { return self.title().stringByAppendingString("!"); };
+  extendClass(cls, {method("shout", shout)});
   longTrack->setTitle("Suite");
   EXPECT_EQ(send(longTrack, "shout"_sel), "Suite!") << "a category reaches subclasses";
-  const auto exchange = [cls] {
-    method_exchangeImplementations(class_getInstanceMethod(cls, "title"_sel),
-                                   class_getInstanceMethod(cls, "shout"_sel));
-  };
+  const auto exchange = [cls] { exchangeMethods(cls, "title"_sel, "shout"_sel); };
   exchange();
   EXPECT_EQ(send(track, "title"_sel), "Song!");
   EXPECT_EQ(send(track, "shout"_sel), "Song");
-  const IMP old = class_replaceMethod(cls, "title"_sel,
-                                      [](const Value& self, SEL selector, std::span<const Value>) {
-                                        return Value(detail::methodName(self, selector));
-                                      });
+  const auto untyped = [](const Value& self, SEL selector, std::span<const Value>) {
+    return Value(detail::methodName(self, selector));
+  };
+  const IMP old = class_replaceMethod(cls, "title"_sel, untyped);
   EXPECT_EQ(send(track, "title"_sel), "-[Track title]");
   class_replaceMethod(cls, "title"_sel, old);
   exchange();
   EXPECT_EQ(send(track, "title"_sel), "Song");
-}
-
-TEST(Send, LooksUpWhileClassesChange) {
-  Class* const cls = registerClass("Busy", {method("steady", [](const Value&) { return 1; })});
-  std::atomic<bool> done = false;
-  const Value receiver = makeRef<Unregistered>();
-  storm(4, [&](int thread, std::mt19937&) {
-    while (thread > 0 && !done) {
-      const Method method = class_getInstanceMethod(cls, "steady"_sel);
-      ASSERT_EQ(method_getImplementation(method)(receiver, "steady"_sel, {}), 1);
-    }
-    const auto one = [](const Value&) { return 1; };
-    for (int i = 0; thread == 0 && i < 300; ++i) {
-      class_addMethod(cls, sel_registerName("m" + std::to_string(i)), one);
-      class_replaceMethod(cls, "steady"_sel, one);
-      method_exchangeImplementations(class_getInstanceMethod(cls, "steady"_sel),
-                                     class_getInstanceMethod(cls, "m0"_sel));
-    }
-    done = true;
-  });
-  EXPECT_TRUE(class_getInstanceMethod(cls, "m0"_sel) && class_getInstanceMethod(cls, "m299"_sel));
 }
 
 }  // namespace zeb::test
