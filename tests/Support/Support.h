@@ -7,8 +7,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <ctime>
-#include <functional>
 #include <random>
 #include <thread>
 
@@ -88,9 +86,8 @@ inline std::vector<std::string> collidingKeys(std::size_t count) {
   const std::vector<std::string> heads = pairsFrom(detail::startHash(32), state);
   const std::vector<std::string> tails = pairsFrom(detail::mixHash(state, 0), state);
   std::vector<std::string> keys;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < count; ++i)
     keys.push_back(heads[i / tails.size()] + tails[i % tails.size()]);
-  }
   return keys;
 }
 

@@ -6,16 +6,13 @@ namespace zeb::test {
 
 TEST(CallGuard, AdmitsTheOutermostCallAndForgetsItAlsoAfterAnException) {
   bool isCalling = false;
-  for (int call = 0; call < 2; ++call) {
-    try {
-      const detail::CallGuard outer(isCalling);
-      EXPECT_TRUE(outer);
-      EXPECT_FALSE(detail::CallGuard(isCalling));
-      EXPECT_FALSE(detail::CallGuard(isCalling)) << "the refused guard has cleared the flag";
-      throw 1;
-    } catch (int) {
-    }
-  }
+  const auto use = [&] {
+    const detail::CallGuard outer(isCalling);
+    EXPECT_TRUE(outer);
+    for (int refused = 0; refused < 2; ++refused) EXPECT_FALSE(detail::CallGuard(isCalling));
+    throw 1;
+  };
+  for (int call = 0; call < 2; ++call) EXPECT_THROW(use(), int);
 }
 
 TEST(NeverDestroyedDeathTest, OutlivesTheExitOfTheProcess) {

@@ -33,9 +33,8 @@ TEST(WorkList, GivesEachItemToOneConsumerInItsProducersOrder) {
     if (thread < 2) {
       thread_local AtThreadEnd atEnd;
       atEnd.early = newWorkItem([captured] {});
-      for (int number = 1; number <= perProducer; ++number) {
+      for (int number = 1; number <= perProducer; ++number)
         list.push(*newWorkItem([captured, thread, number] { lastRun = {thread, number}; }));
-      }
       return;
     }
     int last[2] = {};

@@ -21,9 +21,8 @@ TEST(DispatchQueue, RunsAMillionPostsOfTwoProducersOneByOneAndInEachOnesOrder) {
   const dispatch_queue_t queue = dispatch_queue_create("order");
   int next[2] = {}, outOfOrder = 0;  // plain: the queue runs one block at a time
   storm(2, [&](int producer, std::mt19937&) {
-    for (int number = 0; number < 500'000; ++number) {
+    for (int number = 0; number < 500'000; ++number)
       dispatch_async(queue, [&, producer, number] { outOfOrder += next[producer]++ != number; });
-    }
   });
   dispatch_sync(queue, [] {});
   EXPECT_TRUE(next[0] + next[1] == 1'000'000 && outOfOrder == 0) << outOfOrder;

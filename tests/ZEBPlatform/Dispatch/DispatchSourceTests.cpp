@@ -119,10 +119,8 @@ TEST(DispatchTime, StaysWithinTheClocksRange) {
 TEST(DispatchSourceDeathTest, AnExceptionStopsTheProcessWhereItIsThrown) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   const auto fail = [] {
-    struct Local {
-      ~Local() { std::_Exit(1); }
-    };
-    const Local local;  // destroyed if the stack is unwound
+    // Destroyed if the stack is unwound.
+    const std::shared_ptr<void> local(nullptr, [](auto) { std::_Exit(1); });
     throw std::runtime_error("mine");
   };
   const auto runOn = [&](const dispatch_queue_t& queue, bool isTimer) {

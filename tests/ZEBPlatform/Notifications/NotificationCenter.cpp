@@ -22,18 +22,15 @@ TEST(NSNotificationCenter, DeliversWhatPassesBothFilters) {
       {nullptr, one, 2},     {"A", two, 1},     {"A", text, 1},    {"A", 5, 1},
       {"A", equalText, 0},   {"B", two, 0}};
   int calls[std::size(cases)] = {}, *counter = calls;
-  for (const auto& [name, posted, expected] : cases) {
+  for (const auto& [name, posted, expected] : cases)
     (void)center->addObserverForName(name, posted, nullptr, counting(*counter++));
-  }
-  for (const Value& posted : {Value(), Value(one), Value(two), Value(text), Value(5)}) {
+  for (const Value& posted : {Value(), Value(one), Value(two), Value(text), Value(5)})
     center->postNotificationName("A", posted);
-  }
   center->postNotificationName("B", one);
   center->postNotificationName("B");
   counter = calls;
-  for (const auto& [name, posted, expected] : cases) {
+  for (const auto& [name, posted, expected] : cases)
     EXPECT_EQ(*counter++, expected) << name << ", " << posted;
-  }
 }
 
 TEST(NSNotificationCenter, HandsOverTheNotificationAndRefusesNone) {

@@ -113,9 +113,8 @@ TEST(NSOperationQueue, KnowsWhereItRuns) {
       EXPECT_EQ(order++, i) << "the underlying queue is serial";
     });
   }
-  for (const dispatch_queue_t& other : {dispatch_queue_t(), dispatch_get_main_queue()}) {
+  for (const dispatch_queue_t& other : {dispatch_queue_t(), dispatch_get_main_queue()})
     EXPECT_EQ(raisedName([&] { queue->setUnderlyingQueue(other); }), NSInvalidArgumentException);
-  }
   queue->setSuspended(false);
   queue->waitUntilAllOperationsAreFinished();
 

@@ -72,9 +72,8 @@ TEST(NSOperation, WaitsForWhatItDependsOn) {
   const auto first = operation([&] { order += '1'; }), second = operation([&] { order += '2'; }),
              third = operation([&] { order += '3'; }), unneeded = operation(),
              dropped = operation();  // does not wait for what finishes later
-  for (const auto& each : {second, first, second, Ref<NSOperation>(), unneeded}) {
+  for (const auto& each : {second, first, second, Ref<NSOperation>(), unneeded})
     third->addDependency(each);
-  }
   second->addDependency(first);
   queue->addOperations({third, nullptr, second}, false);
   EXPECT_FALSE(third->isReady() || second->isReady());
@@ -177,9 +176,8 @@ TEST(NSOperation, LooksThroughLargeGraphsOnce) {
   std::size_t left = count;  // plain: each operation waits for the next one
   for (std::size_t i = count; i-- > 0;) {
     operations[i] = operation([&, i] { EXPECT_EQ(--left, i); });
-    for (std::size_t edge = 0; edge < 5 && i + 1 < count; ++edge) {
+    for (std::size_t edge = 0; edge < 5 && i + 1 < count; ++edge)
       operations[i]->addDependency(operations[edge ? i + 1 + random() % (count - i - 1) : i + 1]);
-    }
   }
   makeRef<NSOperationQueue>()->addOperations(operations, true);
   EXPECT_EQ(left, 0u);

@@ -11,9 +11,8 @@ TEST(RunLoopBlocks, StormsFromTwoThreadsKeepEachOnesOrder) {
   const LoopThread other;
   int next[2] = {0, 0}, outOfOrder = 0;
   storm(2, [&](int producer, std::mt19937&) {
-    for (int number = 0; number < 500'000; ++number) {
+    for (int number = 0; number < 500'000; ++number)
       other.loop->performBlock([&, producer, number] { outOfOrder += next[producer]++ != number; });
-    }
   });
   performOnThread(other.thread, [&] { outOfOrder += next[0] + next[1] != 1'000'000; }, true);
   EXPECT_EQ(outOfOrder, 0);
@@ -43,9 +42,8 @@ TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
     loop->performBlock(Block<void()>());
     loop->performBlock(NSArray::array(), note('!'));
     std::atomic<int> deaths{0};
-    for (const NSArray& modes : {inner, NSArray{"third"}}) {
+    for (const NSArray& modes : {inner, NSArray{"third"}})
       loop->performBlock(modes, [&log, probe = makeRef<Probe>(deaths)] { log += '!'; }, &target);
-    }
     EXPECT_TRUE(runOnce() && log == "bc!]ad3") << log;  // one ran before it was cancelled
     EXPECT_EQ(deaths, 2);
     EXPECT_FALSE(runOnce());

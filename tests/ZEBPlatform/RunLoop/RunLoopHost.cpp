@@ -115,11 +115,9 @@ TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
     const auto source =
         RunLoopDescriptorSource::source(event.descriptor(), DescriptorReadable, serve);
     host.loop->addDescriptorSource(source, NSDefaultRunLoopMode);
-    if (caller == "descriptor") {
-      event.signal();
-    } else if (isInMainQueue) {
-      dispatch_async(dispatch_get_main_queue(), runDialog);
-    } else {
+    if (caller == "descriptor") event.signal();
+    if (isInMainQueue) dispatch_async(dispatch_get_main_queue(), runDialog);
+    if (caller == "block") {
       host.loop->performBlock(runDialog);
       host.loop->performBlock(block);
     }

@@ -17,10 +17,9 @@ TEST(Threads, RunTheirBlockOnceAndEnd) {
   std::atomic<int> deaths{0}, exits{0};
   std::binary_semaphore started(0), mayEnd(0);
   auto thread = makeRef<NSThread>([&, probe = makeRef<Probe>(deaths)] {
-    const Ref<NSThread> self = NSThread::currentThread();
     EXPECT_EQ(systemName(), "a thread with ");  // not half a character
-    EXPECT_EQ(self->runLoop(), NSRunLoop::currentRunLoop());
-    self->threadDictionary().setObject(makeRef<Probe>(deaths), "probe");
+    EXPECT_EQ(NSThread::currentThread()->runLoop(), NSRunLoop::currentRunLoop());
+    NSThread::currentThread()->threadDictionary().setObject(makeRef<Probe>(deaths), "probe");
     EXPECT_LT(remainingStack(), 2'000'000U);  // the usual size is larger, sanitizers add to ours
     started.release();
     mayEnd.acquire();
@@ -30,8 +29,7 @@ TEST(Threads, RunTheirBlockOnceAndEnd) {
   thread->setStackSize(300'001);
   const auto& center = NSNotificationCenter::defaultCenter();
   const auto noteExit = [&](const auto&) { exits += !NSThread::currentThread()->isFinished(); };
-  const auto token =
-      center->addObserverForName(NSThreadWillExitNotification, thread, nullptr, noteExit);
+  center->addObserver(thread, noteExit, NSThreadWillExitNotification, thread);
   thread->start();
   EXPECT_EQ(raisedName([&] { thread->start(); }), NSInvalidArgumentException);
   started.acquire();
@@ -39,7 +37,6 @@ TEST(Threads, RunTheirBlockOnceAndEnd) {
   mayEnd.release();
   performOnThread(thread, [] {}, true);  // returns when the thread has ended
   EXPECT_TRUE(thread->isFinished() && exits == 1 && deaths == 2);
-  center->removeObserver(token);
 
   thread = makeRef<NSThread>([] { FAIL(); });
   thread->cancel();
@@ -82,8 +79,7 @@ TEST(Threads, PerformingOnThem) {
   std::string log;
   performOnThread(self, [&] { log += 'b'; }, false);
   performOnThread(self, [&] { log += 'a'; }, true);
-  runOnce();
-  EXPECT_EQ(log, "ab");
+  EXPECT_TRUE(runOnce() && log == "ab") << log;
   performOnThread(Ref<NSThread>(), [] { FAIL(); }, true);
   performOnThread(self, Block<void()>(), true);
 
