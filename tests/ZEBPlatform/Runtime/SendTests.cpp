@@ -15,7 +15,7 @@ TEST(Send, SelectorsAreInternedAndLookedUpWhileClassesChange) {
   const Value receiver = makeRef<Unregistered>();
   std::vector<SEL> seen[4];
   storm(4, [&](int thread, std::mt19937&) {
-    for (int i = 0; i < 2000; ++i) {
+    for (std::size_t i = 0; i < 2000; ++i) {
       seen[thread].push_back(sel_registerName("s" + std::to_string(i)));
       if (thread == 0 && i % 8 == 0) {
         class_addMethod(cls, seen[0][i], one);
