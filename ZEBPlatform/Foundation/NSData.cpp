@@ -95,6 +95,10 @@ std::string_view NSData::view() const {
 void NSData::enumerateByteRanges(
     FunctionView<bool(std::span<const std::byte> bytes, NSRange range)> visit) const {
   if (isNil() || !visit) return;
+  if (!joinedStorage(storageAs<DataStorage>())) {
+    visit(bytes(), {0, length()});
+    return;
+  }
   // Joined data may consist of joined data: the parts still to visit wait here, next one last.
   std::vector<NSData> waiting{*this};
   std::size_t location = 0;

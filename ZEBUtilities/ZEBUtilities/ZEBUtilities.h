@@ -17,6 +17,7 @@
 #include <ZEBPlatform/Process.h>
 #include <ZEBPlatform/RunLoop.h>
 #include <ZEBPlatform/Runtime.h>
+#include <ZEBPlatform/Security.h>
 #include <ZEBUtilities/Bundle.h>
 #include <ZEBUtilities/Callbacks.h>
 #include <ZEBUtilities/Classes.h>

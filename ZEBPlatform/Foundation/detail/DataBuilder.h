@@ -20,6 +20,13 @@ namespace zeb::detail {
 class DataBuilder {
  public:
   DataBuilder() = default;
+  /// Has room for exactly `capacity` bytes, for data whose length is known.
+  explicit DataBuilder(std::size_t capacity)
+      : memory_(std::malloc(sizeof(DataStorage) + capacity)) {
+    if (!memory_) throw std::bad_alloc();
+    cursor_ = content();
+    limit_ = cursor_ + capacity;
+  }
   DataBuilder(const DataBuilder&) = delete;
   DataBuilder& operator=(const DataBuilder&) = delete;
   ~DataBuilder() { std::free(memory_); }

@@ -9,6 +9,7 @@
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 #include <ZEBUtilities/Collections/ZEBCircularFIFOBuffer.h>
+#include <ZEBUtilities/Encodings/Base32Codec.h>
 #include <ZEBUtilities/JSON/ZEBJSONSerialization.h>
 #include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
 #include <ZEBUtilities/Tasks/ZEBBackgroundTaskHandle.h>
@@ -40,6 +41,7 @@ void ZEBRegisterClasses() {
   ZEBDeallocHook::runtimeClass();
   ZEBWeakValueObject::runtimeClass();
   ZEBJSONSerialization::runtimeClass();
+  Base32Codec::runtimeClass();
   ObjectiveCTypeErasedObservable::runtimeClass();
   ObjectiveCObserverQueue::runtimeClass();
   ZEBFlavoredRange::runtimeClass();

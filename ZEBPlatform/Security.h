@@ -1,0 +1,5 @@
+#pragma once
+
+// The module Security: message digests.
+
+#include <ZEBPlatform/Security/MessageDigest.h>
