@@ -95,8 +95,9 @@ std::string_view NSData::view() const {
 void NSData::enumerateByteRanges(
     FunctionView<bool(std::span<const std::byte> bytes, NSRange range)> visit) const {
   if (isNil() || !visit) return;
-  if (!joinedStorage(storageAs<DataStorage>())) {
-    visit(bytes(), {0, length()});
+  const DataStorage* const data = storageAs<DataStorage>();
+  if (!joinedStorage(data)) {
+    visit({data->bytes, data->length}, {0, data->length});
     return;
   }
   // Joined data may consist of joined data: the parts still to visit wait here, next one last.

@@ -94,7 +94,8 @@ thread_local bool isDestroying = false;
 // that the destruction of another one releases last wait in a list.
 void destroyStorage(Storage* storage) noexcept {
   // These own no values, so destroying them does not recurse.
-  if (storage->kind == ValueKind::String || storage->kind == ValueKind::URL) {
+  const bool isPlainData = storage->kind == ValueKind::Data && !(storage->flags & StorageIndirect);
+  if (storage->kind == ValueKind::String || storage->kind == ValueKind::URL || isPlainData) {
     return destroyNow(storage);
   }
   if (isDestroying) return waiting.push(*storage);

@@ -87,7 +87,9 @@ MessageDigest::MessageDigest(DigestAlgorithm algorithm, std::size_t expectedLeng
   if (!context_) source_.nettle->init(state_);
 }
 
-MessageDigest::~MessageDigest() { EVP_MD_CTX_free(opensslContext(context_)); }
+MessageDigest::~MessageDigest() {
+  if (context_) EVP_MD_CTX_free(opensslContext(context_));
+}
 
 void MessageDigest::update(std::span<const std::byte> bytes) noexcept {
   if (context_) {

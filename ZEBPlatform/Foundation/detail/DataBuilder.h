@@ -75,7 +75,10 @@ class DataBuilder {
     data->bytes = reinterpret_cast<const std::byte*>(data + 1);
     memory_ = nullptr;
     cursor_ = limit_ = nullptr;
-    return NSData(Value(Value::adoptStorage, data));
+    NSData result;
+    // Moved in, because converting the value would count a reference up and down again.
+    static_cast<Value&>(result) = Value(Value::adoptStorage, data);
+    return result;
   }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/ValueStorage.h>
 
 #include <cstdint>
@@ -24,6 +25,14 @@ StringStorage* newStringStorage(std::size_t length) {
 template <class Unit>
 Unit* contentOf(StringStorage* string) noexcept {
   return reinterpret_cast<Unit*>(string + 1);
+}
+
+/// Takes over the only reference to `string`.
+inline NSString adoptString(StringStorage* string) noexcept {
+  NSString result;
+  // Moved in, because converting the value would count a reference up and down again.
+  static_cast<Value&>(result) = Value(Value::adoptStorage, string);
+  return result;
 }
 
 }  // namespace zeb::detail

@@ -177,7 +177,7 @@ NSString Base32Codec::base32StringWithData(const NSData& data) {
   return orNil([&] {
     const std::size_t groups = data.length() / groupBytes + (data.length() % groupBytes != 0);
     detail::StringStorage* const text = detail::newStringStorage<char>(groups * groupCharacters);
-    const NSString result(Value(Value::adoptStorage, text));
+    NSString result = detail::adoptString(text);
     Encoder encoder(detail::contentOf<char>(text));
     data.enumerateByteRanges([&](std::span<const std::byte> range, NSRange) {
       encoder.take(range);

@@ -80,7 +80,7 @@ NSString zeb_hexStringValue(const NSData& data) {
   if (data.isEmpty()) return NSString("");
   if (data.length() > std::numeric_limits<std::uint32_t>::max() / 2) return nullptr;
   detail::StringStorage* const text = detail::newStringStorage<char>(data.length() * 2);
-  const NSString result(Value(Value::adoptStorage, text));
+  NSString result = detail::adoptString(text);
   data.enumerateByteRanges([&](std::span<const std::byte> range, NSRange place) {
     detail::encodeHex(range, detail::contentOf<char>(text) + 2 * place.location);
     return true;
