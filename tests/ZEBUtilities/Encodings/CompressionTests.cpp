@@ -124,7 +124,7 @@ TEST(Compression, BoundsTheContent) {
   EXPECT_LT(bomb.length(), 60'000u);
   EXPECT_EQ(zeb_gzipDecompress(bomb, 50'000'000).length(), 50'000'000u);
   EXPECT_TRUE(log.take().empty());
-  for (const std::size_t limit : {0, 1, 16'384, 49'999'999}) {
+  for (const std::size_t limit : {0u, 1u, 16'384u, 49'999'999u}) {
     EXPECT_TRUE(zeb_gzipDecompress(bomb, limit).isNil());
     EXPECT_EQ(log.take(),
               std::vector{
