@@ -3,11 +3,16 @@
 #include <ZEBUtilities/ZEBUtilities.h>
 
 #include <cstdio>
+#include <string>
 
 int main() {
   using namespace zeb;
   const NSDictionary dictionary{{"a", 1}};
   if (zeb_intForKey(dictionary, "a") != 1) return 1;
+  // Needs outside libraries that only our own libraries refer to.
+  const NSData text = NSData::dataWithBytes(std::string(100, 'a'));
+  if (zeb_gzipDecompress(zeb_gzipCompress(text, 6)) != text) return 1;
+  if (zeb_hexStringValue(zeb_MD5Hash(text)) != "36a92cc94a9e0fa21f625f8bfb007adf") return 1;
   // This program does not refer to the class, so the linker could leave it out of a static library.
   if (!objc_lookUpClass("ZEBObservable")) return 1;
 
