@@ -115,7 +115,8 @@ void NSTimer::fireIfDue() noexcept {
 }
 
 void NSTimer::callBlock() noexcept {
-  if (const Handler handler = this->handler()) handler(Ref<NSTimer>(this));
+  const Ref<NSTimer> self(this);  // the block may drop the caller's reference
+  if (const Handler handler = this->handler()) handler(self);
   if (!repeats_) invalidate();
 }
 

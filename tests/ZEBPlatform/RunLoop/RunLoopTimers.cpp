@@ -1,3 +1,5 @@
+#include <ZEBPlatform/Memory/WeakRef.h>
+
 #include <semaphore>
 
 #include "Support/FakeClock.h"
@@ -118,6 +120,15 @@ TEST(RunLoopTimers, ChangesMadeFromInsideAFiring) {
     EXPECT_TRUE(log == "abcd<ce>" && deaths == 1) << log;
     eager->invalidate();
     EXPECT_FALSE(runOnce());
+    // Drops the last reference to its timer, which is needed until the block is released.
+    Ref<NSTimer> dropped;
+    WeakRef<NSTimer> weak;
+    std::shared_ptr<void> captured(nullptr, [&](void*) { log += weak.lock() ? 'f' : '!'; });
+    dropped = makeRef<NSTimer>(NSDate::date(), 1, false,
+                               [&, captured = std::move(captured)](auto&) { dropped = nullptr; });
+    weak = dropped;
+    dropped->fire();
+    EXPECT_EQ(log.back(), 'f');
   });
 }
 
