@@ -151,6 +151,8 @@ void ZEBTimer::scheduleWithRunLoop(const Ref<NSRunLoop>& runLoop, const NSString
   {
     const detail::LockGuard guard(lock_);
     if (!isValidNow() || gcdSource_) return;
+    // A run-loop timer belongs to one loop; it also continues there after a pause.
+    if (nsTimer_ && targetRunLoop_ != loop) return;
     timer = nsTimer();
     targetRunLoopMode_ = modeName;
     std::swap(targetRunLoop_, stored);

@@ -40,11 +40,11 @@ using ZEBTimerBlock = Block<void(const Ref<ZEBTimer>& timer)>;
 /// on a dispatch queue. After a delay it fires once instead of once for each missed interval, as
 /// `NSTimer` and `DispatchSource` do. Can pause while the application is in the background.
 ///
-/// A timer is scheduled on one run loop (in any number of modes) or on one queue; scheduling it on
-/// the other kind later does nothing. It is valid until it is invalidated: by `invalidate()`, after
-/// its firing if it does not repeat, at the first firing after the target's destruction, and by its
-/// own destruction. It cannot become valid again. Scheduling and firing an invalid timer do
-/// nothing.
+/// A timer is scheduled on one run loop (in any number of modes) or on one queue; scheduling it
+/// elsewhere later does nothing, because the platform's timers have one loop. It is valid until it
+/// is invalidated: by `invalidate()`, after its firing if it does not repeat, at the first firing
+/// after the target's destruction, and by its own destruction. It cannot become valid again.
+/// Scheduling and firing an invalid timer do nothing.
 ///
 /// Ownership: a run loop keeps its timers until they are invalidated or paused. A queue does not
 /// keep them, so that the caller must. The target is held weakly, and strongly during a firing.
@@ -128,7 +128,8 @@ class ZEBTimer : public NSObject {
   }
 
   /// Nil means the calling thread's run loop, and the default mode. May be called again for other
-  /// modes of the same loop.
+  /// modes of the same loop; after a pause, the timer continues in the latest one. A call with
+  /// another loop changes nothing, unless the timer is paused.
   void scheduleWithRunLoop(const Ref<NSRunLoop>& runLoop, const NSString& mode);
   void scheduleWithCurrentRunLoop() { scheduleWithRunLoop(nullptr, nullptr); }
   /// Nil means the global queue of default priority.

@@ -5,6 +5,7 @@
 
 #include "Support/FakeClock.h"
 #include "Support/LogRecorder.h"
+#include "Support/LoopSupport.h"
 #include "Support/Storm.h"
 
 namespace zeb::test {
@@ -121,6 +122,14 @@ TEST(ZEBTimer, IsScheduledOnARunLoopOrAQueue) {
   EXPECT_LT(loop->limitDateForMode(NSDefaultRunLoopMode), NSDate::distantFuture());
   looped->invalidate();
   EXPECT_FALSE(isOnLoop("special")) << "only the first was there";
+
+  const auto paused = idleTimer(reset);
+  paused->scheduleWithRunLoop(loop, "special");
+  onNewThread([&](auto&) { paused->scheduleWithCurrentRunLoop(); });
+  goToBackground();
+  comeBack();
+  EXPECT_TRUE(isOnLoop("special")) << "the other loop was refused";
+  paused->invalidate();
 }
 
 TEST(ZEBTimer, SubclassesCanScheduleTheSource) {
