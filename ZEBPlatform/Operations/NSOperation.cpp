@@ -58,7 +58,7 @@ bool detail::loggingExceptions(const NSOperation& operation, FunctionView<void()
   } catch (const NSException& exception) {
     constexpr const char* channel = "NSOperation";
     if (OLGCanLog(nullptr, OLGLevelError, channel)) {
-      OLGLogEx(nullptr, OLGLevelError, channel, "Platform/RunLoop/NSOperation",
+      OLGLogEx(nullptr, OLGLevelError, channel, "ZEBPlatform/Operations/NSOperation",
                "-[NSOperation main]", __LINE__, "exception thrown in %s: %s",
                operation.description(), exception.what());
     }

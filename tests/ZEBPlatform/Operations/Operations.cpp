@@ -119,8 +119,9 @@ TEST(NSOperation, LogsPlatformExceptionsAndLetsOthersPass) {
   queue->addOperations({raising, several}, true);
   ASSERT_EQ(log.lines.size(), 2u);
   EXPECT_EQ(log.lines[0],
-            "3|NSOperation|Platform/RunLoop/NSOperation|-[NSOperation main]|exception thrown in "
-            "raising: NSInvalidArgumentException: no such thing");
+            "3|NSOperation|ZEBPlatform/Operations/NSOperation|-[NSOperation main]|exception thrown "
+            "in raising: NSInvalidArgumentException: no such thing");
+
   const auto throwing = operation([] { throw 1; });
   EXPECT_THROW(throwing->start(), int);
   EXPECT_TRUE(throwing->isFinished());
