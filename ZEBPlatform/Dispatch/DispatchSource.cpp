@@ -224,10 +224,12 @@ class DelayedBlock final : public DispatchTimer {
  private:
   void becomeDue(std::uint64_t) noexcept override ZEB_REQUIRES(DispatchTimers::lock) {
     dispatch_async(queue_, std::move(block_));
+    // The block may have ended already and left this reference as the last one.
+    DispatchTimers::shared().releaseUnlocked(std::move(queue_));
     delete this;
   }
 
-  const dispatch_queue_t queue_;
+  dispatch_queue_t queue_;
   Block<void()> block_;
 };
 

@@ -32,10 +32,14 @@ void DispatchTimers::disarm(DispatchTimer& timer) noexcept { heap_.remove(timer)
 
 void DispatchTimers::wait() noexcept {
   setExactTimeouts();
-  const LockGuard guard(lock);
+  std::vector<Ref<NSObject>> released;
   for (;;) {
+    released.clear();
+    const LockGuard guard(lock);
     const std::uint64_t now = mach_absolute_time();
     while (DeadlineNode* due = heap_.takeDue(now)) static_cast<DispatchTimer*>(due)->becomeDue(now);
+    released.swap(released_);
+    if (!released.empty()) continue;
     wakeUp_ = heap_.nextWakeUp();
     isEarlier_.waitUntil(lock, wakeUp_);
   }

@@ -2,8 +2,11 @@
 
 #include <ZEBPlatform/Concurrency/detail/Condition.h>
 #include <ZEBPlatform/Concurrency/detail/DeadlineHeap.h>
+#include <ZEBPlatform/Memory/NSObject.h>
 
 #include <cstdint>
+#include <utility>
+#include <vector>
 
 namespace zeb::detail {
 
@@ -25,6 +28,11 @@ class DispatchTimers {
   void arm(DispatchTimer& timer) ZEB_REQUIRES(lock);
   /// Removes the timer if it is armed.
   void disarm(DispatchTimer& timer) noexcept ZEB_REQUIRES(lock);
+  /// Releases the object on the timers' thread after the lock is free, because its destruction may
+  /// run the user's code. Only for `becomeDue`.
+  void releaseUnlocked(Ref<NSObject> object) ZEB_REQUIRES(lock) {
+    released_.push_back(std::move(object));
+  }
 
  private:
   friend class NeverDestroyed<DispatchTimers>;
@@ -32,6 +40,7 @@ class DispatchTimers {
   void wait() noexcept ZEB_EXCLUDES(lock);
 
   DeadlineHeap heap_ ZEB_GUARDED_BY(lock);
+  std::vector<Ref<NSObject>> released_ ZEB_GUARDED_BY(lock);
   Condition isEarlier_;
   std::uint64_t wakeUp_ ZEB_GUARDED_BY(lock) = UINT64_MAX;  ///< the end of the thread's sleep
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Observation/Observable.h>
+#include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Dispatch/detail/MainQueue.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
 

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <set>
 
+#include "Support/HeldQueue.h"
 #include "Support/Storm.h"
 
 namespace zeb::test {
@@ -101,6 +102,13 @@ TEST(DispatchSource, AfterKeepsToItsMoment) {
     dispatch_after(milliseconds(delay), queue, run);
   }
   dispatch_semaphore_wait(done, DISPATCH_TIME_FOREVER);
+
+  // The last reference to a queue ends without a lock held: this queue runs its block only then.
+  std::atomic<bool> isReleased{false};
+  dispatch_after(milliseconds(10), makeRef<HeldQueue>(), [&] {
+    isReleased = !dispatch_source_testcancel(dispatch_source_create_timer(nullptr));
+  });
+  waitUntil([&] { return isReleased.load(); }, "the queue is released");
 }
 
 TEST(DispatchTime, StaysWithinTheClocksRange) {

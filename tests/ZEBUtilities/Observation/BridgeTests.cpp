@@ -1,4 +1,5 @@
 #include <Observation/ObjectiveCTypeErasedObservable.h>
+#include <Observation/Observable.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Runtime/Send.h>
 

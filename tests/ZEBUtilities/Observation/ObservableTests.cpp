@@ -1,3 +1,4 @@
+#include <memory>
 
 #include "Support/HeldQueue.h"
 #include "Support/Storm.h"
