@@ -172,7 +172,9 @@ void NSNotificationCenter::remove(Entry& entry, Removed& removed) {
 
 void NSNotificationCenter::postNotification(const Ref<NSNotification>& notification) {
   if (!notification) raiseInvalidArgument("there is no notification to post");
-  const Ref<NSNotification> posted = notification;  // an observer may drop the caller's
+  // An observer may drop the caller's references.
+  const Ref<NSNotificationCenter> self(this);
+  const Ref<NSNotification> posted = notification;
   const NSString names[] = {posted->name(), nullptr};
   List::Snapshot snapshots[2];
   {

@@ -133,6 +133,14 @@ TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
   center->postNotificationName("A");
   EXPECT_EQ(calls, 2) << "the first one and, in the inner post, the first one again";
   EXPECT_EQ(lateCalls, 1) << "in the inner post only";
+
+  auto dropped = makeRef<NSNotificationCenter>();
+  const WeakRef<NSNotificationCenter> weak(dropped);
+  (void)dropped->addObserverForName("A", nullptr, nullptr, [&](auto&) {
+    dropped = nullptr;
+    EXPECT_TRUE(weak.lock()) << "the post still needs the centre";
+  });
+  dropped->postNotificationName("A");
 }
 
 TEST(NSNotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
