@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Memory/detail/ObjectExtras.h>
-#include <ZEBPlatform/Notifications/ItemBlockPrivate.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
+#include <ZEBPlatform/Notifications/ReleasablePrivate.h>
 
 #include <utility>
 
@@ -15,24 +15,26 @@ namespace {
 class ObjectFilter {
  public:
   explicit ObjectFilter(const Value& object)
-      : value_(object.isObject() ? Value() : object), object_(object.object()) {
+      : admitsAll_(object.isNil()),
+        value_(object.isObject() ? Value() : object),
+        object_(object.object()) {
     if (object.isObject()) extras_ = Ref(&detail::ObjectExtras::of(*object.objectPointer()));
   }
 
-  bool isSameAs(const Value& object) const noexcept {
+  bool isSameAs(const Value& object) const {
     if (object.isObject()) {
       return extras_ && extras_.get() == detail::ObjectExtras::ifAny(*object.objectPointer());
     }
-    return !extras_ && value_.isIdenticalTo(object);
+    return !extras_ && value_.get().isIdenticalTo(object);
   }
-  bool admits(const Value& posted) const noexcept {
-    return (value_.isNil() && !extras_) || isSameAs(posted);
-  }
+  bool admits(const Value& posted) const { return admitsAll_ || isSameAs(posted); }
   /// Whether its object has died, so that it admits nothing any more.
   bool isDead() const noexcept { return extras_ && !object_.isAlive(); }
+  void release() { value_.release(); }
 
  private:
-  Value value_;
+  const bool admitsAll_;
+  detail::Releasable<Value> value_;
   WeakRef<NSObject> object_;
   Ref<detail::ObjectExtras> extras_;
 };
@@ -51,20 +53,27 @@ class NSNotificationCenter::Entry final : public detail::ObserverEntry {
       : name_(name.copy()),
         observer_(observer),
         filter_(object),
-        queue_(queue),
-        block_(std::move(block)) {}
+        call_(Call{queue, std::move(block)}) {}
 
   /// The name whose notifications are delivered; nil for every name.
   const NSString& name() const noexcept { return name_; }
   const ObjectFilter& filter() const noexcept { return filter_; }
-  /// To be called without the centre's lock: what the block owns may call the centre when it dies.
-  void releaseBlock() { block_.release(); }
+  /// Releases all that it keeps alive, because snapshots and tokens may keep a removed entry. To be
+  /// called without the centre's lock: what dies may call the centre.
+  void releaseContents() {
+    filter_.release();
+    call_.release();
+  }
 
   /// False if the observer has died.
   bool deliver(const Ref<NSNotification>& notification) {
     if (isRemoved() || !filter_.admits(notification->object())) return true;
-    if (!queue_) return call(notification);
-    queue_->addOperationWithBlock([self = Ref(this), notification] { self->call(notification); });
+    Call call = call_.get();
+    if (!call.queue) return perform(std::move(call.block), notification);
+    call.queue->addOperationWithBlock([self = Ref(this), notification] {
+      // Read again, because it may have been removed meanwhile.
+      self->perform(self->call_.get().block, notification);
+    });
     return true;
   }
 
@@ -74,26 +83,31 @@ class NSNotificationCenter::Entry final : public detail::ObserverEntry {
   }
 
  private:
-  bool call(const Ref<NSNotification>& notification) {
+  struct Call {
+    Ref<NSOperationQueue> queue;  ///< nil: the posting thread
+    Handler block;
+  };
+
+  bool perform(Handler&& block, const Ref<NSNotification>& notification) {
     if (isRemoved()) return true;
     const Ref<NSObject> observer = observer_.lock();
     if (!observer && !observer_.isEmpty()) return false;
-    if (const Handler block = block_.get()) block(notification);
+    // Ends before the observer does.
+    if (const Handler running = std::move(block)) running(notification);
     return true;
   }
 
   const NSString name_;
   const WeakRef<NSObject> observer_;  ///< empty for a token
-  const ObjectFilter filter_;
-  const Ref<NSOperationQueue> queue_;
-  detail::ItemBlock<void(const Ref<NSNotification>&)> block_;
+  ObjectFilter filter_;
+  detail::Releasable<Call> call_;
 };
 
 /// What a removal takes out. It is released without the lock, because blocks, filters and tokens
 /// own objects whose destructors may call the centre.
 struct NSNotificationCenter::Removed {
   ~Removed() {
-    for (const Ref<Entry>& entry : entries) entry->releaseBlock();
+    for (const Ref<Entry>& entry : entries) entry->releaseContents();
   }
   std::vector<Ref<Entry>> entries;
   std::vector<Ref<List::Array>> arrays;

@@ -156,6 +156,16 @@ TEST(NSNotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
   for (const auto& token : tokens) center->removeObserver(token);
   tokens.clear();
   EXPECT_EQ(ends, 4);
+
+  // A removed token keeps neither its filter nor its queue.
+  std::atomic<int> deaths = 0;
+  auto queue = makeRef<NSOperationQueue>();
+  const WeakRef<NSOperationQueue> weakQueue(queue);
+  const auto token = center->addObserverForName("A", NSArray{Value(makeRef<test::Probe>(deaths))},
+                                                queue, counting(ends));
+  queue = nullptr;
+  center->removeObserver(token);
+  EXPECT_TRUE(deaths == 1 && !weakQueue.lock());
 }
 
 TEST(NSNotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
