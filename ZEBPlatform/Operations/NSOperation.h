@@ -47,10 +47,10 @@ enum NSQualityOfService : std::int64_t {
 /// operation finishes and its waiters return. Out of `start` it reaches the caller, after the
 /// operation has finished.
 ///
-/// Dependencies in a cycle would never run. They are reported instead: enqueueing an operation
-/// throws NSException (NSInvalidArgumentException) that names the cycle if the operation or
-/// anything that it waits for is part of one, and so does the `addDependency` that closes a cycle
-/// of operations on queues.
+/// Operations in a cycle of dependencies would never run. Cycles are reported instead: enqueueing
+/// an operation throws NSException (NSInvalidArgumentException) that names the cycle if the
+/// operation or anything that it waits for is part of one. So does an `addDependency` that closes a
+/// cycle of operations on queues, or that makes an operation wait for itself, on a queue or not.
 ///
 /// Everything may be called from any thread. Priority, quality of service, name and completion
 /// block must be set before the operation is enqueued.

@@ -37,7 +37,8 @@ class OperationDependencyGraph {
 
   /// Adds the dependencies (`NSOperation::addDependency`). Does not start or enqueue operations.
   /// Dependents with equal operations count as one. Throws NSException if a dependency closes a
-  /// cycle of operations on queues; dependencies added before remain.
+  /// cycle of operations on queues, or if an operation would depend on itself, on a queue or not;
+  /// dependencies added before remain.
   void establishDependencies() const;
 
  private:
