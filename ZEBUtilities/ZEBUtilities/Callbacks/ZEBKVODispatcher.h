@@ -54,7 +54,9 @@ class ZEBKVODispatcher : public NSObject, public NSKeyValueObserver {
 
   bool suspendDispatching() const noexcept { return suspendDispatching_; }
   /// Stops observing, or begins again; nothing when it is as it was. Suspending throws NSException
-  /// (NSGenericException) when the object is gone.
+  /// (NSGenericException) when the object is gone; the dispatcher is suspended all the same. If
+  /// resuming throws, because the key is unknown or the first call of the block fails, it stays
+  /// suspended, so that it can be resumed later.
   void setSuspendDispatching(bool suspendDispatching);
 
   /// Throws NSException (NSInternalInconsistencyException) for a key path that is not the
