@@ -1,7 +1,7 @@
 #include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
 #include <ZEBPlatform/RunLoop/NSRunLoop.h>
 #include <ZEBPlatform/RunLoop/NSThread.h>
-#include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
+#include <ZEBPlatform/RunLoop/PostedBlockPrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 
 namespace zeb {
@@ -43,12 +43,12 @@ NSDate NSRunLoop::limitDateForMode(const NSString& mode) {
 NSString NSRunLoop::currentMode() const { return core_->currentMode(); }
 
 void NSRunLoop::post(detail::WorkItem& item) {
-  if (!core_->post(item)) detail::PerformScope::drop(item);
+  if (!core_->post(item)) detail::PostedBlock::drop(item);
 }
 
 void NSRunLoop::post(detail::WorkItem& item, const NSArray& modes, const void* target) {
-  item.runner = new detail::PerformScope(modes, target);
-  if (modes.count() == 0 || !core_->post(item)) detail::PerformScope::drop(item);
+  item.runner = new detail::PostedBlock(modes, target);
+  if (modes.count() == 0 || !core_->post(item)) detail::PostedBlock::drop(item);
 }
 
 void NSRunLoop::cancelPerformBlocksWithTarget(const void* target) { core_->dropBlocks(target); }

@@ -4,7 +4,7 @@
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
 #include <ZEBPlatform/RunLoop/NSThread.h>
-#include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
+#include <ZEBPlatform/RunLoop/PostedBlockPrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 
 #include <algorithm>
@@ -198,8 +198,8 @@ void performAndWait(const Ref<NSThread>& thread, FunctionView<void()> block, con
   };
   ThreadGate gate;
   WorkItem& item = *newWorkItem([block, opener = Opener(gate)] { block(); });
-  item.runner = new PerformScope(modes, nullptr);
-  if (modes.count() == 0 || !thread->runLoop()->core().post(item)) PerformScope::dropAtOnce(item);
+  item.runner = new PostedBlock(modes, nullptr);
+  if (modes.count() == 0 || !thread->runLoop()->core().post(item)) PostedBlock::dropAtOnce(item);
   waitUntilOpen(gate);
 }
 

@@ -1,5 +1,5 @@
 #include <ZEBPlatform/RunLoop/PendingBlocksPrivate.h>
-#include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
+#include <ZEBPlatform/RunLoop/PostedBlockPrivate.h>
 
 #include <algorithm>
 #include <utility>
@@ -17,7 +17,7 @@ void setNext(WorkItem& item, WorkItem* next) noexcept {
 }
 
 void dropList(WorkItem* item) noexcept {
-  while (item) PerformScope::drop(*std::exchange(item, nextOf(*item)));
+  while (item) PostedBlock::drop(*std::exchange(item, nextOf(*item)));
 }
 
 }  // namespace
@@ -37,7 +37,7 @@ PendingBlocks::Place PendingBlocks::find(const RunLoopMode& mode) {
   const auto skipped = std::ranges::find(skipped_, mode.name, &Skipped::modeName);
   WorkItem* const start = skipped != skipped_.end() ? skipped->last : nullptr;
   Place place{start, start ? nextOf(*start) : items_.first};
-  while (place.item && !PerformScope::allows(*place.item, mode)) {
+  while (place.item && !PostedBlock::allows(*place.item, mode)) {
     place = {place.item, nextOf(*place.item)};
   }
   if (skipped != skipped_.end()) {
@@ -74,7 +74,7 @@ void PendingBlocks::drop(const void* target) noexcept {
   Place place{nullptr, items_.first};
   while (WorkItem* const item = place.item) {
     WorkItem* const next = nextOf(*item);
-    if (PerformScope::hasTarget(*item, target)) {
+    if (PostedBlock::hasTarget(*item, target)) {
       unlink(place);
       setNext(*item, dropped);
       dropped = item;

@@ -9,7 +9,8 @@
 
 namespace zeb::detail {
 
-/// The posted blocks that have reached the loop's thread, in order. For that thread only.
+/// The posted blocks that have reached the loop's thread, in order. For that thread only. The loop
+/// runs them through `PostedBlock::run`, so that an exception that leaves a block ends the process.
 class PendingBlocks {
  public:
   std::size_t count() const noexcept { return items_.count; }

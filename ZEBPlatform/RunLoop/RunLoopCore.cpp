@@ -3,7 +3,7 @@
 #include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
-#include <ZEBPlatform/RunLoop/PerformScopePrivate.h>
+#include <ZEBPlatform/RunLoop/PostedBlockPrivate.h>
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 
 #include <algorithm>
@@ -194,7 +194,7 @@ bool RunLoopCore::runBlocks(RunFrame& frame) {
     if (frame.isStopped.load(std::memory_order_relaxed)) break;
     WorkItem* const item = pending_.takeFirst(frame.mode);
     if (!item) break;
-    PerformScope::run(*item);
+    PostedBlock::run(*item);
     didRun = true;
   }
   didRunBlocks_ |= didRun;

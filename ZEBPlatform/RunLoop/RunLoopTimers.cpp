@@ -22,6 +22,8 @@ void RunLoopModes::removeTimer(NSTimer& timer, ReleasedItems& released) {
   timer.nodes_.clear();
 }
 
+/// The timer's tolerance becomes the leeway of its nodes. The loop wakes up at the earliest sum of
+/// a deadline and its leeway, and then fires all timers whose deadlines have passed.
 bool RunLoopModes::schedule(NSTimer& timer) {
   const LockGuard guard(lock_);
   const std::uint64_t leeway = ticksIn(timer.tolerance_);

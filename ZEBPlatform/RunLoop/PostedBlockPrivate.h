@@ -10,19 +10,20 @@
 
 namespace zeb::detail {
 
-/// The modes in which a posted block may run, and the target that it can be cancelled by. It is the
-/// runner of one item; an item without one is for the default mode.
-class PerformScope final : public WorkRunner {
+/// A block that was posted to a run loop: the modes in which it may run, and the target that it can
+/// be cancelled by. It is the runner of one item; an item without one is for the default mode. An
+/// exception that leaves the block ends the process, because `run` is noexcept.
+class PostedBlock final : public WorkRunner {
  public:
-  PerformScope(const NSArray& modes, const void* target) : modes_(modes.copy()), target_(target) {}
+  PostedBlock(const NSArray& modes, const void* target) : modes_(modes.copy()), target_(target) {}
 
   static bool allows(const WorkItem& item, const RunLoopMode& mode) noexcept {
-    const auto* const scope = static_cast<PerformScope*>(item.runner);
-    return scope ? scope->includes(mode) : mode.isDefault;
+    const auto* const block = static_cast<PostedBlock*>(item.runner);
+    return block ? block->includes(mode) : mode.isDefault;
   }
   static bool hasTarget(const WorkItem& item, const void* target) noexcept {
-    const auto* const scope = static_cast<PerformScope*>(item.runner);
-    return scope && scope->target_ == target;
+    const auto* const block = static_cast<PostedBlock*>(item.runner);
+    return block && block->target_ == target;
   }
 
   static void run(WorkItem& item) noexcept { runAndDispose(item); }
@@ -46,7 +47,7 @@ class PerformScope final : public WorkRunner {
   /// Releases it even while another block is being dropped, for a block whose release a thread
   /// awaits.
   static void dropAtOnce(WorkItem& item) noexcept {
-    delete static_cast<PerformScope*>(item.runner);
+    delete static_cast<PostedBlock*>(item.runner);
     item.discard();
     item.dispose();
   }
