@@ -13,7 +13,7 @@ void remove(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& 
             const NSString& keyPath, const std::optional<void*>& context) {
   if (!object) return;
   detail::ObjectObservers* observers = detail::ObjectObservers::ifAny(*object);
-  const Ref<detail::Observation> removed =
+  const Ref<detail::KeyPathObservation> removed =
       observers ? observers->remove(observer.get(), keyPath, context) : nullptr;
   if (!removed) {
     throw NSException(
@@ -31,7 +31,7 @@ void addObserver(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserv
                  const NSString& keyPath, NSKeyValueObservingOptions options, void* context) {
   if (!object || !observer || !keyPath) return;
   const auto observation =
-      makeRef<detail::Observation>(object, observer, keyPath, options, context);
+      makeRef<detail::KeyPathObservation>(object, observer, keyPath, options, context);
   // Unknown keys throw here, before anything is registered.
   const bool looksNow =
       observation->isAlongPath() || observation->wants(NSKeyValueObservingOptionInitial);

@@ -117,8 +117,8 @@ void ObjectObservers::removeDead() {
 }
 
 template <class Matches>
-Ref<Observation> ObjectObservers::removeNewest(const void* owner, const Matches& matches) {
-  Ref<Observation> removed;
+Ref<KeyPathObservation> ObjectObservers::removeNewest(const void* owner, const Matches& matches) {
+  Ref<KeyPathObservation> removed;
   Replaced replaced;
   const LockGuard guard(lock_);
   KeyObserver* entry = index_.newestOf(owner);
@@ -129,15 +129,15 @@ Ref<Observation> ObjectObservers::removeNewest(const void* owner, const Matches&
   return removed;
 }
 
-Ref<Observation> ObjectObservers::remove(const NSKeyValueObserver* observer,
-                                         const NSString& keyPath,
-                                         const std::optional<void*>& context) {
+Ref<KeyPathObservation> ObjectObservers::remove(const NSKeyValueObserver* observer,
+                                                const NSString& keyPath,
+                                                const std::optional<void*>& context) {
   return removeNewest(observer, [&](const KeyObserver& one) {
     return one.level == 0 && one.observation->isOf(observer, keyPath, context);
   });
 }
 
-void ObjectObservers::remove(const Observation& observation, std::size_t level) {
+void ObjectObservers::remove(const KeyPathObservation& observation, std::size_t level) {
   removeNewest(&observation, [&](const KeyObserver& one) {
     return one.observation.get() == &observation && one.level == level;
   });

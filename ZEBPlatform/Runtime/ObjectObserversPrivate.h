@@ -22,10 +22,10 @@ namespace zeb::detail {
 
 /// One addition of an observer. Along a key path it has one entry on every object of the path, and
 /// moves these entries when an object on the path is replaced.
-class Observation final : public NSObject {
+class KeyPathObservation final : public NSObject {
  public:
-  Observation(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
-              const NSString& keyPath, NSKeyValueObservingOptions options, void* context);
+  KeyPathObservation(const Ref<NSObject>& object, const ProtocolRef<NSKeyValueObserver>& observer,
+                     const NSString& keyPath, NSKeyValueObservingOptions options, void* context);
 
   const NSString& keyPath() const noexcept { return keyPath_; }
   bool wants(NSKeyValueObservingOptions option) const noexcept { return options_ & option; }
@@ -77,7 +77,7 @@ class Observation final : public NSObject {
 
 /// An observation's entry among the observers of one key of one object.
 struct KeyObserver final : ObserverEntry {
-  KeyObserver(Ref<Observation> itsObservation, std::size_t levelOfObject) noexcept
+  KeyObserver(Ref<KeyPathObservation> itsObservation, std::size_t levelOfObject) noexcept
       : observation(std::move(itsObservation)), level(levelOfObject) {}
 
   /// Whether the key is the last of the observation's path.
@@ -90,7 +90,7 @@ struct KeyObserver final : ObserverEntry {
     return observation.get();
   }
 
-  const Ref<Observation> observation;
+  const Ref<KeyPathObservation> observation;
   const std::size_t level;  ///< of the object on the observation's path
 };
 
@@ -143,10 +143,10 @@ class ObjectObservers final : public NSObject {
 
   void add(const NSObject& object, const NSString& key, Ref<KeyObserver> entry) ZEB_EXCLUDES(lock_);
   /// Removes the object's newest observation that fits, and answers it, or nil.
-  Ref<Observation> remove(const NSKeyValueObserver* observer, const NSString& keyPath,
-                          const std::optional<void*>& context) ZEB_EXCLUDES(lock_);
+  Ref<KeyPathObservation> remove(const NSKeyValueObserver* observer, const NSString& keyPath,
+                                 const std::optional<void*>& context) ZEB_EXCLUDES(lock_);
   /// Removes the observation's entry for this level of its path.
-  void remove(const Observation& observation, std::size_t level) ZEB_EXCLUDES(lock_);
+  void remove(const KeyPathObservation& observation, std::size_t level) ZEB_EXCLUDES(lock_);
   /// Removes the entries of observers that have died.
   void removeDead() ZEB_EXCLUDES(lock_);
 
@@ -172,7 +172,8 @@ class ObjectObservers final : public NSObject {
   void removeDead(Replaced& replaced) ZEB_REQUIRES(lock_);
   void remove(KeyObserver& entry, Replaced& replaced) ZEB_REQUIRES(lock_);
   template <class Matches>
-  Ref<Observation> removeNewest(const void* owner, const Matches& matches) ZEB_EXCLUDES(lock_);
+  Ref<KeyPathObservation> removeNewest(const void* owner, const Matches& matches)
+      ZEB_EXCLUDES(lock_);
 
   SnapshotPointer<KeyObserversList> list_;  ///< changed with the lock held
   Lock lock_;

@@ -33,7 +33,7 @@ bool ObservedChange::isConcerned(const Ref<KeyObserver>& entry) const noexcept {
 }
 
 void ObservedChange::prepare(const KeyObserver& entry) {
-  const Observation& observation = *entry.observation;
+  const KeyPathObservation& observation = *entry.observation;
   if (observation.wants(NSKeyValueObservingOptionOld)) {
     if (!entry.isLast()) {
       oldValuesAlongPaths_.emplace_back(&entry, observation.valueFrom(object_, entry.level));
@@ -62,7 +62,7 @@ bool ObservedChange::tell(const KeyObserver& entry, const KeyValueChange& change
 }
 
 bool ObservedChange::tellAlongPath(const KeyObserver& entry) const {
-  Observation& observation = *entry.observation;
+  KeyPathObservation& observation = *entry.observation;
   observation.followPath();
   const bool wantsNew = observation.wants(NSKeyValueObservingOptionNew);
   const Value value = wantsNew ? observation.valueFrom(object_, entry.level) : Value();

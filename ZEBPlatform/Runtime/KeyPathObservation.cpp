@@ -6,9 +6,10 @@
 
 namespace zeb::detail {
 
-Observation::Observation(const Ref<NSObject>& object,
-                         const ProtocolRef<NSKeyValueObserver>& observer, const NSString& keyPath,
-                         NSKeyValueObservingOptions options, void* context)
+KeyPathObservation::KeyPathObservation(const Ref<NSObject>& object,
+                                       const ProtocolRef<NSKeyValueObserver>& observer,
+                                       const NSString& keyPath, NSKeyValueObservingOptions options,
+                                       void* context)
     : observer_(observer),
       observerAddress_(observer.get()),
       keyPath_(keyPath.copy()),
@@ -18,18 +19,18 @@ Observation::Observation(const Ref<NSObject>& object,
   if (keys_.size() > 1) object_ = object;
 }
 
-bool Observation::isOf(const NSKeyValueObserver* observer, const NSString& keyPath,
-                       const std::optional<void*>& context) const noexcept {
+bool KeyPathObservation::isOf(const NSKeyValueObserver* observer, const NSString& keyPath,
+                              const std::optional<void*>& context) const noexcept {
   return observer == observerAddress_ && keyPath_ == keyPath && (!context || *context == context_);
 }
 
-Value Observation::valueFrom(const Value& object, std::size_t level) const {
+Value KeyPathObservation::valueFrom(const Value& object, std::size_t level) const {
   Value value = object;
   for (; level < keys_.size(); ++level) value = valueForKey(value, keys_[level]);
   return value;
 }
 
-void Observation::followPath() {
+void KeyPathObservation::followPath() {
   std::uint64_t move;
   {
     const LockGuard guard(pathLock_);
@@ -48,14 +49,14 @@ void Observation::followPath() {
   if (move == latestMove_ && !hasLeft_) left = moveTo(objects);
 }
 
-void Observation::leavePath() {
+void KeyPathObservation::leavePath() {
   std::vector<Ref<NSObject>> left;
   const LockGuard guard(pathLock_);
   hasLeft_ = true;
   left = moveTo({});
 }
 
-std::vector<Ref<NSObject>> Observation::moveTo(const std::vector<Ref<NSObject>>& objects) {
+std::vector<Ref<NSObject>> KeyPathObservation::moveTo(const std::vector<Ref<NSObject>>& objects) {
   std::vector<Ref<NSObject>> left;
   std::size_t same = 0;
   for (std::size_t place = 0; place < objectsOnPath_.size(); ++place) {
@@ -71,7 +72,7 @@ std::vector<Ref<NSObject>> Observation::moveTo(const std::vector<Ref<NSObject>>&
   for (std::size_t place = same; place < objects.size(); ++place) {
     NSObject& object = *objects[place];
     ObjectObservers::of(object).add(object, keys_[place + 1],
-                                    makeRef<KeyObserver>(Ref<Observation>(this), place + 1));
+                                    makeRef<KeyObserver>(Ref<KeyPathObservation>(this), place + 1));
     objectsOnPath_.emplace_back(objects[place]);
   }
   return left;
