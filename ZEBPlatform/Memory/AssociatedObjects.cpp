@@ -43,6 +43,8 @@ Ref<NSObject> ObjectExtras::takeAssociated(const void* key,
   return nullptr;
 }
 
+/// Releases the associated objects while their owner is being destroyed: the root destructor calls
+/// this, after the destructors of the owner's own class. No lock is held meanwhile.
 void ObjectExtras::objectIsGone() noexcept {
   (void)Ref<NSObject>::adopt(observers_.exchange(nullptr, std::memory_order_acq_rel));
   {
