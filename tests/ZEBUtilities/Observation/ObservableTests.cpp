@@ -1,3 +1,5 @@
+#include <Observation/Observable.h>
+
 #include <memory>
 
 #include "Support/HeldQueue.h"
