@@ -121,8 +121,8 @@ void RunLoopCore::requireOwnThread() noexcept {
 
 void RunLoopCore::close() noexcept {
   pending_.append(inbox_.close());
-  pending_.dropAll();
   for (const Ref<RunLoopItem>& item : modes_.close()) item->invalidate();
+  pending_.dropAll();  // last, because it lets threads go on that wait for a block
 }
 
 // For the loop's own thread.
