@@ -12,8 +12,10 @@
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/NSIndexSet.h>
 #include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
+#include <ZEBPlatform/Foundation/NSOrderedSet.h>
 #include <ZEBPlatform/Foundation/NSRange.h>
 #include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/NSString.h>

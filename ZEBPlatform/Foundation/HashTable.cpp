@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <span>
 #include <string>
 
 namespace zeb::detail {
@@ -65,6 +66,21 @@ bool indexEntry(DictionaryStorage& table, std::uint32_t position, std::uint32_t 
 bool indexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
   const std::uint32_t hash = table.entries[position].key.keyHash();
   return indexEntry(table, position, hash & table.indexMask);
+}
+
+/// Frees the slot of an entry, and moves entries behind it that a search would not find past it.
+void unindexEntry(DictionaryStorage& table, std::uint32_t position) noexcept {
+  const std::uint32_t mask = table.indexMask;
+  std::uint32_t free = table.entries[position].key.keyHash() & mask;
+  while (table.index()[free] != position + 1) free = (free + 1) & mask;
+  for (std::uint32_t slot = (free + 1) & mask; const std::uint32_t next = table.index()[slot];
+       slot = (slot + 1) & mask) {
+    const std::uint32_t wanted = table.entries[next - 1].key.keyHash() & mask;
+    if (((slot - wanted) & mask) < ((slot - free) & mask)) continue;
+    table.index()[free] = next;
+    free = slot;
+  }
+  table.index()[free] = 0;
 }
 
 void clearIndex(DictionaryStorage& table) noexcept {
@@ -181,10 +197,10 @@ std::uint32_t keyHashOf(const Value& key) {
   return finishHash(key.hash());
 }
 
-DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity) {
+DictionaryStorage* newTable(ValueKind kind, std::size_t capacity) {
   void* memory = std::malloc(sizeof(DictionaryStorage));
   if (!memory) throw std::bad_alloc();
-  auto* table = new (memory) DictionaryStorage(dictionaryOrSet, StorageMutable);
+  auto* table = new (memory) DictionaryStorage(kind, StorageMutable);
   try {
     reserveEntries(*table, capacity);
   } catch (...) {
@@ -247,6 +263,39 @@ bool removeEntry(DictionaryStorage& table, const Value& key) {
   const std::uint32_t holes = table.used - table.count;
   if (holes > std::max(table.count, maxUnindexedEntries)) shrinkEntries(table);
   return true;
+}
+
+void moveEntry(DictionaryStorage& table, std::uint32_t from, std::uint32_t to) noexcept {
+  if (from == to) return;
+  // Values are moved by their bytes: no pointers to them exist.
+  DictionaryEntry* const entries = table.entries;
+  alignas(DictionaryEntry) std::byte moved[sizeof(DictionaryEntry)];
+  std::memcpy(moved, static_cast<const void*>(&entries[from]), sizeof moved);
+  const std::uint32_t first = std::min(from, to);
+  const std::uint32_t last = std::max(from, to);
+  const bool isForward = from < to;
+  std::memmove(static_cast<void*>(&entries[isForward ? first : first + 1]),
+               static_cast<const void*>(&entries[isForward ? first + 1 : first]),
+               (last - first) * sizeof(DictionaryEntry));
+  std::memcpy(static_cast<void*>(&entries[to]), moved, sizeof moved);
+  if (!table.indexMask) return;
+  const std::uint32_t step = isForward ? ~std::uint32_t{0} : 1;  // -1 or 1, modulo 2^32
+  for (std::uint32_t& slot : std::span(table.index(), std::size_t{table.indexMask} + 1)) {
+    const std::uint32_t position = slot - 1;  // free slots become the largest number
+    if (position < first || position > last) continue;
+    slot = (position == from ? to : position + step) + 1;
+  }
+}
+
+void removeEntryAt(DictionaryStorage& table, std::uint32_t position) noexcept {
+  const std::uint32_t last = table.used - 1;
+  moveEntry(table, position, last);
+  if (table.indexMask) unindexEntry(table, last);
+  // Released after the table is consistent again.
+  const DictionaryEntry removed = std::move(table.entries[last]);
+  table.entries[last].~DictionaryEntry();
+  table.count = table.used = last;
+  if (table.capacity / 4 > std::max(table.count, maxUnindexedEntries)) shrinkEntries(table);
 }
 
 void removeAllEntries(DictionaryStorage& table) noexcept {

@@ -1,12 +1,17 @@
+#include <ZEBPlatform/Foundation/ArraySortingPrivate.h>
 #include <ZEBPlatform/Foundation/CollectionLimitPrivate.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Foundation/detail/ArrayBuilder.h>
+#include <ZEBPlatform/Foundation/detail/ArrayEnumeration.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
-#include <string>
+#include <span>
+#include <vector>
 
 namespace zeb {
 
@@ -32,6 +37,22 @@ detail::MutableArrayStorage* newMutableArray(std::size_t capacity) {
   }
   array->capacity = static_cast<std::uint32_t>(capacity);
   return array;
+}
+
+void moveValues(Value* to, const Value* from, std::size_t count) noexcept {
+  if (count == 0) return;  // an array without a buffer
+  std::memmove(static_cast<void*>(to), static_cast<const void*>(from), count * sizeof(Value));
+}
+
+void freeBuffer(const detail::MutableArrayStorage& array) noexcept {
+  if (array.buffer) std::free(array.buffer - array.headroom);
+}
+
+/// An immutable array with the elements in this order.
+NSArray arrayInOrder(std::span<const Value> elements, std::span<const std::uint32_t> order) {
+  detail::ArrayBuilder sorted(elements.size());
+  for (const std::uint32_t position : order) sorted.append(elements[position]);
+  return sorted.finish();
 }
 
 void requireObject(const Value& object) {
@@ -64,6 +85,57 @@ std::size_t NSArray::indexOfObject(const Value& object) const {
   const Value* found =
       std::find_if(begin(), end(), [&](const Value& element) { return element.isEqual(object); });
   return found == end() ? NSNotFound : static_cast<std::size_t>(found - begin());
+}
+
+std::size_t NSArray::indexOfObject(const Value& object, NSRange sortedRange,
+                                   NSBinarySearchingOptions options,
+                                   NSComparator comparator) const {
+  if (isNil()) return NSNotFound;
+  requireObject(object);
+  requireRange(sortedRange, count());
+  const bool wantsFirst = options & NSBinarySearchingFirstEqual;
+  const NSArray kept = *this;  // the comparator may release the caller's handle
+  const detail::MutationCheck check(kept);
+  std::size_t first = sortedRange.location;
+  std::size_t end = first + sortedRange.length;
+  bool isFound = false;
+  while (first < end) {
+    const std::size_t middle = first + (end - first) / 2;
+    const Value element = kept.begin()[middle];
+    const auto order = comparator(element, object);
+    check.requireUnchanged();
+    isFound |= order == NSOrderedSame;
+    if (order < 0 || (order == 0 && !wantsFirst)) {
+      first = middle + 1;
+    } else {
+      end = middle;
+    }
+  }
+  if (options & NSBinarySearchingInsertionIndex) return first;
+  if (!isFound) return NSNotFound;
+  return wantsFirst ? first : first - 1;
+}
+
+void NSArray::enumerateObjectsUsingBlock(
+    FunctionView<void(const Value& object, std::size_t index, bool& stop)> block) const {
+  if (!block) return;
+  detail::enumerate(*this, [&](const Value& element, std::size_t index) {
+    bool stop = false;
+    block(element, index, stop);
+    return !stop;
+  });
+}
+
+NSArray NSArray::subarrayWithRange(NSRange range) const {
+  if (isNil()) return nullptr;
+  requireRange(range, count());
+  return arrayWithObjects(std::span(begin() + range.location, range.length));
+}
+
+NSArray NSArray::sortedArrayWithOptions(NSSortOptions, NSComparator comparator) const {
+  if (isNil()) return nullptr;
+  const NSArray kept = *this;  // the comparator may release the caller's handle
+  return arrayInOrder({kept.begin(), kept.count()}, detail::sortedOrder(kept, comparator));
 }
 
 NSArray NSArray::arrayByAddingObject(const Value& object) const {
@@ -112,14 +184,17 @@ NSMutableArray NSMutableArray::arrayWithCapacity(std::size_t capacity) {
 void NSMutableArray::grow(std::size_t capacity) {
   detail::MutableArrayStorage& array = contents();
   if (capacity <= array.capacity) return;
-  capacity = detail::grownCapacity(array.capacity, capacity);
-  Value* values = allocateValues(capacity);
+  moveToNewBuffer(detail::grownCapacity(array.capacity, capacity), 0);
+}
+
+void NSMutableArray::moveToNewBuffer(std::size_t capacity, std::size_t headroom) {
+  detail::MutableArrayStorage& array = contents();
+  Value* values = allocateValues(headroom + capacity);
   // Values are moved by their bytes: no pointers to them exist, and the old memory is freed unread.
-  if (array.count) {
-    std::memcpy(static_cast<void*>(values), static_cast<const void*>(array.buffer),
-                array.count * sizeof(Value));
-  }
-  std::free(std::exchange(array.buffer, values));
+  moveValues(values + headroom, array.buffer, array.count);
+  freeBuffer(array);
+  array.buffer = values + headroom;
+  array.headroom = static_cast<std::uint32_t>(headroom);
   array.capacity = static_cast<std::uint32_t>(capacity);
 }
 
@@ -128,6 +203,7 @@ void NSMutableArray::addObject(Value object) {
   requireObject(object);
   detail::MutableArrayStorage& array = contents();
   if (array.count == array.capacity) grow(std::size_t{array.count} + 1);
+  ++array.mutations;
   new (&array.buffer[array.count++]) Value(std::move(object));
 }
 
@@ -135,21 +211,41 @@ void NSMutableArray::addObjectsFromArray(const NSArray& other) {
   if (isNil()) return;
   const std::size_t added = other.count();
   grow(count() + added);  // so that adding an array to itself reads from stable memory
-  for (std::size_t index = 0; index < added; ++index) addObject(other.begin()[index]);
+  detail::MutableArrayStorage& array = contents();
+  std::uninitialized_copy_n(other.begin(), added, array.buffer + array.count);
+  array.count += static_cast<std::uint32_t>(added);
+  ++array.mutations;
 }
 
 void NSMutableArray::insertObject(Value object, std::size_t index) {
   if (isNil()) return;
   if (index > count()) raiseRange(index, count());
-  addObject(std::move(object));
-  Value* values = contents().buffer;
-  std::rotate(values + index, values + count() - 1, values + count());
+  requireObject(object);
+  detail::MutableArrayStorage& array = contents();
+  if (index == 0 && array.headroom == 0) {
+    // As much room as there are elements, so that an insertion takes constant time on average.
+    const std::size_t room =
+        std::min<std::size_t>(array.count, detail::maxCollectionCount - array.capacity);
+    if (room) moveToNewBuffer(array.capacity, room);
+  }
+  if (index == 0 && array.headroom) {
+    --array.buffer;
+    --array.headroom;
+    ++array.capacity;
+  } else {
+    if (array.count == array.capacity) grow(std::size_t{array.count} + 1);
+    moveValues(array.buffer + index + 1, array.buffer + index, array.count - index);
+  }
+  new (&array.buffer[index]) Value(std::move(object));
+  ++array.count;
+  ++array.mutations;
 }
 
 void NSMutableArray::replaceObjectAtIndex(std::size_t index, Value object) {
   if (isNil()) return;
   requireObject(object);
   if (index >= count()) raiseRange(index, count());
+  ++contents().mutations;
   contents().buffer[index].swap(object);
 }
 
@@ -157,8 +253,16 @@ void NSMutableArray::removeObjectAtIndex(std::size_t index) {
   if (isNil()) return;
   if (index >= count()) raiseRange(index, count());
   detail::MutableArrayStorage& array = contents();
-  std::rotate(array.buffer + index, array.buffer + index + 1, array.buffer + array.count);
-  const Value removed = std::move(array.buffer[--array.count]);
+  const Value removed = std::move(array.buffer[index]);
+  --array.count;
+  ++array.mutations;
+  if (index == 0) {
+    ++array.buffer;
+    ++array.headroom;
+    --array.capacity;
+  } else {
+    moveValues(array.buffer + index, array.buffer + index + 1, array.count - index);
+  }
 }
 
 void NSMutableArray::removeLastObject() {
@@ -170,17 +274,71 @@ void NSMutableArray::removeLastObject() {
 void NSMutableArray::removeAllObjects() {
   if (isNil()) return;
   detail::MutableArrayStorage& array = contents();
-  Value* values = std::exchange(array.buffer, nullptr);
-  const std::uint32_t removed = std::exchange(array.count, 0);
+  ++array.mutations;
+  detail::MutableArrayStorage removed;
+  std::swap(removed.buffer, array.buffer);
+  std::swap(removed.headroom, array.headroom);
+  std::swap(removed.count, array.count);
   array.capacity = 0;
-  for (std::uint32_t index = 0; index < removed; ++index) values[index].~Value();
-  std::free(values);
+  for (std::uint32_t index = 0; index < removed.count; ++index) removed.buffer[index].~Value();
+  freeBuffer(removed);
+}
+
+void NSMutableArray::removeObjectsAtIndexes(const NSIndexSet& indexes) {
+  if (isNil() || indexes.count() == 0) return;
+  if (indexes.lastIndex() >= count()) raiseRange(indexes.lastIndex(), count());
+  std::vector<Value> removed;  // released after the array is consistent again
+  removed.reserve(indexes.count());
+  detail::MutableArrayStorage& array = contents();
+  ++array.mutations;
+  std::size_t kept = indexes.firstIndex();
+  std::size_t next = kept;
+  for (const NSRange& range : indexes.ranges()) {
+    moveValues(array.buffer + kept, array.buffer + next, range.location - next);
+    kept += range.location - next;
+    next = range.location + range.length;
+    for (std::size_t index = range.location; index < next; ++index) {
+      removed.push_back(std::move(array.buffer[index]));
+    }
+  }
+  moveValues(array.buffer + kept, array.buffer + next, array.count - next);
+  array.count = static_cast<std::uint32_t>(kept + array.count - next);
 }
 
 void NSMutableArray::exchangeObjectAtIndex(std::size_t first, std::size_t second) {
   if (isNil()) return;
   if (std::max(first, second) >= count()) raiseRange(std::max(first, second), count());
+  ++contents().mutations;
   contents().buffer[first].swap(contents().buffer[second]);
+}
+
+void NSMutableArray::setArray(const NSArray& other) {
+  if (isNil() || isIdenticalTo(other)) return;
+  NSMutableArray replacement(other);
+  detail::MutableArrayStorage& old = contents();
+  detail::MutableArrayStorage& fresh = replacement.contents();
+  ++old.mutations;
+  std::swap(old.buffer, fresh.buffer);
+  std::swap(old.headroom, fresh.headroom);
+  std::swap(old.count, fresh.count);
+  std::swap(old.capacity, fresh.capacity);
+}
+
+void NSMutableArray::sortWithOptions(NSSortOptions, NSComparator comparator) {
+  if (isNil()) return;
+  rearrange(detail::sortedOrder(*this, comparator));
+}
+
+void NSMutableArray::rearrange(std::span<const std::uint32_t> order) {
+  detail::MutableArrayStorage& array = contents();
+  Value* values = allocateValues(array.capacity);
+  for (std::size_t index = 0; index < order.size(); ++index) {
+    moveValues(values + index, array.buffer + order[index], 1);
+  }
+  freeBuffer(array);
+  array.buffer = values;
+  array.headroom = 0;
+  ++array.mutations;
 }
 
 }  // namespace zeb

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <ZEBPlatform/Foundation/NSIndexSet.h>
+#include <ZEBPlatform/Foundation/NSRange.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/FunctionView.h>
 
 #include <concepts>
+#include <cstdint>
 #include <initializer_list>
 #include <span>
 #include <utility>
@@ -12,6 +16,25 @@
 namespace zeb {
 
 class NSMutableArray;
+
+/// How two elements are ordered. It may be called many times with the same elements.
+using NSComparator = FunctionView<NSComparisonResult(const Value& left, const Value& right)>;
+
+enum NSSortOptions : std::uint64_t {
+  NSSortConcurrent = 1 << 0,  ///< accepted; sorting uses the calling thread only
+  NSSortStable = 1 << 4,      ///< equal elements keep their order; this holds without it, too
+};
+
+/// What a binary search answers.
+enum NSBinarySearchingOptions : std::uint64_t {
+  NSBinarySearchingFirstEqual = 1 << 8,
+  NSBinarySearchingLastEqual = 1 << 9,
+  NSBinarySearchingInsertionIndex = 1 << 10,
+};
+constexpr NSBinarySearchingOptions operator|(NSBinarySearchingOptions left,
+                                             NSBinarySearchingOptions right) noexcept {
+  return static_cast<NSBinarySearchingOptions>(std::uint64_t{left} | std::uint64_t{right});
+}
 
 /// Immutable ordered collection of non-nil values.
 ///
@@ -67,7 +90,38 @@ class NSArray : public Value {
     return isNil() ? nullptr : array_().values() + array_().count;
   }
 
+  /// Binary search in a range that is sorted by the comparator. Answers the index of an equal
+  /// element (the last one unless `NSBinarySearchingFirstEqual` is given), or NSNotFound. With
+  /// `NSBinarySearchingInsertionIndex` it answers the index at which `object` has to be inserted:
+  /// behind all equal elements, with `NSBinarySearchingFirstEqual` before them. The object is the
+  /// comparator's right argument.
+  ///
+  /// A nil object throws NSException (NSInvalidArgumentException), a range that is not inside the
+  /// array NSRangeException, and a comparator that changes the array NSGenericException. NSNotFound
+  /// on nil.
+  std::size_t indexOfObject(const Value& object, NSRange sortedRange,
+                            NSBinarySearchingOptions options, NSComparator comparator) const;
+
+  /// Calls the block with each element in order until it sets `stop`. A block that changes the
+  /// array makes this throw NSException (NSGenericException) when the block returns; the element is
+  /// kept alive meanwhile. A nil block does nothing.
+  void enumerateObjectsUsingBlock(
+      FunctionView<void(const Value& object, std::size_t index, bool& stop)> block) const;
+
   [[nodiscard]] NSArray arrayByAddingObject(const Value& object) const;
+  /// Throws NSException (NSRangeException) for a range that is not inside the array.
+  [[nodiscard]] NSArray subarrayWithRange(NSRange range) const;
+  /// A new array with the elements in ascending order, always stable. If the comparator contradicts
+  /// itself, the order is unspecified, but each element is there once. A comparator that changes
+  /// the array makes this throw NSException (NSGenericException).
+  ///
+  /// A nil comparator sorts strings by units, numbers by value or dates by time, several times as
+  /// fast; for other or mixed elements it throws NSException (NSInvalidArgumentException).
+  [[nodiscard]] NSArray sortedArrayWithOptions(NSSortOptions options,
+                                               NSComparator comparator) const;
+  [[nodiscard]] NSArray sortedArrayUsingComparator(NSComparator comparator) const {
+    return sortedArrayWithOptions(NSSortStable, comparator);
+  }
   /// The elements' descriptions with `separator` between them.
   NSString componentsJoinedByString(const NSString& separator) const;
 
@@ -81,6 +135,7 @@ class NSArray : public Value {
 };
 
 /// Array that changes in place. Handles share one array, which belongs to one thread at a time.
+/// Additions and removals at both ends take constant time on average.
 ///
 /// `NSMutableArray{a, b}` lists the elements of a new array. A single mutable array in braces or
 /// parentheses is copied as a handle; a single immutable one gives a new array with its elements.
@@ -111,13 +166,25 @@ class NSMutableArray : public NSArray {
   void removeObjectAtIndex(std::size_t index);
   void removeLastObject();
   void removeAllObjects();
+  /// In linear time, however many indexes there are.
+  void removeObjectsAtIndexes(const NSIndexSet& indexes);
   void exchangeObjectAtIndex(std::size_t first, std::size_t second);
+  /// Replaces all elements by those of `other`; nil removes all.
+  void setArray(const NSArray& other);
+  /// As `sortedArrayWithOptions`; the array has its old order while the comparator is called, and
+  /// keeps it if the comparator throws.
+  void sortWithOptions(NSSortOptions options, NSComparator comparator);
+  void sortUsingComparator(NSComparator comparator) { sortWithOptions(NSSortStable, comparator); }
 
  private:
   detail::MutableArrayStorage& contents() const noexcept {
     return *storageAs<detail::MutableArrayStorage>();
   }
   void grow(std::size_t capacity);
+  /// Room for `capacity` elements behind `headroom` free places.
+  void moveToNewBuffer(std::size_t capacity, std::size_t headroom);
+  /// Puts the element at `order[i]` at index i.
+  void rearrange(std::span<const std::uint32_t> order);
 };
 
 }  // namespace zeb

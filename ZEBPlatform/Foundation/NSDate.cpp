@@ -1,4 +1,5 @@
 #include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Linux/Clock.h>
 
 #include <bit>
@@ -45,6 +46,13 @@ NSTimeInterval NSDate::timeIntervalSinceDate(const NSDate& earlier) const noexce
 NSDate NSDate::dateByAddingTimeInterval(NSTimeInterval seconds) const noexcept {
   if (isNil()) return nullptr;
   return dateWithTimeIntervalSinceReferenceDate(timeIntervalSinceReferenceDate() + seconds);
+}
+
+NSComparisonResult NSDate::compare(const NSDate& other) const noexcept {
+  const auto seconds = [](const NSDate& date) {
+    return date.isNil() ? NSNumber() : NSNumber(date.timeIntervalSinceReferenceDate());
+  };
+  return seconds(*this).compare(seconds(other));
 }
 
 NSDate::SystemClock::time_point NSDate::timePoint() const noexcept {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/Value.h>
 
 #include <chrono>
@@ -38,6 +39,9 @@ class NSDate : public Value {
   NSTimeInterval timeIntervalSince1970() const noexcept;
   NSTimeInterval timeIntervalSinceDate(const NSDate& earlier) const noexcept;
   [[nodiscard]] NSDate dateByAddingTimeInterval(NSTimeInterval seconds) const noexcept;
+
+  /// A date that is not-a-number comes before all others, and nil before all dates.
+  NSComparisonResult compare(const NSDate& other) const noexcept;
 
   /// Truncated to the resolution of the clock; the nearest end of its range for moments beyond it.
   SystemClock::time_point timePoint() const noexcept;

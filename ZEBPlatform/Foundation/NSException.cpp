@@ -58,4 +58,11 @@ void raiseRange(std::size_t index, std::size_t count) {
                                           "index %tu is beyond the bounds of %tu", index, count));
 }
 
+void requireRange(NSRange range, std::size_t count) {
+  if (range.location <= count && range.length <= count - range.location) return;
+  throw NSException(NSRangeException,
+                    NSString::stringWithFormat("range {%tu, %tu} is beyond the bounds of %tu",
+                                               range.location, range.length, count));
+}
+
 }  // namespace zeb

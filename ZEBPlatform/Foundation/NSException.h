@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSRange.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Memory/NSObject.h>
 
@@ -43,5 +44,7 @@ class NSException : public std::exception {
 
 [[noreturn]] void raiseInvalidArgument(const NSString& reason);
 [[noreturn]] void raiseRange(std::size_t index, std::size_t count);
+/// Throws NSException (NSRangeException) unless the range is inside a sequence of `count` elements.
+void requireRange(NSRange range, std::size_t count);
 
 }  // namespace zeb

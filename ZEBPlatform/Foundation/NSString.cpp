@@ -212,8 +212,7 @@ NSRange NSString::rangeOfString(const NSString& part) const noexcept {
 
 NSString NSString::substringWithRange(NSRange range) const {
   if (isNil()) return nullptr;
-  if (range.location > length()) raiseRange(range.location, length());
-  if (range.length > length() - range.location) raiseRange(range.location + range.length, length());
+  requireRange(range, length());
   if (text().isWide()) return NSString(utf16View().substr(range.location, range.length));
   return NSString(asciiView().substr(range.location, range.length));
 }
@@ -281,8 +280,7 @@ void NSMutableString::setString(const NSString& string) {
 
 void NSMutableString::replaceCharactersInRange(NSRange range, const NSString& replacement) {
   if (isNil()) return;
-  if (range.location > length()) raiseRange(range.location, length());
-  if (range.length > length() - range.location) raiseRange(range.location + range.length, length());
+  requireRange(range, length());
   const NSString own = replacement.copy();  // the replacement may be this text itself
   detail::MutableStringStorage& text = contents();
   if (length() - range.length + replacement.length() > UINT32_MAX) {

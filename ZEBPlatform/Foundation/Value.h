@@ -17,8 +17,8 @@ namespace zeb {
 class NSString;
 
 /// One value of the dynamically typed family that JSON, property lists and archives are made of:
-/// string, number, array, dictionary, set, data, date, URL, the null marker, any `NSObject`, or
-/// nil.
+/// string, number, array, dictionary, set, ordered set, data, date, URL, the null marker, any
+/// `NSObject`, or nil.
 ///
 /// A value has 16 bytes and is cheap to copy: numbers, dates and null lie inside, everything else
 /// is shared and counts its references. `NSString`, `NSNumber`, `NSArray`, `NSDictionary` and the
@@ -101,6 +101,7 @@ class Value {
   bool isArray() const noexcept { return kind() == Kind::Array; }
   bool isDictionary() const noexcept { return kind() == Kind::Dictionary; }
   bool isSet() const noexcept { return kind() == Kind::Set; }
+  bool isOrderedSet() const noexcept { return kind() == Kind::OrderedSet; }
   bool isObject() const noexcept { return kind() == Kind::Object; }
   /// Whether the shared value can be changed through a mutable handle.
   bool isMutable() const noexcept {
@@ -155,8 +156,8 @@ class Value {
   /// elements are shared).
   [[nodiscard]] Value copy() const;
 
-  /// A new mutable value with this content for strings, arrays, dictionaries, sets and data; other
-  /// kinds are answered as they are. Elements are shared.
+  /// A new mutable value with this content for strings, arrays, dictionaries, sets of both kinds
+  /// and data; other kinds are answered as they are. Elements are shared.
   [[nodiscard]] Value mutableCopy() const;
 
   /// An equal tree that owns all its memory. Values read from one JSON document share the memory of

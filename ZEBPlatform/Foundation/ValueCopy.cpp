@@ -1,6 +1,7 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSOrderedSet.h>
 #include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
@@ -22,7 +23,7 @@ Value detachedLeaf(const Value& leaf) {
 }
 
 bool isCollection(const Value& value) noexcept {
-  return value.kind() >= ValueKind::Array && value.kind() <= ValueKind::Set;
+  return value.kind() >= ValueKind::Array && value.kind() <= ValueKind::OrderedSet;
 }
 
 struct DetachingRules : detail::TreeRules {
@@ -67,6 +68,8 @@ Value Value::mutableCopy() const {
       return NSDictionary(*this).mutableCopy();
     case Kind::Set:
       return NSSet(*this).mutableCopy();
+    case Kind::OrderedSet:
+      return NSOrderedSet(*this).mutableCopy();
     default:
       return *this;
   }

@@ -83,6 +83,7 @@ std::string describeLeaf(const Value& value) {
     case ValueKind::Array:
     case ValueKind::Dictionary:
     case ValueKind::Set:
+    case ValueKind::OrderedSet:
       return "{…}";  // a collection that is a key
     default:
       return describeNumber(value);
@@ -132,10 +133,10 @@ class DescriptionPrinter {
 
  private:
   static const char* opening(const Value& collection) {
-    return collection.isArray() ? "(" : collection.isSet() ? "{(" : "{";
+    return collection.isArray() ? "(" : collection.isDictionary() ? "{" : "{(";
   }
   static const char* closing(const Value& collection) {
-    return collection.isArray() ? ")" : collection.isSet() ? ")}" : "}";
+    return collection.isArray() ? ")" : collection.isDictionary() ? "}" : ")}";
   }
 
   void newLine() {

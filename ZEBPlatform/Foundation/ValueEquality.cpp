@@ -92,7 +92,7 @@ Comparison compareShallowly(const Value& left, const Value& right) {
     return bySizes(left.storageAs<detail::ArrayStorage>()->count,
                    right.storageAs<detail::ArrayStorage>()->count);
   }
-  if (left.isDictionary() || left.isSet()) {
+  if (left.isDictionary() || left.isSet() || left.isOrderedSet()) {
     return bySizes(left.storageAs<detail::DictionaryStorage>()->count,
                    right.storageAs<detail::DictionaryStorage>()->count);
   }
@@ -111,6 +111,11 @@ std::pair<const Value*, const Value*> nextPair(Level& level) {
   }
   const auto& one = *level.left->storageAs<detail::DictionaryStorage>();
   const auto& other = *level.right->storageAs<detail::DictionaryStorage>();
+  if (level.left->isOrderedSet()) {
+    if (level.position == one.count) return {};
+    const std::uint32_t position = level.position++;
+    return {&one.entries[position].key, &other.entries[position].key};
+  }
   while (level.position < one.used) {
     const DictionaryEntry& entry = one.entries[level.position++];
     if (entry.key.isNil()) continue;

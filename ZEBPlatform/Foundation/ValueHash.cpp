@@ -43,7 +43,7 @@ class PublicHash {
   }
 
   static bool isCollection(const Value& value) noexcept {
-    return value.kind() >= ValueKind::Array && value.kind() <= ValueKind::Set;
+    return value.kind() >= ValueKind::Array && value.kind() <= ValueKind::OrderedSet;
   }
 
  private:
@@ -138,14 +138,15 @@ std::uint64_t collectionHash(const Value& value, int levels) {
   const auto& table = *value.storageAs<detail::DictionaryStorage>();
   hash.absorb(table.count);
   if (levels == 0) return hash.finish();
-  // A sum, because equal tables may have different orders.
+  // A sum where equal tables may have different orders.
+  const bool isOrdered = value.isOrderedSet();
   std::uint64_t sum = 0;
   for (const DictionaryEntry& entry : std::span(table.entries, table.used)) {
     if (entry.key.isNil()) continue;
     Hash pair;
     pair.absorb(Hash::ofKey(table, entry.key, hashBelow));
     if (value.isDictionary()) pair.absorb(hashBelow(entry.value));
-    sum += pair.finish();
+    sum = isOrdered ? mixHash(sum, pair.finish()) : sum + pair.finish();
   }
   hash.absorb(sum);
   return hash.finish();

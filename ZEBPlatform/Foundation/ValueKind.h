@@ -21,6 +21,7 @@ enum class ValueKind : std::uint8_t {
   Array,
   Dictionary,
   Set,
+  OrderedSet,
   Object,
 };
 

@@ -13,7 +13,9 @@ namespace {
 void destroyArray(ArrayStorage* array) noexcept {
   Value* values = array->values();
   for (std::uint32_t index = 0; index < array->count; ++index) values[index].~Value();
-  if (array->flags & StorageIndirect) std::free(values);
+  if (array->flags & StorageIndirect) {
+    if (values) std::free(values - static_cast<MutableArrayStorage*>(array)->headroom);
+  }
   std::free(array);
 }
 
@@ -37,6 +39,7 @@ void destroyNow(Storage* storage) noexcept {
       return;
     case ValueKind::Dictionary:
     case ValueKind::Set:
+    case ValueKind::OrderedSet:
       removeAllEntries(*static_cast<DictionaryStorage*>(storage));
       std::free(storage);
       return;

@@ -100,6 +100,11 @@ struct MutableArrayStorage : ArrayStorage {
   MutableArrayStorage() noexcept : ArrayStorage(StorageMutable | StorageIndirect, 0) {}
 
   Value* buffer = nullptr;  ///< must stay the first field
+  /// Grows with every change of the elements, so that enumerations notice changes.
+  std::uint64_t mutations = 0;
+  /// Free places before `buffer`, where the allocation begins. Elements that are removed from the
+  /// front leave them, so that a queue costs constant time for each element.
+  std::uint32_t headroom = 0;
 };
 
 inline Value* ArrayStorage::values() const noexcept {
@@ -108,8 +113,9 @@ inline Value* ArrayStorage::values() const noexcept {
                                                      : const_cast<void*>(after));
 }
 
-/// Entries in insertion order, and above a few of them a hash index. Serves dictionaries and sets
-/// (whose entries have no value).
+/// Entries in insertion order, and above a few of them a hash index. Serves dictionaries, and sets
+/// and ordered sets, whose entries have no value. The entries of an ordered set have no holes
+/// between them, so that an index is a position.
 struct DictionaryStorage : Storage {
   DictionaryStorage(ValueKind dictionaryOrSet, std::uint8_t storageFlags,
                     std::uint32_t references = 1) noexcept

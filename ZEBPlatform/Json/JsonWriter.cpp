@@ -28,7 +28,7 @@ class DocumentWriter {
   }
 
   bool enter(const Value& collection, std::size_t depth) {
-    if (collection.isSet()) raiseUnwritable(collection);
+    if (collection.isSet() || collection.isOrderedSet()) raiseUnwritable(collection);
     if (depth >= maxJsonNesting) throw nestingError();
     text_.put(collection.isArray() ? '[' : '{');
     indentation_ = depth + 1;

@@ -4,6 +4,7 @@
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
+#include <ZEBPlatform/Foundation/NSOrderedSet.h>
 #include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Foundation/NSURL.h>
@@ -127,6 +128,7 @@ void addNumbers(Builder& builder) {
           method("timeIntervalSince1970", &NSDate::timeIntervalSince1970),
           method("timeIntervalSinceDate:", &NSDate::timeIntervalSinceDate),
           method("dateByAddingTimeInterval:", &NSDate::dateByAddingTimeInterval),
+          method("compare:", &NSDate::compare),
       });
 }
 
@@ -182,18 +184,20 @@ void addTexts(Builder& builder) {
 }
 
 void addCollections(Builder& builder) {
-  builder.addKind(ValueKind::Array, "NSArray",
-                  {
-                      classMethod("array", &NSArray::array),
-                      method("count", &NSArray::count),
-                      method("objectAtIndex:", &NSArray::objectAtIndex),
-                      method("firstObject", &NSArray::firstObject),
-                      method("lastObject", &NSArray::lastObject),
-                      method("containsObject:", &NSArray::containsObject),
-                      method("indexOfObject:", &NSArray::indexOfObject),
-                      method("arrayByAddingObject:", &NSArray::arrayByAddingObject),
-                      method("componentsJoinedByString:", &NSArray::componentsJoinedByString),
-                  });
+  builder.addKind(
+      ValueKind::Array, "NSArray",
+      {
+          classMethod("array", &NSArray::array),
+          method("count", &NSArray::count),
+          method("objectAtIndex:", &NSArray::objectAtIndex),
+          method("firstObject", &NSArray::firstObject),
+          method("lastObject", &NSArray::lastObject),
+          method("containsObject:", &NSArray::containsObject),
+          method("indexOfObject:", [](const NSArray& self,
+                                      const Value& object) { return self.indexOfObject(object); }),
+          method("arrayByAddingObject:", &NSArray::arrayByAddingObject),
+          method("componentsJoinedByString:", &NSArray::componentsJoinedByString),
+      });
   builder.addMutableKind(
       ValueKind::Array, "NSMutableArray",
       {
@@ -205,6 +209,10 @@ void addCollections(Builder& builder) {
           method("removeObjectAtIndex:", &NSMutableArray::removeObjectAtIndex),
           method("removeLastObject", &NSMutableArray::removeLastObject),
           method("removeAllObjects", &NSMutableArray::removeAllObjects),
+          method("removeObjectsAtIndexes:", &NSMutableArray::removeObjectsAtIndexes),
+          method("exchangeObjectAtIndex:withObjectAtIndex:",
+                 &NSMutableArray::exchangeObjectAtIndex),
+          method("setArray:", &NSMutableArray::setArray),
       });
   builder.addKind(ValueKind::Dictionary, "NSDictionary",
                   {
@@ -240,6 +248,27 @@ void addCollections(Builder& builder) {
                              method("removeObject:", &NSMutableSet::removeObject),
                              method("removeAllObjects", &NSMutableSet::removeAllObjects),
                          });
+  builder.addKind(ValueKind::OrderedSet, "NSOrderedSet",
+                  {
+                      classMethod("orderedSetWithArray:", &NSOrderedSet::orderedSetWithArray),
+                      method("count", &NSOrderedSet::count),
+                      method("objectAtIndex:", &NSOrderedSet::objectAtIndex),
+                      method("indexOfObject:", &NSOrderedSet::indexOfObject),
+                      method("containsObject:", &NSOrderedSet::containsObject),
+                      method("firstObject", &NSOrderedSet::firstObject),
+                      method("lastObject", &NSOrderedSet::lastObject),
+                      method("array", &NSOrderedSet::array),
+                  });
+  builder.addMutableKind(
+      ValueKind::OrderedSet, "NSMutableOrderedSet",
+      {
+          classMethod("orderedSet", [] { return NSMutableOrderedSet(); }),
+          method("addObject:", &NSMutableOrderedSet::addObject),
+          method("insertObject:atIndex:", &NSMutableOrderedSet::insertObject),
+          method("removeObject:", &NSMutableOrderedSet::removeObject),
+          method("removeObjectAtIndex:", &NSMutableOrderedSet::removeObjectAtIndex),
+          method("removeAllObjects", &NSMutableOrderedSet::removeAllObjects),
+      });
 }
 
 }  // namespace

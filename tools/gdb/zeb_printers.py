@@ -12,7 +12,7 @@ import gdb.printing
 KINDS = {
     0: "nil", 1: "null", 2: "Boolean", 3: "SignedInteger", 4: "UnsignedInteger", 5: "Float",
     6: "Double", 7: "Date", 16: "String", 17: "Data", 18: "URL", 19: "Array", 20: "Dictionary",
-    21: "Set", 22: "Object",
+    21: "Set", 22: "OrderedSet", 23: "Object",
 }
 STORAGE_WIDE = 4
 STORAGE_INDIRECT = 8
@@ -86,7 +86,7 @@ class ValuePrinter:
             return "URL " + ValuePrinter(storage(self.payload, "URLStorage")["text"]).to_string()
         if self.kind == "Array":
             return f"Array of {int(storage(self.payload, 'ArrayStorage')['count'])}"
-        if self.kind in ("Dictionary", "Set"):
+        if self.kind in ("Dictionary", "Set", "OrderedSet"):
             count = int(storage(self.payload, "DictionaryStorage")["count"])
             return f"{self.kind} of {count}"
         return f"Object at {self.payload:#x}"
@@ -96,7 +96,7 @@ class ValuePrinter:
             array = storage(self.payload, "ArrayStorage")
             for index in range(int(array["count"])):
                 yield f"[{index}]", elements(array)[index]
-        elif self.kind in ("Dictionary", "Set"):
+        elif self.kind in ("Dictionary", "Set", "OrderedSet"):
             table = storage(self.payload, "DictionaryStorage")
             for index in range(int(table["used"])):
                 entry = table["entries"][index]
@@ -122,7 +122,7 @@ class RefPrinter:
 
 def register():
     printers = gdb.printing.RegexpCollectionPrettyPrinter("zeb")
-    handles = "Value|NS(Mutable)?(String|Array|Dictionary|Set|Data)|NSNumber|NSDate|NSNull|NSURL"
+    handles = "Value|NS(Mutable)?(String|Array|Dictionary|Set|OrderedSet|Data)|NSNumber|NSDate|NSNull|NSURL"
     printers.add_printer("Value", f"^zeb::({handles})$", ValuePrinter)
     printers.add_printer("Ref", "^zeb::Ref<.*>$", RefPrinter)
     gdb.printing.register_pretty_printer(gdb.current_objfile(), printers, replace=True)

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The hash table under dictionaries and sets, as functions over `DictionaryStorage`.
+/// The hash table under dictionaries, sets and ordered sets, as functions over `DictionaryStorage`.
 namespace zeb::detail {
 
 /// Up to this count a scan over the hashes of the entries is faster than an index.
@@ -26,7 +26,7 @@ std::uint32_t keyHashOf(const Value& key);
 
 /// An empty mutable table on the heap, owned by the caller, with room for `capacity` entries.
 /// Throws std::bad_alloc or std::length_error.
-DictionaryStorage* newTable(ValueKind dictionaryOrSet, std::size_t capacity);
+DictionaryStorage* newTable(ValueKind kind, std::size_t capacity);
 
 inline DictionaryEntry* findEntry(const DictionaryStorage& table, const StringKey& key) noexcept;
 /// The same for tables without an index and those that use the secret hash.
@@ -38,6 +38,12 @@ DictionaryEntry* findEntry(const DictionaryStorage& table, const Value& key);
 DictionaryEntry& findOrAddEntry(DictionaryStorage& table, const Value& key);
 
 bool removeEntry(DictionaryStorage& table, const Value& key);
+
+/// For ordered sets, whose entries have no holes between them: move an entry to another position,
+/// or remove it, and close up the entries between. Linear. Both positions are below the count.
+void moveEntry(DictionaryStorage& table, std::uint32_t from, std::uint32_t to) noexcept;
+void removeEntryAt(DictionaryStorage& table, std::uint32_t position) noexcept;
+
 void removeAllEntries(DictionaryStorage& table) noexcept;
 
 /// Makes room for `capacity` entries in all.

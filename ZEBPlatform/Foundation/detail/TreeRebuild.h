@@ -2,6 +2,7 @@
 
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSOrderedSet.h>
 #include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/detail/TreeWalk.h>
 
@@ -47,8 +48,10 @@ class TreeRebuild {
     } else if (collection.isDictionary()) {
       level.collection =
           NSMutableDictionary::dictionaryWithCapacity(NSDictionary(collection).count());
-    } else {
+    } else if (collection.isSet()) {
       level.collection = NSMutableSet();
+    } else {
+      level.collection = NSMutableOrderedSet();
     }
     levels_.push_back(std::move(level));
     return true;
@@ -83,6 +86,8 @@ class TreeRebuild {
       NSMutableArray::from(parent).addObject(std::move(value));
     } else if (parent.isSet()) {
       NSMutableSet::from(parent).addObject(value);
+    } else if (parent.isOrderedSet()) {
+      NSMutableOrderedSet::from(parent).addObject(value);
     } else if (!key.isNil()) {
       NSMutableDictionary::from(parent).setObject(std::move(value), key);
     }

@@ -9,7 +9,7 @@
 
 namespace zeb::detail {
 
-/// Visits a tree of arrays, dictionaries and sets in order and to any depth, without recursion.
+/// Visits a tree of arrays, dictionaries and sets of both kinds in order and to any depth, without recursion.
 ///
 /// The visitor offers
 ///
@@ -35,7 +35,7 @@ void walkTree(const Value& root, Visitor& visitor) {
 
   const Value* value = &root;
   for (;;) {
-    if (value->kind() < ValueKind::Array || value->kind() > ValueKind::Set) {
+    if (value->kind() < ValueKind::Array || value->kind() > ValueKind::OrderedSet) {
       visitor.leaf(*value);
     } else if (visitor.enter(*value, level.collection ? suspended.size() + 1 : 0)) {
       if (level.collection) suspended.push_back(level);
@@ -64,12 +64,12 @@ void walkTree(const Value& root, Visitor& visitor) {
         while (level.entry != level.end && level.entry->key.isNil()) ++level.entry;
         if (level.entry != level.end) {
           const DictionaryEntry& entry = *level.entry++;
-          const bool isSet = level.collection->isSet();
-          value = isSet ? &entry.key : &entry.value;
-          if (isSet) {
-            visitor.element(level.position++);
-          } else {
+          if (level.collection->isDictionary()) {
+            value = &entry.value;
             visitor.key(entry.key, level.position++);
+          } else {
+            value = &entry.key;
+            visitor.element(level.position++);
           }
         }
       }

@@ -42,7 +42,9 @@ struct PropertyListRules : detail::TreeRules {
   static constexpr int maxKeyNesting = 64;
   int keyNesting = 0;
 
-  static bool keeps(const Value& collection, std::size_t) { return !collection.isSet(); }
+  static bool keeps(const Value& collection, std::size_t) {
+    return collection.isArray() || collection.isDictionary();
+  }
   Value leaf(const Value& value) const {
     if (isPropertyListLeaf(value)) return value;
     const bool isKey = value.isArray() || value.isDictionary();

@@ -36,7 +36,7 @@ TEST(Value, EachKindAnswersForItselfAlone) {
       {Kind::String, "text"}, {Kind::Data, NSData::dataWithBytes(std::string_view("bytes"))},
       {Kind::URL, NSURL::URLWithString("http://host/")}, {Kind::Array, NSArray{1, 2}},
       {Kind::Dictionary, NSDictionary{{"key", 1}}}, {Kind::Set, NSSet{1, 2}},
-      {Kind::Object, makeRef<Probe>(deaths)}};
+      {Kind::OrderedSet, NSOrderedSet{1, 2}}, {Kind::Object, makeRef<Probe>(deaths)}};
   // clang-format on
   for (const auto& [kind, value] : samples) {
     const bool isNumber = kind >= Kind::Boolean && kind <= Kind::Double;
@@ -48,12 +48,14 @@ TEST(Value, EachKindAnswersForItselfAlone) {
         {Kind::Date, !!NSDate(value)},   {Kind::String, !!NSString(value)},
         {Kind::Data, !!NSData(value)},   {Kind::URL, !!NSURL(value)},
         {Kind::Array, !!NSArray(value)}, {Kind::Dictionary, !!NSDictionary(value)},
-        {Kind::Set, !!NSSet(value)},     {Kind::Object, !!value.object()}};
+        {Kind::Set, !!NSSet(value)},     {Kind::OrderedSet, !!NSOrderedSet(value)},
+        {Kind::Object, !!value.object()}};
     for (const auto& [expected, answer] : answers) EXPECT_EQ(answer, kind == expected) << value;
     EXPECT_TRUE(value.isNumber() == isNumber && !!NSNumber(value) == isNumber);
     EXPECT_FALSE(value.isMutable() || NSMutableString::from(value) || NSMutableArray::from(value) ||
                  NSMutableDictionary::from(value) || NSMutableSet::from(value) ||
-                 NSMutableData::from(value) || NSError::from(value));
+                 NSMutableData::from(value) || NSMutableOrderedSet::from(value) ||
+                 NSIndexSet::from(value) || NSError::from(value));
     for (const auto& [otherKind, other] : samples) {
       const bool same = kind == otherKind && kind != Kind::Nil;
       EXPECT_EQ(value.isEqual(other), same) << value << " and " << other;
