@@ -93,6 +93,7 @@ std::size_t NSArray::indexOfObject(const Value& object, NSRange sortedRange,
   if (isNil()) return NSNotFound;
   requireObject(object);
   requireRange(sortedRange, count());
+  if (!comparator) raiseInvalidArgument("a binary search needs a comparator");
   const bool wantsFirst = options & NSBinarySearchingFirstEqual;
   const NSArray kept = *this;  // the comparator may release the caller's handle
   const detail::MutationCheck check(kept);

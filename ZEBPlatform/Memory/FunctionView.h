@@ -21,6 +21,11 @@ constexpr bool isNilCallable(const Callable& callable) noexcept {
   return false;
 }
 
+template <class Member, class Object, class... Arguments>
+decltype(auto) callMember(Member member, Object&& object, Arguments&&... arguments) {
+  return (std::forward<Object>(object).*member)(std::forward<Arguments>(arguments)...);
+}
+
 /// Stops the process: "A nil block was called."
 [[noreturn]] void stopForNilCall() noexcept;
 
@@ -32,7 +37,8 @@ class FunctionView;
 /// Nullable view of a callable that is called only while the call it was passed to lasts; nil also
 /// when made of a null function pointer or of an empty wrapper. Owns nothing and allocates nothing,
 /// so that iterating with a closure costs what a loop costs. For a closure that is kept, see
-/// `Block`. Calling a nil view stops the process with a message.
+/// `Block`. A member function is called on the first argument. Calling a nil view stops the process
+/// with a message.
 template <class Result, class... Arguments>
 class FunctionView<Result(Arguments...)> {
  public:
@@ -51,6 +57,12 @@ class FunctionView<Result(Arguments...)> {
       target_.function = reinterpret_cast<void (*)()>(&callable);
       invoke_ = [](Storage target, Arguments... arguments) -> Result {
         return reinterpret_cast<Target*>(target.function)(std::forward<Arguments>(arguments)...);
+      };
+    } else if constexpr (std::is_member_function_pointer_v<std::remove_cv_t<Target>>) {
+      target_.object = const_cast<void*>(static_cast<const void*>(std::addressof(callable)));
+      invoke_ = [](Storage target, Arguments... arguments) -> Result {
+        return detail::callMember(*static_cast<Target*>(target.object),
+                                  std::forward<Arguments>(arguments)...);
       };
     } else {
       target_.object = const_cast<void*>(static_cast<const void*>(std::addressof(callable)));

@@ -31,6 +31,17 @@ std::string nameOfClass(const Value& receiver) {
                        ", wanted is " + typeName(wanted));
 }
 
+std::string unrecognizedText(const Value& receiver, SEL selector) {
+  if (receiver.isNil())
+    return std::string("unrecognized selector ") + selector.name() + " sent to nil";
+  char address[2 + 2 * sizeof(void*) + 1];
+  std::snprintf(address, sizeof address, "%#llx",
+                static_cast<unsigned long long>(receiver.payload()));
+  const bool isClass = receiver.object<Class>() != nullptr;
+  return methodName(receiver, selector) + ": unrecognized selector sent to " +
+         (isClass ? "class " : "instance ") + address;
+}
+
 [[noreturn]] void reportUnrecognized(const Value& receiver, SEL selector) {
   const SEL report = "doesNotRecognizeSelector:"_sel;
   if (selector != report && respondsToSelector(receiver, report)) send(receiver, report, selector);
@@ -64,6 +75,11 @@ void raiseWrongResult(const Value& receiver, SEL selector, const Value& result,
   raiseMismatch(receiver, selector, "the result", result, wanted);
 }
 
+void requireMethod(const Value& receiver, SEL selector) {
+  if (respondsToSelector(receiver, selector)) return;
+  raiseInvalidArgument(unrecognizedText(receiver, selector));
+}
+
 Value sendMessage(const Value& receiver, SEL selector, std::span<const Value> arguments) {
   if (receiver.isNil()) return {};
   const Method method = object_getClass(receiver)->findMethod(selector);
@@ -90,14 +106,7 @@ Value performMessage(const Value& receiver, SEL selector, std::span<const Value>
 }  // namespace detail
 
 void doesNotRecognizeSelector(const Value& receiver, SEL selector) noexcept {
-  if (receiver.isNil())
-    fatal(std::string("unrecognized selector ") + selector.name() + " sent to nil");
-  char address[2 + 2 * sizeof(void*) + 1];
-  std::snprintf(address, sizeof address, "%#llx",
-                static_cast<unsigned long long>(receiver.payload()));
-  const bool isClass = receiver.object<Class>() != nullptr;
-  fatal(detail::methodName(receiver, selector) + ": unrecognized selector sent to " +
-        (isClass ? "class " : "instance ") + address);
+  fatal(detail::unrecognizedText(receiver, selector));
 }
 
 }  // namespace zeb

@@ -44,6 +44,11 @@ Result asResult(const Value& receiver, SEL selector, const Value& result) {
   }
 }
 
+/// Throws NSException (NSInvalidArgumentException, "-[Class selector]: unrecognized selector sent
+/// to instance 0x…") if the receiver's class has no method for the selector. For callers that must
+/// not stop the process as `send` does.
+void requireMethod(const Value& receiver, SEL selector);
+
 }  // namespace detail
 
 /// Calls the method that the receiver's class has for the selector, found at the time of the call;

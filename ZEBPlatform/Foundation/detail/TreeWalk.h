@@ -9,7 +9,8 @@
 
 namespace zeb::detail {
 
-/// Visits a tree of arrays, dictionaries and sets of both kinds in order and to any depth, without recursion.
+/// Visits a tree of arrays, dictionaries and sets of both kinds in order and to any depth, without
+/// recursion.
 ///
 /// The visitor offers
 ///

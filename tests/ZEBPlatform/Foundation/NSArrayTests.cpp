@@ -171,9 +171,9 @@ TEST(NSArray, SortsEveryKindStablyAndKeepsAllElementsWhateverTheComparatorDoes) 
     };
     const NSArray jumbled = array.sortedArrayUsingComparator(quarrelsome);
     const auto payloads = [](const auto& elements) {
-      std::multiset<std::uint64_t> all;
-      for (const Value& element : elements) all.insert(element.payload());
-      return all;
+      std::multiset<std::uint64_t> found;
+      for (const Value& element : elements) found.insert(element.payload());
+      return found;
     };
     EXPECT_EQ(payloads(jumbled), payloads(model));
   }
