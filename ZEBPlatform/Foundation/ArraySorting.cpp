@@ -12,6 +12,7 @@
 #include <cstring>
 #include <numeric>
 #include <span>
+#include <string_view>
 
 namespace zeb::detail {
 
@@ -40,15 +41,32 @@ std::uint64_t keyOfNumber(const Value& number) noexcept {
   return keyOfDouble(number.doubleValue());
 }
 
-/// The first eight bytes of an ASCII string.
-std::uint64_t keyOfBytes(const Value& string) noexcept {
-  static_assert(std::endian::native == std::endian::little);
+std::string_view asciiOf(const Value& string) noexcept {
   const auto& text = *string.storageAs<StringStorage>();
+  return {text.ascii(), text.length};
+}
+
+/// The length of the text with which all of these ASCII strings begin.
+std::size_t commonPrefixLength(std::span<const Value> strings) noexcept {
+  const std::string_view first = asciiOf(strings[0]);
+  std::size_t length = first.size();
+  for (const Value& string : strings.subspan(1)) {
+    const std::string_view text = asciiOf(string);
+    if (text.substr(0, length) == first.substr(0, length)) continue;
+    const auto end = std::ranges::mismatch(first.substr(0, length), text).in1;
+    length = static_cast<std::size_t>(end - first.begin());
+  }
+  return length;
+}
+
+/// Up to eight bytes of an ASCII string.
+std::uint64_t keyOfBytes(std::string_view text) noexcept {
+  static_assert(std::endian::native == std::endian::little);
   std::uint64_t key = 0;
-  if (text.length >= sizeof key) {
-    std::memcpy(&key, text.ascii(), sizeof key);
+  if (text.size() >= sizeof key) {
+    std::memcpy(&key, text.data(), sizeof key);
   } else {
-    std::memcpy(&key, text.ascii(), text.length);
+    std::memcpy(&key, text.data(), text.size());
   }
   return __builtin_bswap64(key);
 }
@@ -101,8 +119,12 @@ std::vector<std::uint32_t> naturallySortedOrder(std::span<const Value> elements)
   }
   const bool isASCII = std::ranges::none_of(
       elements, [](const Value& string) { return string.storageAs<StringStorage>()->isWide(); });
-  return isASCII ? orderByKeys(elements, keyOfBytes, orderStrings)
-                 : orderByKeys(elements, keyOfUnits, orderStrings);
+  if (!isASCII) return orderByKeys(elements, keyOfUnits, orderStrings);
+  const std::size_t prefix = commonPrefixLength(elements);
+  const auto keyOf = [prefix](const Value& string) {
+    return keyOfBytes(asciiOf(string).substr(prefix));
+  };
+  return orderByKeys(elements, keyOf, orderStrings);
 }
 
 }  // namespace

@@ -45,6 +45,12 @@ NSMutableSet NSMutableSet::from(const Value& value) noexcept {
   return result;
 }
 
+NSMutableSet NSMutableSet::setWithCapacity(std::size_t capacity) {
+  NSMutableSet result(nullptr);
+  static_cast<Value&>(result) = Value(adoptStorage, detail::newTable(ValueKind::Set, capacity));
+  return result;
+}
+
 void NSMutableSet::addObject(const Value& object) {
   if (isNil()) return;
   if (object.isNil()) raiseInvalidArgument("a set can't hold nil");

@@ -106,6 +106,8 @@ class NSMutableSet : public NSSet {
   explicit NSMutableSet(const NSSet& set);
   /// The shared mutable set itself when the value is one, else nil.
   static NSMutableSet from(const Value& value) noexcept;
+  /// An empty set with room for `capacity` members.
+  static NSMutableSet setWithCapacity(std::size_t capacity);
 
   /// Adding nil throws NSException (NSInvalidArgumentException). On a nil set these do nothing.
   void addObject(const Value& object);

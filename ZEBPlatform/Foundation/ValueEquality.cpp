@@ -82,6 +82,9 @@ enum class Comparison { different, equal, byElements };
 Comparison compareShallowly(const Value& left, const Value& right) {
   const auto result = [](bool equal) { return equal ? Comparison::equal : Comparison::different; };
   if (left.isNil() || right.isNil()) return Comparison::different;
+  const bool isSameInteger = left.payload() == right.payload() && left.kind() == right.kind() &&
+                             left.kind() <= ValueKind::UnsignedInteger;
+  if (isSameInteger) return Comparison::equal;
   if (left.isNumber() && right.isNumber()) return result(detail::orderNumbers(left, right) == 0);
   if (left.kind() != right.kind()) return Comparison::different;
   if (left.isCounted() && left.payload() == right.payload()) return Comparison::equal;
@@ -119,7 +122,12 @@ std::pair<const Value*, const Value*> nextPair(Level& level) {
   while (level.position < one.used) {
     const DictionaryEntry& entry = one.entries[level.position++];
     if (entry.key.isNil()) continue;
-    const DictionaryEntry* match = detail::findEntry(other, entry.key);
+    // Records of one document share their keys, usually in the same order.
+    const std::uint32_t position = level.position - 1;
+    const bool isAtSamePlace =
+        position < other.used && other.entries[position].key.isIdenticalTo(entry.key);
+    const DictionaryEntry* match =
+        isAtSamePlace ? &other.entries[position] : detail::findEntry(other, entry.key);
     if (!match) return {&entry.key, nullptr};
     if (level.left->isDictionary()) return {&entry.value, &match->value};
   }

@@ -21,7 +21,7 @@ NSArray mapBySending(const NSArray& array, SEL selector, const Objects&... objec
 }
 
 NSSet setOf(const NSArray& array) {
-  NSMutableSet members;
+  NSMutableSet members = NSMutableSet::setWithCapacity(array.count());
   detail::enumerate(array, [&](const Value& element, std::size_t) {
     members.addObject(element);
     return true;
@@ -106,8 +106,13 @@ NSArray zeb_filter(const NSArray& array, SEL selector) {
 }
 
 NSArray zeb_filterWithBlock(const NSArray& array, FunctionView<bool(const Value& element)> block) {
-  return zeb_filterWithBlockWithEarlyStop(
-      array, [&](const Value& element, bool&) { return block(element); });
+  if (array.isNil()) return nullptr;
+  detail::ArrayBuilder kept(array.count());
+  detail::enumerate(array, [&](const Value& element, std::size_t) {
+    if (block(element)) kept.append(element);
+    return true;
+  });
+  return kept.finish();
 }
 
 NSArray zeb_filterWithBlockWithEarlyStop(

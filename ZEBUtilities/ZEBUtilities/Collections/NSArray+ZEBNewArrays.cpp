@@ -67,7 +67,7 @@ NSArray zeb_arrayByConcatenatingArrays(const NSArray& arrays) {
 
 NSArray zeb_arrayByRemovingDuplicates(const NSArray& array) {
   if (array.isNil()) return nullptr;
-  NSMutableSet known;
+  NSMutableSet known = NSMutableSet::setWithCapacity(array.count());
   detail::ArrayBuilder distinct(array.count());
   detail::enumerate(array, [&](const Value& element, std::size_t) {
     known.addObject(element);

@@ -138,7 +138,7 @@ TEST(ArrayAdditions, AnswerTheTables) {
       {zeb_doAllObjectsPassTest(eight, [](auto& n, auto, auto& stop) { return stop = n == 1; }),
        true},
       {zeb_doAllObjectsPassTest(eight, [](auto& n, auto, auto&) { return n == 1; }), false},
-      {zeb_doAllObjectsPassTest(empty, [](auto&...) { return false; }), true},
+      {zeb_doAllObjectsPassTest(empty, [](auto&&...) { return false; }), true},
       {zeb_doAnyObjectsPassTest(eight, below(2)), true},
       {zeb_doAnyObjectsPassTest(empty, below(2)), false},
       {zeb_firstObjectPassingTest(mixed, &Value::isNumber), 2},
@@ -256,7 +256,7 @@ TEST(ArrayAdditions, RaiseWhenTheArrayChangesMeanwhile) {
         [&] { zeb_doAllObjectsPassTest(array, visit); },
         [&] { zeb_firstObjectPassingTest(array, visit); },
         [&] { zeb_reduceWithInitialValue(array, 0, fold); },
-        [&] { zeb_applyBlock(array, visit); },
+        [&] { zeb_applyBlock(array, [&](auto& one) { visit(one); }); },
         [&] { (void)zeb_arrayByRemovingAdjacenciesFailingTest(array, fold); },
         [&] { (void)zeb_arrayByRemovingFirstObjectFailingTest(array, visit); },
         [&] { zeb_insertObjectIfNotNil(array, makeRef<test::Probe>(deaths), compare); },
@@ -324,8 +324,8 @@ TEST(ArrayAdditions, AgreeWithPlainLoops) {
   }
 }
 
-/// Each of the 24 orders of four elements is expected 1000 times with a standard deviation of 31, so
-/// that a count outside 500 to 1500 is practically impossible for a uniform shuffle.
+/// Each of the 24 orders of four elements is expected 1000 times with a standard deviation of 31.
+/// For a uniform shuffle, a count outside 500 to 1500 is therefore practically impossible.
 TEST(ArrayAdditions, ShuffleToEachOrderEquallyOften) {
   std::map<NSString, int> counts;
   for (int i = 0; i < 24'000; ++i) {
