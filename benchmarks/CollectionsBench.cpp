@@ -3,15 +3,20 @@
 #include <ZEBUtilities/Collections/NSArray+ZEBAdditions.h>
 
 #include <algorithm>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "Bench.h"
 #include "CollectionsPeers.h"
+#include "Documents.h"
 
 #if ZEB_BENCH_HAVE_ABSL
 #include <absl/container/flat_hash_set.h>
+#endif
+#if ZEB_BENCH_HAVE_BOOST_JSON
+#include <boost/json.hpp>
 #endif
 
 namespace zeb::bench {
@@ -131,50 +136,66 @@ std::vector<std::size_t> makeNumbers(std::size_t amount) {
   return numbers;
 }
 
-std::string makeRecord(std::size_t number) {
-  const std::string text = std::to_string(number);
-  return "{\"id\":" + text + ",\"name\":\"user " + text + "\",\"email\":\"user" + text +
-         "@example.org\",\"score\":" + std::to_string(number % 97) +
-         ".5,\"active\":" + (number % 2 ? "true" : "false") + ",\"tags\":[\"reader\",\"tag" +
-         std::to_string(number % 13) + "\"],\"address\":{\"city\":\"city " +
-         std::to_string(number % 101) + "\",\"zip\":" + std::to_string(10'000 + number) + "}}";
-}
-
-void measureDedupe(Report& report, const char* input, const NSArray& array,
-                   const std::vector<std::string>& texts) {
-  const auto theirs = [&] {
-    absl::flat_hash_set<std::string> known;
-    std::vector<const std::string*> distinct;
-    for (const std::string& text : texts) {
-      if (known.insert(text).second) distinct.push_back(&text);
-    }
-    return distinct.size();
-  };
+/// `theirs` answers the count of different texts.
+template <class Theirs>
+void measureDedupe(Report& report, const char* input, const NSArray& array, const char* peer,
+                   const Theirs& theirs) {
   const auto ours = [&] { return zeb_arrayByRemovingDuplicates(array).count(); };
   require(ours() == theirs(), "the results have different counts");
-  Comparison comparison = nanosecondsEach(
-      std::string("NSArray, ") + input, std::string("absl::flat_hash_set<std::string>, ") + input,
-      measureInTurns([&] { consume(ours()); }, [&] { consume(theirs()); }), texts.size());
-  report.add(std::move(comparison));
+  report.add(nanosecondsEach(
+      std::string("NSArray, ") + input, std::string("absl::flat_hash_set<std::string>, ") + peer,
+      measureInTurns([&] { consume(ours()); }, [&] { consume(theirs()); }), array.count()));
 }
 
-void measureDedupes(Report& report) {
+/// The count of different texts that `textOf` makes of the things.
+template <class Things, class TextOf>
+std::size_t countDistinct(const Things& things, const TextOf& textOf) {
+  absl::flat_hash_set<std::string> known;
+  std::vector<std::size_t> distinct;
+  std::size_t position = 0;
+  for (const auto& thing : things) {
+    if (known.insert(textOf(thing)).second) distinct.push_back(position);
+    ++position;
+  }
+  return distinct.size();
+}
+
+void measureStrings(Report& report) {
   std::vector<std::string> texts;
   for (const std::size_t number : makeNumbers(1'000'000)) {
     texts.push_back("user" + std::to_string(number) + "@example.org");
   }
-  measureDedupe(report, "strings",
-                NSArray::arrayWithObjects(std::vector<Value>(texts.begin(), texts.end())), texts);
-  texts.clear();
+  const NSArray strings = NSArray::arrayWithObjects(std::vector<Value>(texts.begin(), texts.end()));
+  measureDedupe(report, "strings", strings, "strings",
+                [&] { return countDistinct(texts, std::identity()); });
+}
+
+/// Records that were parsed from one document.
+void measureRecords(Report& report) {
+  std::vector<std::string> texts;
   std::string document = "[";
   for (const std::size_t number : makeNumbers(100'000)) {
     texts.push_back(makeRecord(number));
     document += (document.size() > 1 ? "," : "") + texts.back();
   }
   document += "]";
-  measureDedupe(
-      report, "records",
-      NSArray(NSJSONSerialization::JSONObjectWithData(NSData::dataWithBytes(document), 0)), texts);
+  const NSArray records(
+      NSJSONSerialization::JSONObjectWithData(NSData::dataWithBytes(document), 0));
+#if ZEB_BENCH_HAVE_BOOST_JSON
+  const boost::json::value parsed = boost::json::parse(document);
+  const auto serialize = [](const boost::json::value& record) {
+    return boost::json::serialize(record);
+  };
+  measureDedupe(report, "parsed records", records, "serializing parsed records",
+                [&] { return countDistinct(parsed.as_array(), serialize); });
+#endif
+  measureDedupe(report, "parsed records", records, "records serialized before",
+                [&] { return countDistinct(texts, std::identity()); });
+}
+
+void measureDedupes(Report& report) {
+  measureStrings(report);
+  measureRecords(report);
 }
 
 #else

@@ -105,4 +105,13 @@ const std::vector<Document>& documents() {
   return all;
 }
 
+std::string makeRecord(std::size_t number) {
+  const std::string text = std::to_string(number);
+  return "{\"id\":" + text + ",\"name\":\"user " + text + "\",\"email\":\"user" + text +
+         "@example.org\",\"score\":" + std::to_string(number % 97) +
+         ".5,\"active\":" + (number % 2 ? "true" : "false") + ",\"tags\":[\"reader\",\"tag" +
+         std::to_string(number % 13) + "\"],\"address\":{\"city\":\"city " +
+         std::to_string(number % 101) + "\",\"zip\":" + std::to_string(10'000 + number) + "}}";
+}
+
 }  // namespace zeb::bench

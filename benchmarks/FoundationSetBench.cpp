@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Bench.h"
+#include "Documents.h"
 
 #if ZEB_BENCH_HAVE_ABSL
 #include <absl/container/flat_hash_set.h>
@@ -19,15 +20,6 @@ constexpr const char* peerName = "absl::flat_hash_set, serialized strings";
 #if ZEB_BENCH_HAVE_ABSL
 
 constexpr std::size_t records = 10'000;
-
-std::string makeRecord(std::size_t number) {
-  const std::string text = std::to_string(number);
-  return "{\"id\":" + text + ",\"name\":\"user " + text + "\",\"email\":\"user" + text +
-         "@example.org\",\"score\":" + std::to_string(number % 97) +
-         ".5,\"active\":" + (number % 2 ? "true" : "false") + ",\"tags\":[\"reader\",\"tag" +
-         std::to_string(number % 13) + "\"],\"address\":{\"city\":\"city " +
-         std::to_string(number % 101) + "\",\"zip\":" + std::to_string(10'000 + number) + "}}";
-}
 
 /// Inserts all records into a new set: our set the parsed dictionaries, their set copies of the
 /// texts.

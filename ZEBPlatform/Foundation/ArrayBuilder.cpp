@@ -1,5 +1,6 @@
 #include <ZEBPlatform/Foundation/CollectionLimitPrivate.h>
 #include <ZEBPlatform/Foundation/detail/ArrayBuilder.h>
+#include <ZEBPlatform/Linux/detail/MemoryPages.h>
 
 #include <cstdlib>
 #include <memory>
@@ -18,6 +19,7 @@ ArrayBuilder::ArrayBuilder(std::size_t capacity) {
   requireCollectionCount(capacity);
   void* memory = std::malloc(bytesFor(capacity));
   if (!memory) throw std::bad_alloc();
+  preferLargePages(memory, bytesFor(capacity));
   array_ = new (memory) ArrayStorage(0, 0);
   capacity_ = static_cast<std::uint32_t>(capacity);
 }

@@ -14,9 +14,6 @@ namespace zeb::detail {
 
 namespace {
 
-/// At half load, keys that were not chosen to collide practically never need more probes.
-constexpr std::uint32_t maxTrustedProbes = 128;
-
 void useKeyedHash(DictionaryStorage& table) noexcept;
 
 /// The hash by which a table finds a key: the public one, or the secret one, which covers all

@@ -96,8 +96,8 @@ class NSArray : public Value {
   /// behind all equal elements, with `NSBinarySearchingFirstEqual` before them. The object is the
   /// comparator's right argument.
   ///
-  /// Throws NSException: for a nil object or comparator NSInvalidArgumentException, for a range that
-  /// is not inside the array NSRangeException, and if the comparator changes the array
+  /// Throws NSException: for a nil object or comparator NSInvalidArgumentException, for a range
+  /// that is not inside the array NSRangeException, and if the comparator changes the array
   /// NSGenericException. NSNotFound on nil.
   std::size_t indexOfObject(const Value& object, NSRange sortedRange,
                             NSBinarySearchingOptions options, NSComparator comparator) const;

@@ -56,18 +56,20 @@ class FunctionView<Result(Arguments...)> {
     if constexpr (std::is_function_v<Target>) {
       target_.function = reinterpret_cast<void (*)()>(&callable);
       invoke_ = [](Storage target, Arguments... arguments) -> Result {
-        return reinterpret_cast<Target*>(target.function)(std::forward<Arguments>(arguments)...);
+        return static_cast<Result>(
+            reinterpret_cast<Target*>(target.function)(std::forward<Arguments>(arguments)...));
       };
     } else if constexpr (std::is_member_function_pointer_v<std::remove_cv_t<Target>>) {
       target_.object = const_cast<void*>(static_cast<const void*>(std::addressof(callable)));
       invoke_ = [](Storage target, Arguments... arguments) -> Result {
-        return detail::callMember(*static_cast<Target*>(target.object),
-                                  std::forward<Arguments>(arguments)...);
+        return static_cast<Result>(detail::callMember(*static_cast<Target*>(target.object),
+                                                      std::forward<Arguments>(arguments)...));
       };
     } else {
       target_.object = const_cast<void*>(static_cast<const void*>(std::addressof(callable)));
       invoke_ = [](Storage target, Arguments... arguments) -> Result {
-        return (*static_cast<Target*>(target.object))(std::forward<Arguments>(arguments)...);
+        return static_cast<Result>(
+            (*static_cast<Target*>(target.object))(std::forward<Arguments>(arguments)...));
       };
     }
   }

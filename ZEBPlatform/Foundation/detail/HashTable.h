@@ -13,6 +13,9 @@ namespace zeb::detail {
 /// Up to this count a scan over the hashes of the entries is faster than an index.
 inline constexpr std::uint32_t maxUnindexedEntries = 8;
 
+/// At half load, keys that were not chosen to collide practically never need more probes.
+inline constexpr std::uint32_t maxTrustedProbes = 128;
+
 /// Slots of an index over `entries` entries, of which at most half are taken. Valid up to
 /// `maxCollectionCount` (see CollectionLimitPrivate.h).
 constexpr std::uint32_t indexSlots(std::uint32_t entries) noexcept {

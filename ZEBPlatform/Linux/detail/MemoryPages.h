@@ -8,4 +8,8 @@ namespace zeb {
 /// to the caller and may be used again, but their content is lost.
 void discardPages(void* bytes, std::size_t size) noexcept;
 
+/// Asks the system for large pages behind these bytes if they are several megabytes, because the
+/// first use of each small page costs a page fault. The content stays as it is.
+void preferLargePages(void* bytes, std::size_t size) noexcept;
+
 }  // namespace zeb

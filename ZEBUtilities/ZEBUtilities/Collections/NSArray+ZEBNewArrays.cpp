@@ -2,6 +2,7 @@
 #include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/detail/ArrayBuilder.h>
 #include <ZEBPlatform/Foundation/detail/ArrayEnumeration.h>
+#include <ZEBPlatform/Foundation/detail/DistinctElements.h>
 #include <ZEBUtilities/Collections/NSArray+ZEBAdditions.h>
 #include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
 
@@ -67,13 +68,13 @@ NSArray zeb_arrayByConcatenatingArrays(const NSArray& arrays) {
 
 NSArray zeb_arrayByRemovingDuplicates(const NSArray& array) {
   if (array.isNil()) return nullptr;
-  NSMutableSet known = NSMutableSet::setWithCapacity(array.count());
-  detail::ArrayBuilder distinct(array.count());
-  detail::enumerate(array, [&](const Value& element, std::size_t) {
-    known.addObject(element);
-    if (known.count() > distinct.elements().size()) distinct.append(element);
-    return true;
-  });
+  const NSArray kept = array;
+  const detail::MutationCheck check(kept);  // comparing elements may run code of others
+  const NSArray elements = kept.copy();
+  const std::vector<std::uint32_t> positions = detail::distinctPositions(elementsOf(elements));
+  check.requireUnchanged();
+  detail::ArrayBuilder distinct(positions.size());
+  for (const std::uint32_t position : positions) distinct.append(elements.begin()[position]);
   return distinct.finish();
 }
 

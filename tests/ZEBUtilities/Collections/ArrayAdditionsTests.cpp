@@ -3,6 +3,7 @@
 #include <ZEBUtilities/Collections.h>
 
 #include <array>
+#include <cmath>
 #include <map>
 #include <numeric>
 
@@ -256,7 +257,7 @@ TEST(ArrayAdditions, RaiseWhenTheArrayChangesMeanwhile) {
         [&] { zeb_doAllObjectsPassTest(array, visit); },
         [&] { zeb_firstObjectPassingTest(array, visit); },
         [&] { zeb_reduceWithInitialValue(array, 0, fold); },
-        [&] { zeb_applyBlock(array, [&](auto& one) { visit(one); }); },
+        [&] { zeb_applyBlock(array, visit); },
         [&] { (void)zeb_arrayByRemovingAdjacenciesFailingTest(array, fold); },
         [&] { (void)zeb_arrayByRemovingFirstObjectFailingTest(array, visit); },
         [&] { zeb_insertObjectIfNotNil(array, makeRef<test::Probe>(deaths), compare); },
@@ -322,6 +323,15 @@ TEST(ArrayAdditions, AgreeWithPlainLoops) {
     EXPECT_EQ(zeb_arrayByRemovingObjectsAtIndexes(array, NSIndexSet::indexSetWithIndexes(indexes)),
               NSArray::arrayWithObjects(kept));
   }
+}
+
+TEST(ArrayAdditions, TellChosenCollisionsApart) {
+  std::vector<Value> elements;
+  for (const std::string& key : test::collidingKeys(3000)) elements.push_back(key);
+  NSMutableArray array{NAN, NAN};
+  array.addObjectsFromArray(NSArray::arrayWithObjects(elements));
+  array.addObjectsFromArray(array);
+  EXPECT_EQ(zeb_arrayByRemovingDuplicates(array).count(), 3001u);
 }
 
 /// Each of the 24 orders of four elements is expected 1000 times with a standard deviation of 31.
