@@ -174,7 +174,7 @@ void measureStrings(Report& report) {
 void measureRecords(Report& report) {
   std::vector<std::string> texts;
   std::string document = "[";
-  for (const std::size_t number : makeNumbers(100'000)) {
+  for (const std::size_t number : makeNumbers(10'000)) {
     texts.push_back(makeRecord(number));
     document += (document.size() > 1 ? "," : "") + texts.back();
   }
