@@ -2,22 +2,14 @@
 #include <ZEBPlatform/Foundation/NSError.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
-#include <random>
-#include <string>
 
 #include "Support/Support.h"
 
 namespace zeb::test {
-
-namespace {
 
 namespace fs = std::filesystem;
 
@@ -30,13 +22,8 @@ struct DataFiles : testing::Test {
   ~DataFiles() override { fs::remove_all(folder); }
 
   NSString path(const char* name) const { return (folder / name).string(); }
-  std::size_t fileCount() const {
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
-  }
-  mode_t modeOf(const char* name) const {
-    struct stat facts;
-    return stat((folder / name).c_str(), &facts) == 0 ? facts.st_mode & 07777 : 0;
-  }
+  auto fileCount() const { return std::distance(fs::directory_iterator(folder), {}); }
+  unsigned mode() const { return static_cast<unsigned>(fs::status(folder / "file").permissions()); }
 
   fs::path folder;
   NSError error;
@@ -45,12 +32,10 @@ struct DataFiles : testing::Test {
 const NSData oldContent = NSData::dataWithBytes(std::string(3'000'000, 'o'));
 const NSData newContent = NSData::dataWithBytes(std::string(3'000'001, 'n'));
 
-}  // namespace
-
 TEST_F(DataFiles, ReturnWhatWasWritten) {
   const NSData parts[] = {oldContent, NSData::dataWithBytes("middle"), newContent};
   for (const NSData& data : {NSData::data(), NSData::dataByJoining(parts)}) {
-    for (const std::uint64_t way : {0, int{NSDataWritingAtomic}}) {
+    for (const auto way : {NSDataWritingOptions(), NSDataWritingAtomic}) {
       ASSERT_TRUE(data.writeToFile(path("file"), way, &error)) << error;
       EXPECT_EQ(NSData::dataWithContentsOfFile(path("file"), 0, &error), data) << error;
       EXPECT_EQ(NSData::dataWithContentsOfFile(path("file"), NSDataReadingMappedIfSafe), data);
@@ -65,52 +50,57 @@ TEST_F(DataFiles, ReturnWhatWasWritten) {
 
 TEST_F(DataFiles, AtomicWritingKeepsModeAndLink) {
   ASSERT_TRUE(oldContent.writeToFile(path("file"), NSDataWritingAtomic));
-  EXPECT_EQ(modeOf("file"), mode_t{0600});
+  EXPECT_EQ(mode(), 0600u);
   fs::permissions(folder / "file", fs::perms(0640));
   fs::create_symlink("file", folder / "link");
   ASSERT_TRUE(newContent.writeToFile(path("link"), NSDataWritingAtomic, &error)) << error;
-  EXPECT_EQ(modeOf("file"), mode_t{0640});
+  EXPECT_EQ(mode(), 0640u);
   EXPECT_TRUE(fs::is_symlink(folder / "link"));
   EXPECT_EQ(NSData::dataWithContentsOfFile(path("file")), newContent);
-  EXPECT_EQ(fileCount(), 2u) << "temporary files are left over";
+  EXPECT_EQ(fileCount(), 2) << "temporary files are left over";
 }
 
 TEST_F(DataFiles, FailWithTheSystemsCodeAndThePath) {
   ASSERT_TRUE(oldContent.writeToFile(path("file"), 0));
-  const auto expectCode = [&](bool hasSucceeded, int code, const NSString& which) {
-    EXPECT_FALSE(hasSucceeded) << which;
-    EXPECT_EQ(error.domain(), NSPOSIXErrorDomain) << which;
-    EXPECT_EQ(error.code(), code) << which;
+  const auto expectError = [&](int code, const NSString& which) {
+    EXPECT_EQ(error, NSError(NSPOSIXErrorDomain, code, error.userInfo())) << which;
     EXPECT_EQ(error.userInfo()[NSFilePathErrorKey], which ? which : NSString(""));
+    error = nullptr;
   };
-  const auto read = [&](const NSString& which, std::size_t maxLength = SIZE_MAX) {
-    return !NSData::dataWithContentsOfFile(which, 0, maxLength, &error).isNil();
-  };
-  expectCode(read(path("missing")), ENOENT, path("missing"));
+  const NSString withZero(std::u16string_view(u"/dev/null\0x", 11));
+  const std::tuple<NSString, std::size_t, int> unreadable[] = {
+      {path(""), SIZE_MAX, EISDIR},
+      {"/dev/zero", SIZE_MAX, EINVAL},
+      {path("file/below"), SIZE_MAX, ENOTDIR},
+      {withZero, SIZE_MAX, ENOENT},
+      {nullptr, SIZE_MAX, ENOENT},
+      {path("file"), 2'999'999, EFBIG}};
+  for (const auto& [which, maxLength, code] : unreadable) {
+    EXPECT_TRUE(NSData::dataWithContentsOfFile(which, 0, maxLength, &error).isNil());
+    expectError(code, which);
+  }
+  EXPECT_EQ(NSData::dataWithContentsOfFile(path("file"), 0, 3'000'000), oldContent);
+  EXPECT_TRUE(NSData::dataWithContentsOfFile(path("missing"), 0, &error).isNil());
   EXPECT_EQ(error.localizedDescription(),
             "The file \"" + path("missing") + "\" could not be read: No such file or directory.");
-  expectCode(read(path("")), EISDIR, path(""));
-  expectCode(read("/dev/zero"), EINVAL, "/dev/zero");
-  expectCode(read(path("file/below")), ENOTDIR, path("file/below"));
-  const NSString withZero(std::u16string_view(u"/dev/null\0x", 11));
-  expectCode(read(withZero), ENOENT, withZero);
-  expectCode(read(nullptr), ENOENT, nullptr);
-  expectCode(read(path("file"), 2'999'999), EFBIG, path("file"));
-  EXPECT_TRUE(read(path("file"), 3'000'000));
 
-  for (const int way : {0, int{NSDataWritingAtomic}}) {
-    const auto write = [&](const NSString& which, int options = 0) {
-      return newContent.writeToFile(which, static_cast<std::uint64_t>(way | options), &error);
-    };
-    expectCode(write(path("no/file")), ENOENT, path("no/file"));
-    expectCode(write(path(".")), EISDIR, path("."));
-    expectCode(write(path("file"), NSDataWritingWithoutOverwriting), EEXIST, path("file"));
-    expectCode(write("/dev/full"), way ? EINVAL : ENOSPC, "/dev/full");
-    EXPECT_TRUE(write(path(way ? "a" : "b"), NSDataWritingWithoutOverwriting)) << error;
+  for (const auto way : {NSDataWritingOptions(), NSDataWritingAtomic}) {
+    const std::tuple<NSString, std::uint64_t, int> unwritable[] = {
+        {path("no/file"), way, ENOENT},
+        {path("."), way, EISDIR},
+        {path("file"), way | NSDataWritingWithoutOverwriting, EEXIST},
+        {"/dev/full", way, way ? EINVAL : ENOSPC}};
+    for (const auto& [which, options, code] : unwritable) {
+      EXPECT_FALSE(newContent.writeToFile(which, options, &error));
+      expectError(code, which);
+    }
+    EXPECT_TRUE(
+        newContent.writeToFile(path(way ? "a" : "b"), way | NSDataWritingWithoutOverwriting));
   }
-  expectCode(NSData().writeToFile(path("file"), 0, &error), EINVAL, path("file"));
+  EXPECT_FALSE(NSData().writeToFile(path("file"), 0, &error));
+  expectError(EINVAL, path("file"));
   EXPECT_EQ(NSData::dataWithContentsOfFile(path("file")), oldContent);
-  EXPECT_EQ(fileCount(), 3u) << "temporary files are left over";
+  EXPECT_EQ(fileCount(), 3) << "temporary files are left over";
 }
 
 TEST_F(DataFiles, AFullDiskKeepsTheOldContent) {
@@ -125,7 +115,7 @@ TEST_F(DataFiles, AFullDiskKeepsTheOldContent) {
   };
   EXPECT_EXIT(writeTooMuch(), testing::ExitedWithCode(EFBIG), "");
   EXPECT_EQ(NSData::dataWithContentsOfFile(path("file")), oldContent);
-  EXPECT_EQ(fileCount(), 1u);
+  EXPECT_EQ(fileCount(), 1);
 }
 
 TEST_F(DataFiles, AKilledWriterLeavesTheOldOrTheNewContent) {
@@ -133,12 +123,9 @@ TEST_F(DataFiles, AKilledWriterLeavesTheOldOrTheNewContent) {
   std::mt19937 random(1);
   for (int round = 0; round < 20; ++round) {
     const pid_t writer = fork();
-    if (writer == 0) {
-      for (;;) {
-        newContent.writeToFile(path("file"), NSDataWritingAtomic);
-        oldContent.writeToFile(path("file"), NSDataWritingAtomic);
-      }
-    }
+    while (writer == 0)
+      for (const NSData& content : {newContent, oldContent})
+        content.writeToFile(path("file"), NSDataWritingAtomic);
     usleep(static_cast<useconds_t>(random() % 20'000));
     kill(writer, SIGKILL);
     waitpid(writer, nullptr, 0);

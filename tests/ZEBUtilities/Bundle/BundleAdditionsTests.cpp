@@ -55,7 +55,13 @@ TEST(BundleAdditions, ReadsTheHostsKeys) {
 
 TEST(BundleAdditionsDeathTest, FindsSomeValuesOncePerProcess) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";  // a process of its own for each
-  const auto expectTwice = [](const NSDictionary& info, const std::string& line) {
+  const std::pair<NSDictionary, std::string> cases[] = {
+      {{{"NSExtension", NSDictionary::dictionary()},
+        {"CFBundleVersion", "3.1"},
+        {"KXBetaMobileFeedbackURL", "url"}},
+       "1 0 0 <url> 03010000\n"},
+      {{{"NSExtension", "text"}, {"VUITTesting", "YES"}}, "0 1 1 <> 00000000\n"}};
+  for (const auto& [info, line] : cases) {
     const auto writeTwiceAndExit = [&] {
       NSBundle::setMainBundle(bundleWith(info));
       for (const auto& bundle :
@@ -66,13 +72,8 @@ TEST(BundleAdditionsDeathTest, FindsSomeValuesOncePerProcess) {
       }
       std::_Exit(0);
     };
-    EXPECT_EXIT(writeTwiceAndExit(), testing::ExitedWithCode(0), line + "\n" + line + "\n");
-  };
-  expectTwice({{"NSExtension", NSDictionary::dictionary()},
-               {"KXBetaMobileFeedbackURL", "url"},
-               {"CFBundleVersion", "3.1"}},
-              "1 0 0 <url> 03010000");
-  expectTwice({{"NSExtension", "text"}, {"VUITTesting", "YES"}}, "0 1 1 <> 00000000");
+    EXPECT_EXIT(writeTwiceAndExit(), testing::ExitedWithCode(0), line + line);
+  }
 }
 
 TEST(ErrorAdditions, MakesTextForPeople) {

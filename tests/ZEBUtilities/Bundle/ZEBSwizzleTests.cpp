@@ -24,14 +24,11 @@ std::string answers(const Value& receiver, std::initializer_list<SEL> selectors)
 }
 
 TEST(ZEBSwizzle, ExchangesOwnAndInheritedMethods) {
-  Class* const cls = registerClass("SwizzleDerived", baseClass,
-                                   {method("own", [](const Value&) { return "derived own"; }),
-                                    method("mine", [](const Value&) { return "derived mine"; })});
+  const auto own = method("own", [](const Value&) { return "derived own"; });
+  Class* const cls = registerClass("SwizzleDerived", baseClass, {own});
   const Value derived = makeRef<Instance>(cls);
-  ZEBSwizzle(cls, "own"_sel, "mine"_sel);
   ZEBSwizzle(cls, "a"_sel, "own"_sel);
-  EXPECT_EQ(answers(derived, {"a"_sel, "own"_sel, "mine"_sel}),
-            "derived mine; base a; derived own; ");
+  EXPECT_EQ(answers(derived, {"a"_sel, "own"_sel}), "derived own; base a; ");
   ZEBSwizzle(cls, "b"_sel, "unknown"_sel);
   ZEBSwizzle(cls, "unknown"_sel, "b"_sel);
   ZEBSwizzle(nullptr, "a"_sel, "b"_sel);
@@ -39,10 +36,10 @@ TEST(ZEBSwizzle, ExchangesOwnAndInheritedMethods) {
       << "the superclass keeps its own";
   EXPECT_FALSE(respondsToSelector(derived, "unknown"_sel));
 
-  ZEBClassSwizzle(cls, "c"_sel, "d"_sel);
-  EXPECT_EQ(answers(Ref<Class>(cls), {"c"_sel, "d"_sel}), "base d; base c; ");
-  ZEBClassSwizzle(baseClass, "c"_sel, "d"_sel);
-  EXPECT_EQ(answers(Ref<Class>(baseClass), {"c"_sel, "d"_sel}), "base d; base c; ");
+  for (Class* const each : {cls, baseClass}) {
+    ZEBClassSwizzle(each, "c"_sel, "d"_sel);
+    EXPECT_EQ(answers(Ref<Class>(each), {"c"_sel, "d"_sel}), "base d; base c; ");
+  }
 }
 
 TEST(ZEBSwizzleDeathTest, MovesAMethodToAnotherName) {
