@@ -9,8 +9,7 @@ struct Listener : NSObject {
   Class* classObject() const override {
     const auto plain = [](Listener& self) { self.log += "plain "; };
     static Class* const cls =
-        registerClass("Listener", {method("heard:", &Listener::hear), method("heard", plain),
-                                   method("count", [](Listener&) {})});
+        registerClass("Listener", {method("heard:", &Listener::hear), method("heard", plain)});
     return cls;
   }
   void hear(const Value& userInfo) { log += userInfo.description().utf8() + " "; }
@@ -43,9 +42,8 @@ TEST_F(CallbackDispatcher, CallsBlocksByObserverInTheOrderOfTheirAdding) {
   dispatcher->addObserver(first, nullptr);
   dispatcher->addObserver(first, [this](const Value&) { current = nullptr; });
   EXPECT_EQ(fired("!"), "a!c!b!") << "fired right after adding, with the user info of the call";
-  dispatcher->removeObserver(nullptr);
-  dispatcher->removeObserver(makeRef<Listener>());
-  dispatcher->removeObserver(first);
+  for (const Ref<Listener>& each : {Ref<Listener>(), makeRef<Listener>(), first})
+    dispatcher->removeObserver(each);
   EXPECT_EQ(fired(), "b");
   dispatcher->addObserver(first, writes("d"));
   EXPECT_EQ(fired(), "bd");
@@ -95,12 +93,9 @@ TEST_F(CallbackDispatcher, BlocksDieOutsideTheQueue) {
                                         },
                                         [&] { dispatcher = nullptr; }};
   for (int count = 0; const auto& end : ends) {
-    const Ref<Listener>& observer = ++count == 3 ? second : first;
-    std::shared_ptr<void> firesAtDeath(nullptr, [&](void*) {
-      makeRef<ZEBCallbackDispatcher>()->fire();
-      ++deaths;
-    });
-    dispatcher->addObserver(observer, [held = std::move(firesAtDeath)](const Value&) {});
+    const auto fire = [&](void*) { makeRef<ZEBCallbackDispatcher>()->fire(), ++deaths; };
+    dispatcher->addObserver(++count == 3 ? second : first,
+                            [held = std::shared_ptr<void>(nullptr, fire)](const Value&) {});
     dispatcher->fire();
     end();
     waitUntil([&] { return deaths == count; }, "the block has died");
@@ -119,7 +114,7 @@ TEST(CallbackDispatcherStorm, ThreadsAddRemoveFireAndDestroy) {
       const auto counter = std::make_shared<std::atomic<int>>(0);
       const auto block = [counter, raw = dispatcher.get()](const Value&) {
         ++*counter;
-        raw->addObserver(makeRef<Listener>(), "count"_sel);
+        raw->addObserver(makeRef<Listener>(), "heard"_sel);
       };
       dispatcher->addObserver(mine, block);
       dispatcher->fire();

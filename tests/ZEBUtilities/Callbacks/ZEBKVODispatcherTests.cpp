@@ -26,11 +26,10 @@ struct KVODispatcher : testing::Test {
 
 TEST_F(KVODispatcher, DispatchesUnlessSuspendedOrGone) {
   auto dispatcher = observe(true);
-  play(1);
-  for (int i = 0; i < 2; ++i) dispatcher->setSuspendDispatching(false);
-  play(2);
-  for (int i = 0; i < 2; ++i) dispatcher->setSuspendDispatching(true);
-  play(3);
+  for (const bool suspended : {true, false, true}) {
+    for (int i = 0; i < 2; ++i) dispatcher->setSuspendDispatching(suspended);
+    play(suspended ? 3 : 2);
+  }
   EXPECT_EQ(seen, "2 ");
   EXPECT_TRUE(dispatcher->suspendDispatching() && !dispatcher->object() &&
               dispatcher->weakObject() == track);
@@ -42,18 +41,16 @@ TEST_F(KVODispatcher, DispatchesUnlessSuspendedOrGone) {
 }
 
 TEST_F(KVODispatcher, AFailedResumeLeavesNothingBehind) {
-  bool fails = true;
+  int calls = 0;
   const auto dispatcher = ZEBKVODispatcher::initToObserveValueForKeyPath_ofWeakObject(
       "plays", track, NSKeyValueObservingOptionInitial, nullptr, true, [&](auto&&...) {
-        if (fails) raiseInvalidArgument("not yet");
-        seen += "told ";
+        if (++calls == 1) raiseInvalidArgument("not yet");
       });
   EXPECT_THROW(dispatcher->setSuspendDispatching(false), NSException);
   EXPECT_TRUE(dispatcher->suspendDispatching());
-  fails = false;
   dispatcher->setSuspendDispatching(false);
   play(1);
-  EXPECT_EQ(seen, "told told ") << "once initially, once for the change";
+  EXPECT_EQ(calls, 3) << "then once initially and once for the change";
 }
 
 TEST_F(KVODispatcher, KeepsItsObjectAliveWhenAskedTo) {
@@ -68,15 +65,13 @@ TEST_F(KVODispatcher, KeepsItsObjectAliveWhenAskedTo) {
 
 TEST_F(KVODispatcher, SaysWhatIsWrong) {
   const ZEBKVODispatcher::DispatchBlock block = [](auto&&...) {};
-  for (const int missing : {0, 1, 2}) {
-    const auto make = [&] {
-      (void)ZEBKVODispatcher::initToObserveValueForKeyPath_ofWeakObject(
-          missing == 0 ? NSString() : "plays", missing == 1 ? nullptr : track, 0, nullptr, false,
-          missing == 2 ? nullptr : block);
-    };
-    EXPECT_EQ(raisedText(make),
+  for (const auto& [keyPath, object, given] :
+       {std::tuple(NSString(), track, block), {"plays", nullptr, block}, {"plays", track, nullptr}})
+    EXPECT_EQ(raisedText([&] {
+                (void)ZEBKVODispatcher::initToObserveValueForKeyPath_ofWeakObject(
+                    keyPath, object, 0, nullptr, false, given);
+              }),
               "NSInvalidArgumentException: Must provide keyPath, object and dispatchBlock");
-  }
   const auto dispatcher = observe(false);
   const KeyValueChange change(nullptr, nullptr, false);
   EXPECT_EQ(

@@ -53,8 +53,8 @@ TEST(ZEBObservable, ObservesThroughTheRuntime) {
   for (const Value& token : tokens) send(bridge, "removeObserver:"_sel, token);
   input.update(3);
   held->awaitAndRun(2);
-  const std::vector<Value> expected{1, 2};
-  EXPECT_TRUE(onMain == expected && onDispatchQueue == expected && onObserverQueue == expected);
+  for (const auto& values : {onMain, onDispatchQueue, onObserverQueue})
+    EXPECT_EQ(values, (std::vector<Value>{1, 2}));
   EXPECT_EQ(observable->objectiveCBridgedObservable()
                 ->addObserverWithObserverQueue(nullptr, nullptr)
                 ->className(),
