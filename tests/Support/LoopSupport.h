@@ -6,10 +6,16 @@
 
 namespace zeb::test {
 
-/// Calls the body on a new thread with its loop, so that each test has a loop of its own.
+/// Calls the body on a new thread with its loop.
 inline void onNewThread(FunctionView<void(const Ref<NSRunLoop>& loop)> body) {
   std::thread([&] { body(NSRunLoop::currentRunLoop()); }).join();
 }
+
+/// A test that runs on a new thread, so that it has a loop of its own: `loop`.
+#define LOOP_TEST(suite, name)                         \
+  static void suite##name(const Ref<NSRunLoop>& loop); \
+  TEST(suite, name) { onNewThread(suite##name); }      \
+  static void suite##name([[maybe_unused]] const Ref<NSRunLoop>& loop)
 
 /// A thread that runs its loop as long as the object lives, and has ended after that.
 class LoopThread {

@@ -18,89 +18,83 @@ TEST(RunLoopBlocks, StormsFromTwoThreadsKeepEachOnesOrder) {
   EXPECT_EQ(outOfOrder, 0);
 }
 
-TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    std::string log;
-    const auto note = [&](char letter) { return [&log, letter] { log += letter; }; };
-    const NSArray inner{"inner"}, both{"inner", NSDefaultRunLoopMode}, common{NSRunLoopCommonModes};
-    const int target = 0;
-    loop->performBlock([&] {
-      EXPECT_TRUE(loop->currentMode() == NSDefaultRunLoopMode && runOnce("inner"));
-      log += ']';
-    });
-    loop->performBlock(note('a'));
-    loop->performBlock(inner, note('b'));
-    loop->performBlock(both, note('c'));
-    loop->performBlock(common, [&] { EXPECT_TRUE(runOnce("third")); });
-    loop->performBlock(NSArray{"third"}, [&] {
-      EXPECT_FALSE(runOnce("empty"));
-      EXPECT_TRUE(runOnce());  // the innermost of three finishes what the outer ones have not begun
-      loop->cancelPerformBlocksWithTarget(&target);
-      log += '3';
-    });
-    loop->performBlock(note('d'));
-    loop->performBlock(Block<void()>());
-    loop->performBlock(NSArray::array(), note('!'));
-    std::atomic<int> deaths{0};
-    for (const NSArray& modes : {inner, NSArray{"third"}})
-      loop->performBlock(modes, [&log, probe = makeRef<Probe>(deaths)] { log += '!'; }, &target);
-    EXPECT_TRUE(runOnce() && log == "bc!]ad3") << log;  // one ran before it was cancelled
-    EXPECT_EQ(deaths, 2);
-    EXPECT_FALSE(runOnce());
-    loop->performBlock(common, note('e'));
-    EXPECT_FALSE(runOnce("inner"));
-    loop->addCommonMode("inner");
-    EXPECT_TRUE(runOnce("inner"));
+LOOP_TEST(RunLoopBlocks, RunInTheirModesOnlyAndInOrderAcrossNestedRuns) {
+  std::string log;
+  const auto note = [&](char letter) { return [&log, letter] { log += letter; }; };
+  const NSArray inner{"inner"}, both{"inner", NSDefaultRunLoopMode}, common{NSRunLoopCommonModes};
+  const int target = 0;
+  loop->performBlock([&] {
+    EXPECT_TRUE(loop->currentMode() == NSDefaultRunLoopMode && runOnce("inner"));
+    log += ']';
   });
+  loop->performBlock(note('a'));
+  loop->performBlock(inner, note('b'));
+  loop->performBlock(both, note('c'));
+  loop->performBlock(common, [&] { EXPECT_TRUE(runOnce("third")); });
+  loop->performBlock(NSArray{"third"}, [&] {
+    EXPECT_FALSE(runOnce("empty"));
+    EXPECT_TRUE(runOnce());  // the innermost of three finishes what the outer ones have not begun
+    loop->cancelPerformBlocksWithTarget(&target);
+    log += '3';
+  });
+  loop->performBlock(note('d'));
+  loop->performBlock(Block<void()>());
+  loop->performBlock(NSArray::array(), note('!'));
+  std::atomic<int> deaths{0};
+  for (const NSArray& modes : {inner, NSArray{"third"}})
+    loop->performBlock(modes, [&log, probe = makeRef<Probe>(deaths)] { log += '!'; }, &target);
+  EXPECT_TRUE(runOnce() && log == "bc!]ad3") << log;  // one ran before it was cancelled
+  EXPECT_EQ(deaths, 2);
+  EXPECT_FALSE(runOnce());
+  loop->performBlock(common, note('e'));
+  EXPECT_FALSE(runOnce("inner"));
+  loop->addCommonMode("inner");
+  EXPECT_TRUE(runOnce("inner"));
 }
 
 // If each run looked through all waiting blocks, this would take minutes.
-TEST(RunLoopBlocks, AStormForAnotherModeIsHeldBackAndKept) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    int held = 0, handled = 0;
-    for (int number = 0; number < 200'000; ++number) {
-      loop->performBlock([&held, number] { held += held == number; });
-      loop->performBlock(NSArray{"inner"}, [&] { ++handled; });
-      if (number % 10 == 0) runOnce("inner");
-    }
-    while (runOnce("inner")) continue;
-    EXPECT_TRUE(handled == 200'000 && held == 0);
-    while (runOnce()) continue;
-    EXPECT_EQ(held, 200'000);
-  });
+LOOP_TEST(RunLoopBlocks, AStormForAnotherModeIsHeldBackAndKept) {
+  int held = 0, handled = 0;
+  for (int number = 0; number < 200'000; ++number) {
+    loop->performBlock([&held, number] { held += held == number; });
+    loop->performBlock(NSArray{"inner"}, [&] { ++handled; });
+    if (number % 10 == 0) runOnce("inner");
+  }
+  while (runOnce("inner")) continue;
+  EXPECT_TRUE(handled == 200'000 && held == 0);
+  while (runOnce()) continue;
+  EXPECT_EQ(held, 200'000);
 }
 
-TEST(RunLoopBlocks, RunsEndAtTheirLimitAndWhenStopped) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    const NSDate never = NSDate::distantFuture();
-    std::string log;
-    loop->stop();  // nothing runs: no effect
-    loop->performBlock([&] {
-      runUntilStopped();
-      log += 'b';
-    });
-    loop->performBlock([&] {
-      std::thread([&] { loop->stop(); }).join();  // ends the innermost run only
-      log += 'a';
-    });
-    loop->performBlock([&] { loop->stop(); });
-    loop->performBlock([&] { log += 'c'; });
+LOOP_TEST(RunLoopBlocks, RunsEndAtTheirLimitAndWhenStopped) {
+  const NSDate never = NSDate::distantFuture();
+  std::string log;
+  loop->stop();  // nothing runs: no effect
+  loop->performBlock([&] {
     runUntilStopped();
-    EXPECT_TRUE(log == "ab" && runOnce()) << log;
-    EXPECT_FALSE(loop->runMode(NSDefaultRunLoopMode, never));  // empty
-    const LoopThread other;
-    const Ref<NSPort> port = NSPort::port();
-    loop->addPort(port, NSDefaultRunLoopMode);
-    for (const char letter : {'d', 'e'}) {
-      other.loop->performBlock([&] { loop->performBlock([&] { log += letter; }); });
-      EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, never));  // after one input
-      EXPECT_EQ(log.back(), letter);
-    }
-    EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, nullptr));
-    loop->runFor(std::chrono::milliseconds(1));  // although the port would keep it running
-    loop->performBlock([&] { port->invalidate(); });
-    loop->run();  // until nothing is left
+    log += 'b';
   });
+  loop->performBlock([&] {
+    std::thread([&] { loop->stop(); }).join();  // ends the innermost run only
+    log += 'a';
+  });
+  loop->performBlock([&] { loop->stop(); });
+  loop->performBlock([&] { log += 'c'; });
+  runUntilStopped();
+  EXPECT_TRUE(log == "ab" && runOnce()) << log;
+  EXPECT_FALSE(loop->runMode(NSDefaultRunLoopMode, never));  // empty
+  const LoopThread other;
+  const Ref<NSPort> port = NSPort::port();
+  loop->addPort(port, NSDefaultRunLoopMode);
+  for (const char letter : {'d', 'e'}) {
+    other.loop->performBlock([&] { loop->performBlock([&] { log += letter; }); });
+    EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, never));  // after one input
+    EXPECT_EQ(log.back(), letter);
+  }
+  EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, nullptr));
+  loop->runFor(std::chrono::milliseconds(1));  // although the port would keep it running
+  loop->performBlock([&] { port->invalidate(); });
+  loop->run();  // until nothing is left
 }
 
 TEST(RunLoopBlocks, TheMainQueueRunsInCommonModesOfTheMainLoopOnly) {

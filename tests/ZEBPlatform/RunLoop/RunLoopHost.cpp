@@ -25,59 +25,57 @@ struct Host {
   bool isOver = false;
 };
 
-TEST(RunLoopHost, TheDescriptorIsReadableExactlyWhenThereIsSomethingToDo) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    FakeClock clock;
-    std::string log;
-    const auto note = [&](char letter) { return [&log, letter](auto&&...) { log += letter; }; };
-    loop->performBlock(note('a'));
-    const Host host;
-    const auto expectWork = [&](const char* logAfterwards) {
-      EXPECT_TRUE(host.isReadable()) << log;
-      loop->runPending();
-      EXPECT_EQ(log, logAfterwards);
-      EXPECT_FALSE(host.isReadable()) << log;
-    };
-    expectWork("a");
-    std::thread([&] { loop->performBlock(note('b')); }).join();
-    expectWork("ab");
-    const auto timer = NSTimer::scheduledTimerWithTimeInterval(1, true, note('c'));
-    expectWork("ab");  // wakes the host once, to see when
-    clock.advance(0.9);
-    EXPECT_FALSE(host.isReadable());
-    clock.advance(0.2);
-    expectWork("abc");
-    clock.advance(1);
-    expectWork("abcc");
-    timer->invalidate();
-
-    // Work that makes work is left for the next turn, so that the host has its own.
-    loop->performBlock([&] {
-      loop->performBlock([&] { loop->performBlock(note('f')); });
-      log += 'e';
-    });
-    for (int turn = 0; turn < 2; ++turn) {
-      loop->runPending();
-      EXPECT_TRUE(host.isReadable() && log == "abcce") << log;
-    }
-    expectWork("abccef");
-
-    // Other uses of the loop in between leave the descriptor right as well.
-    loop->performBlock([&] { loop->stop(); });
-    loop->performBlock(note('g'));
-    loop->run();
-    expectWork("abccefg");
-
-    log.clear();
-    const auto hear = [&](auto&, RunLoopActivity activity) {
-      log += activity == RunLoopBeforeWaiting ? 'w' : activity == RunLoopAfterWaiting ? 'a' : '!';
-      if (log == "aw") loop->performBlock(note('B'));
-    };
-    const auto heard = RunLoopBeforeWaiting | RunLoopAfterWaiting | RunLoopEntry | RunLoopExit;
-    loop->addObserver(makeRef<RunLoopObserver>(heard, true, 0, hear), NSRunLoopCommonModes);
+LOOP_TEST(RunLoopHost, TheDescriptorIsReadableExactlyWhenThereIsSomethingToDo) {
+  FakeClock clock;
+  std::string log;
+  const auto note = [&](char letter) { return [&log, letter](auto&&...) { log += letter; }; };
+  loop->performBlock(note('a'));
+  const Host host;
+  const auto expectWork = [&](const char* logAfterwards) {
+    EXPECT_TRUE(host.isReadable()) << log;
     loop->runPending();
-    expectWork("awaBw");
+    EXPECT_EQ(log, logAfterwards);
+    EXPECT_FALSE(host.isReadable()) << log;
+  };
+  expectWork("a");
+  std::thread([&] { loop->performBlock(note('b')); }).join();
+  expectWork("ab");
+  const auto timer = NSTimer::scheduledTimerWithTimeInterval(1, true, note('c'));
+  expectWork("ab");  // wakes the host once, to see when
+  clock.advance(0.9);
+  EXPECT_FALSE(host.isReadable());
+  for (const char* logAfterwards : {"abc", "abcc"}) {
+    clock.advance(1);
+    expectWork(logAfterwards);
+  }
+  timer->invalidate();
+
+  // Work that makes work is left for the next turn, so that the host has its own.
+  loop->performBlock([&] {
+    loop->performBlock([&] { loop->performBlock(note('f')); });
+    log += 'e';
   });
+  for (int turn = 0; turn < 2; ++turn) {
+    loop->runPending();
+    EXPECT_TRUE(host.isReadable() && log == "abcce") << log;
+  }
+  expectWork("abccef");
+
+  // Other uses of the loop in between leave the descriptor right as well.
+  loop->performBlock([&] { loop->stop(); });
+  loop->performBlock(note('g'));
+  loop->run();
+  expectWork("abccefg");
+
+  log.clear();
+  const auto hear = [&](auto&, RunLoopActivity activity) {
+    log += activity == RunLoopBeforeWaiting ? 'w' : activity == RunLoopAfterWaiting ? 'a' : '!';
+    if (log == "aw") loop->performBlock(note('B'));
+  };
+  const auto heard = RunLoopBeforeWaiting | RunLoopAfterWaiting | RunLoopEntry | RunLoopExit;
+  loop->addObserver(makeRef<RunLoopObserver>(heard, true, 0, hear), NSRunLoopCommonModes);
+  loop->runPending();
+  expectWork("awaBw");
 }
 
 // The main queue, timers and blocks continue while a callback of any kind runs the application's
@@ -127,13 +125,11 @@ TEST(RunLoopHost, CallbacksMayRunTheApplicationsLoop) {
   }
 }
 
-TEST(RunLoopHost, NoWakeUpIsLost) {
-  onNewThread([](auto&) {
-    playPingPong(20'000, runUntilStopped, [] { NSRunLoop::currentRunLoop()->stop(); });
-    Host host;
-    playPingPong(20'000, [&] { host.run(); }, [&] { host.isOver = true; });
-    EXPECT_FALSE(host.isReadable());
-  });
+LOOP_TEST(RunLoopHost, NoWakeUpIsLost) {
+  playPingPong(20'000, runUntilStopped, [] { NSRunLoop::currentRunLoop()->stop(); });
+  Host host;
+  playPingPong(20'000, [&] { host.run(); }, [&] { host.isOver = true; });
+  EXPECT_FALSE(host.isReadable());
 }
 
 }  // namespace zeb::test

@@ -25,142 +25,131 @@ struct Pair {
 
 using Source = RunLoopDescriptorSource;
 
-TEST(RunLoopObservers, AreCalledAtEveryStepInTheirOrder) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    FakeClock clock;
-    std::string log;
-    const auto note = [&](char letter) { return [&log, letter](auto&&...) { log += letter; }; };
-    const auto add = [&](std::uint32_t activities, std::int64_t order, auto block,
-                         const NSString& mode = NSDefaultRunLoopMode) {
-      const auto observer = makeRef<RunLoopObserver>(activities, true, order, block);
-      for (int time = 0; time < 2; ++time) loop->addObserver(observer, mode);
-      return observer;
-    };
-    // Entry, timers, sources, waiting, awake, exit. Capital letters are callbacks.
-    const auto noteActivity = [&](auto&, RunLoopActivity activity) {
-      log += "ets--wax"[std::countr_zero(static_cast<unsigned>(activity))];
-    };
-    const auto all = add(RunLoopAllActivities, 0, noteActivity);
-    EXPECT_FALSE(runOnce());  // observers keep no loop running
-    loop->performBlock([&] {
-      log += 'A';
-      NSTimer::scheduledTimerWithTimeInterval(1, false, [&](auto&) {
-        log += 'B';
-        loop->performBlock([&] {
-          log += 'C';
-          loop->performBlock(note('D'));
-        });
+LOOP_TEST(RunLoopObservers, AreCalledAtEveryStepInTheirOrder) {
+  FakeClock clock;
+  std::string log;
+  const auto note = [&](char letter) { return [&log, letter](auto&&...) { log += letter; }; };
+  const auto add = [&](std::uint32_t activities, std::int64_t order, auto block,
+                       const NSString& mode = NSDefaultRunLoopMode) {
+    const auto observer = makeRef<RunLoopObserver>(activities, true, order, block);
+    for (int time = 0; time < 2; ++time) loop->addObserver(observer, mode);
+    return observer;
+  };
+  // Entry, timers, sources, waiting, awake, exit. Capital letters are callbacks.
+  const auto noteActivity = [&](auto&, RunLoopActivity activity) {
+    log += "ets--wax"[std::countr_zero(static_cast<unsigned>(activity))];
+  };
+  const auto all = add(RunLoopAllActivities, 0, noteActivity);
+  EXPECT_FALSE(runOnce());  // observers keep no loop running
+  loop->performBlock([&] {
+    log += 'A';
+    NSTimer::scheduledTimerWithTimeInterval(1, false, [&](auto&) {
+      log += 'B';
+      loop->performBlock([&] {
+        log += 'C';
+        loop->performBlock(note('D'));
       });
     });
-    add(RunLoopBeforeWaiting, 9, [&](auto&, auto) { clock.advance(1.1); });  // while it sleeps
-    loop->run();
-    EXPECT_EQ(log, "etsAwatBsCtsDx");
-
-    log.clear();
-    add(RunLoopEntry, 5, note('3'));
-    add(RunLoopEntry, -1, note('1'), NSRunLoopCommonModes);
-    add(RunLoopEntry, 1, note('2'));
-    add(RunLoopEntry, 1, note('!'), "other");
-    loop->removeObserver(all, NSDefaultRunLoopMode);
-    loop->performBlock([] {});
-    runOnce();
-    EXPECT_EQ(log, "123");
   });
+  add(RunLoopBeforeWaiting, 9, [&](auto&, auto) { clock.advance(1.1); });  // while it sleeps
+  loop->run();
+  EXPECT_EQ(log, "etsAwatBsCtsDx");
+
+  log.clear();
+  add(RunLoopEntry, 5, note('3'));
+  add(RunLoopEntry, -1, note('1'), NSRunLoopCommonModes);
+  add(RunLoopEntry, 1, note('2'));
+  add(RunLoopEntry, 1, note('!'), "other");
+  loop->removeObserver(all, NSDefaultRunLoopMode);
+  loop->performBlock([] {});
+  runOnce();
+  EXPECT_EQ(log, "123");
 }
 
-TEST(RunLoopSources, SignalsFromAnyThreadCountOnceAndInTheirModesOnly) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    int calls = 0;
-    Ref<RunLoopSource> source;
-    source = makeRef<RunLoopSource>([&] {
-      if (++calls != 2) return;
-      source->signal();
-      EXPECT_TRUE(runOnce() && calls == 2);  // not from within itself
-    });
-    source->signal();  // before it is in any loop
-    loop->addSource(source, NSDefaultRunLoopMode);
-    EXPECT_FALSE(runOnce("other"));
-    std::jthread late;
-    for (int call = 1; call <= 3; ++call) {
-      EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, NSDate::distantFuture()));
-      EXPECT_EQ(calls, call);
-      if (call == 1) late = std::jthread([&] { source->signal(); });
-    }
-    for (int time = 0; time < 2; ++time) source->signal();
-    loop->removeSource(source, NSDefaultRunLoopMode);
-    EXPECT_FALSE(runOnce());
-    loop->addSource(source, "other");
-    for (int turn = 0; turn < 2; ++turn) runOnce("other");
-    EXPECT_EQ(calls, 4);
+LOOP_TEST(RunLoopSources, SignalsFromAnyThreadCountOnceAndInTheirModesOnly) {
+  int calls = 0;
+  Ref<RunLoopSource> source;
+  source = makeRef<RunLoopSource>([&] {
+    if (++calls != 2) return;
+    source->signal();
+    EXPECT_TRUE(runOnce() && calls == 2);  // not from within itself
   });
+  source->signal();  // before it is in any loop
+  loop->addSource(source, NSDefaultRunLoopMode);
+  EXPECT_FALSE(runOnce("other"));
+  std::jthread late;
+  for (int call = 1; call <= 3; ++call) {
+    EXPECT_TRUE(loop->runMode(NSDefaultRunLoopMode, NSDate::distantFuture()));
+    EXPECT_EQ(calls, call);
+    if (call == 1) late = std::jthread([&] { source->signal(); });
+  }
+  for (int time = 0; time < 2; ++time) source->signal();
+  loop->removeSource(source, NSDefaultRunLoopMode);
+  EXPECT_FALSE(runOnce());
+  loop->addSource(source, "other");
+  for (int turn = 0; turn < 2; ++turn) runOnce("other");
+  EXPECT_EQ(calls, 4);
 }
 
 /// If modes were kept, each search for one would look through all of them and take minutes.
-TEST(RunLoopModes, MayBeMadeUpForOneUse) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    const auto source = makeRef<RunLoopSource>([] {});
-    for (int number = 0; number < 60'000; ++number) {
-      const NSString mode = NSString::stringWithFormat("mode %d", number);
-      const auto timer = NSTimer::timerWithTimeInterval(1000, false, nullptr);
-      loop->addTimer(timer, mode);
-      loop->addSource(source, mode);
-      source->signal();
-      EXPECT_TRUE(runOnce(mode));
-      loop->removeSource(source, mode);
-      timer->invalidate();
-    }
-  });
+LOOP_TEST(RunLoopModes, MayBeMadeUpForOneUse) {
+  const auto source = makeRef<RunLoopSource>([] {});
+  for (int number = 0; number < 60'000; ++number) {
+    const NSString mode = NSString::stringWithFormat("mode %d", number);
+    const auto timer = NSTimer::timerWithTimeInterval(1000, false, nullptr);
+    loop->addTimer(timer, mode);
+    loop->addSource(source, mode);
+    source->signal();
+    EXPECT_TRUE(runOnce(mode));
+    loop->removeSource(source, mode);
+    timer->invalidate();
+  }
 }
 
-TEST(RunLoopModes, AreForgottenTogetherWithWhatTheyWatched) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    Pair pair;
-    pair.send('a');
-    const auto ignore = [](const Ref<Source>& source, auto) { source->setEvents(0); };
-    const auto reader = Source::source(pair.ends[0], DescriptorReadable, ignore);
-    loop->addDescriptorSource(reader, "private");
-    EXPECT_TRUE(runOnce("private"));
-    reader->setEvents(DescriptorReadable);
-    reader->invalidate();
-    pollfd waiting{loop->pollableDescriptor(), POLLIN, 0};
-    loop->runPending();
-    EXPECT_EQ(poll(&waiting, 1, 0), 0) << "the loop still waits for the descriptor";
-  });
+LOOP_TEST(RunLoopModes, AreForgottenTogetherWithWhatTheyWatched) {
+  Pair pair;
+  pair.send('a');
+  const auto ignore = [](const Ref<Source>& source, auto) { source->setEvents(0); };
+  const auto reader = Source::source(pair.ends[0], DescriptorReadable, ignore);
+  loop->addDescriptorSource(reader, "private");
+  EXPECT_TRUE(runOnce("private"));
+  reader->setEvents(DescriptorReadable);
+  reader->invalidate();
+  pollfd waiting{loop->pollableDescriptor(), POLLIN, 0};
+  loop->runPending();
+  EXPECT_EQ(poll(&waiting, 1, 0), 0) << "the loop still waits for the descriptor";
 }
 
-TEST(RunLoopDescriptors, CallWhileReadyForWhatIsWatchedAndInTheirModesOnly) {
-  onNewThread([](const Ref<NSRunLoop>& loop) {
-    Pair pair;
-    std::string log;
-    const auto read = [&](auto&&...) { log += pair.receive(); };
-    const auto note = [&](auto&, std::uint32_t events) {
-      log += events & DescriptorReadable ? "R" : "";
-      log += events & DescriptorWritable ? "W" : "";
-    };
-    const auto reader = Source::source(pair.ends[0], DescriptorReadable, read);
-    const auto watcher =
-        Source::source(pair.ends[0], DescriptorReadable | DescriptorWritable, note);
-    const auto run = [&] { loop->runMode(NSDefaultRunLoopMode, std::chrono::hours(1)); };
-    loop->addDescriptorSource(reader, NSDefaultRunLoopMode);
-    loop->addDescriptorSource(watcher, "other");
-    runOnce();
-    runOnce("other");
-    const std::jthread sender([&] { pair.send('a'); });
-    run();
-    pair.send('b');
-    runOnce("other");
-    runOnce("other");  // again while it is ready
-    // Both in one mode, on one descriptor.
-    loop->addDescriptorSource(watcher, NSRunLoopCommonModes);
-    watcher->setEvents(DescriptorReadable);
-    runOnce();
-    watcher->setEvents(0);
-    shutdown(pair.ends[1], SHUT_RDWR);  // a hang-up reads as the end
-    run();
-    reader->setEvents(0);
-    runOnce();
-    EXPECT_EQ(log, "WaRWRWbR-");
-  });
+LOOP_TEST(RunLoopDescriptors, CallWhileReadyForWhatIsWatchedAndInTheirModesOnly) {
+  Pair pair;
+  std::string log;
+  const auto read = [&](auto&&...) { log += pair.receive(); };
+  const auto note = [&](auto&, std::uint32_t events) {
+    log += events & DescriptorReadable ? "R" : "";
+    log += events & DescriptorWritable ? "W" : "";
+  };
+  const int end = pair.ends[0];
+  const auto reader = Source::source(end, DescriptorReadable, read);
+  const auto watcher = Source::source(end, DescriptorReadable | DescriptorWritable, note);
+  const auto run = [&] { loop->runMode(NSDefaultRunLoopMode, std::chrono::hours(1)); };
+  loop->addDescriptorSource(reader, NSDefaultRunLoopMode);
+  loop->addDescriptorSource(watcher, "other");
+  runOnce();
+  runOnce("other");
+  const std::jthread sender([&] { pair.send('a'); });
+  run();
+  pair.send('b');
+  for (int turn = 0; turn < 2; ++turn) runOnce("other");  // again while it is ready
+  // Both in one mode, on one descriptor.
+  loop->addDescriptorSource(watcher, NSRunLoopCommonModes);
+  watcher->setEvents(DescriptorReadable);
+  runOnce();
+  watcher->setEvents(0);
+  shutdown(pair.ends[1], SHUT_RDWR);  // a hang-up reads as the end
+  run();
+  reader->setEvents(0);
+  runOnce();
+  EXPECT_EQ(log, "WaRWRWbR-");
 }
 
 TEST(RunLoopDescriptors, SurviveClosingReuseAndRunsFromInsideTheirBlocks) {

@@ -11,8 +11,6 @@
 // versions of themselves.
 namespace zeb::test {
 
-namespace {
-
 NSData dataOf(std::string_view bytes) { return NSData::dataWithBytes(bytes); }
 
 /// The same bytes in ranges of growing lengths, some of them joined twice.
@@ -58,8 +56,6 @@ NSData cut(std::string_view bytes, std::size_t place) {
 }
 
 using Texts = std::pair<NSString, std::string>;
-
-}  // namespace
 
 TEST(Digests, AreThePublishedOnes) {
   const std::string million(1'000'000, 'a');

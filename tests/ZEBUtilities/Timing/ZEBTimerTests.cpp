@@ -24,11 +24,9 @@ struct Player : NSObject {
   }
   Class* classObject() const override { return runtimeClass(); }
 
-  void fired(const Ref<ZEBTimer>& timer) { lastTimer = timer.get(); }
-  void tick() noexcept { ++ticks; }
-
-  const ZEBTimer* lastTimer = nullptr;
-  int ticks = 0;
+  void fired(const Ref<ZEBTimer>& timer) { log += timer->userInfo().description().utf8(); }
+  void tick() noexcept { log += " tick"; }
+  std::string log;
 };
 using Lines = std::vector<std::string>;
 
@@ -83,23 +81,17 @@ TEST(ZEBTimer, LogsEachFiringAndInvalidatesAfterTheLast) {
 TEST(ZEBTimer, CallsItsTargetWithOrWithoutItself) {
   const auto player = makeRef<Player>();
   const auto fire = [&player](ZEBTimerAction action) {
-    const auto timer = ZEBTimer::timerWithTimeInterval(1, player, action, "info", true);
-    timer->fire();
-    EXPECT_TRUE(timer->userInfo() == "info" && timer->target() == player);
-    return timer;
+    ZEBTimer::timerWithTimeInterval(1, player, action, " info", true)->fire();
   };
-  for (const ZEBTimerAction& action :
-       {ZEBTimerAction("fired:"_sel), ZEBTimerAction(&Player::fired)}) {
-    EXPECT_EQ(player->lastTimer, fire(action).get());
-  }
+  fire("fired:"_sel);
+  fire(&Player::fired);
   fire("tick"_sel);
   fire(&Player::tick);
-  EXPECT_EQ(player->ticks, 2);
+  EXPECT_EQ(player->log, " info info tick tick");
   struct Other : NSObject {
     void tick() {}
   };
-  const auto misled = ZEBTimer::timerWithTimeInterval(1, player, &Other::tick, nullptr, true);
-  EXPECT_EQ(raisedName([&] { misled->fire(); }), "NSInvalidArgumentException");
+  EXPECT_EQ(raisedName([&] { fire(&Other::tick); }), "NSInvalidArgumentException");
   EXPECT_DEATH(fire("gone"_sel), "unrecognized selector");
 }
 
@@ -153,31 +145,24 @@ TEST(ZEBTimer, SubclassesCanScheduleTheSource) {
 
 TEST(ZEBTimer, OnARunLoopLivesUntilItIsInvalidated) {
   int firings = 0;
-  WeakRef<ZEBTimer> timer = ZEBTimer::scheduledTimerWithTimeInterval(
-      0.0001,
+  const WeakRef<ZEBTimer> timer = ZEBTimer::scheduledTimerWithTimeInterval(
+      1h,
       [&](const Ref<ZEBTimer>& self) {
-        if (++firings < 3) return;
+        if (++firings < 3) return self->setFireDate(NSDate::date());
         self->invalidate();
         EXPECT_FALSE(self->block()) << "the running block survives";
         NSRunLoop::currentRunLoop()->stop();
       },
       true);
+  timer.lock()->setFireDate(NSDate::date());
   NSRunLoop::currentRunLoop()->run();
   EXPECT_EQ(firings, 3);
   EXPECT_FALSE(timer.lock());
-
-  // A timer that does not repeat, with a date that is moved.
-  const auto once = ZEBTimer::scheduledTimerWithTimeInterval(
-      1h, [](const Ref<ZEBTimer>&) { NSRunLoop::currentRunLoop()->stop(); }, false);
-  once->setFireDate(NSDate::date());
-  NSRunLoop::currentRunLoop()->run();
-  EXPECT_FALSE(once->isValid());
 }
 
 TEST(ZEBTimer, OnAQueueOnlyItsOwnerKeepsIt) {
   const auto queue = dispatch_queue_create("timer");
-  std::atomic<int> deaths = 0;
-  std::atomic<int> firings = 0;
+  std::atomic<int> deaths = 0, firings = 0;
   Ref<ZEBTimer> timer;
   dispatch_sync(queue, [&] {
     timer = ZEBTimer::queuedTimerOnQueue(
@@ -268,8 +253,7 @@ TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensionsOnly) {
     LogRecorder log;
     const auto steady = idleTimer();
     const bool isSilent = log.take().empty();
-    const auto timer = idleTimer(pause);
-    const auto another = idleTimer(pause);
+    const auto timer = idleTimer(pause), another = idleTimer(pause);
     goToBackground();
     const bool isPaused = !timer->backgroundDate().isNil();
     comeBack();
@@ -306,7 +290,6 @@ TEST(ZEBTimer, SurvivesAllCallsAtOnce) {
       waitUntil([&] { return firings >= 50; }, "the timer has fired 50 times");
       timer->invalidate();
     });
-    EXPECT_FALSE(timer->isValid());
     timer->setBlock(nullptr);
     timer = nullptr;
     waitUntil([&] { return deaths == 1; }, "the block is released");
