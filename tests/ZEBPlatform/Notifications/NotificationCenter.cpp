@@ -4,35 +4,37 @@
 
 namespace zeb::test {
 
-static Ref<NSObject> object() { return makeRef<NSOperationQueue>(); }
+struct NotificationCenter : testing::Test {
+  static Ref<NSObject> object() { return makeRef<NSOperationQueue>(); }
+  static NSNotificationCenter::Handler counting(int& calls) {
+    return [&calls](const Ref<NSNotification>&) { ++calls; };
+  }
 
-static NSNotificationCenter::Handler counting(int& calls) {
-  return [&calls](const Ref<NSNotification>&) { ++calls; };
-}
+  const Ref<NSNotificationCenter> center = makeRef<NSNotificationCenter>();
+  const Ref<NSObject> observer = object(), other = object();
+  int calls = 0;
+  std::atomic<int> deaths = 0;
+};
 
-TEST(NSNotificationCenter, DeliversWhatPassesBothFilters) {
-  const auto center = makeRef<NSNotificationCenter>();
-  const Ref<NSObject> one = object(), two = object();
+TEST_F(NotificationCenter, DeliversWhatPassesBothFilters) {
   const NSString text("a text that is no short one"), equalText(text.utf8());
   const std::tuple<NSString, Value, int> cases[] = {
-      {nullptr, nullptr, 7}, {"A", nullptr, 5}, {"B", nullptr, 2}, {"A", one, 1},
-      {nullptr, one, 2},     {"A", two, 1},     {"A", text, 1},    {"A", 5, 1},
-      {"A", equalText, 0},   {"B", two, 0}};
-  int calls[std::size(cases)] = {}, *counter = calls;
+      {nullptr, nullptr, 7},  {"A", nullptr, 5}, {"B", nullptr, 2}, {"A", observer, 1},
+      {nullptr, observer, 2}, {"A", other, 1},   {"A", text, 1},    {"A", 5, 1},
+      {"A", equalText, 0},    {"B", other, 0}};
+  int counts[std::size(cases)] = {}, *counter = counts;
   for (const auto& [name, posted, expected] : cases)
     (void)center->addObserverForName(name, posted, nullptr, counting(*counter++));
-  for (const Value& posted : {Value(), Value(one), Value(two), Value(text), Value(5)})
+  for (const Value& posted : {Value(), Value(observer), Value(other), Value(text), Value(5)})
     center->postNotificationName("A", posted);
-  center->postNotificationName("B", one);
+  center->postNotificationName("B", observer);
   center->postNotificationName("B");
-  counter = calls;
+  counter = counts;
   for (const auto& [name, posted, expected] : cases)
     EXPECT_EQ(*counter++, expected) << name << ", " << posted;
 }
 
-TEST(NSNotificationCenter, HandsOverTheNotificationAndRefusesNone) {
-  const auto center = makeRef<NSNotificationCenter>();
-  const Ref<NSObject> observer = object();
+TEST_F(NotificationCenter, HandsOverTheNotificationAndRefusesNone) {
   Ref<NSNotification> seen;
   center->addObserver(
       observer, [&](const Ref<NSNotification>& notification) { throw seen = notification; }, "A");
@@ -47,14 +49,9 @@ TEST(NSNotificationCenter, HandsOverTheNotificationAndRefusesNone) {
   center->postNotificationName("B");
 }
 
-TEST(NSNotificationCenter, KeepsNeitherObserverNorObjectAliveButTheTokensBlock) {
-  std::atomic<int> deaths = 0;
-  const auto center = makeRef<NSNotificationCenter>();
-  int calls = 0;
+TEST_F(NotificationCenter, KeepsNeitherObserverNorObjectAliveButTheTokensBlock) {
   // A block's captured state tells of its release.
-  const auto block = [&] {
-    return [&calls, state = makeRef<Probe>(deaths)](const Ref<NSNotification>&) { ++calls; };
-  };
+  const auto block = [&] { return [&, state = makeRef<Probe>(deaths)](const auto&) { ++calls; }; };
   center->addObserver(makeRef<Probe>(deaths), block(), "A");
   (void)center->addObserverForName("A", makeRef<Probe>(deaths), nullptr, counting(calls));
   EXPECT_EQ(deaths, 2) << "observer and object";
@@ -71,15 +68,12 @@ TEST(NSNotificationCenter, KeepsNeitherObserverNorObjectAliveButTheTokensBlock) 
   EXPECT_GT(deaths, 4 + 10'000 + 9'000) << "the dead are looked for while others come";
 }
 
-TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
-  const Ref<NSObject> other = object();
+TEST_F(NotificationCenter, RemovesWhatIsAskedFor) {
   const std::tuple<NSString, Value, int> cases[] = {{nullptr, nullptr, 0}, {"A", nullptr, 1},
                                                     {"A", other, 2},       {nullptr, other, 2},
                                                     {"C", nullptr, 3},     {"C", other, 3}};
   for (const auto& [name, posted, expected] : cases) {
-    const auto center = makeRef<NSNotificationCenter>();
-    const Ref<NSObject> observer = object();
-    int calls = 0, strangersCalls = 0;
+    int strangersCalls = calls = 0;
     center->addObserver(observer, counting(calls), "A");
     center->addObserver(observer, counting(calls), "A", other);
     center->addObserver(observer, counting(calls), nullptr);
@@ -87,34 +81,31 @@ TEST(NSNotificationCenter, RemovesWhatIsAskedFor) {
     center->removeObserver(observer, name, posted);
     center->postNotificationName("A", other);
     EXPECT_TRUE(calls == expected && strangersCalls == 1) << name << ", " << posted;
+    for (const auto& each : {observer, other}) center->removeObserver(each);
   }
 }
 
 /// One observer of many names, and many of one: looking through all of them each time would take
 /// minutes.
-TEST(NSNotificationCenter, RemovingOneCostsTheSameAmongMany) {
-  const auto center = makeRef<NSNotificationCenter>();
-  const Ref<NSObject> observer = object();
+TEST_F(NotificationCenter, RemovingOneCostsTheSameAmongMany) {
   std::vector<std::pair<NSString, Ref<NSObject>>> others;
-  int calls = 0;
   for (int i = 0; i < 30'000; ++i) {
-    const auto& [name, other] = others.emplace_back(std::to_string(i), object());
+    const auto& [name, each] = others.emplace_back(std::to_string(i), object());
     center->addObserver(observer, counting(calls), name);
-    center->addObserver(other, counting(calls), "A");
+    center->addObserver(each, counting(calls), "A");
   }
-  for (const auto& [name, other] : others) {
+  for (const auto& [name, each] : others) {
     center->removeObserver(observer, name, nullptr);
-    center->removeObserver(other, "A", nullptr);
+    center->removeObserver(each, "A", nullptr);
     center->postNotificationName(name);
   }
   center->postNotificationName("A");
   EXPECT_EQ(calls, 0);
 }
 
-TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
-  const auto center = makeRef<NSNotificationCenter>();
+TEST_F(NotificationCenter, MayBeChangedFromWithinADelivery) {
   Ref<NSObject> first = object(), removed = object(), dead = object();
-  int calls = 0, lateCalls = 0;
+  int lateCalls = 0;
   const auto change = [&](const Ref<NSNotification>&) {
     if (++calls > 1) return;
     center->removeObserver(removed);
@@ -138,8 +129,7 @@ TEST(NSNotificationCenter, MayBeChangedFromWithinADelivery) {
   dropped->postNotificationName("A");
 }
 
-TEST(NSNotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
-  const auto center = makeRef<NSNotificationCenter>();
+TEST_F(NotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
   int ends = 0;
   (void)center->addObserverForName("ended", nullptr, nullptr, counting(ends));
   std::vector<Ref<NSObject>> tokens;
@@ -153,18 +143,16 @@ TEST(NSNotificationCenter, WhatDiesWithARemovalMayUseTheCentre) {
   EXPECT_EQ(ends, 4);
 
   // A removed token keeps neither its filter nor its queue.
-  std::atomic<int> deaths = 0;
   auto queue = makeRef<NSOperationQueue>();
   const WeakRef<NSOperationQueue> weakQueue(queue);
-  const auto token = center->addObserverForName("A", NSArray{Value(makeRef<test::Probe>(deaths))},
-                                                queue, counting(ends));
+  const auto token = center->addObserverForName("A", NSArray{Value(makeRef<Probe>(deaths))}, queue,
+                                                counting(ends));
   queue = nullptr;
   center->removeObserver(token);
   EXPECT_TRUE(deaths == 1 && !weakQueue.lock());
 }
 
-TEST(NSNotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
-  const auto center = makeRef<NSNotificationCenter>();
+TEST_F(NotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
   const auto queue = makeRef<NSOperationQueue>();
   queue->setMaxConcurrentOperationCount(1);
   queue->setSuspended(true);
@@ -182,9 +170,8 @@ TEST(NSNotificationCenter, DeliversOnAQueueLaterAndNotToTheRemoved) {
 }
 
 /// The threads add, remove, post and drop, in blocks as well, at observers that die meanwhile.
-TEST(NSNotificationCenter, StandsThreadsThatAddPostRemoveAndDestroy) {
-  const auto center = makeRef<NSNotificationCenter>();
-  std::atomic<int> deaths = 0, made = 0, calls = 0;
+TEST_F(NotificationCenter, StandsThreadsThatAddPostRemoveAndDestroy) {
+  std::atomic<int> made = 0, posted = 0;
   storm(4, [&](int, std::mt19937& random) {
     std::vector<Ref<Probe>> mine;
     for (int step = 0; step < 3000; ++step) {
@@ -196,7 +183,7 @@ TEST(NSNotificationCenter, StandsThreadsThatAddPostRemoveAndDestroy) {
             mine.back(),
             [&, probe = mine.back().get(), removes = random() % 8 == 0](const auto&) {
               EXPECT_TRUE(probe->isAlive);
-              if (++calls % 256 == 0) center->postNotificationName("A");
+              if (++posted % 256 == 0) center->postNotificationName("A");
               if (removes) center->removeObserver(Ref(probe));
             },
             random() % 4 ? name : nullptr);
@@ -209,7 +196,7 @@ TEST(NSNotificationCenter, StandsThreadsThatAddPostRemoveAndDestroy) {
       }
     }
   });
-  EXPECT_GT(calls, 1000);
+  EXPECT_GT(posted, 1000);
   EXPECT_EQ(deaths, made);
 }
 

@@ -18,9 +18,8 @@ TEST(BundleAdditions, PacksVersions) {
       {{{"CFBundleVersion", "☕5"}}, 0x00050000},
       {{{"CFBundleShortVersionString", "4"}}, 0x04000000},
       {nullptr, 0}};
-  for (const auto& [info, packed] : cases) {
+  for (const auto& [info, packed] : cases)
     EXPECT_EQ(zeb_bundleVersion(bundleWith(info)), packed) << info;
-  }
   EXPECT_EQ(zeb_bundleVersion(nullptr), 0u);
 }
 

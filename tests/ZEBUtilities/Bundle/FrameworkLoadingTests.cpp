@@ -79,9 +79,8 @@ TEST(FrameworkLoading, LoadsNoFileThatOthersCouldChange) {
   };
 
   LogRecorder log;
-  for (const char* relative : {"Trap", "./Trap", "../Trap.framework"}) {
+  for (const char* relative : {"Trap", "./Trap", "../Trap.framework"})
     EXPECT_NE(dlerror(relative, {"", ".", fs::path(folder).filename().string()}), "loaded");
-  }
   expectHolds(dlerror("./Trap", nullptr), "relative");
   // In a sticky folder, users cannot replace the files of others.
   for (const auto& [ofFile, ofFolder, expected] : {std::tuple(0600u, 01777u, std::string("loaded")),

@@ -38,6 +38,7 @@ void comeBack() { post("UIApplicationWillEnterForegroundNotification"); }
 Ref<ZEBTimer> idleTimer(ZEBTimerBackgroundingBehavior behavior = none) {
   return ZEBTimer::timerWithTimeInterval(1h, [](const Ref<ZEBTimer>&) {}, true, behavior);
 }
+const dispatch_queue_t queue = dispatch_queue_create("timer");
 bool isOnLoop(const char* mode) {
   return !NSRunLoop::currentRunLoop()->limitDateForMode(mode).isNil();
 }
@@ -96,7 +97,6 @@ TEST(ZEBTimer, CallsItsTargetWithOrWithoutItself) {
 }
 
 TEST(ZEBTimer, IsScheduledOnARunLoopOrAQueue) {
-  const auto queue = dispatch_queue_create("timer");
   const auto loop = NSRunLoop::currentRunLoop();
   const auto fresh = idleTimer();
   EXPECT_TRUE(fresh->isValid());
@@ -134,7 +134,7 @@ TEST(ZEBTimer, SubclassesCanScheduleTheSource) {
   const auto timer =
       makeRef<Sooner>(NSDate::date(), 1h, [&](const Ref<ZEBTimer>&) { ++firings; }, true, none);
   timer->applyGCDTimerToSource();  // has none
-  timer->setUpGCDTimer(dispatch_queue_create("timer"));
+  timer->setUpGCDTimer(queue);
   waitUntil([&] { return firings == 1; }, "the timer has fired");
   timer->applyGCDTimerToSource();  // once more from the date, which has passed
   waitUntil([&] { return firings == 2; }, "the timer has fired again");
@@ -161,7 +161,6 @@ TEST(ZEBTimer, OnARunLoopLivesUntilItIsInvalidated) {
 }
 
 TEST(ZEBTimer, OnAQueueOnlyItsOwnerKeepsIt) {
-  const auto queue = dispatch_queue_create("timer");
   std::atomic<int> deaths = 0, firings = 0;
   Ref<ZEBTimer> timer;
   dispatch_sync(queue, [&] {
@@ -179,11 +178,11 @@ TEST(ZEBTimer, OnAQueueOnlyItsOwnerKeepsIt) {
 }
 
 TEST(ZEBTimer, FiresOnceWhenThreadsCompete) {
-  const auto queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  const auto pool = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   for (int round = 0; round < 200; ++round) {
     std::atomic<int> firings = 0;
     const auto timer = ZEBTimer::queuedTimerOnQueue(
-        queue, 0,
+        pool, 0,
         [&](const Ref<ZEBTimer>& self) {
           if (++firings < 3) self->fire();  // valid until the firing has ended
         },
@@ -199,7 +198,6 @@ TEST(ZEBTimer, PausesAndContinuesOrStartsAgain) {
   // How long after the fire date the pause begins, how long it takes, and the delay after it.
   const Case cases[] = {{pause, -4, 100, 4}, {pause, 13, 5, 3},    {pause, 0, 1, 0},
                         {pause, 30, 1, 0},   {reset, -4, 100, 10}, {reset, 13, 1, 10}};
-  const auto queue = dispatch_queue_create("timer");
   FakeClock clock;
   for (const auto& [behavior, overdue, background, delay] : cases) {
     for (const int kind : {0, 1, 2}) {  // not scheduled, on the run loop, on the queue
@@ -265,13 +263,13 @@ TEST(ZEBTimerDeathTest, IgnoresBackgroundingInExtensionsOnly) {
 }
 
 TEST(ZEBTimer, SurvivesAllCallsAtOnce) {
-  const auto queue = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
+  const auto pool = dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT);
   for (int round = 0; round < 30; ++round) {
     std::atomic<int> deaths = 0, firings = 0;
     auto timer = makeRef<ZEBTimer>(
         NSDate::date(), 10us,
         [&, probe = makeRef<Probe>(deaths)](const Ref<ZEBTimer>&) { ++firings; }, true, pause);
-    timer->applyToQueue(queue);
+    timer->applyToQueue(pool);
     storm(4, [&](int thread, std::mt19937&) {
       for (int i = 0; i < 50; ++i) {
         if (thread == 0) {
@@ -282,7 +280,7 @@ TEST(ZEBTimer, SurvivesAllCallsAtOnce) {
           timer->setTolerance(timer->tolerance() + 0.001);
         } else if (thread == 2) {
           timer->fire();
-          timer->applyToQueue(queue);
+          timer->applyToQueue(pool);
           timer->setBlock(timer->block());
         }
       }
