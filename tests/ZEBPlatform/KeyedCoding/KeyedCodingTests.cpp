@@ -1,6 +1,5 @@
 #include <ZEBPlatform/KeyedCoding.h>
 #include <ZEBPlatform/Runtime/Registration.h>
-#include <gtest/gtest.h>
 
 #include "Support/Support.h"
 

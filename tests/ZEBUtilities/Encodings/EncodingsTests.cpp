@@ -1,11 +1,9 @@
-#include <Support/LogRecorder.h>
-#include <Support/Support.h>
 #include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/Encodings.h>
 #include <ZEBUtilities/Encodings/HexDigitsPrivate.h>
-#include <gtest/gtest.h>
 
-#include <random>
+#include "Support/LogRecorder.h"
+#include "Support/Support.h"
 
 // The fuzz target base32hex, whose inputs the tests replay, compares these functions with simple
 // versions of themselves.

@@ -2,7 +2,6 @@
 #include <ZEBPlatform/KeyedCoding.h>
 #include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/Text.h>
-#include <gtest/gtest.h>
 
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"
