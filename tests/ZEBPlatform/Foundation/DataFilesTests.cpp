@@ -12,11 +12,15 @@ namespace zeb::test {
 
 namespace fs = std::filesystem;
 
-/// A folder that is removed at the end of the test.
+const NSData oldContent = NSData::dataWithBytes(std::string(3'000'000, 'o'));
+const NSData newContent = NSData::dataWithBytes(std::string(3'000'001, 'n'));
+
+/// A folder that contains a file and is removed at the end of the test.
 struct DataFiles : testing::Test {
   DataFiles() {
     std::string name = (fs::temp_directory_path() / "zeb-test-XXXXXX").string();
     folder = mkdtemp(name.data());
+    EXPECT_TRUE(oldContent.writeToFile(path("file"), NSDataWritingAtomic, &error)) << error;
   }
   ~DataFiles() override { fs::remove_all(folder); }
 
@@ -27,9 +31,6 @@ struct DataFiles : testing::Test {
   fs::path folder;
   NSError error;
 };
-
-const NSData oldContent = NSData::dataWithBytes(std::string(3'000'000, 'o'));
-const NSData newContent = NSData::dataWithBytes(std::string(3'000'001, 'n'));
 
 TEST_F(DataFiles, ReturnWhatWasWritten) {
   const NSData parts[] = {oldContent, NSData::dataWithBytes("middle"), newContent};
@@ -48,7 +49,6 @@ TEST_F(DataFiles, ReturnWhatWasWritten) {
 }
 
 TEST_F(DataFiles, AtomicWritingKeepsModeAndLink) {
-  ASSERT_TRUE(oldContent.writeToFile(path("file"), NSDataWritingAtomic));
   EXPECT_EQ(mode(), 0600u);
   fs::permissions(folder / "file", fs::perms(0640));
   fs::create_symlink("file", folder / "link");
@@ -60,7 +60,6 @@ TEST_F(DataFiles, AtomicWritingKeepsModeAndLink) {
 }
 
 TEST_F(DataFiles, FailWithTheSystemsCodeAndThePath) {
-  ASSERT_TRUE(oldContent.writeToFile(path("file"), 0));
   const auto expectError = [&](int code, const NSString& which) {
     EXPECT_EQ(error, NSError(NSPOSIXErrorDomain, code, error.userInfo())) << which;
     EXPECT_EQ(error.userInfo()[NSFilePathErrorKey], which ? which : NSString(""));
@@ -103,7 +102,6 @@ TEST_F(DataFiles, FailWithTheSystemsCodeAndThePath) {
 }
 
 TEST_F(DataFiles, AFullDiskKeepsTheOldContent) {
-  ASSERT_TRUE(oldContent.writeToFile(path("file"), NSDataWritingAtomic));
   testing::GTEST_FLAG(death_test_style) = "fast";
   const auto writeTooMuch = [&] {
     std::signal(SIGXFSZ, SIG_IGN);
@@ -118,7 +116,6 @@ TEST_F(DataFiles, AFullDiskKeepsTheOldContent) {
 }
 
 TEST_F(DataFiles, AKilledWriterLeavesTheOldOrTheNewContent) {
-  ASSERT_TRUE(oldContent.writeToFile(path("file"), NSDataWritingAtomic));
   std::mt19937 random(1);
   for (int round = 0; round < 20; ++round) {
     const pid_t writer = fork();
