@@ -240,7 +240,8 @@ TEST(ArrayAdditions, RaiseWhenTheArrayChangesMeanwhile) {
     bool isPassing = false;
     const auto visit = [&](const Value& element, auto&&...) {
       change();
-      EXPECT_TRUE(element.object<test::Probe>()->isAlive);
+      const auto probe = element.object<test::Probe>();
+      EXPECT_TRUE(probe && probe->isAlive);
       return isPassing;
     };
     const auto fold = [&](const Value&, const Value& element) { return visit(element); };
