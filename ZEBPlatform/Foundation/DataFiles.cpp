@@ -40,9 +40,10 @@ std::string systemPath(const NSString& path) {
 }
 
 int readToTheEnd(RegularFile& file, std::size_t maxLength, detail::DataBuilder& builder) {
-  std::size_t expected = file.size();
+  // One byte more than the file states, so that a second reading finds the end without more room.
+  builder.require(std::max(minRoom, file.size() + 1));
   for (;;) {
-    builder.require(std::max(minRoom, expected - std::min(expected, builder.size())) + 1);
+    if (builder.room().empty()) builder.require(minRoom);
     const std::span<std::byte> room = builder.room();
     std::size_t count = 0;
     const int failure = file.read(room, count);
@@ -52,34 +53,38 @@ int readToTheEnd(RegularFile& file, std::size_t maxLength, detail::DataBuilder& 
   }
 }
 
+/// Answers whether the file could be mapped; some file systems cannot do that.
+bool mapFile(RegularFile& file, NSData& data) {
+  std::span<const std::byte> bytes;
+  if (file.map(bytes) != 0) return false;
+  try {
+    data = NSData::dataWithBytesNoCopy(bytes, [bytes] { RegularFile::unmap(bytes); });
+  } catch (const std::bad_alloc&) {
+    RegularFile::unmap(bytes);
+    throw;
+  }
+  return true;
+}
+
 int readFile(const std::string& path, std::uint64_t options, std::size_t maxLength, NSData& data) {
   RegularFile file;
   if (const int failure = file.open(path)) return failure;
   if (file.size() > maxLength) return EFBIG;
-  if (options & NSDataReadingMappedIfSafe && file.size() >= minMappedSize) {
-    std::span<const std::byte> bytes;
-    if (file.map(bytes) == 0) {
-      data = NSData::dataWithBytesNoCopy(bytes, [bytes] { RegularFile::unmap(bytes); });
-      return 0;
-    }
-    // Some file systems cannot map; their files are read.
-  }
-  try {
-    detail::DataBuilder builder;
-    const int failure = readToTheEnd(file, maxLength, builder);
-    if (!failure) data = builder.finish();
-    return failure;
-  } catch (const std::bad_alloc&) {
-    return ENOMEM;
-  }
+  const bool isWantedMapped = options & NSDataReadingMappedIfSafe && file.size() >= minMappedSize;
+  if (isWantedMapped && mapFile(file, data)) return 0;
+  detail::DataBuilder builder;
+  const int failure = readToTheEnd(file, maxLength, builder);
+  if (!failure) data = builder.finish();
+  return failure;
 }
 
 int writeFile(const NSData& data, const std::string& path, std::uint64_t options) {
+  const auto way =
+      options & NSDataWritingAtomic ? FileWriter::Way::atomic : FileWriter::Way::inPlace;
+  const auto existing = options & NSDataWritingWithoutOverwriting ? FileWriter::Existing::refuse
+                                                                  : FileWriter::Existing::replace;
   FileWriter writer;
-  int failure = writer.open(
-      path, options & NSDataWritingAtomic ? FileWriter::Way::atomic : FileWriter::Way::inPlace,
-      options & NSDataWritingWithoutOverwriting ? FileWriter::Existing::refuse
-                                                : FileWriter::Existing::replace);
+  int failure = writer.open(path, way, existing);
   if (failure) return failure;
   data.enumerateByteRanges([&](std::span<const std::byte> bytes, NSRange) {
     failure = writer.write(bytes);
@@ -88,18 +93,30 @@ int writeFile(const NSData& data, const std::string& path, std::uint64_t options
   return failure ? failure : writer.commit();
 }
 
+/// The result of the task, or ENOMEM if there is no memory for it.
+template <class Task>
+int withoutBadAlloc(const Task& task) {
+  try {
+    return task();
+  } catch (const std::bad_alloc&) {
+    return ENOMEM;
+  }
+}
+
 }  // namespace
 
 NSData NSData::dataWithContentsOfFile(const NSString& path, std::uint64_t options,
                                       std::size_t maxLength, NSError* error) {
   NSData data;
-  const int failure = readFile(systemPath(path), options, maxLength, data);
+  const int failure =
+      withoutBadAlloc([&] { return readFile(systemPath(path), options, maxLength, data); });
   return succeeded(failure, path, "read", error) ? data : nullptr;
 }
 
 bool NSData::writeToFile(const NSString& path, std::uint64_t options, NSError* error) const {
   if (isNil()) return succeeded(EINVAL, path, "written", error);
-  return succeeded(writeFile(*this, systemPath(path), options), path, "written", error);
+  const int failure = withoutBadAlloc([&] { return writeFile(*this, systemPath(path), options); });
+  return succeeded(failure, path, "written", error);
 }
 
 }  // namespace zeb

@@ -31,8 +31,11 @@ enum NSDataReadingOptions : std::uint64_t {
 enum NSDataWritingOptions : std::uint64_t {
   /// At every moment, also if the process is killed or the disk is full, the file has either the
   /// old or the new content, and after success the new content is on the disk. The bytes go to a
-  /// temporary file in the same folder, which then takes the file's place with the mode of the old
-  /// one. A killed process may leave the temporary file (".zeb-…") behind.
+  /// temporary file in the same folder, which then takes the file's place with the permissions of
+  /// the old one (without set-uid, set-gid and sticky bits) and, as far as the process may, its
+  /// owner and group. Hard links to the old file keep the old content. A link at the path is
+  /// followed and must lead to a file. A killed process may leave the temporary file (".zeb-…")
+  /// behind.
   NSDataWritingAtomic = 1,
   /// A file that exists is an error (EEXIST).
   NSDataWritingWithoutOverwriting = 2,
@@ -79,7 +82,8 @@ class NSData : public Value {
   /// line breaks).
   static NSData dataWithBase64EncodedString(const NSString& text);
 
-  /// The content of a regular file. If that fails, nil and an error of NSPOSIXErrorDomain with the
+  /// The content of a regular file. Paths are texts, so files whose names are not UTF-8 cannot be
+  /// named. If that fails, nil and an error of NSPOSIXErrorDomain with the
   /// system's code and the path under NSFilePathErrorKey. A file of more than `maxLength` bytes is
   /// an error (EFBIG), as is one for which there is no memory (ENOMEM).
   static NSData dataWithContentsOfFile(const NSString& path, std::uint64_t options = 0,

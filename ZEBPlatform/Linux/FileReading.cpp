@@ -15,7 +15,7 @@ int readWholeFile(const std::string& path, std::size_t maxSize, std::string& con
   // Reads to the end of the file, also if its length changes meanwhile.
   for (std::size_t count = 1; !failure && count > 0;) {
     const std::size_t filled = content.size();
-    content.resize(std::min(maxSize + 1, filled + 65536));
+    content.resize(std::min(maxSize, filled + 65535) + 1);
     failure = file.read(std::as_writable_bytes(std::span(content)).subspan(filled), count);
     content.resize(filled + (failure ? 0 : count));
     if (content.size() > maxSize) failure = EFBIG;

@@ -12,12 +12,14 @@ namespace zeb {
 class FileWriter {
  public:
   enum class Way : std::uint8_t {
-    /// Overwrites the file itself. Readers see parts, and a failure leaves a part.
+    /// Overwrites the file itself and then cuts it to the new length. Readers see parts, and a
+    /// failure leaves a part.
     inPlace,
     /// Writes a temporary file in the same folder, brings it to the disk and lets it take the place
     /// of the file, which has either the old or the new content at every moment. Keeps the mode of
-    /// the replaced file and, as far as the process may, its owner; not its hard links, access
-    /// lists and extended attributes. A link at the path is followed. If the process is killed, the
+    /// the replaced file and, as far as the process may, its owner and group (without the group,
+    /// the group's rights are dropped); not its hard links, access lists and extended attributes. A
+    /// link at the path is followed and must lead to a file. If the process is killed, the
     /// temporary file, whose name begins with ".zeb-", is left over.
     atomic,
   };
@@ -38,8 +40,10 @@ class FileWriter {
   int commit();
 
  private:
+  int openInPlace();
   int openTemporary();
   int keepModeAndOwner();
+  int cut();
   int replaceTarget();
   int syncFolder() const;
 
@@ -47,6 +51,7 @@ class FileWriter {
   std::string temporaryPath_;  ///< empty if there is no temporary file
   Existing existing_ = Existing::replace;
   int descriptor_ = -1;
+  std::uint64_t size_ = 0;  ///< of what was written
 };
 
 }  // namespace zeb

@@ -82,11 +82,14 @@ TEST_F(DataFiles, FailWithTheSystemsCodeAndThePath) {
   EXPECT_EQ(error.localizedDescription(),
             "The file \"" + path("missing") + "\" could not be read: No such file or directory.");
 
+  ASSERT_EQ(mkfifo(path("pipe").utf8().c_str(), 0600), 0);
   for (const auto way : {NSDataWritingOptions(), NSDataWritingAtomic}) {
     const std::tuple<NSString, std::uint64_t, int> unwritable[] = {
         {path("no/file"), way, ENOENT},
         {path("."), way, EISDIR},
         {path("file"), way | NSDataWritingWithoutOverwriting, EEXIST},
+        {nullptr, way, ENOENT},
+        {path("pipe"), way, way ? EINVAL : ENXIO},
         {"/dev/full", way, way ? EINVAL : ENOSPC}};
     for (const auto& [which, options, code] : unwritable) {
       EXPECT_FALSE(newContent.writeToFile(which, options, &error));
@@ -98,7 +101,12 @@ TEST_F(DataFiles, FailWithTheSystemsCodeAndThePath) {
   EXPECT_FALSE(NSData().writeToFile(path("file"), 0, &error));
   expectError(EINVAL, path("file"));
   EXPECT_EQ(NSData::dataWithContentsOfFile(path("file")), oldContent);
-  EXPECT_EQ(fileCount(), 3) << "temporary files are left over";
+  EXPECT_EQ(fileCount(), 4) << "temporary files are left over";
+  // Writing in place reads a mapping of the same file, and cuts the file at the new end.
+  const NSData mapped = NSData::dataWithContentsOfFile(path("file"), NSDataReadingMappedIfSafe);
+  EXPECT_TRUE(mapped.writeToFile(path("file"), 0) && mapped == oldContent);
+  EXPECT_TRUE(NSData::dataWithBytes("short").writeToFile(path("file"), 0));
+  EXPECT_EQ(NSData::dataWithContentsOfFile(path("file")).view(), "short");
 }
 
 TEST_F(DataFiles, AFullDiskKeepsTheOldContent) {
