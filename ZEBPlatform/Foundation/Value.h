@@ -127,7 +127,8 @@ class Value {
   double doubleValue() const noexcept;
 
   /// Equality of content: numbers across type codes, strings by units, collections by elements,
-  /// objects by their own `isEqual`. Nil is equal to nothing, not even to nil.
+  /// objects by their own `isEqual`, except that each object is equal to itself. Nil is equal to
+  /// nothing, not even to nil. Subtrees that are shared are compared as often as they occur.
   ///
   /// Works to any nesting depth without recursion. Collections used as dictionary keys or set
   /// members are compared 64 levels deep and count as different below. Takes memory only for

@@ -53,7 +53,13 @@ void addRootMethods(Class* root) {
                                         const NSString& key) { setValueForKey(self, value, key); }),
           method("valueForKeyPath:", &valueForKeyPath),
           method("setValue:forKeyPath:", &setValueForKeyPath),
-          method("isEqual:", &Value::isEqual),
+          method("isEqual:",
+                 [](const Value& self, const Value& other) {
+                   // Values take an object for equal to itself without asking it.
+                   const NSObject* const object = self.objectPointer();
+                   const NSObject* const candidate = other.objectPointer();
+                   return object && candidate ? object->isEqual(*candidate) : self.isEqual(other);
+                 }),
           method("hash", &Value::hash),
           method("description", &Value::description),
           method("copy", &Value::copy),

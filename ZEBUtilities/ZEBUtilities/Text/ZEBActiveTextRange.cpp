@@ -1,5 +1,6 @@
 #include <ZEBPlatform/Geometry/NSValue.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
+#include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
 #include <ZEBUtilities/Text/ZEBActiveTextRange.h>
 
@@ -16,7 +17,10 @@ std::optional<NSRange> rangeOf(const Value& value) {
   if (const auto* object = dynamic_cast<const ZEBActiveTextRange*>(value.objectPointer())) {
     return object->rangeValue();
   }
-  if (const NSRange* range = unboxed<NSRange>(value)) return *range;
+  const SEL rangeValue = "rangeValue"_sel;
+  const bool isAnswered = value.isObject() && respondsToSelector(value, rangeValue);
+  const Value boxedRange = isAnswered ? send(value, rangeValue) : value;
+  if (const NSRange* range = unboxed<NSRange>(boxedRange)) return *range;
   return std::nullopt;
 }
 

@@ -17,8 +17,9 @@ class ZEBActiveTextRange {
 };
 
 /// Orders by location and then by length, so that of two ranges at one location the shorter one
-/// comes first. The values are objects with a range: `ZEBActiveTextRange`s, or boxed `NSRange`s. If
-/// one of them is not, the result is ascending and one error line is logged.
+/// comes first. The values are objects with a range: `ZEBActiveTextRange`s, boxed `NSRange`s, or
+/// objects whose method `rangeValue` returns such a box. If one of them is not, the result is
+/// ascending and one error line is logged.
 NSComparisonResult ZEBActiveTextRangesCompare(const Value& a, const Value& b);
 
 /// The array without members that overlap their neighbour. The array must be in the order of

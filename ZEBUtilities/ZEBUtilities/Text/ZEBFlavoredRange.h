@@ -40,7 +40,8 @@ class ZEBFlavoredRange : public NSObject,
   const NSString& displayString() const noexcept { return displayString_; }
 
   /// An object of this object's class with another range, the same flavor and the same display
-  /// string. Deliberately it keeps no field that a subclass adds.
+  /// string. Deliberately it keeps no field that a subclass adds. A subclass overrides this and
+  /// `copyWithZone`, so that the class is kept.
   virtual Ref<ZEBFlavoredRange> copyWithRangeValue(NSRange rangeValue) const;
   /// An object with the same fields. The zone is ignored.
   virtual Ref<ZEBFlavoredRange> copyWithZone(void* zone = nullptr) const;

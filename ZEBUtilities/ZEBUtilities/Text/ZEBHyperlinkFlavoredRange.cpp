@@ -63,6 +63,16 @@ Class* ZEBHyperlinkFlavoredRange::runtimeClass() {
               [](const Value& range, const NSString& rangeURL, const NSString& displayString) {
                 return makeRef<Self>(rangeArgument(range), rangeURL, displayString);
               }),
+          // The base class's initialisers, which make a hyperlink without target here.
+          classMethod("initWithRangeValue:rangeFlavor:displayString:",
+                      [](const Value& range, std::int64_t, const NSString& displayString) {
+                        return makeRef<Self>(rangeArgument(range), nullptr, displayString);
+                      }),
+          classMethod(
+              "initWithRangeValue:rangeFlavor:",
+              [](const Value& range, std::int64_t) { return makeRef<Self>(rangeArgument(range)); }),
+          classMethod("initWithRangeValue:",
+                      [](const Value& range) { return makeRef<Self>(rangeArgument(range)); }),
           classMethod("initWithPlistDictionary:", &Self::initWithPlistDictionary),
           classMethod("initWithCoder:",
                       [](NSCoder* coder) { return initWithCoder(coderArgument(coder)); }),

@@ -130,6 +130,9 @@ TEST(ZEBFlavoredRange, AnswersSelectors) {
   EXPECT_EQ(send<std::int64_t>(link, "compare:"_sel, boxed(NSRange{1, 3})), NSOrderedAscending);
   EXPECT_EQ(raisedName([&] { send(link, "copyWithRangeValue:"_sel, 5); }),
             "NSInvalidArgumentException");
+  const Value plain = send(cls, "initWithRangeValue:"_sel, boxed(NSRange{1, 2}));
+  EXPECT_TRUE(plain.object<ZEBHyperlinkFlavoredRange>());
+  EXPECT_FALSE(send<bool>(plain, "isEqual:"_sel, plain));
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   EXPECT_DEATH(send(cls, "new"_sel),
                "^\\+\\[ZEBHyperlinkFlavoredRange new\\]: unrecognized selector sent to class 0x");
