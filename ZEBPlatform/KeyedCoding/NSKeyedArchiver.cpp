@@ -2,16 +2,18 @@
 #include <ZEBPlatform/Json/NSJSONSerialization.h>
 #include <ZEBPlatform/KeyedCoding/KeyedArchiveFormatPrivate.h>
 #include <ZEBPlatform/KeyedCoding/NSKeyedArchiver.h>
+#include <ZEBPlatform/Runtime/Class.h>
 
 namespace zeb {
 
 NSData NSKeyedArchiver::archivedData(const NSObject& object, const NSSecureCoding& coding) {
   NSKeyedArchiver archiver;
   coding.encodeWithCoder(archiver);
+  const Class* const cls = object.classObject();
   const NSDictionary document{
       {detail::archiveKey, detail::archiveKind},
       {detail::versionKey, detail::archiveVersion},
-      {detail::classKey, object.className()},
+      {detail::classKey, cls ? NSString(cls->name()) : NSString(object.className())},
       {detail::fieldsKey, archiver.fields_},
   };
   return NSJSONSerialization::dataWithJSONObject(document, 0);

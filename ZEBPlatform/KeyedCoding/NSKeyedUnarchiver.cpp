@@ -29,7 +29,7 @@ NSKeyedUnarchiver::NSKeyedUnarchiver(const NSData& data, const NSString& classNa
   if (!document[detail::archiveKey].isEqual(detail::archiveKind) || fields_.isNil() ||
       archived.isNil()) {
     failCorrupt("The data is JSON, but no archive of one object.");
-  } else if (!version.isEqual(detail::archiveVersion)) {
+  } else if (!version.isSigned64() || version.longLongValue() != detail::archiveVersion) {
     failCorrupt(NSString::stringWithFormat("The archive has the unknown version %@.", version));
   } else if (archived != className) {
     failCorrupt(NSString::stringWithFormat("The archive contains a %@, but a %@ was expected.",

@@ -17,7 +17,8 @@ class NSKeyedUnarchiver final : public NSCoder {
   /// The object, made by `T::initWithCoder`. Nil and an error of NSCocoaErrorDomain
   /// (NSCoderReadCorruptError, or NSCoderValueNotFoundError if the data is nil) when the data is no
   /// archive of a `T`, or one of the fields that it reads is of another kind. Takes time and memory
-  /// in proportion to the data.
+  /// in proportion to the data (see `NSJSONSerialization` for the factor), so refuse data of
+  /// foreign origin that is longer than your archives.
   template <class T>
   static Ref<T> unarchivedObjectOfClass(const NSData& data, NSError* error = nullptr) {
     NSKeyedUnarchiver unarchiver(data, T::runtimeClass()->name());
