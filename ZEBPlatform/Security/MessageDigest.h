@@ -7,7 +7,7 @@
 namespace zeb {
 
 /// A digest algorithm. MD2, MD4, MD5 and SHA-1 are broken: they identify data, but do not protect
-/// it against somebody who wants to forge it.
+/// it against forgery.
 enum class DigestAlgorithm : std::uint8_t {
   md2,     ///< RFC 1319, 16 bytes
   md4,     ///< RFC 1320, 16 bytes

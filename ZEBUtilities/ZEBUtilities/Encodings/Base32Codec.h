@@ -11,8 +11,8 @@ class Class;
 ///
 /// The two directions deliberately use different alphabets: the encoder writes the lowercase
 /// letters without "l" and "o", then "2" to "9"; the decoder knows the RFC's "A" to "Z" and "2" to
-/// "7". So the decoder does not read back what the encoder has written; it reads what other
-/// programs write.
+/// "7". So the decoder does not read back what the encoder has written (of "n2======" it
+/// reads the "2" only); it reads what other programs write.
 ///
 /// Has no state; any thread. Nil gives nil. The result is also nil if there is not enough memory
 /// for it, if the text would be longer than a string can be, or if a conversion of a string raises

@@ -5,7 +5,8 @@
 
 namespace zeb {
 
-// All of these return nil on nil and may be called from any thread.
+// All of these return nil on nil and may be called from any thread. They throw std::bad_alloc if
+// there is no memory for the result.
 
 /// Two lowercase hexadecimal digits per byte; empty text for empty data. Nil if the text would be
 /// longer than a string can be, 4 Gi characters.

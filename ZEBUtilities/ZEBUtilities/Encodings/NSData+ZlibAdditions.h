@@ -7,8 +7,9 @@
 
 namespace zeb {
 
-// gzip (RFC 1952) through zlib. These functions never throw. They return nil on nil data, and on
-// failure after writing one error line to the channel "ZEBUtilitiesPerformance". Any thread.
+// gzip (RFC 1952) through zlib. They return nil on nil data, and on failure after writing one
+// error line to the channel "ZEBUtilitiesPerformance". They throw nothing, except std::bad_alloc if
+// there is no memory even for the error line. Any thread.
 
 /// One gzip member. `level` is 0 (stored) to 9 (smallest); a negative one means zlib's default, and
 /// one above 9 means 9.
@@ -25,8 +26,9 @@ namespace zeb {
 /// member, a wrong checksum.
 ///
 /// The ranges of joined data are read in order, without joining them. Deliberately, as in other
-/// implementations, data fails whose range ends inside the member exactly where the content
-/// reaches a multiple of 16 KiB.
+/// implementations, data fails if one of its ranges ends before the end of the member, and what was
+/// inflated from this range has a length of exactly a multiple of 16 KiB. Data of one range never
+/// fails for this reason.
 ///
 /// The result's buffer is never larger than twice the content so far, and working memory is below
 /// 64 KiB. But the content may have up to 1030 times the length of `data`, so use the overload

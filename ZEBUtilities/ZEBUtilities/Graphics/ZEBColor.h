@@ -35,8 +35,9 @@ inline double largerComponent(double left, double right) noexcept {
 }  // namespace detail
 
 /// Writes hue, saturation and value of a colour whose components are between 0 and 1. The hue is a
-/// fraction of a turn in [0, 1), or -1 if all components are 0; saturation and value are between 0
-/// and 1. A component that is not a number is ignored if another one is a number.
+/// fraction of a turn in [0, 1), or -1 if all components are 0; only rounding can make it 1.
+/// Saturation and value are between 0 and 1. A component that is not a number counts for the value
+/// only if no other one is a number; hue and saturation may then be no numbers, either.
 ///
 /// The hue's unit deliberately differs from the one that `ZEBColorConvertHSVToRGB` takes: multiply
 /// it by 360 for the way back.
@@ -87,9 +88,10 @@ inline void ZEBColorConvertHSVToRGB(double& red, double& green, double& blue, do
   const double sixths = hue * 0.016666666666666666;
   const double sector = std::floor(sixths);
   const double fraction = sixths - sector;
-  const double low = value * (1 - saturation);
-  const double falling = value * std::fma(-fraction, saturation, 1.0);
-  const double rising = value * std::fma(fraction - 1, saturation, 1.0);
+  // Each is value × (1 - …), rounded once.
+  const double low = std::fma(-saturation, value, value);
+  const double falling = std::fma(-(fraction * saturation), value, value);
+  const double rising = std::fma(-((1 - fraction) * saturation), value, value);
   // Compared as numbers: a huge hue or one that is not a number has no integer.
   if (sector == 0) return write(value, rising, low);
   if (sector == 1) return write(falling, value, low);
