@@ -327,7 +327,8 @@ void NSMutableArray::setArray(const NSArray& other) {
 
 void NSMutableArray::sortWithOptions(NSSortOptions, NSComparator comparator) {
   if (isNil()) return;
-  rearrange(detail::sortedOrder(*this, comparator));
+  NSMutableArray kept = *this;  // the comparator may assign another array to the caller's handle
+  kept.rearrange(detail::sortedOrder(kept, comparator));
 }
 
 void NSMutableArray::rearrange(std::span<const std::uint32_t> order) {

@@ -191,6 +191,9 @@ TEST(NSArray, SortsEveryKindStablyAndKeepsAllElementsWhateverTheComparatorDoes) 
   EXPECT_THROW(misuses[1](), int);
   EXPECT_EQ(mixed, (NSArray{2, "b", 1}));
   EXPECT_EQ(raisedName(misuses[2]), NSGenericException);
+  mixed.setArray(NSArray{2, 1});
+  mixed.sortUsingComparator([&](auto&, auto&) { return mixed = nullptr, NSOrderedSame; });
+  EXPECT_TRUE(mixed.isNil());
 }
 
 TEST(NSArray, SearchesSortedRangesAndTakesSubarrays) {
