@@ -199,6 +199,26 @@ void NSMutableArray::moveToNewBuffer(std::size_t capacity, std::size_t headroom)
   array.capacity = static_cast<std::uint32_t>(capacity);
 }
 
+void NSMutableArray::openFront() {
+  detail::MutableArrayStorage& array = contents();
+  const std::uint32_t spare = array.capacity - array.count;
+  if (spare > array.count) {
+    // Half of the free places move to the front. They are more than half as many as the elements
+    // that are moved, so an insertion at either end takes constant time on average.
+    const std::uint32_t headroom = spare - spare / 2;
+    moveValues(array.buffer + headroom, array.buffer, array.count);
+    array.buffer += headroom;
+    array.headroom = headroom;
+    array.capacity -= headroom;
+    return;
+  }
+  // As much room as there are elements, for the same reason. The old capacity is at most twice the
+  // count here, so the buffer stays proportional to the count.
+  const std::size_t room =
+      std::min<std::size_t>(array.count, detail::maxCollectionCount - array.capacity);
+  if (room) moveToNewBuffer(array.capacity, room);
+}
+
 void NSMutableArray::addObject(Value object) {
   if (isNil()) return;
   requireObject(object);
@@ -223,12 +243,7 @@ void NSMutableArray::insertObject(Value object, std::size_t index) {
   if (index > count()) raiseRange(index, count());
   requireObject(object);
   detail::MutableArrayStorage& array = contents();
-  if (index == 0 && array.headroom == 0) {
-    // As much room as there are elements, so that an insertion takes constant time on average.
-    const std::size_t room =
-        std::min<std::size_t>(array.count, detail::maxCollectionCount - array.capacity);
-    if (room) moveToNewBuffer(array.capacity, room);
-  }
+  if (index == 0 && array.headroom == 0) openFront();
   if (index == 0 && array.headroom) {
     --array.buffer;
     --array.headroom;

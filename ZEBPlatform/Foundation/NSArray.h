@@ -183,6 +183,9 @@ class NSMutableArray : public NSArray {
   void grow(std::size_t capacity);
   /// Room for `capacity` elements behind `headroom` free places.
   void moveToNewBuffer(std::size_t capacity, std::size_t headroom);
+  /// Makes free places before the first element, unless the array is empty and without a buffer or
+  /// is as large as an array can be.
+  void openFront();
   /// Puts the element at `order[i]` at index i.
   void rearrange(std::span<const std::uint32_t> order);
 };
