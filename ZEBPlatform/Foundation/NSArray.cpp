@@ -82,9 +82,12 @@ bool NSArray::containsObject(const Value& object) const {
 }
 
 std::size_t NSArray::indexOfObject(const Value& object) const {
-  const Value* found =
-      std::find_if(begin(), end(), [&](const Value& element) { return element.isEqual(object); });
-  return found == end() ? NSNotFound : static_cast<std::size_t>(found - begin());
+  std::size_t found = NSNotFound;
+  detail::enumerate(*this, [&](const Value& element, std::size_t index) {
+    if (element.isEqual(object)) found = index;
+    return found == NSNotFound;
+  });
+  return found;
 }
 
 std::size_t NSArray::indexOfObject(const Value& object, NSRange sortedRange,
@@ -149,10 +152,11 @@ NSArray NSArray::arrayByAddingObject(const Value& object) const {
 NSString NSArray::componentsJoinedByString(const NSString& separator) const {
   if (isNil()) return nullptr;
   NSMutableString joined;
-  for (std::size_t index = 0; index < count(); ++index) {
+  detail::enumerate(*this, [&](const Value& element, std::size_t index) {
     if (index) joined.appendString(separator);
-    joined.appendString(begin()[index].description());
-  }
+    joined.appendString(element.description());
+    return true;
+  });
   return joined.copy();
 }
 

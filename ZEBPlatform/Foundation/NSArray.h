@@ -81,7 +81,8 @@ class NSArray : public Value {
   Value lastObject() const { return count() ? end()[-1] : Value(); }
   bool containsObject(const Value& object) const;
   [[nodiscard]] bool contains(const Value& object) const { return containsObject(object); }
-  /// The first equal element's index, or NSNotFound.
+  /// The first equal element's index, or NSNotFound. An `isEqual` that changes the array makes this
+  /// and `containsObject` throw NSException (NSGenericException).
   std::size_t indexOfObject(const Value& object) const;
 
   /// The stored elements, valid as long as the array lives and is not changed.
@@ -122,7 +123,8 @@ class NSArray : public Value {
   [[nodiscard]] NSArray sortedArrayUsingComparator(NSComparator comparator) const {
     return sortedArrayWithOptions(NSSortStable, comparator);
   }
-  /// The elements' descriptions with `separator` between them.
+  /// The elements' descriptions with `separator` between them. A `description` that changes the
+  /// array makes this throw NSException (NSGenericException).
   NSString componentsJoinedByString(const NSString& separator) const;
 
   [[nodiscard]] NSArray copy() const { return NSArray(Value::copy()); }

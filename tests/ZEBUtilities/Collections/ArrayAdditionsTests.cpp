@@ -49,6 +49,12 @@ struct Ranked : NSObject {
   const int rank;
 };
 
+/// Runs code of others when it is compared.
+struct Meddler : NSObject {
+  bool isEqual(const NSObject&) const override { return change(), true; }
+  std::function<void()> change;
+};
+
 TEST(ArrayAdditions, AnswerTheTables) {
   const NSArray empty = NSArray::array(), mixed{"a", 2, NSArray{3}, "4.5"}, eight = upTo(8);
   const NSMutableArray all = upTo(4).mutableCopy();
@@ -271,6 +277,10 @@ TEST(ArrayAdditions, RaiseWhenTheArrayChangesMeanwhile) {
           << "operation " << &operation - operations << ", change " << &change - changes;
     }
   }
+  const auto meddler = makeRef<Meddler>(), other = makeRef<Meddler>();
+  meddler->change = [&] { array.removeAllObjects(); };
+  array.setArray(NSArray{meddler, 2});
+  EXPECT_EQ(raisedName([&] { array.containsObject(other); }), NSGenericException);
 }
 
 TEST(ArrayAdditions, SortByTheElementsOwnMethods) {
