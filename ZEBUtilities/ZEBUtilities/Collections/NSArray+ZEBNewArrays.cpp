@@ -124,16 +124,14 @@ NSArray zeb_arrayByRemovingObjectsAtIndexes(const NSArray& array, const NSIndexS
 NSArray zeb_arrayByReplacingFirstOccurrenceOfObject(const NSArray& array, const Value& object,
                                                     const Value& replacement) {
   if (object.isNil() || replacement.isNil()) return array;
-  std::size_t found = NSNotFound;
-  detail::enumerate(array, [&](const Value& element, std::size_t index) {
-    if (element.isEqual(object)) found = index;
-    return found == NSNotFound;
-  });
-  if (found == NSNotFound) return array;
-  const auto elements = elementsOf(array);
+  const NSArray kept = array;  // comparing elements may assign to the caller's handles
+  const Value inserted = replacement;
+  const std::size_t found = kept.indexOfObject(object);
+  if (found == NSNotFound) return kept;
+  const auto elements = elementsOf(kept);
   detail::ArrayBuilder replaced(elements.size());
   replaced.append(elements.first(found));
-  replaced.append(replacement);
+  replaced.append(inserted);
   replaced.append(elements.subspan(found + 1));
   return replaced.finish();
 }

@@ -281,6 +281,9 @@ TEST(ArrayAdditions, RaiseWhenTheArrayChangesMeanwhile) {
   meddler->change = [&] { array.removeAllObjects(); };
   array.setArray(NSArray{meddler, 2});
   EXPECT_EQ(raisedName([&] { array.containsObject(other); }), NSGenericException);
+  NSArray renamed{1, 2, meddler};
+  meddler->change = [&] { renamed = NSArray{1}; };
+  EXPECT_EQ(zeb_arrayByReplacingFirstOccurrenceOfObject(renamed, other, 3), upTo(3));
 }
 
 TEST(ArrayAdditions, SortByTheElementsOwnMethods) {
