@@ -14,6 +14,7 @@ namespace detail {
 
 const std::byte* JoinedDataStorage::joined() {
   std::call_once(joining, [this] {
+    buffer.clear();  // of what an earlier call appended before it ran out of memory
     buffer.reserve(length);
     for (const NSData& part : parts) {
       part.enumerateByteRanges([this](std::span<const std::byte> piece, NSRange) {
