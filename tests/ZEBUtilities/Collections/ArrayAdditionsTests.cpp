@@ -49,8 +49,9 @@ struct Ranked : NSObject {
   const int rank;
 };
 
-/// Runs code of others when it is compared.
+/// Runs code of others when it is compared; has another hash when it has such code.
 struct Meddler : NSObject {
+  std::size_t hash() const noexcept override { return change ? 1 : 0; }
   bool isEqual(const NSObject&) const override { return change(), true; }
   std::function<void()> change;
 };
@@ -284,6 +285,10 @@ TEST(ArrayAdditions, RaiseWhenTheArrayChangesMeanwhile) {
   NSArray renamed{1, 2, meddler};
   meddler->change = [&] { renamed = NSArray{1}; };
   EXPECT_EQ(zeb_arrayByReplacingFirstOccurrenceOfObject(renamed, other, 3), upTo(3));
+  NSMutableOrderedSet members{0, other};
+  other->change = meddler->change;
+  zeb_moveObjectIfNotNil(members, "any", 0, &Value::isObject);
+  EXPECT_TRUE(members.firstObject().isObject());
 }
 
 TEST(ArrayAdditions, SortByTheElementsOwnMethods) {
