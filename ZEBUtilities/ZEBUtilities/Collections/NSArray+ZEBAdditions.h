@@ -98,6 +98,7 @@ NSArray zeb_filterWithBlockWithEarlyStop(
 template <class Callable>
   requires detail::ElementCallable<Callable>
 NSArray zeb_filter(const NSArray& array, Callable callable) {
+  if (detail::isNilCallable(callable)) return zeb_filterWithBlock(array, nullptr);
   detail::ElementCall<Callable> call(std::move(callable));
   return zeb_filterWithBlock(array, [&](const Value& element) {
     const Value result = call(element, "zeb_filter:"_sel);
