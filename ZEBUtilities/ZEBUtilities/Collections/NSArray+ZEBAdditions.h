@@ -161,7 +161,10 @@ bool zeb_isSubsetOfArray(const NSArray& array, const NSArray& other);
 /// The part of the range that is inside the array; empty if it begins at or past the end.
 [[nodiscard]] NSArray zeb_slice(const NSArray& array, NSRange range);
 /// Nested arrays are replaced by their own flattened elements, to any depth and without recursion.
-/// A mutable array that contains itself throws NSException (NSInvalidArgumentException).
+/// A mutable array that contains itself throws NSException (NSInvalidArgumentException). The work
+/// is proportional to the elements of the result plus the nested arrays, each counted as often as
+/// it occurs: an array that is an element in two places is walked twice, so levels of shared arrays
+/// multiply.
 [[nodiscard]] NSArray zeb_flattenedArray(const NSArray& array);
 [[nodiscard]] NSArray zeb_reversedArray(const NSArray& array);
 
