@@ -8,6 +8,7 @@
 #include <concepts>
 #include <initializer_list>
 #include <span>
+#include <vector>
 
 namespace zeb {
 
@@ -27,6 +28,12 @@ class NSOrderedSet : public Value {
   constexpr NSOrderedSet(std::nullptr_t) noexcept {}
   NSOrderedSet(std::initializer_list<Value> members)
       : NSOrderedSet(orderedSetWithObjects(std::span(members.begin(), members.size()))) {}
+  /// Ordered sets in braces: a single one is copied, several are the members.
+  template <std::derived_from<NSOrderedSet> Set>
+  NSOrderedSet(std::initializer_list<Set> sets)
+      : NSOrderedSet(sets.size() == 1
+                         ? NSOrderedSet(*sets.begin())
+                         : orderedSetWithObjects(std::vector<Value>(sets.begin(), sets.end()))) {}
   /// The value when it is an ordered set, else nil.
   template <detail::ValueBeside<NSOrderedSet> Source>
   explicit NSOrderedSet(const Source& value) noexcept
@@ -77,13 +84,18 @@ class NSOrderedSet : public Value {
 };
 
 /// Ordered set that changes in place. Handles share one ordered set, which belongs to one thread at
-/// a time. Additions at the end take constant time, all other changes linear time.
+/// a time. Additions at the end take constant time, all other changes linear time. Braces work as
+/// those of `NSMutableArray`.
 class NSMutableOrderedSet : public NSOrderedSet {
  public:
   /// An empty ordered set.
   NSMutableOrderedSet();
   constexpr NSMutableOrderedSet(std::nullptr_t) noexcept : NSOrderedSet(nullptr) {}
   NSMutableOrderedSet(std::initializer_list<Value> members);
+  template <std::derived_from<NSOrderedSet> Set>
+  NSMutableOrderedSet(std::initializer_list<Set> sets)
+      : NSMutableOrderedSet(sets.size() == 1 ? NSMutableOrderedSet(*sets.begin())
+                                             : NSMutableOrderedSet(NSOrderedSet(sets))) {}
   /// A new ordered set with the members of another one; nil makes an empty one.
   explicit NSMutableOrderedSet(const NSOrderedSet& members);
   /// The shared mutable ordered set itself when the value is one, else nil.

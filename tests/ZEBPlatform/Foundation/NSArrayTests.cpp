@@ -271,6 +271,7 @@ TEST(NSMutableOrderedSet, BehavesLikeAModelUnderRandomChanges) {
     EXPECT_EQ(set.mutableCopy().hash(), set.copy().hash());
   }
   NSMutableOrderedSet set{1, 2, 1};
+  EXPECT_TRUE(NSMutableOrderedSet{set}.isIdenticalTo(set) && NSOrderedSet{set}.count() == 2);
   EXPECT_TRUE(set == (NSOrderedSet{1, 2}) && set != (NSOrderedSet{2, 1}) && set[1] == 2);
   EXPECT_EQ(raisedName([&] { set.moveObjectAtIndex(0, 2); }), NSRangeException);
   EXPECT_EQ(raisedName([&] { set.insertObject(3, 3); }), NSRangeException);
