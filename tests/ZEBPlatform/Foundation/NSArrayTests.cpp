@@ -124,11 +124,9 @@ TEST(NSMutableArray, BehavesLikeAModelUnderRandomChanges) {
     ASSERT_EQ(array, NSArray::arrayWithObjects(std::vector<Value>(model.begin(), model.end())));
   }
   NSMutableArray queue{0};
-  for (int round = 0; round < 100'000; ++round, queue.removeLastObject()) {
-    queue.insertObject(round, 0);
-  }
+  for (int round = 0; round < 100'000; queue.removeLastObject()) queue.insertObject(++round, 0);
   const auto& storage = *queue.storageAs<detail::MutableArrayStorage>();
-  EXPECT_TRUE(queue == NSArray{99'999} && storage.headroom + storage.capacity < 16);
+  EXPECT_TRUE(queue == NSArray{100'000} && storage.headroom + storage.capacity < 16);
 }
 
 TEST(NSArray, SortsEveryKindStablyAndKeepsAllElementsWhateverTheComparatorDoes) {

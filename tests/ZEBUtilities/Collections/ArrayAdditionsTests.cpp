@@ -223,8 +223,7 @@ TEST(ArrayAdditions, RefuseMisuseAndKeepTheArray) {
   raise(NSInvalidArgumentException, [&] { (void)zeb_sortedArray(NSArray{NSSet{1}, NSSet{2}}); });
   raise(NSInvalidArgumentException, [&] { (void)zeb_reverseSortedArray(upTo(2)); });
   EXPECT_EQ(array, before);
-  bool (Value::*nothing)() const noexcept = nullptr;
-  EXPECT_DEATH(zeb_filter(array, nothing), "^A nil block was called");
+  EXPECT_DEATH(zeb_filter(array, std::function(isEven) = nullptr), "^A nil block was called");
   array.addObject(Value(array));
   raise(NSInvalidArgumentException, [&] { (void)zeb_flattenedArray(array); });
   array.removeLastObject();
