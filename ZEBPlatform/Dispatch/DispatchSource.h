@@ -65,7 +65,7 @@ void dispatch_source_set_event_handler(const dispatch_source_t& source, Block<vo
 /// Called once on the queue after a cancellation.
 void dispatch_source_set_cancel_handler(const dispatch_source_t& source, Block<void()> handler);
 
-/// Ends one suspension. Resuming a source that is not suspended is a programming error.
+/// Ends one suspension. Resuming a source that is not suspended stops the process with a message.
 void dispatch_resume(const dispatch_source_t& source);
 /// Keeps handlers from starting until the matching `dispatch_resume`.
 void dispatch_suspend(const dispatch_source_t& source);
