@@ -7,8 +7,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <list>
 #include <random>
 #include <thread>
+#include <vector>
 
 namespace zeb::test {
 
@@ -50,6 +52,14 @@ inline void waitUntil(
     }
     step();
   }
+}
+
+/// As `std::stable_sort`, with which clang warns about the standard library's headers.
+template <class T, class Less>
+void sortStably(std::vector<T>& elements, const Less& less) {
+  std::list<T> list(elements.begin(), elements.end());
+  list.sort(less);
+  elements.assign(list.begin(), list.end());
 }
 
 /// Runs the work on a thread with a stack of 256 KiB and waits for it.

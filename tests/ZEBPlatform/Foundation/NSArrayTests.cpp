@@ -110,7 +110,7 @@ TEST(NSMutableArray, BehavesLikeAModelUnderRandomChanges) {
                  : byTens(other, one) ? NSOrderedDescending
                                       : NSOrderedSame;
         });
-        std::stable_sort(model.begin(), model.end(), byTens);
+        sortStably(model, byTens);
         break;
       }
       case 10:
@@ -160,9 +160,8 @@ TEST(NSArray, SortsEveryKindStablyAndKeepsAllElementsWhateverTheComparatorDoes) 
       return *detail::naturalOrder(left, right);
     };
     std::vector<Value> model(array.begin(), array.end());
-    std::stable_sort(model.begin(), model.end(), [&](const Value& left, const Value& right) {
-      return compare(left, right) < 0;
-    });
+    sortStably(model,
+               [&](const Value& left, const Value& right) { return compare(left, right) < 0; });
     const NSArray all = array.copy();
     for (const bool isNatural : {true, false}) {
       array.setArray(all);

@@ -302,12 +302,10 @@ TEST(ArrayAdditions, SortByTheElementsOwnMethods) {
     return std::equal(sorted.begin(), sorted.end(), model.begin(), model.end(),
                       [](auto& one, auto& other) { return one.isIdenticalTo(other); });
   };
-  std::stable_sort(model.begin(), model.end(),
-                   [&](auto& left, auto& right) { return rank(left) > rank(right); });
+  test::sortStably(model, [&](auto& left, auto& right) { return rank(left) > rank(right); });
   EXPECT_TRUE(isSame(zeb_reverseSortedArray(array)));
   model.assign(array.begin(), array.end());
-  std::stable_sort(model.begin(), model.end(),
-                   [&](auto& left, auto& right) { return rank(left) < rank(right); });
+  test::sortStably(model, [&](auto& left, auto& right) { return rank(left) < rank(right); });
   EXPECT_TRUE(isSame(zeb_sortedArray(array)));
   zeb_sort(array);
   EXPECT_TRUE(isSame(array));
