@@ -231,6 +231,7 @@ TEST(ArrayAdditions, RefuseMisuseAndKeepTheArray) {
 
 /// Each kind of change is noticed, and the element of the callback stays alive.
 TEST(ArrayAdditions, RaiseWhenTheArrayChangesMeanwhile) {
+  std::atomic<int> deaths = 0;
   NSMutableArray array;
   const std::function<void()> changes[] = {
       [&] { array.addObject(1); },
@@ -244,7 +245,6 @@ TEST(ArrayAdditions, RaiseWhenTheArrayChangesMeanwhile) {
       [&] { array.addObjectsFromArray(upTo(1)); },
       [&] { array.sortUsingComparator([](auto&, auto&) { return NSOrderedSame; }); }};
   for (const auto& change : changes) {
-    std::atomic<int> deaths = 0;
     bool isPassing = false;
     const auto visit = [&](const Value& element, auto&&...) {
       change();
