@@ -83,9 +83,9 @@ class NSData : public Value {
   static NSData dataWithBase64EncodedString(const NSString& text);
 
   /// The content of a regular file. Paths are texts, so files whose names are not UTF-8 cannot be
-  /// named. If that fails, nil and an error of NSPOSIXErrorDomain with the
-  /// system's code and the path under NSFilePathErrorKey. A file of more than `maxLength` bytes is
-  /// an error (EFBIG), as is one for which there is no memory (ENOMEM).
+  /// named. If reading fails, nil and an error of NSPOSIXErrorDomain with the system's code and
+  /// the path under NSFilePathErrorKey. A file of more than `maxLength` bytes is an error (EFBIG),
+  /// as is one for which there is no memory (ENOMEM).
   static NSData dataWithContentsOfFile(const NSString& path, std::uint64_t options = 0,
                                        NSError* error = nullptr) {
     return dataWithContentsOfFile(path, options, SIZE_MAX, error);

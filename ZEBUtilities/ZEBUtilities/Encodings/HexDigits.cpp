@@ -40,7 +40,7 @@ ByteBlock digitsOf(ByteBlock values) noexcept {
   return values + '0' + (maskOf(values > 9) & ('a' - '0' - 10));
 }
 
-/// The values of the digits; `faults` becomes non-zero if a character is none.
+/// The values of the digits; `faults` becomes non-zero if a character is not a digit.
 ByteBlock valuesOf(ByteBlock characters, ByteBlock& faults) noexcept {
   const ByteBlock fromZero = characters - '0';
   const ByteBlock fromA = (characters | 0x20) - 'a';
