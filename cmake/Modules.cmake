@@ -1,21 +1,25 @@
 # An installed library consists of modules. Each module is a source folder and a target of its own,
 # so that its outside libraries are visible to this module only.
 
-# zeb_library(<library> EXPORT_NAME <name> INCLUDE_ROOT <folder> MODULE_HEADERS <folder>
-#             [BUILT_ON <library>])
+# zeb_library(<library> EXPORT_NAME <name> COMPONENT <component> INCLUDE_ROOT <folder>
+#             [MODULE_HEADERS <folder>] [BUILT_ON <library>…])
 #   Begins a library, to which the following zeb_module() calls add. Its headers are included by
 #   their path below INCLUDE_ROOT. The folder MODULE_HEADERS contains the module headers, each of
-#   which includes all public headers of one module. Users link the library as ZEB::<name>.
+#   which includes all public headers of one module; they are installed with this library. Users
+#   ask find_package() for the component and link the library as ZEB::<name>.
 function(zeb_library library)
   cmake_parse_arguments(PARSE_ARGV 1 library
-    "" "EXPORT_NAME;INCLUDE_ROOT;MODULE_HEADERS;BUILT_ON" "")
+    "" "EXPORT_NAME;COMPONENT;INCLUDE_ROOT;MODULE_HEADERS" "BUILT_ON")
   # A library needs a source even if none of its modules has one.
   file(CONFIGURE OUTPUT "${library}.cpp" CONTENT "")
   add_library(${library} "${CMAKE_CURRENT_BINARY_DIR}/${library}.cpp")
   add_library(ZEB::${library_EXPORT_NAME} ALIAS ${library})
   target_compile_features(${library} PUBLIC cxx_std_20)
   target_link_libraries(${library} PUBLIC ${library_BUILT_ON} PRIVATE Threads::Threads)
-  file(GLOB headers CONFIGURE_DEPENDS "${library_MODULE_HEADERS}/*.h")
+  set(headers)
+  if(library_MODULE_HEADERS)
+    file(GLOB headers CONFIGURE_DEPENDS "${library_MODULE_HEADERS}/*.h")
+  endif()
   target_sources(${library} PUBLIC FILE_SET HEADERS BASE_DIRS "${library_INCLUDE_ROOT}"
     FILES ${headers})
   set_target_properties(${library} PROPERTIES
@@ -23,7 +27,11 @@ function(zeb_library library)
     LINKER_LANGUAGE CXX
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
-    INSTALL_RPATH "$ORIGIN")
+    INSTALL_RPATH "$ORIGIN"
+    ZEB_COMPONENT ${library_COMPONENT})
+  set_property(GLOBAL APPEND PROPERTY ZEB_LIBRARIES ${library})
+  set_property(GLOBAL APPEND PROPERTY ZEB_COMPONENTS ${library_COMPONENT})
+  set_property(GLOBAL APPEND PROPERTY ZEB_LIBRARIES_OF_${library_COMPONENT} ${library})
   set(ZEB_LIBRARY ${library} PARENT_SCOPE)
   set(ZEB_INCLUDE_ROOT "${library_INCLUDE_ROOT}" PARENT_SCOPE)
   set(ZEB_BUILT_ON "${library_BUILT_ON}" PARENT_SCOPE)
@@ -49,6 +57,8 @@ function(zeb_module folder)
     endif()
   endforeach()
   set_property(GLOBAL APPEND PROPERTY ZEB_MODULES ${folder})
+  # Tests of a module link its library.
+  set_property(GLOBAL PROPERTY ZEB_LIBRARY_OF_${folder} ${ZEB_LIBRARY})
 
   file(GLOB headers CONFIGURE_DEPENDS "${folder}/*.h")
   list(FILTER headers EXCLUDE REGEX "Private\\.h$")
@@ -69,6 +79,8 @@ function(zeb_module folder)
   target_sources(${ZEB_LIBRARY} PRIVATE $<TARGET_OBJECTS:${module_target}>)
   foreach(name IN LISTS module_PRIVATE_LIBRARIES)
     zeb_find_outside_library(${name} outside_targets)
+    get_target_property(component ${ZEB_LIBRARY} ZEB_COMPONENT)
+    set_property(GLOBAL APPEND PROPERTY ZEB_OUTSIDE_LIBRARIES_OF_${component} ${name})
     target_link_libraries(${module_target} PRIVATE ${outside_targets})
     target_link_libraries(${ZEB_LIBRARY} PRIVATE ${outside_targets})
   endforeach()

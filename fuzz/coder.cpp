@@ -4,7 +4,7 @@
 #include <ZEBPlatform/Json/NSJSONSerialization.h>
 #include <ZEBPlatform/KeyedCoding/NSKeyedArchiver.h>
 #include <ZEBPlatform/KeyedCoding/NSKeyedUnarchiver.h>
-#include <ZEBUtilities/Text/ZEBHyperlinkFlavoredRange.h>
+#include <ZEBUtilities/Ranges/ZEBHyperlinkFlavoredRange.h>
 
 #include <cstddef>
 #include <cstdint>

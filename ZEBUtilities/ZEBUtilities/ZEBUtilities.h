@@ -18,6 +18,7 @@
 #include <ZEBPlatform/RunLoop.h>
 #include <ZEBPlatform/Runtime.h>
 #include <ZEBPlatform/Security.h>
+#include <ZEBPlatform/Text.h>
 #include <ZEBUtilities/Bundle.h>
 #include <ZEBUtilities/Callbacks.h>
 #include <ZEBUtilities/Classes.h>
@@ -29,6 +30,6 @@
 #include <ZEBUtilities/Graphics.h>
 #include <ZEBUtilities/JSON.h>
 #include <ZEBUtilities/Observation.h>
+#include <ZEBUtilities/Ranges.h>
 #include <ZEBUtilities/Tasks.h>
-#include <ZEBUtilities/Text.h>
 #include <ZEBUtilities/Timing.h>

@@ -16,8 +16,8 @@
 #include <ZEBUtilities/Tasks/ZEBMainThreadRunLoopDeferredTask.h>
 #include <ZEBUtilities/Tasks/ZEBSafeOperation.h>
 #include <ZEBUtilities/Tasks/ZEBThread.h>
-#include <ZEBUtilities/Text/ZEBFlavoredRange.h>
-#include <ZEBUtilities/Text/ZEBHyperlinkFlavoredRange.h>
+#include <ZEBUtilities/Ranges/ZEBFlavoredRange.h>
+#include <ZEBUtilities/Ranges/ZEBHyperlinkFlavoredRange.h>
 #include <ZEBUtilities/Timing/ZEBRecordingStopwatch.h>
 #include <ZEBUtilities/Timing/ZEBStopwatch.h>
 #include <ZEBUtilities/Timing/ZEBTimer.h>

@@ -2,7 +2,7 @@
 #include <ZEBPlatform/Logging/OLGLogging.h>
 #include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
-#include <ZEBUtilities/Text/ZEBActiveTextRange.h>
+#include <ZEBUtilities/Ranges/ZEBActiveTextRange.h>
 
 #include <algorithm>
 #include <compare>

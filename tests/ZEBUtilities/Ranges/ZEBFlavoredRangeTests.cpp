@@ -1,7 +1,7 @@
 #include <ZEBPlatform/Geometry/NSValue.h>
 #include <ZEBPlatform/KeyedCoding.h>
 #include <ZEBPlatform/Runtime/Send.h>
-#include <ZEBUtilities/Text.h>
+#include <ZEBUtilities/Ranges.h>
 
 #include "Support/LogRecorder.h"
 #include "Support/Support.h"

@@ -3,8 +3,8 @@
 #include <ZEBPlatform/KeyedCoding/CoderConversion.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
-#include <ZEBUtilities/Text/FlavoredRangeKeysPrivate.h>
-#include <ZEBUtilities/Text/ZEBFlavoredRange.h>
+#include <ZEBUtilities/Ranges/FlavoredRangeKeysPrivate.h>
+#include <ZEBUtilities/Ranges/ZEBFlavoredRange.h>
 
 #include <typeinfo>
 

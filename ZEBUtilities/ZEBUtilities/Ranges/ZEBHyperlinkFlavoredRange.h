@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBUtilities/Text/ZEBFlavoredRange.h>
+#include <ZEBUtilities/Ranges/ZEBFlavoredRange.h>
 
 namespace zeb {
 

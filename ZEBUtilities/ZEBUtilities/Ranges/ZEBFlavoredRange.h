@@ -2,8 +2,8 @@
 
 #include <ZEBPlatform/KeyedCoding/NSCoder.h>
 #include <ZEBPlatform/Memory/NSObject.h>
-#include <ZEBUtilities/Text/ZEBActiveTextRange.h>
-#include <ZEBUtilities/Text/ZEBPlistSerialization.h>
+#include <ZEBUtilities/Ranges/ZEBActiveTextRange.h>
+#include <ZEBUtilities/Ranges/ZEBPlistSerialization.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,0 +1,5 @@
+#pragma once
+
+// The module Text: text and dates in all languages.
+
+#include <ZEBPlatform/Text/NSLocale.h>

@@ -1,0 +1,3 @@
+#pragma once
+
+// The module LocalizedDates: dates in the words of the user.
