@@ -68,7 +68,7 @@ endfunction()
 zeb_install_component(Utilities PKGCONFIG zebutilities KEPT_SYMBOL zebRegisterClassesByName)
 if(ZEB_BUILD_TEXT)
   zeb_install_component(Text PKGCONFIG zebutilities-text BASE zebutilities
-    KEPT_SYMBOL zebUppercaseText)
+    KEPT_SYMBOL zebUppercaseFirstLetter)
 endif()
 
 configure_package_config_file(cmake/ZEBUtilitiesConfig.cmake.in cmake/ZEBUtilitiesConfig.cmake

@@ -1,6 +1,5 @@
+#include <ZEBPlatform/Foundation/detail/FirstLetter.h>
 #include <ZEBUtilities/Bundle/NSError+ZEBAdditions.h>
-
-#include <string>
 
 namespace zeb {
 
@@ -8,11 +7,6 @@ namespace {
 
 bool isError(const NSError& error, const char* domain, std::int64_t code) {
   return error.code() == code && error.domain() == NSString(domain);
-}
-
-std::string withCapital(std::string text) {
-  if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') text.front() -= 'a' - 'A';
-  return text;
 }
 
 }  // namespace
@@ -34,7 +28,7 @@ NSString zeb_errorString(const NSError& error) {
   const NSString reason = error.localizedFailureReason();
   return NSString::stringWithFormat(
       "%zd %@", error.code(),
-      NSString(withCapital((reason.isNil() ? error.domain() : reason).utf8())));
+      detail::withUppercaseFirstLetter(reason.isNil() ? error.domain() : reason));
 }
 
 bool zeb_isNotConnectedToInternetError(const NSError& error) {

@@ -18,8 +18,9 @@ NSError zeb_errorWithDomain(const NSString& domain, std::int64_t code, const NSS
 // All of these return nil or false for a nil error. They may be called from any thread.
 
 /// A text for people: the description in the error's details, without a ". (null)." at its end.
-/// Without a description, the code and the failure reason or, without a reason, the domain. Its
-/// first letter becomes a capital if it is one of a-z: "7 Abc".
+/// Without a description, the code and the failure reason or, without a reason, the domain, with
+/// its first character in upper case: "7 Abc". Programs that do not link the component Text have
+/// only a-z raised.
 NSString zeb_errorString(const NSError& error);
 
 /// Whether a URL could not be loaded because there was no connection, or the network services
