@@ -1,4 +1,5 @@
-// A program of another project, which can use only the installed library.
+// A program of another project, which can use only the installed library, without the component
+// Text.
 #include <ZEBPlatform/Linux/DynamicLoader.h>
 #include <ZEBUtilities/ZEBUtilities.h>
 
@@ -13,6 +14,7 @@ int main() {
   const NSData text = NSData::dataWithBytes(std::string(100, 'a'));
   if (zeb_gzipDecompress(zeb_gzipCompress(text, 6)) != text) return 1;
   if (zeb_hexStringValue(zeb_MD5Hash(text)) != "36a92cc94a9e0fa21f625f8bfb007adf") return 1;
+  if (zeb_errorString(NSError("état", 7)) != "7 état") return 1;
   // This program does not refer to the class, so the linker could leave it out of a static library.
   if (!objc_lookUpClass("ZEBObservable")) return 1;
 

@@ -1,0 +1,4 @@
+// What every C++ program contains.
+#include <cstdio>
+
+int main() { std::puts("nothing"); }
