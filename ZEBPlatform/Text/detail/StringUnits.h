@@ -1,0 +1,19 @@
+#pragma once
+
+#include <ZEBPlatform/Foundation/NSString.h>
+
+namespace zeb::detail {
+
+/// Calls `use` with the stored code units of the text and answers its result. The units are a
+/// `std::string_view` of ASCII or a `std::u16string_view`, so that ASCII has a loop of its own that
+/// reads bytes. Nil gives no units.
+template <class Use>
+auto withUnits(const NSString& string, const Use& use) {
+  return string.isASCII() ? use(string.asciiView()) : use(string.utf16View());
+}
+
+/// The part of the units from `begin` up to `end`, as a text of its own.
+inline NSString textOfUnits(std::string_view units) { return NSString(units); }
+inline NSString textOfUnits(std::u16string_view units) { return NSString(units); }
+
+}  // namespace zeb::detail

@@ -1,0 +1,117 @@
+#include <ZEBPlatform/Text.h>
+
+#include <random>
+#include <set>
+
+#include "Support/Support.h"
+
+namespace zeb::test {
+
+TEST(NSCharacterSet, WellKnownSetsFollowTheGeneralCategories) {
+  const struct {
+    const Ref<NSCharacterSet>& set;
+    std::u32string_view members, others;
+  } cases[] = {
+      {NSCharacterSet::whitespaceCharacterSet(), U" \t\u00A0\u1680\u2009\u202F\u3000",
+       U"\n\r\x85\u2028a\u200B"},
+      {NSCharacterSet::newlineCharacterSet(), U"\n\v\f\r\x85\u2028\u2029", U" \t\u00A0\x1F"},
+      {NSCharacterSet::whitespaceAndNewlineCharacterSet(), U" \t\n\v\f\r\x85\u2028\u2029\u3000",
+       U"\x08\x0E\u200B\uFEFFx"},
+      {NSCharacterSet::decimalDigitCharacterSet(), U"09\u0660\u0969\uFF11\U0001D7CE",
+       U"aF\u00B2\u2167\U00010107"},
+      {NSCharacterSet::controlCharacterSet(), U"\x01\x7F\u00AD\u200B\u2066\uFEFF\U000E0041",
+       U" a\u2028"},
+      {NSCharacterSet::illegalCharacterSet(), U"\u0378\uFFFE\uFDD0\U0001FFFF\U000E0000\U0010FFFF",
+       U"a\uE000\U0001F600\U000F0000"},
+      {NSCharacterSet::letterCharacterSet(), U"aZ\u00E9\u0301\u0627\u4E00\U00010400", U"1_ \u2167"},
+      {NSCharacterSet::uppercaseLetterCharacterSet(), U"A\u00C9\u01C5\U00010400", U"a\u2160"},
+      {NSCharacterSet::lowercaseLetterCharacterSet(), U"a\u00DF\U00010428", U"A\u01C5"},
+      {NSCharacterSet::alphanumericCharacterSet(), U"a1\u2167\u0301\u00B2", U"_-\u20AC"},
+      {NSCharacterSet::nonBaseCharacterSet(), U"\u0301\u0903\U000E0100", U"a "},
+      {NSCharacterSet::punctuationCharacterSet(), U"_-(\u00BF\u3001", U"+$a"},
+      {NSCharacterSet::symbolCharacterSet(), U"+$\u20AC\U0001F600", U"_a"},
+  };
+  for (const auto& [set, members, others] : cases) {
+    const Ref<NSCharacterSet> inverted = set->invertedSet();
+    for (const auto& [characters, isMember] : {std::pair(members, true), {others, false}}) {
+      for (const char32_t character : characters) {
+        EXPECT_EQ(set->longCharacterIsMember(character), isMember) << std::hex << +character;
+        EXPECT_NE(inverted->longCharacterIsMember(character), isMember) << std::hex << +character;
+      }
+    }
+    for (char32_t surrogate = 0xD800; surrogate < 0xE000; ++surrogate) {
+      EXPECT_FALSE(set->characterIsMember(static_cast<char16_t>(surrogate)));
+    }
+    EXPECT_FALSE(set->longCharacterIsMember(0x110000) || inverted->longCharacterIsMember(~0u));
+  }
+}
+
+TEST(NSCharacterSet, ChangesAgreeWithASimpleSet) {
+  std::mt19937 random(7);
+  // Few code points, near the borders of words, blocks and planes, so that changes overlap.
+  constexpr std::array<char32_t, 6> bases = {0, 0xFFC0, 0xFFFF - 20, 0x103F0, 0x1FFF0, 0x10FFC0};
+  const auto anyCodePoint = [&] {
+    return static_cast<char32_t>(bases[random() % bases.size()] + random() % 64);
+  };
+  for (int round = 0; round < 20; ++round) {
+    const Ref<NSMutableCharacterSet> set = NSMutableCharacterSet::characterSet();
+    std::set<char32_t> model;
+    for (int step = 0; step < 12; ++step) {
+      const char32_t first = anyCodePoint();
+      const std::size_t length = random() % 8 == 0 ? 0x2000 : random() % 100;
+      const NSRange range{first, length};
+      const Ref<NSCharacterSet> before = set->copy();
+      const Ref<NSMutableCharacterSet> other = before->mutableCopy();
+      switch (random() % 5) {
+        case 0:
+          set->removeCharactersInRange(range);
+          for (std::size_t i = 0; i < length; ++i) model.erase(static_cast<char32_t>(first + i));
+          break;
+        case 1: {
+          const Ref<NSCharacterSet> kept = NSCharacterSet::characterSetWithRange(range);
+          set->formIntersectionWithCharacterSet(kept->invertedSet());
+          for (std::size_t i = 0; i < length; ++i) model.erase(static_cast<char32_t>(first + i));
+          break;
+        }
+        case 2:
+          set->formUnionWithCharacterSet(NSCharacterSet::characterSetWithRange(range));
+          set->invert();
+          set->invert();
+          [[fallthrough]];
+        default:
+          set->addCharactersInRange(range);
+          for (std::size_t i = 0; i < length && first + i <= NSCharacterSet::maxCodePoint; ++i) {
+            model.insert(static_cast<char32_t>(first + i));
+          }
+      }
+      EXPECT_TRUE(before->isEqual(*other) && before->hash() == other->hash());
+    }
+    for (const char32_t base : bases) {
+      for (char32_t character = base < 9000 ? 0 : base - 9000; character < base + 9000;
+           ++character) {
+        ASSERT_EQ(set->longCharacterIsMember(character), model.contains(character))
+            << std::hex << +character;
+      }
+    }
+    EXPECT_TRUE(set->isSupersetOfSet(set->copy()) && set->isSupersetOfSet(nullptr));
+    set->addCharactersInRange({0, SIZE_MAX});
+    EXPECT_TRUE(set->isEqual(*NSMutableCharacterSet::characterSet()->invertedSet()));
+  }
+}
+
+TEST(NSCharacterSet, CharactersOfAText) {
+  const NSString text(std::u16string_view(u"a\u00E9\U0001F600\xD83D"));
+  const Ref<NSMutableCharacterSet> set =
+      NSCharacterSet::characterSetWithCharactersInString(text)->mutableCopy();
+  EXPECT_TRUE(set->characterIsMember(u'\u00E9') && set->longCharacterIsMember(0x1F600));
+  EXPECT_TRUE(set->characterIsMember(0xD83D) && !set->characterIsMember(0xDE00));
+  set->removeCharactersInString(text);
+  set->addCharactersInString(nullptr);
+  EXPECT_TRUE(set->isEqual(*NSCharacterSet::characterSetWithCharactersInString(nullptr)));
+  EXPECT_TRUE(set->isEqual(*NSCharacterSet::characterSetWithRange({0x110000, 5})));
+  set->addCharactersInString("xy");
+  set->formIntersectionWithCharacterSet(nullptr);
+  EXPECT_TRUE(set->isEqual(*NSCharacterSet::characterSetWithRange({0, 0})));
+}
+
+}  // namespace zeb::test
