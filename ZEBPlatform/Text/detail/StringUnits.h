@@ -12,8 +12,4 @@ auto withUnits(const NSString& string, const Use& use) {
   return string.isASCII() ? use(string.asciiView()) : use(string.utf16View());
 }
 
-/// The part of the units from `begin` up to `end`, as a text of its own.
-inline NSString textOfUnits(std::string_view units) { return NSString(units); }
-inline NSString textOfUnits(std::u16string_view units) { return NSString(units); }
-
 }  // namespace zeb::detail
