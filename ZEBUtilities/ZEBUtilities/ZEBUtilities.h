@@ -32,4 +32,5 @@
 #include <ZEBUtilities/Observation.h>
 #include <ZEBUtilities/Ranges.h>
 #include <ZEBUtilities/Tasks.h>
+#include <ZEBUtilities/Text.h>
 #include <ZEBUtilities/Timing.h>
