@@ -1,8 +1,13 @@
 #include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
+#include <ZEBPlatform/Foundation/NSOrderedSet.h>
 #include <ZEBPlatform/Text/NSLocale.h>
-#include <unicode/uloc.h>
+#include <unicode/localebuilder.h>
+#include <unicode/locid.h>
+#include <unicode/uchar.h>
+#include <unicode/uscript.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
@@ -43,52 +48,66 @@ std::string_view firstValue(const std::array<const char*, count>& names) noexcep
   return {};
 }
 
-/// Without the encoding: "sr_RS.UTF-8@latin" becomes "sr_RS@latin".
-std::string withoutEncoding(std::string_view value) {
-  const std::size_t encoding = value.find('.');
-  if (encoding == std::string_view::npos) return std::string(value);
-  const std::size_t modifier = value.find('@', encoding);
-  std::string result(value.substr(0, encoding));
-  if (modifier != std::string_view::npos) result += value.substr(modifier);
-  return result;
-}
-
-bool namesNoLanguage(std::string_view name) noexcept { return name == "C" || name == "POSIX"; }
-
-/// Calls `query(buffer, capacity, status)`, which answers the length that it needs.
-template <class Query>
-std::string icuText(Query query) {
-  std::array<char, ULOC_FULLNAME_CAPACITY> buffer{};
-  UErrorCode status = U_ZERO_ERROR;
-  const std::int32_t length =
-      query(buffer.data(), static_cast<std::int32_t>(buffer.size()), &status);
-  if (U_FAILURE(status) || length <= 0) return {};
-  return std::string(buffer.data(), static_cast<std::size_t>(length));
-}
-
-/// ICU's spelling of an identifier; understands the modifiers of the environment, too.
+/// ICU's spelling of an identifier, with deprecated codes replaced: "iw-IL" becomes "he_IL". What
+/// follows a character that is not printable ASCII is cut off. Empty if nothing is left.
 std::string canonicalName(std::string_view identifier) {
-  const std::string text(identifier.substr(0, maxIdentifierLength));
-  return icuText([&](char* buffer, std::int32_t capacity, UErrorCode* status) {
-    return uloc_canonicalize(text.c_str(), buffer, capacity, status);
-  });
+  std::string text(identifier.substr(0, maxIdentifierLength));
+  const auto isPrintable = [](char character) { return character > ' ' && character < 0x7F; };
+  text.erase(std::find_if_not(text.begin(), text.end(), isPrintable), text.end());
+  const icu::Locale locale = icu::Locale::createCanonical(text.c_str());
+  return locale.isBogus() ? std::string() : locale.getName();
 }
 
+/// Empty if the name has no well-formed language.
 std::string languageTag(const std::string& icuName) {
-  return icuText([&](char* buffer, std::int32_t capacity, UErrorCode* status) {
-    return uloc_toLanguageTag(icuName.c_str(), buffer, capacity, /*strict=*/false, status);
-  });
+  UErrorCode status = U_ZERO_ERROR;
+  std::string tag = icu::Locale(icuName.c_str()).toLanguageTag<std::string>(status);
+  return U_FAILURE(status) || tag.starts_with("und") ? std::string() : tag;
 }
 
-NSString textOrNil(const std::string& text) { return text.empty() ? NSString() : NSString(text); }
+NSString textOrNil(const char* text) { return *text ? NSString(text) : NSString(); }
 
-/// The language tag of one value of the environment; empty if it names no language.
-std::string languageOfValue(std::string_view value) {
-  const std::string name = withoutEncoding(value);
-  if (name.empty() || namesNoLanguage(name)) return {};
-  const std::string canonical = canonicalName(name);
-  if (canonical.empty() || canonical.front() == '_') return {};
-  return languageTag(canonical);
+/// A value of the environment, "language_REGION.encoding@modifier", without its encoding.
+struct EnvironmentLocale {
+  explicit EnvironmentLocale(std::string_view value) {
+    const std::size_t at = value.find('@');
+    if (at != value.npos) modifier = value.substr(at + 1);
+    name = value.substr(0, at);
+    name = name.substr(0, name.find('.'));
+  }
+
+  bool isUnlocalized() const noexcept { return name == "C" || name == "POSIX"; }
+  std::string icuName() const;
+
+  std::string_view name;
+  std::string_view modifier;
+};
+
+/// Empty if the value names no language. Of the modifiers those count that choose a script or a
+/// variant of the language, and lists of ICU's keywords; "euro" and the like say nothing today.
+std::string EnvironmentLocale::icuName() const {
+  if (name.empty() || isUnlocalized()) return {};
+  const bool hasKeywords = modifier.find('=') != modifier.npos;
+  std::string identifier(name.substr(0, maxIdentifierLength));
+  if (hasKeywords) identifier.append("@").append(modifier);
+  const std::string plainName = canonicalName(identifier);
+  if (languageTag(plainName).empty() || hasKeywords) {
+    return languageTag(plainName).empty() ? std::string() : plainName;
+  }
+
+  constexpr std::pair<std::string_view, const char*> scripts[] = {
+      {"latin", "Latn"}, {"iqtelif", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}};
+  icu::LocaleBuilder builder;
+  builder.setLocale(icu::Locale(plainName.c_str()));
+  for (const auto& [wanted, script] : scripts) {
+    if (modifier == wanted) builder.setScript(script);
+  }
+  if (modifier == "valencia" || modifier == "saaho") {
+    builder.setVariant({modifier.data(), static_cast<std::int32_t>(modifier.size())});
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::Locale locale = builder.build(status);
+  return U_FAILURE(status) ? plainName : locale.getName();
 }
 
 /// The parts between colons.
@@ -107,17 +126,15 @@ NSArray environmentLanguages() {
   std::vector<std::string_view> wanted;
   // A program that was told to speak no language must not be translated by a list that remained in
   // the environment.
-  if (!namesNoLanguage(locale)) wanted = partsOf(environmentValue("LANGUAGE"));
+  if (!EnvironmentLocale(locale).isUnlocalized()) wanted = partsOf(environmentValue("LANGUAGE"));
   wanted.push_back(locale);
 
-  NSMutableArray languages;
+  NSMutableOrderedSet languages;
   for (const std::string_view value : wanted) {
-    const std::string language = languageOfValue(value);
-    if (!language.empty() && !languages.containsObject(NSString(language))) {
-      languages.addObject(NSString(language));
-    }
+    const std::string language = languageTag(EnvironmentLocale(value).icuName());
+    if (!language.empty()) languages.addObject(NSString(language));
   }
-  return languages.copy();
+  return languages.array();
 }
 
 }  // namespace
@@ -128,9 +145,9 @@ Ref<NSLocale> NSLocale::currentLocale() {
     const detail::LockGuard guard(chosen.lock);
     if (chosen.locale) return chosen.locale;
   }
-  const std::string name = withoutEncoding(firstValue(std::array{"LC_ALL", "LC_TIME", "LANG"}));
-  std::string canonical = namesNoLanguage(name) ? std::string() : canonicalName(name);
-  return makeRef<NSLocale>(canonical.empty() ? unlocalizedName : std::move(canonical));
+  std::string name =
+      EnvironmentLocale(firstValue(std::array{"LC_ALL", "LC_TIME", "LANG"})).icuName();
+  return makeRef<NSLocale>(name.empty() ? unlocalizedName : std::move(name));
 }
 
 Ref<NSLocale> NSLocale::localeWithLocaleIdentifier(const NSString& identifier) {
@@ -159,7 +176,7 @@ void NSLocale::setPreferredLanguages(const NSArray& languages) {
   if (!languages.isNil()) {
     NSMutableArray texts;
     for (const Value& language : languages) {
-      if (language.isString()) texts.addObject(language.copy());
+      if (!NSString(language).empty()) texts.addObject(language.copy());
     }
     replaced = texts.copy();
   }
@@ -168,44 +185,29 @@ void NSLocale::setPreferredLanguages(const NSArray& languages) {
   std::swap(chosen.languages, replaced);
 }
 
+// The orientation in ICU's locale data is not used: it lacks many languages, such as Divehi, and
+// ignores scripts without data of their own, such as Azerbaijani in Arabic script.
 NSLocaleLanguageDirection NSLocale::characterDirectionForLanguage(const NSString& languageCode) {
-  if (languageCode.empty()) return NSLocaleLanguageDirection::unknown;
-  const std::string name = canonicalName(languageCode.utf8());
   UErrorCode status = U_ZERO_ERROR;
-  const ULayoutType layout = uloc_getCharacterOrientation(name.c_str(), &status);
-  if (name.empty() || U_FAILURE(status)) return NSLocaleLanguageDirection::unknown;
-  switch (layout) {
-    case ULOC_LAYOUT_LTR:
-      return NSLocaleLanguageDirection::leftToRight;
-    case ULOC_LAYOUT_RTL:
-      return NSLocaleLanguageDirection::rightToLeft;
-    case ULOC_LAYOUT_TTB:
-      return NSLocaleLanguageDirection::topToBottom;
-    case ULOC_LAYOUT_BTT:
-      return NSLocaleLanguageDirection::bottomToTop;
-    default:
-      return NSLocaleLanguageDirection::unknown;
-  }
+  icu::Locale locale(canonicalName(languageCode.utf8()).c_str());
+  // ICU would complete a missing language to English.
+  if (!*locale.getLanguage() && !*locale.getScript()) return NSLocaleLanguageDirection::unknown;
+  locale.addLikelySubtags(status);
+  const std::int32_t value = u_getPropertyValueEnum(UCHAR_SCRIPT, locale.getScript());
+  if (U_FAILURE(status) || value < 0) return NSLocaleLanguageDirection::unknown;
+  const auto script = static_cast<UScriptCode>(value);
+  if (uscript_isRightToLeft(script)) return NSLocaleLanguageDirection::rightToLeft;
+  const bool isVertical = script == USCRIPT_MONGOLIAN || script == USCRIPT_PHAGS_PA;
+  return isVertical ? NSLocaleLanguageDirection::topToBottom
+                    : NSLocaleLanguageDirection::leftToRight;
 }
 
 NSString NSLocale::localeIdentifier() const { return NSString(icuName_); }
 
-NSString NSLocale::languageCode() const {
-  return textOrNil(icuText([this](char* buffer, std::int32_t capacity, UErrorCode* status) {
-    return uloc_getLanguage(icuName(), buffer, capacity, status);
-  }));
-}
+NSString NSLocale::languageCode() const { return textOrNil(icu::Locale(icuName()).getLanguage()); }
 
-NSString NSLocale::scriptCode() const {
-  return textOrNil(icuText([this](char* buffer, std::int32_t capacity, UErrorCode* status) {
-    return uloc_getScript(icuName(), buffer, capacity, status);
-  }));
-}
+NSString NSLocale::scriptCode() const { return textOrNil(icu::Locale(icuName()).getScript()); }
 
-NSString NSLocale::countryCode() const {
-  return textOrNil(icuText([this](char* buffer, std::int32_t capacity, UErrorCode* status) {
-    return uloc_getCountry(icuName(), buffer, capacity, status);
-  }));
-}
+NSString NSLocale::countryCode() const { return textOrNil(icu::Locale(icuName()).getCountry()); }
 
 }  // namespace zeb

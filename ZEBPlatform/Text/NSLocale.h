@@ -24,30 +24,37 @@ enum class NSLocaleLanguageDirection {
 /// The user's locale comes from the environment. What numbers and dates look like is the first of
 /// LC_ALL, LC_TIME and LANG that is set and not empty. Which language the user reads is, from the
 /// most wanted one, the list of LANGUAGE followed by the first of LC_ALL, LC_MESSAGES and LANG.
-/// The values "C" and "POSIX", with or without an encoding, name no language: then the current
-/// locale is "en_US_POSIX" and contributes no preferred language. As in other programs, LANGUAGE is
-/// ignored if the other variables choose "C" or "POSIX". A host that knows better overrides both.
+/// Encodings are ignored. Modifiers that choose a script or a variant count ("sr_RS@latin" is
+/// "sr_Latn_RS"), others such as "@euro" are ignored.
+///
+/// The values "C" and "POSIX", with or without an encoding, and values that are no identifier of a
+/// language name no language: then the current locale is "en_US_POSIX", and the value contributes
+/// no preferred language. As in other programs, LANGUAGE is ignored if the other variables choose
+/// "C" or "POSIX"; it counts if none of them is set. A host that knows better overrides both.
 class NSLocale : public NSObject {
  public:
   /// The user's locale at the time of the call: the host's, else the environment's. The variables
-  /// are read on every call, because a program may change them.
+  /// are read on every call, because a program may change them; no other thread may change them
+  /// during the call.
   static Ref<NSLocale> currentLocale();
-  /// For an identifier such as "de_AT", "ar-EG" or "en_US_POSIX". An unknown language or region is
-  /// kept as it is, and behaves as the nearest locale that is known. Nil for nil.
+  /// For an identifier such as "de_AT", "ar-EG" or "en_US_POSIX". Deprecated codes are replaced
+  /// ("iw" by "he"). An unknown language or region is kept as it is, and behaves as the nearest
+  /// locale that is known. The identifier ends before the first character that is not printable
+  /// ASCII (such as a NUL or a space), and after 156 characters. Nil for nil.
   static Ref<NSLocale> localeWithLocaleIdentifier(const NSString& identifier);
 
   /// The languages that the user reads, the most wanted one first, as codes such as "pt-BR" or
-  /// "zh-Hant". Empty if the environment names none.
+  /// "zh-Hant", each once. Empty if the environment names none.
   static NSArray preferredLanguages();
 
   /// Makes this the current locale, whatever the environment says, until nil is set.
   static void setCurrentLocale(const Ref<NSLocale>& locale);
   /// Replaces the preferred languages, whatever the environment says, until nil is set. Elements
-  /// that are not strings are left out.
+  /// that are not strings, and empty strings, are left out.
   static void setPreferredLanguages(const NSArray& languages);
 
-  /// In the direction of the language's script: `unknown` for nil, the empty string and what is no
-  /// language.
+  /// The direction of the script in which the language is usually written in its region, or of the
+  /// script that the code names. `unknown` for nil, and for what is no known language or script.
   static NSLocaleLanguageDirection characterDirectionForLanguage(const NSString& languageCode);
 
   /// The canonical form, such as "de_AT".
