@@ -5,6 +5,8 @@
 #include <ZEBPlatform/Text/NSCharacterSet.h>
 #include <ZEBPlatform/Text/NSLocale.h>
 #include <ZEBPlatform/Text/NSString+CaseMapping.h>
+#include <ZEBPlatform/Text/NSString+ComposedCharacters.h>
 #include <ZEBPlatform/Text/NSString+Normalization.h>
 #include <ZEBPlatform/Text/NSString+Searching.h>
 #include <ZEBPlatform/Text/NSString+Trimming.h>
+#include <ZEBPlatform/Text/UnicodeProperties.h>
