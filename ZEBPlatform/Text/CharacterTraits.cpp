@@ -79,4 +79,8 @@ bool unicodeHasEmojiProperty(char32_t codePoint) noexcept {
   return detail::CharacterTraits::shared().isEmoji(codePoint);
 }
 
+bool unicodeChangesWhenUppercased(char32_t codePoint) noexcept {
+  return u_hasBinaryProperty(static_cast<UChar32>(codePoint), UCHAR_CHANGES_WHEN_UPPERCASED);
+}
+
 }  // namespace zeb

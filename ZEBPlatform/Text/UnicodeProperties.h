@@ -6,4 +6,8 @@ namespace zeb {
 /// only pictures have it: the digits, "#" and "*" do, too, because they begin keycap sequences.
 bool unicodeHasEmojiProperty(char32_t codePoint) noexcept;
 
+/// Whether the upper-case form of the code point is another one. True of lower-case letters; false
+/// of digits and of letters without case.
+bool unicodeChangesWhenUppercased(char32_t codePoint) noexcept;
+
 }  // namespace zeb

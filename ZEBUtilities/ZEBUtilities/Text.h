@@ -3,3 +3,6 @@
 // The module Text: what people write, in every script.
 
 #include <ZEBUtilities/Text/NSString+ZEBAdditions.h>
+#include <ZEBUtilities/Text/NSString+ZEBInternational.h>
+#include <ZEBUtilities/Text/ZEBCountryCodes.h>
+#include <ZEBUtilities/Text/ZEBInternational.h>

@@ -1,0 +1,27 @@
+#include <ZEBUtilities/Text/ZEBCountryCodes.h>
+
+namespace zeb {
+
+namespace {
+
+template <class Enumeration, std::size_t count>
+std::optional<Enumeration> caseWithRawValue(
+    const std::array<std::pair<Enumeration, const char*>, count>& cases,
+    const NSString& rawValue) noexcept {
+  for (const auto& [enumerator, text] : cases) {
+    if (rawValue.asciiView() == text) return enumerator;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<ISOCountryCode> ISOCountryCodeWithRawValue(const NSString& rawValue) noexcept {
+  return caseWithRawValue(ISOCountryCodeCases, rawValue);
+}
+
+std::optional<ISOLanguageCode> ISOLanguageCodeWithRawValue(const NSString& rawValue) noexcept {
+  return caseWithRawValue(ISOLanguageCodeCases, rawValue);
+}
+
+}  // namespace zeb
