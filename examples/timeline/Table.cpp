@@ -1,5 +1,6 @@
 #include "Table.h"
 
+#include <ZEBUtilities/Text/NSString+ZEBInternational.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -32,11 +33,12 @@ void Table::addRow(std::vector<Cell> cells) {
   auto& row = rows_.emplace_back(cells.size());
   for (std::size_t index = 0; index < cells.size(); ++index) {
     for (const auto& [text, ink, maximumLines] : cells[index]) {
+      const bool beginsAtRight = zeb_plainTextShouldBeRenderedFromRight(text);
       for (const NSString& line : wrapped(printable(text), columns_[index].widest, maximumLines)) {
         // An invisible mark keeps terminals that reorder such text from moving the cells.
-        const char* mark = hasRightToLeftLetters(line) ? "\u200E" : "";
+        const char* mark = zeb_containsRTLCharacters(line) ? "\u200E" : "";
         const std::size_t width = displayWidth(line);
-        row[index].push_back({mark + line.utf8() + mark, ink, width});
+        row[index].push_back({mark + line.utf8() + mark, ink, width, beginsAtRight});
         widths_[index] = std::max(widths_[index], width);
       }
     }
@@ -51,9 +53,10 @@ void Table::print(std::ostream& out, const Screen& screen) const {
       std::size_t owedSpaces =
           0;  // written before the next text, so that lines do not end in spaces
       for (std::size_t index = 0; index < row.size(); ++index) {
-        const Line line = number < row[index].size() ? row[index][number] : Line{"", plain, 0};
+        const Line line = number < row[index].size() ? row[index][number] : Line{};
         const std::size_t padding = widths_[index] - line.width;
-        const std::size_t paddingBefore = columns_[index].isAlignedRight ? padding : 0;
+        const bool isAlignedRight = columns_[index].isAlignedRight || line.beginsAtRight;
+        const std::size_t paddingBefore = isAlignedRight ? padding : 0;
         if (line.width > 0) {
           const Ink ink = screen.hasColours ? line.ink : plain;
           out << std::string(owedSpaces + paddingBefore, ' ') << ink.start << line.text << ink.stop;

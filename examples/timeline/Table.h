@@ -39,7 +39,8 @@ struct Column {
   bool isAlignedRight = false;
 };
 
-/// Rows of cells, aligned by the width that terminals show. Makes any text printable.
+/// Rows of cells, aligned by the width that terminals show. Makes any text printable. Text that is
+/// read from right to left begins at the right edge of its column.
 class Table {
  public:
   explicit Table(std::vector<Column> columns);
@@ -51,8 +52,9 @@ class Table {
  private:
   struct Line {
     std::string text;
-    Ink ink;
-    std::size_t width;
+    Ink ink = plain;
+    std::size_t width = 0;
+    bool beginsAtRight = false;
   };
 
   std::vector<Column> columns_;

@@ -8,7 +8,7 @@ namespace zeb::timeline {
 
 /// The text as one line that is safe for a terminal. White space becomes single spaces, other
 /// control characters and unpaired surrogates become U+FFFD. Invisible characters that would change
-/// the direction of the following text are removed, and so are long sequences of combining marks.
+/// the direction of the following text are removed, and so are marks on one letter beyond a limit.
 NSString printable(const NSString& text);
 
 /// The number of columns that printable text takes in a terminal, for most scripts and emoji. Where
@@ -19,8 +19,5 @@ std::size_t displayWidth(const NSString& text);
 /// if possible, and never inside a visible character. Text that does not fit is cut off, and the
 /// last line then ends in "…".
 std::vector<NSString> wrapped(const NSString& text, std::size_t width, std::size_t maximumLines);
-
-/// Whether the text has letters of the large scripts that are written from right to left.
-bool hasRightToLeftLetters(const NSString& text);
 
 }  // namespace zeb::timeline
