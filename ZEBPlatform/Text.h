@@ -4,6 +4,7 @@
 
 #include <ZEBPlatform/Text/NSCharacterSet.h>
 #include <ZEBPlatform/Text/NSLocale.h>
+#include <ZEBPlatform/Text/NSRegularExpression.h>
 #include <ZEBPlatform/Text/NSString+CaseMapping.h>
 #include <ZEBPlatform/Text/NSString+ComposedCharacters.h>
 #include <ZEBPlatform/Text/NSString+Normalization.h>
