@@ -2,6 +2,7 @@
 
 // The module Text: text and dates in all languages.
 
+#include <ZEBPlatform/Text/CFStringTokenizer.h>
 #include <ZEBPlatform/Text/NSCharacterSet.h>
 #include <ZEBPlatform/Text/NSLocale.h>
 #include <ZEBPlatform/Text/NSRegularExpression.h>

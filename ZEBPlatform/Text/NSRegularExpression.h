@@ -72,8 +72,8 @@ class NSTextCheckingResult : public NSObject {
 /// Neither a hostile pattern nor a hostile text blocks the caller for long. A pattern has at most
 /// `maxPatternLength` code units. A search stops with an error after about one second and 15
 /// nanoseconds for each code unit of the text, or if what it remembers for going back takes more
-/// than 8 MB and more than 32 bytes for each code unit of the text. Texts of more than 2^31 - 1 code
-/// units are an error, too.
+/// than 8 MB and more than 32 bytes for each code unit of the text. Texts of more than 2^31 - 1
+/// code units are an error, too.
 ///
 /// The searching functions fill `error` if a search stops so, and answer what they have found until
 /// then; replacing answers nil. They find nothing in a nil text. They throw NSException
