@@ -3,7 +3,10 @@
 // The module Text: text and dates in all languages.
 
 #include <ZEBPlatform/Text/CFStringTokenizer.h>
+#include <ZEBPlatform/Text/NSCalendar.h>
 #include <ZEBPlatform/Text/NSCharacterSet.h>
+#include <ZEBPlatform/Text/NSDateComponents.h>
+#include <ZEBPlatform/Text/NSDateFormatter.h>
 #include <ZEBPlatform/Text/NSLocale.h>
 #include <ZEBPlatform/Text/NSRegularExpression.h>
 #include <ZEBPlatform/Text/NSString+CaseMapping.h>
@@ -11,4 +14,5 @@
 #include <ZEBPlatform/Text/NSString+Normalization.h>
 #include <ZEBPlatform/Text/NSString+Searching.h>
 #include <ZEBPlatform/Text/NSString+Trimming.h>
+#include <ZEBPlatform/Text/NSTimeZone.h>
 #include <ZEBPlatform/Text/UnicodeProperties.h>

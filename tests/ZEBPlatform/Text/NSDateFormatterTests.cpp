@@ -1,0 +1,142 @@
+#include <ZEBPlatform/Text/NSDateFormatter.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "Support/DateSettings.h"
+
+namespace zeb::test {
+
+namespace {
+
+Ref<NSDateFormatter> withStyles(NSDateFormatterStyle date, NSDateFormatterStyle time) {
+  const Ref<NSDateFormatter> formatter = makeRef<NSDateFormatter>();
+  formatter->setDateStyle(date);
+  formatter->setTimeStyle(time);
+  return formatter;
+}
+
+Ref<NSDateFormatter> withPattern(const NSString& pattern) {
+  const Ref<NSDateFormatter> formatter = makeRef<NSDateFormatter>();
+  formatter->setDateFormat(pattern);
+  return formatter;
+}
+
+constexpr double evening = 1580503265;  // 2020-01-31 20:41:05 UTC
+
+}  // namespace
+
+TEST(NSDateFormatter, StylesSpeakTheLanguageOfTheLocale) {
+  const std::tuple<const char*, NSDateFormatterStyle, NSDateFormatterStyle, const char*> rows[] = {
+      {"en_US", NSDateFormatterShortStyle, NSDateFormatterShortStyle, "1/31/20, 9:41\u202FPM"},
+      {"en_US", NSDateFormatterMediumStyle, NSDateFormatterNoStyle, "Jan 31, 2020"},
+      {"en_US", NSDateFormatterFullStyle, NSDateFormatterMediumStyle,
+       "Friday, January 31, 2020 at 9:41:05\u202FPM"},
+      {"en_US_POSIX", NSDateFormatterShortStyle, NSDateFormatterShortStyle,
+       "1/31/20, 9:41\u202FPM"},
+      {"de_DE", NSDateFormatterLongStyle, NSDateFormatterLongStyle,
+       "31. Januar 2020 um 21:41:05 MEZ"},
+      {"ar_EG", NSDateFormatterLongStyle, NSDateFormatterNoStyle, "٣١ يناير ٢٠٢٠"},
+      {"ja_JP", NSDateFormatterNoStyle, NSDateFormatterFullStyle,
+       "21時41分05秒 中央ヨーロッパ標準時"},
+      {"th_TH", NSDateFormatterShortStyle, NSDateFormatterNoStyle, "31/1/63"},
+      {"he_IL@calendar=hebrew", NSDateFormatterLongStyle, NSDateFormatterNoStyle, "ה׳ בשבט תש״ף"},
+      {"en_US", NSDateFormatterNoStyle, NSDateFormatterNoStyle, ""}};
+  for (const auto& [locale, dateStyle, timeStyle, expected] : rows) {
+    const DateSettings settings(locale, "Europe/Berlin");
+    EXPECT_EQ(withStyles(dateStyle, timeStyle)->stringFromDate(since1970(evening)),
+              NSString(expected))
+        << locale;
+  }
+  for (const char* nothing : {"C", "POSIX", "C.UTF-8"}) {
+    for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) unsetenv(name);
+    setenv("LC_ALL", nothing, 1);
+    NSTimeZone::setDefaultTimeZone(NSTimeZone::timeZoneWithName("UTC"));
+    const Ref<NSDateFormatter> formatter =
+        withStyles(NSDateFormatterShortStyle, NSDateFormatterShortStyle);
+    EXPECT_EQ(formatter->locale()->localeIdentifier(), "en_US_POSIX"_ns);
+    EXPECT_EQ(formatter->stringFromDate(since1970(evening)), "1/31/20, 8:41\u202FPM"_ns);
+    NSTimeZone::setDefaultTimeZone(nullptr);
+    unsetenv("LC_ALL");
+  }
+}
+
+TEST(NSDateFormatter, SettingsTakeEffectWhenTheyChange) {
+  const DateSettings settings("en_US", "UTC");
+  const NSDate date = since1970(evening);
+  const Ref<NSDateFormatter> formatter = withPattern("yyyy-MM-dd HH:mm zzzz");
+  EXPECT_EQ(formatter->stringFromDate(date), "2020-01-31 20:41 Coordinated Universal Time"_ns);
+  formatter->setTimeZone(NSTimeZone::timeZoneWithName("Asia/Tokyo"));
+  EXPECT_EQ(formatter->stringFromDate(date), "2020-02-01 05:41 Japan Standard Time"_ns);
+  formatter->setCalendar(NSCalendar::calendarWithIdentifier("buddhist"));
+  formatter->setLocale(NSLocale::localeWithLocaleIdentifier("fr_FR"));
+  EXPECT_EQ(formatter->stringFromDate(date), "2563-02-01 05:41 heure normale du Japon"_ns);
+  formatter->setCalendar(nullptr);
+  formatter->setTimeStyle(NSDateFormatterShortStyle);
+  EXPECT_EQ(formatter->stringFromDate(date), "05:41"_ns);
+  EXPECT_EQ(formatter->dateFormat(), "HH:mm"_ns);
+  formatter->setDateStyle(NSDateFormatterShortStyle);
+  formatter->setDoesRelativeDateFormatting(true);
+  const NSDate now = NSDate::date();
+  for (const auto& [days, word] : {std::pair{-1, "hier"}, {0, "aujourd"}, {1, "demain"}})
+    EXPECT_TRUE(formatter->stringFromDate(now.dateByAddingTimeInterval(days * 86400))
+                    .hasPrefix(NSString(word)));
+  EXPECT_EQ(formatter->stringFromDate(date), "01/02/2020 05:41"_ns);
+}
+
+TEST(NSDateFormatter, ParsesWholeTextsAndLenientlyOnRequest) {
+  const DateSettings settings("en_US", "America/New_York");
+  const std::tuple<const char*, const char*, bool, double> rows[] = {
+      {"yyyy-MM-dd", "2020-01-31", false, 1580446800},
+      {"yyyy-MM-dd", "2020-01-32", false, 0},
+      {"yyyy-MM-dd", "2020-01-32", true, 1580533200},
+      {"yyyy-MM-dd", "2020-01-31T", false, 0},
+      {"yyyy-MM-dd HH:mm Z", "2020-01-31 00:00 +0530", false, 1580409000},
+      {"MMM d, y", "Jan 31, 2020", false, 1580446800},
+      {"MMM d, y", "31 janvier", false, 0},
+      {"HH:mm", "", false, 0}};
+  for (const auto& [pattern, text, isLenient, expected] : rows) {
+    const Ref<NSDateFormatter> formatter = withPattern(pattern);
+    formatter->setLenient(isLenient);
+    EXPECT_EQ(formatter->dateFromString(text).timeIntervalSince1970(), expected) << text;
+  }
+  EXPECT_TRUE(makeRef<NSDateFormatter>()->dateFromString("1/1/20").isNil());
+  EXPECT_TRUE(withPattern("y")->dateFromString(nullptr).isNil());
+}
+
+TEST(NSDateFormatter, TemplatesBecomePatternsOfTheLocale) {
+  const std::tuple<const char*, NSString, NSString> rows[] = {
+      {"en_US", "MMMd", "MMM d"},
+      {"de_DE", "MMMd", "d. MMM"},
+      {"ja_JP", "MMMMd", "M月d日"},
+      {"en_US", "EEEE hh mm a", "EEEE hh:mm\u202Fa"},
+      {"de_DE", "EEEE hh mm a", "EEEE hh:mm\u202Fa"},
+      {"en_US", "jmm", "h:mm\u202Fa"},
+      {"fr_FR", "jjmm", "HH:mm"},
+      {"en_US", "", ""},
+      {"en_US", nullptr, nullptr}};
+  for (const auto& [locale, text, expected] : rows)
+    EXPECT_EQ(NSDateFormatter::dateFormatFromTemplate(text, 0,
+                                                      NSLocale::localeWithLocaleIdentifier(locale)),
+              expected)
+        << locale << " " << text;
+}
+
+TEST(NSDateFormatter, ExtremeDatesAndPatternsAreHarmless) {
+  const DateSettings settings("en_US", "America/New_York");
+  const Ref<NSDateFormatter> formatter = withPattern("G y-MM-dd");
+  const std::pair<double, NSString> rows[] = {{INFINITY, "AD 5828963-12-19"},
+                                              {1e300, "AD 5828963-12-19"},
+                                              {-INFINITY, "BC 5838270-09-19"},
+                                              {-1e18, "BC 5838270-09-19"},
+                                              {NAN, nullptr},
+                                              {253402318800, "AD 10000-01-01"}};
+  for (const auto& [seconds, expected] : rows)
+    EXPECT_EQ(formatter->stringFromDate(since1970(seconds)), expected) << seconds;
+  EXPECT_TRUE(formatter->stringFromDate(nullptr).isNil());
+  EXPECT_TRUE(withPattern("yyyy nonsense")->stringFromDate(since1970(0)).isNil());
+  EXPECT_EQ(withPattern("'open")->stringFromDate(since1970(0)), "open"_ns);
+  EXPECT_EQ(withPattern("yyyy 年 😀")->stringFromDate(since1970(0)), "1969 年 😀"_ns);
+}
+
+}  // namespace zeb::test
