@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace zeb::detail {
+
+/// A character reference in an escaped text that stands for a character.
+struct HTMLReference {
+  std::uint32_t start;  ///< the place of the "&"
+  std::uint32_t end;    ///< the place after the ";"
+  char32_t replacement;
+  std::uint32_t shrinkBefore;  ///< the units by which all earlier references shrink the text
+
+  std::uint32_t replacementLength() const noexcept { return replacement < 0x10000 ? 1 : 2; }
+  /// Every reference is longer than its replacement.
+  std::uint32_t shrink() const noexcept { return end - start - replacementLength(); }
+};
+
+/// The references that are to be replaced, in order. In linear time, whatever the text is: each
+/// "&" is followed only as far as what stands there can become a reference, which is not beyond the
+/// next "&".
+std::vector<HTMLReference> findHTMLReferences(std::string_view ascii);
+std::vector<HTMLReference> findHTMLReferences(std::u16string_view units);
+
+}  // namespace zeb::detail

@@ -1,0 +1,129 @@
+#include <ZEBPlatform/Foundation/detail/StringBuilding.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
+#include <ZEBPlatform/Geometry/NSValue.h>
+#include <ZEBPlatform/Text/detail/StringUnits.h>
+#include <ZEBUtilities/Text/HTMLReferencesPrivate.h>
+#include <ZEBUtilities/Text/NSString+ZEBHTMLEntity.h>
+#include <ZEBUtilities/Text/TextRangeAdjustmentPrivate.h>
+
+#include <algorithm>
+#include <concepts>
+#include <cstring>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zeb {
+
+namespace {
+
+using References = std::span<const detail::HTMLReference>;
+
+std::size_t unescapedLength(std::size_t length, References references) noexcept {
+  const detail::HTMLReference& last = references.back();
+  return length - last.shrinkBefore - last.shrink();
+}
+
+bool giveASCII(References references) noexcept {
+  return std::ranges::all_of(references, [](const detail::HTMLReference& reference) {
+    return reference.replacement < 0x80;
+  });
+}
+
+template <class From, class To>
+To* copyUnits(const From* from, const From* end, To* to) noexcept {
+  if constexpr (std::same_as<From, To>) {
+    const auto count = static_cast<std::size_t>(end - from);
+    std::memmove(to, from, count * sizeof(To));
+    return to + count;
+  } else {
+    return std::copy(from, end, to);
+  }
+}
+
+/// Writes the text with its references replaced. `to` may be the text itself, because it never
+/// overtakes what is still to be read.
+template <class Text, class To>
+void writeUnescaped(Text text, References references, To* to) noexcept {
+  std::size_t copied = 0;
+  for (const detail::HTMLReference& reference : references) {
+    to = copyUnits(text.data() + copied, text.data() + reference.start, to);
+    if (reference.replacement < 0x10000) {
+      *to++ = static_cast<To>(reference.replacement);
+    } else if constexpr (sizeof(To) > 1) {
+      *to++ = static_cast<To>(0xD7C0 + (reference.replacement >> 10));
+      *to++ = static_cast<To>(0xDC00 + (reference.replacement & 0x3FF));
+    }
+    copied = reference.end;
+  }
+  copyUnits(text.data() + copied, text.data() + text.size(), to);
+}
+
+template <class Unit, class Text>
+NSString unescapedString(Text text, References references) {
+  const std::size_t length = unescapedLength(text.size(), references);
+  detail::StringStorage* storage = detail::newStringStorage<Unit>(length);
+  writeUnescaped(text, references, detail::contentOf<Unit>(storage));
+  return detail::adoptString(storage);
+}
+
+void unescapeInPlace(detail::MutableStringStorage& text, References references) {
+  const std::size_t length = unescapedLength(text.length, references);
+  if (text.isWide()) {
+    writeUnescaped(std::u16string_view(text.wide), references, text.wide.data());
+    text.wide.resize(length);
+  } else if (giveASCII(references)) {
+    writeUnescaped(std::string_view(text.narrow), references, text.narrow.data());
+    text.narrow.resize(length);
+  } else {
+    std::u16string units(length, u'\0');
+    writeUnescaped(std::string_view(text.narrow), references, units.data());
+    text.wide = std::move(units);
+    text.narrow = std::string();
+    text.flags |= detail::StorageWide;
+  }
+  text.contentsChanged();
+}
+
+std::vector<detail::HTMLReference> referencesIn(const NSString& string) {
+  return detail::withUnits(string, [](auto text) { return detail::findHTMLReferences(text); });
+}
+
+NSArray adjustedRanges(const NSArray& ranges, References references) {
+  if (ranges.empty()) return ranges.copy();
+  detail::TextRangeAdjustment adjustment(references);
+  std::vector<Value> adjusted(ranges.begin(), ranges.end());
+  for (Value& value : adjusted) {
+    const NSRange* range = unboxed<NSRange>(value);
+    if (!range) continue;
+    const NSRange moved = adjustment.adjusted(*range);
+    if (moved != *range) value = boxed(moved);
+  }
+  return NSArray::arrayWithObjects(adjusted);
+}
+
+}  // namespace
+
+NSString zeb_stringByUnescapingHTMLEntities(const NSString& string) {
+  const std::vector<detail::HTMLReference> references = referencesIn(string);
+  if (references.empty()) return string.copy();
+  if (string.isASCII()) {
+    return giveASCII(references) ? unescapedString<char>(string.asciiView(), references)
+                                 : unescapedString<char16_t>(string.asciiView(), references);
+  }
+  const NSString unescaped = unescapedString<char16_t>(string.utf16View(), references);
+  // Only the digits of a reference may have been outside ASCII.
+  if (detail::isASCII(unescaped.utf16View())) return NSString(unescaped.utf16View());
+  return unescaped;
+}
+
+NSArray zeb_unescapeHTMLEntitiesAdjustingTextRanges(NSMutableString string, const NSArray& ranges) {
+  const std::vector<detail::HTMLReference> references = referencesIn(string);
+  if (references.empty()) return string.empty() ? ranges : ranges.copy();
+  const NSArray adjusted = adjustedRanges(ranges, references);
+  unescapeInPlace(*string.storageAs<detail::MutableStringStorage>(), references);
+  return adjusted;
+}
+
+}  // namespace zeb
