@@ -38,8 +38,8 @@ NSRange TextRangeAdjustment::adjusted(NSRange range) {
   const Place start = settled({range.location, 0});
   const std::size_t shrinkBeforeStart = shrinkBefore(start.reference);
   const std::size_t location = start.position - shrinkBeforeStart;
+  // If this wraps around, no remaining reference is before it, and the length stays.
   const std::size_t end = location + range.length;
-  if (end < location) return {location, range.length};  // it wraps around
 
   // Ends beyond the text are not converted to positions in it, which could exceed machine words.
   const bool isBeyond = references_.empty() || end >= references_.back().end;
