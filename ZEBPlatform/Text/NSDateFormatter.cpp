@@ -1,6 +1,6 @@
-#include <ZEBPlatform/Text/UnicodeStringPrivate.h>
 #include <ZEBPlatform/Text/NSDateFormatter.h>
 #include <ZEBPlatform/Text/TimeZoneDatabasePrivate.h>
+#include <ZEBPlatform/Text/UnicodeStringPrivate.h>
 #include <unicode/calendar.h>
 #include <unicode/dtptngen.h>
 #include <unicode/smpdtfmt.h>

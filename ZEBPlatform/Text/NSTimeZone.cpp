@@ -1,9 +1,9 @@
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
-#include <ZEBPlatform/Text/UnicodeStringPrivate.h>
 #include <ZEBPlatform/Text/NSTimeZone.h>
 #include <ZEBPlatform/Text/RuleTimeZonePrivate.h>
 #include <ZEBPlatform/Text/SystemTimeZonePrivate.h>
+#include <ZEBPlatform/Text/UnicodeStringPrivate.h>
 #include <unicode/locid.h>
 
 #include <algorithm>
