@@ -1,14 +1,25 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
-#include <ZEBPlatform/Text/NSCharacterSet.h>
+#include <ZEBPlatform/Logging/OLGLogging.h>
+#include <ZEBPlatform/Text/NSRegularExpression.h>
+#include <ZEBPlatform/Text/NSString+Normalization.h>
+#include <ZEBPlatform/Text/NSString+Trimming.h>
 #include <ZEBPlatform/Text/detail/StringUnits.h>
+#include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
+#include <ZEBUtilities/Encodings/NSData+CommonDigest.h>
+#include <ZEBUtilities/Encodings/NSData+ZEBAdditions.h>
 #include <ZEBUtilities/Text/NSString+ZEBAdditions.h>
 
 #include <algorithm>
+#include <atomic>
 
 namespace zeb {
 
 namespace {
 
+constexpr NSRange notFound{NSNotFound, 0};
 constexpr int notHexDigit = -1;
 
 constexpr int hexDigitValue(char16_t unit) noexcept {
@@ -18,7 +29,82 @@ constexpr int hexDigitValue(char16_t unit) noexcept {
   return notHexDigit;
 }
 
+const NSCharacterSet& whitespace() { return *NSCharacterSet::whitespaceAndNewlineCharacterSet(); }
+
+/// The number of units of white space at the beginning.
+template <class Units>
+std::size_t leadingWhitespace(Units units) {
+  const NSCharacterSet& spaces = whitespace();
+  std::size_t index = 0;
+  while (index < units.size() && spaces.characterIsMember(static_cast<char16_t>(units[index]))) {
+    ++index;
+  }
+  return index;
+}
+
+template <class Units>
+std::size_t trailingWhitespace(Units units) {
+  const NSCharacterSet& spaces = whitespace();
+  std::size_t end = units.size();
+  while (end > 0 && spaces.characterIsMember(static_cast<char16_t>(units[end - 1]))) --end;
+  return units.size() - end;
+}
+
+/// The expression for a run of white space; null and the error if it cannot be compiled, which the
+/// next call tries again. If two first calls compile it, one of the results is dropped.
+const NSRegularExpression* whitespaceExpression(NSError* error) {
+  static std::atomic<NSRegularExpression*> kept{nullptr};
+  if (NSRegularExpression* expression = kept.load(std::memory_order_acquire)) return expression;
+  Ref<NSRegularExpression> compiled =
+      NSRegularExpression::regularExpressionWithPattern("\\s+", 0, error);
+  NSRegularExpression* expected = nullptr;
+  if (!compiled) return nullptr;
+  if (!kept.compare_exchange_strong(expected, compiled.get(), std::memory_order_acq_rel)) {
+    return expected;
+  }
+  return compiled.leak();  // lives as long as the process
+}
+
 }  // namespace
+
+NSString stringValue(const NSString& string) { return string; }
+
+bool isNotEmptyAfterTrimmingWhitespace(const NSString& string) {
+  return detail::withUnits(string,
+                           [](auto units) { return leadingWhitespace(units) < units.size(); });
+}
+
+const Block<bool(const NSString& string)>& zeb_rejectEmptyStrippedStringsBlock() {
+  static detail::NeverDestroyed<Block<bool(const NSString&)>> block(
+      isNotEmptyAfterTrimmingWhitespace);
+  return *block;
+}
+
+bool zeb_isCaseInsensitiveSameAsString(const NSString& string, const NSString& other) {
+  return !other.isNil() && caseInsensitiveCompare(string, other) == NSOrderedSame;
+}
+
+bool zeb_containsString(const NSString& string, const NSString& part) {
+  return string.containsString(part);
+}
+
+bool zeb_localizedCaseInsensitiveContainsString(const NSString& string, const NSString& part) {
+  return localizedCaseInsensitiveContainsString(string, part);
+}
+
+bool zeb_hasPrefixIgnoringCase(const NSString& string, const NSString& prefix) {
+  return rangeOfString(string, prefix, NSCaseInsensitiveSearch | NSAnchoredSearch).location == 0;
+}
+
+bool zeb_matchesPartialsSearchString(const NSString& string, const NSString& search) {
+  if (search.empty()) return false;
+  const NSArray words =
+      componentsSeparatedByCharactersInSet(search, NSCharacterSet::whitespaceCharacterSet());
+  return std::all_of(words.begin(), words.end(), [&](const Value& word) {
+    const NSString text(word);
+    return text.empty() || localizedCaseInsensitiveContainsString(string, text);
+  });
+}
 
 bool zeb_containsOnlyNumbers(const NSString& string) {
   if (string.empty()) return false;
@@ -52,6 +138,92 @@ std::uint64_t zeb_hexIntegerValue(const NSString& string) {
     }
     return value;
   });
+}
+
+std::size_t zeb_lengthInCodePoints(const NSString& string) {
+  if (string.isASCII()) return string.length();
+  const NSString composed = precomposedStringWithCanonicalMapping(string);
+  const std::u16string_view units = composed.utf16View();
+  std::size_t count = 0;
+  for (std::size_t index = 0; index < units.size(); ++count) detail::nextScalar(units, index);
+  return count;
+}
+
+NSRange zeb_rangeOfCharactersFromSet(const NSString& string, const Ref<NSCharacterSet>& set) {
+  return zeb_rangeOfCharactersFromSet(string, set, 0);
+}
+
+NSRange zeb_rangeOfCharactersFromSet(const NSString& string, const Ref<NSCharacterSet>& set,
+                                     std::uint64_t options) {
+  return zeb_rangeOfCharactersFromSet(string, set, options, {0, string.length()});
+}
+
+NSRange zeb_rangeOfCharactersFromSet(const NSString& string, const Ref<NSCharacterSet>& set,
+                                     std::uint64_t options, NSRange range) {
+  if (range.location == NSNotFound || range.length == 0 || range.location >= string.length()) {
+    return notFound;
+  }
+  range.length = (std::min)(string.length() - range.location, range.length);
+  const std::size_t found = rangeOfCharacterFromSet(string, set, options, range).location;
+  if (found == NSNotFound) return notFound;
+  return detail::withUnits(string, [&](auto units) -> NSRange {
+    const auto isMember = [&](std::size_t index) {
+      return set->characterIsMember(static_cast<char16_t>(units[index]));
+    };
+    if (options & NSBackwardsSearch) {
+      std::size_t begin = found + 1;
+      while (begin > range.location && isMember(begin - 1)) --begin;
+      return {begin, found + 1 - begin};
+    }
+    std::size_t end = found;
+    while (end < range.location + range.length && isMember(end)) ++end;
+    return {found, end - found};
+  });
+}
+
+NSString zeb_SHA1HashAsHexStringValue(const NSString& string) {
+  if (string.isNil()) return nullptr;
+  return zeb_hexStringValue(zeb_SHA1Hash(NSData::dataWithBytes(std::string_view(string.utf8()))));
+}
+
+NSString zeb_stringByConvertingWhitespaceToNonbreaking(const NSString& string) {
+  NSError error;
+  const NSRegularExpression* expression = whitespaceExpression(&error);
+  if (!expression) {
+    OLGLogEx(nullptr, OLGLevelError, ZEBUtilitiesLoggingChannel_Generic,
+             "ZEBUtilities/ZEBUtilities/NSString+ZEBAdditions",
+             "-[NSString(ZEBAdditions) zeb_stringByConvertingWhitespaceToNonbreaking]", 338,
+             "Error compiling regular expression: %@", error);
+    return string;
+  }
+  const NSString result = expression->stringByReplacingMatchesInString(
+      string, 0, {0, string.length()}, NSString(u"\u00A0"));
+  return result.isNil() ? string : result;
+}
+
+NSString zeb_stringByTrimmingWhitespace(const NSString& string) {
+  return stringByTrimmingCharactersInSet(string,
+                                         NSCharacterSet::whitespaceAndNewlineCharacterSet());
+}
+
+NSString zeb_stringByTrimmingLeadingWhitespace(const NSString& string) {
+  const std::size_t count =
+      detail::withUnits(string, [](auto units) { return leadingWhitespace(units); });
+  return count == 0 ? string : string.substringFromIndex(count);
+}
+
+NSString zeb_stringByTrimmingTrailingWhitespace(const NSString& string) {
+  const std::size_t count =
+      detail::withUnits(string, [](auto units) { return trailingWhitespace(units); });
+  return count == 0 ? string : string.substringToIndex(string.length() - count);
+}
+
+NSString zeb_stringByTrimmingTrailingSlash(const NSString& string) {
+  return string.hasSuffix("/") ? string.substringToIndex(string.length() - 1) : string;
+}
+
+NSString zeb_stringByTrimmingLeadingOctothorpe(const NSString& string) {
+  return string.hasPrefix("#") ? string.substringFromIndex(1) : string;
 }
 
 }  // namespace zeb
