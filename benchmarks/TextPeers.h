@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zeb::bench {
+
+/// Texts of Qt. Implemented in a file that may include Qt's headers; without Qt it does not exist.
+class QtTexts {
+ public:
+  explicit QtTexts(const std::vector<std::u16string>& texts);
+  QtTexts(const QtTexts&) = delete;
+  QtTexts& operator=(const QtTexts&) = delete;
+  ~QtTexts();
+
+  /// Trims each text and answers the sum of the lengths.
+  std::size_t trim() const;
+  /// How many of the texts have a character that shows.
+  std::size_t countPrintable() const;
+
+ private:
+  struct Texts;
+  std::unique_ptr<Texts> texts_;
+};
+
+}  // namespace zeb::bench
