@@ -54,15 +54,16 @@ class NSCalendar : public NSObject {
   static Ref<NSCalendar> calendarWithIdentifier(const NSString& identifier);
   /// The calendar that the current locale prefers, in the default time zone of now.
   static Ref<NSCalendar> currentCalendar();
-  /// Such a calendar that always has the current locale and the default time zone, because each call
-  /// looks for changes of both. What is set on it has no effect.
+  /// Such a calendar that always has the current locale and the default time zone, because each
+  /// call looks for changes of both. What is set on it has no effect.
   static Ref<NSCalendar> autoupdatingCurrentCalendar();
 
   /// Such as "gregorian".
   NSString calendarIdentifier() const;
   Ref<NSLocale> locale() const;
   Ref<NSTimeZone> timeZone() const;
-  /// Nil stands for the current locale and the default zone of now. A calendar keeps its identifier.
+  /// Nil stands for the current locale and the default zone of now. A calendar keeps its
+  /// identifier.
   void setLocale(const Ref<NSLocale>& locale);
   void setTimeZone(const Ref<NSTimeZone>& timeZone);
 
@@ -72,15 +73,15 @@ class NSCalendar : public NSObject {
   /// The date of era, year, month, day, hour, minute, second and nanosecond; the other parts are
   /// not looked at. Undefined parts are as in the first moment of the year 1 of the calendar's
   /// present era. Larger values carry over: month 13 is January of the next year. A local time that
-  /// the clocks skip gives the first moment after the gap, and one that they show twice the first of
-  /// both. Nil if the date would lie beyond the calendar's range, or if a value except nanoseconds
-  /// has more than 32 bits.
+  /// the clocks skip gives the first moment after the gap, and one that they show twice the first
+  /// of both. Nil if the date would lie beyond the calendar's range, or if a value except
+  /// nanoseconds has more than 32 bits.
   NSDate dateFromComponents(const Ref<NSDateComponents>& components) const;
 
-  /// Adds, in this order, years, months, weeks (`weekOfYear`), days and the shorter units, which are
-  /// plain seconds. A day that the resulting month lacks becomes its last one. Undefined parts add
-  /// nothing; the other parts are not looked at. Nil if an amount of years, months, weeks or days
-  /// leads beyond the calendar's range.
+  /// Adds, in this order, years, months, weeks (`weekOfYear`), days and the shorter units, which
+  /// are plain seconds. A day that the resulting month lacks becomes its last one. Undefined parts
+  /// add nothing; the other parts are not looked at. Nil if an amount of years, months, weeks or
+  /// days leads beyond the calendar's range.
   NSDate dateByAddingComponents(const Ref<NSDateComponents>& components, const NSDate& date) const;
 
   /// Whether the dates are the same down to this unit: with NSCalendarUnitDay, on the same day. One

@@ -11,8 +11,8 @@ namespace zeb {
 inline constexpr std::int64_t NSDateComponentUndefined = (std::numeric_limits<std::int64_t>::max)();
 
 /// The parts of a date in some calendar, or amounts of these parts. Every part is undefined at
-/// first. Months and days count from 1, weekdays from 1 for Sunday; eras as in the calendar, for the
-/// Gregorian one 0 before and 1 after the year 1. One thread at a time.
+/// first. Months and days count from 1, weekdays from 1 for Sunday; eras as in the calendar, for
+/// the Gregorian one 0 before and 1 after the year 1. One thread at a time.
 class NSDateComponents : public NSObject {
  public:
   std::int64_t era = NSDateComponentUndefined;

@@ -80,8 +80,8 @@ class NSDateFormatter : public NSObject {
   /// punctuation. The letter "j" stands for the hour as the locale writes it. An hour has as many
   /// digits as the template has letters, so that "hh" is always two digits, as users of this method
   /// expect; ICU alone would take the locale's usual number. The option is there for the future and
-  /// has no effect. A nil locale is the current one. Nil for a nil template and for letters that are
-  /// no fields.
+  /// has no effect. A nil locale is the current one. Nil for a nil template and for letters that
+  /// are no fields.
   static NSString dateFormatFromTemplate(const NSString& templateText, std::uint64_t options,
                                          const Ref<NSLocale>& locale);
 

@@ -14,12 +14,12 @@ namespace zeb {
 /// Posted on the default centre, without an object, after the system's time zone has changed. By
 /// then `systemTimeZone` answers the new zone, and `defaultTimeZone` too unless one was set.
 ///
-/// A changed /etc/localtime is noticed by a thread of this library, which posts on itself: observers
-/// without a queue must be quick, and must not throw, because that would end the process. The
-/// thread starts when a zone of the system is first asked for (by `systemTimeZone`,
-/// `defaultTimeZone` or a date formatter); a program that only observes calls `systemTimeZone` once.
-/// Nothing is noticed if /etc cannot be watched, because it is missing or the system's limits for
-/// inotify are reached. A host that hears of changes in another way reports them with
+/// A changed /etc/localtime is noticed by a thread of this library, which posts on itself:
+/// observers without a queue must be quick, and must not throw, because that would end the process.
+/// The thread starts when a zone of the system is first asked for (by `systemTimeZone`,
+/// `defaultTimeZone` or a date formatter); a program that only observes calls `systemTimeZone`
+/// once. Nothing is noticed if /etc cannot be watched, because it is missing or the system's limits
+/// for inotify are reached. A host that hears of changes in another way reports them with
 /// `NSTimeZone::systemTimeZoneDidChange`.
 extern const char* const NSSystemTimeZoneDidChangeNotification;
 
@@ -45,12 +45,12 @@ class NSTimeZone : public NSObject {
   static NSArray knownTimeZoneNames();
 
   /// The machine's zone, which is remembered until it changes. If the environment variable TZ is
-  /// set, it chooses the zone: a name; or rules in the form of POSIX ("CET-1CEST,M3.5.0,M10.5.0/3");
-  /// or the absolute path of a compiled file; each may begin with a colon. An empty or useless value
-  /// means GMT. Otherwise /etc/localtime chooses it: the link's target below a folder "zoneinfo", or
-  /// for a plain file the zone with the same content, or else the file's own rules under the name
-  /// "localtime". Without a usable file, /etc/timezone names it. If all of that is missing, it is
-  /// GMT. Never nil.
+  /// set, it chooses the zone: a name; or rules in the form of POSIX
+  /// ("CET-1CEST,M3.5.0,M10.5.0/3"); or the absolute path of a compiled file; each may begin with a
+  /// colon. An empty or useless value means GMT. Otherwise /etc/localtime chooses it: the link's
+  /// target below a folder "zoneinfo", or for a plain file the zone with the same content, or else
+  /// the file's own rules under the name "localtime". Without a usable file, /etc/timezone names
+  /// it. If all of that is missing, it is GMT. Never nil.
   static Ref<NSTimeZone> systemTimeZone();
   /// Forgets the machine's zone, so that the next call of `systemTimeZone` finds it out again.
   static void resetSystemTimeZone();

@@ -29,6 +29,7 @@
 #include <ZEBUtilities/Encodings.h>
 #include <ZEBUtilities/Graphics.h>
 #include <ZEBUtilities/JSON.h>
+#include <ZEBUtilities/LocalizedDates.h>
 #include <ZEBUtilities/Observation.h>
 #include <ZEBUtilities/Ranges.h>
 #include <ZEBUtilities/Tasks.h>
