@@ -85,7 +85,7 @@ void checkNames(std::string_view input) {
   zeb_dateWithLongDateString(zeb_longDateString(date));
   const NSDate begin = zeb_beginningOfDay(date);
   zeb_isEqualToDateIgnoringTime(begin, date);
-  zeb_dateWithYears(date, static_cast<std::int64_t>(input.size()) - 8);
+  require(zeb_dateWithYears(date, INT64_MIN).isNil());
   zeb_epochMilliseconds(date);
   if (const Ref<NSCalendar> calendar = NSCalendar::calendarWithIdentifier(name))
     calendar->startOfDayForDate(date);
