@@ -1,7 +1,9 @@
 #include "FeedReader.h"
 
+#include <ZEBPlatform/Geometry/NSValue.h>
 #include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
 #include <ZEBUtilities/Graphics/ZEBGeometryDictionaries.h>
+#include <ZEBUtilities/Text/NSString+ZEBHTMLEntity.h>
 
 #include <chrono>
 #include <cstdio>
@@ -47,6 +49,13 @@ NSDate dateFromISO8601(const NSString& text) {
       static_cast<NSTimeInterval>(moment.time_since_epoch().count()));
 }
 
+/// The part of the text in the boxed range; empty if the range reaches past the end.
+NSString wordsIn(const NSString& text, const Value& boxedRange) {
+  const NSRange range = *unboxed<NSRange>(boxedRange);
+  if (range.location > text.length() || range.length > text.length() - range.location) return "";
+  return text.substringWithRange(range);
+}
+
 /// Events keep their text in different places.
 NSString textOfEvent(const NSDictionary& payload) {
   const NSArray commits = zeb_arrayOfDictionariesForKey(payload, "commits");
@@ -89,13 +98,10 @@ Post FeedReader::post(const Fields& fields) {
   post.identifier = fields.integer("id");
   post.kind = kindNamed(fields.string("kind"));
   post.author = author(fields.fields("author"), "handle");
-  post.date = fields.dateFromMilliseconds("created_at");
-  post.text = fields.string("text");
+  post.date = fields.date("created_at");
 
   const Fields entities = fields.fields("entities");
-  for (const Value& link : entities.dictionaries("links")) {
-    addLink(post, Fields(link, gaps_), "title");
-  }
+  addTextAndLinks(post, fields, entities.dictionaries("links"));
   for (const Value& tag : entities.strings("tags")) post.tags.emplace_back(tag);
 
   const Fields counts = fields.fields("counts");
@@ -126,15 +132,27 @@ Post FeedReader::event(const Fields& fields) {
 Ref<Author> FeedReader::author(const Fields& fields, const StringKey& handleKey) {
   const NSString handle = fields.string(handleKey, "somebody");
   return authors_->shared(
-      makeRef<Author>(handle, fields.string("name", handle), fields.string("home")));
+      makeRef<Author>(handle, fields.text("name", handle), fields.text("home")));
 }
 
-void FeedReader::addLink(Post& post, const Fields& fields, const StringKey& titleKey) {
+void FeedReader::addTextAndLinks(Post& post, const Fields& fields, const NSArray& links) {
+  NSMutableArray ranges;
+  for (const Value& link : links) ranges.addObject(boxed(Fields(link, gaps_).range("range")));
+  NSMutableString text(fields.string("text"));
+  const NSArray adjusted = zeb_unescapeHTMLEntitiesAdjustingTextRanges(text, ranges);
+  post.text = text.copy();
+  for (std::size_t index = 0; index < links.count(); ++index) {
+    addLink(post, Fields(links[index], gaps_), "title", wordsIn(post.text, adjusted[index]));
+  }
+}
+
+void FeedReader::addLink(Post& post, const Fields& fields, const StringKey& titleKey,
+                         const NSString& words) {
   const NSURL url = NSURL::URLWithString(fields.string("url"));
   if (url.isNil()) {
     ++gaps_.unusable;
   } else {
-    post.links.emplace_back(fields.string(titleKey), url);
+    post.links.emplace_back(fields.text(titleKey, words), url);
   }
 }
 

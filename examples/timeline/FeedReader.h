@@ -21,7 +21,11 @@ class FeedReader {
   Post post(const Fields& fields);
   Post event(const Fields& fields);
   Ref<Author> author(const Fields& fields, const StringKey& handleKey);
-  void addLink(Post& post, const Fields& fields, const StringKey& titleKey);
+  /// The links' ranges are measured in the text as it arrives, with character references.
+  void addTextAndLinks(Post& post, const Fields& fields, const NSArray& links);
+  /// The words of the text that link are the title of a link without one.
+  void addLink(Post& post, const Fields& fields, const StringKey& titleKey,
+               const NSString& words = "");
 
   Gaps gaps_;
   Ref<AuthorPool> authors_ = makeRef<AuthorPool>();

@@ -1,6 +1,9 @@
 #include "Fields.h"
 
+#include <ZEBUtilities/Collections/NSArray+ZEBAdditions.h>
 #include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
+#include <ZEBUtilities/Text/NSString+HTTPSerialization.h>
+#include <ZEBUtilities/Text/NSString+ZEBHTMLEntity.h>
 
 namespace zeb::timeline {
 
@@ -20,8 +23,20 @@ std::int64_t Fields::integer(const StringKey& key) const {
   return hasNumber(key) ? zeb_longLongForKey(dictionary_, key) : 0;
 }
 
-NSDate Fields::dateFromMilliseconds(const StringKey& key) const {
+NSString Fields::text(const StringKey& key, const NSString& defaultValue) const {
+  return zeb_stringByUnescapingHTMLEntities(string(key, defaultValue));
+}
+
+NSDate Fields::date(const StringKey& key) const {
+  const NSDate named = zeb_dateFromStringFormattedLikeHTTPDate(zeb_stringForKey(dictionary_, key));
+  if (!named.isNil()) return named;
   return hasNumber(key) ? zeb_dateFromTimeIntervalSince1970ForKey(dictionary_, key) : NSDate();
+}
+
+NSRange Fields::range(const StringKey& key) const {
+  const NSArray pair = noted(key, zeb_arrayForKey(dictionary_, key));
+  return {zeb_numberAtIndex(pair, 0).unsignedLongLongValue(),
+          zeb_numberAtIndex(pair, 1).unsignedLongLongValue()};
 }
 
 Fields Fields::fields(const StringKey& key) const {

@@ -2,6 +2,7 @@
 
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/NSDictionary.h>
+#include <ZEBPlatform/Foundation/NSRange.h>
 
 namespace zeb::timeline {
 
@@ -25,7 +26,12 @@ class Fields {
   const NSDictionary& dictionary() const noexcept { return dictionary_; }
   NSString string(const StringKey& key, const NSString& defaultValue = "") const;
   std::int64_t integer(const StringKey& key) const;
-  NSDate dateFromMilliseconds(const StringKey& key) const;
+  /// Unescaped, for texts that services escape for web pages.
+  NSString text(const StringKey& key, const NSString& defaultValue = "") const;
+  /// Milliseconds since 1970, or the textual timestamp of the service.
+  NSDate date(const StringKey& key) const;
+  /// Two numbers: where the range begins, and its length.
+  NSRange range(const StringKey& key) const;
   Fields fields(const StringKey& key) const;
   NSArray dictionaries(const StringKey& key) const;
   NSArray strings(const StringKey& key) const;

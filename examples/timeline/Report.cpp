@@ -2,8 +2,12 @@
 
 #include <ZEBPlatform/Foundation/Format.h>
 
+#include <ZEBPlatform/Text/NSLocale.h>
+#include <ZEBPlatform/Text/NSTimeZone.h>
+#include <ZEBUtilities/LocalizedDates/NSDate+ZEBLocalizedAdditions.h>
+#include <ZEBUtilities/Text/NSString+ZEBEmoji.h>
+
 #include <algorithm>
-#include <chrono>
 #include <map>
 
 #include "Text.h"
@@ -13,20 +17,23 @@ namespace zeb::timeline {
 namespace {
 
 constexpr std::ptrdiff_t mostRows = 40;
-constexpr std::size_t widthBesideTexts = 55;
+constexpr std::size_t widthBesideTexts = 59;
 
+const char* nameOf(PostKind kind) {
+  const auto& cases = ZEBRawValueEnumTraits<PostKind>::cases;
+  return std::ranges::find(cases, kind, &std::pair<PostKind, const char*>::first)->second;
+}
+
+/// In the words of the user's locale.
 Cell dateCell(const NSDate& date) {
   if (date.isNil()) return {{"no date", faint}};
-  const auto moment = std::chrono::floor<std::chrono::seconds>(date.timePoint());
-  const auto midnight = std::chrono::floor<std::chrono::days>(moment);
-  const std::chrono::year_month_day day(midnight);
-  const std::chrono::hh_mm_ss time(moment - midnight);
-  return {{NSString::stringWithFormat("%04d-%02u-%02u", static_cast<int>(day.year()),
-                                      static_cast<unsigned>(day.month()),
-                                      static_cast<unsigned>(day.day()))},
-          {NSString::stringWithFormat("%02ld:%02ld:%02ld", time.hours().count(),
-                                      time.minutes().count(), time.seconds().count()),
-           faint}};
+  return {{zeb_mediumDateStringNoTime(date)}, {zeb_shortTimeString(date), faint}};
+}
+
+Cell kindCell(const Post& post) {
+  Cell cell{{nameOf(post.kind)}};
+  if (!post.text.empty() && zeb_containsOnlyEmoji(post.text)) cell.push_back({"emoji", faint});
+  return cell;
 }
 
 Cell textCell(const Post& post) {
@@ -54,11 +61,6 @@ Cell responseCell(const Post& post) {
   return cell;
 }
 
-const char* nameOf(PostKind kind) {
-  const auto& cases = ZEBRawValueEnumTraits<PostKind>::cases;
-  return std::ranges::find(cases, kind, &std::pair<PostKind, const char*>::first)->second;
-}
-
 const char* nameOfKind(const Value& value) {
   if (value.isArray()) return "arrays";
   if (value.isDictionary()) return "dictionaries";
@@ -74,7 +76,7 @@ void printTimeline(std::ostream& out, const Screen& screen, const Timeline& time
                    const Gaps& gaps) {
   const NSString title = printable(timeline.title);
   out << title << '\n' << std::string(displayWidth(title), '=') << "\n\n";
-  Table table({{"WHEN", 10},
+  Table table({{"WHEN", 14},
                {"WHO", 18},
                {"WHAT", 7},
                {"TEXT", screen.width - widthBesideTexts},
@@ -87,7 +89,7 @@ void printTimeline(std::ostream& out, const Screen& screen, const Timeline& time
                   {{author.name, strong},
                    {NSString::stringWithFormat("@%@", author.handle), faint},
                    {author.home, faint}},
-                  {{nameOf(post.kind)}},
+                  kindCell(post),
                   textCell(post),
                   responseCell(post),
                   {{post.gaps ? NSNumber(post.gaps).stringValue() : "", warning}}});
@@ -99,6 +101,8 @@ void printTimeline(std::ostream& out, const Screen& screen, const Timeline& time
     out << "\nGaps filled with defaults: " << gaps.nulls << " null, " << gaps.unusable
         << " of a wrong kind or without sense, " << gaps.dropped << " elements dropped.\n";
   }
+  out << "Dates as in " << NSLocale::currentLocale()->localeIdentifier() << ", time zone "
+      << NSTimeZone::defaultTimeZone()->name() << ".\n";
   if (gaps.numbersAsText > 0) out << "Numbers that came as text: " << gaps.numbersAsText << ".\n";
 }
 

@@ -2,6 +2,8 @@
 
 #include <ZEBPlatform/Foundation/Format.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
+#include <ZEBPlatform/Text/NSLocale.h>
+#include <ZEBPlatform/Text/NSTimeZone.h>
 #include <ZEBUtilities/Coding/ZEBArchiver.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiver.h>
 
@@ -25,9 +27,11 @@ namespace zeb::timeline {
 namespace {
 
 constexpr const char* usage =
-    "usage: timeline [--keep] [file…]\n"
+    "usage: timeline [options…] [file…]\n"
     "Shows a feed, or what any other JSON file consists of; without a file, a feed of its own.\n"
-    "  --keep  leave the archive in the temporary directory and tell its path\n";
+    "  --keep            leave the archive in the temporary directory and tell its path\n"
+    "  --locale NAME     show dates in these words, for example ar_EG or de_DE\n"
+    "  --time-zone NAME  show dates in this zone, for example Asia/Tokyo or GMT+0530\n";
 
 /// Writes the objects to a file and reads them back.
 void archive(const Timeline& timeline, bool keepsArchive, Steps& steps) {
@@ -104,6 +108,21 @@ bool showReport(const std::string* path, bool keepsArchive, const Screen& screen
   return false;
 }
 
+/// Chooses what the environment would choose otherwise. Returns why it cannot be used, or nil.
+NSString useLocale(const NSString& identifier) {
+  const auto locale = NSLocale::localeWithLocaleIdentifier(identifier);
+  if (locale->languageCode().empty()) return "is no locale, such as de_DE";
+  NSLocale::setCurrentLocale(locale);
+  return nullptr;
+}
+
+NSString useTimeZone(const NSString& name) {
+  const auto timeZone = NSTimeZone::timeZoneWithName(name);
+  if (!timeZone) return "is no known time zone, such as Europe/Berlin";
+  NSTimeZone::setDefaultTimeZone(timeZone);
+  return nullptr;
+}
+
 int run(int argumentCount, char** arguments) {
   std::signal(SIGPIPE, SIG_IGN);  // a closed pipe ends one write, not the process
   OLGSetLevel(OLGLevelError);     // hides warnings about the busy main thread
@@ -113,6 +132,14 @@ int run(int argumentCount, char** arguments) {
     const std::string argument = arguments[index];
     if (argument == "--keep") {
       keepsArchive = true;
+    } else if (argument == "--locale" || argument == "--time-zone") {
+      const std::string name = ++index < argumentCount ? arguments[index] : "";
+      const NSString problem = argument == "--locale" ? useLocale(name) : useTimeZone(name);
+      if (!problem.isNil()) {
+        std::cerr << "timeline: " << argument << ": '" << printable(name) << "' " << problem
+                  << '\n';
+        return 2;
+      }
     } else if (argument == "--help") {
       return show(usage) ? 0 : 1;
     } else if (argument.starts_with('-')) {
