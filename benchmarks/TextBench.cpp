@@ -100,11 +100,16 @@ void compareWithQt(Report& report, TextsOf textsOf, const char* ownName, const c
 
 void measureTrimming(Report& report) {
   compareWithQt(
-      report, typedTexts, "trimming white space", "QString::trimmed",
+      report, typedTexts, "trimming in three ways and testing", "QString",
       [](const std::vector<NSString>& texts) {
-        std::size_t length = 0;
-        for (const NSString& text : texts) length += zeb_stringByTrimmingWhitespace(text).length();
-        return length;
+        std::size_t sum = 0;
+        for (const NSString& text : texts) {
+          sum += zeb_stringByTrimmingWhitespace(text).length() +
+                 zeb_stringByTrimmingLeadingWhitespace(text).length() +
+                 zeb_stringByTrimmingTrailingWhitespace(text).length() +
+                 isNotEmptyAfterTrimmingWhitespace(text);
+        }
+        return sum;
       },
       [](const QtTexts& texts) { return texts.trim(); });
 }

@@ -15,7 +15,8 @@ class QtTexts {
   QtTexts& operator=(const QtTexts&) = delete;
   ~QtTexts();
 
-  /// Trims each text and answers the sum of the lengths.
+  /// Trims each text at both ends, at its beginning and at its end, and tests whether it is empty
+  /// then. Answers the sum of the lengths and the number of texts that are not empty.
   std::size_t trim() const;
   /// How many of the texts have a character that shows.
   std::size_t countPrintable() const;

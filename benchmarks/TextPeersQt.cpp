@@ -53,6 +53,18 @@ bool containsPrintable(const QString& text) {
   return false;
 }
 
+QString withoutLeadingSpace(const QString& text) {
+  qsizetype begin = 0;
+  while (begin < text.size() && text[begin].isSpace()) ++begin;
+  return begin == 0 ? text : text.sliced(begin);
+}
+
+QString withoutTrailingSpace(const QString& text) {
+  qsizetype end = text.size();
+  while (end > 0 && text[end - 1].isSpace()) --end;
+  return end == text.size() ? text : text.first(end);
+}
+
 }  // namespace
 
 QtTexts::QtTexts(const std::vector<std::u16string>& texts) : texts_(std::make_unique<Texts>()) {
@@ -62,10 +74,13 @@ QtTexts::QtTexts(const std::vector<std::u16string>& texts) : texts_(std::make_un
 QtTexts::~QtTexts() = default;
 
 std::size_t QtTexts::trim() const {
-  std::size_t length = 0;
-  for (const QString& text : texts_->list)
-    length += static_cast<std::size_t>(text.trimmed().size());
-  return length;
+  std::size_t sum = 0;
+  for (const QString& text : texts_->list) {
+    const qsizetype lengths = text.trimmed().size() + withoutLeadingSpace(text).size() +
+                              withoutTrailingSpace(text).size();
+    sum += static_cast<std::size_t>(lengths) + !text.trimmed().isEmpty();
+  }
+  return sum;
 }
 
 std::size_t QtTexts::countPrintable() const {

@@ -6,7 +6,7 @@ namespace zeb {
 
 NSString stringByTrimmingCharactersInSet(const NSString& string, const Ref<NSCharacterSet>& set) {
   if (!set || string.empty()) return string.copy();
-  const NSRange kept = detail::withUnits(string, [&](auto units) -> NSRange {
+  return detail::withUnits(string, [&](auto units) {
     std::size_t begin = 0;
     while (begin < units.size()) {
       std::size_t next = begin;
@@ -19,9 +19,9 @@ NSString stringByTrimmingCharactersInSet(const NSString& string, const Ref<NSCha
       if (!set->longCharacterIsMember(detail::previousCharacter(units, previous))) break;
       end = previous;
     }
-    return {begin, end - begin};
+    if (end - begin == units.size()) return string.copy();
+    return detail::textOfUnits(units.substr(begin, end - begin));
   });
-  return kept.length == string.length() ? string.copy() : string.substringWithRange(kept);
 }
 
 NSArray componentsSeparatedByCharactersInSet(const NSString& string,
@@ -33,10 +33,10 @@ NSArray componentsSeparatedByCharactersInSet(const NSString& string,
     for (std::size_t index = 0; set && index < units.size();) {
       const std::size_t end = index;
       if (!set->longCharacterIsMember(detail::nextCharacter(units, index))) continue;
-      pieces.addObject(NSString(units.substr(begin, end - begin)));
+      pieces.addObject(detail::textOfUnits(units.substr(begin, end - begin)));
       begin = index;
     }
-    pieces.addObject(NSString(units.substr(begin)));
+    pieces.addObject(detail::textOfUnits(units.substr(begin)));
   });
   return pieces.copy();
 }

@@ -101,8 +101,8 @@ WordClass computedClass(char32_t character) noexcept {
   return wordClass == WordClass::other ? WordClass::pictograph : WordClass::needsICU;
 }
 
-/// The classes of the code points below U+10000.
-using ClassTable = std::array<WordClass, 0x10000>;
+/// The classes of the code points of the first two planes; emoji are in the second one.
+using ClassTable = std::array<WordClass, 0x20000>;
 
 const ClassTable& classTable() {
   static const ClassTable* const table = [] {
@@ -126,12 +126,17 @@ class Boundaries {
   bool needsICU() const noexcept { return needsICU_; }
 
   NSRange tokenAt(std::size_t index) noexcept {
-    std::size_t begin = index + 1;
-    if (begin < units_.size() && isInsidePair(begin)) ++begin;
-    std::size_t end = begin;
-    do {
+    std::size_t begin = index;
+    std::size_t end = index + 1;
+    if (isPlainLetter(index)) {  // letters in a row are most of what is asked for
+      while (begin > 0 && isPlainLetter(begin - 1)) --begin;
+      while (end < units_.size() && isPlainLetter(end)) ++end;
+    } else {
+      if (end < units_.size() && isInsidePair(end)) ++end;
+      begin = end;
       previous(begin);
-    } while (begin > 0 && !isBoundary(begin));
+    }
+    while (begin > 0 && !isBoundary(begin)) previous(begin);
     while (end < units_.size() && !isBoundary(end)) next(end);
     return {begin, end - begin};
   }
@@ -187,6 +192,10 @@ class Boundaries {
            value == WordClass::singleQuote;
   }
 
+  /// Surrogates are none.
+  bool isPlainLetter(std::size_t index) const noexcept {
+    return table_[static_cast<char16_t>(units_[index])] == WordClass::letter;
+  }
   bool isInsidePair(std::size_t index) const noexcept {
     return sizeof(units_[0]) > 1 && isLowSurrogate(static_cast<char16_t>(units_[index])) &&
            isHighSurrogate(static_cast<char16_t>(units_[index - 1]));

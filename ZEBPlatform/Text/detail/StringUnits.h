@@ -1,9 +1,12 @@
 #pragma once
 
 #include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/detail/StringBuilding.h>
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace zeb::detail {
@@ -14,6 +17,23 @@ namespace zeb::detail {
 template <class Use>
 auto withUnits(const NSString& string, const Use& use) {
   return string.isASCII() ? use(string.asciiView()) : use(string.utf16View());
+}
+
+/// A text of these units, which come from the stored form of another text and so need not be
+/// examined again.
+inline NSString textOfUnits(std::string_view units) {
+  StringStorage* text = newStringStorage<char>(units.size());
+  std::memcpy(contentOf<char>(text), units.data(), units.size());
+  return adoptString(text);
+}
+inline NSString textOfUnits(std::u16string_view units) {
+  // Most often one of the first units is outside ASCII. Else the part can be stored as bytes.
+  if (std::none_of(units.begin(), units.end(), [](char16_t unit) { return unit >= 0x80; })) {
+    return NSString(units);
+  }
+  StringStorage* text = newStringStorage<char16_t>(units.size());
+  std::memcpy(contentOf<char16_t>(text), units.data(), units.size() * sizeof(char16_t));
+  return adoptString(text);
 }
 
 /// The character at `index`, which may be an unpaired surrogate; moves `index` past it.

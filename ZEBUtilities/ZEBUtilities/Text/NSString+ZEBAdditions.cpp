@@ -29,25 +29,32 @@ constexpr int hexDigitValue(char16_t unit) noexcept {
   return notHexDigit;
 }
 
-const NSCharacterSet& whitespace() { return *NSCharacterSet::whitespaceAndNewlineCharacterSet(); }
-
-/// The number of units of white space at the beginning.
-template <class Units>
-std::size_t leadingWhitespace(Units units) {
-  const NSCharacterSet& spaces = whitespace();
-  std::size_t index = 0;
-  while (index < units.size() && spaces.characterIsMember(static_cast<char16_t>(units[index]))) {
-    ++index;
-  }
-  return index;
+// The tests of white space for both stored forms. No character of the set needs a pair.
+auto whitespaceTest(std::string_view) {
+  return [](char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); };
+}
+auto whitespaceTest(std::u16string_view) {
+  return [&spaces = *NSCharacterSet::whitespaceAndNewlineCharacterSet()](char16_t unit) {
+    return spaces.characterIsMember(unit);
+  };
 }
 
-template <class Units>
-std::size_t trailingWhitespace(Units units) {
-  const NSCharacterSet& spaces = whitespace();
-  std::size_t end = units.size();
-  while (end > 0 && spaces.characterIsMember(static_cast<char16_t>(units[end - 1]))) --end;
-  return units.size() - end;
+enum class TrimmedEnds { leading, trailing, both };
+
+NSString withoutWhitespace(const NSString& string, TrimmedEnds ends) {
+  return detail::withUnits(string, [&](auto units) {
+    const auto isSpace = whitespaceTest(units);
+    std::size_t begin = 0;
+    std::size_t end = units.size();
+    if (ends != TrimmedEnds::trailing) {
+      while (begin < end && isSpace(units[begin])) ++begin;
+    }
+    if (ends != TrimmedEnds::leading) {
+      while (end > begin && isSpace(units[end - 1])) --end;
+    }
+    if (end - begin == units.size()) return string;
+    return detail::textOfUnits(units.substr(begin, end - begin));
+  });
 }
 
 /// The expression for a run of white space; null and the error if it cannot be compiled, which the
@@ -70,8 +77,9 @@ const NSRegularExpression* whitespaceExpression(NSError* error) {
 NSString stringValue(const NSString& string) { return string; }
 
 bool isNotEmptyAfterTrimmingWhitespace(const NSString& string) {
-  return detail::withUnits(string,
-                           [](auto units) { return leadingWhitespace(units) < units.size(); });
+  return detail::withUnits(string, [](auto units) {
+    return !std::all_of(units.begin(), units.end(), whitespaceTest(units));
+  });
 }
 
 const Block<bool(const NSString& string)>& zeb_rejectEmptyStrippedStringsBlock() {
@@ -202,20 +210,15 @@ NSString zeb_stringByConvertingWhitespaceToNonbreaking(const NSString& string) {
 }
 
 NSString zeb_stringByTrimmingWhitespace(const NSString& string) {
-  return stringByTrimmingCharactersInSet(string,
-                                         NSCharacterSet::whitespaceAndNewlineCharacterSet());
+  return withoutWhitespace(string, TrimmedEnds::both);
 }
 
 NSString zeb_stringByTrimmingLeadingWhitespace(const NSString& string) {
-  const std::size_t count =
-      detail::withUnits(string, [](auto units) { return leadingWhitespace(units); });
-  return count == 0 ? string : string.substringFromIndex(count);
+  return withoutWhitespace(string, TrimmedEnds::leading);
 }
 
 NSString zeb_stringByTrimmingTrailingWhitespace(const NSString& string) {
-  const std::size_t count =
-      detail::withUnits(string, [](auto units) { return trailingWhitespace(units); });
-  return count == 0 ? string : string.substringToIndex(string.length() - count);
+  return withoutWhitespace(string, TrimmedEnds::trailing);
 }
 
 NSString zeb_stringByTrimmingTrailingSlash(const NSString& string) {
