@@ -131,17 +131,18 @@ class SavingsDerivation {
   explicit SavingsDerivation(const FileContent& content) : content_(content) {
     const FileType& first = content.types.front();
     types_.push_back({first.offset, 0, first.abbreviation});
-    std::size_t previous = 0;
-    for (std::size_t i = 0; i < content.changes.size(); ++i) {
-      const std::size_t type = indexOf(derivedType(i));
-      // A change without effect is left out, except the last one, from which the future counts.
-      if (type != previous || i + 1 == content.changes.size())
-        changes_.push_back({content.changes[i].moment, type});
-      previous = type;
-    }
   }
 
   TimeZoneRules rules(std::optional<YearlyRules> future) && {
+    const bool endsWithFuture = future && future->daylight;
+    std::size_t previous = 0;
+    for (std::size_t i = 0; i < content_.changes.size(); ++i) {
+      const std::size_t type = indexOf(derivedType(i));
+      // A change without effect is left out, except where yearly changes begin.
+      const bool beginsFuture = endsWithFuture && i + 1 == content_.changes.size();
+      if (type != previous || beginsFuture) changes_.push_back({content_.changes[i].moment, type});
+      previous = type;
+    }
     return TimeZoneRules(std::move(types_), std::move(changes_), std::move(future));
   }
 

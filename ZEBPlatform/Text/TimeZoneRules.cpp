@@ -14,7 +14,6 @@ namespace chrono = std::chrono;
 
 constexpr std::int64_t secondsPerDay = 86400;
 /// The Gregorian calendar repeats itself after 400 years.
-constexpr std::int64_t yearsPerCycle = 400;
 constexpr std::int64_t secondsPerCycle = 146097 * secondsPerDay;
 
 constexpr std::int64_t floorDivide(std::int64_t number, std::int64_t divisor) noexcept {
