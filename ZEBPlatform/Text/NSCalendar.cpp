@@ -1,4 +1,4 @@
-#include <ZEBPlatform/Text/ICUTextPrivate.h>
+#include <ZEBPlatform/Text/ICULocalePrivate.h>
 #include <ZEBPlatform/Text/NSCalendar.h>
 #include <ZEBPlatform/Text/TimeZoneDatabasePrivate.h>
 #include <unicode/calendar.h>
@@ -148,8 +148,8 @@ NSDate dateOfCalendar(icu::Calendar& calendar, double additionalMilliseconds) {
 std::unique_ptr<icu::Calendar> newCalendar(const std::string& identifier, const NSLocale& locale,
                                            const NSTimeZone& timeZone) {
   UErrorCode status = U_ZERO_ERROR;
-  icu::Locale icuLocale(locale.icuName());
-  if (!identifier.empty()) icuLocale.setKeywordValue("calendar", identifier.c_str(), status);
+  const icu::Locale icuLocale =
+      detail::icuLocale(locale, identifier.empty() ? NSString() : NSString(identifier));
   std::unique_ptr<icu::Calendar> calendar(
       icu::Calendar::createInstance(*timeZone.implementation().zone, icuLocale, status));
   if (U_FAILURE(status)) return nullptr;

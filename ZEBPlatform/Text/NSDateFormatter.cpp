@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Text/ICULocalePrivate.h>
 #include <ZEBPlatform/Text/NSDateFormatter.h>
 #include <ZEBPlatform/Text/TimeZoneDatabasePrivate.h>
 #include <ZEBPlatform/Text/UnicodeStringPrivate.h>
@@ -43,14 +44,6 @@ icu::DateFormat::EStyle icuStyle(NSDateFormatterStyle style, bool isRelative) no
   }
   return static_cast<icu::DateFormat::EStyle>(result |
                                               (isRelative ? icu::DateFormat::kRelative : 0));
-}
-
-icu::Locale icuLocale(const NSLocale& locale, const NSString& calendarIdentifier) {
-  icu::Locale result(locale.icuName());
-  UErrorCode status = U_ZERO_ERROR;
-  if (!calendarIdentifier.isNil())
-    result.setKeywordValue("calendar", calendarIdentifier.utf8().c_str(), status);
-  return result;
 }
 
 std::unique_ptr<icu::DateFormat> newFormat(NSDateFormatterStyle dateStyle,
@@ -121,7 +114,7 @@ void NSDateFormatter::setLenient(bool isLenient) {
 NSDateFormatter::Implementation* NSDateFormatter::current() const {
   if (!implementation_) {
     implementation_ = std::make_unique<Implementation>();
-    const icu::Locale locale = icuLocale(*locale_, calendarIdentifier_);
+    const icu::Locale locale = detail::icuLocale(*locale_, calendarIdentifier_);
     std::unique_ptr<icu::DateFormat> format =
         pattern_.isNil() ? newFormat(dateStyle_, timeStyle_, isRelative_, locale)
                          : newFormat(pattern_, locale);
@@ -141,7 +134,7 @@ NSString NSDateFormatter::dateFormat() const {
   if (!pattern_.isNil()) return pattern_;
   if (!hasForm()) return "";
   const std::unique_ptr<icu::DateFormat> format =
-      newFormat(dateStyle_, timeStyle_, false, icuLocale(*locale_, calendarIdentifier_));
+      newFormat(dateStyle_, timeStyle_, false, detail::icuLocale(*locale_, calendarIdentifier_));
   const auto* const simpleFormat = dynamic_cast<icu::SimpleDateFormat*>(format.get());
   if (!simpleFormat) return nullptr;
   icu::UnicodeString pattern;
@@ -185,7 +178,7 @@ NSString NSDateFormatter::dateFormatFromTemplate(const NSString& templateText, s
   UErrorCode status = U_ZERO_ERROR;
   const Ref<NSLocale> used = locale ? locale : NSLocale::currentLocale();
   const std::unique_ptr<icu::DateTimePatternGenerator> generator(
-      icu::DateTimePatternGenerator::createInstance(icu::Locale(used->icuName()), status));
+      icu::DateTimePatternGenerator::createInstance(detail::icuLocale(*used), status));
   if (U_FAILURE(status)) return nullptr;
   const icu::UnicodeString pattern = generator->getBestPattern(
       detail::unicodeString(templateText), UDATPG_MATCH_HOUR_FIELD_LENGTH, status);

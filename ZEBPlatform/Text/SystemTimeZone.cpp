@@ -107,33 +107,46 @@ Ref<NSTimeZone> readSystemTimeZone(const TimeZoneFiles& files, const TimeZoneDat
   return zone ? zone : fixedTimeZone(0);
 }
 
-/// Makes this the system's zone, and forgets the database, which may have been updated, too.
-/// Answers the previous zone.
-Ref<NSTimeZone> replaceSystemTimeZone(Ref<NSTimeZone> zone) {
+/// What a thread knew before it began to read files.
+struct Beginning {
+  TimeZoneFiles files;
+  std::uint64_t generation;
+};
+
+Beginning beginReading() {
+  State& known = state();
+  const LockGuard guard(known.lock);
+  return {known.files, known.generation};
+}
+
+/// Makes this the system's zone, unless knowledge has become outdated since the beginning, and
+/// forgets the database, which may have been updated, too. On success `zone` becomes the previous
+/// one.
+bool replaceSystemTimeZone(Ref<NSTimeZone>& zone, const Beginning& beginning) {
   std::shared_ptr<const TimeZoneDatabase> database;  // released after the lock
   State& known = state();
   const LockGuard guard(known.lock);
+  if (known.generation != beginning.generation) return false;
   ++known.generation;
   std::swap(known.database, database);
   std::swap(known.system, zone);
-  return zone;
-}
-
-TimeZoneFiles currentFiles() {
-  State& known = state();
-  const LockGuard guard(known.lock);
-  return known.files;
+  return true;
 }
 
 /// Called on the watching thread.
 void localTimeFileDidChange() {
   if (std::getenv("TZ")) return;
-  const TimeZoneFiles files = currentFiles();
-  const Ref<NSTimeZone> zone = zoneOfFile(files.localTime, files, TimeZoneDatabase(files.zones));
-  // While the file is being written, the zone stays what it was; the end of the writing is another
-  // change.
-  if (!zone) return;
-  const Ref<NSTimeZone> previous = replaceSystemTimeZone(zone);
+  Ref<NSTimeZone> zone, previous;
+  Beginning beginning;
+  do {
+    beginning = beginReading();
+    const TimeZoneFiles& files = beginning.files;
+    zone = zoneOfFile(files.localTime, files, TimeZoneDatabase(files.zones));
+    // While the file is being written, the zone stays what it was; the end of the writing is
+    // another change.
+    if (!zone) return;
+    previous = zone;
+  } while (!replaceSystemTimeZone(previous, beginning));
   if (!previous || !previous->isEqual(*zone))
     NSNotificationCenter::defaultCenter()->postNotificationName(
         NSSystemTimeZoneDidChangeNotification);
@@ -169,42 +182,44 @@ void watchOnce() {
 
 std::shared_ptr<const TimeZoneDatabase> timeZoneDatabase() {
   State& known = state();
-  std::string folder;
-  std::uint64_t generation = 0;
   {
     const LockGuard guard(known.lock);
     if (known.database) return known.database;
-    folder = known.files.zones;
-    generation = known.generation;
   }
-  auto database = std::make_shared<const TimeZoneDatabase>(std::move(folder));
+  const Beginning beginning = beginReading();
+  auto database = std::make_shared<const TimeZoneDatabase>(beginning.files.zones);
   const LockGuard guard(known.lock);
-  if (known.generation == generation) known.database = database;
+  if (known.generation == beginning.generation) known.database = database;
   return database;
 }
 
 Ref<NSTimeZone> systemTimeZone() {
   State& known = state();
-  TimeZoneFiles files;
-  std::uint64_t generation = 0;
   {
     const LockGuard guard(known.lock);
     if (known.system) return known.system;
-    files = known.files;
-    generation = known.generation;
   }
   watchOnce();
-  const Ref<NSTimeZone> zone = readSystemTimeZone(files, *timeZoneDatabase());
+  const Beginning beginning = beginReading();
+  const Ref<NSTimeZone> zone = readSystemTimeZone(beginning.files, *timeZoneDatabase());
   const LockGuard guard(known.lock);
-  if (known.generation == generation) known.system = zone;
+  if (known.generation == beginning.generation) known.system = zone;
   return zone;
 }
 
-void forgetSystemTimeZone() { replaceSystemTimeZone(nullptr); }
+void forgetSystemTimeZone() {
+  Ref<NSTimeZone> nothing;
+  while (!replaceSystemTimeZone(nothing, beginReading())) {
+  }
+}
 
 void refreshSystemTimeZone() {
-  const TimeZoneFiles files = currentFiles();
-  replaceSystemTimeZone(readSystemTimeZone(files, TimeZoneDatabase(files.zones)));
+  Ref<NSTimeZone> zone;
+  Beginning beginning;
+  do {
+    beginning = beginReading();
+    zone = readSystemTimeZone(beginning.files, TimeZoneDatabase(beginning.files.zones));
+  } while (!replaceSystemTimeZone(zone, beginning));
 }
 
 Ref<NSTimeZone> defaultTimeZone() {

@@ -22,43 +22,41 @@ Ref<NSDateFormatter> withPattern(const NSString& pattern) {
   return formatter;
 }
 
+constexpr auto none = NSDateFormatterNoStyle, brief = NSDateFormatterShortStyle,
+               medium = NSDateFormatterMediumStyle, extensive = NSDateFormatterLongStyle,
+               full = NSDateFormatterFullStyle;
 constexpr double evening = 1580503265;  // 2020-01-31 20:41:05 UTC
 
 }  // namespace
 
 TEST(NSDateFormatter, StylesSpeakTheLanguageOfTheLocale) {
   const std::tuple<const char*, NSDateFormatterStyle, NSDateFormatterStyle, const char*> rows[] = {
-      {"en_US", NSDateFormatterShortStyle, NSDateFormatterShortStyle, "1/31/20, 9:41\u202FPM"},
-      {"en_US", NSDateFormatterMediumStyle, NSDateFormatterNoStyle, "Jan 31, 2020"},
-      {"en_US", NSDateFormatterFullStyle, NSDateFormatterMediumStyle,
-       "Friday, January 31, 2020 at 9:41:05\u202FPM"},
-      {"en_US_POSIX", NSDateFormatterShortStyle, NSDateFormatterShortStyle,
-       "1/31/20, 9:41\u202FPM"},
-      {"de_DE", NSDateFormatterLongStyle, NSDateFormatterLongStyle,
-       "31. Januar 2020 um 21:41:05 MEZ"},
-      {"ar_EG", NSDateFormatterLongStyle, NSDateFormatterNoStyle, "٣١ يناير ٢٠٢٠"},
-      {"ja_JP", NSDateFormatterNoStyle, NSDateFormatterFullStyle,
-       "21時41分05秒 中央ヨーロッパ標準時"},
-      {"th_TH", NSDateFormatterShortStyle, NSDateFormatterNoStyle, "31/1/63"},
-      {"he_IL@calendar=hebrew", NSDateFormatterLongStyle, NSDateFormatterNoStyle, "ה׳ בשבט תש״ף"},
-      {"en_US", NSDateFormatterNoStyle, NSDateFormatterNoStyle, ""}};
+      {"en_US", brief, brief, "1/31/20, 9:41\u202FPM"},
+      {"en_US", medium, none, "Jan 31, 2020"},
+      {"en_US", full, medium, "Friday, January 31, 2020 at 9:41:05\u202FPM"},
+      {"en_US_POSIX", brief, brief, "1/31/20, 9:41\u202FPM"},
+      {"de_DE", extensive, extensive, "31. Januar 2020 um 21:41:05 MEZ"},
+      {"ar_EG", extensive, none, "٣١ يناير ٢٠٢٠"},
+      {"ja_JP", none, full, "21時41分05秒 中央ヨーロッパ標準時"},
+      {"th_TH", brief, none, "31/1/63"},
+      {"he_IL@calendar=hebrew", extensive, none, "ה׳ בשבט תש״ף"},
+      {"en_US", none, none, ""}};
   for (const auto& [locale, dateStyle, timeStyle, expected] : rows) {
     const DateSettings settings(locale, "Europe/Berlin");
     EXPECT_EQ(withStyles(dateStyle, timeStyle)->stringFromDate(since1970(evening)),
               NSString(expected))
         << locale;
   }
+  const DateSettings settings("xx_invalid/locale", "UTC");
+  for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) unsetenv(name);
   for (const char* nothing : {"C", "POSIX", "C.UTF-8"}) {
-    for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) unsetenv(name);
     setenv("LC_ALL", nothing, 1);
-    NSTimeZone::setDefaultTimeZone(NSTimeZone::timeZoneWithName("UTC"));
-    const Ref<NSDateFormatter> formatter =
-        withStyles(NSDateFormatterShortStyle, NSDateFormatterShortStyle);
-    EXPECT_EQ(formatter->locale()->localeIdentifier(), "en_US_POSIX"_ns);
-    EXPECT_EQ(formatter->stringFromDate(since1970(evening)), "1/31/20, 8:41\u202FPM"_ns);
-    NSTimeZone::setDefaultTimeZone(nullptr);
-    unsetenv("LC_ALL");
+    NSLocale::setCurrentLocale(nullptr);
+    EXPECT_EQ(withStyles(brief, brief)->locale()->localeIdentifier(), "en_US_POSIX"_ns);
+    EXPECT_EQ(withStyles(brief, brief)->stringFromDate(since1970(evening)),
+              "1/31/20, 8:41\u202FPM"_ns);
   }
+  unsetenv("LC_ALL");
 }
 
 TEST(NSDateFormatter, SettingsTakeEffectWhenTheyChange) {
@@ -72,10 +70,10 @@ TEST(NSDateFormatter, SettingsTakeEffectWhenTheyChange) {
   formatter->setLocale(NSLocale::localeWithLocaleIdentifier("fr_FR"));
   EXPECT_EQ(formatter->stringFromDate(date), "2563-02-01 05:41 heure normale du Japon"_ns);
   formatter->setCalendar(nullptr);
-  formatter->setTimeStyle(NSDateFormatterShortStyle);
+  formatter->setTimeStyle(brief);
   EXPECT_EQ(formatter->stringFromDate(date), "05:41"_ns);
   EXPECT_EQ(formatter->dateFormat(), "HH:mm"_ns);
-  formatter->setDateStyle(NSDateFormatterShortStyle);
+  formatter->setDateStyle(brief);
   formatter->setDoesRelativeDateFormatting(true);
   const NSDate now = NSDate::date();
   for (const auto& [days, word] : {std::pair{-1, "hier"}, {0, "aujourd"}, {1, "demain"}})
