@@ -2,6 +2,7 @@
 #include <ZEBPlatform/Text/RuleTimeZonePrivate.h>
 #include <ZEBPlatform/Text/SystemTimeZonePrivate.h>
 
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -100,41 +101,36 @@ TEST(NSTimeZone, KnowsNamesAbbreviationsAndOffsets) {
 }
 
 TEST(NSTimeZone, SystemFilesAndICUAgreeWhereTheRulesDidNotChange) {
-  const auto options = {UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_LATTER, UCAL_TZ_LOCAL_STANDARD_LATTER,
-                        UCAL_TZ_LOCAL_DAYLIGHT_FORMER};
-  // Every change from 2000 to 2040 with the hours around it, in UTC and in local time.
-  const auto described = [&](const char* folder, const char* name) {
-    const Ref<NSTimeZone> kept = detail::TimeZoneDatabase(folder).zoneNamed(name);
-    const auto& zone = dynamic_cast<const icu::BasicTimeZone&>(*kept->implementation().zone);
-    std::ostringstream text;
-    icu::TimeZoneTransition change, same;
-    for (double moment = 946684800e3;
-         zone.getNextTransition(moment, false, change) && change.getTime() < 2208988800e3;
-         moment = change.getTime()) {
-      zone.getPreviousTransition(change.getTime() + 1, false, same);
-      text << std::fixed << "\n" << change.getTime() << " " << same.getTime() << ":";
-      for (double at = change.getTime() - 11e6; at < change.getTime() + 11e6; at += 900e3) {
-        std::int32_t standard = 0, saving = 0;
-        UErrorCode status = U_ZERO_ERROR;
-        zone.getOffset(at, false, standard, saving, status);
-        text << " " << standard << "+" << saving;
-        for (const auto option : options) {
-          zone.getOffsetFromLocal(at, option, option, standard, saving, status);
-          text << "," << standard << "+" << saving;
-        }
-      }
-    }
-    return text.str();
-  };
   for (const char* name : {"Europe/Paris", "Europe/Dublin", "America/Los_Angeles", "Asia/Tehran",
-                           "Australia/Sydney", "America/Sao_Paulo", "Asia/Pyongyang"})
-    EXPECT_EQ(described(zoneFolder.c_str(), name), described("/nonexistent", name)) << name;
-  EXPECT_GT(detail::TimeZoneDatabase("/nonexistent").names().size(), 400u);
+                           "Australia/Sydney", "America/Sao_Paulo", "Asia/Pyongyang"}) {
+    const Ref<NSTimeZone> zones[] = {detail::TimeZoneDatabase(zoneFolder).zoneNamed(name),
+                                     detail::TimeZoneDatabase("/nonexistent").zoneNamed(name)};
+    const auto zone = [&](int i) {
+      return dynamic_cast<const icu::BasicTimeZone*>(zones[i]->implementation().zone.get());
+    };
+    const auto offsets = [&](int i, double at, UTimeZoneLocalOption option) {
+      std::array<std::int32_t, 4> result{};
+      UErrorCode status = U_ZERO_ERROR;
+      zone(i)->getOffset(at, false, result[0], result[1], status);
+      zone(i)->getOffsetFromLocal(at, option, option, result[2], result[3], status);
+      return result;
+    };
+    icu::TimeZoneTransition ours, theirs;
+    for (double moment = 946684800e3;
+         zone(0)->getNextTransition(moment, false, ours) && ours.getTime() < 2208988800e3;
+         moment = ours.getTime()) {
+      zone(1)->getNextTransition(moment, false, theirs);
+      ASSERT_EQ(ours.getTime(), theirs.getTime()) << name;
+      for (double at = moment - 11e6; at < moment + 11e6; at += 900e3)
+        for (const auto option : {UCAL_TZ_LOCAL_FORMER, UCAL_TZ_LOCAL_LATTER,
+                                  UCAL_TZ_LOCAL_STANDARD_LATTER, UCAL_TZ_LOCAL_DAYLIGHT_FORMER})
+          ASSERT_EQ(offsets(0, at, option), offsets(1, at, option)) << name << " " << at;
+    }
+  }
 }
 
 TEST(NSTimeZone, MalformedFilesAreRefusedOrHarmless) {
   const std::string file = contentOf(zoneFolder / "Europe/Berlin");
-  ASSERT_TRUE(detail::timeZoneRulesFromFile(file));
   for (std::size_t place = 0; place < file.size(); ++place) {
     EXPECT_FALSE(detail::timeZoneRulesFromFile(file.substr(0, place))) << place;
     std::string changed = file;
@@ -218,49 +214,41 @@ TEST(NSTimeZone, ChangesOfTheSystemArePostedAfterTheZoneIsNew) {
   link(folder.localTime(), zoneFolder / "Asia/Tokyo");
   EXPECT_EQ(nameOf(NSTimeZone::systemTimeZone()), "Asia/Tokyo");
 
-  detail::Lock lock;
-  std::vector<std::string> posted;
+  std::string zones;
+  std::atomic<int> posts{0};
   const auto note = [&, main = std::this_thread::get_id()](const Ref<NSNotification>&) {
-    std::string zones =
-        nameOf(NSTimeZone::systemTimeZone()) + " " + nameOf(NSTimeZone::defaultTimeZone());
+    zones = nameOf(NSTimeZone::systemTimeZone()) + " " + nameOf(NSTimeZone::defaultTimeZone());
     if (std::this_thread::get_id() == main) zones += " here";
-    const detail::LockGuard guard(lock);
-    posted.push_back(zones);
+    ++posts;
   };
   const Ref<NSObject> token = NSNotificationCenter::defaultCenter()->addObserverForName(
       NSSystemTimeZoneDidChangeNotification, nullptr, nullptr, note);
-  const auto nextPost = [&] {
-    std::vector<std::string> result;
-    const auto isPosted = [&] {
-      const detail::LockGuard guard(lock);
-      result = std::exchange(posted, {});
-      return !result.empty();
-    };
-    waitUntil(isPosted, "the change of the zone is posted");
-    return result.size() == 1 ? result[0] : "several posts";
+  const auto post = [&](int number) {
+    waitUntil([&] { return posts == number; }, "the change of the zone is posted once");
+    return zones;
   };
 
   fs::create_symlink(zoneFolder / "Europe/Rome", draft);
   fs::rename(draft, folder.localTime());
-  EXPECT_EQ(nextPost(), "Europe/Rome Europe/Rome");
+  EXPECT_EQ(post(1), "Europe/Rome Europe/Rome");
   // Neither a removal, nor another file, nor half a file, nor the same zone again is a change.
   fs::remove(folder.localTime());
   write(draft, "x");
   write(folder.localTime(), "TZif2");
   link(folder.localTime(), zoneFolder / "Europe/Rome");
   link(folder.localTime(), zoneFolder / "America/Lima");
-  EXPECT_EQ(nextPost(), "America/Lima America/Lima");
+  EXPECT_EQ(post(2), "America/Lima America/Lima");
   NSTimeZone::setDefaultTimeZone(NSTimeZone::timeZoneWithName("UTC"));
   fs::remove(folder.localTime());
   write(folder.path / "timezone", "Asia/Kathmandu");
   write(folder.localTime(), contentOf(zoneFolder / "Asia/Kathmandu"));
-  EXPECT_EQ(nextPost(), "Asia/Kathmandu UTC");
+  EXPECT_EQ(post(3), "Asia/Kathmandu UTC");
   NSTimeZone::setDefaultTimeZone(nullptr);
 
   setenv("TZ", "Africa/Cairo", 1);  // which only the host can notice
   EXPECT_EQ(nameOf(NSTimeZone::systemTimeZone()), "Asia/Kathmandu");
   NSTimeZone::systemTimeZoneDidChange();
-  EXPECT_EQ(nextPost(), "Africa/Cairo Africa/Cairo here");
+  EXPECT_EQ(post(4), "Africa/Cairo Africa/Cairo here");
   NSNotificationCenter::defaultCenter()->removeObserver(token);
 }
 
