@@ -1,5 +1,5 @@
-#include <ZEBPlatform/Text/CharacterTraitsPrivate.h>
 #include <ZEBPlatform/Text/UnicodeProperties.h>
+#include <ZEBPlatform/Text/detail/CharacterTraits.h>
 #include <unicode/uchar.h>
 
 namespace zeb {
@@ -64,8 +64,8 @@ ComposingClass CharacterTraits::classElsewhere(char32_t codePoint) noexcept {
   // Ideographs, and the syllables of Hangul, which only its single letters (unknown) continue.
   if (isIn(0x3400, 0x9FFF) || isIn(0xAC00, 0xD7A3)) return ComposingClass::plain;
   if (isIn(0xD800, 0xDFFF)) return ComposingClass::plain;
-  // Variation selectors, and the tags that spell the flags of regions.
-  if (isIn(0xFE00, 0xFE0F) || isIn(0xE0020, 0xE007F)) return ComposingClass::extending;
+  // The tags that spell the flags of regions.
+  if (isIn(0xE0020, 0xE007F)) return ComposingClass::extending;
   return ComposingClass::unknown;
 }
 

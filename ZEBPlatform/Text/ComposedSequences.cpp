@@ -1,5 +1,5 @@
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
-#include <ZEBPlatform/Text/ComposedSequencesPrivate.h>
+#include <ZEBPlatform/Text/detail/ComposedSequences.h>
 #include <unicode/ubrk.h>
 
 #include <algorithm>
@@ -56,11 +56,6 @@ std::size_t codePointEnd(std::u16string_view units, std::size_t start) noexcept 
 }
 
 }  // namespace
-
-ComposingClass ComposedSequences::classAt(std::size_t index, std::size_t& next) const noexcept {
-  next = index;
-  return traits_.composingClass(nextScalar(units_, next));
-}
 
 ComposingClass ComposedSequences::classBefore(std::size_t index) const noexcept {
   return classAt(codePointStart(units_, index - 1), index);

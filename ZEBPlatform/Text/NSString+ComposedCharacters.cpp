@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/NSException.h>
-#include <ZEBPlatform/Text/ComposedSequencesPrivate.h>
 #include <ZEBPlatform/Text/NSString+ComposedCharacters.h>
+#include <ZEBPlatform/Text/detail/ComposedSequences.h>
 
 #include <string_view>
 

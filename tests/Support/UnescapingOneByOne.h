@@ -50,11 +50,9 @@ inline void unescapeOneByOne(std::u16string& text, std::vector<NSRange>& ranges)
     text.replace(start, end - start, replacement);
     const std::size_t delta = replacement.size() - (end - start);  // modulo machine words
     for (NSRange& range : ranges) {
-      if (start >= range.location && end <= range.location + range.length) {
-        range.length += delta;
-      } else if (range.location >= end) {
-        range.location += delta;
-      }
+      const bool isInside = start >= range.location && end <= range.location + range.length;
+      if (isInside) range.length += delta;
+      if (!isInside && range.location >= end) range.location += delta;
     }
     start += replacement.size();
   }

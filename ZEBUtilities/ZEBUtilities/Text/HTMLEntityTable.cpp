@@ -88,6 +88,16 @@ constexpr auto packedNames = [] {
 }();
 static_assert(std::ranges::is_sorted(packedNames));
 
+/// Where the names with a first character begin in the table; those with the next one follow them.
+constexpr auto firstNames = [] {
+  std::array<std::uint8_t, 0x81> first{};
+  for (std::size_t character = 0; character < first.size(); ++character) {
+    const auto name = std::ranges::lower_bound(packedNames, PackedEntityName{character} << 56);
+    first[character] = static_cast<std::uint8_t>(name - packedNames.begin());
+  }
+  return first;
+}();
+
 /// Searching goes on one by one when so few names are left.
 constexpr std::size_t maxComparedOneByOne = 5;
 
@@ -112,8 +122,10 @@ char16_t unitOfEntity(PackedEntityName name) noexcept {
     default:
       break;
   }
-  std::size_t first = 0;
-  std::size_t count = packedNames.size();
+  const std::size_t character = name >> 56;
+  if (character >= 0x80) return 0;
+  std::size_t first = firstNames[character];
+  std::size_t count = firstNames[character + 1] - first;
   while (count > maxComparedOneByOne) {
     const std::size_t half = count / 2;
     if (packedNames[first + half] <= name) first += half;

@@ -21,10 +21,6 @@ constexpr bool isDigit(char16_t unit) noexcept { return unit >= u'0' && unit <= 
 constexpr char16_t lowercase(char16_t unit) noexcept {
   return static_cast<char16_t>(unit >= u'A' && unit <= u'Z' ? unit | 0x20 : unit);
 }
-constexpr bool isLetter(char16_t unit) noexcept {
-  return lowercase(unit) >= u'a' && lowercase(unit) <= u'z';
-}
-
 /// The character with this number, or 0 if it is a control character below U+0020, a surrogate or
 /// outside Unicode.
 constexpr char32_t usableCharacter(std::uint64_t value) noexcept {
@@ -56,15 +52,20 @@ class ReferenceReader {
     return unit() == u';' ? Candidate{place_ + 1, replacement} : noReference;
   }
 
+  /// Characters that no name contains need not be looked for, because the table has no name with
+  /// them; except for NUL, which would be taken for the end of a shorter name.
   Candidate readName() noexcept {
     PackedEntityName name = 0;
-    std::size_t length = 0;
-    for (; isLetter(unit()) || isDigit(unit()); ++place_, ++length) {
-      if (length == maxEntityNameLength) return noReference;
-      name = name << 8 | unit();
+    const std::size_t start = place_;
+    const std::size_t end = std::min(text_.size(), start + maxEntityNameLength + 1);
+    for (; place_ < end && text_[place_] != u';'; ++place_) {
+      const auto unit = static_cast<char16_t>(text_[place_]);
+      if (unit == 0 || unit >= 0x80) return noReference;
+      name = name << 8 | unit;
     }
-    if (length == 0 || unit() != u';') return noReference;
-    return ending(unitOfEntity(name << 8 * (maxEntityNameLength - length)));
+    const std::size_t length = place_ - start;
+    if (length == 0 || place_ == end) return noReference;
+    return {place_ + 1, unitOfEntity(name << 8 * (maxEntityNameLength - length))};
   }
 
   /// All decimal digits of Unicode count as digits, but the value is that of the ASCII digits at

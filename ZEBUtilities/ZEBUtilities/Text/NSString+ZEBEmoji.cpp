@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
-#include <ZEBPlatform/Text/NSString+ComposedCharacters.h>
 #include <ZEBPlatform/Text/UnicodeProperties.h>
+#include <ZEBPlatform/Text/detail/ComposedSequences.h>
 #include <ZEBUtilities/Text/NSString+ZEBEmoji.h>
 
 #include <string_view>
@@ -60,12 +60,13 @@ bool zeb_containsOnlyEmoji(const NSString& string) {
   const std::u16string_view units = string.utf16View();
   // Text that is stored as ASCII has no keycaps.
   if (units.empty() || !mayBeginEmoji(units.front())) return false;
-  bool isOnlyEmoji = true;
-  enumerateComposedCharacterSequences(string, [&](NSRange sequence, bool& stop) {
-    isOnlyEmoji = isEmoji(characterData(units.substr(sequence.location, sequence.length)));
-    stop = !isOnlyEmoji;
-  });
-  return isOnlyEmoji;
+  detail::ComposedSequences sequences(units);
+  for (std::size_t start = 0; start < units.size();) {
+    const std::size_t end = sequences.endFrom(start);
+    if (!isEmoji(characterData(units.substr(start, end - start)))) return false;
+    start = end;
+  }
+  return true;
 }
 
 ZEBEmojiCharacterData _zeb_emojiCharacterData(const NSString& string) noexcept {

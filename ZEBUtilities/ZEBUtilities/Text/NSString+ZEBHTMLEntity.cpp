@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Foundation/detail/ArrayBuilder.h>
 #include <ZEBPlatform/Foundation/detail/StringBuilding.h>
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 #include <ZEBPlatform/Geometry/NSValue.h>
@@ -7,7 +8,6 @@
 #include <ZEBUtilities/Text/TextRangeAdjustmentPrivate.h>
 
 #include <algorithm>
-#include <concepts>
 #include <cstring>
 #include <span>
 #include <string>
@@ -31,15 +31,25 @@ bool giveASCII(References references) noexcept {
   });
 }
 
-template <class From, class To>
-To* copyUnits(const From* from, const From* end, To* to) noexcept {
-  if constexpr (std::same_as<From, To>) {
-    const auto count = static_cast<std::size_t>(end - from);
-    std::memmove(to, from, count * sizeof(To));
-    return to + count;
-  } else {
-    return std::copy(from, end, to);
+template <class Unit>
+Unit* copyUnits(const Unit* from, const Unit* end, Unit* to) noexcept {
+  const auto count = static_cast<std::size_t>(end - from);
+  std::memmove(to, from, count * sizeof(Unit));
+  return to + count;
+}
+
+char16_t* copyUnits(const char* from, const char* end, char16_t* to) noexcept {
+  // Through arrays of fixed length, which compilers convert with vectors.
+  constexpr std::size_t blockLength = 16;
+  for (; end - from >= static_cast<std::ptrdiff_t>(blockLength);
+       from += blockLength, to += blockLength) {
+    unsigned char bytes[blockLength];
+    char16_t units[blockLength];
+    std::memcpy(bytes, from, sizeof bytes);
+    for (std::size_t i = 0; i < blockLength; ++i) units[i] = bytes[i];
+    std::memcpy(to, units, sizeof units);
   }
+  return std::copy(from, end, to);
 }
 
 /// Writes the text with its references replaced. `to` may be the text itself, because it never
@@ -93,14 +103,13 @@ std::vector<detail::HTMLReference> referencesIn(const NSString& string) {
 NSArray adjustedRanges(const NSArray& ranges, References references) {
   if (ranges.empty()) return ranges.copy();
   detail::TextRangeAdjustment adjustment(references);
-  std::vector<Value> adjusted(ranges.begin(), ranges.end());
-  for (Value& value : adjusted) {
+  detail::ArrayBuilder adjusted(ranges.count());
+  for (const Value& value : ranges) {
     const NSRange* range = unboxed<NSRange>(value);
-    if (!range) continue;
-    const NSRange moved = adjustment.adjusted(*range);
-    if (moved != *range) value = boxed(moved);
+    const NSRange moved = range ? adjustment.adjusted(*range) : NSRange();
+    adjusted.append(range && moved != *range ? boxed(moved) : value);
   }
-  return NSArray::arrayWithObjects(adjusted);
+  return adjusted.finish();
 }
 
 }  // namespace

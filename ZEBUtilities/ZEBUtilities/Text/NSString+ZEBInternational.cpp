@@ -1,4 +1,5 @@
 #include <ZEBUtilities/Text/NSString+ZEBInternational.h>
+#include <ZEBUtilities/Text/UnitBlocksPrivate.h>
 #include <ZEBUtilities/Text/ZEBInternational.h>
 
 #include <algorithm>
@@ -18,44 +19,41 @@ constexpr std::size_t maxStatusLength = 140;
 /// The share of right-to-left characters above which a text begins at the right.
 constexpr float maxShareFromLeft = 0.3f;
 
-// The tests of units have no branches, so that compilers make loops over vectors of them.
-
-constexpr bool isBetween(char16_t unit, char16_t first, char16_t last) noexcept {
-  return static_cast<std::uint16_t>(unit - first) <= last - first;
+detail::UnitBlock areRightToLeft(detail::UnitBlock units) noexcept {
+  return detail::isBetween(units, 0x0590, 0x08FF) | detail::isBetween(units, 0xFB1D, 0xFDFD) |
+         detail::isBetween(units, 0xFE70, 0xFEFC);
 }
 
-constexpr bool isRightToLeft(char16_t unit) noexcept {
-  return isBetween(unit, 0x0590, 0x08FF) | isBetween(unit, 0xFB1D, 0xFDFD) |
-         isBetween(unit, 0xFE70, 0xFEFC);
-}
+constexpr char16_t arabicLetterMark = 0x061C;  // the control among the right-to-left characters
 
 constexpr bool isDirectionControl(char16_t unit) noexcept {
-  return (unit == 0x061C) | isBetween(unit, leftToRightMark, rightToLeftMark) |
-         isBetween(unit, 0x202A, 0x202E) | isBetween(unit, 0x2066, 0x2069);
+  return unit == arabicLetterMark || unit == leftToRightMark || unit == rightToLeftMark ||
+         (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
 }
 
-/// The number of units that pass the test. Counts in blocks whose length the compiler knows and
-/// whose counts fit into 16 bits.
-template <class Test>
-std::size_t countUnits(std::u16string_view units, Test test) noexcept {
-  constexpr std::size_t blockLength = 64;
-  std::size_t count = 0;
-  for (; units.size() >= blockLength; units.remove_prefix(blockLength)) {
-    std::uint16_t inBlock = 0;
-    for (std::size_t i = 0; i < blockLength; ++i) {
-      inBlock = static_cast<std::uint16_t>(inBlock + test(units[i]));
-    }
-    count += inBlock;
-  }
-  return count + static_cast<std::size_t>(std::count_if(units.begin(), units.end(), test));
+/// Also sets lanes of other rare characters.
+detail::UnitBlock mayBeDirectionControls(detail::UnitBlock units) noexcept {
+  return detail::isBetween(units, leftToRightMark, 0x2069) |
+         detail::isUnit(units, arabicLetterMark);
+}
+
+bool mayHaveDirectionControls(std::u16string_view units) noexcept {
+  detail::UnitBlock found{};
+  detail::forEachBlock(units,
+                       [&](detail::UnitBlock block) { found |= mayBeDirectionControls(block); });
+  return detail::anySet(found);
 }
 
 bool shouldBeRenderedFromRight(std::u16string_view units) noexcept {
-  const std::size_t rightToLeft = countUnits(
-      units, [](char16_t unit) { return isRightToLeft(unit) & !isDirectionControl(unit); });
+  auto rightToLeft = static_cast<std::ptrdiff_t>(detail::countUnits(units, areRightToLeft));
   if (rightToLeft == 0) return false;
-  const std::size_t counted = units.size() - countUnits(units, isDirectionControl);
-  return static_cast<float>(rightToLeft) / static_cast<float>(counted) > maxShareFromLeft;
+  auto counted = static_cast<std::ptrdiff_t>(units.size());
+  if (mayHaveDirectionControls(units)) {
+    counted -= std::ranges::count_if(units, isDirectionControl);
+    rightToLeft -= std::ranges::count(units, arabicLetterMark);
+  }
+  return rightToLeft > 0 &&
+         static_cast<float>(rightToLeft) / static_cast<float>(counted) > maxShareFromLeft;
 }
 
 }  // namespace
@@ -65,9 +63,11 @@ bool shouldBeRenderedFromRight(std::u16string_view units) noexcept {
 
 bool zeb_containsRTLCharacters(const NSString& string) noexcept {
   std::u16string_view units = string.utf16View();
-  for (constexpr std::size_t lengthAtOnce = 1024; !units.empty();) {
+  for (constexpr std::size_t lengthAtOnce = 64; !units.empty();) {
     const std::u16string_view part = units.substr(0, lengthAtOnce);
-    if (countUnits(part, isRightToLeft) > 0) return true;
+    detail::UnitBlock found{};
+    detail::forEachBlock(part, [&](detail::UnitBlock block) { found |= areRightToLeft(block); });
+    if (detail::anySet(found)) return true;
     units.remove_prefix(part.size());
   }
   return false;
@@ -83,9 +83,9 @@ bool zeb_statusTextShouldBeRenderedFromRight(const NSString& string) noexcept {
 
 NSString zeb_stringByRemovingAllDirectionControlCharacters(const NSString& string) {
   if (string.empty()) return string;
-  if (countUnits(string.utf16View(), isDirectionControl) == 0) return string.copy();
+  if (!mayHaveDirectionControls(string.utf16View())) return string.copy();
   std::u16string units = string.utf16();
-  std::erase_if(units, isDirectionControl);
+  if (std::erase_if(units, isDirectionControl) == 0) return string.copy();
   return NSString(std::u16string_view(units));
 }
 

@@ -5,29 +5,51 @@
 
 namespace zeb::detail {
 
+namespace {
+
+/// Shorter ways through references are followed again each time, which costs less than notes.
+constexpr std::size_t maxStepsWithoutNote = 8;
+
+}  // namespace
+
 std::size_t TextRangeAdjustment::shrinkBefore(std::size_t reference) const noexcept {
   if (reference < references_.size()) return references_[reference].shrinkBefore;
   if (references_.empty()) return 0;
   return references_.back().shrinkBefore + references_.back().shrink();
 }
 
+std::size_t TextRangeAdjustment::firstEndingAfter(std::size_t position,
+                                                  std::size_t from) const noexcept {
+  // The distance doubles, because the reference is usually near.
+  std::size_t distance = 1;
+  std::size_t to = from;
+  while (to < references_.size() && references_[to].end <= position) {
+    from = to + 1;
+    to += distance;
+    distance *= 2;
+  }
+  const auto candidates = references_.subspan(from, std::min(to, references_.size()) - from);
+  const auto found = std::ranges::upper_bound(candidates, position, {}, &HTMLReference::end);
+  return from + static_cast<std::size_t>(found - candidates.begin());
+}
+
 TextRangeAdjustment::Place TextRangeAdjustment::settled(Place place) {
   std::vector<std::size_t> positions;
-  for (;;) {
-    const auto after = std::upper_bound(
-        references_.begin() + static_cast<std::ptrdiff_t>(place.reference), references_.end(),
-        place.position, [](std::size_t position, const HTMLReference& reference) {
-          return position < reference.end;
-        });
-    place.reference = static_cast<std::size_t>(after - references_.begin());
-    if (after == references_.end() || after->start >= place.position) break;
-    if (const auto known = settledPlaces_.find(place.position); known != settledPlaces_.end()) {
-      place = known->second;
-      break;
+  for (std::size_t steps = 0;; ++steps) {
+    place.reference = firstEndingAfter(place.position, place.reference);
+    if (place.reference == references_.size()) break;
+    const HTMLReference& reference = references_[place.reference];
+    if (reference.start >= place.position) break;
+    if (steps >= maxStepsWithoutNote) {
+      const auto known = settledPlaces_.find(place.position);
+      if (known != settledPlaces_.end()) {
+        place = known->second;
+        break;
+      }
+      positions.push_back(place.position);
     }
-    positions.push_back(place.position);
     // The place stays in the unescaped text: it is now further back in what is still escaped.
-    place.position += after->shrink();
+    place.position += reference.shrink();
     ++place.reference;
   }
   for (const std::size_t position : positions) settledPlaces_.emplace(position, place);
@@ -35,7 +57,10 @@ TextRangeAdjustment::Place TextRangeAdjustment::settled(Place place) {
 }
 
 NSRange TextRangeAdjustment::adjusted(NSRange range) {
-  const Place start = settled({range.location, 0});
+  // Ranges are often in order, so that the search begins where the last one did.
+  const bool isBehind = range.location >= last_.position;
+  last_ = {range.location, firstEndingAfter(range.location, isBehind ? last_.reference : 0)};
+  const Place start = settled(last_);
   const std::size_t shrinkBeforeStart = shrinkBefore(start.reference);
   const std::size_t location = start.position - shrinkBeforeStart;
   // If this wraps around, no remaining reference is before it, and the length stays.
@@ -46,8 +71,8 @@ NSRange TextRangeAdjustment::adjusted(NSRange range) {
   if (isBeyond) {
     return {location, range.length - (shrinkBefore(references_.size()) - shrinkBeforeStart)};
   }
-  const Place last = settled({end + shrinkBeforeStart, start.reference});
-  return {location, last.position - shrinkBefore(last.reference) - location};
+  const Place stop = settled({end + shrinkBeforeStart, start.reference});
+  return {location, stop.position - shrinkBefore(stop.reference) - location};
 }
 
 }  // namespace zeb::detail

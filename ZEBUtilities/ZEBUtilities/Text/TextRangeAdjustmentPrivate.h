@@ -18,10 +18,10 @@ namespace zeb::detail {
 /// Ranges may be anywhere, also beyond the end of the text; a range whose end exceeds the range of
 /// machine words wraps around and contains nothing.
 ///
-/// Each range takes a binary search for each of its ends. An end inside a reference "stays" while
-/// the text behind it moves, so that it may get into a later reference and so on; the outcome of
-/// each such place is noted, so that no place is followed twice. All ranges together therefore take
-/// at most one search for each unit that is inside a reference.
+/// Each end of a range takes a binary search. An end inside a reference "stays" while the text
+/// behind it moves, so that it may get into a later reference and so on; the outcomes of long ways
+/// are noted, so that no place is followed twice. All ranges together therefore take at most a few
+/// searches for each range, and one for each unit that is inside a reference.
 class TextRangeAdjustment {
  public:
   explicit TextRangeAdjustment(std::span<const HTMLReference> references) noexcept
@@ -36,12 +36,15 @@ class TextRangeAdjustment {
     std::size_t reference;  ///< the first reference that is still to be replaced
   };
 
+  /// The first reference at or after `from` that ends after the position.
+  std::size_t firstEndingAfter(std::size_t position, std::size_t from) const noexcept;
   /// Replaces references as long as they are before the place or around it.
   Place settled(Place place);
   /// By how much the references before this one shrink the text.
   std::size_t shrinkBefore(std::size_t reference) const noexcept;
 
   std::span<const HTMLReference> references_;
+  Place last_{0, 0};  ///< where the last range began, before it was settled
   std::unordered_map<std::size_t, Place> settledPlaces_;  ///< by positions inside references
 };
 

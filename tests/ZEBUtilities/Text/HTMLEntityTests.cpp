@@ -53,28 +53,24 @@ TEST(HTMLEntities, NamesHaveTheirCodePoints) {
 
 TEST(HTMLEntities, UnescapingFollowsTheRules) {
   const std::string zeros(1000, '0');
+  // Names that are unknown, characters that may not be used, digits that are none, numbers that
+  // saturate, references without an end.
+  const std::string unchanged =
+      "&Lt;&APOS;&Nbsp;&AMp;&thetasyma;&thetasy;&a;&l\u00E9t;&31;&#31;&#9;&#0;&#xD800;&#xDFFF;"
+      "&#x110000;&#12a;&#xg;&#;&#x;&#X;&# 65;&#-65;&#+65;&#x "
+      "41;&#4294967361;&#18446744073709551681;"
+      "&#\u0666\u0665;&#65\u00E9;&;&&lt";
   const std::pair<std::string, std::string> cases[] = {
-      {"", ""},
       {"&lt;&LT;&gt;&GT;&amp;&AMP;&quot;&QUOT;&apos;", "<<>>&&\"\"'"},
-      {"&Lt;&APOS;&Nbsp;&AMp;&thetasyma;&thetasy;&a;",
-       "&Lt;&APOS;&Nbsp;&AMp;&thetasyma;&thetasy;&a;"},
-      {"&#65;&#x41;&#X41;&#x1F600;&#8230;", "AAA😀…"},
-      {"&#" + zeros + "65;&#x" + zeros + "41;", "AA"},
-      {"&#32;&#x7f;&#xD7FF;&#xE000;&#x10FFFF;", " \x7f\xED\x9F\xBF\xEE\x80\x80\xF4\x8F\xBF\xBF"},
-      {"&#31;&#9;&#0;&#xD800;&#xDFFF;&#x110000;", "&#31;&#9;&#0;&#xD800;&#xDFFF;&#x110000;"},
-      {"&#12a;&#xg;&#;&#x;&#X;&# 65;&#-65;&#+65;&#x 41;",
-       "&#12a;&#xg;&#;&#x;&#X;&# 65;&#-65;&#+65;&#x 41;"},
-      {"&#4294967361;&#99999999999999999999;",
-       "&#4294967361;&#99999999999999999999;"},  // saturates
-      {"&#x10000000000000041;", "A"},            // wraps
-      {"&#65٣;&#٦٥;&#65𝟛;&#65é;", "A&#٦٥;A&#65é;"},
-      {"&amp;lt;&amp;amp;amp;", "&lt;&amp;amp;"},
-      {"&;&&lt;&lt&gt;&", "&;&<&lt>&"},
-      {"&l\xC3\xA9t;&lt\xEF\xBB\xBF;", "&l\xC3\xA9t;&lt\xEF\xBB\xBF;"},
+      {"&#65;&#x41;&#X41;&#x1F600;&hellip;&#32;&#x7f;", "AAA😀… \x7f"},
+      {"&#xD7FF;&#xE000;&#x10FFFF;", "\xED\x9F\xBF\xEE\x80\x80\xF4\x8F\xBF\xBF"},
+      {"&#" + zeros + "65;&#x" + zeros + "41;&#x10000000000000041;", "AAA"},
+      {"&#65٣;&#65𝟛;", "AA"},
+      {"&amp;lt;&amp;amp;amp;&&lt;", "&lt;&amp;amp;&<"},
       {std::string("&lt\0;&\0lt;", 10), std::string("&lt\0;&\0lt;", 10)},
-  };
+      {unchanged, unchanged}};
   for (const auto& [escaped, expected] : cases)
-    EXPECT_EQ(zeb_stringByUnescapingHTMLEntities(escaped), NSString(expected)) << escaped;
+    EXPECT_EQ(zeb_stringByUnescapingHTMLEntities(escaped), NSString(expected));
   EXPECT_TRUE(zeb_stringByUnescapingHTMLEntities("&#65٣;").isASCII());
   EXPECT_TRUE(zeb_stringByUnescapingHTMLEntities(nullptr).isNil());
   const NSString same("& no reference;");
@@ -152,40 +148,15 @@ TEST(HTMLEntities, LargeTextsTakeLinearTime) {
 }
 
 TEST(Emoji, TextsOfEmojiOnly) {
-  const std::pair<const char16_t*, bool> cases[] = {
-      {u"", true},
-      {u"🇯🇵", true},
-      {u"🇯🇵🇩🇪", true},
-      {u"🇯", false},
-      {u"🇯🇵🇩", false},
-      {u"1", false},
-      {u"1\uFE0F\u20E3", true},
-      {u"#\u20E3*\u20E3", true},
-      {u"1\uFE0F", false},
-      {u"❤", true},
-      {u"❤\uFE0F", true},
-      {u"❤\uFE0E", false},
-      {u"😀 ", false},
-      {u" 😀", false},
-      {u"👨‍👩‍👧👍🏽🏴󠁧󠁢󠁥󠁮󠁧󠁿", true},
-      {u"©®™", true},
-      {u"😀a", false},
-      {u"a\u20E3", false},
-      {u"😀\u0301", true},
-      {u"\xD83D", false},
-      {u"\xDE00😀", false},
-      {u"😀\xD83D", false},
-      {u"é", false},
-      {u"\u200D😀", false},
-      {u"😀\U0001F1E6", false},
-      {u"\uFE0F", false}};
-  for (const auto& [units, expected] : cases)
-    EXPECT_EQ(zeb_containsOnlyEmoji(textOf(units)), expected) << textOf(units);
+  for (const char16_t* units :
+       {u"", u"🇯🇵", u"🇯🇵🇩🇪", u"1\uFE0F\u20E3", u"#\u20E3*\u20E3", u"❤\uFE0F", u"❤",
+        u"👨‍👩‍👧👍🏽🏴󠁧󠁢󠁥󠁮󠁧󠁿", u"©®™", u"😀\u0301"})
+    EXPECT_TRUE(zeb_containsOnlyEmoji(textOf(units))) << textOf(units);
+  for (const char16_t* units :
+       {u"1", u"🇯", u"🇯🇵🇩", u"1\uFE0F", u"❤\uFE0E", u"😀 ", u" 😀", u"😀a", u"a\u20E3", u"é",
+        u"\xD83D", u"\xDE00😀", u"😀\xD83D", u"\u200D😀", u"😀\U0001F1E6", u"\uFE0F"})
+    EXPECT_FALSE(zeb_containsOnlyEmoji(textOf(units))) << textOf(units);
   EXPECT_FALSE(zeb_containsOnlyEmoji(nullptr));
-  std::u16string many;
-  while (many.size() < 1'000'000) many += u"👩🏽‍🚀🇯🇵";
-  EXPECT_TRUE(zeb_containsOnlyEmoji(textOf(many)));
-  EXPECT_FALSE(zeb_containsOnlyEmoji(textOf(many + u'a')));
 }
 
 TEST(Emoji, DataOfTheFirstTwoCodePoints) {

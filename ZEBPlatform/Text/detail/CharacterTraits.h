@@ -27,6 +27,7 @@ class CharacterTraits {
   ComposingClass composingClass(char32_t codePoint) const noexcept {
     if (codePoint < low_.size()) return classIn(low_[codePoint]);
     if (codePoint - firstHigh < high_.size()) return classIn(high_[codePoint - firstHigh]);
+    if (codePoint - firstSelector < selectorCount) return ComposingClass::extending;
     return classElsewhere(codePoint);
   }
   bool isEmoji(char32_t codePoint) const noexcept {
@@ -41,6 +42,8 @@ class CharacterTraits {
   static constexpr std::uint8_t emojiFlag = 0x80;
   /// The blocks with pictographs above U+FFFF begin here.
   static constexpr char32_t firstHigh = 0x1F000;
+  static constexpr char32_t firstSelector = 0xFE00;
+  static constexpr char32_t selectorCount = 16;
 
   static ComposingClass classIn(std::uint8_t traits) noexcept {
     return static_cast<ComposingClass>(traits & ~emojiFlag);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <ZEBPlatform/Text/CharacterTraitsPrivate.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
+#include <ZEBPlatform/Text/detail/CharacterTraits.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -28,7 +29,11 @@ class ComposedSequences {
  private:
   static constexpr std::size_t unknownEnd = static_cast<std::size_t>(-1);
 
-  ComposingClass classAt(std::size_t index, std::size_t& next) const noexcept;
+  /// Moves `next` behind the code point.
+  ComposingClass classAt(std::size_t index, std::size_t& next) const noexcept {
+    next = index;
+    return traits_.composingClass(nextScalar(units_, next));
+  }
   ComposingClass classBefore(std::size_t index) const noexcept;
   /// `unknownEnd` if ICU has to decide.
   std::size_t knownEndFrom(std::size_t start) const noexcept;
