@@ -31,34 +31,41 @@ bool giveASCII(References references) noexcept {
   });
 }
 
+/// Copies the units from `from` to `end`. The destination may be the text itself.
 template <class Unit>
-Unit* copyUnits(const Unit* from, const Unit* end, Unit* to) noexcept {
-  const auto count = static_cast<std::size_t>(end - from);
-  std::memmove(to, from, count * sizeof(Unit));
-  return to + count;
+Unit* copyUnits(std::basic_string_view<Unit> text, std::size_t from, std::size_t end, Unit* to,
+                const Unit* /*toEnd*/) noexcept {
+  std::memmove(to, text.data() + from, (end - from) * sizeof(Unit));
+  return to + (end - from);
 }
 
-char16_t* copyUnits(const char* from, const char* end, char16_t* to) noexcept {
-  // Through arrays of fixed length, which compilers convert with vectors.
+char16_t* copyUnits(std::string_view text, std::size_t from, std::size_t end, char16_t* to,
+                    const char16_t* toEnd) noexcept {
+  // Through arrays of fixed length, which compilers convert with vectors. A block may go beyond
+  // `end`: what is written there is overwritten later.
   constexpr std::size_t blockLength = 16;
-  for (; end - from >= static_cast<std::ptrdiff_t>(blockLength);
-       from += blockLength, to += blockLength) {
+  while (from < end && text.size() - from >= blockLength &&
+         toEnd - to >= static_cast<std::ptrdiff_t>(blockLength)) {
     unsigned char bytes[blockLength];
     char16_t units[blockLength];
-    std::memcpy(bytes, from, sizeof bytes);
+    std::memcpy(bytes, text.data() + from, sizeof bytes);
     for (std::size_t i = 0; i < blockLength; ++i) units[i] = bytes[i];
     std::memcpy(to, units, sizeof units);
+    const std::size_t copied = std::min(blockLength, end - from);
+    from += copied;
+    to += copied;
   }
-  return std::copy(from, end, to);
+  return std::copy(text.data() + from, text.data() + end, to);
 }
 
-/// Writes the text with its references replaced. `to` may be the text itself, because it never
-/// overtakes what is still to be read.
+/// Writes the text with its references replaced, which then has `length` units. `to` may be the
+/// text itself, because it never overtakes what is still to be read.
 template <class Text, class To>
-void writeUnescaped(Text text, References references, To* to) noexcept {
+void writeUnescaped(Text text, References references, To* to, std::size_t length) noexcept {
+  const To* toEnd = to + length;
   std::size_t copied = 0;
   for (const detail::HTMLReference& reference : references) {
-    to = copyUnits(text.data() + copied, text.data() + reference.start, to);
+    to = copyUnits(text, copied, reference.start, to, toEnd);
     if (reference.replacement < 0x10000) {
       *to++ = static_cast<To>(reference.replacement);
     } else if constexpr (sizeof(To) > 1) {
@@ -67,28 +74,28 @@ void writeUnescaped(Text text, References references, To* to) noexcept {
     }
     copied = reference.end;
   }
-  copyUnits(text.data() + copied, text.data() + text.size(), to);
+  copyUnits(text, copied, text.size(), to, toEnd);
 }
 
 template <class Unit, class Text>
 NSString unescapedString(Text text, References references) {
   const std::size_t length = unescapedLength(text.size(), references);
   detail::StringStorage* storage = detail::newStringStorage<Unit>(length);
-  writeUnescaped(text, references, detail::contentOf<Unit>(storage));
+  writeUnescaped(text, references, detail::contentOf<Unit>(storage), length);
   return detail::adoptString(storage);
 }
 
 void unescapeInPlace(detail::MutableStringStorage& text, References references) {
   const std::size_t length = unescapedLength(text.length, references);
   if (text.isWide()) {
-    writeUnescaped(std::u16string_view(text.wide), references, text.wide.data());
+    writeUnescaped(std::u16string_view(text.wide), references, text.wide.data(), length);
     text.wide.resize(length);
   } else if (giveASCII(references)) {
-    writeUnescaped(std::string_view(text.narrow), references, text.narrow.data());
+    writeUnescaped(std::string_view(text.narrow), references, text.narrow.data(), length);
     text.narrow.resize(length);
   } else {
     std::u16string units(length, u'\0');
-    writeUnescaped(std::string_view(text.narrow), references, units.data());
+    writeUnescaped(std::string_view(text.narrow), references, units.data(), length);
     text.wide = std::move(units);
     text.narrow = std::string();
     text.flags |= detail::StorageWide;

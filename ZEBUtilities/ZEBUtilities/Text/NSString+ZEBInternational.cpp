@@ -37,18 +37,15 @@ detail::UnitBlock mayBeDirectionControls(detail::UnitBlock units) noexcept {
          detail::isUnit(units, arabicLetterMark);
 }
 
-bool mayHaveDirectionControls(std::u16string_view units) noexcept {
-  detail::UnitBlock found{};
-  detail::forEachBlock(units,
-                       [&](detail::UnitBlock block) { found |= mayBeDirectionControls(block); });
-  return detail::anySet(found);
-}
-
 bool shouldBeRenderedFromRight(std::u16string_view units) noexcept {
-  auto rightToLeft = static_cast<std::ptrdiff_t>(detail::countUnits(units, areRightToLeft));
-  if (rightToLeft == 0) return false;
+  detail::UnitBlock controls{};
+  const auto test = [&](detail::UnitBlock block) {
+    controls |= mayBeDirectionControls(block);
+    return areRightToLeft(block);
+  };
+  auto rightToLeft = static_cast<std::ptrdiff_t>(detail::countUnits(units, test));
   auto counted = static_cast<std::ptrdiff_t>(units.size());
-  if (mayHaveDirectionControls(units)) {
+  if (rightToLeft > 0 && detail::anySet(controls)) {
     counted -= std::ranges::count_if(units, isDirectionControl);
     rightToLeft -= std::ranges::count(units, arabicLetterMark);
   }
@@ -83,7 +80,10 @@ bool zeb_statusTextShouldBeRenderedFromRight(const NSString& string) noexcept {
 
 NSString zeb_stringByRemovingAllDirectionControlCharacters(const NSString& string) {
   if (string.empty()) return string;
-  if (!mayHaveDirectionControls(string.utf16View())) return string.copy();
+  detail::UnitBlock controls{};
+  detail::forEachBlock(string.utf16View(),
+                       [&](detail::UnitBlock block) { controls |= mayBeDirectionControls(block); });
+  if (!detail::anySet(controls)) return string.copy();
   std::u16string units = string.utf16();
   if (std::erase_if(units, isDirectionControl) == 0) return string.copy();
   return NSString(std::u16string_view(units));
