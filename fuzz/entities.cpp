@@ -5,7 +5,6 @@
 // The first byte says how many ranges follow, of two bytes each; the rest is the text, as UTF-8 or,
 // if the first byte is odd, as 16-bit units.
 
-#include <ZEBPlatform/Geometry/NSValue.h>
 #include <ZEBPlatform/Text/NSString+ComposedCharacters.h>
 #include <ZEBUtilities/Text.h>
 
@@ -17,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-#include "../tests/Support/UnescapingOneByOne.h"
+#include "UnescapingOneByOne.h"
 
 using namespace zeb;
 
@@ -30,21 +29,6 @@ void require(bool holds) {
 /// Values above 250 are near the ends of machine words.
 std::size_t placeOf(std::uint8_t byte) {
   return byte > 250 ? (byte & 1 ? NSNotFound : ~std::size_t{byte}) : byte;
-}
-
-void checkUnescaping(const NSString& text, std::vector<NSRange> ranges) {
-  NSMutableArray boxes;
-  for (const NSRange& range : ranges) boxes.addObject(boxed(range));
-  NSMutableString changed(text);
-  const NSArray adjusted = zeb_unescapeHTMLEntitiesAdjustingTextRanges(changed, boxes);
-
-  std::u16string units = text.utf16();
-  test::unescapeOneByOne(units, ranges);
-  require(changed.utf16() == units);
-  const NSString unescaped = zeb_stringByUnescapingHTMLEntities(text);
-  require(unescaped.utf16() == units);
-  require(unescaped.isASCII() == NSString(std::u16string_view(units)).isASCII());
-  for (std::size_t i = 0; i < ranges.size(); ++i) require(adjusted[i] == boxed(ranges[i]));
 }
 
 void checkSequences(const NSString& text) {
@@ -85,7 +69,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!units.empty()) std::memcpy(units.data(), bytes.data(), units.size() * sizeof(char16_t));
     text = NSString(std::u16string_view(units));
   }
-  checkUnescaping(text, ranges);
+  require(test::isUnescapedAsOneByOne(text, ranges));
   checkSequences(text);
   checkDirection(text);
   return 0;

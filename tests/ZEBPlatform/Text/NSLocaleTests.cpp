@@ -54,24 +54,17 @@ TEST(NSLocale, FollowsTheEnvironment) {
 
 TEST(NSLocale, HasTheComponentsOfItsIdentifier) {
   const std::pair<std::string, const char*> cases[] = {
-      {"de-at", "de_AT de (null) AT"},
-      {"zh-hant-HK", "zh_Hant_HK zh Hant HK"},
-      {"en_US_POSIX", "en_US_POSIX en (null) US"},
-      {"xx-XX", "xx_XX xx (null) XX"},
-      {std::string("pt\0_BR", 6), "pt pt (null) (null)"},
-      {"", " (null) (null) (null)"},
-      {"es-419", "es_419 es (null) 419"},
-  };
+      {"de-at", "de_AT de (null) AT"},   {"zh-hant-HK", "zh_Hant_HK zh Hant HK"},
+      {"xx-XX", "xx_XX xx (null) XX"},   {std::string("pt\0_BR", 6), "pt pt (null) (null)"},
+      {"", " (null) (null) (null)"},     {"en_US_POSIX", "en_US_POSIX en (null) US"},
+      {"es-419", "es_419 es (null) 419"}};
   for (const auto& [identifier, expected] : cases) {
-    const Ref<NSLocale> locale = NSLocale::localeWithLocaleIdentifier(identifier);
-    EXPECT_EQ(NSString::stringWithFormat("%@ %@ %@ %@", locale->localeIdentifier(),
-                                         locale->languageCode(), locale->scriptCode(),
-                                         locale->countryCode()),
+    const NSLocale& locale = *NSLocale::localeWithLocaleIdentifier(identifier);
+    EXPECT_EQ(locale.localeIdentifier() + " " + locale.languageCode().description() + " " +
+                  locale.scriptCode().description() + " " + locale.countryCode().description(),
               expected);
   }
   EXPECT_FALSE(NSLocale::localeWithLocaleIdentifier(nullptr));
-  EXPECT_LE(NSLocale::localeWithLocaleIdentifier(std::string(10'000, 'q'))->languageCode().length(),
-            156u);
 }
 
 TEST(NSLocale, ScriptsGiveTheDirection) {

@@ -118,7 +118,7 @@ TEST(CountryCodes, AreTheRawValuesOfTheCasesInOrder) {
       "UYUZYE");
   EXPECT_EQ(ISOCountryCodeWithRawValue("UA"), ISOCountryCode::unitedArabEmirates);
   for (const NSString& unknown : {NSString("AE"), NSString("ar"), NSString(""), NSString()})
-    EXPECT_EQ(ISOCountryCodeWithRawValue(unknown), std::nullopt);
+    EXPECT_FALSE(ISOCountryCodeWithRawValue(unknown));
   EXPECT_EQ(ISOLanguageCodeWithRawValue("ja"), ISOLanguageCode::japanese);
 }
 

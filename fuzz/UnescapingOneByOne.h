@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Geometry/NSValue.h>
 #include <ZEBUtilities/Text/NSString+ZEBAdditions.h>
 #include <ZEBUtilities/Text/NSString+ZEBHTMLEntity.h>
 
@@ -56,6 +57,22 @@ inline void unescapeOneByOne(std::u16string& text, std::vector<NSRange>& ranges)
     }
     start += replacement.size();
   }
+}
+
+/// Whether the library gives the same texts and ranges.
+inline bool isUnescapedAsOneByOne(const NSString& text, std::vector<NSRange> ranges) {
+  NSMutableArray boxes;
+  for (const NSRange& range : ranges) boxes.addObject(boxed(range));
+  NSMutableString changed(text);
+  const NSArray adjusted = zeb_unescapeHTMLEntitiesAdjustingTextRanges(changed, boxes);
+  const NSString unescaped = zeb_stringByUnescapingHTMLEntities(text);
+
+  std::u16string units = text.utf16();
+  unescapeOneByOne(units, ranges);
+  bool isSame = changed.utf16() == units && unescaped.utf16() == units &&
+                unescaped.isASCII() == NSString(std::u16string_view(units)).isASCII();
+  for (std::size_t i = 0; i < ranges.size(); ++i) isSame &= adjusted[i] == boxed(ranges[i]);
+  return isSame;
 }
 
 }  // namespace zeb::test
