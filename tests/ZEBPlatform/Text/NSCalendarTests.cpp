@@ -48,70 +48,59 @@ TEST(NSCalendar, TakesDatesApartAndPutsThemTogether) {
   EXPECT_EQ(calendar->dateFromComponents(parts), since1970(1640995200));
   parts->year = 6'000'000;
   EXPECT_TRUE(calendar->dateFromComponents(parts).isNil());
-  EXPECT_TRUE(calendar->dateFromComponents(nullptr).isNil() ||
-              calendar->components(allUnits, nullptr));
-  EXPECT_FALSE(NSCalendar::calendarWithIdentifier(nullptr) ||
+  EXPECT_TRUE(calendar->dateFromComponents(nullptr).isNil());
+  EXPECT_FALSE(calendar->components(allUnits, nullptr) ||
                NSCalendar::calendarWithIdentifier("mayan"));
 }
 
 TEST(NSCalendar, AddsByTheCalendarAndTimesBySeconds) {
   const DateSettings settings("en_US", "Europe/Berlin");
-  const Ref<NSCalendar> calendar = NSCalendar::calendarWithIdentifier("gregorian");
-  const auto added = [&](NSDate date, auto... parts) {
-    const Ref<NSDateComponents> amounts = makeRef<NSDateComponents>();
-    ((*amounts.*parts.first = parts.second), ...);
-    return calendar->dateByAddingComponents(amounts, date).timeIntervalSince1970();
-  };
   using Parts = NSDateComponents;
-  using Amount = std::pair<std::int64_t Parts::*, std::int64_t>;
-  EXPECT_EQ(added(since1970(leapDay), Amount(&Parts::year, 1)), leapDay + 365 * 86400);
-  EXPECT_EQ(added(since1970(leapDay), Amount(&Parts::month, 1), Amount(&Parts::day, 1)),
-            leapDay + 30 * 86400 - 3600);
-  EXPECT_EQ(added(since1970(leapDay), Amount(&Parts::weekOfYear, 5)), leapDay + 35 * 86400 - 3600);
-  EXPECT_EQ(added(since1970(leapDay), Amount(&Parts::hour, 35 * 24),
-                  Amount(&Parts::nanosecond, -250'000'000)),
-            leapDay + 35 * 86400 - 0.25);
+  const auto added = [](std::int64_t Parts::* part, std::int64_t amount, std::int64_t days = 0) {
+    const Ref<Parts> amounts = makeRef<Parts>();
+    amounts->day = days;
+    *amounts.*part = amount;
+    return NSCalendar::currentCalendar()->dateByAddingComponents(amounts, since1970(leapDay));
+  };
+  EXPECT_EQ(added(&Parts::year, 1), since1970(leapDay + 365 * 86400));
+  EXPECT_EQ(added(&Parts::month, 1, 1), since1970(leapDay + 30 * 86400 - 3600));
+  EXPECT_EQ(added(&Parts::weekOfYear, 5), since1970(leapDay + 35 * 86400 - 3600));
+  EXPECT_EQ(added(&Parts::hour, 35 * 24), since1970(leapDay + 35 * 86400));
+  EXPECT_EQ(added(&Parts::nanosecond, -250'000'000), since1970(leapDay - 0.25));
   for (const std::int64_t years : {std::int64_t{6'000'000}, INT64_MAX - 1, INT64_MIN})
-    EXPECT_EQ(added(since1970(0), Amount(&Parts::year, years)), 0);  // nil
+    EXPECT_TRUE(added(&Parts::year, years).isNil());
 }
 
 TEST(NSCalendar, DaysBeginAfterTheGapWhereMidnightIsSkipped) {
   const std::tuple<const char*, double, double> rows[] = {
       {"America/Sao_Paulo", 1541350800, 1541300400},  // 2018-11-04 began at 01:00 -02:00
       {"America/Havana", 1604250000, 1604203200},     // 2020-11-01 showed 00:00 twice
-      {"Europe/Berlin", 1585483200, 1585436400},
-      {"Asia/Kathmandu", 1585483200, 1585419300}};
+      {"Europe/Berlin", 1585483200, 1585436400}};
   for (const auto& [zone, noon, begin] : rows) {
     const DateSettings settings("en_US", zone);
     const Ref<NSCalendar> calendar = NSCalendar::currentCalendar();
     EXPECT_EQ(calendar->startOfDayForDate(since1970(noon)), since1970(begin)) << zone;
-    EXPECT_EQ(calendar->dateFromComponents(calendar->components(
-                  NSCalendarUnitYear | NSCalendarUnitMonth | NSCalendarUnitDay, since1970(noon))),
-              since1970(begin))
-        << zone;
+    constexpr auto day = NSCalendarUnitYear | NSCalendarUnitMonth | NSCalendarUnitDay;
+    const Ref<NSDateComponents> parts = calendar->components(day, since1970(noon));
+    EXPECT_EQ(calendar->dateFromComponents(parts), since1970(begin)) << zone;
   }
 }
 
 TEST(NSCalendar, ComparesDownToAUnit) {
   const DateSettings settings("en_US", "America/New_York");
   const Ref<NSCalendar> calendar = NSCalendar::currentCalendar();
-  // How many of the units from era to second a date shares with the leap day.
-  for (const auto& [other, shared] : {std::pair(leapDay + 0.5, 7),
-                                      {leapDay + 10, 5},
-                                      {leapDay + 1800, 4},
-                                      {1582952400., 4},
-                                      {1582952399., 3},
-                                      {leapDay + 86400, 2},
-                                      {leapDay + 365 * 86400, 1},
-                                      {-1e11, 0},
-                                      {NAN, 0}}) {
+  // How many of the units from era to second these dates share with the leap day.
+  std::string shared;
+  for (const double other : {leapDay + 0.5, leapDay + 10, leapDay + 1800, 1582952400., 1582952399.,
+                             leapDay + 86400, leapDay + 365 * 86400, -1e11, double{NAN}}) {
     int count = 0;
     for (const auto unit :
          {NSCalendarUnitEra, NSCalendarUnitYear, NSCalendarUnitMonth, NSCalendarUnitDay,
           NSCalendarUnitHour, NSCalendarUnitMinute, NSCalendarUnitSecond})
       count += calendar->isDate_equalToDate(since1970(leapDay), since1970(other), unit);
-    EXPECT_EQ(count, shared) << std::to_string(other);
+    shared += std::to_string(count);
   }
+  EXPECT_EQ(shared, "754432100");
   EXPECT_FALSE(calendar->isDate_equalToDate(nullptr, nullptr, NSCalendarUnitDay));
   EXPECT_FALSE(calendar->isDate_equalToDate(since1970(0), since1970(0), NSCalendarUnitNanosecond));
 }
