@@ -1,6 +1,6 @@
-// Uses the input as a text, cut into a text, a pattern and numbers, and calls everything that tests,
-// cuts or searches texts. All ranges lie inside their texts, and the fast implementations agree with
-// the general ones.
+// Uses the input as a text, a pattern and numbers, and calls everything that tests, cuts or
+// searches texts. All ranges lie inside their texts, and the fast implementations agree with the
+// general ones.
 
 #include <ZEBPlatform/Text.h>
 #include <ZEBPlatform/Text/detail/WordToken.h>

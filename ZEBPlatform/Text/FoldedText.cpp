@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Foundation/detail/StableSort.h>
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 #include <ZEBPlatform/Text/FoldedTextPrivate.h>
 #include <unicode/uchar.h>
@@ -5,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace zeb::detail {
 
@@ -21,17 +23,17 @@ std::uint8_t combiningClass(char32_t codePoint) noexcept {
   return u_getCombiningClass(static_cast<UChar32>(codePoint));
 }
 
-/// The order of combining marks that canonically equal texts have. `std::stable_sort` keeps long
-/// rows of marks from taking quadratic time.
+/// The order of combining marks that canonically equal texts have. Merging keeps long rows of marks
+/// from taking quadratic time.
 void sortMarks(std::u32string& text) {
-  for (auto begin = text.begin(); begin != text.end(); ++begin) {
-    if (combiningClass(*begin) == 0) continue;
-    const auto end =
-        std::find_if(begin, text.end(), [](char32_t mark) { return combiningClass(mark) == 0; });
-    std::stable_sort(begin, end, [](char32_t left, char32_t right) {
+  const auto isMark = [](char32_t codePoint) { return combiningClass(codePoint) != 0; };
+  for (auto begin = text.begin(); begin != text.end();) {
+    begin = std::find_if(begin, text.end(), isMark);
+    const auto end = std::find_if_not(begin, text.end(), isMark);
+    stableSort(std::span(begin, end), [](char32_t left, char32_t right) {
       return combiningClass(left) < combiningClass(right);
     });
-    begin = end - 1;
+    begin = end;
   }
 }
 

@@ -184,7 +184,8 @@ NSComparisonResult compareFolded(Left left, Right right) {
 /// Whether folding the case of the text depends on the language.
 bool dependsOnLanguage(const NSString& string) {
   return detail::withUnits(string, [](auto units) {
-    for (const char16_t unit : units) {
+    for (const auto stored : units) {
+      const auto unit = static_cast<char16_t>(stored);
       if (unit == u'i' || unit == u'I' || unit == u'\u0130' || unit == u'\u0131') return true;
     }
     return false;
