@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace zeb::detail {
 
@@ -132,8 +133,7 @@ std::size_t findAmpersand(std::u16string_view text, std::size_t from) noexcept {
 }
 
 template <class Text>
-std::vector<HTMLReference> findReferences(Text text) {
-  std::vector<HTMLReference> references;
+void findReferences(Text text, std::vector<HTMLReference>& references) {
   std::uint32_t shrink = 0;
   for (std::size_t place = findAmpersand(text, 0); place != text.npos;) {
     const Candidate candidate = ReferenceReader(text, place).read();
@@ -146,17 +146,46 @@ std::vector<HTMLReference> findReferences(Text text) {
     }
     place = findAmpersand(text, next);
   }
-  return references;
 }
+
+constexpr std::size_t maxKeptReferences = 128 * 1024 / sizeof(HTMLReference);
+
+/// What the thread keeps for its next text. Has no destructor, so that it can be used until the
+/// thread has ended.
+struct Kept {
+  std::vector<HTMLReference>* list;
+  bool threadIsEnding;
+};
+thread_local constinit Kept kept{};
+
+struct Keeper {
+  bool isArmed = false;
+  ~Keeper() {
+    kept.threadIsEnding = true;
+    delete std::exchange(kept.list, nullptr);
+  }
+};
+thread_local Keeper keeper;
 
 }  // namespace
 
-std::vector<HTMLReference> findHTMLReferences(std::string_view ascii) {
-  return findReferences(ascii);
+HTMLReferences::HTMLReferences() : list_(std::exchange(kept.list, nullptr)) {
+  if (!list_) list_ = std::make_unique<std::vector<HTMLReference>>();
+  keeper.isArmed = true;
 }
 
-std::vector<HTMLReference> findHTMLReferences(std::u16string_view units) {
-  return findReferences(units);
+HTMLReferences::HTMLReferences(std::string_view ascii) : HTMLReferences() {
+  findReferences(ascii, *list_);
+}
+
+HTMLReferences::HTMLReferences(std::u16string_view units) : HTMLReferences() {
+  findReferences(units, *list_);
+}
+
+HTMLReferences::~HTMLReferences() {
+  if (kept.list || kept.threadIsEnding || list_->capacity() > maxKeptReferences) return;
+  list_->clear();
+  kept.list = list_.release();
 }
 
 }  // namespace zeb::detail

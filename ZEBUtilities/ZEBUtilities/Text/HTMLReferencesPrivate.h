@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -19,10 +21,25 @@ struct HTMLReference {
   std::uint32_t shrink() const noexcept { return end - start - replacementLength(); }
 };
 
-/// The references that are to be replaced, in order. In linear time, whatever the text is: each
-/// "&" is followed only as far as what stands there can become a reference, which is not beyond the
-/// next "&".
-std::vector<HTMLReference> findHTMLReferences(std::string_view ascii);
-std::vector<HTMLReference> findHTMLReferences(std::u16string_view units);
+/// The references of a text that are to be replaced, in order. Found in linear time, whatever the
+/// text is: each "&" is followed only as far as what stands there can become a reference, which is
+/// not beyond the next "&".
+///
+/// The memory is that of the last text of the same thread. A thread keeps up to 128 KiB.
+class HTMLReferences {
+ public:
+  explicit HTMLReferences(std::string_view ascii);
+  explicit HTMLReferences(std::u16string_view units);
+  HTMLReferences(const HTMLReferences&) = delete;
+  HTMLReferences& operator=(const HTMLReferences&) = delete;
+  ~HTMLReferences();
+
+  std::span<const HTMLReference> list() const noexcept { return *list_; }
+
+ private:
+  HTMLReferences();
+
+  std::unique_ptr<std::vector<HTMLReference>> list_;
+};
 
 }  // namespace zeb::detail

@@ -12,7 +12,6 @@
 #include <span>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace zeb {
 
@@ -103,8 +102,8 @@ void unescapeInPlace(detail::MutableStringStorage& text, References references) 
   text.contentsChanged();
 }
 
-std::vector<detail::HTMLReference> referencesIn(const NSString& string) {
-  return detail::withUnits(string, [](auto text) { return detail::findHTMLReferences(text); });
+detail::HTMLReferences referencesIn(const NSString& string) {
+  return detail::withUnits(string, [](auto text) { return detail::HTMLReferences(text); });
 }
 
 NSArray adjustedRanges(const NSArray& ranges, References references) {
@@ -113,8 +112,13 @@ NSArray adjustedRanges(const NSArray& ranges, References references) {
   detail::ArrayBuilder adjusted(ranges.count());
   for (const Value& value : ranges) {
     const NSRange* range = unboxed<NSRange>(value);
-    const NSRange moved = range ? adjustment.adjusted(*range) : NSRange();
-    adjusted.append(range && moved != *range ? boxed(moved) : value);
+    if (!range) {
+      adjusted.append(value);
+      continue;
+    }
+    const NSRange moved = adjustment.adjusted(*range);
+    const bool isSame = moved.location == range->location && moved.length == range->length;
+    adjusted.append(isSame ? value : boxed(moved));
   }
   return adjusted.finish();
 }
@@ -122,7 +126,8 @@ NSArray adjustedRanges(const NSArray& ranges, References references) {
 }  // namespace
 
 NSString zeb_stringByUnescapingHTMLEntities(const NSString& string) {
-  const std::vector<detail::HTMLReference> references = referencesIn(string);
+  const detail::HTMLReferences found = referencesIn(string);
+  const References references = found.list();
   if (references.empty()) return string.copy();
   if (string.isASCII()) {
     return giveASCII(references) ? unescapedString<char>(string.asciiView(), references)
@@ -135,7 +140,8 @@ NSString zeb_stringByUnescapingHTMLEntities(const NSString& string) {
 }
 
 NSArray zeb_unescapeHTMLEntitiesAdjustingTextRanges(NSMutableString string, const NSArray& ranges) {
-  const std::vector<detail::HTMLReference> references = referencesIn(string);
+  const detail::HTMLReferences found = referencesIn(string);
+  const References references = found.list();
   if (references.empty()) return string.empty() ? ranges : ranges.copy();
   const NSArray adjusted = adjustedRanges(ranges, references);
   unescapeInPlace(*string.storageAs<detail::MutableStringStorage>(), references);
