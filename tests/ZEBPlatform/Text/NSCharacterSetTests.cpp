@@ -8,29 +8,27 @@
 namespace zeb::test {
 
 TEST(NSCharacterSet, WellKnownSetsFollowTheGeneralCategories) {
-  const struct {
-    const Ref<NSCharacterSet>& set;
-    std::u32string_view members, others;
-  } cases[] = {
-      {NSCharacterSet::whitespaceCharacterSet(), U" \t\u00A0\u1680\u2009\u202F\u3000",
+  using Set = NSCharacterSet;
+  // clang-format off
+  const struct { const Ref<Set>& set; std::u32string_view members, others; } cases[] = {
+      {Set::whitespaceCharacterSet(), U" \t\u00A0\u1680\u2009\u202F\u3000",
        U"\n\r\x85\u2028a\u200B"},
-      {NSCharacterSet::newlineCharacterSet(), U"\n\v\f\r\x85\u2028\u2029", U" \t\u00A0\x1F"},
-      {NSCharacterSet::whitespaceAndNewlineCharacterSet(), U" \t\n\v\f\r\x85\u2028\u2029\u3000",
+      {Set::newlineCharacterSet(), U"\n\v\f\r\x85\u2028\u2029", U" \t\u00A0\x1F"},
+      {Set::whitespaceAndNewlineCharacterSet(), U" \t\n\v\f\r\x85\u2028\u2029\u3000",
        U"\x08\x0E\u200B\uFEFFx"},
-      {NSCharacterSet::decimalDigitCharacterSet(), U"09\u0660\u0969\uFF11\U0001D7CE",
+      {Set::decimalDigitCharacterSet(), U"09\u0660\u0969\uFF11\U0001D7CE",
        U"aF\u00B2\u2167\U00010107"},
-      {NSCharacterSet::controlCharacterSet(), U"\x01\x7F\u00AD\u200B\u2066\uFEFF\U000E0041",
-       U" a\u2028"},
-      {NSCharacterSet::illegalCharacterSet(), U"\u0378\uFFFE\uFDD0\U0001FFFF\U000E0000\U0010FFFF",
+      {Set::controlCharacterSet(), U"\x01\x7F\u00AD\u200B\u2066\uFEFF\U000E0041", U" a\u2028"},
+      {Set::illegalCharacterSet(), U"\u0378\uFFFE\uFDD0\U0001FFFF\U000E0000\U0010FFFF",
        U"a\uE000\U0001F600\U000F0000"},
-      {NSCharacterSet::letterCharacterSet(), U"aZ\u00E9\u0301\u0627\u4E00\U00010400", U"1_ \u2167"},
-      {NSCharacterSet::uppercaseLetterCharacterSet(), U"A\u00C9\u01C5\U00010400", U"a\u2160"},
-      {NSCharacterSet::lowercaseLetterCharacterSet(), U"a\u00DF\U00010428", U"A\u01C5"},
-      {NSCharacterSet::alphanumericCharacterSet(), U"a1\u2167\u0301\u00B2", U"_-\u20AC"},
-      {NSCharacterSet::nonBaseCharacterSet(), U"\u0301\u0903\U000E0100", U"a "},
-      {NSCharacterSet::punctuationCharacterSet(), U"_-(\u00BF\u3001", U"+$a"},
-      {NSCharacterSet::symbolCharacterSet(), U"+$\u20AC\U0001F600", U"_a"},
-  };
+      {Set::letterCharacterSet(), U"aZ\u00E9\u0301\u0627\u4E00\U00010400", U"1_ \u2167"},
+      {Set::uppercaseLetterCharacterSet(), U"A\u00C9\u01C5\U00010400", U"a\u2160"},
+      {Set::lowercaseLetterCharacterSet(), U"a\u00DF\U00010428", U"A\u01C5"},
+      {Set::alphanumericCharacterSet(), U"a1\u2167\u0301\u00B2", U"_-\u20AC"},
+      {Set::nonBaseCharacterSet(), U"\u0301\u0903\U000E0100", U"a "},
+      {Set::punctuationCharacterSet(), U"_-(\u00BF\u3001", U"+$a"},
+      {Set::symbolCharacterSet(), U"+$\u20AC\U0001F600", U"_a"}};
+  // clang-format on
   for (const auto& [set, members, others] : cases) {
     const Ref<NSCharacterSet> inverted = set->invertedSet();
     for (const auto& [characters, isMember] : {std::pair(members, true), {others, false}}) {
@@ -62,27 +60,17 @@ TEST(NSCharacterSet, ChangesAgreeWithASimpleSet) {
       const NSRange range{first, length};
       const Ref<NSCharacterSet> before = set->copy();
       const Ref<NSMutableCharacterSet> other = before->mutableCopy();
-      switch (random() % 5) {
-        case 0:
-          set->removeCharactersInRange(range);
-          for (std::size_t i = 0; i < length; ++i) model.erase(static_cast<char32_t>(first + i));
-          break;
-        case 1: {
-          const Ref<NSCharacterSet> kept = NSCharacterSet::characterSetWithRange(range);
-          set->formIntersectionWithCharacterSet(kept->invertedSet());
-          for (std::size_t i = 0; i < length; ++i) model.erase(static_cast<char32_t>(first + i));
-          break;
-        }
-        case 2:
-          set->formUnionWithCharacterSet(NSCharacterSet::characterSetWithRange(range));
-          set->invert();
-          set->invert();
-          [[fallthrough]];
-        default:
-          set->addCharactersInRange(range);
-          for (std::size_t i = 0; i < length && first + i <= NSCharacterSet::maxCodePoint; ++i) {
-            model.insert(static_cast<char32_t>(first + i));
-          }
+      const bool isAdded = random() % 5 > 1;
+      if (random() % 2) {
+        isAdded ? set->addCharactersInRange(range) : set->removeCharactersInRange(range);
+      } else {
+        const Ref<NSCharacterSet> change = NSCharacterSet::characterSetWithRange(range);
+        isAdded ? set->formUnionWithCharacterSet(change)
+                : set->formIntersectionWithCharacterSet(change->invertedSet());
+      }
+      for (std::size_t i = first; i < first + length && i <= NSCharacterSet::maxCodePoint; ++i) {
+        isAdded ? void(model.insert(static_cast<char32_t>(i)))
+                : void(model.erase(static_cast<char32_t>(i)));
       }
       EXPECT_TRUE(before->isEqual(*other) && before->hash() == other->hash());
     }

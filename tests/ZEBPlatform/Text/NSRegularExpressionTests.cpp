@@ -11,6 +11,7 @@ static Ref<NSRegularExpression> expression(const NSString& pattern, std::uint64_
 }
 
 TEST(NSRegularExpression, FindsAndReplaces) {
+  // clang-format off
   const struct {
     NSString pattern;
     std::uint64_t options, matching;
@@ -21,25 +22,11 @@ TEST(NSRegularExpression, FindsAndReplaces) {
     NSString replacement, result;
   } cases[] = {
       {"a+", 0, 0, "caaab a", {0, 7}, 2, {1, 3}, "<$0>", "c<aaa>b <a>"},
-      {"(b)|(c)",
-       0,
-       0,
-       "abc",
-       {0, 3},
-       2,
-       {1, 1},
-       "[$1|$2|$7|\\$1|\\\\|$]",
+      {"(b)|(c)", 0, 0, "abc", {0, 3}, 2, {1, 1}, "[$1|$2|$7|\\$1|\\\\|$]",
        "a[b|||$1|\\|$][|c||$1|\\|$]"},
       {"(a)", 0, 0, "aa", {0, 2}, 2, {0, 1}, "$10", "a0a0"},
       {"X", NSRegularExpressionCaseInsensitive, 0, "axx", {2, 1}, 1, {2, 1}, "", "ax"},
-      {"a.c",
-       NSRegularExpressionIgnoreMetacharacters,
-       0,
-       "abc a.c",
-       {0, 7},
-       1,
-       {4, 3},
-       "_",
+      {"a.c", NSRegularExpressionIgnoreMetacharacters, 0, "abc a.c", {0, 7}, 1, {4, 3}, "_",
        "abc _"},
       {"^b", NSRegularExpressionAnchorsMatchLines, 0, "a\nb", {0, 3}, 1, {2, 1}, "c", "a\nc"},
       {"b", 0, NSMatchingAnchored, "abb", {0, 3}, 0, {NSNotFound, 0}, "c", "abb"},
@@ -50,17 +37,10 @@ TEST(NSRegularExpression, FindsAndReplaces) {
       {"a(?=b)", 0, NSMatchingWithTransparentBounds, "ab", {0, 1}, 1, {0, 1}, "c", "cb"},
       {"", 0, 0, "ab", {0, 2}, 3, {0, 0}, "-", "-a-b-"},
       {"x*", 0, 0, "", {0, 0}, 1, {0, 0}, "y", "y"},
-      {".",
-       0,
-       0,
-       u"\U0001F600\xD800\u00E9"sv,
-       {0, 4},
-       3,
-       {0, 2},
-       "$0.",
+      {".", 0, 0, u"\U0001F600\xD800\u00E9"sv, {0, 4}, 3, {0, 2}, "$0.",
        u"\U0001F600.\xD800.\u00E9."sv},
-      {"a", 0, 0, nullptr, {0, 0}, 0, {NSNotFound, 0}, "b", nullptr},
-  };
+      {"a", 0, 0, nullptr, {0, 0}, 0, {NSNotFound, 0}, "b", nullptr}};
+  // clang-format on
   for (const auto& [pattern, options, matching, text, range, matches, first, replacement, result] :
        cases) {
     const Ref<NSRegularExpression> regex = expression(pattern, options);

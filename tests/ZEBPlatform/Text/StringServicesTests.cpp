@@ -13,30 +13,17 @@ constexpr std::uint64_t anyCase = NSCaseInsensitiveSearch;
 constexpr std::uint64_t anyMarks = NSDiacriticInsensitiveSearch;
 
 TEST(StringServices, SearchingForText) {
-  const struct {
-    NSString text, part;
-    std::uint64_t options;
-    NSRange expected;
-  } cases[] = {
-      {"abcabc", "bc", 0, {1, 2}},
-      {"abcabc", "bc", backwards, {4, 2}},
-      {"abcabc", "bc", anchored, notFound},
-      {"abcabc", "ab", anchored, {0, 2}},
+  // clang-format off
+  const struct { NSString text, part; std::uint64_t options; NSRange expected; } cases[] = {
+      {"abcabc", "bc", 0, {1, 2}}, {"abcabc", "bc", backwards, {4, 2}},
+      {"abcabc", "bc", anchored, notFound}, {"abcabc", "ab", anchored, {0, 2}},
       {"abcabc", "bc", anchored | backwards, {4, 2}},
-      {"abcabc", "ab", anchored | backwards, notFound},
-      {"abcabc", "BC", 0, notFound},
-      {"abcabc", "BC", anyCase, {1, 2}},
-      {"", "a", 0, notFound},
-      {"a", "", 0, notFound},
-      {nullptr, "a", 0, notFound},
-      {"a", nullptr, 0, notFound},
-      {"aaab", "aab", 0, {1, 3}},
-      {u"Stra\u00DFe"sv, "STRASSE", anyCase, {0, 6}},
-      {u"Stra\u00DFe"sv, "as", anyCase, notFound},  // half of a character
-      {u"x\u00E9"sv, u"e\u0301"sv, 0, {1, 1}},
-      {u"xe\u0301"sv, u"\u00E9"sv, 0, {1, 2}},
-      {u"xe\u0301"sv, u"\u00E9"sv, NSLiteralSearch, notFound},
-      {u"xe\u0301e"sv, "e", 0, {3, 1}},
+      {"abcabc", "ab", anchored | backwards, notFound}, {"abcabc", "BC", 0, notFound},
+      {"abcabc", "BC", anyCase, {1, 2}}, {"", "a", 0, notFound}, {"a", "", 0, notFound},
+      {nullptr, "a", 0, notFound}, {"a", nullptr, 0, notFound}, {"aaab", "aab", 0, {1, 3}},
+      {u"Stra\u00DFe"sv, "STRASSE", anyCase, {0, 6}}, {u"Stra\u00DFe"sv, "as", anyCase, notFound},
+      {u"x\u00E9"sv, u"e\u0301"sv, 0, {1, 1}}, {u"xe\u0301"sv, u"\u00E9"sv, 0, {1, 2}},
+      {u"xe\u0301"sv, u"\u00E9"sv, NSLiteralSearch, notFound}, {u"xe\u0301e"sv, "e", 0, {3, 1}},
       {u"xe\u0301e"sv, "e", NSLiteralSearch, {1, 1}},
       {u"xe\u0301e"sv, "E", anyMarks | anyCase, {1, 2}},
       {u"q\u0323\u0307"sv, u"q\u0307\u0323"sv, 0, {0, 3}},
@@ -45,8 +32,8 @@ TEST(StringServices, SearchingForText) {
       {u"a\U00010400"sv, u"\U00010428"sv, anyCase, {1, 2}},
       {u"a\U00010400"sv, u"\U00010428"sv, anyCase | NSLiteralSearch, {1, 2}},
       {u"a\xD801\xDC00"sv, u"\xDC00"sv, 0, notFound},
-      {u"\xDC00\xD801"sv, u"\xD801"sv, anyCase, {1, 1}},
-  };
+      {u"\xDC00\xD801"sv, u"\xD801"sv, anyCase, {1, 1}}};
+  // clang-format on
   for (const auto& [text, part, options, expected] : cases) {
     EXPECT_EQ(rangeOfString(text, part, options), expected) << text << ' ' << part;
   }
@@ -97,21 +84,14 @@ TEST(StringServices, TheCaseOfTheLetterIFollowsTheLocale) {
 }
 
 TEST(StringServices, ComparingWithoutCase) {
-  const struct {
-    NSString left, right;
-    NSComparisonResult expected;
-  } cases[] = {
-      {"Hello", "hELLO", NSOrderedSame},
-      {"a", "B", NSOrderedAscending},
-      {"ab", "A", NSOrderedDescending},
-      {u"\u00C9t\u00E9"sv, u"e\u0301TE\u0301"sv, NSOrderedSame},
-      {u"\u00DF"sv, "SS", NSOrderedSame},
-      {nullptr, "", NSOrderedAscending},
-      {nullptr, nullptr, NSOrderedSame},
-      {"", "", NSOrderedSame},
-      {u"\xD800"sv, u"\xD800"sv, NSOrderedSame},
-      {u"\xD800"sv, u"\xD801"sv, NSOrderedAscending},
-  };
+  // clang-format off
+  const struct { NSString left, right; NSComparisonResult expected; } cases[] = {
+      {"Hello", "hELLO", NSOrderedSame}, {"a", "B", NSOrderedAscending},
+      {"ab", "A", NSOrderedDescending}, {u"\u00C9t\u00E9"sv, u"e\u0301TE\u0301"sv, NSOrderedSame},
+      {u"\u00DF"sv, "SS", NSOrderedSame}, {nullptr, "", NSOrderedAscending},
+      {nullptr, nullptr, NSOrderedSame}, {"", "", NSOrderedSame},
+      {u"\xD800"sv, u"\xD800"sv, NSOrderedSame}, {u"\xD800"sv, u"\xD801"sv, NSOrderedAscending}};
+  // clang-format on
   for (const auto& [left, right, expected] : cases) {
     EXPECT_EQ(caseInsensitiveCompare(left, right), expected) << left << ' ' << right;
     EXPECT_EQ(caseInsensitiveCompare(right, left), -expected) << left << ' ' << right;
@@ -121,25 +101,21 @@ TEST(StringServices, ComparingWithoutCase) {
 TEST(StringServices, SearchingForCharacters) {
   const Ref<NSCharacterSet> digits = NSCharacterSet::decimalDigitCharacterSet();
   const Ref<NSCharacterSet> upper = NSCharacterSet::characterSetWithCharactersInString("AB");
+  // clang-format off
   const struct {
     NSString text;
     Ref<NSCharacterSet> set;
     std::uint64_t options;
     NSRange expected;
   } cases[] = {
-      {"ab12c", digits, 0, {2, 1}},
-      {"ab12c", digits, backwards, {3, 1}},
-      {"ab12c", digits, anchored, notFound},
-      {"1ab12", digits, anchored | backwards, {4, 1}},
-      {"ab12c", upper, 0, notFound},
-      {"xab", upper, anyCase, {1, 1}},
-      {u"a\U0001D7CEb"sv, digits, 0, {1, 2}},
-      {u"a\U0001D7CEb"sv, digits, backwards, {1, 2}},
+      {"ab12c", digits, 0, {2, 1}}, {"ab12c", digits, backwards, {3, 1}},
+      {"ab12c", digits, anchored, notFound}, {"1ab12", digits, anchored | backwards, {4, 1}},
+      {"ab12c", upper, 0, notFound}, {"xab", upper, anyCase, {1, 1}},
+      {u"a\U0001D7CEb"sv, digits, 0, {1, 2}}, {u"a\U0001D7CEb"sv, digits, backwards, {1, 2}},
       {u"a\xD835"sv, digits->invertedSet(), backwards, {1, 1}},
       {u"\U0001D7CE"sv, digits->invertedSet(), backwards, notFound},
-      {nullptr, digits, 0, notFound},
-      {"1", nullptr, 0, notFound},
-  };
+      {nullptr, digits, 0, notFound}, {"1", nullptr, 0, notFound}};
+  // clang-format on
   for (const auto& [text, set, options, expected] : cases) {
     EXPECT_EQ(rangeOfCharacterFromSet(text, set, options), expected) << text;
   }
@@ -171,16 +147,14 @@ TEST(StringServices, TrimmingAndSeparating) {
 }
 
 TEST(StringServices, NormalizationForms) {
-  const struct {
-    std::u16string_view text, composed, decomposed, compatible;
-  } cases[] = {
+  // clang-format off
+  const struct { std::u16string_view text, composed, decomposed, compatible; } cases[] = {
       {u"e\u0301", u"\u00E9", u"e\u0301", u"\u00E9"},
-      {u"\u212B", u"\u00C5", u"A\u030A", u"\u00C5"},
-      {u"\uFB01x", u"\uFB01x", u"\uFB01x", u"fix"},
+      {u"\u212B", u"\u00C5", u"A\u030A", u"\u00C5"}, {u"\uFB01x", u"\uFB01x", u"\uFB01x", u"fix"},
       {u"q\u0307\u0323", u"q\u0323\u0307", u"q\u0323\u0307", u"q\u0323\u0307"},
       {u"\u1112\u1161\u11AB", u"\uD55C", u"\u1112\u1161\u11AB", u"\uD55C"},
-      {u"e\u0301\xD800", u"\u00E9\xD800", u"e\u0301\xD800", u"\u00E9\xD800"},
-  };
+      {u"e\u0301\xD800", u"\u00E9\xD800", u"e\u0301\xD800", u"\u00E9\xD800"}};
+  // clang-format on
   for (const auto& [text, composed, decomposed, compatible] : cases) {
     EXPECT_EQ(precomposedStringWithCanonicalMapping(text), composed);
     EXPECT_EQ(decomposedStringWithCanonicalMapping(text), decomposed);
