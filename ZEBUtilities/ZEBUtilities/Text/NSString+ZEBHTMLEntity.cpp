@@ -117,8 +117,11 @@ NSArray adjustedRanges(const NSArray& ranges, References references) {
       continue;
     }
     const NSRange moved = adjustment.adjusted(*range);
-    const bool isSame = moved.location == range->location && moved.length == range->length;
-    adjusted.append(isSame ? value : boxed(moved));
+    if (moved == *range) {
+      adjusted.append(value);
+    } else {
+      adjusted.append(makeRef<NSValue>(moved));
+    }
   }
   return adjusted.finish();
 }
