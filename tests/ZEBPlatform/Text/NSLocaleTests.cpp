@@ -59,9 +59,9 @@ TEST(NSLocale, HasTheComponentsOfItsIdentifier) {
       {"", " (null) (null) (null)"},     {"en_US_POSIX", "en_US_POSIX en (null) US"},
       {"es-419", "es_419 es (null) 419"}};
   for (const auto& [identifier, expected] : cases) {
-    const NSLocale& locale = *NSLocale::localeWithLocaleIdentifier(identifier);
-    EXPECT_EQ(locale.localeIdentifier() + " " + locale.languageCode().description() + " " +
-                  locale.scriptCode().description() + " " + locale.countryCode().description(),
+    const Ref<NSLocale> locale = NSLocale::localeWithLocaleIdentifier(identifier);
+    EXPECT_EQ(locale->localeIdentifier() + " " + locale->languageCode().description() + " " +
+                  locale->scriptCode().description() + " " + locale->countryCode().description(),
               expected);
   }
   EXPECT_FALSE(NSLocale::localeWithLocaleIdentifier(nullptr));
