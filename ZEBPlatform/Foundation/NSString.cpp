@@ -2,11 +2,11 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/UnitSearchPrivate.h>
 #include <ZEBPlatform/Foundation/detail/StringBuilding.h>
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 
 #include <algorithm>
-#include <concepts>
 #include <cstring>
 
 namespace zeb {
@@ -198,14 +198,8 @@ bool NSString::containsString(const NSString& part) const noexcept {
 
 NSRange NSString::rangeOfString(const NSString& part) const noexcept {
   if (part.length() == 0 || part.length() > length()) return {NSNotFound, 0};
-  const std::size_t place = withUnits(*this, part, [](auto own, auto wanted) -> std::size_t {
-    if constexpr (std::same_as<decltype(own), decltype(wanted)>) {
-      return own.find(wanted);
-    } else {
-      const auto found = std::search(own.begin(), own.end(), wanted.begin(), wanted.end());
-      return found == own.end() ? own.npos : static_cast<std::size_t>(found - own.begin());
-    }
-  });
+  const std::size_t place = withUnits(
+      *this, part, [](auto own, auto wanted) { return detail::placeOfPattern(own, wanted); });
   if (place == std::string_view::npos) return {NSNotFound, 0};
   return {place, part.length()};
 }
@@ -238,9 +232,11 @@ NSArray NSString::componentsSeparatedByString(const NSString& separator) const {
   if (isNil()) return nullptr;
   NSMutableArray pieces;
   const std::u16string units = utf16();
-  const std::u16string between = separator.utf16();
+  const std::u16string separating = separator.utf16();
+  const std::u16string_view between = separating;
   std::u16string_view rest = units;
-  for (std::size_t place = 0; !between.empty() && (place = rest.find(between)) != rest.npos;) {
+  for (std::size_t place = 0;
+       !between.empty() && (place = detail::placeOfPattern(rest, between)) != rest.npos;) {
     pieces.addObject(NSString(rest.substr(0, place)));
     rest.remove_prefix(place + between.size());
   }

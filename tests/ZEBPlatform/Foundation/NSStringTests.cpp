@@ -1,5 +1,7 @@
 #include <ZEBPlatform/Foundation.h>
 
+#include <random>
+
 #include "NoMemory.h"
 #include "Support/Support.h"
 
@@ -86,6 +88,26 @@ TEST(NSString, ComparesAndSearchesByUnits) {
       EXPECT_EQ(text.containsString(part), place != NSNotFound);
     }
   }
+}
+
+TEST(NSString, FindsLongPartsInLinearTime) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 3'000; ++round) {
+    // Two letters make texts with many periods.
+    std::string text, part;
+    for (std::size_t length = random() % 200; length > 0; --length) text += "ab"[random() % 8 == 0];
+    for (std::size_t length = 1 + random() % 40; length > 0; --length) {
+      part += part.size() % 5 == 4 ? part[part.size() / 2] : "ab"[random() % 8 == 0];
+    }
+    const std::size_t place = text.find(part);
+    const std::size_t expected = place == text.npos ? NSNotFound : place;
+    EXPECT_EQ(NSString(text).rangeOfString(part).location, expected) << text << " " << part;
+    EXPECT_EQ(NSString(text + "\u20AC").rangeOfString(part).location, expected);
+  }
+  // Comparing at each place would take hours.
+  const std::string many(4'000'000, 'a');
+  EXPECT_FALSE(NSString(many).containsString(many.substr(0, 2'000'000) + "b"));
+  EXPECT_FALSE(NSString(many).containsString("b" + many.substr(0, 2'000'000)));
 }
 
 TEST(NSString, IsReadWithoutMemory) {
