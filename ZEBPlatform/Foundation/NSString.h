@@ -5,9 +5,11 @@
 #include <ZEBPlatform/Foundation/Value.h>
 
 #include <compare>
+#include <concepts>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zeb {
 
@@ -37,6 +39,10 @@ class NSString : public Value {
   /// The value when it is a string, else nil.
   template <detail::ValueBeside<NSString> Source>
   explicit NSString(const Source& value) noexcept : Value(value.isString() ? value : Value()) {}
+  /// The same, without counting the reference of a temporary value up and down.
+  template <std::same_as<Value> Source>
+  explicit NSString(Source&& value) noexcept
+      : Value(value.isString() ? std::move(value) : Value()) {}
 
   /// Strict decoding: nil when `bytes` is not well-formed UTF-8.
   static NSString stringWithUTF8(std::string_view bytes);
