@@ -1,6 +1,4 @@
 #include <ZEBPlatform/Foundation/detail/ArrayBuilder.h>
-#include <ZEBPlatform/Foundation/detail/StringBuilding.h>
-#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 #include <ZEBPlatform/Geometry/NSValue.h>
 #include <ZEBPlatform/Text/detail/StringUnits.h>
 #include <ZEBUtilities/Text/HTMLReferencesPrivate.h>
@@ -76,14 +74,6 @@ void writeUnescaped(Text text, References references, To* to, std::size_t length
   copyUnits(text, copied, text.size(), to, toEnd);
 }
 
-template <class Unit, class Text>
-NSString unescapedString(Text text, References references) {
-  const std::size_t length = unescapedLength(text.size(), references);
-  detail::StringStorage* storage = detail::newStringStorage<Unit>(length);
-  writeUnescaped(text, references, detail::contentOf<Unit>(storage), length);
-  return detail::adoptString(storage);
-}
-
 void unescapeInPlace(detail::MutableStringStorage& text, References references) {
   const std::size_t length = unescapedLength(text.length, references);
   if (text.isWide()) {
@@ -128,17 +118,9 @@ NSArray adjustedRanges(const NSArray& ranges, References references) {
 
 }  // namespace
 
-NSString zeb_stringByUnescapingHTMLEntities(const NSString& string) {
-  const detail::HTMLReferences found = referencesIn(string);
-  const References references = found.list();
-  if (references.empty()) return string.copy();
-  if (string.isASCII()) {
-    return giveASCII(references) ? unescapedString<char>(string.asciiView(), references)
-                                 : unescapedString<char16_t>(string.asciiView(), references);
-  }
-  const NSString unescaped = unescapedString<char16_t>(string.utf16View(), references);
-  // Only the digits of a reference may have been outside ASCII.
-  if (detail::isASCII(unescaped.utf16View())) return NSString(unescaped.utf16View());
+NSMutableString zeb_stringByUnescapingHTMLEntities(const NSString& string) {
+  const NSMutableString unescaped = string.mutableCopy();
+  (void)zeb_unescapeHTMLEntitiesAdjustingTextRanges(unescaped, nullptr);
   return unescaped;
 }
 

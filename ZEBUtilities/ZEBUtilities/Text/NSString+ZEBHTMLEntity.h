@@ -18,9 +18,8 @@
 /// becomes "&lt;".
 namespace zeb {
 
-/// The unescaped text; the same text if there is nothing to unescape in an immutable one. Nil on
-/// nil.
-[[nodiscard]] NSString zeb_stringByUnescapingHTMLEntities(const NSString& string);
+/// A mutable copy of the text, unescaped. Nil on nil.
+[[nodiscard]] NSMutableString zeb_stringByUnescapingHTMLEntities(const NSString& string);
 
 /// Unescapes the text in place, and answers ranges that contain the same characters as `ranges`,
 /// which are boxed `NSRange`s (see `boxed`) in the escaped text, in any order. Elements that are
