@@ -206,10 +206,14 @@ def module_headers(modules, sources):
         ]
         if not offered:
             continue
-        name = module.folder.rpartition("/")[2]
+        # A module in the folder of another one belongs to the other one's module header.
+        parent, _, name = module.folder.rpartition("/")
+        name = parent if parent in modules else name
         header = f"{MODULE_HEADER_FOLDERS[module.library]}/{name}.h"
-        expected[header] = offered
-        expected[UMBRELLA].append(header.removeprefix("ZEBUtilities/"))
+        if header not in expected:
+            expected[header] = []
+            expected[UMBRELLA].append(header.removeprefix("ZEBUtilities/"))
+        expected[header] += offered
     return expected
 
 
