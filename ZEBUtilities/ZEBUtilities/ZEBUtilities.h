@@ -28,6 +28,7 @@
 #include <ZEBUtilities/Dates.h>
 #include <ZEBUtilities/Encodings.h>
 #include <ZEBUtilities/Graphics.h>
+#include <ZEBUtilities/IDN.h>
 #include <ZEBUtilities/JSON.h>
 #include <ZEBUtilities/LocalizedDates.h>
 #include <ZEBUtilities/Observation.h>

@@ -1,0 +1,273 @@
+#include <IDN/AceLabelPrivate.h>
+#include <IDN/ArgumentsPrivate.h>
+#include <IDN/OctetStrings.h>
+#include <IDN/Punycode.h>
+#include <IDN/UTFConversions.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+namespace zeb {
+
+namespace {
+
+// The parameters of RFC 3492, section 5.
+constexpr std::uint32_t base = 36;
+constexpr std::uint32_t tmin = 1;
+constexpr std::uint32_t tmax = 26;
+constexpr std::uint32_t skew = 38;
+constexpr std::uint32_t damp = 700;
+constexpr std::uint32_t initialBias = 72;
+constexpr std::uint32_t initialN = 128;
+constexpr XcodeOctet delimiter = '-';
+
+constexpr std::uint64_t maxInteger = UINT32_MAX;
+constexpr std::int32_t maxPunycodeOctets = 256;
+constexpr std::int32_t maxLabelPunycodeOctets = 252;
+
+constexpr XcodeOctet noDigit = 0xFF;
+constexpr std::array<XcodeOctet, 256> digitValues = [] {
+  std::array<XcodeOctet, 256> values;
+  values.fill(noDigit);
+  for (XcodeOctet i = 0; i < 26; ++i) {
+    values['a' + i] = i;
+    values['A' + i] = i;
+  }
+  for (XcodeOctet i = 0; i < 10; ++i) values['0' + i] = static_cast<XcodeOctet>(26 + i);
+  return values;
+}();
+
+constexpr XcodeOctet digitOf(std::uint32_t value) noexcept {
+  return static_cast<XcodeOctet>(value < 26 ? 'a' + value : '0' + (value - 26));
+}
+
+constexpr std::uint32_t threshold(std::uint32_t k, std::uint32_t bias) noexcept {
+  return k <= bias ? tmin : std::min(k - bias, tmax);
+}
+
+constexpr std::uint32_t adapted(std::uint32_t delta, std::uint32_t points, bool isFirst) noexcept {
+  delta = isFirst ? delta / damp : delta / 2;
+  delta += delta / points;
+  std::uint32_t k = 0;
+  for (; delta > (base - tmin) * tmax / 2; k += base) delta /= base - tmin;
+  return k + (base - tmin + 1) * delta / (delta + skew);
+}
+
+/// A set of places in the input.
+class Places {
+ public:
+  void insert(std::uint32_t place) noexcept {
+    words_[place / 64] |= std::uint64_t{1} << place % 64;
+  }
+
+  /// How many of the places from `begin` up to `end` are in the set.
+  std::uint32_t count(std::uint32_t begin, std::uint32_t end) const noexcept {
+    if (begin >= end) return 0;
+    const std::uint32_t first = begin / 64, last = (end - 1) / 64;
+    const std::uint64_t fromBegin = ~std::uint64_t{0} << begin % 64;
+    const std::uint64_t toEnd = ~std::uint64_t{0} >> (63 - (end - 1) % 64);
+    if (first == last) return popcount(words_[first] & fromBegin & toEnd);
+    std::uint32_t sum = popcount(words_[first] & fromBegin) + popcount(words_[last] & toEnd);
+    for (std::uint32_t word = first + 1; word < last; ++word) sum += popcount(words_[word]);
+    return sum;
+  }
+
+ private:
+  static std::uint32_t popcount(std::uint64_t bits) noexcept {
+    return static_cast<std::uint32_t>(std::popcount(bits));
+  }
+
+  std::uint64_t words_[XcodeMaxPunycodeCodePoints / 64] = {};
+};
+
+/// Writes the digits of `delta`. Null if the destination is full.
+XcodeOctet* writeInteger(std::uint32_t delta, std::uint32_t bias, XcodeOctet* next,
+                         const XcodeOctet* end) noexcept {
+  for (std::uint32_t k = base;; k += base) {
+    if (next == end) return nullptr;
+    const std::uint32_t t = threshold(k, bias);
+    if (delta < t) break;
+    *next++ = digitOf(t + (delta - t) % (base - t));
+    delta = (delta - t) / (base - t);
+  }
+  *next++ = digitOf(delta);
+  return next;
+}
+
+constexpr XcodeOctet acePrefix[] = {'x', 'n', '-', '-'};
+constexpr std::int32_t acePrefixLength = 4;
+
+}  // namespace
+
+// The RFC's encoder walks over the input once for each different code point, to count the smaller
+// ones before it. This one sorts the code points and counts in a set of the places of the smaller
+// ones, so that the time does not grow with the square of the length.
+XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints,
+                            std::int32_t* length, XcodeOctet* octets) noexcept {
+  if (detail::isMissing(codePoints, count, octets, length)) return XcodeBadArgument;
+  if (count > XcodeMaxPunycodeCodePoints) return XcodeOverflow;
+  XcodeOctet* next = octets;
+  XcodeOctet* const end = octets + *length;
+
+  // Each other code point in the upper half, with its place in the lower half.
+  std::uint64_t others[XcodeMaxPunycodeCodePoints];
+  std::uint64_t* othersEnd = others;
+  Places smaller;
+  const auto size = static_cast<std::uint32_t>(count);
+  for (std::uint32_t i = 0; i < size; ++i) {
+    if (codePoints[i] > maxInteger) return XcodeOverflow;
+    if (codePoints[i] >= initialN) {
+      *othersEnd++ = codePoints[i] << 32 | i;
+    } else {
+      if (next == end) return XcodeBadArgument;
+      *next++ = static_cast<XcodeOctet>(codePoints[i]);
+      smaller.insert(i);
+    }
+  }
+  std::sort(others, othersEnd);
+
+  const auto basicCount = static_cast<std::uint32_t>(next - octets);
+  std::uint32_t handled = basicCount;
+  if (basicCount > 0) {
+    if (next == end) return XcodeBadArgument;
+    *next++ = delimiter;
+  }
+  std::uint64_t delta = 0;
+  std::uint64_t n = initialN;
+  std::uint32_t bias = initialBias;
+  for (const std::uint64_t* other = others; other != othersEnd;) {
+    const std::uint64_t codePoint = *other >> 32;
+    delta += (codePoint - n) * (handled + 1);
+    const std::uint64_t* const sameBegin = other;
+    std::uint32_t place = 0;
+    for (; other != othersEnd && *other >> 32 == codePoint; ++other) {
+      const auto here = static_cast<std::uint32_t>(*other);
+      delta += smaller.count(place, here);
+      if (delta > maxInteger) return XcodeOverflow;
+      next = writeInteger(static_cast<std::uint32_t>(delta), bias, next, end);
+      if (next == nullptr) return XcodeBadArgument;
+      bias = adapted(static_cast<std::uint32_t>(delta), handled + 1, handled == basicCount);
+      delta = 0;
+      ++handled;
+      place = here + 1;
+    }
+    delta += smaller.count(place, size) + 1;
+    n = codePoint + 1;
+    for (const std::uint64_t* same = sameBegin; same != other; ++same) {
+      smaller.insert(static_cast<std::uint32_t>(*same));
+    }
+  }
+  *length = static_cast<std::int32_t>(next - octets);
+  return XcodeOK;
+}
+
+XcodeResult punycode_decode(std::int32_t count, const XcodeOctet* octets, std::int32_t* length,
+                            XcodeCodePoint* codePoints) noexcept {
+  if (detail::isMissing(octets, count, codePoints, length)) return XcodeBadArgument;
+  const auto capacity = static_cast<std::uint32_t>(*length);
+  const XcodeOctet* next = octets;
+  const XcodeOctet* const end = octets + count;
+
+  // A hyphen at the start is no delimiter: there is one only after basic code points.
+  std::uint32_t written = 0;
+  std::int32_t basicCount = count;
+  while (basicCount > 0 && octets[basicCount - 1] != delimiter) --basicCount;
+  if (--basicCount > 0) {
+    if (static_cast<std::uint32_t>(basicCount) > capacity) return XcodeBadArgument;
+    for (; next != octets + basicCount; ++next) {
+      if (*next >= initialN) return XcodeBadArgument;
+      codePoints[written++] = *next;
+    }
+    ++next;
+  }
+
+  std::uint64_t n = initialN;
+  std::uint64_t i = 0;
+  std::uint32_t bias = initialBias;
+  for (bool isFirst = true; next != end; isFirst = false) {
+    const std::uint64_t oldI = i;
+    std::uint64_t weight = 1;
+    for (std::uint32_t k = base;; k += base) {
+      if (next == end) return XcodeBadArgument;
+      const std::uint32_t digit = digitValues[*next++];
+      if (digit == noDigit) return XcodeBadArgument;
+      // Both factors fit into 32 bits, so the sum fits into 64.
+      i += digit * weight;
+      if (i > maxInteger) return XcodeOverflow;
+      const std::uint32_t t = threshold(k, bias);
+      if (digit < t) break;
+      weight *= base - t;
+      if (weight > maxInteger) return XcodeOverflow;
+    }
+    bias = adapted(static_cast<std::uint32_t>(i - oldI), written + 1, isFirst);
+    n += static_cast<std::uint32_t>(i) / (written + 1);
+    i = static_cast<std::uint32_t>(i) % (written + 1);
+    if (n > maxInteger) return XcodeOverflow;
+    if (written == capacity) return XcodeBadArgument;
+    for (std::uint32_t j = written; j > i; --j) codePoints[j] = codePoints[j - 1];
+    codePoints[i] = n;
+    ++i;
+    ++written;
+  }
+  *length = static_cast<std::int32_t>(written);
+  return XcodeOK;
+}
+
+bool is_all_basic(std::int32_t count, const XcodeCodePoint* codePoints) noexcept {
+  XcodeCodePoint bits = 0;
+  for (std::int32_t i = 0; i < count; ++i) bits |= codePoints[i];
+  return bits < 0x80;
+}
+
+XcodeResult detail::encodeAceLabel(const XcodeCodePoint* codePoints, std::int32_t count,
+                                   XcodeOctet* octets, std::int32_t* length) noexcept {
+  XcodeOctet* const punycode = std::copy_n(acePrefix, acePrefixLength, octets);
+  XcodeOctet encoded[maxPunycodeOctets];
+  std::int32_t encodedLength = maxPunycodeOctets;
+  const XcodeResult result = punycode_encode(count, codePoints, &encodedLength, encoded);
+  if (result != XcodeOK) return result;
+  if (encodedLength > maxLabelPunycodeOctets) return XcodeOverflow;
+  *std::copy_n(encoded, encodedLength, punycode) = 0;
+  *length = encodedLength + acePrefixLength;
+  return XcodeOK;
+}
+
+XcodeResult Xcode_puny_encodeString(const XcodeCodePoint* codePoints, std::int32_t count,
+                                    XcodeOctet* octets, std::int32_t* length) noexcept {
+  if (count < 1 || codePoints == nullptr || octets == nullptr || length == nullptr) {
+    return XcodeBadArgument;
+  }
+  std::fill_n(octets, std::max(*length, 0), XcodeOctet{0});
+  if (count > XcodeMaxLabelCodePoints) return XcodeOverflow;
+  if (!is_all_basic(count, codePoints)) {
+    return detail::encodeAceLabel(codePoints, count, octets, length);
+  }
+  std::copy_n(codePoints, count, octets);
+  *length = count;
+  return XcodeOK;
+}
+
+XcodeResult Xcode_puny_decodeString(const XcodeOctet* octets, std::int32_t count, XcodeUnit* units,
+                                    std::int32_t* length) noexcept {
+  if (count < 1 || detail::isMissing(octets, count, units, length)) return XcodeBadArgument;
+  if (!starts_with_ignore_case(octets, count, acePrefix, acePrefixLength)) {
+    return expand_Octet_to_UChar(octets, count, units, length);
+  }
+  XcodeCodePoint decoded[XcodeMaxLabelCodePoints];
+  std::int32_t decodedCount = XcodeMaxLabelCodePoints;
+  XcodeResult result =
+      punycode_decode(count - acePrefixLength, octets + acePrefixLength, &decodedCount, decoded);
+  if (result != XcodeOK) return result;
+  // Digits have any case, so that lowering the code points that are letters lowers all.
+  for (std::int32_t i = 0; i < decodedCount; ++i) {
+    if (decoded[i] >= 'A' && decoded[i] <= 'Z') decoded[i] |= 0x20;
+  }
+  const std::int32_t capacity = *length;
+  if (decodedCount > capacity) return XcodeOverflow;
+  result = Xcode_convert32BitToUTF16(decoded, decodedCount, units, length);
+  if (result == XcodeOK && *length < capacity) units[*length] = 0;
+  return result;
+}
+
+}  // namespace zeb
