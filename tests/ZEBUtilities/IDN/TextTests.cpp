@@ -1,0 +1,71 @@
+#include "Outcome.h"
+
+namespace zeb::test {
+
+TEST(UTFConversions, RefuseWhatIsNotWellFormed) {
+  const auto to8 = [](std::u16string_view text, std::int32_t capacity) {
+    return outcome<XcodeOctet>(Xcode_convertUTF16ToUTF8, text, capacity);
+  };
+  const auto from8 = [](std::string_view text, std::int32_t capacity) {
+    return outcome<XcodeUnit>(Xcode_convertUTF8ToUTF16, text, capacity);
+  };
+  const auto to32 = [](std::u16string_view text, std::int32_t capacity) {
+    return outcome<XcodeCodePoint>(Xcode_convertUTF16To32Bit, text, capacity);
+  };
+  const auto from32 = [](char32_t codePoint, std::int32_t capacity) {
+    return outcome<XcodeUnit>(Xcode_convert32BitToUTF16, std::u32string_view(&codePoint, 1),
+                              capacity);
+  };
+  // All lengths, at exactly the capacity that they need, and at one less.
+  const std::u16string_view units = u"aé€😀";
+  const std::string octets = "aé€😀";
+  EXPECT_EQ(to8(units, 10) + from8(octets, 5) + to32(units, 4), octets + octets + octets);
+  EXPECT_EQ(to8(units, 9) + from8(octets, 4) + to32(units, 3), "!3!3!3");
+  EXPECT_EQ(from32(0x1F600, 2) + from32(0x1F600, 1) + from32(0x10FFFF, 2), "😀!3\U0010FFFF");
+  EXPECT_EQ(to8(u"", 0) + from8("", 0) + to32(u"", 9), "!1");
+  for (const char16_t* text : {u"\xD800", u"\xDC00", u"a\xD800z", u"\xDC00\xD800"}) {
+    EXPECT_EQ(to8(text, 9) + to32(text, 9), "!403!400");
+  }
+  for (const char32_t codePoint : {0xD800, 0xDFFF, 0x110000})
+    EXPECT_EQ(from32(codePoint, 9), "!401");
+  for (const auto& [text, expected] : {std::pair("\x80", "!406"),
+                                       {"\xC3(", "!406"},
+                                       {"\xE2\x82(", "!406"},
+                                       {"\xF8", "!410"},
+                                       {"\xFF", "!410"},
+                                       {"\xC3", "!411"},
+                                       {"\xF0\x9F\x98", "!411"},
+                                       {"\xC0\x80", "!411"},
+                                       {"\xE0\x9F\xBF", "!411"},
+                                       {"\xF0\x8F\xBF\xBF", "!411"},
+                                       {"\xED\xA0\x80", "!401"},
+                                       {"\xF4\x90\x80\x80", "!401"},
+                                       {"\xF5\x80\x80\x80", "!401"}})
+    EXPECT_EQ(from8(text, 9), expected);
+}
+
+TEST(OctetStrings, KnowASCIIOnly) {
+  std::string valid;
+  for (XcodeCodePoint c = 0; c < 0x300; ++c) {
+    if (valid_dns_character32(c)) valid += static_cast<char>(c);
+    EXPECT_EQ(valid_dns_character16(static_cast<XcodeUnit>(c)), valid_dns_character32(c));
+    EXPECT_EQ(is_ldh_character32(c), c < 0x80 && !valid_dns_character32(c));
+  }
+  EXPECT_EQ(valid, "-0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz");
+
+  XcodeOctet text[] = {0xC1, '@', 'A', 'Z', '[', 'a'};
+  lower_case(text, 6);
+  EXPECT_EQ(shown(text), "\xC1@az[a");
+  const auto begins = [](std::string_view octets, const auto& startsWith) {
+    return startsWith(elements(octets).data(), static_cast<std::int32_t>(octets.size()),
+                      elements("xn--").data(), 4);
+  };
+  EXPECT_TRUE(begins("xn--a", starts_with) && begins("xN--", starts_with_ignore_case));
+  EXPECT_FALSE(begins("XN--", starts_with) || begins("xn-", starts_with));
+  EXPECT_FALSE(begins("xn-\r", starts_with_ignore_case));
+  EXPECT_EQ(outcome<XcodeOctet>(shrink_UChar_to_Octet, u"ab", 2), "ab");
+  EXPECT_EQ(outcome<XcodeOctet>(shrink_UChar_to_Octet, u"ab", 1), "!3");
+  EXPECT_EQ(outcome<XcodeOctet>(shrink_UChar_to_Octet, u"a\x80", 2), "!1");
+}
+
+}  // namespace zeb::test
