@@ -192,13 +192,13 @@ XcodeResult punycode_decode(std::int32_t count, const XcodeOctet* octets, std::i
       if (next == end) return XcodeBadArgument;
       const std::uint32_t digit = digitValues[*next++];
       if (digit == noDigit) return XcodeBadArgument;
-      // Both factors fit into 32 bits, so the sum fits into 64.
+      // No sum exceeds 64 bits: only digits that are not 0 are followed by others, and they make
+      // `i` at least as large as their weight.
       i += digit * weight;
       if (i > maxInteger) return XcodeOverflow;
       const std::uint32_t t = threshold(k, bias);
       if (digit < t) break;
       weight *= base - t;
-      if (weight > maxInteger) return XcodeOverflow;
     }
     bias = adapted(static_cast<std::uint32_t>(i - oldI), written + 1, isFirst);
     n += static_cast<std::uint32_t>(i) / (written + 1);

@@ -96,7 +96,8 @@ XcodeResult Xcode_convertUTF16ToUTF8(const XcodeUnit* units, std::int32_t count,
   for (std::size_t i = 0; i < text.size();) {
     const char32_t scalar = detail::nextScalar(text, i);
     if (scalar >= 0xD800 && scalar < 0xE000) return XcodeUTF8UnpairedSurrogate;
-    for (const char byte : detail::encodeUTF8(scalar).view()) {
+    const detail::EncodedScalar encoded = detail::encodeUTF8(scalar);
+    for (const char byte : encoded.view()) {
       if (!writer.put(static_cast<XcodeOctet>(byte))) return XcodeOverflow;
     }
   }
