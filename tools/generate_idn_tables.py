@@ -49,7 +49,14 @@ LEFT_TO_RIGHT = 8
 DECOMPOSES = 16
 HAS_CLASS = 32
 COMPOSES_BACKWARD = 64
-HANGUL_SYLLABLE = 128
+UNSTABLE = 128
+
+HANGUL_SYLLABLES = range(0xAC00, 0xD7A4)
+HANGUL_VOWELS = range(0x1161, 0x1176)
+HANGUL_TRAILS = range(0x11A8, 0x11C3)
+
+# What a code point that is not UNSTABLE decomposes to has at most so many code points.
+MAX_STABLE_DECOMPOSITION = 4
 
 
 def is_assigned(code_point):
@@ -207,11 +214,14 @@ def files():
     mark(in_any(prohibited), PROHIBITED_BIT)
     mark(right_to_left, RIGHT_TO_LEFT)
     mark(in_any(left_to_right), LEFT_TO_RIGHT)
-    mark([0, *decomposed], DECOMPOSES)  # normalization refuses U+0000
+    mark([*decomposed, *HANGUL_SYLLABLES], DECOMPOSES)
+    stable = [code for code in decomposed if UNICODE.normalize("NFKC", chr(code)) == chr(code)]
+    if any(len(UNICODE.normalize("NFKD", chr(code))) > MAX_STABLE_DECOMPOSITION for code in stable):
+        sys.exit("generate_idn_tables: a decomposition is longer than MAX_STABLE_DECOMPOSITION")
+    mark({0, *decomposed} - {*stable}, UNSTABLE)  # normalization refuses U+0000
     mark(classes, HAS_CLASS)
     seconds = {key & 0xFFFFFFFF for key, _ in composed if key & 0xFFFFFFFF < SINGLETON_KEY}
-    mark(seconds | {*range(0x1161, 0x1176), *range(0x11A8, 0x11C3)}, COMPOSES_BACKWARD)
-    mark(range(0xAC00, 0xD7A4), HANGUL_SYLLABLE)
+    mark(seconds | {*HANGUL_VOWELS, *HANGUL_TRAILS}, COMPOSES_BACKWARD)
 
     def places(entries):
         return {code_point: place for place, code_point in enumerate(entries)}

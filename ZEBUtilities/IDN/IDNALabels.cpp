@@ -5,36 +5,52 @@
 #include <IDN/Nameprep.h>
 #include <IDN/Punycode.h>
 #include <IDN/UTFConversions.h>
-#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
-#include <string_view>
 
 namespace zeb {
 
 namespace {
 
-bool isASCII(const XcodeUnit* units, std::int32_t count) noexcept {
-  return detail::isASCII(std::u16string_view(units, static_cast<std::size_t>(count)));
-}
+/// The ASCII characters that the STD3 rules refuse.
+constexpr std::array<bool, 128> forbiddenCharacters = [] {
+  std::array<bool, 128> forbidden{};
+  for (std::size_t c = 0; c < forbidden.size(); ++c) forbidden[c] = is_ldh_character32(c);
+  return forbidden;
+}();
 
+/// What one walk over a label finds.
+struct Scan {
+  bool isASCII;
+  bool isForbidden;  ///< by the STD3 rules, if it is ASCII
+};
+
+/// Also writes the label as octets, which are the label if it is ASCII. There is room for `count`.
 template <class Element>
-XcodeResult checkSTD3Rules(const Element* label, std::int32_t count) noexcept {
+Scan scan(const Element* label, std::int32_t count, XcodeOctet* octets) noexcept {
+  XcodeCodePoint bits = 0;
   bool isForbidden = false;
-  for (std::int32_t i = 0; i < count; ++i) isForbidden |= is_ldh_character32(label[i]);
-  if (isForbidden) return XcodeIdnaNonLDH;
-  return label[0] == '-' || label[count - 1] == '-' ? XcodeIdnaHyphenEnds : XcodeOK;
+  for (std::int32_t i = 0; i < count; ++i) {
+    bits |= label[i];
+    isForbidden |= forbiddenCharacters[label[i] & 0x7F];
+    octets[i] = static_cast<XcodeOctet>(label[i]);
+  }
+  return {bits < 0x80, isForbidden};
 }
 
-/// Writes a label that is ASCII.
 template <class Element>
-XcodeResult writeASCII(const Element* label, std::int32_t count, XcodeOctet* octets,
-                       std::int32_t* length) noexcept {
-  const XcodeResult result = checkSTD3Rules(label, count);
-  if (result != XcodeOK) return result;
+bool hasHyphenAtEnd(const Element* label, std::int32_t count) noexcept {
+  return label[0] == '-' || label[count - 1] == '-';
+}
+
+/// Checks and completes a label that `scan` has found to be ASCII and has written.
+XcodeResult finishASCII(const Scan& scanned, std::int32_t count, XcodeOctet* octets,
+                        std::int32_t* length) noexcept {
+  if (scanned.isForbidden) return XcodeIdnaNonLDH;
+  if (hasHyphenAtEnd(octets, count)) return XcodeIdnaHyphenEnds;
   if (count > XcodeMaxASCIILabelOctets) return XcodeIdnaLength;
-  for (std::int32_t i = 0; i < count; ++i) octets[i] = static_cast<XcodeOctet>(label[i]);
   octets[count] = 0;
   *length = count;
   return XcodeOK;
@@ -44,12 +60,12 @@ XcodeResult writeASCII(const Element* label, std::int32_t count, XcodeOctet* oct
 XcodeResult writeACE(const XcodeCodePoint* label, std::int32_t count, XcodeOctet* octets,
                      std::int32_t* length) noexcept {
   constexpr XcodeCodePoint acePrefix[] = {'x', 'n', '-', '-'};
-  XcodeResult result = checkSTD3Rules(label, count);
-  if (result != XcodeOK) return result;
+  if (std::any_of(label, label + count, is_ldh_character32)) return XcodeIdnaNonLDH;
+  if (hasHyphenAtEnd(label, count)) return XcodeIdnaHyphenEnds;
   if (count >= 4 && std::equal(acePrefix, acePrefix + 4, label)) return XcodeIdnaAlreadyACE;
   XcodeOctet encoded[XcodeEncodedLabelCapacity];
   std::int32_t encodedLength = 0;
-  result = detail::encodeAceLabel(label, count, encoded, &encodedLength);
+  const XcodeResult result = detail::encodeAceLabel(label, count, encoded, &encodedLength);
   if (result != XcodeOK) return result;
   if (encodedLength > XcodeMaxASCIILabelOctets) return XcodeIdnaLength;
   std::copy_n(encoded, encodedLength + 1, octets);
@@ -64,13 +80,15 @@ XcodeResult Xcode_ToASCII(const XcodeUnit* units, std::int32_t count, XcodeOctet
   XcodeResult result =
       detail::checkSizes(units, count, XcodeMaxLabelUnits, octets, length, XcodeMaxLabelOctets);
   if (result != XcodeOK) return result;
-  if (isASCII(units, count)) return writeASCII(units, count, octets, length);
+  Scan scanned = scan(units, count, octets);
+  if (scanned.isASCII) return finishASCII(scanned, count, octets, length);
   XcodeCodePoint prepared[XcodeMaxLabelCodePoints];
   std::int32_t preparedCount = XcodeMaxLabelCodePoints;
   result = Xcode_nameprepString(units, count, prepared, &preparedCount, nullptr);
   if (result != XcodeOK) return result;
-  return is_all_basic(preparedCount, prepared) ? writeASCII(prepared, preparedCount, octets, length)
-                                               : writeACE(prepared, preparedCount, octets, length);
+  scanned = scan(prepared, preparedCount, octets);
+  return scanned.isASCII ? finishASCII(scanned, preparedCount, octets, length)
+                         : writeACE(prepared, preparedCount, octets, length);
 }
 
 XcodeResult Xcode_ToUnicode16(const XcodeUnit* units, std::int32_t count, XcodeUnit* result,
@@ -83,15 +101,17 @@ XcodeResult Xcode_ToUnicode16(const XcodeUnit* units, std::int32_t count, XcodeU
 
   XcodeOctet octets[XcodeMaxPreparedCodePoints];
   std::int32_t octetCount = count;
-  if (isASCII(units, count)) {
-    for (std::int32_t i = 0; i < count; ++i) octets[i] = static_cast<XcodeOctet>(units[i]);
-  } else {
+  const Scan scanned = scan(units, count, octets);
+  if (!scanned.isASCII) {
     XcodeCodePoint prepared[XcodeMaxPreparedCodePoints];
     octetCount = XcodeMaxPreparedCodePoints;
     code = Xcode_nameprepString(units, count, prepared, &octetCount, nullptr);
     if (code != XcodeOK) return code;
-    if (!is_all_basic(octetCount, prepared)) return XcodeOK;
-    for (std::int32_t i = 0; i < octetCount; ++i) octets[i] = static_cast<XcodeOctet>(prepared[i]);
+    if (!scan(prepared, octetCount, octets).isASCII) return XcodeOK;
+  } else if (!detail::hasAcePrefix(units, count)) {
+    // Such a label decodes to itself, so that only the rules of ToASCII are left to check.
+    std::int32_t asciiLength = 0;
+    return finishASCII(scanned, count, octets, &asciiLength);
   }
 
   XcodeUnit decoded[XcodeMaxPreparedCodePoints];

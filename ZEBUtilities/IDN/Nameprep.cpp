@@ -11,15 +11,16 @@ namespace zeb {
 
 namespace {
 
-/// A Hangul syllable decomposes into three code points at most. So shorter text does not exceed the
-/// limit of normalization, which therefore need not be computed for syllables alone.
-constexpr std::int32_t maxUndecomposed = XcodeMaxPreparedCodePoints / 3;
+/// Stable text of this length does not exceed the limit of normalization when it is decomposed. So
+/// it need not be decomposed to know that it stays as it is.
+constexpr std::int32_t maxUndecomposed =
+    XcodeMaxPreparedCodePoints / detail::maxStableDecomposition;
 
 /// Whether normalization may change the text, or refuse it, if these are the flags of all its code
 /// points together.
 bool needsNormalization(unsigned flags, std::int32_t count) noexcept {
-  if (flags & (detail::isDecomposed | detail::hasClass | detail::composesBackward)) return true;
-  return (flags & detail::isHangulSyllable) && count > maxUndecomposed;
+  if (flags & (detail::isUnstable | detail::hasClass | detail::composesBackward)) return true;
+  return (flags & detail::isDecomposed) && count > maxUndecomposed;
 }
 
 unsigned flagsOfAll(const XcodeCodePoint* codePoints, std::int32_t count) noexcept {

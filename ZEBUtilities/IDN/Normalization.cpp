@@ -105,20 +105,19 @@ std::int32_t compose(XcodeCodePoint* codePoints, std::int32_t count) noexcept {
 void doDecomposition(std::int32_t depth, XcodeCodePoint codePoint,
                      XcodeCodePoint* decomposition) noexcept {
   if (depth > maxDepth) return;
-  const unsigned flags = detail::flagsOf(codePoint);
-  if (flags & detail::isHangulSyllable) {
-    const XcodeCodePoint syllable = codePoint - syllableBase;
+  const XcodeCodePoint syllable = codePoint - syllableBase;
+  if (!(detail::flagsOf(codePoint) & detail::isDecomposed)) {
+    append(codePoint, decomposition);
+  } else if (syllable < syllableCount) {
     append(leadBase + syllable / syllablesPerLead, decomposition);
     append(vowelBase + syllable % syllablesPerLead / trailCount, decomposition);
     const XcodeCodePoint trail = syllable % trailCount;
     if (trail != 0) append(trailBase + trail, decomposition);
-  } else if (codePoint != 0 && (flags & detail::isDecomposed)) {
+  } else {
     const DecomposeEntry& entry = g_decomposeTable[detail::decomposePlace(codePoint)];
     for (const std::uint32_t* part = entry.decomposition; *part != 0; ++part) {
       doDecomposition(depth + 1, *part, decomposition);
     }
-  } else {
-    append(codePoint, decomposition);
   }
 }
 

@@ -46,12 +46,30 @@ constexpr std::uint32_t threshold(std::uint32_t k, std::uint32_t bias) noexcept 
   return k <= bias ? tmin : std::min(k - bias, tmax);
 }
 
+// Most of the time goes into divisions, so those with few different divisors are avoided: the last
+// one of `adapted` is a table, and of the thresholds' two limits the divisors are constants.
+
+constexpr std::uint32_t maxFinalDelta = (base - tmin) * tmax / 2;
+constexpr std::array<XcodeOctet, maxFinalDelta + 1> finalBiases = [] {
+  std::array<XcodeOctet, maxFinalDelta + 1> biases;
+  for (std::uint32_t delta = 0; delta <= maxFinalDelta; ++delta) {
+    biases[delta] = static_cast<XcodeOctet>((base - tmin + 1) * delta / (delta + skew));
+  }
+  return biases;
+}();
+
 constexpr std::uint32_t adapted(std::uint32_t delta, std::uint32_t points, bool isFirst) noexcept {
   delta = isFirst ? delta / damp : delta / 2;
   delta += delta / points;
   std::uint32_t k = 0;
-  for (; delta > (base - tmin) * tmax / 2; k += base) delta /= base - tmin;
-  return k + (base - tmin + 1) * delta / (delta + skew);
+  for (; delta > maxFinalDelta; k += base) delta /= base - tmin;
+  return k + finalBiases[delta];
+}
+
+constexpr std::uint32_t dividedByWeight(std::uint32_t number, std::uint32_t t) noexcept {
+  if (t == tmin) return number / (base - tmin);
+  if (t == tmax) return number / (base - tmax);
+  return number / (base - t);
 }
 
 /// A set of places in the input.
@@ -59,6 +77,9 @@ class Places {
  public:
   void insert(std::uint32_t place) noexcept {
     words_[place / 64] |= std::uint64_t{1} << place % 64;
+  }
+  void remove(std::uint32_t place) noexcept {
+    words_[place / 64] &= ~(std::uint64_t{1} << place % 64);
   }
 
   /// How many of the places from `begin` up to `end` are in the set.
@@ -88,8 +109,9 @@ XcodeOctet* writeInteger(std::uint32_t delta, std::uint32_t bias, XcodeOctet* ne
     if (next == end) return nullptr;
     const std::uint32_t t = threshold(k, bias);
     if (delta < t) break;
-    *next++ = digitOf(t + (delta - t) % (base - t));
-    delta = (delta - t) / (base - t);
+    const std::uint32_t quotient = dividedByWeight(delta - t, t);
+    *next++ = digitOf(delta - quotient * (base - t));
+    delta = quotient;
   }
   *next++ = digitOf(delta);
   return next;
@@ -101,8 +123,8 @@ constexpr std::int32_t acePrefixLength = 4;
 }  // namespace
 
 // The RFC's encoder walks over the input once for each different code point, to count the smaller
-// ones before it. This one sorts the code points and counts in a set of the places of the smaller
-// ones, so that the time does not grow with the square of the length.
+// ones before it. This one sorts the code points and counts in a set of the places that are not yet
+// encoded, so that the time does not grow with the square of the length.
 XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints,
                             std::int32_t* length, XcodeOctet* octets) noexcept {
   if (detail::isMissing(codePoints, count, octets, length)) return XcodeBadArgument;
@@ -113,16 +135,16 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
   // Each other code point in the upper half, with its place in the lower half.
   std::uint64_t others[XcodeMaxPunycodeCodePoints];
   std::uint64_t* othersEnd = others;
-  Places smaller;
+  Places waiting;
   const auto size = static_cast<std::uint32_t>(count);
   for (std::uint32_t i = 0; i < size; ++i) {
-    if (codePoints[i] > maxInteger) return XcodeOverflow;
-    if (codePoints[i] >= initialN) {
-      *othersEnd++ = codePoints[i] << 32 | i;
-    } else {
+    if (codePoints[i] < initialN) {
       if (next == end) return XcodeBadArgument;
       *next++ = static_cast<XcodeOctet>(codePoints[i]);
-      smaller.insert(i);
+    } else {
+      if (codePoints[i] > maxInteger) return XcodeOverflow;
+      *othersEnd++ = codePoints[i] << 32 | i;
+      waiting.insert(i);
     }
   }
   std::sort(others, othersEnd);
@@ -136,6 +158,9 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
   std::uint64_t delta = 0;
   std::uint64_t n = initialN;
   std::uint32_t bias = initialBias;
+  const auto encodedBetween = [&waiting](std::uint32_t first, std::uint32_t last) {
+    return last - first - waiting.count(first, last);
+  };
   for (const std::uint64_t* other = others; other != othersEnd;) {
     const std::uint64_t codePoint = *other >> 32;
     delta += (codePoint - n) * (handled + 1);
@@ -143,7 +168,7 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
     std::uint32_t place = 0;
     for (; other != othersEnd && *other >> 32 == codePoint; ++other) {
       const auto here = static_cast<std::uint32_t>(*other);
-      delta += smaller.count(place, here);
+      delta += encodedBetween(place, here);
       if (delta > maxInteger) return XcodeOverflow;
       next = writeInteger(static_cast<std::uint32_t>(delta), bias, next, end);
       if (next == nullptr) return XcodeBadArgument;
@@ -152,10 +177,10 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
       ++handled;
       place = here + 1;
     }
-    delta += smaller.count(place, size) + 1;
+    delta += encodedBetween(place, size) + 1;
     n = codePoint + 1;
     for (const std::uint64_t* same = sameBegin; same != other; ++same) {
-      smaller.insert(static_cast<std::uint32_t>(*same));
+      waiting.remove(static_cast<std::uint32_t>(*same));
     }
   }
   *length = static_cast<std::int32_t>(next - octets);
@@ -251,7 +276,7 @@ XcodeResult Xcode_puny_encodeString(const XcodeCodePoint* codePoints, std::int32
 XcodeResult Xcode_puny_decodeString(const XcodeOctet* octets, std::int32_t count, XcodeUnit* units,
                                     std::int32_t* length) noexcept {
   if (count < 1 || detail::isMissing(octets, count, units, length)) return XcodeBadArgument;
-  if (!starts_with_ignore_case(octets, count, acePrefix, acePrefixLength)) {
+  if (!detail::hasAcePrefix(octets, count)) {
     return expand_Octet_to_UChar(octets, count, units, length);
   }
   XcodeCodePoint decoded[XcodeMaxLabelCodePoints];

@@ -8,15 +8,19 @@ namespace zeb::detail {
 // from the same data by tools/generate_idn_tables.py.
 
 enum CodePointFlags : unsigned {
-  isMapped = 1,            ///< is in g_charmapTable
-  isProhibited = 2,        ///< is in g_prohibitTable, or no code point at all
-  isRightToLeft = 4,       ///< is in g_randalcatTable
-  isLeftToRight = 8,       ///< is in g_lcatTable
-  isDecomposed = 16,       ///< is in g_decomposeTable, or U+0000, which normalization refuses
-  hasClass = 32,           ///< is in g_canonicalTable
-  composesBackward = 64,   ///< may compose with the code point before it
-  isHangulSyllable = 128,  ///< decomposes into two or three code points
+  isMapped = 1,           ///< is in g_charmapTable
+  isProhibited = 2,       ///< is in g_prohibitTable, or no code point at all
+  isRightToLeft = 4,      ///< is in g_randalcatTable
+  isLeftToRight = 8,      ///< is in g_lcatTable
+  isDecomposed = 16,      ///< is in g_decomposeTable, or a Hangul syllable
+  hasClass = 32,          ///< is in g_canonicalTable
+  composesBackward = 64,  ///< may compose with the code point before it
+  isUnstable = 128,       ///< normalization changes it also when it stands alone, or refuses it
 };
+
+/// What a code point that is not unstable decomposes to, and is composed of again, has at most so
+/// many code points.
+inline constexpr std::int32_t maxStableDecomposition = 4;
 
 inline constexpr std::uint64_t codePointLimit = 0x110000;
 
@@ -44,7 +48,7 @@ inline unsigned charmapPlace(std::uint64_t codePoint) noexcept {
   return charmapPlaceBlocks[charmapPlaceBlockOf[codePoint >> 7]][codePoint & 127];
 }
 
-/// Of an `isDecomposed` code point other than U+0000: its place in g_decomposeTable.
+/// Of an `isDecomposed` code point other than a Hangul syllable: its place in g_decomposeTable.
 inline unsigned decomposePlace(std::uint64_t codePoint) noexcept {
   return decomposePlaceBlocks[decomposePlaceBlockOf[codePoint >> 7]][codePoint & 127];
 }
