@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 
 namespace zeb {
 
@@ -46,8 +45,7 @@ constexpr std::uint32_t threshold(std::uint32_t k, std::uint32_t bias) noexcept 
   return k <= bias ? tmin : std::min(k - bias, tmax);
 }
 
-// Most of the time goes into divisions, so those with few different divisors are avoided: the last
-// one of `adapted` is a table, and of the thresholds' two limits the divisors are constants.
+// Most of the time goes into divisions, so most of them are looked up in tables.
 
 constexpr std::uint32_t maxFinalDelta = (base - tmin) * tmax / 2;
 constexpr std::array<XcodeOctet, maxFinalDelta + 1> finalBiases = [] {
@@ -66,40 +64,51 @@ constexpr std::uint32_t adapted(std::uint32_t delta, std::uint32_t points, bool 
   return k + finalBiases[delta];
 }
 
-constexpr std::uint32_t dividedByWeight(std::uint32_t number, std::uint32_t t) noexcept {
-  if (t == tmin) return number / (base - tmin);
-  if (t == tmax) return number / (base - tmax);
-  return number / (base - t);
+/// 2^36 divided by each possible divisor and rounded up.
+constexpr unsigned reciprocalBits = 36;
+constexpr std::array<std::uint64_t, base> reciprocals = [] {
+  std::array<std::uint64_t, base> values{};
+  for (std::uint32_t d = base - tmax; d < base; ++d) {
+    values[d] = ((std::uint64_t{1} << reciprocalBits) + d - 1) / d;
+  }
+  return values;
+}();
+
+/// The quotient; exact, because the error of a reciprocal is too small for numbers below 2^30.
+constexpr std::uint32_t divided(std::uint32_t number, std::uint32_t divisor) noexcept {
+  if (number >> 30 != 0) return number / divisor;
+  return static_cast<std::uint32_t>(number * reciprocals[divisor] >> reciprocalBits);
 }
 
 /// A set of places in the input.
 class Places {
  public:
-  void insert(std::uint32_t place) noexcept {
-    words_[place / 64] |= std::uint64_t{1} << place % 64;
-  }
-  void remove(std::uint32_t place) noexcept {
-    words_[place / 64] &= ~(std::uint64_t{1} << place % 64);
-  }
+  /// For places before `end` only.
+  explicit Places(std::uint32_t end) noexcept { std::fill_n(words_, (end + 63) / 64, 0); }
 
-  /// How many of the places from `begin` up to `end` are in the set.
-  std::uint32_t count(std::uint32_t begin, std::uint32_t end) const noexcept {
-    if (begin >= end) return 0;
-    const std::uint32_t first = begin / 64, last = (end - 1) / 64;
-    const std::uint64_t fromBegin = ~std::uint64_t{0} << begin % 64;
-    const std::uint64_t toEnd = ~std::uint64_t{0} >> (63 - (end - 1) % 64);
-    if (first == last) return popcount(words_[first] & fromBegin & toEnd);
-    std::uint32_t sum = popcount(words_[first] & fromBegin) + popcount(words_[last] & toEnd);
-    for (std::uint32_t word = first + 1; word < last; ++word) sum += popcount(words_[word]);
+  void insert(std::uint32_t place) noexcept { words_[place / 64] |= bitOf(place); }
+  void remove(std::uint32_t place) noexcept { words_[place / 64] &= ~bitOf(place); }
+
+  /// How many places before this one are in the set.
+  std::uint32_t countBefore(std::uint32_t place) const noexcept {
+    std::uint32_t sum = popcount(words_[place / 64] & (bitOf(place) - 1));
+    for (std::uint32_t word = 0; word < place / 64; ++word) sum += popcount(words_[word]);
     return sum;
   }
 
  private:
-  static std::uint32_t popcount(std::uint64_t bits) noexcept {
-    return static_cast<std::uint32_t>(std::popcount(bits));
+  static constexpr std::uint64_t bitOf(std::uint32_t place) noexcept {
+    return std::uint64_t{1} << place % 64;
+  }
+  /// Without a call of the compiler's library, which `std::popcount` is for older processors.
+  static constexpr std::uint32_t popcount(std::uint64_t bits) noexcept {
+    bits -= bits >> 1 & 0x5555555555555555;
+    bits = (bits & 0x3333333333333333) + (bits >> 2 & 0x3333333333333333);
+    bits = (bits + (bits >> 4)) & 0x0F0F0F0F0F0F0F0F;
+    return static_cast<std::uint32_t>(bits * 0x0101010101010101 >> 56);
   }
 
-  std::uint64_t words_[XcodeMaxPunycodeCodePoints / 64] = {};
+  std::uint64_t words_[XcodeMaxPunycodeCodePoints / 64];
 };
 
 /// Writes the digits of `delta`. Null if the destination is full.
@@ -109,7 +118,7 @@ XcodeOctet* writeInteger(std::uint32_t delta, std::uint32_t bias, XcodeOctet* ne
     if (next == end) return nullptr;
     const std::uint32_t t = threshold(k, bias);
     if (delta < t) break;
-    const std::uint32_t quotient = dividedByWeight(delta - t, t);
+    const std::uint32_t quotient = divided(delta - t, base - t);
     *next++ = digitOf(delta - quotient * (base - t));
     delta = quotient;
   }
@@ -122,9 +131,9 @@ constexpr std::int32_t acePrefixLength = 4;
 
 }  // namespace
 
-// The RFC's encoder walks over the input once for each different code point, to count the smaller
-// ones before it. This one sorts the code points and counts in a set of the places that are not yet
-// encoded, so that the time does not grow with the square of the length.
+// The RFC's encoder walks over the input once for each different code point, to count what the
+// decoder will have inserted before it. This one sorts the code points and counts in a set of the
+// places that are not yet encoded, so that the time does not grow with the square of the length.
 XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints,
                             std::int32_t* length, XcodeOctet* octets) noexcept {
   if (detail::isMissing(codePoints, count, octets, length)) return XcodeBadArgument;
@@ -135,8 +144,8 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
   // Each other code point in the upper half, with its place in the lower half.
   std::uint64_t others[XcodeMaxPunycodeCodePoints];
   std::uint64_t* othersEnd = others;
-  Places waiting;
   const auto size = static_cast<std::uint32_t>(count);
+  Places waiting(size);
   for (std::uint32_t i = 0; i < size; ++i) {
     if (codePoints[i] < initialN) {
       if (next == end) return XcodeBadArgument;
@@ -155,33 +164,23 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
     if (next == end) return XcodeBadArgument;
     *next++ = delimiter;
   }
-  std::uint64_t delta = 0;
+  // The decoder's state: what it has inserted last, and the index after that.
   std::uint64_t n = initialN;
+  std::uint32_t i = 0;
   std::uint32_t bias = initialBias;
-  const auto encodedBetween = [&waiting](std::uint32_t first, std::uint32_t last) {
-    return last - first - waiting.count(first, last);
-  };
-  for (const std::uint64_t* other = others; other != othersEnd;) {
+  for (const std::uint64_t* other = others; other != othersEnd; ++other) {
     const std::uint64_t codePoint = *other >> 32;
-    delta += (codePoint - n) * (handled + 1);
-    const std::uint64_t* const sameBegin = other;
-    std::uint32_t place = 0;
-    for (; other != othersEnd && *other >> 32 == codePoint; ++other) {
-      const auto here = static_cast<std::uint32_t>(*other);
-      delta += encodedBetween(place, here);
-      if (delta > maxInteger) return XcodeOverflow;
-      next = writeInteger(static_cast<std::uint32_t>(delta), bias, next, end);
-      if (next == nullptr) return XcodeBadArgument;
-      bias = adapted(static_cast<std::uint32_t>(delta), handled + 1, handled == basicCount);
-      delta = 0;
-      ++handled;
-      place = here + 1;
-    }
-    delta += encodedBetween(place, size) + 1;
-    n = codePoint + 1;
-    for (const std::uint64_t* same = sameBegin; same != other; ++same) {
-      waiting.remove(static_cast<std::uint32_t>(*same));
-    }
+    const auto place = static_cast<std::uint32_t>(*other);
+    waiting.remove(place);
+    const std::uint32_t index = place - waiting.countBefore(place);
+    const std::uint64_t delta = (codePoint - n) * (handled + 1) + index - i;
+    if (delta > maxInteger) return XcodeOverflow;
+    next = writeInteger(static_cast<std::uint32_t>(delta), bias, next, end);
+    if (next == nullptr) return XcodeBadArgument;
+    bias = adapted(static_cast<std::uint32_t>(delta), handled + 1, handled == basicCount);
+    n = codePoint;
+    i = index + 1;
+    ++handled;
   }
   *length = static_cast<std::int32_t>(next - octets);
   return XcodeOK;
