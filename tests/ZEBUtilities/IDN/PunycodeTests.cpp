@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "Outcome.h"
 
 namespace zeb::test {
@@ -38,13 +40,11 @@ TEST(Punycode, ConvertsTheSamplesOfRFC3492BothWays) {
         Sample(U"MajiでKoiする5秒前", "MajiKoi5-783gue6qz075azm5e"),
         Sample(U"パフィーdeルンバ", "de-jg4avhby1noc0d"),
         Sample(U"そのスピードで", "d9juau41awczczp"), Sample(U"-> $1.00 <-", "-> $1.00 <--")}) {
-    EXPECT_EQ(encoded(text), punycode);
-    EXPECT_EQ(decoded(punycode), shown(elements(text))) << punycode;
     // Neither writes more than the result needs.
-    const auto octets = static_cast<std::int32_t>(std::string_view(punycode).size());
+    const auto octets = static_cast<std::int32_t>(std::strlen(punycode));
     const auto codePoints = static_cast<std::int32_t>(text.size());
     EXPECT_EQ(encoded(text, octets) + encoded(text, octets - 1), punycode + std::string("!1"));
-    EXPECT_EQ(decoded(punycode, codePoints), shown(elements(text)));
+    EXPECT_EQ(decoded(punycode, codePoints), shown(elements(text))) << punycode;
     EXPECT_EQ(decoded(punycode, codePoints - 1), "!1");
   }
 }
