@@ -21,19 +21,13 @@ TEST(UTFConversions, RefuseWhatIsNotWellFormed) {
   for (const char16_t* text : {u"\xD800", u"\xDC00", u"a\xD800z", u"\xDC00\xD800"}) {
     EXPECT_EQ(to8(text, 9) + to32(text, 9), "!403!400");
   }
-  for (const auto& [text, expected] : {std::pair("\x80", "!406"),
-                                       {"\xC3(", "!406"},
-                                       {"\xE2\x82(", "!406"},
-                                       {"\xF8", "!410"},
-                                       {"\xFF", "!410"},
-                                       {"\xC3", "!411"},
-                                       {"\xF0\x9F\x98", "!411"},
-                                       {"\xC0\x80", "!411"},
-                                       {"\xE0\x9F\xBF", "!411"},
-                                       {"\xF0\x8F\xBF\xBF", "!411"},
-                                       {"\xED\xA0\x80", "!401"},
-                                       {"\xF4\x90\x80\x80", "!401"},
-                                       {"\xF5\x80\x80\x80", "!401"}})
+  using Case = std::pair<const char*, const char*>;
+  for (const auto& [text, expected] :
+       {Case("\x80", "!406"), Case("\xC3(", "!406"), Case("\xE2\x82(", "!406"),
+        Case("\xF8", "!410"), Case("\xFF", "!410"), Case("\xC3", "!411"),
+        Case("\xF0\x9F\x98", "!411"), Case("\xC0\x80", "!411"), Case("\xE0\x9F\xBF", "!411"),
+        Case("\xF0\x8F\xBF\xBF", "!411"), Case("\xED\xA0\x80", "!401"),
+        Case("\xF4\x90\x80\x80", "!401"), Case("\xF5\x80\x80\x80", "!401")})
     EXPECT_EQ(from8(text, 9), expected);
 }
 
