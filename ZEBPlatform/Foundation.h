@@ -2,6 +2,7 @@
 
 // The module Foundation: values of every kind, errors and exceptions.
 
+#include <ZEBPlatform/Foundation/ASCIICharacterSet.h>
 #include <ZEBPlatform/Foundation/DictionaryEntry.h>
 #include <ZEBPlatform/Foundation/DictionaryKey.h>
 #include <ZEBPlatform/Foundation/Format.h>

@@ -5,7 +5,8 @@
 
 namespace zeb {
 
-/// An absolute or relative URL, kept as its text. Equal when the texts are.
+/// An absolute or relative URL (RFC 3986), kept as its text. Equal when the texts are. The module
+/// Url has functions for its parts.
 class NSURL : public Value {
  public:
   constexpr NSURL() noexcept = default;
@@ -14,8 +15,10 @@ class NSURL : public Value {
   template <detail::ValueBeside<NSURL> Source>
   explicit NSURL(const Source& value) noexcept : Value(value.isURL() ? value : Value()) {}
 
-  /// Nil if `text` is nil or empty or contains a character that no URL can contain: white space, a
-  /// control character, or one of "<>\^`{|}.
+  /// Nil if `text` is nil or empty or does not follow the grammar of RFC 3986 (appendix A), which
+  /// is strict: no characters beyond ASCII, no malformed percent escapes, brackets only around IP
+  /// literals. Nil, too, if the port is above 65535. Nothing is corrected, so the URL's text is
+  /// `text`.
   static NSURL URLWithString(const NSString& text);
 
   NSString absoluteString() const;

@@ -1,8 +1,8 @@
 #include <ZEBPlatform/Foundation/DataStoragePrivate.h>
 #include <ZEBPlatform/Foundation/DictionaryEntry.h>
-#include <ZEBPlatform/Foundation/URLStoragePrivate.h>
 #include <ZEBPlatform/Foundation/ValueStorage.h>
 #include <ZEBPlatform/Foundation/detail/HashTable.h>
+#include <ZEBPlatform/Foundation/detail/URLStorage.h>
 
 #include <cstdlib>
 
