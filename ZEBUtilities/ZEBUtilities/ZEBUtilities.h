@@ -19,6 +19,7 @@
 #include <ZEBPlatform/Runtime.h>
 #include <ZEBPlatform/Security.h>
 #include <ZEBPlatform/Text.h>
+#include <ZEBPlatform/Url.h>
 #include <ZEBUtilities/Bundle.h>
 #include <ZEBUtilities/Callbacks.h>
 #include <ZEBUtilities/Classes.h>
