@@ -1,8 +1,10 @@
 // Uses the input as a URL, and as the content of each part of one. A URL that was accepted reads
-// the same from its own text, and what was set to a part is read back.
+// the same from its own text, and what was set to a part is read back. The conversions of URLs and
+// hosts give well-formed text, and converting again changes nothing.
 
 #include <ZEBPlatform/Foundation.h>
 #include <ZEBPlatform/Url.h>
+#include <ZEBUtilities/URLs.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -66,6 +68,45 @@ void checkParts(const NSString& text) {
   require(read->queryItems()[0] == Value(NSURLQueryItem::queryItemWithName(text, text)));
 }
 
+void checkForms(const NSURL& url) {
+  const NSString text = url.absoluteString();
+  require(zeb_unparameterizedURLString(url) + zeb_parameterString(url) == text);
+  require(zeb_hostIsSubDomainOfString(url, host(url)));
+  require(!zeb_displayString(url) || zeb_displayString(url).isWellFormed());
+  require(zeb_resourceString(url).isWellFormed());
+  require(!zeb_schemelessString(url) ||
+          zeb_absoluteString(url).hasSuffix(zeb_schemelessString(url)));
+
+  const NSArray added{Value(NSURLQueryItem::queryItemWithName("é", "&"))};
+  const NSString longer = zeb_URLByAppendingQueryItems(url, added).absoluteString();
+  require(longer.length() > text.length() && longer.containsString("?%C3%A9=%26"));
+  try {
+    const NSURL updated = zeb_URLByAddingOrUpdatingQueryItems(url, added);
+    require(zeb_URLByAddingOrUpdatingQueryItems(updated, added) == updated);
+  } catch (const NSException&) {
+    // An item without a value.
+  }
+}
+
+void checkConversions(const NSString& text) {
+  for (const bool toASCII : {true, false}) {
+    const NSString url = ConvertUnicodeURLString(text, toASCII);
+    require(url.isNil() || (url.isWellFormed() && !url.empty()));
+    const NSString domain = ConvertUnicodeDomainString(text, toASCII);
+    require(!text.isWellFormed() || domain.isWellFormed());
+    require(ConvertUnicodeDomainString(domain, toASCII) == domain);
+  }
+  const auto [before, after] = _UnicodeURL_splitAfterString(text, "//");
+  require(before + after == text);
+  const auto [head, tail] = _UnicodeURL_splitBeforeCharactersInSet(text, ASCIICharacterSet("/?#"));
+  require(head + tail == text);
+  for (const NSURL& url : {zeb_URLWithString(text), zeb_URLWithDisplayString(text)}) {
+    if (url.isNil()) continue;
+    require(NSURL::URLWithString(url.absoluteString()) == url);
+    checkForms(url);
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -73,5 +114,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const NSString text(std::string_view(reinterpret_cast<const char*>(data), size));
   checkURL(text);
   checkParts(text);
+  checkConversions(text);
   return 0;
 }

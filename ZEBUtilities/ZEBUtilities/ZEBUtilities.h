@@ -37,3 +37,4 @@
 #include <ZEBUtilities/Tasks.h>
 #include <ZEBUtilities/Text.h>
 #include <ZEBUtilities/Timing.h>
+#include <ZEBUtilities/URLs.h>
