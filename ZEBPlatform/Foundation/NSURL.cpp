@@ -7,12 +7,17 @@
 namespace zeb {
 
 NSURL NSURL::URLWithString(const NSString& text) {
+  if (text.empty()) return nullptr;
   // Detached, because a URL often outlives the document that its text comes from.
-  NSString own = text.detachedCopy();
-  if (!own.isASCII() || own.empty()) return nullptr;
+  const bool isOwn = !(text.text().flags & (detail::StorageMutable | detail::StorageInArena));
+  NSString own = isOwn ? text : text.detachedCopy();
+  if (!own.isASCII()) return nullptr;
   const std::optional<detail::URLParts> parts = detail::parsedURL(own.asciiView());
   if (!parts) return nullptr;
-  return NSURL(Value(adoptStorage, new detail::URLStorage(std::move(own), *parts)));
+  NSURL url;
+  // Moved in, because converting the value would count a reference up and down again.
+  static_cast<Value&>(url) = Value(adoptStorage, new detail::URLStorage(std::move(own), *parts));
+  return url;
 }
 
 NSString NSURL::absoluteString() const {

@@ -4,6 +4,8 @@
 #include <ZEBPlatform/Url/PercentEncodingPrivate.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,19 +15,25 @@ namespace {
 
 constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
-/// The value of a hexadecimal digit, or -1.
-int valueOf(char digit) noexcept {
-  if (digit >= '0' && digit <= '9') return digit - '0';
-  const int letter = digit | 0x20;
-  return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
-}
+/// The value of each character as a hexadecimal digit, or -1.
+constexpr std::array<std::int8_t, 256> digitValues = [] {
+  std::array<std::int8_t, 256> values{};
+  values.fill(-1);
+  for (std::int8_t value = 0; value < 16; ++value) {
+    const auto digit = static_cast<unsigned char>(hexDigits[static_cast<std::size_t>(value)]);
+    values[digit] = value;
+    if (value >= 10) values[digit | 0x20u] = value;
+  }
+  return values;
+}();
 
-/// The byte of the escape at the start of the text, or -1 if there is none.
+int valueOf(char digit) noexcept { return digitValues[static_cast<unsigned char>(digit)]; }
+
+/// The byte of the escape at the start of the text; negative if there is none.
 int byteOfEscape(std::string_view text) noexcept {
   if (text.size() < 3 || text[0] != '%') return -1;
-  const int high = valueOf(text[1]);
-  const int low = valueOf(text[2]);
-  return high < 0 || low < 0 ? -1 : high << 4 | low;
+  // Negative if one of them is.
+  return valueOf(text[1]) * 16 | valueOf(text[2]);
 }
 
 NSString encoded(std::string_view utf8, const ASCIICharacterSet& allowed) {
@@ -55,20 +63,22 @@ bool consistsOf(std::string_view text, const ASCIICharacterSet& allowed) noexcep
   });
 }
 
-/// Fails, answering nil, at the first escape that is malformed or whose bytes are not UTF-8.
+/// Nil if an escape is malformed or the bytes are not UTF-8.
 NSString decoded(std::string_view utf8) {
-  std::string bytes;
-  bytes.reserve(utf8.size());
-  for (;;) {
-    const std::size_t escape = (std::min)(utf8.find('%'), utf8.size());
-    bytes += utf8.substr(0, escape);
-    utf8.remove_prefix(escape);
-    if (utf8.empty()) return NSString::stringWithUTF8(bytes);
+  std::string bytes(utf8.size(), ' ');
+  char* to = bytes.data();
+  while (!utf8.empty()) {
+    if (utf8[0] != '%') {
+      *to++ = utf8[0];
+      utf8.remove_prefix(1);
+      continue;
+    }
     const int byte = byteOfEscape(utf8);
     if (byte < 0) return nullptr;
-    bytes += static_cast<char>(byte);
+    *to++ = static_cast<char>(byte);
     utf8.remove_prefix(3);
   }
+  return NSString::stringWithUTF8({bytes.data(), to});
 }
 
 }  // namespace

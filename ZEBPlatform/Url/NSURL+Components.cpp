@@ -64,7 +64,8 @@ NSString path(const NSURL& url) {
   if (url.isNil()) return nullptr;
   std::string_view path = dividedPath(url).path;
   while (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
-  return detail::percentDecodedOrSame(path);
+  const bool hasEscapes = path.find('%') != std::string_view::npos;
+  return hasEscapes ? detail::percentDecodedOrSame(path) : NSString(path);
 }
 
 NSString parameterString(const NSURL& url) {
