@@ -4,6 +4,7 @@
 #include <ZEBUtilities/Collections/NSDictionary+ZEBAdditions.h>
 #include <ZEBUtilities/Graphics/ZEBGeometryDictionaries.h>
 #include <ZEBUtilities/Text/NSString+ZEBHTMLEntity.h>
+#include <ZEBUtilities/URLs/NSURL+ZEBAdditions.h>
 
 #include <chrono>
 #include <cstdio>
@@ -148,7 +149,7 @@ void FeedReader::addTextAndLinks(Post& post, const Fields& fields, const NSArray
 
 void FeedReader::addLink(Post& post, const Fields& fields, const StringKey& titleKey,
                          const NSString& words) {
-  const NSURL url = NSURL::URLWithString(fields.string("url"));
+  const NSURL url = zeb_URLWithString(fields.string("url"));
   if (url.isNil()) {
     ++gaps_.unusable;
   } else {

@@ -2,6 +2,8 @@
 
 #include <ZEBUtilities/Coding/ZEBDecodedValue.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiverError.h>
+#include <ZEBUtilities/URLs/NSURL+UnicodeURL.h>
+#include <ZEBUtilities/URLs/NSURL+ZEBAdditions.h>
 
 namespace zeb::timeline {
 
@@ -26,7 +28,7 @@ bool Author::isEqual(const NSObject& other) const noexcept {
 // An archive is input from outside, so a text that is not a URL is refused.
 Link::Link(ZEBDecoder& decoder)
     : title(decoder.decodeStringForKey("title")),
-      url(NSURL::URLWithString(decoder.decodeStringForKey("url"))) {
+      url(zeb_URLWithString(decoder.decodeStringForKey("url"))) {
   if (url.isNil()) throw ZEBUnarchiverError::unexpectedContent("url");
 }
 
@@ -36,9 +38,8 @@ void Link::encode(ZEBEncoder& encoder) const {
 }
 
 NSString Link::host() const {
-  const NSArray parts = url.absoluteString().componentsSeparatedByString("/");
-  if (parts.count() < 3) return "";
-  return NSString(NSString(parts[2]).componentsSeparatedByString(":").firstObject());
+  const NSString host = unicodeHost(url);
+  return host.isNil() ? NSString("") : host;
 }
 
 Post::Post(ZEBDecoder& decoder)

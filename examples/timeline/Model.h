@@ -38,11 +38,11 @@ struct Link {
   void encode(ZEBEncoder& encoder) const;
   bool operator==(const Link&) const = default;
 
-  /// The host as in the URL, in any script; empty if there is none.
+  /// The host in Unicode, for people; empty if there is none.
   NSString host() const;
 
   NSString title;
-  NSURL url;  ///< never nil
+  NSURL url;  ///< never nil; its host is in ASCII
 };
 
 enum class PostKind {
