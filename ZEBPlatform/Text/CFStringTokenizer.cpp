@@ -46,15 +46,17 @@ void CFStringTokenizer::setString(const NSString& string, NSRange range) {
   if (U_FAILURE(status) || length == 0) range_.length = 0;
 }
 
-std::uint64_t CFStringTokenizer::setCurrentToken(std::size_t begin, std::size_t end) {
-  const std::int32_t status = ubrk_getRuleStatus(asIterator(iterator_));
+std::uint64_t CFStringTokenizer::setCurrentToken(std::size_t begin, std::size_t end,
+                                                 std::int32_t status) {
   next_ = end;
   if (unit_ == kCFStringTokenizerUnitWord && status < UBRK_WORD_NONE_LIMIT) {
     current_ = notFound;
     return kCFStringTokenizerTokenNone;
   }
   current_ = {range_.location + begin, end - begin};
-  return detail::tokenTypeOfStatus(status, end - begin > 1);
+  const std::u16string_view units = string_.utf16View();  // empty for ASCII
+  return detail::tokenTypeOfStatus(
+      status, units.empty() ? units : units.substr(current_.location, current_.length));
 }
 
 std::uint64_t CFStringTokenizer::goToTokenAtIndex(std::size_t index) {
@@ -65,12 +67,12 @@ std::uint64_t CFStringTokenizer::goToTokenAtIndex(std::size_t index) {
   }
   index -= range_.location;
   if (index == range_.length) --index;
-  const std::int32_t begin =
-      ubrk_isBoundary(asIterator(iterator_), static_cast<std::int32_t>(index))
-          ? static_cast<std::int32_t>(index)
-          : ubrk_preceding(asIterator(iterator_), static_cast<std::int32_t>(index));
+  // From the end back to the beginning: searching back from the middle of a surrogate pair, the
+  // iterator would go one boundary too far.
   const std::int32_t end = ubrk_following(asIterator(iterator_), static_cast<std::int32_t>(index));
-  return setCurrentToken(static_cast<std::size_t>(begin), static_cast<std::size_t>(end));
+  const std::int32_t status = ubrk_getRuleStatus(asIterator(iterator_));
+  const std::int32_t begin = ubrk_previous(asIterator(iterator_));
+  return setCurrentToken(static_cast<std::size_t>(begin), static_cast<std::size_t>(end), status);
 }
 
 std::uint64_t CFStringTokenizer::advanceToNextToken() {
@@ -78,7 +80,8 @@ std::uint64_t CFStringTokenizer::advanceToNextToken() {
     const std::size_t begin = next_;
     const std::int32_t end =
         ubrk_following(asIterator(iterator_), static_cast<std::int32_t>(begin));
-    const std::uint64_t type = setCurrentToken(begin, static_cast<std::size_t>(end));
+    const std::uint64_t type = setCurrentToken(begin, static_cast<std::size_t>(end),
+                                               ubrk_getRuleStatus(asIterator(iterator_)));
     if (type != kCFStringTokenizerTokenNone) return type;
   }
   current_ = notFound;

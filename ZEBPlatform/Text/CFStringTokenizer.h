@@ -54,7 +54,7 @@ class CFStringTokenizer : public NSObject {
  private:
   /// Answers the type of the token that ends at the iterator's boundary; places are relative to the
   /// range.
-  std::uint64_t setCurrentToken(std::size_t begin, std::size_t end);
+  std::uint64_t setCurrentToken(std::size_t begin, std::size_t end, std::int32_t status);
 
   CFStringTokenizerUnit unit_;
   void* iterator_;  ///< ICU's; null without its data

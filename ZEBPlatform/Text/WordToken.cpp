@@ -300,7 +300,8 @@ WordToken tokenByICU(std::u16string_view units, std::size_t index) {
   if (U_FAILURE(status) || begin < 0 || end <= begin)
     return {notFound, kCFStringTokenizerTokenNone};
   return {{static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin)},
-          tokenTypeOfStatus(rule, end - begin > 1)};
+          tokenTypeOfStatus(rule, units.substr(static_cast<std::size_t>(begin),
+                                               static_cast<std::size_t>(end - begin)))};
 }
 
 WordToken tokenByICU(std::string_view units, std::size_t index) {
@@ -313,7 +314,7 @@ WordToken tokenByRules(Units units, std::size_t index) {
   const NSRange range = boundaries.tokenAt(index);
   const std::int32_t status = boundaries.statusOf(range);
   if (boundaries.needsICU()) return tokenByICU(units, index);
-  return {range, tokenTypeOfStatus(status, false)};
+  return {range, tokenTypeOfStatus(status, {})};
 }
 
 /// Calls `find` with the units of the range and the index in them.
