@@ -7,6 +7,7 @@
 #include <unicode/smpdtfmt.h>
 
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace zeb {
@@ -58,6 +59,17 @@ std::unique_ptr<icu::DateFormat> newFormat(const NSString& pattern, const icu::L
   auto format =
       std::make_unique<icu::SimpleDateFormat>(detail::unicodeString(pattern), locale, status);
   return U_SUCCESS(status) ? std::move(format) : nullptr;
+}
+
+/// Nothing if the text is not a date from its beginning to its end.
+std::optional<double> parsedMilliseconds(const icu::DateFormat& format,
+                                         const icu::UnicodeString& text) {
+  icu::ParsePosition position(0);
+  const double milliseconds = format.parse(text, position);
+  if (position.getErrorIndex() >= 0 || position.getIndex() == 0 ||
+      position.getIndex() != text.length())
+    return std::nullopt;
+  return milliseconds;
 }
 
 }  // namespace
@@ -119,6 +131,11 @@ NSDateFormatter::Implementation* NSDateFormatter::current() const {
         pattern_.isNil() ? newFormat(dateStyle_, timeStyle_, isRelative_, locale)
                          : newFormat(pattern_, locale);
     if (format && format->getCalendar()) {
+      std::unique_ptr<icu::Calendar> calendar(format->getCalendar()->clone());
+      if (calendar) {
+        calendar->setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
+        format->adoptCalendar(calendar.release());
+      }
       format->setTimeZone(*timeZone_->implementation().zone);
       implementation_->calendar.reset(format->getCalendar()->clone());
       implementation_->calendar->setLenient(true);
@@ -164,12 +181,21 @@ NSDate NSDateFormatter::dateFromString(const NSString& text) const {
   Implementation* const used = text.empty() || !hasForm() ? nullptr : current();
   if (!used) return nullptr;
   const icu::UnicodeString units = detail::unicodeString(text);
-  icu::ParsePosition position(0);
-  const double milliseconds = used->format->parse(units, position);
-  if (position.getErrorIndex() >= 0 || position.getIndex() == 0 ||
-      position.getIndex() != units.length())
-    return nullptr;
-  return NSDate::dateWithTimeIntervalSince1970(milliseconds / millisecondsPerSecond);
+  std::optional<double> milliseconds = parsedMilliseconds(*used->format, units);
+  if (!milliseconds && !isLenient_) {
+    // The strict calendar also refuses local times that the zone's clocks skip, such as midnight on
+    // some days. So it checks the text in a zone without skipped times, and the lenient calendar
+    // then gives the first moment after the gap.
+    used->format->setTimeZone(*icu::TimeZone::getGMT());
+    const bool isValid = parsedMilliseconds(*used->format, units).has_value();
+    used->format->setTimeZone(*timeZone_->implementation().zone);
+    if (!isValid) return nullptr;
+    used->format->setCalendarLenient(true);
+    milliseconds = parsedMilliseconds(*used->format, units);
+    used->format->setCalendarLenient(false);
+  }
+  if (!milliseconds) return nullptr;
+  return NSDate::dateWithTimeIntervalSince1970(*milliseconds / millisecondsPerSecond);
 }
 
 NSString NSDateFormatter::dateFormatFromTemplate(const NSString& templateText, std::uint64_t,

@@ -66,6 +66,15 @@ TEST(LocalizedDates, DisplayTextsHaveTheirStylesInEveryLocale) {
               zeb_dateWithLongDateString(nullptr).isNil());
 }
 
+TEST(LocalizedDates, LongDatesAreReadWhereClocksSkipMidnight) {
+  for (const char* locale : {"en_US", "pt_BR"}) {
+    const FreshSettings settings(locale, "America/Sao_Paulo");
+    const NSDate noon = since1970(1541347200);  // 4 November 2018, which began at 01:00
+    EXPECT_EQ(zeb_dateWithLongDateString(zeb_longDateString(noon)), zeb_beginningOfDay(noon));
+    EXPECT_TRUE(zeb_dateWithLongDateString("February 30, 2018").isNil());
+  }
+}
+
 TEST(LocalizedDates, WireFormatsAreThoseOfICUOverTheWholeRange) {
   const FreshSettings settings("ar_EG", "Asia/Kathmandu");
   const NSDate newYear = since1970(1577836800);
