@@ -81,6 +81,9 @@ const NSDateFormatter& dateFormatter(DateFormat format) {
     if (follows && !kept.timeZoneObserver) {
       kept.timeZoneObserver = NSNotificationCenter::defaultCenter()->addObserverForName(
           NSSystemTimeZoneDidChangeNotification, nullptr, nullptr, systemTimeZoneDidChange);
+      // Changes are watched from the first question for the system's zone on, which the formatters
+      // do not ask while another default is set.
+      (void)NSTimeZone::systemTimeZone();
     }
     slot = newFormatter(format);
   }

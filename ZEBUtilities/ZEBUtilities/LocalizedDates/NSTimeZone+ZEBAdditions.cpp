@@ -14,13 +14,13 @@ NSString zeb_utcOffsetOfDate(const NSDate& date, const Ref<NSTimeZone>& timezone
   if (date.isNil() || !timezone) return nullptr;
   NSString offset;
   dispatch_sync(_zeb_timezoneQueue(), [&] {
-    static const detail::NeverDestroyed<Ref<NSDateFormatter>> localTimeZoneFormatter([] {
+    static const detail::NeverDestroyed<Ref<NSDateFormatter>> slocalTimeZoneFormatter([] {
       Ref<NSDateFormatter> formatter = makeRef<NSDateFormatter>();
       formatter->setDateFormat("Z");
       return formatter;
     }());
-    (*localTimeZoneFormatter)->setTimeZone(timezone);
-    offset = (*localTimeZoneFormatter)->stringFromDate(date);
+    (*slocalTimeZoneFormatter)->setTimeZone(timezone);
+    offset = (*slocalTimeZoneFormatter)->stringFromDate(date);
   });
   return offset;
 }
