@@ -27,7 +27,8 @@ enum NSComparisonResult : std::int64_t {
 /// surrogate is kept). All lengths, indexes and ranges count code units.
 ///
 /// Text whose units are all below 128 is stored as bytes, all other text as 16-bit units;
-/// `asciiView` and `utf16View` give the stored form without copying.
+/// `asciiView` and `utf16View` give the stored form without copying. A mutable text that has held
+/// other units may store ASCII in 16-bit units; its `copy()` never does.
 class NSString : public Value {
  public:
   constexpr NSString() noexcept = default;

@@ -169,9 +169,9 @@ NSCalendar::NSCalendar(std::string icuIdentifier, Following following)
 NSCalendar::~NSCalendar() = default;
 
 Ref<NSCalendar> NSCalendar::calendarWithIdentifier(const NSString& identifier) {
-  if (std::ranges::find(identifiers, identifier.asciiView()) == std::end(identifiers))
-    return nullptr;
-  return makeRef<NSCalendar>(identifier.utf8(), Following::fixed);
+  const std::string name = identifier.utf8();
+  if (std::ranges::find(identifiers, name) == std::end(identifiers)) return nullptr;
+  return makeRef<NSCalendar>(name, Following::fixed);
 }
 
 Ref<NSCalendar> NSCalendar::currentCalendar() {

@@ -60,15 +60,17 @@ NSTimeZone::NSTimeZone(const NSString& name, std::unique_ptr<const Implementatio
 NSTimeZone::~NSTimeZone() = default;
 
 Ref<NSTimeZone> NSTimeZone::timeZoneWithName(const NSString& name) {
-  return name.isASCII() ? detail::timeZoneDatabase()->zoneNamed(name.asciiView()) : nullptr;
+  const NSString narrow = name.copy();  // a mutable text may hold ASCII in 16-bit units
+  return narrow.isASCII() ? detail::timeZoneDatabase()->zoneNamed(narrow.asciiView()) : nullptr;
 }
 
 Ref<NSTimeZone> NSTimeZone::timeZoneWithAbbreviation(const NSString& abbreviation) {
-  if (!abbreviation.isASCII()) return nullptr;
-  const std::string_view text = abbreviation.asciiView();
+  const NSString narrow = abbreviation.copy();
+  if (!narrow.isASCII()) return nullptr;
+  const std::string_view text = narrow.asciiView();
   const auto known = std::ranges::lower_bound(abbreviations, text, {}, &Abbreviation::text);
   if (known != std::end(abbreviations) && known->text == text) return timeZoneWithName(known->zone);
-  return text.starts_with("GMT") ? timeZoneWithName(abbreviation) : nullptr;
+  return text.starts_with("GMT") ? timeZoneWithName(narrow) : nullptr;
 }
 
 Ref<NSTimeZone> NSTimeZone::timeZoneForSecondsFromGMT(std::int64_t seconds) {

@@ -180,7 +180,7 @@ constexpr const char* rawValue(ISOLanguageCode code) noexcept {
 
 /// The enumerator with the raw value; empty for any other text, in any other case, and for nil.
 /// "UA" gives the United Arab Emirates.
-std::optional<ISOCountryCode> ISOCountryCodeWithRawValue(const NSString& rawValue) noexcept;
-std::optional<ISOLanguageCode> ISOLanguageCodeWithRawValue(const NSString& rawValue) noexcept;
+std::optional<ISOCountryCode> ISOCountryCodeWithRawValue(const NSString& rawValue);
+std::optional<ISOLanguageCode> ISOLanguageCodeWithRawValue(const NSString& rawValue);
 
 }  // namespace zeb
