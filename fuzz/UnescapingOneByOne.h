@@ -69,8 +69,7 @@ inline bool isUnescapedAsOneByOne(const NSString& text, std::vector<NSRange> ran
 
   std::u16string units = text.utf16();
   unescapeOneByOne(units, ranges);
-  bool isSame = changed.utf16() == units && unescaped.utf16() == units &&
-                unescaped.isASCII() == NSString(std::u16string_view(units)).isASCII();
+  bool isSame = changed.utf16() == units && unescaped.utf16() == units;
   for (std::size_t i = 0; i < ranges.size(); ++i) isSame &= adjusted[i] == boxed(ranges[i]);
   return isSame;
 }

@@ -105,7 +105,7 @@ bool zeb_hasPrefixIgnoringCase(const NSString& string, const NSString& prefix) {
 }
 
 bool zeb_matchesPartialsSearchString(const NSString& string, const NSString& search) {
-  if (search.empty()) return false;
+  if (string.isNil() || search.empty()) return false;
   const NSArray words =
       componentsSeparatedByCharactersInSet(search, NSCharacterSet::whitespaceCharacterSet());
   return std::all_of(words.begin(), words.end(), [&](const Value& word) {
@@ -198,10 +198,12 @@ NSString zeb_stringByConvertingWhitespaceToNonbreaking(const NSString& string) {
   NSError error;
   const NSRegularExpression* expression = whitespaceExpression(&error);
   if (!expression) {
-    OLGLogEx(nullptr, OLGLevelError, ZEBUtilitiesLoggingChannel_Generic,
-             "ZEBUtilities/ZEBUtilities/NSString+ZEBAdditions",
-             "-[NSString(ZEBAdditions) zeb_stringByConvertingWhitespaceToNonbreaking]", 338,
-             "Error compiling regular expression: %@", error);
+    const char* const channel = ZEBUtilitiesLoggingChannel_Generic;
+    if (OLGCanLog(nullptr, OLGLevelError, channel)) {
+      OLGLogEx(nullptr, OLGLevelError, channel, "ZEBUtilities/ZEBUtilities/NSString+ZEBAdditions",
+               "-[NSString(ZEBAdditions) zeb_stringByConvertingWhitespaceToNonbreaking]", 338,
+               "Error compiling regular expression: %@", error);
+    }
     return string;
   }
   const NSString result = expression->stringByReplacingMatchesInString(
@@ -210,6 +212,8 @@ NSString zeb_stringByConvertingWhitespaceToNonbreaking(const NSString& string) {
 }
 
 NSString zeb_stringByTrimmingWhitespace(const NSString& string) {
+  // A mutable text that needs no trimming is copied, unlike by the functions for one end.
+  if (string.isMutable()) return withoutWhitespace(string.copy(), TrimmedEnds::both);
   return withoutWhitespace(string, TrimmedEnds::both);
 }
 

@@ -125,6 +125,7 @@ NSMutableString zeb_stringByUnescapingHTMLEntities(const NSString& string) {
 }
 
 NSArray zeb_unescapeHTMLEntitiesAdjustingTextRanges(NSMutableString string, const NSArray& ranges) {
+  if (string.isNil()) return nullptr;
   const detail::HTMLReferences found = referencesIn(string);
   const References references = found.list();
   if (references.empty()) return string.empty() ? ranges : ranges.copy();

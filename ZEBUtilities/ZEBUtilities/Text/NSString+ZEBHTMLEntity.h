@@ -23,7 +23,8 @@ namespace zeb {
 
 /// Unescapes the text in place, and answers ranges that contain the same characters as `ranges`,
 /// which are boxed `NSRange`s (see `boxed`) in the escaped text, in any order. Elements that are
-/// not are answered as they are. Nil ranges on nil ranges; a nil text changes no range.
+/// not are answered as they are. Nil on a nil text or nil
+/// ranges.
 ///
 /// Each replacement, from the first to the last, shortens the ranges that contain the whole
 /// reference, moves those that begin at or after its end, and leaves all others as they are. So a

@@ -69,10 +69,10 @@ TEST(HTMLEntities, UnescapingFollowsTheRules) {
       {unchanged, unchanged}};
   for (const auto& [escaped, expected] : cases)
     EXPECT_EQ(zeb_stringByUnescapingHTMLEntities(escaped), NSString(expected));
-  EXPECT_TRUE(zeb_stringByUnescapingHTMLEntities("&#65٣;").isASCII());
   EXPECT_TRUE(zeb_stringByUnescapingHTMLEntities(nullptr).isNil());
-  const NSString same("& no reference;");
-  EXPECT_TRUE(zeb_stringByUnescapingHTMLEntities(same).isIdenticalTo(same));
+  const NSMutableString receiver("& no reference;"_ns);
+  zeb_stringByUnescapingHTMLEntities(receiver).appendString("!");
+  EXPECT_EQ(receiver, "& no reference;");
 }
 
 TEST(HTMLEntities, RangesKeepTheirCharacters) {
@@ -82,8 +82,9 @@ TEST(HTMLEntities, RangesKeepTheirCharacters) {
             (NSArray{boxed(NSRange{0, 3}), "no range", boxed(NSRange{2, 2})}));
   EXPECT_EQ(text, "x&y<é");
   EXPECT_TRUE(zeb_unescapeHTMLEntitiesAdjustingTextRanges(text, nullptr).isNil());
-  for (NSMutableString none : {NSMutableString(), NSMutableString(nullptr)})
-    EXPECT_TRUE(zeb_unescapeHTMLEntitiesAdjustingTextRanges(none, ranges).isIdenticalTo(ranges));
+  EXPECT_TRUE(
+      zeb_unescapeHTMLEntitiesAdjustingTextRanges(NSMutableString(), ranges).isIdenticalTo(ranges));
+  EXPECT_TRUE(zeb_unescapeHTMLEntitiesAdjustingTextRanges(nullptr, ranges).isNil());
 }
 
 TEST(HTMLEntities, TheResultIsThatOfReplacingOneByOne) {

@@ -57,7 +57,7 @@ TEST(NSStringZEBAdditions, ComparingAndSearching) {
   // clang-format off
   const struct { NSString text, search; bool matches; } cases[] = {
       {"John Smith", "jo sm", true}, {"John Smith", "jo xy", false}, {"a b", "b a", true},
-      {"a", "  ", true}, {nullptr, " \t", true}, {"a", "", false}, {"a", nullptr, false},
+      {"a", "  ", true}, {nullptr, " \t", false}, {"a", "", false}, {"a", nullptr, false},
       {"a\nb", "a\nb", true}, {"ab", "a\nb", false}};
   // clang-format on
   for (const auto& [text, search, matches] : cases) {
