@@ -17,8 +17,7 @@ class NSURL : public Value {
 
   /// Nil if `text` is nil or empty or does not follow the grammar of RFC 3986 (appendix A), which
   /// is strict: no characters beyond ASCII, no malformed percent escapes, brackets only around IP
-  /// literals. Nil, too, if the port is above 65535. Nothing is corrected, so the URL's text is
-  /// `text`.
+  /// literals. Nothing is corrected, so the URL's text is `text`.
   static NSURL URLWithString(const NSString& text);
 
   NSString absoluteString() const;

@@ -195,7 +195,7 @@ class Parser {
     }
     parts_.host = part(hostStart, hostEnd);
     if (hostEnd == place_) return true;
-    if (*hostEnd != ':' || !isPort({hostEnd + 1, place_})) return false;
+    if (*hostEnd != ':' || !consistsOf({hostEnd + 1, place_}, isDigit)) return false;
     parts_.port = part(hostEnd + 1, place_);
     return true;
   }
@@ -225,14 +225,15 @@ bool isIPLiteral(std::string_view text) noexcept {
   return isIPv6(address) || isIPvFuture(address);
 }
 
-bool isPort(std::string_view text) noexcept {
+std::optional<std::uint16_t> portNumber(std::string_view text) noexcept {
   constexpr std::uint32_t maxPort = 65535;
   std::uint32_t port = 0;
   for (const char digit : text) {
-    if (!(classesOf(digit) & isDigit)) return false;
+    if (!(classesOf(digit) & isDigit)) return std::nullopt;
     port = (std::min)(port * 10 + static_cast<std::uint32_t>(digit - '0'), maxPort + 1);
   }
-  return port <= maxPort;
+  if (text.empty() || port > maxPort) return std::nullopt;
+  return static_cast<std::uint16_t>(port);
 }
 
 bool isURLScheme(std::string_view text) noexcept {

@@ -53,11 +53,8 @@ NSString host(const NSURL& url) {
 
 NSNumber port(const NSURL& url) {
   if (url.isNil()) return nullptr;
-  const std::string_view digits = detail::storageOf(url).view(&detail::URLParts::port);
-  if (digits.empty()) return nullptr;
-  std::int64_t number = 0;  // at most 65535, as the parser made sure
-  for (const char digit : digits) number = number * 10 + (digit - '0');
-  return number;
+  const auto number = detail::portNumber(detail::storageOf(url).view(&detail::URLParts::port));
+  return number ? NSNumber(*number) : NSNumber();
 }
 
 NSString path(const NSURL& url) {

@@ -18,7 +18,7 @@ NSString user(const NSURL& url);
 NSString password(const NSURL& url);
 /// Nil if the host is empty, as in "file:///tmp". An IP literal is without its brackets.
 NSString host(const NSURL& url);
-/// 0 to 65535. Nil also for the empty port of "http://host:".
+/// 0 to 65535. Nil also for the empty port of "http://host:" and for larger numbers.
 NSNumber port(const NSURL& url);
 /// The decoded path without its parameter string and without "/" at its end; the path "/" stays. As
 /// written if the escapes are not UTF-8. Decoding is not reversible: "%2F" reads as "/".

@@ -84,12 +84,13 @@ void NSURLComponents::setScheme(const NSString& scheme) {
 }
 
 NSNumber NSURLComponents::port() const {
-  return parts_.port.empty() ? NSNumber() : NSNumber(parts_.port.longLongValue());
+  const auto number = detail::portNumber(parts_.port.asciiView());
+  return number ? NSNumber(*number) : NSNumber();
 }
 
 void NSURLComponents::setPort(const NSNumber& port) {
   const NSString digits = port.isNil() ? NSString() : port.stringValue();
-  requireValid(port.isNil() || (!port.isBoolean() && detail::isPort(digits.asciiView())),
+  requireValid(port.isNil() || (!port.isBoolean() && detail::portNumber(digits.asciiView())),
                "The port", port);
   parts_.port = digits;
 }

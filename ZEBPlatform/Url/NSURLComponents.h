@@ -36,7 +36,7 @@ class NSURLComponents final : public NSObject {
   const NSString& scheme() const noexcept { return parts_.scheme; }
   void setScheme(const NSString& scheme);
 
-  /// 0 to 65535. Nil also for the empty port of "http://host:".
+  /// 0 to 65535. Nil also for the empty port of "http://host:" and for larger numbers.
   NSNumber port() const;
   void setPort(const NSNumber& port);
 

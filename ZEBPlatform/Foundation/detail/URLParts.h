@@ -27,14 +27,14 @@ struct URLParts {
 };
 
 /// The parts of a text that is shorter than 4 GiB, or none if it is not a URL in the strict sense
-/// of RFC 3986. A port must be empty or at most 65535. Takes linear time and no memory.
+/// of RFC 3986. Takes linear time and no memory.
 std::optional<URLParts> parsedURL(std::string_view text) noexcept;
 
 /// Whether the text is an IP address in brackets (RFC 3986, section 3.2.2).
 bool isIPLiteral(std::string_view text) noexcept;
 
-/// Whether the digits are a port: none, or a number of at most 65535.
-bool isPort(std::string_view text) noexcept;
+/// The number that the digits are; nothing for other text, and beyond 65535.
+std::optional<std::uint16_t> portNumber(std::string_view text) noexcept;
 
 /// Whether the text can be a scheme (RFC 3986, section 3.1).
 bool isURLScheme(std::string_view text) noexcept;
