@@ -18,7 +18,7 @@ bool _UnicodeURL_isValidCharacterSequence(const NSString& string) noexcept;
                                                                          const NSString& separator);
 
 /// The text up to the first character of the set, and the rest from there. The whole text and the
-/// empty string if it contains none.
+/// empty string if it contains none. Delimiters of URLs are ASCII, and so are the sets.
 [[nodiscard]] std::pair<NSString, NSString> _UnicodeURL_splitBeforeCharactersInSet(
     const NSString& string, const ASCIICharacterSet& set);
 

@@ -145,6 +145,7 @@ NSURL zeb_URLByAppendingQueryItems(const NSURL& url, const NSArray& items) {
   const auto added = makeRef<NSURLComponents>();
   added->setQueryItems(items);
   NSMutableArray all(added->percentEncodedQueryItems());
+  if (all.empty()) return url;
   all.addObjectsFromArray(components->percentEncodedQueryItems());
   components->setPercentEncodedQueryItems(all);
   return components->URL();

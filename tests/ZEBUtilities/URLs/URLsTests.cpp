@@ -161,6 +161,7 @@ TEST(URLs, ChangeTheirQueries) {
             "/?%C3%A9%26=%2B%3D%20&c");
   EXPECT_EQ(appended("/?x%2f=%FF&&", {item("b", "")}), "/?b=&x%2f=%FF&&");
   EXPECT_EQ(appended("/?a", NSArray::array()), "/?a");
+  EXPECT_EQ(appended("http://h/", {Value("no item")}), "http://h/");
 
   const auto updated = [](const char* text, const NSArray& items) {
     const NSURL url = zeb_URLByAddingOrUpdatingQueryItems(urlOf(text), items);
@@ -178,6 +179,23 @@ TEST(URLs, ChangeTheirQueries) {
   const NSArray items{item("a", "b")};
   EXPECT_TRUE(!zeb_URLByAppendingQueryItems(nullptr, items) &&
               !zeb_URLByAddingOrUpdatingQueryItems(nullptr, items));
+}
+
+TEST(URLs, SurviveLongAndHostileTexts) {
+  for (const std::string piece :
+       {"a", "&", "a=b&", "%41", "%", "/", ".", "é.", "@", ":", "\\", "\x01"}) {
+    std::string many;
+    while (many.size() < 300'000) many += piece;
+    for (const std::string start : {"http://", "http://h/?"}) {
+      const NSString text(start + many);
+      const NSURL url = zeb_URLWithString(text);
+      // What was accepted is shown, and is accepted again from its own text.
+      EXPECT_EQ(urlOf(url.absoluteString()), url) << start << piece;
+      EXPECT_EQ(zeb_displayString(url).isNil(), url.isNil()) << start << piece;
+      const NSURL longer = zeb_URLByAppendingQueryItems(url, {item("q", "1")});
+      EXPECT_EQ(longer.isNil(), url.isNil()) << start << piece;
+    }
+  }
 }
 
 }  // namespace zeb::test
