@@ -96,6 +96,7 @@ XcodeResult Xcode_nameprepString32(const XcodeCodePoint* codePoints, std::int32_
                                    XcodeCodePoint* prepared, std::int32_t* length,
                                    XcodeCodePoint* prohibited) noexcept {
   if (detail::isMissing(codePoints, count, prepared, length)) return XcodeBadArgument;
+  if (count > XcodeMaxPreparedCodePoints) return XcodeOverflow;
   XcodeCodePoint mapped[XcodeMaxPreparedCodePoints];
   std::int32_t mappedCount = XcodeMaxPreparedCodePoints;
   unsigned flags;

@@ -19,13 +19,15 @@ void lower_case(XcodeOctet* octets, std::int32_t count) noexcept {
 
 bool starts_with(const XcodeOctet* octets, std::int32_t count, const XcodeOctet* prefix,
                  std::int32_t prefixCount) noexcept {
-  return count >= prefixCount && std::equal(prefix, prefix + prefixCount, octets);
+  return prefixCount >= 0 && count >= prefixCount &&
+         std::equal(prefix, prefix + prefixCount, octets);
 }
 
 bool starts_with_ignore_case(const XcodeOctet* octets, std::int32_t count, const XcodeOctet* prefix,
                              std::int32_t prefixCount) noexcept {
   const auto same = [](XcodeOctet a, XcodeOctet b) { return lowered(a) == lowered(b); };
-  return count >= prefixCount && std::equal(prefix, prefix + prefixCount, octets, same);
+  return prefixCount >= 0 && count >= prefixCount &&
+         std::equal(prefix, prefix + prefixCount, octets, same);
 }
 
 XcodeResult shrink_UChar_to_Octet(const XcodeUnit* units, std::int32_t count, XcodeOctet* octets,

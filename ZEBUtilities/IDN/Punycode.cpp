@@ -189,7 +189,11 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
 XcodeResult punycode_decode(std::int32_t count, const XcodeOctet* octets, std::int32_t* length,
                             XcodeCodePoint* codePoints) noexcept {
   if (detail::isMissing(octets, count, codePoints, length)) return XcodeBadArgument;
-  const auto capacity = static_cast<std::uint32_t>(*length);
+  // Each code point is inserted into those before it, so many would take quadratic time.
+  const bool isLimited = *length > XcodeMaxPunycodeCodePoints;
+  const XcodeResult fullResult = isLimited ? XcodeOverflow : XcodeBadArgument;
+  const auto capacity =
+      static_cast<std::uint32_t>(isLimited ? XcodeMaxPunycodeCodePoints : *length);
   const XcodeOctet* next = octets;
   const XcodeOctet* const end = octets + count;
 
@@ -198,7 +202,7 @@ XcodeResult punycode_decode(std::int32_t count, const XcodeOctet* octets, std::i
   std::int32_t basicCount = count;
   while (basicCount > 0 && octets[basicCount - 1] != delimiter) --basicCount;
   if (--basicCount > 0) {
-    if (static_cast<std::uint32_t>(basicCount) > capacity) return XcodeBadArgument;
+    if (static_cast<std::uint32_t>(basicCount) > capacity) return fullResult;
     for (; next != octets + basicCount; ++next) {
       if (*next >= initialN) return XcodeBadArgument;
       codePoints[written++] = *next;
@@ -228,7 +232,7 @@ XcodeResult punycode_decode(std::int32_t count, const XcodeOctet* octets, std::i
     n += static_cast<std::uint32_t>(i) / (written + 1);
     i = static_cast<std::uint32_t>(i) % (written + 1);
     if (n > maxInteger) return XcodeOverflow;
-    if (written == capacity) return XcodeBadArgument;
+    if (written == capacity) return fullResult;
     for (std::uint32_t j = written; j > i; --j) codePoints[j] = codePoints[j - 1];
     codePoints[i] = n;
     ++i;

@@ -13,8 +13,8 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
                             std::int32_t* length, XcodeOctet* octets) noexcept;
 
 /// The RFC's decoder; digits have either case. Input that is no Punycode, and a full destination,
-/// give XcodeBadArgument; numbers beyond 32 bits give XcodeOverflow. The results need not be code
-/// points of Unicode.
+/// give XcodeBadArgument; numbers beyond 32 bits and more than XcodeMaxPunycodeCodePoints give
+/// XcodeOverflow. The results need not be code points of Unicode.
 XcodeResult punycode_decode(std::int32_t count, const XcodeOctet* octets, std::int32_t* length,
                             XcodeCodePoint* codePoints) noexcept;
 

@@ -22,7 +22,7 @@ using XcodeOctet = std::uint8_t;
 
 // Internal buffers; what does not fit gives XcodeOverflow where nothing else is said.
 inline constexpr std::int32_t XcodeMaxPreparedCodePoints = 256;   ///< in each step of nameprep
-inline constexpr std::int32_t XcodeMaxPunycodeCodePoints = 1024;  ///< in punycode_encode
+inline constexpr std::int32_t XcodeMaxPunycodeCodePoints = 1024;  ///< of the RFC's functions
 inline constexpr std::int32_t XcodeMaxLabelCodePoints = 128;      ///< in a label with an ACE form
 inline constexpr std::int32_t XcodeEncodedLabelCapacity = 257;    ///< of Xcode_puny_encodeString
 inline constexpr std::int32_t XcodeMaxRaceOctets = 256;           ///< in RACE's compressed form

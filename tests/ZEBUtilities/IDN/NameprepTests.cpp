@@ -1,3 +1,6 @@
+#include <IDN/Tables/NameprepTables.h>
+#include <IDN/Tables/detail/CodePointIndex.h>
+
 #include "Outcome.h"
 
 namespace zeb::test {
@@ -38,7 +41,7 @@ TEST(Nameprep, AppliesItsStepsInOrder) {
 TEST(Nameprep, HasLimitsInEachStep) {
   const auto many = [](std::size_t count, std::u32string text) { return repeated(count, text); };
   EXPECT_EQ(prepared(many(256, U"a")), std::string(256, 'a'));
-  EXPECT_EQ(prepared(many(257, U"a")), "!3");
+  EXPECT_EQ(prepared(many(257, U"a")) + prepared(many(257, U"\u00AD")), "!3!3");
   EXPECT_EQ(prepared(many(129, U"ß")), "!3");                             // mapped to two
   EXPECT_EQ(prepared(many(85, U"각")), repeated(85, std::string("각")));  // decomposed to three
   EXPECT_EQ(prepared(many(86, U"각")), "!207");
@@ -49,6 +52,24 @@ TEST(Nameprep, HasLimitsInEachStep) {
   // The most expensive order of marks.
   EXPECT_EQ(prepared(U"a" + many(127, U"\u0315\u0323")),
             "ạ" + repeated(126, std::string("\u0323")) + repeated(127, std::string("\u0315")));
+}
+
+TEST(Nameprep, LooksUpWhatTheTablesHave) {
+  std::vector<unsigned> expected(detail::codePointLimit);
+  const auto mark = [&](std::uint64_t first, std::uint64_t last, unsigned flag) {
+    for (auto codePoint = first; codePoint <= last; ++codePoint) expected[codePoint] |= flag;
+  };
+  for (const auto& [first, last] : g_prohibitTable) mark(first, last, detail::isProhibited);
+  for (const auto& [first, last] : g_lcatTable) mark(first, last, detail::isLeftToRight);
+  for (const auto codePoint : g_randalcatTable) mark(codePoint, codePoint, detail::isRightToLeft);
+  for (const auto& [codePoint, combiningClass] : g_canonicalTable) {
+    mark(codePoint, codePoint, detail::hasClass);
+    EXPECT_EQ(detail::canonicalClass(codePoint), combiningClass);
+  }
+  const unsigned compared =
+      detail::isProhibited | detail::isLeftToRight | detail::isRightToLeft | detail::hasClass;
+  for (std::uint64_t codePoint = 0; codePoint < expected.size(); ++codePoint)
+    ASSERT_EQ(detail::flagsOf(codePoint) & compared, expected[codePoint]) << codePoint;
 }
 
 TEST(Nameprep, AgreesWithPythonOnAllCodePoints) {
