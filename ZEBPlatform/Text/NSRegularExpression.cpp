@@ -7,14 +7,18 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 namespace zeb {
 
 namespace {
 
-/// ICU counts steps of about a tenth of a millisecond.
-constexpr std::int64_t minSearchSteps = 5'000;
-constexpr std::int64_t unitsPerSearchStep = 1'000;
+using Clock = std::chrono::steady_clock;
+constexpr Clock::duration minSearchTime = std::chrono::seconds(1);
+constexpr Clock::duration searchTimePerUnit = std::chrono::microseconds(2);
+/// ICU asks whether to go on after each place where it has looked for a match, and each 10,000
+/// steps in between. With back-references a step can take as long as comparing the whole text.
+constexpr unsigned placesPerLookAtClock = 16;
 constexpr std::int64_t minBacktrackingBytes = 8'000'000;
 constexpr std::int64_t backtrackingBytesPerUnit = 32;
 /// The matchers of longer texts are not kept, because they may have grown with the text.
@@ -45,7 +49,7 @@ NSError errorWithText(const NSString& text) {
 }
 
 NSError searchError(UErrorCode status) {
-  if (status == U_REGEX_TIME_OUT) {
+  if (status == U_REGEX_STOPPED_BY_CALLER) {
     return errorWithText(
         "Searching for the regular expression was stopped because it took too long.");
   }
@@ -55,6 +59,16 @@ NSError searchError(UErrorCode status) {
   }
   return errorWithText(NSString::stringWithFormat(
       "Searching for the regular expression failed with the error %s.", u_errorName(status)));
+}
+
+/// Whether the pattern has what looks like a back-reference: a backslash before a digit or "k".
+bool hasBackReference(std::u16string_view pattern) noexcept {
+  for (std::size_t index = 0; index + 1 < pattern.size(); ++index) {
+    if (pattern[index] != u'\\') continue;
+    const char16_t unit = pattern[++index];
+    if ((unit >= u'1' && unit <= u'9') || unit == u'k') return true;
+  }
+  return false;
 }
 
 std::int32_t limit(std::int64_t value) noexcept {
@@ -115,13 +129,15 @@ NSString withEscaped(const NSString& string, std::u16string_view characters) {
 }  // namespace
 
 struct NSRegularExpression::Compiled {
-  explicit Compiled(URegularExpression* compiled) : prototype(compiled) {}
+  Compiled(URegularExpression* compiled, bool refersBack)
+      : prototype(compiled), hasBackReference(refersBack) {}
   ~Compiled() { uregex_close(prototype); }
   Compiled(const Compiled&) = delete;
   Compiled& operator=(const Compiled&) = delete;
 
   /// Never used for searching, so that threads may copy it at the same time.
   URegularExpression* const prototype;
+  const bool hasBackReference;
   detail::Spares<URegularExpression, uregex_close> spares;
 };
 
@@ -136,7 +152,9 @@ class Matcher {
       : compiled_(compiled), length_(text.size()), matcher_(compiled.spares.take()) {
     if (!matcher_) matcher_ = uregex_clone(compiled.prototype, &status);
     const auto length = static_cast<std::int64_t>(length_);
-    uregex_setTimeLimit(matcher_, limit(minSearchSteps + length / unitsPerSearchStep), &status);
+    deadline_ = Clock::now() + minSearchTime + length * searchTimePerUnit;
+    uregex_setMatchCallback(matcher_, mayStep, this, &status);
+    uregex_setFindProgressCallback(matcher_, mayGoOn, this, &status);
     uregex_setStackLimit(matcher_,
                          limit((std::max)(minBacktrackingBytes, length * backtrackingBytesPerUnit)),
                          &status);
@@ -153,11 +171,22 @@ class Matcher {
   }
 
   URegularExpression* get() const noexcept { return matcher_; }
+  bool isLate() const { return !mayGoOn(this, 0); }
 
  private:
+  static UBool U_CALLCONV mayStep(const void* context, std::int32_t) {
+    return Clock::now() < static_cast<const Matcher*>(context)->deadline_;
+  }
+  static UBool U_CALLCONV mayGoOn(const void* context, std::int64_t) {
+    const auto& matcher = *static_cast<const Matcher*>(context);
+    return ++matcher.places_ % placesPerLookAtClock != 0 || mayStep(context, 0);
+  }
+
   Compiled& compiled_;
   std::size_t length_;
   URegularExpression* matcher_;
+  Clock::time_point deadline_;
+  mutable unsigned places_ = 0;
 };
 
 }  // namespace
@@ -196,8 +225,10 @@ Ref<NSRegularExpression> NSRegularExpression::regularExpressionWithPattern(const
         "The pattern \"%@\" is no regular expression: %s in line %d, character %d.", pattern,
         u_errorName(status), place.line, place.offset));
   }
-  return makeRef<NSRegularExpression>(pattern.copy(), options,
-                                      std::make_unique<Compiled>(compiled));
+  return makeRef<NSRegularExpression>(
+      pattern.copy(), options,
+      std::make_unique<Compiled>(
+          compiled, !(used & NSRegularExpressionIgnoreMetacharacters) && hasBackReference(units)));
 }
 
 NSRegularExpression::NSRegularExpression(const NSString& pattern, std::uint64_t options,
@@ -222,6 +253,15 @@ bool NSRegularExpression::search(const NSString& string, std::uint64_t options, 
                                  NSError* error, const Visit& visit) const {
   if (string.isNil()) return true;
   requireRange(range, string.length());
+  if (compiled_->hasBackReference && range.length > maxTextForBackReferences) {
+    if (error) {
+      *error = errorWithText(NSString::stringWithFormat(
+          "A regular expression with a back-reference searches at most %zu code units at once, not "
+          "%zu.",
+          maxTextForBackReferences, range.length));
+    }
+    return false;
+  }
   UErrorCode status = U_ZERO_ERROR;
   if (detail::fitsICU(string.length())) {
     const NSString kept = string.copy();  // the visitor may change a mutable text
@@ -239,6 +279,7 @@ bool NSRegularExpression::search(const NSString& string, std::uint64_t options, 
       if (uregex_lookingAt(matcher.get(), -1, &status)) visit(matcher.get());
     } else {
       while (uregex_findNext(matcher.get(), &status) && visit(matcher.get())) {
+        if (matcher.isLate()) status = U_REGEX_STOPPED_BY_CALLER;
       }
     }
   } else {
@@ -323,11 +364,14 @@ NSString NSRegularExpression::stringByReplacingMatchesInString(const NSString& s
   const std::u16string text = string.utf16();
   std::u16string result;
   std::size_t copied = 0;
+  bool isTooLong = false;
   const bool isComplete = search(string, options, range, error, [&](URegularExpression* matcher) {
     const NSRange match = rangeOfGroup(matcher, 0);
     result.append(text, copied, match.location - copied);
     copied = match.location + match.length;
     for (const TemplatePart& part : parts) {
+      isTooLong = result.size() > text.size() + maxGrowth;
+      if (isTooLong) return false;
       result += part.text;
       if (part.group > groups_) continue;
       const NSRange group = rangeOfGroup(matcher, part.group);
@@ -335,7 +379,13 @@ NSString NSRegularExpression::stringByReplacingMatchesInString(const NSString& s
     }
     return true;
   });
-  if (!isComplete) return nullptr;
+  if (isTooLong && error) {
+    *error = errorWithText(NSString::stringWithFormat(
+        "Replacing the matches of a regular expression was stopped because the result is longer "
+        "than the text by more than %zu code units.",
+        maxGrowth));
+  }
+  if (!isComplete || isTooLong) return nullptr;
   if (copied == 0 && result.empty()) return string.copy();
   result.append(text, copied);
   return NSString(std::u16string_view(result));

@@ -70,21 +70,32 @@ TEST(NSRegularExpression, FindsAndReplaces) {
 TEST(NSRegularExpression, FaultsAreErrors) {
   for (const NSString& pattern :
        {NSString("a("), NSString("[b"), NSString(nullptr), NSString("*"),
-        NSString(std::string(20'000, 'a')), NSString(std::string(16'000, '(')),
-        NSString(std::string(16'000, '['))}) {
+        NSString(std::string(5'000, 'a')), NSString(std::string(4'000, '(')),
+        NSString(std::string(4'000, '['))}) {
     NSError error;
     EXPECT_FALSE(NSRegularExpression::regularExpressionWithPattern(pattern, 0, &error));
     EXPECT_TRUE(error.code() == NSFormattingError && error.domain() == NSCocoaErrorDomain);
   }
   // Patterns that try exponentially many ways, and that remember every character.
-  const std::string text(1'000'000, 'a');
-  for (const char* pattern : {"(a+)+$b", "((?:a|b)(?:a|b))*c"}) {
+  // Back-references, whose steps compare the whole text, are refused or stopped.
+  for (const auto& [pattern, length] :
+       {std::pair("(a+)+$b", 100'000), std::pair("((?:a|b)(?:a|b))*c", 100'000),
+        std::pair("(a*)\\1b", 5'000), std::pair("(a*)(a*)\\2\\1b", 4'000)}) {
+    const std::string text(static_cast<std::size_t>(length), 'a');
     NSError error;
     EXPECT_TRUE(expression(pattern)
                     ->stringByReplacingMatchesInString(text, 0, {0, text.size()}, "", &error)
                     .isNil());
     EXPECT_EQ(error.code(), NSFormattingError) << pattern;
   }
+  NSError error;
+  std::string longTemplate;
+  while (longTemplate.size() < 200'000) longTemplate += "$0";
+  EXPECT_TRUE(expression("a+")
+                  ->stringByReplacingMatchesInString(std::string(2'000, 'a'), 0, {0, 2'000},
+                                                     longTemplate, &error)
+                  .isNil());
+  EXPECT_EQ(error.code(), NSFormattingError);
 }
 
 TEST(NSRegularExpression, ThreadsShareAnExpression) {
