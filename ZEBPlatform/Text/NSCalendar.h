@@ -45,7 +45,8 @@ extern const char* const NSCalendarIdentifierJapanese;   ///< "japanese"
 ///
 /// The Gregorian calendar changes to the Julian one before 15 October 1582. Calendars reach from
 /// about 5.8 million years before to as many after the year 1; a date beyond that, also an infinite
-/// one, counts as the last one within. A date that is not a number gives nil or false, like nil.
+/// one, counts as the last one within; adding to an infinite one gives nil. A date that is not a
+/// number gives nil or false, like nil.
 ///
 /// One thread at a time.
 class NSCalendar : public NSObject {

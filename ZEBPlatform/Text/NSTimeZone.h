@@ -19,8 +19,9 @@ namespace zeb {
 /// The thread starts when a zone of the system is first asked for (by `systemTimeZone`,
 /// `defaultTimeZone` or a date formatter); a program that only observes calls `systemTimeZone`
 /// once. Nothing is noticed if /etc cannot be watched, because it is missing or the system's limits
-/// for inotify are reached. A host that hears of changes in another way reports them with
-/// `NSTimeZone::systemTimeZoneDidChange`.
+/// for inotify are reached, and in a process that was forked after its parent had begun to watch. A
+/// file that cannot be read leaves the zone as it was. A host that hears of changes in another way
+/// reports them with `NSTimeZone::systemTimeZoneDidChange`.
 extern const char* const NSSystemTimeZoneDidChangeNotification;
 
 /// A region whose clocks show the same time, with the history and the future of its offset from

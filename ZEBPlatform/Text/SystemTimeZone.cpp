@@ -88,12 +88,16 @@ Ref<NSTimeZone> zoneOfVariable(std::string_view value, const TimeZoneFiles& file
   if (value.starts_with('/')) {
     zone = zoneOfFile(std::string(value), files, database);
   } else if (!value.empty()) {
-    zone = database.zoneNamed(value);
+    // Here "GMT+5" has the meaning of POSIX, five hours behind, as in other programs, and not the
+    // meaning of a zone's name.
+    if (!value.starts_with("GMT")) zone = database.zoneNamed(value);
     if (!zone) {
       if (std::optional<YearlyRules> rules = yearlyRulesFromText(value)) {
         LocalTimeType type = rules->standard;
         zone = TimeZoneDatabase::zoneWithRules(
             NSString(value), TimeZoneRules({std::move(type)}, {}, std::move(rules)));
+      } else {
+        zone = database.zoneNamed(value);
       }
     }
   }

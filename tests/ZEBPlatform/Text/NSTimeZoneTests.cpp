@@ -182,6 +182,9 @@ TEST(NSTimeZone, FindsTheZoneOfTheSystem) {
     names += name() + " ";
   }
   EXPECT_EQ(names, "Africa/Cairo Asia/Seoul GMT GMT XYZ-3 GMT Asia/Dubai ");
+  setenv("TZ", "GMT+5", 1);  // behind, as POSIX has it, and unlike the zone of this name
+  EXPECT_EQ(name(), "GMT+5");
+  EXPECT_EQ(NSTimeZone::systemTimeZone()->secondsFromGMT(), -18'000);
 }
 
 TEST(NSTimeZone, ChangesOfTheSystemArePostedAfterTheZoneIsNew) {
