@@ -104,7 +104,7 @@ std::int32_t compose(XcodeCodePoint* codePoints, std::int32_t count) noexcept {
 
 void doDecomposition(std::int32_t depth, XcodeCodePoint codePoint,
                      XcodeCodePoint* decomposition) noexcept {
-  if (depth > maxDepth) return;
+  if (depth > maxDepth || !decomposition) return;
   const XcodeCodePoint syllable = codePoint - syllableBase;
   if (!(detail::flagsOf(codePoint) & detail::isDecomposed)) {
     append(codePoint, decomposition);

@@ -11,22 +11,27 @@ constexpr XcodeOctet lowered(XcodeOctet octet) noexcept {
   return static_cast<XcodeOctet>(octet >= 'A' && octet <= 'Z' ? octet | 0x20 : octet);
 }
 
+bool isPrefixPossible(const XcodeOctet* octets, std::int32_t count, const XcodeOctet* prefix,
+                      std::int32_t prefixCount) noexcept {
+  return octets && prefix && prefixCount >= 0 && count >= prefixCount;
+}
+
 }  // namespace
 
 void lower_case(XcodeOctet* octets, std::int32_t count) noexcept {
-  for (std::int32_t i = 0; i < count; ++i) octets[i] = lowered(octets[i]);
+  for (std::int32_t i = 0; octets && i < count; ++i) octets[i] = lowered(octets[i]);
 }
 
 bool starts_with(const XcodeOctet* octets, std::int32_t count, const XcodeOctet* prefix,
                  std::int32_t prefixCount) noexcept {
-  return prefixCount >= 0 && count >= prefixCount &&
+  return isPrefixPossible(octets, count, prefix, prefixCount) &&
          std::equal(prefix, prefix + prefixCount, octets);
 }
 
 bool starts_with_ignore_case(const XcodeOctet* octets, std::int32_t count, const XcodeOctet* prefix,
                              std::int32_t prefixCount) noexcept {
   const auto same = [](XcodeOctet a, XcodeOctet b) { return lowered(a) == lowered(b); };
-  return prefixCount >= 0 && count >= prefixCount &&
+  return isPrefixPossible(octets, count, prefix, prefixCount) &&
          std::equal(prefix, prefix + prefixCount, octets, same);
 }
 

@@ -244,7 +244,7 @@ XcodeResult punycode_decode(std::int32_t count, const XcodeOctet* octets, std::i
 
 bool is_all_basic(std::int32_t count, const XcodeCodePoint* codePoints) noexcept {
   XcodeCodePoint bits = 0;
-  for (std::int32_t i = 0; i < count; ++i) bits |= codePoints[i];
+  for (std::int32_t i = 0; codePoints && i < count; ++i) bits |= codePoints[i];
   return bits < 0x80;
 }
 

@@ -11,7 +11,8 @@ namespace zeb {
 // length: the length goes in as the destination's capacity and comes out as what was written.
 // Nothing is written beyond that capacity. If a function fails, the length is unchanged and the
 // destination's content is undefined, unless the function says otherwise. Missing pointers and
-// negative counts give XcodeBadArgument. Source and destination must not overlap.
+// negative counts give XcodeBadArgument, and false from the functions that answer 1 or 0. Source
+// and destination must not overlap.
 
 /// A code point, or what a caller passes for one: any value is permitted.
 using XcodeCodePoint = std::uint64_t;
