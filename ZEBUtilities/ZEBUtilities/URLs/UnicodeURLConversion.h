@@ -27,7 +27,8 @@ namespace zeb {
 ///   host "b", and "tel:+1" the host "+1", which has no Unicode form and is left out.
 /// - User information ends at the first "@".
 /// - "#", "[" and "]" are not encoded after the host, and escapes of delimiters are decoded:
-///   "%2F", "%3F" and "%23" become "/", "?" and "#" and can change what the URL means.
+///   "%2F", "%3F", "%23", "%26" and "%3D" become "/", "?", "#", "&" and "=" and can change what the
+///   URL means, for instance the values of its query.
 [[nodiscard]] NSString ConvertUnicodeURLString(const NSString& string, bool toASCII);
 
 }  // namespace zeb
