@@ -112,6 +112,8 @@ void measureUnescaping([[maybe_unused]] Report& report) {
   XmlDecoder decoder;
   for (const std::size_t rangeCount : std::initializer_list<std::size_t>{0, 10, 1000}) {
     Comparison comparison{megabytesPerSecond, std::to_string(rangeCount) + " ranges", xmlName, {}};
+    Comparison plainComparison{
+        megabytesPerSecond, std::to_string(rangeCount) + " plain ranges", xmlName, {}};
     for (const auto& [name, piece] : pieces) {
       const std::string utf8 = repeated(piece, length);
       const NSString text(utf8);
@@ -130,10 +132,23 @@ void measureUnescaping([[maybe_unused]] Report& report) {
       const Seconds seconds = measureInTurns(
           [&] { consume(unescape()); },
           [&] { decoder.decode(utf8, [](const char* decoded) { consume(decoded); }); });
+      std::vector<NSRange> plainRanges;
+      for (const Value& range : ranges) plainRanges.push_back(*unboxed<NSRange>(range));
+      const Seconds plainSeconds = measureInTurns(
+          [&] {
+            NSMutableString copy(text);
+            std::vector<NSRange> adjusted = plainRanges;
+            zeb_unescapeHTMLEntitiesAdjustingTextRanges(copy, adjusted);
+            consume(copy);
+          },
+          [&] { decoder.decode(utf8, [](const char* decoded) { consume(decoded); }); });
       const double megabytes = static_cast<double>(utf8.size()) / 1e6;
       comparison.samples.push_back({name, megabytes / seconds.ours, megabytes / seconds.peer});
+      plainComparison.samples.push_back(
+          {name, megabytes / plainSeconds.ours, megabytes / plainSeconds.peer});
     }
     report.add(std::move(comparison));
+    if (rangeCount > 10) report.add(std::move(plainComparison));
   }
 #else
   report.skip(xmlName);

@@ -67,9 +67,14 @@ inline bool isUnescapedAsOneByOne(const NSString& text, std::vector<NSRange> ran
   const NSArray adjusted = zeb_unescapeHTMLEntitiesAdjustingTextRanges(changed, boxes);
   const NSString unescaped = zeb_stringByUnescapingHTMLEntities(text);
 
+  std::vector<NSRange> plainRanges = ranges;
+  NSMutableString other(text);
+  zeb_unescapeHTMLEntitiesAdjustingTextRanges(other, plainRanges);
+
   std::u16string units = text.utf16();
   unescapeOneByOne(units, ranges);
   bool isSame = changed.utf16() == units && unescaped.utf16() == units;
+  isSame &= other == changed && plainRanges == ranges;
   for (std::size_t i = 0; i < ranges.size(); ++i) isSame &= adjusted[i] == boxed(ranges[i]);
   return isSame;
 }

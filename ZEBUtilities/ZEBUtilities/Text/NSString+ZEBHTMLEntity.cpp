@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace zeb {
 
@@ -132,6 +133,20 @@ NSArray zeb_unescapeHTMLEntitiesAdjustingTextRanges(NSMutableString string, cons
   const NSArray adjusted = adjustedRanges(ranges, references);
   unescapeInPlace(*string.storageAs<detail::MutableStringStorage>(), references);
   return adjusted;
+}
+
+void zeb_unescapeHTMLEntitiesAdjustingTextRanges(NSMutableString string,
+                                                 std::span<NSRange> ranges) {
+  if (string.isNil()) return;
+  const detail::HTMLReferences found = referencesIn(string);
+  const References references = found.list();
+  if (references.empty()) return;
+  std::vector<NSRange> adjusted;
+  adjusted.reserve(ranges.size());
+  detail::TextRangeAdjustment adjustment(references);
+  for (const NSRange range : ranges) adjusted.push_back(adjustment.adjusted(range));
+  unescapeInPlace(*string.storageAs<detail::MutableStringStorage>(), references);
+  std::ranges::copy(adjusted, ranges.begin());
 }
 
 }  // namespace zeb

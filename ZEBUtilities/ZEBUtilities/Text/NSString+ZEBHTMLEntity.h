@@ -1,7 +1,10 @@
 #pragma once
 
 #include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Foundation/NSRange.h>
 #include <ZEBPlatform/Foundation/NSString.h>
+
+#include <span>
 
 /// Decoding of the HTML character references in texts that arrive escaped. Takes linear time. Any
 /// thread may call these functions, but one at a time with one mutable text.
@@ -33,5 +36,7 @@ namespace zeb {
 ///
 /// If memory is exhausted, this throws std::bad_alloc and changes nothing.
 NSArray zeb_unescapeHTMLEntitiesAdjustingTextRanges(NSMutableString string, const NSArray& ranges);
+/// The same for plain ranges, which are adjusted in place: faster, because nothing is boxed.
+void zeb_unescapeHTMLEntitiesAdjustingTextRanges(NSMutableString string, std::span<NSRange> ranges);
 
 }  // namespace zeb
