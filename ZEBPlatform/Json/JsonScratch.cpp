@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/KeptByThread.h>
 #include <ZEBPlatform/Json/JsonScratchPrivate.h>
 #include <ZEBPlatform/Linux/detail/MemoryPages.h>
 
@@ -28,24 +29,6 @@ bool takeSharedBytes(std::size_t bytes) noexcept {
   } while (!sharedKeptBytes.compare_exchange_weak(taken, taken + bytes, std::memory_order_relaxed));
   return true;
 }
-
-/// What the calling thread keeps. Has no destructor, so that it can be used until the thread has
-/// ended.
-struct Kept {
-  JsonScratch* scratch;
-  bool threadIsEnding;
-};
-thread_local constinit Kept kept{};
-
-/// Frees what the thread has kept when the thread ends. Documents read after that keep nothing.
-struct Keeper {
-  bool isArmed = false;
-  ~Keeper() {
-    kept.threadIsEnding = true;
-    delete std::exchange(kept.scratch, nullptr);
-  }
-};
-thread_local Keeper keeper;
 
 }  // namespace
 
@@ -96,13 +79,13 @@ void JsonScratch::discardMostMemory() noexcept {
   keys.discardIfLargerThan(maxKeptKeyBytes);
 }
 
-JsonScratchLease::JsonScratchLease()
-    : scratch_(kept.scratch ? std::exchange(kept.scratch, nullptr) : new JsonScratch) {}
+JsonScratchLease::JsonScratchLease() : scratch_(KeptByThread<JsonScratch>::take()) {
+  if (!scratch_) scratch_ = std::make_unique<JsonScratch>();
+}
 
 JsonScratchLease::~JsonScratchLease() {
-  if (kept.threadIsEnding || !scratch_->prepareToBeKept()) return;
-  keeper.isArmed = true;
-  kept.scratch = scratch_.release();
+  // Documents that are read while the thread ends keep nothing, and return what is shared.
+  if (scratch_->prepareToBeKept()) KeptByThread<JsonScratch>::give(std::move(scratch_));
 }
 
 }  // namespace zeb::detail

@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/KeptByThread.h>
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 #include <ZEBPlatform/Text/NSCharacterSet.h>
 #include <ZEBUtilities/Text/HTMLEntityTablePrivate.h>
@@ -150,28 +151,12 @@ void findReferences(Text text, std::vector<HTMLReference>& references) {
 
 constexpr std::size_t maxKeptReferences = 128 * 1024 / sizeof(HTMLReference);
 
-/// What the thread keeps for its next text. Has no destructor, so that it can be used until the
-/// thread has ended.
-struct Kept {
-  std::vector<HTMLReference>* list;
-  bool threadIsEnding;
-};
-thread_local constinit Kept kept{};
-
-struct Keeper {
-  bool isArmed = false;
-  ~Keeper() {
-    kept.threadIsEnding = true;
-    delete std::exchange(kept.list, nullptr);
-  }
-};
-thread_local Keeper keeper;
+using KeptList = KeptByThread<std::vector<HTMLReference>>;
 
 }  // namespace
 
-HTMLReferences::HTMLReferences() : list_(std::exchange(kept.list, nullptr)) {
+HTMLReferences::HTMLReferences() : list_(KeptList::take()) {
   if (!list_) list_ = std::make_unique<std::vector<HTMLReference>>();
-  keeper.isArmed = true;
 }
 
 HTMLReferences::HTMLReferences(std::string_view ascii) : HTMLReferences() {
@@ -183,9 +168,9 @@ HTMLReferences::HTMLReferences(std::u16string_view units) : HTMLReferences() {
 }
 
 HTMLReferences::~HTMLReferences() {
-  if (kept.list || kept.threadIsEnding || list_->capacity() > maxKeptReferences) return;
+  if (list_->capacity() > maxKeptReferences) return;
   list_->clear();
-  kept.list = list_.release();
+  KeptList::give(std::move(list_));
 }
 
 }  // namespace zeb::detail

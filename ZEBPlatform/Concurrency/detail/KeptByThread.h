@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+namespace zeb::detail {
+
+/// An object that a thread keeps between its uses, because making a new one each time is costly.
+/// There is at most one of each type per thread. The thread's end destroys it; objects that are
+/// given after that, by destructors of other thread-local objects, are destroyed at once.
+/// Size: two words per thread. Cost: no atomic operation, no lock.
+/// Do not use it for objects whose memory has no limit: the owner decides whether to give it back.
+template <class T>
+class KeptByThread {
+ public:
+  /// What the calling thread keeps, or null.
+  static std::unique_ptr<T> take() noexcept {
+    return std::unique_ptr<T>(std::exchange(kept_.object, nullptr));
+  }
+  /// Keeps the object for the thread's next take(). An object that is kept already stays.
+  static void give(std::unique_ptr<T> object) noexcept {
+    if (kept_.object || kept_.threadIsEnding) return;
+    keeper_.isArmed = true;
+    kept_.object = object.release();
+  }
+
+ private:
+  /// Has no destructor, so that it can be used until the thread has ended.
+  struct Kept {
+    T* object;
+    bool threadIsEnding;
+  };
+  struct Keeper {
+    bool isArmed = false;
+    ~Keeper() {
+      kept_.threadIsEnding = true;
+      delete std::exchange(kept_.object, nullptr);
+    }
+  };
+
+  static inline constinit thread_local Kept kept_{};
+  static inline thread_local Keeper keeper_;
+};
+
+}  // namespace zeb::detail
