@@ -50,7 +50,7 @@ TEST(CFStringTokenizer, TokensAndTheirTypes) {
     EXPECT_EQ(CFStringTokenizerGoToTokenAtIndex(tokenizer, 7), kCFStringTokenizerTokenNone);
     EXPECT_EQ(CFStringTokenizerGoToTokenAtIndex(tokenizer, 6), kCFStringTokenizerTokenNormal);
     EXPECT_EQ(CFStringTokenizerGetCurrentTokenRange(tokenizer), (NSRange{4, 2}));
-    for (const std::size_t index : {1, 2, 3}) {  // both halves of the pair and the end
+    for (const std::size_t index : {1u, 2u, 3u}) {  // both halves of the pair and the end
       CFStringTokenizerSetString(tokenizer, u"a\U00020000"sv, {0, 3});
       EXPECT_EQ(CFStringTokenizerGoToTokenAtIndex(tokenizer, index), kCFStringTokenizerTokenNormal);
       EXPECT_EQ(CFStringTokenizerGetCurrentTokenRange(tokenizer), (NSRange{1, 2})) << index;
