@@ -11,13 +11,13 @@
 #include <ZEBUtilities/Collections/ZEBCircularFIFOBuffer.h>
 #include <ZEBUtilities/Encodings/Base32Codec.h>
 #include <ZEBUtilities/JSON/ZEBJSONSerialization.h>
+#include <ZEBUtilities/Ranges/ZEBFlavoredRange.h>
+#include <ZEBUtilities/Ranges/ZEBHyperlinkFlavoredRange.h>
 #include <ZEBUtilities/Tasks/ZEBBackgroundQueue.h>
 #include <ZEBUtilities/Tasks/ZEBBackgroundTaskHandle.h>
 #include <ZEBUtilities/Tasks/ZEBMainThreadRunLoopDeferredTask.h>
 #include <ZEBUtilities/Tasks/ZEBSafeOperation.h>
 #include <ZEBUtilities/Tasks/ZEBThread.h>
-#include <ZEBUtilities/Ranges/ZEBFlavoredRange.h>
-#include <ZEBUtilities/Ranges/ZEBHyperlinkFlavoredRange.h>
 #include <ZEBUtilities/Timing/ZEBRecordingStopwatch.h>
 #include <ZEBUtilities/Timing/ZEBStopwatch.h>
 #include <ZEBUtilities/Timing/ZEBTimer.h>
