@@ -23,7 +23,8 @@ bool isNotEmptyAfterTrimmingWhitespace(const NSString& string);
 
 /// Equality as `caseInsensitiveCompare` reports it; false for a nil argument.
 bool zeb_isCaseInsensitiveSameAsString(const NSString& string, const NSString& other);
-/// As `NSString::containsString`; false for a nil argument.
+/// As `NSString::containsString`, which compares code units: "é" in one unit does not occur in "é"
+/// in two. The localized test below finds it. False for a nil argument.
 bool zeb_containsString(const NSString& string, const NSString& part);
 /// As `localizedCaseInsensitiveContainsString`; false for a nil argument.
 bool zeb_localizedCaseInsensitiveContainsString(const NSString& string, const NSString& part);

@@ -26,7 +26,9 @@ NSString ZEBCurrentUILanguageCode();
 /// The country code of the current locale at the time of the call, such as "AT"; nil if it has
 /// none.
 NSString ZEBCurrentCountryCode();
-/// Whether `ZEBCurrentLanguageCode` is written from the right.
+/// Whether `ZEBCurrentLanguageCode` is written from the right. That code has no region, so a
+/// language that only some regions write from the right, such as "pa-PK", needs its script:
+/// "pa-Arab".
 bool ZEBIsUsingRTLLanguage();
 
 /// Mirrors the rectangle's horizontal place if the user's language is written from the right;
