@@ -8,8 +8,10 @@ namespace zeb::test {
 struct Listener : NSObject {
   Class* classObject() const override {
     const auto plain = [](Listener& self) { self.log += "plain "; };
+    const auto nothing = [](Listener&) {};
     static Class* const cls =
-        registerClass("Listener", {method("heard:", &Listener::hear), method("heard", plain)});
+        registerClass("Listener", {method("heard:", &Listener::hear), method("heard", plain),
+                                   method("heardByAnyThread", nothing)});
     return cls;
   }
   void hear(const Value& userInfo) { log += userInfo.description().utf8() + " "; }
@@ -114,7 +116,7 @@ TEST(CallbackDispatcherStorm, ThreadsAddRemoveFireAndDestroy) {
       const auto counter = std::make_shared<std::atomic<int>>(0);
       const auto block = [counter, raw = dispatcher.get()](const Value&) {
         ++*counter;
-        raw->addObserver(makeRef<Listener>(), "heard"_sel);
+        raw->addObserver(makeRef<Listener>(), "heardByAnyThread"_sel);
       };
       dispatcher->addObserver(mine, block);
       dispatcher->fire();
