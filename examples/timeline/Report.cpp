@@ -16,7 +16,7 @@ namespace zeb::timeline {
 
 namespace {
 
-constexpr std::ptrdiff_t mostRows = 40;
+constexpr std::ptrdiff_t maxRows = 40;
 constexpr std::size_t widthBesideTexts = 59;
 
 const char* nameOf(PostKind kind) {
@@ -83,7 +83,7 @@ void printTimeline(std::ostream& out, const Screen& screen, const Timeline& time
                {"", 9, true},
                {"GAPS", 4, true}});
   for (const Post& post : timeline.posts) {
-    if (&post - timeline.posts.data() == mostRows) break;
+    if (&post - timeline.posts.data() == maxRows) break;
     const Author& author = *post.author;
     table.addRow({dateCell(post.date),
                   {{author.name, strong},
@@ -95,7 +95,7 @@ void printTimeline(std::ostream& out, const Screen& screen, const Timeline& time
                   {{post.gaps ? NSNumber(post.gaps).stringValue() : "", warning}}});
   }
   table.print(out, screen);
-  const std::ptrdiff_t notShown = std::ssize(timeline.posts) - mostRows;
+  const std::ptrdiff_t notShown = std::ssize(timeline.posts) - maxRows;
   if (notShown > 0) out << "… and " << notShown << " more\n";
   if (gaps.total() > 0) {
     out << "\nGaps filled with defaults: " << gaps.nulls << " null, " << gaps.unusable

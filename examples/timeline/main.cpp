@@ -29,7 +29,7 @@ namespace {
 constexpr const char* usage =
     "usage: timeline [options…] [file…]\n"
     "Shows a feed, or what any other JSON file consists of; without a file, a feed of its own.\n"
-    "  --keep            leave the archive in the temporary directory and tell its path\n"
+    "  --keep            leave the archive in the temporary directory and print its path\n"
     "  --locale NAME     show dates in these words, for example ar_EG or de_DE\n"
     "  --time-zone NAME  show dates in this zone, for example Asia/Tokyo or GMT+0530\n";
 

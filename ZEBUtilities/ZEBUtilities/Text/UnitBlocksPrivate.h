@@ -52,7 +52,7 @@ void forEachBlock(std::u16string_view units, const Visit& visit) noexcept {
 /// The number of units for which `test` sets the lane. It must not set the lanes of zeros.
 template <class Test>
 std::size_t countUnits(std::u16string_view units, const Test& test) noexcept {
-  // No lane overflows within so many units.
+  // A 16-bit lane that counts one in each block overflows only after this number of units.
   constexpr std::size_t unitsAtOnce = std::size_t{0xFFFF} * unitsPerBlock;
   std::size_t count = 0;
   while (!units.empty()) {

@@ -18,8 +18,8 @@ enum CodePointFlags : unsigned {
   isUnstable = 128,       ///< normalization changes it also when it stands alone, or refuses it
 };
 
-/// What a code point that is not unstable decomposes to, and is composed of again, has at most so
-/// many code points.
+/// The greatest number of code points in the decomposition of a code point that is not unstable and
+/// that composition gives back.
 inline constexpr std::int32_t maxStableDecomposition = 4;
 
 inline constexpr std::uint64_t codePointLimit = 0x110000;
