@@ -17,6 +17,13 @@ Method getterOf(const NSObject& object, const NSString& key) {
   return property ? object.classObject()->findMethod(property->getter) : nullptr;
 }
 
+/// The count of hidden methods, read after the object's class is registered, because registering
+/// the first class of a program itself hides methods.
+std::uint64_t methodsHiddenBeside(const NSObject& object) {
+  object.classObject();
+  return methodsHidden();
+}
+
 /// Whether the observer needs the value before a change, or is to be called before it.
 bool needsOldValue(const Ref<KeyObserver>& entry) {
   return entry->observation->wants(NSKeyValueObservingOptionOld | NSKeyValueObservingOptionPrior);
@@ -27,7 +34,7 @@ bool needsOldValue(const Ref<KeyObserver>& entry) {
 KeyObservers::KeyObservers(const NSObject& object, const NSString& observedKey)
     : key_(observedKey),
       keyHash_(StringKey(key_).hash()),
-      methodsHidden_(methodsHidden()),
+      methodsHidden_(methodsHiddenBeside(object)),
       getter_(getterOf(object, key_)) {}
 
 KeyObservers::KeyObservers(const KeyObservers& before)
