@@ -11,7 +11,7 @@
 namespace zeb {
 
 /// One half of an RSA key pair. Immutable; any thread.
-class SecKey;
+class SecKey : public NSObject {};
 using SecKeyRef = Ref<SecKey>;
 
 enum SecPadding : std::uint32_t {
