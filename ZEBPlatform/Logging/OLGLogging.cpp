@@ -42,6 +42,16 @@ HandlerSlot& handlerSlot() {
   return *slot;
 }
 
+struct ApplicationChannel {
+  detail::Lock lock;
+  NSString name ZEB_GUARDED_BY(lock);
+};
+
+ApplicationChannel& applicationChannel() {
+  static detail::NeverDestroyed<ApplicationChannel> channel;
+  return *channel;
+}
+
 spdlog::level::level_enum spdlogLevel(std::int32_t level) noexcept {
   if (level <= OLGLevelCritical) return spdlog::level::critical;
   if (level == OLGLevelError) return spdlog::level::err;
@@ -95,6 +105,19 @@ void OLGResetChannelLevel(NullableText channel) {
 
 void OLGSetLevel(std::int32_t level) noexcept {
   generalLevel.store(level, std::memory_order_relaxed);
+}
+
+NSString OLGLogChannelApplicationDefault() {
+  ApplicationChannel& channel = applicationChannel();
+  const detail::LockGuard guard(channel.lock);
+  return channel.name.isNil() ? NSString("Application") : channel.name;
+}
+
+void OLGSetLogChannelApplicationDefault(const NSString& name) {
+  NSString exchanged = name.copy();  // then the old name, which is released without the lock
+  ApplicationChannel& channel = applicationChannel();
+  const detail::LockGuard guard(channel.lock);
+  std::swap(channel.name, exchanged);
 }
 
 void OLGSetHandler(Handler handler) {

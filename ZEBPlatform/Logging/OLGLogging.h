@@ -61,6 +61,13 @@ void OLGSetChannelLevel(NullableText channel, std::int32_t level);
 /// Lets the general level apply to the channel again.
 void OLGResetChannelLevel(NullableText channel);
 
+/// The application's own channel, "Application" unless the host has set another. Parts of this
+/// library that log on behalf of the application derive the names of their channels from it. Set it
+/// before they log for the first time, because they keep their names; nil restores the first one.
+/// Any thread.
+NSString OLGLogChannelApplicationDefault();
+void OLGSetLogChannelApplicationDefault(const NSString& name);
+
 /// Gives all log lines to the host: from now on `handler` is called with every line, on the thread
 /// that logs it and possibly on several threads at once. Nil restores the output to standard error.
 /// The handler is called without a lock held; exceptions from it are dropped. Any thread.
