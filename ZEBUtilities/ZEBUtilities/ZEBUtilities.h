@@ -31,6 +31,7 @@
 #include <ZEBUtilities/Graphics.h>
 #include <ZEBUtilities/IDN.h>
 #include <ZEBUtilities/JSON.h>
+#include <ZEBUtilities/Keychain.h>
 #include <ZEBUtilities/LocalizedDates.h>
 #include <ZEBUtilities/Observation.h>
 #include <ZEBUtilities/Ranges.h>
