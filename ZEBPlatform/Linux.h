@@ -4,3 +4,4 @@
 
 #include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/Linux/DynamicLoader.h>
+#include <ZEBPlatform/Linux/SystemControl.h>

@@ -11,7 +11,13 @@ namespace zeb {
 int readWholeFile(const std::string& path, std::size_t maxSize, std::string& content) {
   content.clear();
   RegularFile file;
-  int failure = file.open(path);
+  const int failure = file.open(path);
+  return failure ? failure : readToEnd(file, maxSize, content);
+}
+
+int readToEnd(RegularFile& file, std::size_t maxSize, std::string& content) {
+  content.clear();
+  int failure = 0;
   // Reads to the end of the file, also if its length changes meanwhile.
   for (std::size_t count = 1; !failure && count > 0;) {
     const std::size_t filled = content.size();

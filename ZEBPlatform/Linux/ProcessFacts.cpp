@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <string_view>
 
@@ -18,6 +19,23 @@ constexpr std::size_t maxFileSize = std::size_t{4} << 20;
 
 std::uint64_t configuration(int name) noexcept {
   return static_cast<std::uint64_t>(std::max(sysconf(name), 0L));
+}
+
+template <std::size_t size>
+std::string systemName(char (utsname::*field)[size]) {
+  utsname names;
+  return uname(&names) == 0 ? names.*field : "";
+}
+
+/// The number in a line such as "VmRSS:  2212 kB", in bytes.
+std::optional<std::uint64_t> kilobytesLine(std::string_view status, std::string_view key) {
+  const std::size_t line = status.find(key);
+  if (line == std::string_view::npos) return std::nullopt;
+  const std::size_t digits = status.find_first_of("0123456789", line + key.size());
+  if (digits == std::string_view::npos) return std::nullopt;
+  std::uint64_t kilobytes = 0;
+  std::from_chars(status.data() + digits, status.data() + status.size(), kilobytes);
+  return kilobytes * 1024;
 }
 
 }  // namespace
@@ -52,10 +70,7 @@ std::vector<std::pair<std::string, std::string>> processEnvironment() {
   return variables;
 }
 
-std::string machineName() {
-  utsname names;
-  return uname(&names) == 0 ? names.nodename : "";
-}
+std::string machineName() { return systemName(&utsname::nodename); }
 
 std::size_t configuredProcessorCount() noexcept {
   return std::max<std::size_t>(configuration(_SC_NPROCESSORS_CONF), 1);
@@ -74,10 +89,36 @@ std::uint64_t physicalMemorySize() noexcept {
   return configuration(_SC_PHYS_PAGES) * configuration(_SC_PAGESIZE);
 }
 
-std::string kernelRelease() {
-  utsname names;
-  return uname(&names) == 0 ? names.release : "";
+std::uint64_t freePhysicalMemorySize() noexcept {
+  return configuration(_SC_AVPHYS_PAGES) * configuration(_SC_PAGESIZE);
 }
+
+std::optional<TaskMemory> taskMemory() {
+  std::string status;
+  if (readWholeFile("/proc/self/status", maxFileSize, status)) return std::nullopt;
+  const auto virtualSize = kilobytesLine(status, "\nVmSize:");
+  const auto residentSize = kilobytesLine(status, "\nVmRSS:");
+  const auto maxResidentSize = kilobytesLine(status, "\nVmHWM:");
+  if (!virtualSize || !residentSize || !maxResidentSize) return std::nullopt;
+  return TaskMemory{*virtualSize, *residentSize, *maxResidentSize};
+}
+
+std::string machineModel() {
+  for (const char* const path :
+       {"/sys/devices/virtual/dmi/id/product_name", "/sys/firmware/devicetree/base/model"}) {
+    std::string model;
+    readWholeFile(path, maxFileSize, model);
+    // The text ends with a line end in one of the files, and with a zero byte in the other one.
+    model.resize(std::min(model.find('\0'), model.size()));
+    while (!model.empty() && (model.back() == '\n' || model.back() == ' ')) model.pop_back();
+    if (!model.empty()) return model;
+  }
+  return systemName(&utsname::machine);
+}
+
+std::string kernelName() { return systemName(&utsname::sysname); }
+std::string kernelRelease() { return systemName(&utsname::release); }
+std::string kernelBuild() { return systemName(&utsname::version); }
 
 std::string operatingSystemName() {
   std::string content;

@@ -14,7 +14,29 @@ RegularFile::~RegularFile() {
 }
 
 int RegularFile::open(const std::string& path) {
-  descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  return accept(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+}
+
+int RegularFile::openBelow(const std::string& folder, std::span<const std::string> entries) {
+  if (entries.empty()) return EISDIR;
+  int parent = ::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  for (; parent >= 0 && entries.size() > 1; entries = entries.subspan(1)) {
+    const int next =
+        openat(parent, entries[0].c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const int failure = errno;
+    close(parent);
+    errno = failure;
+    parent = next;
+  }
+  if (parent < 0) return errno;
+  const int flags = O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK;
+  const int failure = accept(openat(parent, entries[0].c_str(), flags));
+  close(parent);
+  return failure;
+}
+
+int RegularFile::accept(int descriptor) {
+  descriptor_ = descriptor;
   struct stat facts;
   if (descriptor_ < 0 || fstat(descriptor_, &facts) < 0) return errno;
   if (S_ISDIR(facts.st_mode)) return EISDIR;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,11 +27,30 @@ std::string machineName();
 std::size_t configuredProcessorCount() noexcept;
 /// The number of processors that the process may run on now.
 std::size_t usableProcessorCount() noexcept;
-/// The machine's memory in bytes.
+/// The machine's memory, and the part of it that holds nothing, in bytes; 0 if unknown. Memory that
+/// only caches files is not free in this sense.
 std::uint64_t physicalMemorySize() noexcept;
+std::uint64_t freePhysicalMemorySize() noexcept;
 
-/// The kernel's release, such as "6.1.0-18-amd64", and the name of the distribution.
+/// The process's memory in bytes.
+struct TaskMemory {
+  std::uint64_t virtualSize;
+  std::uint64_t residentSize;
+  std::uint64_t maxResidentSize;  ///< since the program started
+};
+/// Nothing if the system does not answer, for example because no file descriptor is left.
+std::optional<TaskMemory> taskMemory();
+
+/// The model that the machine's firmware states, such as "ThinkPad X1" or "Raspberry Pi 4 Model B";
+/// the instruction set, such as "x86_64", if it states none.
+std::string machineModel();
+
+/// What `uname` prints for "-s", "-r" and "-v": "Linux"; the kernel's release, such as
+/// "6.1.0-18-amd64"; and its build, such as "#1 SMP PREEMPT_DYNAMIC Debian 6.1.76-1 (2024-02-01)".
+std::string kernelName();
 std::string kernelRelease();
+std::string kernelBuild();
+/// The name of the distribution.
 std::string operatingSystemName();
 
 }  // namespace zeb

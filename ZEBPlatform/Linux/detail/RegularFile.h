@@ -18,6 +18,9 @@ class RegularFile {
   /// EISDIR for a directory, EINVAL for anything else that is not a regular file. Never waits for a
   /// pipe or a device. Called once.
   int open(const std::string& path);
+  /// The same for a file below `folder`, which is reached through these entries and through no
+  /// link (ENOTDIR or ELOOP). None of the entries is empty, ".", ".." or contains "/".
+  int openBelow(const std::string& folder, std::span<const std::string> entries);
   /// The size when the file was opened. It may change, and files of the kernel state 0.
   std::size_t size() const noexcept { return size_; }
   /// Reads the next bytes; `count` is 0 only at the end of the file, or if `room` is empty.
@@ -28,6 +31,8 @@ class RegularFile {
   static void unmap(std::span<const std::byte> bytes) noexcept;
 
  private:
+  int accept(int descriptor);
+
   int descriptor_ = -1;
   std::size_t size_ = 0;
 };
