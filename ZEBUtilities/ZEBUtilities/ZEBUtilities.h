@@ -27,6 +27,7 @@
 #include <ZEBUtilities/Collections.h>
 #include <ZEBUtilities/Constants.h>
 #include <ZEBUtilities/Dates.h>
+#include <ZEBUtilities/Device.h>
 #include <ZEBUtilities/Encodings.h>
 #include <ZEBUtilities/Graphics.h>
 #include <ZEBUtilities/IDN.h>

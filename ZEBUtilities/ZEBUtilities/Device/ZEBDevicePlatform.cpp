@@ -1,0 +1,91 @@
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
+#include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Logging/OLGLogging.h>
+#include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
+#include <ZEBUtilities/Device/ZEBDevicePlatform.h>
+#include <ZEBUtilities/Device/ZEBSystemControl.h>
+#include <ZEBUtilities/Device/detail/PlatformYearClass.h>
+
+#include <algorithm>
+
+namespace zeb {
+
+namespace {
+
+/// Logs an unknown family.
+ZEBPlatform findCurrentPlatform() {
+  const ZEBPlatform platform = ZEBPlatformFromPlatformString(ZEBPlatformString());
+  const char* const channel = ZEBUtilitiesLoggingChannel_Generic;
+  if (platform == ZEBPlatformUnknown && OLGCanLog(nullptr, OLGLevelWarning, channel)) {
+    OLGLogEx(nullptr, OLGLevelWarning, channel, "ZEBUtilities/ZEBUtilities/ZEBPlatform",
+             "ZEBPlatform ZEBCurrentPlatform()_block_invoke", 47, "Unknown platform found: %@",
+             ZEBPlatformString());
+  }
+  return platform;
+}
+
+std::uint32_t byteOf(const NSString& number) {
+  return static_cast<std::uint32_t>(std::clamp<std::int64_t>(number.integerValue(), 0, 255));
+}
+
+}  // namespace
+
+NSString ZEBPlatformString() {
+  static const detail::NeverDestroyed<NSString> model(
+      ZEBSystemControlRetrieveStringByControlType(6, 1));
+  return *model;
+}
+
+ZEBPlatform ZEBCurrentPlatform() {
+  static const ZEBPlatform platform = findCurrentPlatform();
+  return platform;
+}
+
+ZEBPlatform ZEBPlatformFromPlatformString(const NSString& model) {
+  if (model.hasPrefix("iPhone")) return ZEBPlatformPhone;
+  if (model.hasPrefix("iPad")) return ZEBPlatformPad;
+  if (model.hasPrefix("iPod")) return ZEBPlatformPod;
+  return ZEBPlatformUnknown;
+}
+
+std::uint32_t ZEBPlatformVersion() {
+  static const std::uint32_t version = ZEBPlatformVersionFromString(ZEBPlatformString());
+  return version;
+}
+
+std::uint32_t ZEBPlatformVersionFromString(const NSString& model) {
+  std::size_t digit = 0;
+  while (digit < model.length() &&
+         (model.characterAtIndex(digit) < u'0' || model.characterAtIndex(digit) > u'9')) {
+    ++digit;
+  }
+  if (digit == model.length()) return 0;
+  const NSArray numbers = model.substringFromIndex(digit).componentsSeparatedByString(",");
+  const std::uint32_t variant = numbers.count() > 1 ? byteOf(NSString(numbers[1])) : 0;
+  return byteOf(NSString(numbers[0])) << 24 | variant << 16;
+}
+
+std::int64_t ZEBPlatformYearClass() {
+  static const std::int64_t year =
+      detail::platformYearClass(ZEBCurrentPlatform(), ZEBPlatformVersion());
+  return year;
+}
+
+std::int64_t detail::platformYearClass(ZEBPlatform platform, std::uint32_t version) noexcept {
+  const std::int64_t generation = version >> 24;
+  const std::int64_t variant = version >> 16 & 0xFF;
+  switch (platform) {
+    case ZEBPlatformPad:
+      return 2009 + generation;
+    case ZEBPlatformPod:
+      // Deliberate: no model came out in the year that is left out.
+      return 2006 + generation + (generation >= 7 ? 1 : 0);
+    case ZEBPlatformPhone:
+      return generation == 1 && variant == 1 ? 2007 : 2007 + generation;
+    case ZEBPlatformUnknown:
+      break;
+  }
+  return 2007;
+}
+
+}  // namespace zeb
