@@ -12,12 +12,12 @@ set(zeb_frameworks_dir "${CMAKE_INSTALL_LIBDIR}/zebutilities/Frameworks")
 file(RELATIVE_PATH zeb_prefix_from_pkgconfig
   "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 
-# zeb_install_component(<component> PKGCONFIG <module> [BASE <pkg-config module>]
-#                       [KEPT_SYMBOL <name>])
-#   Installs the component's libraries. KEPT_SYMBOL names a function that the library is only
-#   weakly referred to by; programs that link statically must be told to keep it.
+# zeb_install_component(<component> PKGCONFIG <module> [BUILT_ON <component>] [KEPT_SYMBOL <name>])
+#   Installs the component's libraries. Users of the component also get the component BUILT_ON,
+#   which is installed first. KEPT_SYMBOL names a function that the library is only weakly referred
+#   to by; programs that link statically must be told to keep it.
 function(zeb_install_component component)
-  cmake_parse_arguments(PARSE_ARGV 1 install "" "PKGCONFIG;BASE;KEPT_SYMBOL" "")
+  cmake_parse_arguments(PARSE_ARGV 1 install "" "PKGCONFIG;BUILT_ON;KEPT_SYMBOL" "")
   get_property(libraries GLOBAL PROPERTY ZEB_LIBRARIES_OF_${component})
   install(TARGETS ${libraries} EXPORT ZEB${component}Targets
     FILE_SET HEADERS DESTINATION "${zeb_header_dir}")
@@ -28,8 +28,13 @@ function(zeb_install_component component)
   foreach(library IN LISTS libraries)
     string(PREPEND ZEB_PKGCONFIG_LIBS " -l${library}")
   endforeach()
-  set(ZEB_PKGCONFIG_REQUIRES "${install_BASE}")
+  set(ZEB_PKGCONFIG_REQUIRES "")
   set(ZEB_FIND_DEPENDENCIES "")
+  if(install_BUILT_ON)
+    get_property(ZEB_PKGCONFIG_REQUIRES GLOBAL PROPERTY ZEB_PKGCONFIG_OF_${install_BUILT_ON})
+    set(ZEB_FIND_DEPENDENCIES
+      "include(\"\${CMAKE_CURRENT_LIST_DIR}/ZEB${install_BUILT_ON}Component.cmake\")\n")
+  endif()
   # Programs that link our static libraries also link the outside libraries that these were built
   # with; our shared libraries refer to them by themselves.
   if(NOT BUILD_SHARED_LIBS)
@@ -56,6 +61,7 @@ function(zeb_install_component component)
     endforeach()
   endif()
   set(ZEB_PKGCONFIG_NAME "${install_PKGCONFIG}")
+  set_property(GLOBAL PROPERTY ZEB_PKGCONFIG_OF_${component} "${install_PKGCONFIG}")
 
   configure_file(cmake/Component.cmake.in cmake/ZEB${component}Component.cmake @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/cmake/ZEB${component}Component.cmake"
@@ -67,8 +73,9 @@ endfunction()
 
 zeb_install_component(Utilities PKGCONFIG zebutilities KEPT_SYMBOL zebRegisterClassesByName)
 if(ZEB_BUILD_TEXT)
-  zeb_install_component(Text PKGCONFIG zebutilities-text BASE zebutilities
+  zeb_install_component(Text PKGCONFIG zebutilities-text BUILT_ON Utilities
     KEPT_SYMBOL zebUppercaseFirstLetter)
+  zeb_install_component(Contacts PKGCONFIG zebutilities-contacts BUILT_ON Text)
 endif()
 
 configure_package_config_file(cmake/ZEBUtilitiesConfig.cmake.in cmake/ZEBUtilitiesConfig.cmake

@@ -3,6 +3,7 @@
 // Everything that both libraries offer. Larger programs include the module headers they need, or
 // single headers.
 
+#include <ZEBPlatform/AddressBook.h>
 #include <ZEBPlatform/Bundle.h>
 #include <ZEBPlatform/Dispatch.h>
 #include <ZEBPlatform/Foundation.h>
