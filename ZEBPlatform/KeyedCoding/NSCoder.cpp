@@ -18,6 +18,7 @@ void NSCoder::encodeInt32(std::int32_t, const NSString&) { raiseWrongDirection("
 void NSCoder::encodeObject(const NSString&, const NSString&) {
   raiseWrongDirection("encodeObject");
 }
+void NSCoder::encodeObject(const NSArray&, const NSString&) { raiseWrongDirection("encodeObject"); }
 bool NSCoder::containsValueForKey(const NSString&) const {
   raiseWrongDirection("containsValueForKey");
 }
@@ -28,6 +29,9 @@ std::int32_t NSCoder::decodeInt32ForKey(const NSString&) {
   raiseWrongDirection("decodeInt32ForKey");
 }
 NSString NSCoder::decodeStringForKey(const NSString&) { raiseWrongDirection("decodeStringForKey"); }
+NSArray NSCoder::decodeArrayOfStringsForKey(const NSString&) {
+  raiseWrongDirection("decodeArrayOfStringsForKey");
+}
 void NSCoder::failWithError(const NSError&) { raiseWrongDirection("failWithError"); }
 NSError NSCoder::error() const { return nullptr; }
 

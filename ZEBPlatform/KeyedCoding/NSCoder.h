@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSError.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 
@@ -22,14 +23,18 @@ class NSCoder {
   virtual void encodeInt32(std::int32_t value, const NSString& key);
   /// Nil writes nothing.
   virtual void encodeObject(const NSString& string, const NSString& key);
+  /// An element that is not a string throws NSException (NSInvalidArgumentException).
+  virtual void encodeObject(const NSArray& strings, const NSString& key);
 
   virtual bool containsValueForKey(const NSString& key) const;
 
-  /// A missing field is 0 or nil. A field of another kind, or a number beyond the range of the
-  /// result, is also 0 or nil and fails the whole archive: see `error`.
+  /// A missing field is 0 or nil. A field of another kind, an array with elements of another kind,
+  /// or a number beyond the range of the result is also 0 or nil and fails the whole archive: see
+  /// `error`.
   virtual std::int64_t decodeIntegerForKey(const NSString& key);
   virtual std::int32_t decodeInt32ForKey(const NSString& key);
   virtual NSString decodeStringForKey(const NSString& key);
+  virtual NSArray decodeArrayOfStringsForKey(const NSString& key);
 
   /// Fails the archive for a reason that only the object knows. The first failure counts.
   virtual void failWithError(const NSError& error);

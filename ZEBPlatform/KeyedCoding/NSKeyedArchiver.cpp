@@ -4,6 +4,8 @@
 #include <ZEBPlatform/KeyedCoding/NSKeyedArchiver.h>
 #include <ZEBPlatform/Runtime/Class.h>
 
+#include <algorithm>
+
 namespace zeb {
 
 NSData NSKeyedArchiver::archivedData(const NSObject& object, const NSSecureCoding& coding) {
@@ -23,6 +25,13 @@ void NSKeyedArchiver::encodeInteger(std::int64_t value, const NSString& key) { e
 void NSKeyedArchiver::encodeInt32(std::int32_t value, const NSString& key) { encode(value, key); }
 void NSKeyedArchiver::encodeObject(const NSString& string, const NSString& key) {
   encode(string, key);
+}
+
+void NSKeyedArchiver::encodeObject(const NSArray& strings, const NSString& key) {
+  if (!std::ranges::all_of(strings, &Value::isString)) {
+    raiseInvalidArgument("a field of an archive can be an array of strings, but of nothing else");
+  }
+  encode(strings.copy(), key);
 }
 
 void NSKeyedArchiver::encode(const Value& value, const NSString& key) {

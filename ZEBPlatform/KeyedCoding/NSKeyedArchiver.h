@@ -10,8 +10,8 @@
 
 namespace zeb {
 
-/// Writes one object with its integers and strings as data. For trees of objects use the archives
-/// of the module Coding.
+/// Writes one object with its integers, strings and arrays of strings as data. For trees of objects
+/// use the archives of the module Coding.
 class NSKeyedArchiver final : public NSCoder {
  public:
   /// The object's class and what its `encodeWithCoder` writes. Nil for a nil object.
@@ -24,6 +24,7 @@ class NSKeyedArchiver final : public NSCoder {
   void encodeInteger(std::int64_t value, const NSString& key) override;
   void encodeInt32(std::int32_t value, const NSString& key) override;
   void encodeObject(const NSString& string, const NSString& key) override;
+  void encodeObject(const NSArray& strings, const NSString& key) override;
 
  private:
   static NSData archivedData(const NSObject& object, const NSSecureCoding& coding);

@@ -4,6 +4,7 @@
 #include <ZEBPlatform/KeyedCoding/KeyedArchiveFormatPrivate.h>
 #include <ZEBPlatform/KeyedCoding/NSKeyedUnarchiver.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -53,6 +54,15 @@ NSString NSKeyedUnarchiver::decodeStringForKey(const NSString& key) {
   const Value value = valueForKey(key);
   if (value.isNil() || value.isString()) return NSString(value.detachedCopy());
   failCorrupt(NSString::stringWithFormat("The field \"%@\" is not a string.", key));
+  return nullptr;
+}
+
+NSArray NSKeyedUnarchiver::decodeArrayOfStringsForKey(const NSString& key) {
+  const Value value = valueForKey(key);
+  const NSArray array(value);
+  if (value.isNil()) return nullptr;
+  if (!array.isNil() && std::ranges::all_of(array, &Value::isString)) return array.detachedCopy();
+  failCorrupt(NSString::stringWithFormat("The field \"%@\" is not an array of strings.", key));
   return nullptr;
 }
 

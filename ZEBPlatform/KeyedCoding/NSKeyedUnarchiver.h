@@ -32,6 +32,7 @@ class NSKeyedUnarchiver final : public NSCoder {
   std::int64_t decodeIntegerForKey(const NSString& key) override;
   std::int32_t decodeInt32ForKey(const NSString& key) override;
   NSString decodeStringForKey(const NSString& key) override;
+  NSArray decodeArrayOfStringsForKey(const NSString& key) override;
   void failWithError(const NSError& error) override;
   NSError error() const override { return error_; }
 

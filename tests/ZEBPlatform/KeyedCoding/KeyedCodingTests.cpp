@@ -11,6 +11,7 @@ struct Track : NSObject, NSSecureCoding {
     track->length = coder.decodeIntegerForKey("length");
     track->rating = coder.decodeInt32ForKey("rating");
     track->title = coder.decodeStringForKey("title");
+    track->tags = coder.decodeArrayOfStringsForKey("tags");
     if (track->title.isEqual("bad")) {
       coder.failWithError(NSError("test", 7));
       coder.failWithError(NSError("test", 8));
@@ -22,6 +23,7 @@ struct Track : NSObject, NSSecureCoding {
     coder.encodeInteger(length, "length");
     coder.encodeInt32(rating, "rating");
     coder.encodeObject(title, "title");
+    coder.encodeObject(tags, "tags");
   }
   static Class* runtimeClass() {
     static Class* const cls = registerClass("Track");
@@ -32,6 +34,7 @@ struct Track : NSObject, NSSecureCoding {
   std::int64_t length = INT64_MIN;
   std::int32_t rating = -1;
   NSString title;
+  NSArray tags;
 };
 
 TEST(KeyedCoding, ReturnsWhatWasWritten) {
@@ -39,10 +42,12 @@ TEST(KeyedCoding, ReturnsWhatWasWritten) {
   for (const NSString& title : {odd, NSString(""), NSString()}) {
     const auto track = makeRef<Track>();
     track->title = title;
+    if (!title.empty()) track->tags = NSArray{title, ""};
     const NSData data = NSKeyedArchiver::archivedDataWithRootObject(track);
     const auto read = NSKeyedUnarchiver::unarchivedObjectOfClass<Track>(data);
     ASSERT_TRUE(read);
     EXPECT_TRUE(read->length == INT64_MIN && read->rating == -1 && read->title == title);
+    EXPECT_TRUE(read->tags == track->tags) << read->tags;
   }
   EXPECT_TRUE(NSKeyedArchiver::archivedDataWithRootObject(Ref<Track>()).isNil());
 }
@@ -78,6 +83,8 @@ TEST(KeyedCoding, RefusesBadArchivesWithTheReason) {
       {archiveOf(R"({"length":1.5})"), badLength},
       {archiveOf(R"({"length":18446744073709551615})"), badLength},
       {archiveOf(R"({"length":true})"), badLength},
+      {archiveOf(R"({"tags":"a"})"), "The field \"tags\" is not an array of strings."},
+      {archiveOf(R"({"tags":["a",1]})"), "The field \"tags\" is not an array of strings."},
       {archiveOf(R"({"title":"bad"})"), "The operation couldn't be completed. (test error 7.)"}};
   for (const auto& [document, message] : rows)
     EXPECT_EQ(errorOf(NSData::dataWithBytes(document)), NSString(message)) << document;
@@ -93,6 +100,8 @@ TEST(KeyedCoding, RaisesForTheWrongDirectionAndForMissingKeys) {
   EXPECT_EQ(raisedName([&] { (void)archiver.decodeIntegerForKey("a"); }),
             "NSInvalidArgumentException");
   EXPECT_EQ(raisedName([&] { archiver.encodeInteger(1, nullptr); }), "NSInvalidArgumentException");
+  EXPECT_EQ(raisedName([&] { archiver.encodeObject(NSArray{"a", 1}, "b"); }),
+            "NSInvalidArgumentException");
 }
 
 }  // namespace zeb::test
