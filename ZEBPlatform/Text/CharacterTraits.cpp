@@ -83,4 +83,8 @@ bool unicodeChangesWhenUppercased(char32_t codePoint) noexcept {
   return u_hasBinaryProperty(static_cast<UChar32>(codePoint), UCHAR_CHANGES_WHEN_UPPERCASED);
 }
 
+int unicodeDecimalDigitValue(char32_t codePoint) noexcept {
+  return u_charDigitValue(static_cast<UChar32>(codePoint));
+}
+
 }  // namespace zeb

@@ -10,4 +10,7 @@ bool unicodeHasEmojiProperty(char32_t codePoint) noexcept;
 /// of digits and of letters without case.
 bool unicodeChangesWhenUppercased(char32_t codePoint) noexcept;
 
+/// The value of a decimal digit of any script (category Nd), from 0 to 9; -1 for other code points.
+int unicodeDecimalDigitValue(char32_t codePoint) noexcept;
+
 }  // namespace zeb

@@ -27,6 +27,7 @@
 #include <ZEBUtilities/Coding.h>
 #include <ZEBUtilities/Collections.h>
 #include <ZEBUtilities/Constants.h>
+#include <ZEBUtilities/Contacts.h>
 #include <ZEBUtilities/Dates.h>
 #include <ZEBUtilities/Device.h>
 #include <ZEBUtilities/Encodings.h>
