@@ -5,6 +5,7 @@
 #include <ZEBPlatform/Linux/Clock.h>
 #include <ZEBPlatform/Linux/detail/Console.h>
 
+#include <atomic>
 #include <utility>
 
 namespace zeb {
@@ -22,13 +23,14 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
  public:
   explicit TimerSource(dispatch_queue_t queue) : queue_(std::move(queue)) {}
   ~TimerSource() override {
+    if (isCancelled()) return;  // and so disarmed, by a thread whose reference is released by now
     const LockGuard guard(DispatchTimers::lock);
     timers().disarm(*this);
   }
 
   void setTimer(dispatch_time_t start, std::uint64_t interval, std::uint64_t leewayNanoseconds) {
     const LockGuard guard(DispatchTimers::lock);
-    if (isCancelled_) return;
+    if (isCancelled()) return;
     hasSchedule_ = start != DISPATCH_TIME_FOREVER;
     deadline = start == DISPATCH_TIME_NOW ? mach_absolute_time() : start;
     leeway = leewayNanoseconds;
@@ -40,12 +42,12 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
 
   void setEventHandler(Block<void()> handler) {
     const LockGuard guard(DispatchTimers::lock);
-    if (!isCancelled_) std::swap(eventHandler_, handler);
+    if (!isCancelled()) std::swap(eventHandler_, handler);
   }
 
   void setCancelHandler(Block<void()> handler) {
     const LockGuard guard(DispatchTimers::lock);
-    if (!isCancelled_) std::swap(cancelHandler_, handler);
+    if (!isCancelled()) std::swap(cancelHandler_, handler);
   }
 
   void suspend() {
@@ -58,7 +60,7 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     const LockGuard guard(DispatchTimers::lock);
     if (suspensions_ == 0) fatal("dispatch_resume: the source is not suspended.");
     if (--suspensions_ > 0) return;
-    if (isCancelled_) {
+    if (isCancelled()) {
       submitCancellation();
     } else {
       armOrDisarm();
@@ -69,22 +71,21 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
   void cancel() {
     Block<void()> handler;  // released after the lock: what it captured may call this source
     const LockGuard guard(DispatchTimers::lock);
-    if (std::exchange(isCancelled_, true)) return;
+    if (isCancelled()) return;
+    isCancelled_.store(true, std::memory_order_release);
     std::swap(handler, eventHandler_);
     timers().disarm(*this);
     submitCancellation();
   }
 
-  bool isCancelled() {
-    const LockGuard guard(DispatchTimers::lock);
-    return isCancelled_;
-  }
+  /// Needs no lock, because a cancellation is never taken back.
+  bool isCancelled() const noexcept { return isCancelled_.load(std::memory_order_acquire); }
 
  private:
   static DispatchTimers& timers() { return DispatchTimers::shared(); }
 
   void armOrDisarm() ZEB_REQUIRES(DispatchTimers::lock) {
-    if (hasSchedule_ && suspensions_ == 0 && !isCancelled_) {
+    if (hasSchedule_ && suspensions_ == 0 && !isCancelled()) {
       timers().arm(*this);
     } else {
       timers().disarm(*this);
@@ -145,7 +146,7 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
     if (handler) handler();
     const LockGuard guard(DispatchTimers::lock);
     isUnderWay_ = false;
-    if (isCancelled_) {
+    if (isCancelled()) {
       submitCancellation();
     } else {
       fireIfMissed();
@@ -166,7 +167,7 @@ class TimerSource final : public DispatchSource, public DispatchTimer {
   std::uint64_t schedule_ ZEB_GUARDED_BY(DispatchTimers::lock) = 0;
   std::uint32_t suspensions_ ZEB_GUARDED_BY(DispatchTimers::lock) = 1;
   bool hasSchedule_ ZEB_GUARDED_BY(DispatchTimers::lock) = false;
-  bool isCancelled_ ZEB_GUARDED_BY(DispatchTimers::lock) = false;
+  std::atomic<bool> isCancelled_{false};  ///< set with the lock held
   bool isUnderWay_ ZEB_GUARDED_BY(DispatchTimers::lock) = false;
   bool hasMissed_ ZEB_GUARDED_BY(DispatchTimers::lock) = false;
 };
