@@ -1,12 +1,398 @@
+#include <ZEBPlatform/Linux/detail/PrivateFiles.h>
 #include <ZEBPlatform/Security/EmbeddedKeychainStore.h>
+#include <ZEBPlatform/Security/KeychainCipherPrivate.h>
+#include <ZEBPlatform/Security/KeychainColumnsPrivate.h>
+#include <ZEBPlatform/Security/KeychainDatabasePrivate.h>
+#include <ZEBPlatform/Security/KeychainKeyPrivate.h>
+
+#include <algorithm>
+#include <new>
+#include <optional>
+#include <utility>
 
 namespace zeb {
 
-// The store is not there yet: opening it fails, and so do the calls that would use it.
-Ref<EmbeddedKeychainStore> EmbeddedKeychainStore::open(const NSString&, KeychainMasterKey,
+namespace {
+
+using Lease = KeychainDatabase::Lease;
+using Access = KeychainDatabase::Access;
+using Sealed = std::optional<std::vector<std::byte>>;
+
+constexpr KeychainAttributeMask allAttributes =
+    (KeychainAttributeMask{1} << keychainAttributeCount) - 1;
+
+constexpr const char* keyFileName = "/keychain.key";
+constexpr const char* folderInUserData = "/zebutilities/keychain";
+
+// Parts of the keys of kept statements, beside the attributes of the condition and of the change.
+enum class Action : std::uint64_t {
+  insert,
+  select,
+  selectWithValue,
+  update,
+  updateWithValue,
+  remove
+};
+
+std::uint64_t statementKey(Action action, KeychainItemClass itemClass,
+                           KeychainAttributeMask condition,
+                           KeychainAttributeMask change = 0) noexcept {
+  return static_cast<std::uint64_t>(action) << 40 | static_cast<std::uint64_t>(itemClass) << 32 |
+         std::uint64_t{change} << 16 | condition;
+}
+static_assert(keychainAttributeCount <= 16);
+
+/// Appends "name", or "name = ?", for each attribute of the mask.
+void appendColumns(std::string& sql, KeychainAttributeMask mask, const char* separator,
+                   const char* suffix) {
+  const char* before = "";
+  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
+    const auto attribute = static_cast<KeychainAttribute>(i);
+    if (!(mask & maskOf(attribute))) continue;
+    sql.append(before).append(columnName(attribute)).append(suffix);
+    before = separator;
+  }
+}
+
+void appendCondition(std::string& sql, KeychainAttributeMask mask) {
+  if (!mask) return;
+  sql += " WHERE ";
+  appendColumns(sql, mask, " AND ", " = ?");
+}
+
+std::string insertion(KeychainItemClass itemClass) {
+  std::string sql = std::string("INSERT INTO ") + tableName(itemClass) + "(";
+  appendColumns(sql, allAttributes, ", ", "");
+  sql += ", value) VALUES(?";
+  for (std::size_t i = 0; i < keychainAttributeCount; ++i) sql += ", ?";
+  return sql + ")";
+}
+
+/// The columns are the identifier, all attributes, and the value or a constant.
+std::string selection(KeychainItemClass itemClass, KeychainAttributeMask condition,
+                      KeychainStore::Values values) {
+  std::string sql = "SELECT id, ";
+  appendColumns(sql, allAttributes, ", ", "");
+  sql += values == KeychainStore::Values::include ? ", value FROM " : ", NULL FROM ";
+  sql += tableName(itemClass);
+  appendCondition(sql, condition);
+  return sql + " ORDER BY id LIMIT ?";
+}
+constexpr int firstAttributeColumn = 1;
+constexpr int valueColumn = firstAttributeColumn + static_cast<int>(keychainAttributeCount);
+
+enum class ValueChange : std::uint8_t { keep, replace };
+
+std::string change(KeychainItemClass itemClass, KeychainAttributeMask changed, ValueChange value) {
+  std::string sql = std::string("UPDATE ") + tableName(itemClass) + " SET ";
+  appendColumns(sql, changed, ", ", " = ?");
+  if (value == ValueChange::replace) sql += changed ? ", value = ?" : "value = ?";
+  return sql + " WHERE id = ?";
+}
+
+std::string removal(KeychainItemClass itemClass, KeychainAttributeMask condition) {
+  std::string sql = std::string("DELETE FROM ") + tableName(itemClass);
+  appendCondition(sql, condition);
+  return sql;
+}
+
+void bindSealed(sqlite3_stmt* statement, int parameter, const Sealed& sealed) noexcept {
+  if (!sealed) {
+    sqlite3_bind_null(statement, parameter);
+  } else {
+    sqlite3_bind_blob64(statement, parameter, sealed->data(), sealed->size(), SQLITE_STATIC);
+  }
+}
+
+std::span<const std::byte> blobAt(sqlite3_stmt* statement, int column) noexcept {
+  const auto* const bytes = static_cast<const std::byte*>(sqlite3_column_blob(statement, column));
+  return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
+}
+
+/// Memory that is missing is a status like others.
+template <class Work>
+OSStatus statusOfWork(const Work& work) noexcept {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return errSecAllocate;
+  }
+}
+
+class SQLiteKeychainStore : public EmbeddedKeychainStore {
+ public:
+  SQLiteKeychainStore(std::shared_ptr<KeychainDatabase> database, SecretBytes key)
+      : database_(std::move(database)), cipher_(std::move(key)) {}
+
+  OSStatus add(std::span<const KeychainItem> items) override {
+    return statusOfWork([&] { return addAll(items); });
+  }
+  OSStatus find(const KeychainQuery& query, Values values, std::size_t maxCount,
+                std::vector<KeychainItem>& found) override {
+    return statusOfWork([&] { return findAll(query, values, maxCount, found); });
+  }
+  OSStatus update(const KeychainQuery& query, const KeychainItem& changes) override {
+    return statusOfWork([&] { return updateAll(query, changes); });
+  }
+  OSStatus remove(const KeychainQuery& query) override {
+    return statusOfWork([&] { return removeAll(query); });
+  }
+
+  std::string className() const override { return "EmbeddedKeychainStore"; }
+
+ private:
+  /// A row that an update changes.
+  struct Match;
+
+  OSStatus addAll(std::span<const KeychainItem> items);
+  OSStatus addOne(SQLiteConnection& connection, const KeychainItem& item,
+                  const KeychainColumns& columns, const Sealed& sealed);
+  OSStatus findAll(const KeychainQuery& query, Values values, std::size_t maxCount,
+                   std::vector<KeychainItem>& found);
+  OSStatus updateAll(const KeychainQuery& query, const KeychainItem& changes);
+  OSStatus updateOne(SQLiteConnection& connection, const KeychainItem& changes,
+                     const KeychainColumns& changed, const Match& match);
+  OSStatus removeAll(const KeychainQuery& query);
+
+  OSStatus sealValue(const KeychainItem& item, const std::string& identity, Sealed& sealed);
+  /// The value of the current row.
+  OSStatus openValue(sqlite3_stmt* row, const std::string& identity,
+                     std::optional<SecretBytes>& value);
+  /// Calls `visit` with each row that matches.
+  template <class Visit>
+  OSStatus select(SQLiteConnection& connection, KeychainItemClass itemClass,
+                  const KeychainColumns& condition, Values values, std::size_t maxCount,
+                  const Visit& visit);
+
+  const std::shared_ptr<KeychainDatabase> database_;
+  KeychainCipher cipher_;
+};
+
+struct SQLiteKeychainStore::Match {
+  sqlite3_int64 identifier;
+  Sealed sealed;  ///< the new value, if it changes
+};
+
+OSStatus SQLiteKeychainStore::sealValue(const KeychainItem& item, const std::string& identity,
+                                        Sealed& sealed) {
+  if (!item.value) return errSecSuccess;
+  if (item.value->size() > maxValueLength) return errSecParam;
+  return cipher_.seal(identity, item.value->bytes(), sealed.emplace());
+}
+
+OSStatus SQLiteKeychainStore::openValue(sqlite3_stmt* row, const std::string& identity,
+                                        std::optional<SecretBytes>& value) {
+  switch (sqlite3_column_type(row, valueColumn)) {
+    case SQLITE_NULL:
+      return errSecSuccess;
+    case SQLITE_BLOB: {
+      const std::span<const std::byte> sealed = blobAt(row, valueColumn);
+      if (sealed.size() > maxValueLength + KeychainCipher::overhead) return errSecDecode;
+      return cipher_.open(identity, sealed, value.emplace());
+    }
+    default:
+      return errSecDecode;
+  }
+}
+
+template <class Visit>
+OSStatus SQLiteKeychainStore::select(SQLiteConnection& connection, KeychainItemClass itemClass,
+                                     const KeychainColumns& condition, Values values,
+                                     std::size_t maxCount, const Visit& visit) {
+  const Action action = values == Values::include ? Action::selectWithValue : Action::select;
+  OSStatus status;
+  sqlite3_stmt* const statement = connection.keptStatement(
+      statementKey(action, itemClass, condition.present()),
+      [&] { return selection(itemClass, condition.present(), values); }, status);
+  if (!statement) return status;
+  const StatementReset reset(statement);
+  const int limit = condition.bind(statement, 1, condition.present(), itemClass);
+  const auto maxRows = static_cast<std::uint64_t>(INT64_MAX);
+  sqlite3_bind_int64(statement, limit,
+                     static_cast<sqlite3_int64>(std::min<std::uint64_t>(maxCount, maxRows)));
+  KeychainColumns row;
+  for (;;) {
+    const int result = sqlite3_step(statement);
+    if (result != SQLITE_ROW) return connection.statusOf(result);
+    status = row.takeRow(statement, firstAttributeColumn);
+    if (!status) status = visit(statement, row);
+    if (status) return status;
+  }
+}
+
+OSStatus SQLiteKeychainStore::addAll(std::span<const KeychainItem> items) {
+  struct Row {
+    KeychainColumns columns;
+    Sealed sealed;
+  };
+  std::vector<std::unique_ptr<Row>> rows;
+  for (const KeychainItem& item : items) {
+    Row& row = *rows.emplace_back(std::make_unique<Row>());
+    if (item.attributes[KeychainAttribute::accessGroup].isNil()) return errSecParam;
+    if (const OSStatus status = row.columns.take(item.attributes)) return status;
+  }
+  Lease lease(*database_, Access::writes);
+  if (const OSStatus status = lease.prepare()) return status;
+  // Sealed before the transaction begins, which keeps other processes waiting, but within the
+  // lease, for which a fork waits.
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const std::string identity = rows[i]->columns.identity(items[i].itemClass);
+    if (const OSStatus status = sealValue(items[i], identity, rows[i]->sealed)) return status;
+  }
+  WriteTransaction transaction(lease.connection());
+  OSStatus status = transaction.status();
+  for (std::size_t i = 0; !status && i < items.size(); ++i) {
+    status = addOne(lease.connection(), items[i], rows[i]->columns, rows[i]->sealed);
+  }
+  return status ? status : transaction.commit();
+}
+
+OSStatus SQLiteKeychainStore::addOne(SQLiteConnection& connection, const KeychainItem& item,
+                                     const KeychainColumns& columns, const Sealed& sealed) {
+  OSStatus status;
+  sqlite3_stmt* const statement = connection.keptStatement(
+      statementKey(Action::insert, item.itemClass, 0), [&] { return insertion(item.itemClass); },
+      status);
+  if (!statement) return status;
+  const StatementReset reset(statement);
+  bindSealed(statement, columns.bind(statement, 1, allAttributes, item.itemClass), sealed);
+  return connection.statusOf(sqlite3_step(statement));
+}
+
+OSStatus SQLiteKeychainStore::findAll(const KeychainQuery& query, Values values,
+                                      std::size_t maxCount, std::vector<KeychainItem>& found) {
+  KeychainColumns condition;
+  if (const OSStatus status = condition.take(query.attributes)) return status;
+  std::vector<KeychainItem> matches;
+  Lease lease(*database_, Access::reads);
+  OSStatus status = lease.prepare();
+  if (status) return status;
+  status = select(lease.connection(), query.itemClass, condition, values, maxCount,
+                  [&](sqlite3_stmt* statement, const KeychainColumns& row) {
+                    KeychainItem& item = matches.emplace_back();
+                    item.itemClass = query.itemClass;
+                    item.attributes = row.attributes();
+                    return openValue(statement, row.identity(query.itemClass), item.value);
+                  });
+  if (status) return status;
+  if (matches.empty()) return errSecItemNotFound;
+  found.reserve(found.size() + matches.size());
+  std::ranges::move(matches, std::back_inserter(found));
+  return errSecSuccess;
+}
+
+OSStatus SQLiteKeychainStore::updateAll(const KeychainQuery& query, const KeychainItem& changes) {
+  KeychainColumns condition;
+  KeychainColumns changed;
+  OSStatus status = condition.take(query.attributes);
+  if (!status) status = changed.take(changes.attributes);
+  if (!status && changes.itemClass != query.itemClass) status = errSecParam;
+  if (!status && changes.value && changes.value->size() > maxValueLength) status = errSecParam;
+  if (status) return status;
+
+  Lease lease(*database_, Access::writes);
+  status = lease.prepare();
+  if (status) return status;
+  SQLiteConnection& connection = lease.connection();
+  WriteTransaction transaction(connection);
+  status = transaction.status();
+  if (status) return status;
+  // The rows are collected first, because changing them could make the search meet them again. A
+  // value is bound to its item's identity and must be sealed again if that changes.
+  const bool movesValues = (changed.present() & identityMask(query.itemClass)) && !changes.value;
+  std::vector<Match> matches;
+  status = select(
+      connection, query.itemClass, condition, movesValues ? Values::include : Values::leaveOut,
+      SIZE_MAX, [&](sqlite3_stmt* statement, KeychainColumns& row) {
+        Match& match = matches.emplace_back();
+        match.identifier = sqlite3_column_int64(statement, 0);
+        KeychainItem item;
+        const OSStatus failure = openValue(statement, row.identity(query.itemClass), item.value);
+        if (failure) return failure;
+        row.overlay(changed);
+        const KeychainItem& source = movesValues ? item : changes;
+        return sealValue(source, row.identity(query.itemClass), match.sealed);
+      });
+  if (!status && matches.empty()) status = errSecItemNotFound;
+  if (!changed.present() && !changes.value) return status;
+  for (std::size_t i = 0; !status && i < matches.size(); ++i) {
+    status = updateOne(connection, changes, changed, matches[i]);
+  }
+  return status ? status : transaction.commit();
+}
+
+OSStatus SQLiteKeychainStore::updateOne(SQLiteConnection& connection, const KeychainItem& changes,
+                                        const KeychainColumns& changed, const Match& match) {
+  const ValueChange value = match.sealed ? ValueChange::replace : ValueChange::keep;
+  const Action action = match.sealed ? Action::updateWithValue : Action::update;
+  OSStatus status;
+  sqlite3_stmt* const statement = connection.keptStatement(
+      statementKey(action, changes.itemClass, 0, changed.present()),
+      [&] { return change(changes.itemClass, changed.present(), value); }, status);
+  if (!statement) return status;
+  const StatementReset reset(statement);
+  int parameter = changed.bind(statement, 1, changed.present(), changes.itemClass);
+  if (match.sealed) bindSealed(statement, parameter++, match.sealed);
+  sqlite3_bind_int64(statement, parameter, match.identifier);
+  return connection.statusOf(sqlite3_step(statement));
+}
+
+OSStatus SQLiteKeychainStore::removeAll(const KeychainQuery& query) {
+  KeychainColumns condition;
+  OSStatus status = condition.take(query.attributes);
+  if (status) return status;
+  Lease lease(*database_, Access::writes);
+  status = lease.prepare();
+  if (status) return status;
+  SQLiteConnection& connection = lease.connection();
+  WriteTransaction transaction(connection);
+  status = transaction.status();
+  if (status) return status;
+  sqlite3_stmt* const statement = connection.keptStatement(
+      statementKey(Action::remove, query.itemClass, condition.present()),
+      [&] { return removal(query.itemClass, condition.present()); }, status);
+  if (!statement) return status;
+  {
+    const StatementReset reset(statement);
+    condition.bind(statement, 1, condition.present(), query.itemClass);
+    status = connection.statusOf(sqlite3_step(statement));
+  }
+  if (!status && sqlite3_changes(connection.handle()) == 0) status = errSecItemNotFound;
+  return status ? status : transaction.commit();
+}
+
+OSStatus openStore(const NSString& folder, KeychainMasterKey masterKey,
+                   Ref<EmbeddedKeychainStore>& store) {
+  std::string path = folder.utf8();
+  if (folder.isNil()) {
+    path = userDataFolder();
+    if (path.empty()) return errSecNotAvailable;
+    path += folderInUserData;
+  }
+  if (path.empty() || path.find('\0') != std::string::npos) return errSecParam;
+  std::string canonicalPath;
+  if (const int failure = makePrivateFolder(path, canonicalPath)) {
+    return statusOfErrorNumber(failure);
+  }
+  KeychainKeyFinder finder(std::move(masterKey), canonicalPath + keyFileName);
+  OSStatus status = finder.askSource();
+  SecretBytes key;
+  std::shared_ptr<KeychainDatabase> database;
+  if (!status) status = KeychainDatabase::open(canonicalPath, finder, key, database);
+  if (!status) store = makeRef<SQLiteKeychainStore>(std::move(database), std::move(key));
+  return status;
+}
+
+}  // namespace
+
+Ref<EmbeddedKeychainStore> EmbeddedKeychainStore::open(const NSString& folder,
+                                                       KeychainMasterKey masterKey,
                                                        OSStatus* status) {
-  if (status) *status = errSecUnimplemented;
-  return nullptr;
+  Ref<EmbeddedKeychainStore> store;
+  const OSStatus result =
+      statusOfWork([&] { return openStore(folder, std::move(masterKey), store); });
+  if (status) *status = result;
+  return store;
 }
 
 }  // namespace zeb

@@ -1,0 +1,255 @@
+#include <ZEBPlatform/Foundation/NSData.h>
+#include <ZEBPlatform/Foundation/NSDate.h>
+#include <ZEBPlatform/Foundation/NSNumber.h>
+#include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Security/EmbeddedKeychainStore.h>
+#include <ZEBPlatform/Security/KeychainColumnsPrivate.h>
+
+#include <cmath>
+
+namespace zeb {
+
+namespace {
+
+enum class Kind : std::uint8_t { text, data, textOrData, number, date };
+
+struct AttributeFacts {
+  const char* name;
+  Kind kind;
+};
+
+// In the enumeration's order.
+constexpr std::array<AttributeFacts, keychainAttributeCount> facts = {{
+    {"accessGroup", Kind::text},
+    {"account", Kind::textOrData},
+    {"service", Kind::text},
+    {"generic", Kind::data},
+    {"label", Kind::text},
+    {"accessible", Kind::text},
+    {"applicationTag", Kind::data},
+    {"applicationLabel", Kind::data},
+    {"keyType", Kind::text},
+    {"keyClass", Kind::text},
+    {"keySizeInBits", Kind::number},
+    {"creationDate", Kind::date},
+    {"modificationDate", Kind::date},
+}};
+
+constexpr KeychainAttribute passwordIdentity[] = {
+    KeychainAttribute::service, KeychainAttribute::account, KeychainAttribute::accessGroup};
+constexpr KeychainAttribute keyIdentity[] = {
+    KeychainAttribute::applicationTag, KeychainAttribute::keyClass, KeychainAttribute::keyType,
+    KeychainAttribute::accessGroup};
+
+constexpr std::size_t indexOf(KeychainAttribute attribute) noexcept {
+  return static_cast<std::size_t>(attribute);
+}
+constexpr KeychainAttribute attributeAt(std::size_t index) noexcept {
+  return static_cast<KeychainAttribute>(index);
+}
+
+bool mayBeText(KeychainAttribute attribute) noexcept {
+  const Kind kind = facts[indexOf(attribute)].kind;
+  return kind == Kind::text || kind == Kind::textOrData;
+}
+bool mayBeData(KeychainAttribute attribute) noexcept {
+  const Kind kind = facts[indexOf(attribute)].kind;
+  return kind == Kind::data || kind == Kind::textOrData;
+}
+
+std::string_view blobOf(sqlite3_stmt* statement, int column) noexcept {
+  const void* const bytes = sqlite3_column_blob(statement, column);
+  const int length = sqlite3_column_bytes(statement, column);
+  return {bytes ? static_cast<const char*>(bytes) : "", static_cast<std::size_t>(length)};
+}
+
+}  // namespace
+
+const char* columnName(KeychainAttribute attribute) noexcept {
+  return facts[indexOf(attribute)].name;
+}
+
+const char* tableName(KeychainItemClass itemClass) noexcept {
+  return itemClass == KeychainItemClass::genericPassword ? "passwords" : "keys";
+}
+
+std::span<const KeychainAttribute> identityAttributes(KeychainItemClass itemClass) noexcept {
+  if (itemClass == KeychainItemClass::genericPassword) return passwordIdentity;
+  return keyIdentity;
+}
+
+KeychainAttributeMask identityMask(KeychainItemClass itemClass) noexcept {
+  KeychainAttributeMask mask = 0;
+  for (const KeychainAttribute attribute : identityAttributes(itemClass)) mask |= maskOf(attribute);
+  return mask;
+}
+
+void KeychainColumns::set(KeychainAttribute attribute, const Column& column) noexcept {
+  columns_[indexOf(attribute)] = column;
+  if (column.form != Form::absent) present_ |= maskOf(attribute);
+}
+
+OSStatus KeychainColumns::take(const KeychainAttributes& attributes) {
+  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
+    const Value& value = attributes[attributeAt(i)];
+    if (value.isNil()) continue;
+    if (const OSStatus status = takeValue(attributeAt(i), value)) return status;
+  }
+  return errSecSuccess;
+}
+
+OSStatus KeychainColumns::takeValue(KeychainAttribute attribute, const Value& value) {
+  const Kind kind = facts[indexOf(attribute)].kind;
+  Column column;
+  if (value.isString() && mayBeText(attribute)) {
+    column.form = Form::text;
+    const NSString text(value);
+    column.bytes = text.asciiView();
+    if (!text.isASCII()) column.bytes = converted_.emplace_front(text.utf8());
+  } else if (value.isData() && mayBeData(attribute)) {
+    column.form = Form::data;
+    column.bytes = NSData(value).view();
+  } else if (value.isNumber() && kind == Kind::number) {
+    const NSNumber number(value);
+    const bool isInteger = number.isSigned64() || number.isBoolean();
+    if (!isInteger && number.kind() == ValueKind::UnsignedInteger) return errSecParam;
+    column.form = isInteger ? Form::integer : Form::real;
+    column.integer = isInteger ? number.longLongValue() : 0;
+    column.real = number.doubleValue();
+  } else if (value.isDate() && kind == Kind::date) {
+    column.form = Form::real;
+    column.real = NSDate(value).timeIntervalSinceReferenceDate();
+  } else {
+    return errSecParam;
+  }
+  // SQLite stores what is not a number as NULL.
+  if (std::isnan(column.real)) return errSecParam;
+  if (column.bytes.size() > EmbeddedKeychainStore::maxAttributeLength) return errSecParam;
+  set(attribute, column);
+  return errSecSuccess;
+}
+
+OSStatus KeychainColumns::takeRow(sqlite3_stmt* statement, int first) {
+  present_ = 0;
+  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
+    const KeychainAttribute attribute = attributeAt(i);
+    const Kind kind = facts[i].kind;
+    const int place = first + static_cast<int>(i);
+    Column column;
+    bool isPossible = true;
+    switch (sqlite3_column_type(statement, place)) {
+      case SQLITE_TEXT:
+        isPossible = mayBeText(attribute);
+        column.form = Form::text;
+        column.bytes = blobOf(statement, place);
+        break;
+      case SQLITE_BLOB:
+        isPossible = mayBeData(attribute);
+        column.form = Form::data;
+        column.bytes = blobOf(statement, place);
+        break;
+      case SQLITE_INTEGER:
+        column.integer = sqlite3_column_int64(statement, place);
+        column.form = Form::integer;
+        if (kind != Kind::number) {
+          // An absent attribute of the identity.
+          isPossible = column.integer == 0;
+          column.form = Form::absent;
+        }
+        break;
+      case SQLITE_FLOAT:
+        isPossible = kind == Kind::number || kind == Kind::date;
+        column.form = Form::real;
+        column.real = sqlite3_column_double(statement, place);
+        break;
+      default:
+        break;
+    }
+    if (!isPossible) return errSecDecode;
+    set(attribute, column);
+  }
+  return errSecSuccess;
+}
+
+void KeychainColumns::overlay(const KeychainColumns& changes) {
+  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
+    if (changes.columns_[i].form != Form::absent) set(attributeAt(i), changes.columns_[i]);
+  }
+}
+
+int KeychainColumns::bind(sqlite3_stmt* statement, int first, KeychainAttributeMask mask,
+                          KeychainItemClass itemClass) const noexcept {
+  const KeychainAttributeMask identity = identityMask(itemClass);
+  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
+    const KeychainAttributeMask bit = maskOf(attributeAt(i));
+    if (!(mask & bit)) continue;
+    const Column& column = columns_[i];
+    const int length = static_cast<int>(column.bytes.size());
+    // The columns outlive the step of the statement, so SQLite needs no copy.
+    switch (column.form) {
+      case Form::absent:
+        if (identity & bit) {
+          sqlite3_bind_int64(statement, first, 0);
+        } else {
+          sqlite3_bind_null(statement, first);
+        }
+        break;
+      case Form::text:
+        sqlite3_bind_text(statement, first, column.bytes.data(), length, SQLITE_STATIC);
+        break;
+      case Form::data:
+        sqlite3_bind_blob(statement, first, column.bytes.data(), length, SQLITE_STATIC);
+        break;
+      case Form::integer:
+        sqlite3_bind_int64(statement, first, column.integer);
+        break;
+      case Form::real:
+        sqlite3_bind_double(statement, first, column.real);
+        break;
+    }
+    ++first;
+  }
+  return first;
+}
+
+std::string KeychainColumns::identity(KeychainItemClass itemClass) const {
+  std::string identity(1, static_cast<char>(itemClass));
+  for (const KeychainAttribute attribute : identityAttributes(itemClass)) {
+    const Column& column = columns_[indexOf(attribute)];
+    identity += static_cast<char>(column.form);
+    for (unsigned shift = 0; shift < 32; shift += 8) {
+      identity += static_cast<char>(column.bytes.size() >> shift);
+    }
+    identity += column.bytes;
+  }
+  return identity;
+}
+
+KeychainAttributes KeychainColumns::attributes() const {
+  KeychainAttributes attributes;
+  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
+    const Column& column = columns_[i];
+    Value& value = attributes[attributeAt(i)];
+    switch (column.form) {
+      case Form::absent:
+        break;
+      case Form::text:
+        value = Value(column.bytes);
+        break;
+      case Form::data:
+        value = NSData::dataWithBytes(column.bytes);
+        break;
+      case Form::integer:
+        value = Value(column.integer);
+        break;
+      case Form::real:
+        value = facts[i].kind == Kind::date
+                    ? Value(NSDate::dateWithTimeIntervalSinceReferenceDate(column.real))
+                    : Value(column.real);
+        break;
+    }
+  }
+  return attributes;
+}
+
+}  // namespace zeb

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <ZEBPlatform/Security/KeychainItem.h>
+#include <ZEBPlatform/Security/SecBase.h>
+#include <sqlite3.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <forward_list>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace zeb {
+
+/// A set of attributes, one bit for each in the enumeration's order.
+using KeychainAttributeMask = std::uint32_t;
+
+constexpr KeychainAttributeMask maskOf(KeychainAttribute attribute) noexcept {
+  return KeychainAttributeMask{1} << static_cast<unsigned>(attribute);
+}
+
+/// The name of the attribute's column.
+const char* columnName(KeychainAttribute attribute) noexcept;
+/// The table of the class.
+const char* tableName(KeychainItemClass itemClass) noexcept;
+
+/// The attributes that make up the identity of items of the class, in the order of the index, which
+/// begins with those that select best.
+std::span<const KeychainAttribute> identityAttributes(KeychainItemClass itemClass) noexcept;
+KeychainAttributeMask identityMask(KeychainItemClass itemClass) noexcept;
+
+/// An item's attributes in the form of SQLite's values: borrowed from `KeychainAttributes`, or from
+/// a row until its statement goes on. Text becomes TEXT, data BLOB, integers and booleans INTEGER,
+/// other numbers and dates REAL. Absent attributes become NULL, and those of the identity the
+/// integer 0, because a unique index takes NULLs as different.
+class KeychainColumns {
+ public:
+  KeychainColumns() = default;
+  KeychainColumns(const KeychainColumns&) = delete;
+  KeychainColumns& operator=(const KeychainColumns&) = delete;
+
+  /// `errSecParam` if an attribute has a value of the wrong kind, one that is too long, or a
+  /// number or date that is none.
+  OSStatus take(const KeychainAttributes& attributes);
+  /// Reads the columns from `first` on, which are all attributes in the enumeration's order.
+  /// `errSecDecode` if one has a kind that it cannot have.
+  OSStatus takeRow(sqlite3_stmt* statement, int first);
+  /// Replaces the attributes that are present in `changes`, borrowed from it.
+  void overlay(const KeychainColumns& changes);
+
+  KeychainAttributeMask present() const noexcept { return present_; }
+  /// Binds the attributes of the mask to the parameters from `first` on; returns the number of the
+  /// parameter that follows.
+  int bind(sqlite3_stmt* statement, int first, KeychainAttributeMask mask,
+           KeychainItemClass itemClass) const noexcept;
+  /// What is sealed together with the value: the class and the identity, unambiguously.
+  std::string identity(KeychainItemClass itemClass) const;
+  KeychainAttributes attributes() const;
+
+ private:
+  enum class Form : std::uint8_t { absent, text, data, integer, real };
+  struct Column {
+    Form form = Form::absent;
+    std::string_view bytes;
+    std::int64_t integer = 0;
+    double real = 0;
+  };
+
+  OSStatus takeValue(KeychainAttribute attribute, const Value& value);
+  void set(KeychainAttribute attribute, const Column& column) noexcept;
+
+  std::array<Column, keychainAttributeCount> columns_;
+  KeychainAttributeMask present_ = 0;
+  std::forward_list<std::string> converted_;  ///< texts that were not stored as UTF-8
+};
+
+}  // namespace zeb

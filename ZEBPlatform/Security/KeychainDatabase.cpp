@@ -1,0 +1,243 @@
+#include <ZEBPlatform/Concurrency/detail/Condition.h>
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
+#include <ZEBPlatform/Linux/detail/FileLock.h>
+#include <ZEBPlatform/Linux/detail/ForkHandlers.h>
+#include <ZEBPlatform/Security/KeychainDatabasePrivate.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace zeb {
+
+namespace {
+
+/// Of one store. Further threads that read wait for one of these.
+constexpr std::size_t maxReaders = 8;
+
+/// How long an opening waits for another process that makes the same store.
+constexpr double maxSetUpWaitSeconds = 10;
+
+constexpr const char* databaseName = "/keychain.db";
+
+}  // namespace
+
+/// The databases of the process. One lock guards the connections of all of them, because a fork
+/// must wait for all.
+struct KeychainDatabase::Registry {
+  detail::Lock lock;
+  detail::Condition changed;
+  std::vector<KeychainDatabase*> databases ZEB_GUARDED_BY(lock);
+  std::size_t uses ZEB_GUARDED_BY(lock) = 0;   ///< calls of SQLite that are running
+  std::size_t forks ZEB_GUARDED_BY(lock) = 0;  ///< that wait for the uses
+  bool isOpening ZEB_GUARDED_BY(lock) = false;
+
+  Registry() { callAroundForks(&beforeFork, &afterFork, &afterFork); }
+
+  void beginUse() ZEB_REQUIRES(lock) {
+    while (forks > 0) changed.wait(lock);
+    ++uses;
+  }
+  void endUse() ZEB_REQUIRES(lock) {
+    --uses;
+    changed.notifyAll();
+  }
+};
+
+KeychainDatabase::Registry& KeychainDatabase::registry() {
+  static detail::NeverDestroyed<Registry> registry;
+  return *registry;
+}
+
+// The lock is held during the fork, so that both processes begin with a state that no other thread
+// was changing. Closing connections under it blocks only threads that would have to wait anyway.
+ZEB_UNCHECKED_LOCKING void KeychainDatabase::beforeFork() {
+  Registry& all = registry();
+  all.lock.lock();
+  ++all.forks;
+  while (all.uses > 0) all.changed.wait(all.lock);
+  for (KeychainDatabase* const database : all.databases) {
+    // A checkpoint would make the fork wait for the disk.
+    if (database->idleWriter_) database->idleWriter_->keepLogWhenClosed();
+    for (const Connection& reader : database->idleReaders_) reader->keepLogWhenClosed();
+    database->idleWriter_.reset();
+    database->idleReaders_.clear();
+  }
+}
+
+ZEB_UNCHECKED_LOCKING void KeychainDatabase::afterFork() {
+  Registry& all = registry();
+  --all.forks;
+  all.lock.unlock();
+  all.changed.notifyAll();
+}
+
+/// Closes the connections of a database that nobody uses any more.
+struct KeychainDatabase::Closer {
+  void operator()(KeychainDatabase* database) const noexcept {
+    Registry& all = registry();
+    {
+      detail::LockGuard guard(all.lock);
+      all.beginUse();
+    }
+    database->idleReaders_.clear();
+    database->idleWriter_.reset();
+    {
+      const detail::LockGuard guard(all.lock);
+      std::erase(all.databases, database);
+      all.endUse();
+    }
+    delete database;
+  }
+};
+
+/// The only opening that is running in the process: files are examined without SQLite, which must
+/// not happen while a connection to the same file is open.
+class KeychainDatabase::Opening {
+ public:
+  explicit Opening(const std::string& path) : all_(registry()) {
+    detail::LockGuard guard(all_.lock);
+    for (;;) {
+      if (all_.isOpening || all_.forks > 0) {
+        all_.changed.wait(all_.lock);
+        continue;
+      }
+      const auto found = std::ranges::find_if(all_.databases, [&](const KeychainDatabase* other) {
+        return !other->isReplaced_ && other->path_ == path;
+      });
+      if (found == all_.databases.end()) break;
+      existing_ = (*found)->weak_from_this().lock();
+      if (existing_) break;
+      all_.changed.wait(all_.lock);  // its last owner is closing it
+    }
+    all_.isOpening = true;
+    all_.beginUse();
+  }
+  Opening(const Opening&) = delete;
+  Opening& operator=(const Opening&) = delete;
+  ~Opening() {
+    const detail::LockGuard guard(all_.lock);
+    all_.isOpening = false;
+    all_.endUse();
+  }
+
+  const std::shared_ptr<KeychainDatabase>& existing() const noexcept { return existing_; }
+
+  void forgetExisting() {
+    const detail::LockGuard guard(all_.lock);
+    existing_->isReplaced_ = true;
+  }
+  void add(KeychainDatabase* database) {
+    const detail::LockGuard guard(all_.lock);
+    all_.databases.push_back(database);
+  }
+
+ private:
+  Registry& all_;
+  std::shared_ptr<KeychainDatabase> existing_;
+};
+
+KeychainDatabase::KeychainDatabase(std::string path) : path_(std::move(path)) {
+  idleReaders_.reserve(maxReaders);
+}
+
+OSStatus KeychainDatabase::connectFirst(const std::string& path,
+                                        std::shared_ptr<KeychainDatabase>& result) {
+  const std::shared_ptr<KeychainDatabase> database(new KeychainDatabase(path), Closer());
+  database->idleWriter_ = std::make_unique<SQLiteConnection>();
+  OSStatus status = database->idleWriter_->open(path);
+  if (!status) status = readKeyFacts(*database->idleWriter_, database->facts_);
+  if (!status) status = statusOfErrorNumber(identifyFile(path, database->file_));
+  if (!status) result = database;
+  return status;
+}
+
+OSStatus KeychainDatabase::open(const std::string& folder, KeychainKeyFinder& finder,
+                                SecretBytes& key, std::shared_ptr<KeychainDatabase>& database) {
+  const std::string path = folder + databaseName;
+  std::shared_ptr<KeychainDatabase> opened;
+  {
+    Opening opening(path);
+    FileIdentity file;
+    opened = opening.existing();
+    if (opened && (identifyFile(path, file) != 0 || file != opened->file_)) {
+      opening.forgetExisting();
+      opened = nullptr;
+    }
+    if (!opened) {
+      DatabaseFile found;
+      OSStatus status = examineDatabaseFile(path, found);
+      if (status) return status;
+      if (found == DatabaseFile::missing) {
+        FileLock lock;
+        status = statusOfErrorNumber(lock.acquire(folder, maxSetUpWaitSeconds));
+        if (!status) status = examineDatabaseFile(path, found);
+        if (!status && found == DatabaseFile::missing) {
+          KeychainKeyFacts facts;
+          status = finder.makeNew(key, facts);
+          if (!status) status = writeNewDatabaseFile(path, facts);
+        }
+        if (status) return status;
+      }
+      status = connectFirst(path, opened);
+      if (status) return status;
+      opening.add(opened.get());
+    }
+  }
+  if (key.empty()) {
+    if (const OSStatus status = finder.find(opened->facts_, key)) return status;
+  }
+  database = std::move(opened);
+  return errSecSuccess;
+}
+
+KeychainDatabase::Lease::Lease(KeychainDatabase& database, Access access)
+    : database_(database), access_(access) {
+  Registry& all = registry();
+  const detail::LockGuard guard(all.lock);
+  if (access_ == Access::writes) {
+    while (all.forks > 0 || database_.isWriting_) all.changed.wait(all.lock);
+    database_.isWriting_ = true;
+    connection_ = std::move(database_.idleWriter_);
+  } else {
+    while (all.forks > 0 || database_.readerCount_ == maxReaders) all.changed.wait(all.lock);
+    ++database_.readerCount_;
+    if (!database_.idleReaders_.empty()) {
+      connection_ = std::move(database_.idleReaders_.back());
+      database_.idleReaders_.pop_back();
+    }
+  }
+  all.beginUse();
+}
+
+OSStatus KeychainDatabase::Lease::prepare() {
+  if (connection_) {
+    const bool isLost = access_ == Access::writes && connection_->isFileGone();
+    if (!isLost) return errSecSuccess;
+  }
+  connection_ = std::make_unique<SQLiteConnection>();
+  KeychainKeyFacts facts;
+  OSStatus status = connection_->open(database_.path_);
+  if (!status) status = readKeyFacts(*connection_, facts);
+  // Another store may have taken the place of the file.
+  if (!status && facts.check != database_.facts_.check) status = errSecInvalidKeychain;
+  if (status) connection_ = nullptr;
+  return status;
+}
+
+KeychainDatabase::Lease::~Lease() {
+  if (connection_ && connection_->isBroken()) connection_ = nullptr;
+  if (connection_) connection_->trimStatements();
+  Registry& all = registry();
+  const detail::LockGuard guard(all.lock);
+  if (access_ == Access::writes) {
+    database_.isWriting_ = false;
+    database_.idleWriter_ = std::move(connection_);
+  } else {
+    --database_.readerCount_;
+    if (connection_) database_.idleReaders_.push_back(std::move(connection_));
+  }
+  all.endUse();
+}
+
+}  // namespace zeb
