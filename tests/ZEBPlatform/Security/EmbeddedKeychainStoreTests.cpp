@@ -1,75 +1,241 @@
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSDate.h>
-#include <ZEBPlatform/Security/EmbeddedKeychainStore.h>
+#include <ZEBPlatform/Foundation/NSNumber.h>
+#include <sys/stat.h>
 
-#include <filesystem>
+#include <fstream>
 
-#include "Support/Support.h"
+#include "KeychainFolder.h"
+#include "Support/Storm.h"
 
 namespace zeb::test {
 
-namespace fs = std::filesystem;
+using EmbeddedKeychain = KeychainFolder;
+constexpr auto passwords = KeychainItemClass::genericPassword;
 
-using enum KeychainAttribute;
-using Values = KeychainStore::Values;
+KeychainKeySource source(char byte, OSStatus result = errSecSuccess) {
+  return {[byte, result](std::span<std::byte> key) {
+    std::ranges::fill(key, std::byte(byte));
+    return result;
+  }};
+}
+KeychainPassphrase passphrase(std::string_view text) { return {SecretBytes(text)}; }
 
-KeychainAttributes named(const Value& name, const char* serviceName = "mail") {
-  KeychainAttributes attributes;
-  attributes[accessGroup] = "group";
-  attributes[service] = serviceName;
-  attributes[account] = name;
-  return attributes;
+std::string contentOf(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+void setContent(const fs::path& file, std::string_view content) {
+  std::ofstream(file, std::ios::binary | std::ios::trunc) << content;
 }
 
-KeychainItem password(const Value& name, std::string_view secret) {
-  return {KeychainItemClass::genericPassword, named(name), SecretBytes(secret)};
+TEST_F(EmbeddedKeychain, OpensOnlyWithTheKeyThatItWasMadeWith) {
+  enum { inFile, phrase, fromSource, otherPhrase, otherSource, makers = otherPhrase, keys = 5 };
+  const auto keyOf = [](int kind) -> KeychainMasterKey {
+    if (kind == phrase || kind == otherPhrase) return passphrase(kind == phrase ? "open" : "0pen");
+    if (kind == fromSource || kind == otherSource) return source(kind == fromSource ? 'a' : 'b');
+    return KeychainKeyInFile();
+  };
+  for (int maker = 0; maker < makers; ++maker) {
+    ASSERT_EQ(addOne(open(keyOf(maker)), password("anna", "rosebud")), errSecSuccess) << status;
+    for (int key = 0; key < keys; ++key) {
+      const auto store = open(keyOf(key));
+      EXPECT_EQ(status, key == maker ? errSecSuccess : errSecAuthFailed) << maker << " " << key;
+      EXPECT_EQ(store ? secrets(store, named("anna")) : "rosebud", "rosebud");
+    }
+    EXPECT_EQ(fs::status(place).permissions(), fs::perms(0700));
+    for (const fs::directory_entry& file : fs::directory_iterator(place)) {
+      EXPECT_EQ(contentOf(file).find("rosebud"), std::string::npos) << file;
+      EXPECT_EQ(file.status().permissions(), fs::perms(0600)) << file;
+    }
+    fs::remove_all(place);
+  }
+  EXPECT_FALSE(open(passphrase("")));
+  EXPECT_EQ(status, errSecParam);
+  EXPECT_FALSE(open(KeychainKeySource()));
+  EXPECT_EQ(status, errSecParam);
+  EXPECT_FALSE(open(source('a', errSecInteractionNotAllowed)));
+  EXPECT_EQ(status, errSecInteractionNotAllowed);
+  EXPECT_TRUE(fs::is_empty(place)) << "failed openings left something behind";
 }
 
-/// An empty folder, which is removed at the end of the test.
-struct EmbeddedKeychain : testing::Test {
-  EmbeddedKeychain() {
-    std::string name = (fs::temp_directory_path() / "zeb-test-XXXXXX").string();
-    folder = mkdtemp(name.data());
-  }
-  ~EmbeddedKeychain() override { fs::remove_all(folder); }
-
-  Ref<EmbeddedKeychainStore> open(KeychainMasterKey key = KeychainKeyInFile()) {
-    return EmbeddedKeychainStore::open((folder / "store").string(), std::move(key), &status);
-  }
-  static OSStatus addOne(const Ref<EmbeddedKeychainStore>& store, const KeychainItem& item) {
-    return store->add(std::span(&item, 1));
-  }
-  /// The values of the items that match, with spaces between them, or the status.
-  static std::string secrets(const Ref<EmbeddedKeychainStore>& store,
-                             const KeychainAttributes& attributes, std::size_t maxCount = 10) {
+TEST_F(EmbeddedKeychain, KeepsEveryKindOfAttributeAndFindsByAnyCombination) {
+  const auto store = open();
+  KeychainItem key{KeychainItemClass::key, {}, {}};
+  const std::pair<KeychainAttribute, Value> values[] = {
+      {accessGroup, ""},
+      {account, NSData::dataWithBytes("anna")},
+      {service, NSString(u"Zo\u00eb \xd83d\xde00 \xd83d")},
+      {generic, NSData::data()},
+      {label, NSString(std::u16string_view(u"a\0b", 3))},
+      {accessible, "always"},
+      {applicationTag, NSData::dataWithBytes(std::string_view("\0\xff", 2))},
+      {applicationLabel, NSData::dataWithBytes("label")},
+      {keyType, "42"},
+      {keyClass, "0"},
+      {keySizeInBits, 2048},
+      {creationDate, NSDate::dateWithTimeIntervalSinceReferenceDate(1.5)},
+      {modificationDate, NSDate::distantFuture()}};
+  for (const auto& [attribute, value] : values) key.attributes[attribute] = value;
+  ASSERT_EQ(addOne(store, key), errSecSuccess);
+  key.attributes[applicationTag] = nullptr;
+  ASSERT_EQ(addOne(store, key), errSecSuccess) << "nil is a different identity";
+  EXPECT_EQ(addOne(store, key), errSecDuplicateItem) << "nil equals nil in identities";
+  for (const auto& [attribute, value] : values) {
     std::vector<KeychainItem> found;
-    const OSStatus result = store->find({KeychainItemClass::genericPassword, attributes},
-                                        Values::include, maxCount, found);
-    if (result) return std::to_string(result);
-    std::string all;
-    for (const KeychainItem& item : found) {
-      const auto bytes = item.value ? item.value->bytes() : std::span<const std::byte>();
-      all.append(all.empty() ? "" : " ")
-          .append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    KeychainQuery query{KeychainItemClass::key, {}};
+    query.attributes[attribute] = value;
+    ASSERT_EQ(store->find(query, Values::include, 1, found), errSecSuccess) << int(attribute);
+    EXPECT_FALSE(found[0].value);
+    for (const auto& [any, expected] : values) EXPECT_EQ(found[0].attributes[any], expected);
+    query.attributes[label] = "another";
+    EXPECT_EQ(store->find(query, Values::leaveOut, 1, found), errSecItemNotFound);
+    for (const Value& wrong : {Value(nullptr), Value(true), Value("x"), values[1].second}) {
+      query.attributes[attribute] = wrong;
+      const bool isRight = wrong.isNil() || wrong.kind() == value.kind() ||
+                           (attribute == account && wrong.isString()) ||
+                           (wrong.isNumber() && attribute == keySizeInBits);
+      EXPECT_EQ(store->find(query, Values::leaveOut, 1, found) == errSecParam, !isRight);
     }
-    return all;
   }
+  EXPECT_EQ(secrets(store, named("anna")), notFound) << "classes do not mix";
+}
 
-  fs::path folder;
-  OSStatus status = -1;
-};
+TEST_F(EmbeddedKeychain, AddsAllItemsOrNone) {
+  const auto store = open();
+  const KeychainItem items[] = {password("b", "1"), password("a", "2"), password("c", "3")};
+  ASSERT_EQ(store->add(items), errSecSuccess);
+  EXPECT_EQ(secrets(store, {}), "1 2 3") << "oldest first";
+  EXPECT_EQ(secrets(store, {}, 2), "1 2");
+  const KeychainItem more[] = {password("d", "4"), password("a", "5")};
+  EXPECT_EQ(store->add(more), errSecDuplicateItem);
+  EXPECT_EQ(addOne(store, password(NSData::dataWithBytes("a"), "data")), errSecSuccess);
+  EXPECT_EQ(secrets(store, named("a")), "2");
+  KeychainItem item = password("d", "");
+  item.value = SecretBytes(EmbeddedKeychainStore::maxValueLength + 1);
+  EXPECT_EQ(addOne(store, item), errSecParam);
+  item.value->shorten(EmbeddedKeychainStore::maxValueLength);
+  EXPECT_EQ(addOne(store, item), errSecSuccess);
+  EXPECT_EQ(secrets(store, named("d")).size(), EmbeddedKeychainStore::maxValueLength);
+  item.attributes[label] = std::string(EmbeddedKeychainStore::maxAttributeLength + 1, 'l');
+  EXPECT_EQ(addOne(store, item), errSecParam);
+  item.attributes = {};
+  EXPECT_EQ(addOne(store, item), errSecParam) << "the access group is missing";
+  EXPECT_EQ(store->remove({passwords, named("d")}), errSecSuccess);
+  EXPECT_EQ(store->remove({passwords, named("d")}), errSecItemNotFound);
+  EXPECT_EQ(store->remove({passwords, {}}), errSecSuccess);
+  EXPECT_EQ(secrets(store, {}), notFound);
+}
 
-TEST_F(EmbeddedKeychain, KeepsItemsAfterItIsClosed) {
-  for (const char* secret : {"first", "second"}) {
+TEST_F(EmbeddedKeychain, UpdatesAllMatchesOrNone) {
+  const auto store = open();
+  const KeychainItem items[] = {password("a", "1"), password("b", "2"), password("c", "3")};
+  ASSERT_EQ(store->add(items), errSecSuccess);
+  EXPECT_EQ(store->update({passwords, named("a")}, password(nullptr, "new")), errSecSuccess);
+  EXPECT_EQ(store->update({passwords, named("x")}, password("x", "x")), errSecItemNotFound);
+  EXPECT_EQ(store->update({passwords, {}}, password("x", "x")), errSecDuplicateItem);
+  KeychainItem renamed{passwords, {}, {}};
+  renamed.attributes[service] = "chat";
+  EXPECT_EQ(store->update({passwords, {}}, renamed), errSecSuccess);
+  EXPECT_EQ(secrets(store, named("a", "chat")), "new") << "sealed for the new identity";
+  renamed.attributes[account] = "c";
+  EXPECT_EQ(store->update({passwords, named("a", "chat")}, renamed), errSecDuplicateItem);
+  EXPECT_EQ(secrets(store, {}), "new 2 3");
+}
+
+TEST_F(EmbeddedKeychain, RefusesDamagedAndForeignFilesAndLeavesThemAlone) {
+  ASSERT_EQ(addOne(open(), password("anna", "secret")), errSecSuccess);
+  const fs::path database = place / "keychain.db";
+  const std::string good = contentOf(database);
+  const auto with = [&](std::size_t at, const char* bytes) {
+    return std::string(good).replace(at, std::string_view(bytes).size(), bytes);
+  };
+  const std::string contents[] = {
+      "",
+      "Dear diary",
+      good.substr(0, 50),
+      good.substr(0, good.size() / 2),
+      with(68, "XYZ!"),       // another program's identifier
+      with(63, "\x02"),       // a newer format
+      with(18, "\x01\x01"),   // another journal
+      with(100, "\xff\xff"),  // the first page's tree
+      with(good.find("CREATE TABLE passwords(id"), "CREATE TABLE password5")};
+  for (const std::string& content : contents) {
+    setContent(database, content);
+    EXPECT_FALSE(open());
+    EXPECT_EQ(status, errSecInvalidKeychain) << content.substr(0, 20);
+    EXPECT_EQ(contentOf(database), content);
+  }
+  setContent(database, good);
+  EXPECT_EQ(secrets(open(), named("anna")), "secret");
+  // The last page is that of the items' index or of the items.
+  for (std::size_t page = 1; page < good.size() / 4096; ++page) {
+    setContent(database, with(page * 4096, "\x77\x77\x77\x77\x77\x77\x77\x77"));
     const auto store = open();
-    ASSERT_TRUE(store) << status;
-    if (std::string_view(secret) == "first") {
-      EXPECT_EQ(addOne(store, password("anna", "first")), errSecSuccess);
-      EXPECT_EQ(addOne(store, password("anna", "again")), errSecDuplicateItem);
-    }
-    EXPECT_EQ(secrets(store, named("anna")), "first");
-    EXPECT_EQ(secrets(store, named("bert")), std::to_string(errSecItemNotFound));
+    const std::string result = store ? secrets(store, named("anna")) : std::to_string(status);
+    EXPECT_TRUE(result == "secret" || result == std::to_string(errSecInvalidKeychain)) << result;
   }
+  fs::remove(database);
+  fs::create_directory(database);
+  EXPECT_FALSE(open());
+  EXPECT_EQ(status, errSecInvalidKeychain);
+}
+
+TEST_F(EmbeddedKeychain, NoticesValuesThatWereMoved) {
+  const auto store = open();
+  const KeychainItem items[] = {password("a", "1"), password("b", "2")};
+  ASSERT_EQ(store->add(items), errSecSuccess);
+  for (const char* sql :
+       {"UPDATE passwords SET value = (SELECT value FROM passwords WHERE id = 2)",
+        "UPDATE passwords SET value = zeroblob(20)", "UPDATE passwords SET value = 'text'",
+        "UPDATE passwords SET accessible = x'00'"}) {
+    execute(sql);
+    EXPECT_EQ(secrets(store, named("a")), std::to_string(errSecDecode)) << sql;
+  }
+}
+
+TEST_F(EmbeddedKeychain, NeverReplacesAKeyThatIsMissingOrUnsafe) {
+  ASSERT_EQ(addOne(open(), password("anna", "secret")), errSecSuccess);
+  const fs::path key = place / "keychain.key";
+  const auto expect = [&](OSStatus expected, const char* what) {
+    EXPECT_FALSE(open()) << what;
+    EXPECT_EQ(status, expected) << what;
+  };
+  fs::permissions(key, fs::perms(0640));
+  expect(errSecNotAvailable, "the group may read it");
+  fs::permissions(key, fs::perms(0600));
+  fs::rename(key, folder / "moved");
+  expect(errSecAuthFailed, "it is missing");
+  EXPECT_FALSE(fs::exists(key));
+  fs::create_symlink(folder / "moved", key);
+  expect(errSecNotAvailable, "it is a link");
+  fs::remove(key);
+  fs::copy_file(folder / "moved", key);
+  EXPECT_EQ(secrets(open(), named("anna")), "secret");
+  setContent(key, contentOf(key) + "x");
+  expect(errSecAuthFailed, "it is too long");
+  fs::permissions(place, fs::perms(0770));
+  expect(errSecNotAvailable, "the group may write the folder");
+  fs::remove_all(place);
+  setContent(place, "a file");
+  expect(errSecNotAvailable, "the folder is a file");
+}
+
+TEST_F(EmbeddedKeychain, IsSharedByThreadsAndByStoresOfTheSameFolder) {
+  const auto first = open();
+  storm(4, [&](int thread, std::mt19937&) {
+    const auto second = thread % 2 ? first : open();
+    for (int i = 0; i < 25; ++i) {
+      const std::string name = std::to_string(thread) + "-" + std::to_string(i);
+      EXPECT_EQ(addOne(second, password(name, name)), errSecSuccess);
+      EXPECT_EQ(secrets(first, named(name)), name);
+      if (i % 2 == 0) continue;
+      EXPECT_EQ(second->remove({passwords, named(name)}), errSecSuccess);
+    }
+  });
+  std::vector<KeychainItem> found;
+  EXPECT_EQ(first->find({passwords, {}}, Values::include, 1000, found), errSecSuccess);
+  EXPECT_EQ(found.size(), 52u);
 }
 
 }  // namespace zeb::test
