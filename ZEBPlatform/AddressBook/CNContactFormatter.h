@@ -32,8 +32,7 @@ enum CNContactFormatterStyle : std::int64_t {
 /// formatted name, its nickname, its middle name with prefix and suffix, its organisation.
 class CNContactFormatter final : public NSObject {
  public:
-  /// The name, without white space around it; nil for a nil contact, for one that has no name, and
-  /// for an unknown style. Throws NSException (CNContactPropertyNotFetchedExceptionName) if the
+  /// The name; nil for a nil contact, for one that has no name, and for an unknown style. Throws NSException (CNContactPropertyNotFetchedExceptionName) if the
   /// keys that the style requires were not fetched.
   static NSString stringFromContact(const Ref<CNContact>& contact, CNContactFormatterStyle style);
 

@@ -15,8 +15,13 @@ namespace zeb {
 /// Posted on the default notification centre after the address book has changed. The object is the
 /// store; if there are several stores, it is posted once for each. Changes of a burst are combined:
 /// it is posted when no change has come for 100 ms, at the latest one second after the first one.
-/// The thread is the address book's own; observers should return soon.
+/// The thread is the address book's own; observers should return soon, and an exception out of one
+/// ends the process.
 extern const char* const CNContactStoreDidChangeNotification;
+
+namespace detail {
+class StoreWatch;
+}
 
 /// The user's address book: a folder whose .vcf files hold vCards of version 3.0 (RFC 2426) or 4.0
 /// (RFC 6350). `CNHostConfiguration` says which folder that is. Any thread may call anything.
@@ -36,11 +41,12 @@ extern const char* const CNContactStoreDidChangeNotification;
 /// extension (";ext=12") becomes ",12", and its other parameters are removed.
 ///
 /// **Broken cards** are left out, and the other cards of the same file still count. A card is
-/// broken if its END is missing (its last line may be cut off), if its version is neither 3.0 nor
-/// 4.0, or if it has neither a name nor an address nor a number. Bytes that are not UTF-8 do not
-/// make a card broken; they are replaced by U+FFFD. (Of other encodings, only a CHARSET parameter
-/// with ISO-8859-1 is understood.) Each file with something broken, and each that cannot be read,
-/// is logged once on the channel CNLoggingChannel, and again only after the file has changed.
+/// broken if its END is missing (its last line may be cut off), if it states another version than
+/// 3.0 and 4.0, or if it has neither a name nor an address nor a number. Bytes that are not UTF-8
+/// do not make a card broken; they are replaced by U+FFFD. (Of other encodings, only a CHARSET
+/// parameter with ISO-8859-1 is understood.) Each file with something broken, and each that cannot
+/// be read, is logged once on the channel CNLoggingChannel, and again only after the file has
+/// changed.
 ///
 /// **Watching.** While there is a store, one thread of the process watches the folder with inotify,
 /// also if it is deleted and made again. Without a store nothing is watched. If the system's limits
@@ -88,6 +94,9 @@ class CNContactStore final : public NSObject {
   NSArray unifiedContactsMatchingPredicate(const Ref<CNContactPredicate>& predicate,
                                            const NSArray& keysToFetch,
                                            NSError* error = nullptr) const;
+
+ private:
+  friend class detail::StoreWatch;
 };
 
 /// The channel of the address book's log lines.
