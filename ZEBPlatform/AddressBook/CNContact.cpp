@@ -1,5 +1,6 @@
 #include <ZEBPlatform/AddressBook/CNContact.h>
 #include <ZEBPlatform/AddressBook/ContactKeysPrivate.h>
+#include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 
 #include <utility>
@@ -27,6 +28,13 @@ constexpr std::pair<NSArray CNContactFields::*, detail::ContactKey> lists[] = {
     {&CNContactFields::phoneNumbers, detail::phoneNumbersKey},
 };
 
+/// Without texts and lists that their owner may change.
+CNContactFields copyOf(CNContactFields fields) {
+  for (const auto& [text, key] : texts) fields.*text = (fields.*text).copy();
+  for (const auto& [list, key] : lists) fields.*list = (fields.*list).copy();
+  return fields;
+}
+
 }  // namespace
 
 Ref<CNContactPredicate> CNContact::predicateForContactsInContainerWithIdentifier(
@@ -35,28 +43,30 @@ Ref<CNContactPredicate> CNContact::predicateForContactsInContainerWithIdentifier
 }
 
 CNContact::CNContact(CNContactFields fields)
-    : CNContact(std::move(fields), detail::allContactKeys) {}
+    : CNContact(copyOf(std::move(fields)), detail::allContactKeys) {}
 
 CNContact::CNContact(CNContactFields fields, const NSArray& keysToFetch)
-    : CNContact(std::move(fields), detail::contactKeysOfList(keysToFetch)) {}
+    : CNContact(copyOf(std::move(fields)), detail::contactKeysOfList(keysToFetch)) {}
 
 CNContact::CNContact(CNContactFields fields, std::uint32_t keys)
     : fields_(std::move(fields)), keys_(keys | detail::identifierKey) {
+  static const detail::NeverDestroyed<NSString> emptyText("");
+  static const detail::NeverDestroyed<NSArray> emptyList(NSArray::array());
   // Properties that were not fetched use no memory.
   for (const auto& [text, key] : texts) {
     NSString& field = fields_.*text;
     if (!(keys_ & key)) {
       field = nullptr;
-    } else {
-      field = field ? field.copy() : NSString("");
+    } else if (!field) {
+      field = *emptyText;
     }
   }
   for (const auto& [list, key] : lists) {
     NSArray& field = fields_.*list;
     if (!(keys_ & key)) {
       field = nullptr;
-    } else {
-      field = field ? field.copy() : NSArray::array();
+    } else if (!field) {
+      field = *emptyList;
     }
   }
 }

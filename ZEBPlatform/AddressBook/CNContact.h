@@ -15,17 +15,17 @@ extern const char* const CNContactPropertyNotFetchedExceptionName;
 
 /// What a contact consists of. Nil texts count as empty, and nil arrays as empty ones.
 struct CNContactFields {
-  NSString identifier;
-  NSString namePrefix;
-  NSString givenName;
-  NSString middleName;
-  NSString familyName;
-  NSString nameSuffix;
-  NSString nickname;
-  NSString organizationName;
-  NSString formattedName;
-  NSArray emailAddresses;  ///< of strings
-  NSArray phoneNumbers;    ///< of strings
+  NSString identifier = nullptr;
+  NSString namePrefix = nullptr;
+  NSString givenName = nullptr;
+  NSString middleName = nullptr;
+  NSString familyName = nullptr;
+  NSString nameSuffix = nullptr;
+  NSString nickname = nullptr;
+  NSString organizationName = nullptr;
+  NSString formattedName = nullptr;
+  NSArray emailAddresses = nullptr;  ///< of strings
+  NSArray phoneNumbers = nullptr;    ///< of strings
 };
 
 /// Chooses contacts; made by `CNContact`. Immutable; any thread.
@@ -80,7 +80,7 @@ class CNContact final : public NSObject {
   bool isEqual(const NSObject& other) const override;
   std::size_t hash() const noexcept override;
 
-  /// For this module only: a set of keys as bits.
+  /// For this module only: immutable fields, and the set of keys as bits.
   CNContact(CNContactFields fields, std::uint32_t keys);
 
  private:

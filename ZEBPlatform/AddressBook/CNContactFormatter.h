@@ -32,8 +32,9 @@ enum CNContactFormatterStyle : std::int64_t {
 /// formatted name, its nickname, its middle name with prefix and suffix, its organisation.
 class CNContactFormatter final : public NSObject {
  public:
-  /// The name; nil for a nil contact, for one that has no name, and for an unknown style. Throws NSException (CNContactPropertyNotFetchedExceptionName) if the
-  /// keys that the style requires were not fetched.
+  /// The name; nil for a nil contact, for one that has no name, and for an unknown style. Throws
+  /// NSException (CNContactPropertyNotFetchedExceptionName) if the keys that the style requires
+  /// were not fetched.
   static NSString stringFromContact(const Ref<CNContact>& contact, CNContactFormatterStyle style);
 
   /// The keys that `stringFromContact` needs, as an element for the list of keys to fetch.

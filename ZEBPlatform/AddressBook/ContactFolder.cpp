@@ -16,7 +16,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <unordered_map>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -46,7 +46,7 @@ class LoggedFiles {
 
  private:
   Lock lock_;
-  std::unordered_map<std::string, FileState> states_ ZEB_GUARDED_BY(lock_);
+  std::map<std::string, FileState> states_ ZEB_GUARDED_BY(lock_);
 };
 
 void logFile(const std::string& path, const FileState& state, const std::string& problem) {
@@ -97,15 +97,15 @@ class UnifiedContacts {
     for (Unified& contact : contacts_) {
       VCard card = std::move(contact.card);  // released before the next one is made
       result.addObject(makeRef<CNContact>(
-          CNContactFields{.identifier = contact.identifier,
-                          .namePrefix = card.namePrefix,
-                          .givenName = card.givenName,
-                          .middleName = card.middleName,
-                          .familyName = card.familyName,
-                          .nameSuffix = card.nameSuffix,
-                          .nickname = card.nickname,
-                          .organizationName = card.organizationName,
-                          .formattedName = card.formattedName,
+          CNContactFields{.identifier = std::move(contact.identifier),
+                          .namePrefix = std::move(card.namePrefix),
+                          .givenName = std::move(card.givenName),
+                          .middleName = std::move(card.middleName),
+                          .familyName = std::move(card.familyName),
+                          .nameSuffix = std::move(card.nameSuffix),
+                          .nickname = std::move(card.nickname),
+                          .organizationName = std::move(card.organizationName),
+                          .formattedName = std::move(card.formattedName),
                           .emailAddresses = list(card.emailAddresses, contact.hasSeveralCards),
                           .phoneNumbers = list(card.phoneNumbers, contact.hasSeveralCards)},
           keys));
@@ -124,6 +124,7 @@ class UnifiedContacts {
     list.insert(list.end(), more.begin(), more.end());
   }
   static NSArray list(const std::vector<Value>& values, bool eachOnce) {
+    if (values.empty()) return nullptr;
     if (!eachOnce) return NSArray::arrayWithObjects(values);
     return NSOrderedSet::orderedSetWithObjects(values).array();
   }
@@ -199,6 +200,8 @@ NSArray contactsOfFolder(const std::string& path, std::uint32_t keys, NSError* e
                             {isLink ? "links are not followed" : textOfErrorNumber(failure)}));
       continue;
     }
+    // The program that makes the file has not written it yet.
+    if (content.empty()) continue;
     const Harvest harvest = readCards(name, content, contacts);
     if (!harvest.isComplete()) logFile(file, state, harvest.problem(content));
   }

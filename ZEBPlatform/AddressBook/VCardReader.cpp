@@ -73,18 +73,15 @@ class TextDecoder {
   std::string buffer_;
 };
 
-bool removeScheme(NSString& text, std::string_view scheme) {
-  const std::string utf8 = text.utf8();
-  if (!equalIgnoringCase(std::string_view(utf8).substr(0, scheme.size()), scheme)) return false;
-  text = text.substringFromIndex(scheme.size());
-  return true;
+constexpr std::string_view telephoneScheme = "tel:";
+constexpr std::string_view mailScheme = "mailto:";
+
+bool hasScheme(const VCardLine& line, std::string_view scheme) noexcept {
+  return equalIgnoringCase(line.value.substr(0, scheme.size()), scheme);
 }
 
-/// As CNContactStore.h says. A number with extensions can be dialled and shared in this form.
-NSString numberOfURI(NSString text, bool isURI) {
-  const bool hasScheme = removeScheme(text, "tel:");
-  if (!hasScheme && (!isURI || text.containsString(":"))) return text;
-  const std::string uri = text.utf8();
+/// As CNContactStore.h says; the URI is without its scheme.
+NSString numberOfURI(const std::string& uri) {
   constexpr std::string_view extension = "ext=";
   std::string number;
   for (std::size_t begin = 0; begin <= uri.size();) {
@@ -175,20 +172,27 @@ class Reader {
       case VCardProperty::name:
         takeName();
         break;
-      case VCardProperty::email: {
-        NSString address = texts_.text(line_);
-        removeScheme(address, "mailto:");
-        add(card_.emailAddresses, std::move(address));
+      case VCardProperty::email:
+        if (hasScheme(line_, mailScheme)) line_.value.remove_prefix(mailScheme.size());
+        add(card_.emailAddresses, texts_.text(line_));
         break;
-      }
       case VCardProperty::telephone:
-        add(card_.phoneNumbers, numberOfURI(texts_.text(line_), line_.isURI));
+        add(card_.phoneNumbers, takeNumber());
         break;
       case VCardProperty::other:
       case VCardProperty::begin:
       case VCardProperty::end:
         break;
     }
+  }
+
+  NSString takeNumber() {
+    const bool hasTelephoneScheme = hasScheme(line_, telephoneScheme);
+    if (hasTelephoneScheme) line_.value.remove_prefix(telephoneScheme.size());
+    const bool isOtherURI = line_.value.find(':') != std::string_view::npos;
+    NSString text = texts_.text(line_);
+    if (!hasTelephoneScheme && (!line_.isURI || isOtherURI)) return text;
+    return numberOfURI(text.utf8());
   }
 
   /// The first N with any part counts; a card may have others in other scripts.

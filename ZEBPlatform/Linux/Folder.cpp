@@ -39,12 +39,12 @@ int lookAt(int descriptor, FileState& state) {
 
 /// Reads up to the end of the file, also if its size changes meanwhile.
 int readAll(int descriptor, std::size_t expectedSize, std::size_t maxSize, std::string& content) {
-  if (lseek(descriptor, 0, SEEK_SET) < 0) return errno;
   std::size_t filled = 0;
   // One byte more than the file has, so that most files need no second call to find the end.
   content.resize(expectedSize + 1);
   for (;;) {
-    const ssize_t count = read(descriptor, content.data() + filled, content.size() - filled);
+    const ssize_t count = pread(descriptor, content.data() + filled, content.size() - filled,
+                                static_cast<off_t>(filled));
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errno;
     filled += static_cast<std::size_t>(count);
