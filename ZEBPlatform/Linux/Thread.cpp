@@ -86,6 +86,10 @@ bool isMainThread() noexcept {
 
 ThreadHandle currentThreadHandle() noexcept { return pthread_self(); }
 
+bool sendSignal(ThreadHandle thread, int signal) noexcept {
+  return pthread_kill(thread, signal) == 0;
+}
+
 void setThreadName(ThreadHandle thread, std::string_view name) noexcept {
   std::array<char, 16> text{};
   std::size_t length = std::min(name.size(), text.size() - 1);

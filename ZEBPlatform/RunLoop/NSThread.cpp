@@ -1,6 +1,7 @@
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Dispatch/detail/BlockingWait.h>
 #include <ZEBPlatform/Foundation/NSException.h>
+#include <ZEBPlatform/Linux/detail/CallStack.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 #include <ZEBPlatform/RunLoop/LoopTimePrivate.h>
 #include <ZEBPlatform/RunLoop/NSThread.h>
@@ -8,7 +9,10 @@
 #include <ZEBPlatform/RunLoop/RunLoopCorePrivate.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <span>
+#include <string>
 #include <thread>
 #include <utility>
 
@@ -24,6 +28,8 @@ class NSThread::Current {
     if (!current_.thread_) {
       current_.thread_ =
           zeb::isMainThread() ? mainThread() : Ref<NSThread>::adopt(new NSThread(ForeignThread{}));
+      const detail::LockGuard guard(current_.thread_->lock_);
+      current_.thread_->handle_ = currentThreadHandle();
     }
     return current_.thread_;
   }
@@ -60,10 +66,7 @@ NSThread::NSThread(MainThread)
     : isMain_(true), phase_(Phase::started), runLoop_(NSRunLoop::make(isMain_)) {}
 
 NSThread::NSThread(ForeignThread)
-    : isMain_(false),
-      phase_(Phase::started),
-      runLoop_(NSRunLoop::make(isMain_)),
-      handle_(currentThreadHandle()) {
+    : isMain_(false), phase_(Phase::started), runLoop_(NSRunLoop::make(isMain_)) {
   runLoop_->core().adopt();
 }
 
@@ -79,6 +82,20 @@ const Ref<NSThread>& NSThread::mainThread() {
   static const detail::NeverDestroyed<Ref<NSThread>> thread(
       Ref<NSThread>::adopt(new NSThread(MainThread{})));
   return *thread;
+}
+
+// Not inlined, so that the return address is the caller's.
+[[gnu::noinline]] NSArray NSThread::callStackSymbols() {
+  constexpr std::size_t maxFrames = 128;
+  constexpr std::size_t maxOwnFrames = 4;
+  std::array<void*, maxFrames + maxOwnFrames> addresses;
+  const std::span<void*> all(addresses.data(), captureCallStack(addresses));
+  const auto caller = std::ranges::find(all, __builtin_return_address(0));
+  const auto first = caller == all.end() ? all.begin() : caller;
+  const auto count = std::min<std::size_t>(maxFrames, static_cast<std::size_t>(all.end() - first));
+  NSMutableArray symbols;
+  for (const std::string& line : callStackTexts({first, count})) symbols.addObject(line);
+  return symbols.copy();
 }
 
 void NSThread::sleepForTimeInterval(NSTimeInterval seconds) {
@@ -141,6 +158,17 @@ bool NSThread::isExecuting() const noexcept { return phase_ == Phase::started; }
 bool NSThread::isFinished() const noexcept { return phase_ == Phase::finished; }
 bool NSThread::isMainThread() const noexcept { return isMain_; }
 
+std::optional<ThreadHandle> NSThread::handle() const {
+  const detail::LockGuard guard(lock_);
+  return handle_;
+}
+
+bool NSThread::sendSignal(int signal) const {
+  // The thread needs the lock to end.
+  const detail::LockGuard guard(lock_);
+  return handle_ && zeb::sendSignal(*handle_, signal);
+}
+
 NSString NSThread::name() const {
   const detail::LockGuard guard(lock_);
   return name_;
@@ -149,7 +177,7 @@ NSString NSThread::name() const {
 void NSThread::setName(const NSString& name) {
   const detail::LockGuard guard(lock_);
   name_ = name.copy();
-  if (handle_) setThreadName(*handle_, name_.utf8());
+  if (handle_ && !isMain_) setThreadName(*handle_, name_.utf8());
 }
 
 std::size_t NSThread::stackSize() const {

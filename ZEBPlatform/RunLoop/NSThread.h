@@ -42,6 +42,11 @@ class NSThread final : public NSObject {
   static Ref<NSThread> currentThread();
   static const Ref<NSThread>& mainThread();
 
+  /// The calling thread's stack, one line for each function, beginning with the caller; at most
+  /// 128. A line has a number, the file name of the program or library, the return address, and the
+  /// function with an offset. Its form is described in Linux/CallStack.h.
+  static NSArray callStackSymbols();
+
   /// Returns no earlier than after this time of the monotonic clock.
   static void sleepForTimeInterval(NSTimeInterval seconds);
   static void sleepForTimeInterval(std::chrono::duration<double> interval) {
@@ -62,6 +67,13 @@ class NSThread final : public NSObject {
   bool isExecuting() const noexcept;
   bool isFinished() const noexcept;
   bool isMainThread() const noexcept;
+
+  /// The system's handle of the thread; nothing unless the thread runs. On other threads it may
+  /// become invalid at any moment.
+  std::optional<ThreadHandle> handle() const;
+  /// Sends a signal to the thread. Unlike the system's function it may be called at any time, also
+  /// while the thread ends: it answers false unless the thread runs.
+  bool sendSignal(int signal) const;
 
   NSString name() const;
   /// The system gets the first 15 bytes of it, for debuggers and `top`. The system's name of the

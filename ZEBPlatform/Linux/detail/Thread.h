@@ -14,6 +14,9 @@ using ThreadHandle = std::uintptr_t;
 
 ThreadHandle currentThreadHandle() noexcept;
 
+/// Sends a signal to a thread that runs. Answers false if the system refuses.
+bool sendSignal(ThreadHandle thread, int signal) noexcept;
+
 /// Sets the name that debuggers and `top` show: the first 15 bytes of the UTF-8 text, cut off
 /// between two characters.
 void setThreadName(ThreadHandle thread, std::string_view name) noexcept;

@@ -9,6 +9,7 @@
 #include <ZEBUtilities/Coding/DecodingBuilderRegistry.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 #include <ZEBUtilities/Collections/ZEBCircularFIFOBuffer.h>
+#include <ZEBUtilities/Device/ZEBStackTraceSampler.h>
 #include <ZEBUtilities/Encodings/Base32Codec.h>
 #include <ZEBUtilities/JSON/ZEBJSONSerialization.h>
 #include <ZEBUtilities/Ranges/ZEBFlavoredRange.h>
@@ -42,6 +43,7 @@ void ZEBRegisterClasses() {
   ZEBWeakValueObject::runtimeClass();
   ZEBJSONSerialization::runtimeClass();
   Base32Codec::runtimeClass();
+  ZEBStackTraceSampler::runtimeClass();
   ObjectiveCTypeErasedObservable::runtimeClass();
   ObjectiveCObserverQueue::runtimeClass();
   ZEBFlavoredRange::runtimeClass();

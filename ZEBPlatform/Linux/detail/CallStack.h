@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace zeb {
+
+/// Loads what `captureCallStack` needs. Without it the first capture would allocate memory and load
+/// a library, which a signal handler must not do. Any thread; later calls cost little.
+void prepareCallStackCapture() noexcept;
+
+/// Writes the return addresses of the calling thread's functions, beginning with those of this
+/// function or its caller, and answers their number. In a signal handler they continue with those
+/// of the interrupted code. Safe in signal handlers after `prepareCallStackCapture`.
+std::size_t captureCallStack(std::span<void*> returnAddresses) noexcept;
+
+/// One line for each return address, numbered from 0:
+///
+///     3   libexample.so                       0x00007f10a53c1d2e zeb::run(int) + 46
+///
+/// These are the position, the image's file name, the address, and the function with the offset
+/// into it; for a function without a known name (see LoadedImages.h) the image's load address with
+/// the offset into the image. The image is "???" if no image contains the address. Neither a
+/// position nor an address contains white space, so the second piece between white space is the
+/// image's name, unless that name contains white space itself. UTF-8 if the file names are. Any
+/// thread, but not in signal handlers.
+std::vector<std::string> callStackTexts(std::span<void* const> returnAddresses);
+
+}  // namespace zeb

@@ -1,0 +1,24 @@
+#include <ZEBPlatform/Linux/detail/CallStack.h>
+#include <ZEBUtilities/Device/StackRecordPrivate.h>
+
+namespace zeb::detail {
+
+void StackRecord::capture() noexcept {
+  std::uint8_t expected = empty;
+  if (!state_.compare_exchange_strong(expected, writing, std::memory_order_acquire)) return;
+  count_ = captureCallStack(frames_);
+  state_.store(ready, std::memory_order_release);
+}
+
+std::span<void* const> StackRecord::frames() const noexcept {
+  if (state_.load(std::memory_order_acquire) != ready) return {};
+  return std::span(frames_).first(count_);
+}
+
+void StackRecord::clear() noexcept {
+  if (state_.load(std::memory_order_acquire) != ready) return;
+  count_ = 0;
+  state_.store(empty, std::memory_order_release);
+}
+
+}  // namespace zeb::detail
