@@ -30,6 +30,7 @@
 #include <ZEBUtilities/Contacts.h>
 #include <ZEBUtilities/Dates.h>
 #include <ZEBUtilities/Device.h>
+#include <ZEBUtilities/Diagnostics.h>
 #include <ZEBUtilities/Encodings.h>
 #include <ZEBUtilities/Graphics.h>
 #include <ZEBUtilities/IDN.h>

@@ -1,0 +1,5 @@
+#pragma once
+
+// The module Diagnostics: the images that stacks name.
+
+#include <ZEBUtilities/Diagnostics/ZEBSymbolication.h>
