@@ -177,7 +177,7 @@ OSStatus makeResultOfOne(const KeychainRequest& request, KeychainItem item, Valu
     return errSecSuccess;
   }
   SecKeyRef key;
-  const OSStatus status = makeSecKey(item, key);
+  const OSStatus status = secKeyOfItem(item, key);
   if (status == errSecSuccess) result = std::move(key);
   return status;
 }
@@ -185,17 +185,29 @@ OSStatus makeResultOfOne(const KeychainRequest& request, KeychainItem item, Valu
 }  // namespace
 
 OSStatus KeychainRequest::read(const NSDictionary& dictionary, KeychainDictionary purpose) {
+  if (dictionary.isNil()) return errSecParam;
   KnownKeys keys(dictionary);
-  const bool isSearch =
-      purpose == KeychainDictionary::search || purpose == KeychainDictionary::bulkSearch;
-  const bool isChanges = purpose == KeychainDictionary::changes;
   // Each step takes the keys that may be in such a dictionary; the others count as unknown.
-  const bool isValid = !dictionary.isNil() && (isChanges || readClass(keys, query.itemClass)) &&
-                       readAttributes(keys, query.attributes) &&
-                       (isSearch || readValue(keys, value)) &&
-                       (isChanges || readReturns(keys, *this)) &&
-                       (!isSearch || readLimit(keys, purpose, *this)) && keys.areAll();
-  return isValid ? errSecSuccess : errSecParam;
+  bool isValid = readAttributes(keys, query.attributes);
+  switch (purpose) {
+    case KeychainDictionary::newItem:
+      isValid = isValid && readClass(keys, query.itemClass) && readValue(keys, value) &&
+                readReturns(keys, *this);
+      break;
+    case KeychainDictionary::search:
+    case KeychainDictionary::bulkSearch:
+      isValid = isValid && readClass(keys, query.itemClass) && readReturns(keys, *this) &&
+                readLimit(keys, purpose, *this);
+      break;
+    case KeychainDictionary::changes:
+      isValid = isValid && readValue(keys, value);
+      break;
+    case KeychainDictionary::newKey:
+      query.itemClass = KeychainItemClass::key;
+      isValid = isValid && keys.takeBoolean(kSecAttrIsPermanent, isPermanent);
+      break;
+  }
+  return isValid && keys.areAll() ? errSecSuccess : errSecParam;
 }
 
 OSStatus makeResult(const KeychainRequest& request, std::vector<KeychainItem> items,

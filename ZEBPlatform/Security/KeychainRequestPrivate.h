@@ -18,6 +18,7 @@ enum class KeychainDictionary : std::uint8_t {
   search,      ///< attributes, what to return, a limit
   bulkSearch,  ///< the same; takes all matches, so that a smaller limit contradicts it
   changes,     ///< attributes and a value, but no class
+  newKey,      ///< attributes and whether the key becomes an item
 };
 
 /// A dictionary of `SecItemAdd` and its companions, checked and taken apart.
@@ -37,6 +38,7 @@ struct KeychainRequest {
 
   KeychainQuery query;  ///< the class and the attributes
   std::optional<SecretBytes> value;
+  bool isPermanent = false;
   bool returnsData = false;
   bool returnsAttributes = false;
   bool returnsReference = false;

@@ -1,6 +1,7 @@
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Security/KeychainRequestPrivate.h>
 #include <ZEBPlatform/Security/SecItem.h>
+#include <ZEBPlatform/Security/SecKeyPrivate.h>
 #include <ZEBPlatform/Security/SecKeychainPrivate.h>
 
 #include <span>
@@ -96,14 +97,19 @@ OSStatus SecItemUpdate(const NSDictionary& query, const NSDictionary& attributes
   changes.query.itemClass = request.query.itemClass;
   changes.query.attributes[KeychainAttribute::creationDate] = nullptr;
   changes.query.attributes[KeychainAttribute::modificationDate] = NSDate::date();
-  return keychain->store->update(request.query, changes.takeItem());
+  status = keychain->store->update(request.query, changes.takeItem());
+  if (request.query.itemClass == KeychainItemClass::key) detail::forgetRecentKey();
+  return status;
 }
 
 OSStatus SecItemDelete(const NSDictionary& query) {
   KeychainRequest request;
   KeychainSettingsPin keychain;
-  const OSStatus invalid = begin(query, KeychainDictionary::bulkSearch, request, keychain);
-  return invalid == errSecSuccess ? keychain->store->remove(request.query) : invalid;
+  OSStatus status = begin(query, KeychainDictionary::bulkSearch, request, keychain);
+  if (status != errSecSuccess) return status;
+  status = keychain->store->remove(request.query);
+  if (request.query.itemClass == KeychainItemClass::key) detail::forgetRecentKey();
+  return status;
 }
 
 }  // namespace zeb

@@ -75,13 +75,14 @@ OSStatus SecItemAdd(const NSDictionary& attributes, Value* result = nullptr);
 ///   - as data for kSecReturnData: the value, in memory that is overwritten when the data is freed,
 ///   - as a dictionary for kSecReturnAttributes: the class, the attributes and, if kSecReturnData
 ///     is also true, the value under kSecValueData,
-///   - as a `SecKey` for kSecReturnRef, which goes with neither of the others.
+///   - as a `SecKey` for kSecReturnRef, which goes with neither of the others; the item has
+///     kSecAttrKeyClass, and its value is that half of a key as PKCS #1 in DER.
 /// Without kSecMatchLimit, or with kSecMatchLimitOne, `result` is the first item; with a number or
 /// kSecMatchLimitAll it is an array of at most so many.
 ///
 /// `errSecItemNotFound` if no item matches. An item that was stored without a value is not found by
 /// a query that asks for data or reference alone, although its attributes are; it still counts for
-/// the limit. `errSecDecode` if a value is damaged.
+/// the limit. `errSecDecode` if a value is damaged, or is no key although a reference is asked for.
 OSStatus SecItemCopyMatching(const NSDictionary& query, Value* result);
 /// For queries with kSecReturnRef and without a list: the first key that matches.
 OSStatus SecItemCopyMatching(const NSDictionary& query, SecKeyRef* result);
