@@ -106,6 +106,23 @@ void printTimeline(std::ostream& out, const Screen& screen, const Timeline& time
   if (gaps.numbersAsText > 0) out << "Numbers that came as text: " << gaps.numbersAsText << ".\n";
 }
 
+void printFriends(std::ostream& out, const Screen& screen, const std::vector<Friend>& friends) {
+  if (friends.empty()) return;
+  out << '\n';
+  Table table({{"IN YOUR ADDRESS BOOK", 26}, {"AS", 20}, {"REACHED AT", 40}, {"POSTS", 5, true}});
+  for (const Friend& each : friends) {
+    Cell addresses;
+    for (const NSArray& texts : {each.contact->phoneNumbers(), each.contact->emailAddresses()}) {
+      for (const Value& text : texts) addresses.push_back({NSString(text)});
+    }
+    table.addRow({{{each.contact->fullName(), strong}},
+                  {{NSString::stringWithFormat("@%@", each.author->handle), faint}},
+                  addresses,
+                  {{NSNumber(each.posts).stringValue()}}});
+  }
+  table.print(out, screen);
+}
+
 void printOverview(std::ostream& out, const Screen& screen, const Value& document) {
   std::map<std::string, std::size_t> counts;
   std::size_t values = 0, deepest = 0, largestArray = 0;

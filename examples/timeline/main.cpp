@@ -31,6 +31,8 @@ constexpr const char* usage =
     "Shows a feed, or what any other JSON file consists of; without a file, a feed of its own.\n"
     "  --keep            leave the archive in the temporary directory and print its path\n"
     "  --locale NAME     show dates in these words, for example ar_EG or de_DE\n"
+    "  --contacts DIR    show which authors are in this folder of .vcf files, for example\n"
+    "                    examples/timeline/contacts\n"
     "  --time-zone NAME  show dates in this zone, for example Asia/Tokyo or GMT+0530\n";
 
 /// Writes the objects to a file and reads them back.
@@ -65,10 +67,22 @@ bool show(const std::string& text) {
   return false;
 }
 
+struct Options {
+  bool keepsArchive = false;
+  std::string contactsFolder;
+};
+
 /// Shows the file's document, or the bundled feed when `path` is null.
-bool showDocument(const std::string* path, bool keepsArchive, const Screen& screen) {
+bool showDocument(const std::string* path, const Options& options, const Screen& screen) {
   std::ostringstream out;
   Steps steps;
+  NSArray contacts;
+  if (!options.contactsFolder.empty()) {
+    steps.start();
+    contacts = contactsInFolder(options.contactsFolder);
+    steps.finish("contacts", 0);
+    steps.remark(NSString::stringWithFormat("contacts: %tu", contacts.count()));
+  }
   steps.start();
   const NSData data = path ? contentsOfFile(*path) : NSData::dataWithBytes(bundledFeed);
   steps.finish("read", data.length());
@@ -82,8 +96,9 @@ bool showDocument(const std::string* path, bool keepsArchive, const Screen& scre
       steps.finish("build", data.length());
       steps.remark(NSString::stringWithFormat("posts: %tu, authors: %tu", timeline.posts.size(),
                                               reader.authorCount()));
-      archive(timeline, keepsArchive, steps);
+      archive(timeline, options.keepsArchive, steps);
       printTimeline(out, screen, timeline, reader.gaps());
+      printFriends(out, screen, friendsIn(timeline, contacts));
     } else {
       printOverview(out, screen, document);
     }
@@ -94,10 +109,10 @@ bool showDocument(const std::string* path, bool keepsArchive, const Screen& scre
   return isShown;
 }
 
-bool showReport(const std::string* path, bool keepsArchive, const Screen& screen) {
+bool showReport(const std::string* path, const Options& options, const Screen& screen) {
   NSString reason;
   try {
-    return showDocument(path, keepsArchive, screen);
+    return showDocument(path, options, screen);
   } catch (const std::bad_alloc&) {
     reason = "Not enough memory";
   } catch (const std::exception& error) {
@@ -126,12 +141,14 @@ NSString useTimeZone(const NSString& name) {
 int run(int argumentCount, char** arguments) {
   std::signal(SIGPIPE, SIG_IGN);  // a closed pipe ends one write, not the process
   OLGSetLevel(OLGLevelError);     // hides warnings about the busy main thread
-  bool keepsArchive = false;
+  Options options;
   std::vector<std::string> paths;
   for (int index = 1; index < argumentCount; ++index) {
     const std::string argument = arguments[index];
     if (argument == "--keep") {
-      keepsArchive = true;
+      options.keepsArchive = true;
+    } else if (argument == "--contacts" && index + 1 < argumentCount) {
+      options.contactsFolder = arguments[++index];
     } else if (argument == "--locale" || argument == "--time-zone") {
       const std::string name = ++index < argumentCount ? arguments[index] : "";
       const NSString problem = argument == "--locale" ? useLocale(name) : useTimeZone(name);
@@ -151,11 +168,11 @@ int run(int argumentCount, char** arguments) {
   }
 
   const Screen screen = Screen::ofStandardOutput();
-  if (paths.empty()) return showReport(nullptr, keepsArchive, screen) ? 0 : 1;
+  if (paths.empty()) return showReport(nullptr, options, screen) ? 0 : 1;
   int status = 0;
   for (const std::string& path : paths) {
     if (paths.size() > 1) show("\n== " + printable(path).utf8() + "\n");
-    if (!showReport(&path, keepsArchive, screen)) status = 1;
+    if (!showReport(&path, options, screen)) status = 1;
   }
   return status;
 }
