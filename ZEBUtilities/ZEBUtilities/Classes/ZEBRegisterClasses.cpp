@@ -1,3 +1,6 @@
+#include <Keychain/KeychainItemUtils.h>
+#include <Keychain/ZEBKeychain.h>
+#include <Keychain/ZEBKeychainDefaultOrvaneConfiguration.h>
 #include <Observation/ObjectiveCObserverQueue.h>
 #include <Observation/ObjectiveCTypeErasedObservable.h>
 #include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
@@ -51,6 +54,9 @@ void ZEBRegisterClasses() {
   ZEBObjCEncodable::runtimeClass();
   BasicDecodingBuilder::runtimeClass();
   BasicDecodingBuilderRegistry::runtimeClass();
+  KeychainItemUtils::runtimeClass();
+  ZEBKeychain::runtimeClass();
+  ZEBKeychainDefaultOrvaneConfiguration::runtimeClass();
 }
 
 }  // namespace zeb

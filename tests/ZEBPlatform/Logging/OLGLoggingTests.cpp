@@ -18,6 +18,8 @@ TEST(OLGLogging, LevelsFilterAndHandlersGetTheWholeRecord) {
   EXPECT_TRUE(OLGCanLog(nullptr, OLGLevelNotice, "own") && OLGCanLog(nullptr, 3, "any"));
   EXPECT_FALSE(OLGCanLog(nullptr, OLGLevelInformation, "own") || OLGCanLog(nullptr, 4, "any"));
   OLGResetChannelLevel("own");
+  OLGSetLogChannelApplicationDefault("app");
+  EXPECT_EQ(OLGLogChannelApplicationDefault(), NSString("app"));
   EXPECT_FALSE(OLGCanLog(nullptr, OLGLevelNotice, "own"));
   OLGLogEx(nullptr, 7, "a channel", "a/file", "-[A b:]", 42, "%d %@, 100%% {}", 3, NSString("é"));
   EXPECT_EQ(recorder.take().at(0), "7|a channel|a/file|-[A b:]|3 é, 100% {}")

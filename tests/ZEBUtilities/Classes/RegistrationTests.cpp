@@ -43,7 +43,17 @@ TEST(Registration, ClassesAreFoundByNameBeforeTheirFirstUse) {
     ZEBJSONSerialization +encodeJSONObject:options:completion: +decodeJSONData:options:completion:;
     ZEBTimer !init !new
       +initWithFireDate:interval:target:selector:userInfo:block:repeats:backgroundingBehavior:
-      setBlock: applyToQueue: scheduleWithCurrentRunLoop setFireDate: setTolerance:;)");
+      setBlock: applyToQueue: scheduleWithCurrentRunLoop setFireDate: setTolerance:;
+    KeychainItemUtils +getPasswordForUsername:andServiceName:accessGroup:error:
+      +storeUsername:andPassword:forServiceName:accessGroup:updateExisting:error:
+      +deleteItemForUsername:andServiceName:accessGroup:error: +loggingChannel;
+    ZEBKeychain !init !new +initWithConfiguration: +sharedKeychain +isDomainEqual:
+      +createSharedKeychainWithConfiguration:
+      +createSharedKeychainWithDefaultOrvaneConfiguration setProviderServiceName:
+      setProviderSharedAccessGroup: setProviderDefaultAccessGroup:
+      deletePasswordForUsername:serviceName:accessGroup:completionBlock:
+      fetchPasswordForUsername:serviceName:accessGroup:completionBlock:;
+    ZEBKeychainDefaultOrvaneConfiguration +new serviceName sharedAccessGroup defaultAccessGroup;)");
   for (std::string line; std::getline(classes, line, ';');) {
     std::istringstream words(line);
     std::string name;
