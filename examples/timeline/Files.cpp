@@ -22,24 +22,22 @@ NSData contentsOfFile(const std::string& path) {
   return data;
 }
 
-TemporaryFile::TemporaryFile(const NSData& data)
-    : directory_(std::filesystem::temp_directory_path() / "timeline-XXXXXX") {
-  if (!::mkdtemp(directory_.data())) {
-    throw std::system_error(errno, std::generic_category(), directory_);
+TemporaryDirectory::TemporaryDirectory()
+    : path_(std::filesystem::temp_directory_path() / "timeline-XXXXXX") {
+  if (!::mkdtemp(path_.data())) {
+    throw std::system_error(errno, std::generic_category(), path_);
   }
-  NSError error;
-  if (data.writeToFile(path(), NSDataWritingAtomic, &error)) return;
-  remove();
-  throw error;
 }
 
-TemporaryFile::~TemporaryFile() {
-  if (!isKept_) remove();
-}
-
-void TemporaryFile::remove() noexcept {
+TemporaryDirectory::~TemporaryDirectory() {
+  if (isKept_) return;
   std::error_code ignored;  // a file that stays in the temporary directory does no harm
-  std::filesystem::remove_all(directory_, ignored);
+  std::filesystem::remove_all(path_, ignored);
+}
+
+TemporaryFile::TemporaryFile(const NSData& data) {
+  NSError error;
+  if (!data.writeToFile(path(), NSDataWritingAtomic, &error)) throw error;
 }
 
 }  // namespace zeb::timeline

@@ -10,24 +10,34 @@ namespace zeb::timeline {
 /// or can't be read.
 NSData contentsOfFile(const std::string& path);
 
-/// A file that only its owner can read, in a new directory below the temporary one. It is written
-/// completely or not at all, and this object removes it unless `keep()` was called. Throws
-/// std::exception if the file can't be written.
-class TemporaryFile {
+/// A new directory below the temporary one, which only its owner can use. This object removes it
+/// with everything in it unless `keep()` was called. Throws std::exception if it can't be made.
+class TemporaryDirectory {
  public:
-  explicit TemporaryFile(const NSData& data);
-  ~TemporaryFile();
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  TemporaryDirectory();
+  ~TemporaryDirectory();
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
-  std::string path() const { return directory_ + "/timeline.archive"; }
+  const std::string& path() const noexcept { return path_; }
   void keep() noexcept { isKept_ = true; }
 
  private:
-  void remove() noexcept;
-
-  std::string directory_;
+  std::string path_;
   bool isKept_ = false;
+};
+
+/// A file in a temporary directory of its own. It is written completely or not at all, and removed
+/// with the directory. Throws std::exception if the file can't be written.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const NSData& data);
+
+  std::string path() const { return directory_.path() + "/timeline.archive"; }
+  void keep() noexcept { directory_.keep(); }
+
+ private:
+  TemporaryDirectory directory_;
 };
 
 }  // namespace zeb::timeline

@@ -1,4 +1,5 @@
-// Receives a feed, makes objects of it, archives them, reads the archive, and shows the posts.
+// Signs in with a token from the keychain, receives a feed, makes objects of it, archives them,
+// reads the archive, and shows the posts.
 
 #include <ZEBPlatform/Foundation/Format.h>
 #include <ZEBPlatform/Logging/OLGLogging.h>
@@ -12,9 +13,11 @@
 #include <cstdio>
 #include <iostream>
 #include <new>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 
+#include "Account.h"
 #include "Arrival.h"
 #include "BundledFeed.h"
 #include "Files.h"
@@ -30,6 +33,7 @@ constexpr const char* usage =
     "usage: timeline [options…] [file…]\n"
     "Shows a feed, or what any other JSON file consists of; without a file, a feed of its own.\n"
     "  --keep            leave the archive in the temporary directory and print its path\n"
+    "  --keychain PATH   keep the account's token in this folder for the next run\n"
     "  --locale NAME     show dates in these words, for example ar_EG or de_DE\n"
     "  --contacts DIR    show which authors are in this folder of .vcf files, for example\n"
     "                    examples/timeline/contacts\n"
@@ -69,13 +73,16 @@ bool show(const std::string& text) {
 
 struct Options {
   bool keepsArchive = false;
+  std::optional<std::string> keychainFolder;
   std::string contactsFolder;
 };
 
 /// Shows the file's document, or the bundled feed when `path` is null.
-bool showDocument(const std::string* path, const Options& options, const Screen& screen) {
+bool showDocument(const std::string* path, const Options& options, Account& account,
+                  const Screen& screen) {
   std::ostringstream out;
   Steps steps;
+  account.signIn(steps);
   NSArray contacts;
   if (!options.contactsFolder.empty()) {
     steps.start();
@@ -109,10 +116,11 @@ bool showDocument(const std::string* path, const Options& options, const Screen&
   return isShown;
 }
 
-bool showReport(const std::string* path, const Options& options, const Screen& screen) {
+bool showReport(const std::string* path, const Options& options, Account& account,
+                const Screen& screen) {
   NSString reason;
   try {
-    return showDocument(path, options, screen);
+    return showDocument(path, options, account, screen);
   } catch (const std::bad_alloc&) {
     reason = "Not enough memory";
   } catch (const std::exception& error) {
@@ -147,6 +155,8 @@ int run(int argumentCount, char** arguments) {
     const std::string argument = arguments[index];
     if (argument == "--keep") {
       options.keepsArchive = true;
+    } else if (argument == "--keychain" && index + 1 < argumentCount) {
+      options.keychainFolder = arguments[++index];
     } else if (argument == "--contacts" && index + 1 < argumentCount) {
       options.contactsFolder = arguments[++index];
     } else if (argument == "--locale" || argument == "--time-zone") {
@@ -167,12 +177,19 @@ int run(int argumentCount, char** arguments) {
     }
   }
 
+  std::optional<Account> account;
+  try {
+    account.emplace(options.keychainFolder ? &*options.keychainFolder : nullptr);
+  } catch (const std::exception& error) {
+    std::cerr << "timeline: the keychain: " << printable(error.what()) << '\n';
+    return 1;
+  }
   const Screen screen = Screen::ofStandardOutput();
-  if (paths.empty()) return showReport(nullptr, options, screen) ? 0 : 1;
+  if (paths.empty()) return showReport(nullptr, options, *account, screen) ? 0 : 1;
   int status = 0;
   for (const std::string& path : paths) {
     if (paths.size() > 1) show("\n== " + printable(path).utf8() + "\n");
-    if (!showReport(&path, options, screen)) status = 1;
+    if (!showReport(&path, options, *account, screen)) status = 1;
   }
   return status;
 }
