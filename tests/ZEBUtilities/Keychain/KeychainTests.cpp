@@ -1,5 +1,6 @@
 #include <ZEBUtilities/ZEBUtilities.h>
 
+#include <filesystem>
 #include <map>
 
 #include "Support/LoopSupport.h"
@@ -265,9 +266,13 @@ TEST(ZEBKeychain, TheSharedOneIsMadeOnce) {
   EXPECT_FALSE(ZEBKeychain::isDomainEqual("other") || ZEBKeychain::isDomainEqual(nullptr));
 }
 
-// Two fetches wait for each other in their completions; then threads store and fetch, and each
-// store must be alone.
+// Over the embedded store: two fetches wait for each other in their completions; then threads store
+// and fetch, and each store must be alone. A store that is opened later has the passwords.
 TEST_F(KeychainTests, FetchesMeetAndStoresAreAlone) {
+  std::string folder = std::filesystem::temp_directory_path() / "zeb-keychain-XXXXXX";
+  ASSERT_TRUE(mkdtemp(folder.data()));
+  const auto open = [&] { return EmbeddedKeychainStore::open(folder, KeychainKeyInFile{}); };
+  SecKeychainSetStore(open());
   std::atomic<int> fetching = 0;
   storm(2, [&](int, std::mt19937&) {
     keys->fetchPasswordForUsername("ada", [&](const NSString&, const NSError&) {
@@ -278,8 +283,8 @@ TEST_F(KeychainTests, FetchesMeetAndStoresAreAlone) {
   std::atomic<bool> isStoring = false;
   storm(4, [&](int number, std::mt19937& random) {
     const NSString username = NSString::stringWithFormat("user%d", number);
-    for (int round = 0; round < 100; ++round) {
-      const NSString password = NSString::stringWithFormat("%u", random());
+    for (int round = 0; round < 20; ++round) {
+      const NSString password = NSString::stringWithFormat("🔑 %u", random());
       keys->setPassword(password, username, [&](const NSError& error, const NSError&) {
         EXPECT_TRUE(!error && !isStoring.exchange(true));
         keys->setProviderSharedAccessGroup(round % 2 ? nullptr : "shared");
@@ -290,6 +295,11 @@ TEST_F(KeychainTests, FetchesMeetAndStoresAreAlone) {
       });
     }
   });
+  SecKeychainSetStore(nullptr);
+  SecKeychainSetStore(open());
+  keys->fetchPasswordForUsername("user3", found);
+  EXPECT_TRUE(outcome.starts_with("\n🔑 ") && outcome.ends_with(" 0")) << outcome;
+  std::filesystem::remove_all(folder);
 }
 
 }  // namespace zeb::test
