@@ -125,6 +125,10 @@ int writeNewFile(const std::string& path, std::span<const std::byte> content) {
   return failure;
 }
 
+bool isFolderWritable(const std::string& path) noexcept {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
 int identifyFile(const std::string& path, FileIdentity& identity) {
   struct stat facts;
   if (stat(path.c_str(), &facts) < 0) return errno;

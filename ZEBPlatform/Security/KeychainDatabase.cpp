@@ -19,6 +19,7 @@ constexpr std::size_t maxReaders = 8;
 constexpr double maxSetUpWaitSeconds = 10;
 
 constexpr const char* databaseName = "/keychain.db";
+constexpr const char* logSuffix = "-wal";  // SQLite's
 
 }  // namespace
 
@@ -141,12 +142,28 @@ KeychainDatabase::KeychainDatabase(std::string path) : path_(std::move(path)) {
   idleReaders_.reserve(maxReaders);
 }
 
+OSStatus KeychainDatabase::connect(const std::string& path, Connection& connection,
+                                   KeychainKeyFacts& facts) {
+  connection = std::make_unique<SQLiteConnection>();
+  OSStatus status = connection->open(path);
+  if (!status) status = readKeyFacts(*connection, facts);
+  if (status != errSecWrPerm && status != errSecNotAvailable) return status;
+  // SQLite cannot make the write-ahead log. Without one, the file alone is the whole database.
+  FileIdentity log;
+  const std::string folder = path.substr(0, path.rfind('/'));
+  if (isFolderWritable(folder) || identifyFile(path + logSuffix, log) == 0) return status;
+  connection = std::make_unique<SQLiteConnection>();
+  status = connection->openUnchanging(path);
+  if (!status) status = readKeyFacts(*connection, facts);
+  return status;
+}
+
 OSStatus KeychainDatabase::connectFirst(const std::string& path,
                                         std::shared_ptr<KeychainDatabase>& result) {
   const std::shared_ptr<KeychainDatabase> database(new KeychainDatabase(path), Closer());
-  database->idleWriter_ = std::make_unique<SQLiteConnection>();
-  OSStatus status = database->idleWriter_->open(path);
-  if (!status) status = readKeyFacts(*database->idleWriter_, database->facts_);
+  Connection connection;
+  OSStatus status = connect(path, connection, database->facts_);
+  if (!status && connection->isReusable()) database->idleWriter_ = std::move(connection);
   if (!status) status = statusOfErrorNumber(identifyFile(path, database->file_));
   if (!status) result = database;
   return status;
@@ -215,10 +232,8 @@ OSStatus KeychainDatabase::Lease::prepare() {
     const bool isLost = access_ == Access::writes && connection_->isFileGone();
     if (!isLost) return errSecSuccess;
   }
-  connection_ = std::make_unique<SQLiteConnection>();
   KeychainKeyFacts facts;
-  OSStatus status = connection_->open(database_.path_);
-  if (!status) status = readKeyFacts(*connection_, facts);
+  OSStatus status = connect(database_.path_, connection_, facts);
   // Another store may have taken the place of the file.
   if (!status && facts.check != database_.facts_.check) status = errSecInvalidKeychain;
   if (status) connection_ = nullptr;
@@ -226,7 +241,7 @@ OSStatus KeychainDatabase::Lease::prepare() {
 }
 
 KeychainDatabase::Lease::~Lease() {
-  if (connection_ && connection_->isBroken()) connection_ = nullptr;
+  if (connection_ && !connection_->isReusable()) connection_ = nullptr;
   if (connection_) connection_->trimStatements();
   Registry& all = registry();
   const detail::LockGuard guard(all.lock);

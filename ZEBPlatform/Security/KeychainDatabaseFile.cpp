@@ -124,7 +124,7 @@ OSStatus writeNewDatabaseFile(const std::string& path, const KeychainKeyFacts& f
   // Databases in memory have no write-ahead log. A file whose header says so has one from its first
   // connection on, so that no connection needs to change the mode while others are open.
   bytes[journalVersionsPlace] = bytes[journalVersionsPlace + 1] = writeAheadLog;
-  return statusOfErrorNumber(writeNewFile(path, bytes));
+  return statusOfWritingError(writeNewFile(path, bytes));
 }
 
 OSStatus examineDatabaseFile(const std::string& path, DatabaseFile& found) {
@@ -177,6 +177,10 @@ OSStatus statusOfErrorNumber(int number) noexcept {
     default:  // no such folder, no permission, links, other users' files, no descriptors
       return errSecNotAvailable;
   }
+}
+
+OSStatus statusOfWritingError(int number) noexcept {
+  return number == EACCES || number == EPERM ? errSecWrPerm : statusOfErrorNumber(number);
 }
 
 }  // namespace zeb

@@ -41,5 +41,7 @@ OSStatus readKeyFacts(SQLiteConnection& connection, KeychainKeyFacts& facts);
 
 /// What an error number of the system means for the place as a whole.
 OSStatus statusOfErrorNumber(int number) noexcept;
+/// The same after an attempt to add a file to the folder.
+OSStatus statusOfWritingError(int number) noexcept;
 
 }  // namespace zeb

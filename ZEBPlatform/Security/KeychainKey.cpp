@@ -137,7 +137,8 @@ OSStatus KeychainKeyFinder::readKeyFile(SecretBytes& key) {
 OSStatus KeychainKeyFinder::makeKeyFile(SecretBytes& key) {
   SecretBytes made(KeychainCipher::keyLength);
   fillWithRandomBytes(made.mutableBytes());
-  if (const int failure = writeNewFile(keyFile_, made.bytes())) return statusOfErrorNumber(failure);
+  if (const int failure = writeNewFile(keyFile_, made.bytes()))
+    return statusOfWritingError(failure);
   key = std::move(made);
   return errSecSuccess;
 }

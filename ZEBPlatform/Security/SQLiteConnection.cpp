@@ -1,6 +1,7 @@
 #include <ZEBPlatform/Security/SQLiteConnectionPrivate.h>
 
 #include <cerrno>
+#include <string_view>
 
 namespace zeb {
 
@@ -51,6 +52,24 @@ OSStatus SQLiteConnection::openWithFlags(const char* path, int flags) noexcept {
 OSStatus SQLiteConnection::open(const std::string& path) {
   return openWithFlags(path.c_str(),
                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_PRIVATECACHE);
+}
+
+OSStatus SQLiteConnection::openUnchanging(const std::string& path) {
+  isReusable_ = false;
+  std::string address = "file:";
+  for (const char character : path) {
+    constexpr std::string_view meaningful = "%?#";
+    constexpr std::string_view escaped[] = {"%25", "%3f", "%23"};
+    const std::size_t place = meaningful.find(character);
+    if (place == std::string_view::npos) {
+      address += character;
+    } else {
+      address += escaped[place];
+    }
+  }
+  address += "?immutable=1";
+  return openWithFlags(address.c_str(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI |
+                                            SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_PRIVATECACHE);
 }
 
 OSStatus SQLiteConnection::openInMemory() {
@@ -104,7 +123,7 @@ OSStatus SQLiteConnection::statusOf(int result) noexcept {
     default:
       break;
   }
-  isBroken_ = true;
+  isReusable_ = false;
   const int errorNumber = sqlite3_system_errno(handle());
   switch (result & 0xFF) {
     case SQLITE_READONLY:

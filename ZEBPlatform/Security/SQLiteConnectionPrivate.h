@@ -23,6 +23,9 @@ class SQLiteConnection {
  public:
   /// Opens a file that exists and is no link.
   OSStatus open(const std::string& path);
+  /// Opens a file in a folder where SQLite cannot make the files that it shares with other
+  /// processes. Nothing may change the file meanwhile, so the connection is used only once.
+  OSStatus openUnchanging(const std::string& path);
   /// Makes a database in memory.
   OSStatus openInMemory();
 
@@ -38,8 +41,9 @@ class SQLiteConnection {
   /// What a result of SQLite's functions on this connection means, `SQLITE_ROW` and `SQLITE_DONE`
   /// included. The last error must be that of this result.
   OSStatus statusOf(int result) noexcept;
-  /// Whether an error was seen after which a new connection is better than this one.
-  [[nodiscard]] bool isBroken() const noexcept { return isBroken_; }
+  /// Whether the connection may be used again: not if an error was seen after which a new one is
+  /// better.
+  [[nodiscard]] bool isReusable() const noexcept { return isReusable_; }
   /// Whether the file is no longer at its path, so that what is written would be lost.
   [[nodiscard]] bool isFileGone() noexcept;
   /// Leaves the write-ahead log as it is when the connection is closed.
@@ -53,7 +57,7 @@ class SQLiteConnection {
   // The statements are destroyed before the connection.
   std::unique_ptr<sqlite3, SQLiteCloser> database_;
   std::unordered_map<std::uint64_t, SQLiteStatement> statements_;
-  bool isBroken_ = false;
+  bool isReusable_ = true;
 };
 
 /// Ends the use of a kept statement with its scope, which also ends its read transaction.

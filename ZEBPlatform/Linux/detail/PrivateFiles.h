@@ -35,6 +35,9 @@ int readProtectedFile(const std::string& path, Protection protection, std::span<
 /// Makes a file for the user alone (mode 0600), complete or not at all. EEXIST if there is one.
 int writeNewFile(const std::string& path, std::span<const std::byte> content);
 
+/// Whether the process may add files to the folder.
+bool isFolderWritable(const std::string& path) noexcept;
+
 /// Tells files apart, whatever their names, as long as they exist.
 struct FileIdentity {
   std::uint64_t device = 0;
