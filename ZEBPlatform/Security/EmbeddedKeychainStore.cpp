@@ -68,18 +68,22 @@ std::string insertion(KeychainItemClass itemClass) {
   return sql + ")";
 }
 
-/// The columns are the identifier, all attributes, and the value or a constant.
+/// The columns are the identifier, the value or NULL, and the attributes that the condition leaves
+/// open.
 std::string selection(KeychainItemClass itemClass, KeychainAttributeMask condition,
                       KeychainStore::Values values) {
-  std::string sql = "SELECT id, ";
-  appendColumns(sql, allAttributes, ", ", "");
-  sql += values == KeychainStore::Values::include ? ", value FROM " : ", NULL FROM ";
-  sql += tableName(itemClass);
+  std::string sql =
+      values == KeychainStore::Values::include ? "SELECT id, value" : "SELECT id, NULL";
+  const KeychainAttributeMask open = allAttributes & ~exactAttributes(condition);
+  sql += ", ";
+  appendColumns(sql, open, ", ", "");
+  sql.append(" FROM ").append(tableName(itemClass));
   appendCondition(sql, condition);
   return sql + " ORDER BY id LIMIT ?";
 }
-constexpr int firstAttributeColumn = 1;
-constexpr int valueColumn = firstAttributeColumn + static_cast<int>(keychainAttributeCount);
+constexpr int identifierColumn = 0;
+constexpr int valueColumn = 1;
+constexpr int firstAttributeColumn = 2;
 
 enum class ValueChange : std::uint8_t { keep, replace };
 
@@ -108,6 +112,35 @@ std::span<const std::byte> blobAt(sqlite3_stmt* statement, int column) noexcept 
   const auto* const bytes = static_cast<const std::byte*>(sqlite3_column_blob(statement, column));
   return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
 }
+
+/// Copies the attributes of the mask. Mutable values become immutable.
+void copyAttributes(const KeychainAttributes& from, KeychainAttributeMask mask,
+                    KeychainAttributes& to) {
+  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
+    const auto attribute = static_cast<KeychainAttribute>(i);
+    if (mask & maskOf(attribute)) to[attribute] = from[attribute].copy();
+  }
+}
+
+/// Removes what was appended to the items unless it is kept.
+class AppendedItems {
+ public:
+  explicit AppendedItems(std::vector<KeychainItem>& items) noexcept
+      : items_(items), begin_(items.size()) {}
+  AppendedItems(const AppendedItems&) = delete;
+  AppendedItems& operator=(const AppendedItems&) = delete;
+  ~AppendedItems() {
+    if (!isKept_) items_.resize(begin_);
+  }
+
+  bool isEmpty() const noexcept { return items_.size() == begin_; }
+  void keep() noexcept { isKept_ = true; }
+
+ private:
+  std::vector<KeychainItem>& items_;
+  const std::size_t begin_;
+  bool isKept_ = false;
+};
 
 /// Memory that is missing is a status like others.
 template <class Work>
@@ -210,11 +243,12 @@ OSStatus SQLiteKeychainStore::select(SQLiteConnection& connection, KeychainItemC
   const auto maxRows = static_cast<std::uint64_t>(INT64_MAX);
   sqlite3_bind_int64(statement, limit,
                      static_cast<sqlite3_int64>(std::min<std::uint64_t>(maxCount, maxRows)));
+  const KeychainAttributeMask known = exactAttributes(condition.present());
   KeychainColumns row;
   for (;;) {
     const int result = sqlite3_step(statement);
     if (result != SQLITE_ROW) return connection.statusOf(result);
-    status = row.takeRow(statement, firstAttributeColumn);
+    status = row.takeRow(statement, firstAttributeColumn, condition, known);
     if (!status) status = visit(statement, row);
     if (status) return status;
   }
@@ -263,21 +297,22 @@ OSStatus SQLiteKeychainStore::findAll(const KeychainQuery& query, Values values,
                                       std::size_t maxCount, std::vector<KeychainItem>& found) {
   KeychainColumns condition;
   if (const OSStatus status = condition.take(query.attributes)) return status;
-  std::vector<KeychainItem> matches;
+  const KeychainAttributeMask known = exactAttributes(condition.present());
+  AppendedItems appended(found);
   Lease lease(*database_, Access::reads);
   OSStatus status = lease.prepare();
   if (status) return status;
   status = select(lease.connection(), query.itemClass, condition, values, maxCount,
                   [&](sqlite3_stmt* statement, const KeychainColumns& row) {
-                    KeychainItem& item = matches.emplace_back();
+                    KeychainItem& item = found.emplace_back();
                     item.itemClass = query.itemClass;
-                    item.attributes = row.attributes();
+                    copyAttributes(query.attributes, known, item.attributes);
+                    row.copyTo(item.attributes, known);
                     return openValue(statement, row.identity(query.itemClass), item.value);
                   });
   if (status) return status;
-  if (matches.empty()) return errSecItemNotFound;
-  found.reserve(found.size() + matches.size());
-  std::ranges::move(matches, std::back_inserter(found));
+  if (appended.isEmpty()) return errSecItemNotFound;
+  appended.keep();
   return errSecSuccess;
 }
 
@@ -305,7 +340,7 @@ OSStatus SQLiteKeychainStore::updateAll(const KeychainQuery& query, const Keycha
       connection, query.itemClass, condition, movesValues ? Values::include : Values::leaveOut,
       SIZE_MAX, [&](sqlite3_stmt* statement, KeychainColumns& row) {
         Match& match = matches.emplace_back();
-        match.identifier = sqlite3_column_int64(statement, 0);
+        match.identifier = sqlite3_column_int64(statement, identifierColumn);
         KeychainItem item;
         const OSStatus failure = openValue(statement, row.identity(query.itemClass), item.value);
         if (failure) return failure;

@@ -57,9 +57,9 @@ bool mayBeData(KeychainAttribute attribute) noexcept {
   return kind == Kind::data || kind == Kind::textOrData;
 }
 
-std::string_view blobOf(sqlite3_stmt* statement, int column) noexcept {
-  const void* const bytes = sqlite3_column_blob(statement, column);
-  const int length = sqlite3_column_bytes(statement, column);
+std::string_view bytesOf(sqlite3_value* value) noexcept {
+  const void* const bytes = sqlite3_value_blob(value);
+  const int length = sqlite3_value_bytes(value);
   return {bytes ? static_cast<const char*>(bytes) : "", static_cast<std::size_t>(length)};
 }
 
@@ -82,6 +82,12 @@ KeychainAttributeMask identityMask(KeychainItemClass itemClass) noexcept {
   KeychainAttributeMask mask = 0;
   for (const KeychainAttribute attribute : identityAttributes(itemClass)) mask |= maskOf(attribute);
   return mask;
+}
+
+KeychainAttributeMask exactAttributes(KeychainAttributeMask mask) noexcept {
+  return mask &
+         ~(maskOf(KeychainAttribute::keySizeInBits) | maskOf(KeychainAttribute::creationDate) |
+           maskOf(KeychainAttribute::modificationDate));
 }
 
 void KeychainColumns::set(KeychainAttribute attribute, const Column& column) noexcept {
@@ -129,46 +135,49 @@ OSStatus KeychainColumns::takeValue(KeychainAttribute attribute, const Value& va
   return errSecSuccess;
 }
 
-OSStatus KeychainColumns::takeRow(sqlite3_stmt* statement, int first) {
+OSStatus KeychainColumns::takeRow(sqlite3_stmt* statement, int first,
+                                  const KeychainColumns& condition, KeychainAttributeMask known) {
   present_ = 0;
   for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
     const KeychainAttribute attribute = attributeAt(i);
-    const Kind kind = facts[i].kind;
-    const int place = first + static_cast<int>(i);
-    Column column;
-    bool isPossible = true;
-    switch (sqlite3_column_type(statement, place)) {
-      case SQLITE_TEXT:
-        isPossible = mayBeText(attribute);
-        column.form = Form::text;
-        column.bytes = blobOf(statement, place);
-        break;
-      case SQLITE_BLOB:
-        isPossible = mayBeData(attribute);
-        column.form = Form::data;
-        column.bytes = blobOf(statement, place);
-        break;
-      case SQLITE_INTEGER:
-        column.integer = sqlite3_column_int64(statement, place);
-        column.form = Form::integer;
-        if (kind != Kind::number) {
-          // An absent attribute of the identity.
-          isPossible = column.integer == 0;
-          column.form = Form::absent;
-        }
-        break;
-      case SQLITE_FLOAT:
-        isPossible = kind == Kind::number || kind == Kind::date;
-        column.form = Form::real;
-        column.real = sqlite3_column_double(statement, place);
-        break;
-      default:
-        break;
+    if (known & maskOf(attribute)) {
+      set(attribute, condition.columns_[i]);
+      continue;
     }
-    if (!isPossible) return errSecDecode;
+    Column column;
+    if (!takeColumn(attribute, sqlite3_column_value(statement, first++), column)) {
+      return errSecDecode;
+    }
     set(attribute, column);
   }
   return errSecSuccess;
+}
+
+/// Answers false if the value has a kind that the attribute cannot have.
+bool KeychainColumns::takeColumn(KeychainAttribute attribute, sqlite3_value* value,
+                                 Column& column) noexcept {
+  const Kind kind = facts[indexOf(attribute)].kind;
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_TEXT:
+      column.form = Form::text;
+      column.bytes = bytesOf(value);
+      return mayBeText(attribute);
+    case SQLITE_BLOB:
+      column.form = Form::data;
+      column.bytes = bytesOf(value);
+      return mayBeData(attribute);
+    case SQLITE_INTEGER:
+      column.integer = sqlite3_value_int64(value);
+      // In other attributes than numbers it stands for an absent one of the identity.
+      if (kind == Kind::number) column.form = Form::integer;
+      return kind == Kind::number || column.integer == 0;
+    case SQLITE_FLOAT:
+      column.form = Form::real;
+      column.real = sqlite3_value_double(value);
+      return kind == Kind::number || kind == Kind::date;
+    default:
+      return true;
+  }
 }
 
 void KeychainColumns::overlay(const KeychainColumns& changes) {
@@ -225,10 +234,10 @@ std::string KeychainColumns::identity(KeychainItemClass itemClass) const {
   return identity;
 }
 
-KeychainAttributes KeychainColumns::attributes() const {
-  KeychainAttributes attributes;
+void KeychainColumns::copyTo(KeychainAttributes& attributes, KeychainAttributeMask known) const {
   for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
     const Column& column = columns_[i];
+    if (known & maskOf(attributeAt(i))) continue;
     Value& value = attributes[attributeAt(i)];
     switch (column.form) {
       case Form::absent:
@@ -249,7 +258,6 @@ KeychainAttributes KeychainColumns::attributes() const {
         break;
     }
   }
-  return attributes;
 }
 
 }  // namespace zeb

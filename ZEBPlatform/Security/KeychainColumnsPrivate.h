@@ -31,6 +31,10 @@ const char* tableName(KeychainItemClass itemClass) noexcept;
 std::span<const KeychainAttribute> identityAttributes(KeychainItemClass itemClass) noexcept;
 KeychainAttributeMask identityMask(KeychainItemClass itemClass) noexcept;
 
+/// The attributes of the mask whose values are the same if SQLite finds them equal. Numbers of
+/// different kinds may be equal.
+KeychainAttributeMask exactAttributes(KeychainAttributeMask mask) noexcept;
+
 /// An item's attributes in the form of SQLite's values: borrowed from `KeychainAttributes`, or from
 /// a row until its statement goes on. Text becomes TEXT, data BLOB, integers and booleans INTEGER,
 /// other numbers and dates REAL. Absent attributes become NULL, and those of the identity the
@@ -44,9 +48,11 @@ class KeychainColumns {
   /// `errSecParam` if an attribute has a value of the wrong kind, one that is too long, or a
   /// number or date that is none.
   OSStatus take(const KeychainAttributes& attributes);
-  /// Reads the columns from `first` on, which are all attributes in the enumeration's order.
-  /// `errSecDecode` if one has a kind that it cannot have.
-  OSStatus takeRow(sqlite3_stmt* statement, int first);
+  /// Reads a row that met the condition: the attributes of `known` are those of the condition, and
+  /// the columns from `first` on are all others in the enumeration's order. `errSecDecode` if one
+  /// has a kind that it cannot have.
+  OSStatus takeRow(sqlite3_stmt* statement, int first, const KeychainColumns& condition,
+                   KeychainAttributeMask known);
   /// Replaces the attributes that are present in `changes`, borrowed from it.
   void overlay(const KeychainColumns& changes);
 
@@ -57,7 +63,8 @@ class KeychainColumns {
            KeychainItemClass itemClass) const noexcept;
   /// What is sealed together with the value: the class and the identity, unambiguously.
   std::string identity(KeychainItemClass itemClass) const;
-  KeychainAttributes attributes() const;
+  /// Sets the attributes that are not in `known`.
+  void copyTo(KeychainAttributes& attributes, KeychainAttributeMask known) const;
 
  private:
   enum class Form : std::uint8_t { absent, text, data, integer, real };
@@ -69,6 +76,8 @@ class KeychainColumns {
   };
 
   OSStatus takeValue(KeychainAttribute attribute, const Value& value);
+  static bool takeColumn(KeychainAttribute attribute, sqlite3_value* value,
+                         Column& column) noexcept;
   void set(KeychainAttribute attribute, const Column& column) noexcept;
 
   std::array<Column, keychainAttributeCount> columns_;
