@@ -272,7 +272,7 @@ const Case store("keychain.store", [](Report& report) {
           [&] {
             NSMutableDictionary item = itemAt(0);
             item.setObject("new", kSecAttrAccount);
-            NSMutableDictionary added(item);
+            NSMutableDictionary added = item.mutableCopy();
             added.setObject(service, kSecAttrLabel);
             added.setObject(kSecAttrAccessibleAfterFirstUnlock, kSecAttrAccessible);
             added.setObject(SecretBytes::dataByAdopting(SecretBytes(passwordAt(0))), kSecValueData);

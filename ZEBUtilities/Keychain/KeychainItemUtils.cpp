@@ -49,8 +49,8 @@ void describeError(NSError* error, std::int64_t code, std::string_view format,
 
 /// The attributes that identify the item. The texts are copied, because a query may be used after
 /// the call has returned.
-NSMutableDictionary identityOf(const NSString& username, const NSString& serviceName,
-                               const NSString& accessGroup) {
+NSDictionary identityOf(const NSString& username, const NSString& serviceName,
+                        const NSString& accessGroup) {
   NSMutableDictionary identity{{kSecClass, kSecClassGenericPassword},
                                {kSecAttrAccount, username.copy()},
                                {kSecAttrService, serviceName.copy()}};
@@ -97,8 +97,9 @@ bool isSamePassword(const NSString& stored, const SecretBytes& password) {
   return storedBytes && SecretBytes::equal(storedBytes->bytes(), password.bytes());
 }
 
-OSStatus updatePassword(NSMutableDictionary query, const NSString& serviceName,
+OSStatus updatePassword(const NSDictionary& identity, const NSString& serviceName,
                         SecretBytes password) {
+  NSMutableDictionary query(identity);
   query.setObject(serviceName.copy(), kSecAttrLabel);
   const OSStatus status =
       SecItemUpdate(query, {{kSecValueData, SecretBytes::dataByAdopting(std::move(password))}});
@@ -109,8 +110,9 @@ OSStatus updatePassword(NSMutableDictionary query, const NSString& serviceName,
   return status;
 }
 
-OSStatus addPassword(NSMutableDictionary attributes, const NSString& serviceName,
+OSStatus addPassword(const NSDictionary& identity, const NSString& serviceName,
                      SecretBytes password) {
+  NSMutableDictionary attributes(identity);
   attributes.setObject(serviceName.copy(), kSecAttrLabel);
   attributes.setObject(SecretBytes::dataByAdopting(std::move(password)), kSecValueData);
   attributes.setObject(kSecAttrAccessibleAfterFirstUnlock, kSecAttrAccessible);
@@ -191,7 +193,7 @@ bool KeychainItemUtils::storeUsername(const NSString& username, const NSString& 
 
   NSError fetchError;
   const NSString existing = getPasswordForUsername(username, serviceName, accessGroup, &fetchError);
-  const NSMutableDictionary identity = identityOf(username, serviceName, accessGroup);
+  const NSDictionary identity = identityOf(username, serviceName, accessGroup);
   OSStatus status = errSecSuccess;
   if (!existing.isNil()) {
     if (!updateExisting || isSamePassword(existing, *newPassword)) return true;
