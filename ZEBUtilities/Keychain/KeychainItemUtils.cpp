@@ -1,14 +1,13 @@
 #include <Keychain/KeychainItemUtils.h>
 #include <Keychain/KeychainLogPrivate.h>
+#include <Keychain/SecretTextPrivate.h>
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
-#include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 #include <ZEBPlatform/Runtime/ErrorConversion.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 #include <ZEBPlatform/Security/SecItem.h>
 #include <ZEBPlatform/Security/SecretBytes.h>
 
-#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -77,23 +76,8 @@ void migrateAccessibility(const NSDictionary& identity, const NSString& serviceN
       });
 }
 
-/// The text's UTF-8 form; none for a text that has none. Unlike `NSString::utf8` it leaves no copy
-/// behind that is not overwritten.
-std::optional<SecretBytes> secretUTF8(const NSString& text) {
-  if (text.isASCII()) return SecretBytes(text.asciiView());
-  if (!text.isWellFormed()) return std::nullopt;
-  const std::u16string_view units = text.utf16View();
-  SecretBytes bytes(detail::utf8Length(units));
-  auto place = bytes.mutableBytes().begin();
-  for (std::size_t index = 0; index < units.size();) {
-    const detail::EncodedScalar encoded = detail::encodeUTF8(detail::nextScalar(units, index));
-    place = std::ranges::copy(std::as_bytes(std::span(encoded.view())), place).out;
-  }
-  return bytes;
-}
-
 bool isSamePassword(const NSString& stored, const SecretBytes& password) {
-  const std::optional<SecretBytes> storedBytes = secretUTF8(stored);
+  const std::optional<SecretBytes> storedBytes = detail::secretUTF8(stored);
   return storedBytes && SecretBytes::equal(storedBytes->bytes(), password.bytes());
 }
 
@@ -184,8 +168,7 @@ NSString KeychainItemUtils::getPasswordForUsername(const NSString& username,
 bool KeychainItemUtils::storeUsername(const NSString& username, const NSString& password,
                                       const NSString& serviceName, const NSString& accessGroup,
                                       bool updateExisting, NSError* error) {
-  std::optional<SecretBytes> newPassword;
-  if (!password.isNil()) newPassword = secretUTF8(password);
+  std::optional<SecretBytes> newPassword = detail::secretUTF8(password);
   if (username.isNil() || serviceName.isNil() || !newPassword) {
     setError(error, KeychainItemUtilsErrorBadArguments);
     return false;

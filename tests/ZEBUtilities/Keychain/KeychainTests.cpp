@@ -254,7 +254,8 @@ own mail p 1)");
 
 // No other test looks at the main bundle, which has no identifier here.
 TEST(ZEBKeychain, TheSharedOneIsMadeOnce) {
-  const NSDictionary info{{"AppIdentifierPrefix", "TEAM."}};
+  const NSDictionary info{{"AppIdentifierPrefix", "TEAM."},
+                          {"KXSharedKeychainOAuthIdentifier", "TEAM.oauth"}};
   ASSERT_TRUE(NSBundle::setMainBundle(NSBundle::bundleWithPath("/app", info)));
   EXPECT_FALSE(ZEBKeychain::sharedKeychain());
   ZEBKeychain::createSharedKeychainWithDefaultOrvaneConfiguration();
@@ -262,7 +263,7 @@ TEST(ZEBKeychain, TheSharedOneIsMadeOnce) {
   const Ref<ZEBKeychain> shared = ZEBKeychain::sharedKeychain();
   EXPECT_EQ(shared->providerServiceName(), NSString("org.zebutilities.keychain"));
   EXPECT_EQ(shared->providerDefaultAccessGroup(), NSString("TEAM.(null)"));
-  EXPECT_TRUE(shared->providerSharedAccessGroup().isNil());
+  EXPECT_EQ(shared->providerSharedAccessGroup(), NSString("TEAM.oauth"));
   EXPECT_FALSE(ZEBKeychain::isDomainEqual("other") || ZEBKeychain::isDomainEqual(nullptr));
 }
 
