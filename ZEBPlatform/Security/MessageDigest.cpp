@@ -5,6 +5,7 @@
 #include <nettle/sha2.h>
 #include <openssl/evp.h>
 
+#include <algorithm>
 #include <array>
 
 namespace zeb {
@@ -101,14 +102,15 @@ void MessageDigest::update(std::span<const std::byte> bytes) noexcept {
 }
 
 void MessageDigest::finish(std::span<std::byte> digest) noexcept {
-  if (digest.size() != source_.nettle->digest_size) {
-    fatal("The buffer for a message digest does not have the digest's length.");
-  }
-  if (context_) {
-    requireComputed(EVP_DigestFinal_ex(opensslContext(context_), octets(digest.data()), nullptr));
-  } else {
+  const std::size_t length = source_.nettle->digest_size;
+  if (digest.size() > length) fatal("The buffer for a message digest is longer than the digest.");
+  if (!context_) {
     source_.nettle->digest(state_, digest.size(), octets(digest.data()));
+    return;
   }
+  std::array<std::byte, EVP_MAX_MD_SIZE> whole;
+  requireComputed(EVP_DigestFinal_ex(opensslContext(context_), octets(whole.data()), nullptr));
+  std::copy_n(whole.begin(), digest.size(), digest.begin());
 }
 
 }  // namespace zeb

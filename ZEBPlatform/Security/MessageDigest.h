@@ -47,8 +47,8 @@ class MessageDigest {
 
   /// The message's next bytes.
   void update(std::span<const std::byte> bytes) noexcept;
-  /// Writes the digest into `digest`, which has exactly `digestLength` bytes. The object can't be
-  /// used any more.
+  /// Writes the digest, or as many of its first bytes as `digest` has, which is not longer than
+  /// `digestLength`. The object can't be used any more.
   void finish(std::span<std::byte> digest) noexcept;
 
  private:

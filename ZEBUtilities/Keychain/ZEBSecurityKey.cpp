@@ -97,22 +97,21 @@ NSString ZEBSecurityKey::hashStringWithSeed(const NSData& seed, std::int32_t cou
   };
   if (seed.isNil() || count < 1) return codeOf(seed);
 
-  SecretBytes current(digestLength(DigestAlgorithm::sha256));
+  SecretBytes current(stepLength);
+  const std::span<std::byte> bytes = current.mutableBytes();
   MessageDigest first(DigestAlgorithm::sha256, seed.length());
   seed.enumerateByteRanges([&](std::span<const std::byte> range, NSRange) {
     first.update(range);
     return true;
   });
-  const std::span<std::byte> digest = current.mutableBytes();
-  first.finish(digest);
-  digest[stepLength - 1] &= keptBitsOfLastByte;
+  first.finish(bytes);
+  bytes.back() &= keptBitsOfLastByte;
   for (std::int32_t i = 1; i < count; ++i) {
     MessageDigest next(DigestAlgorithm::sha256, stepLength);
-    next.update(digest.first(stepLength));
-    next.finish(digest);
-    digest[stepLength - 1] &= keptBitsOfLastByte;
+    next.update(bytes);
+    next.finish(bytes);
+    bytes.back() &= keptBitsOfLastByte;
   }
-  current.shorten(stepLength);
   return codeOf(SecretBytes::dataByAdopting(std::move(current)));
 }
 

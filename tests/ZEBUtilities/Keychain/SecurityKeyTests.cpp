@@ -27,6 +27,7 @@ TEST(BackupCodes, AreThoseOfAnotherImplementation) {
       {NSData::dataWithBytes("seed42"), 1000, "ykqj7num7c5w"},
       {two, 0, "nesg255qn7uz"},
       {two, 1, "mqv4ittg3h8k"},
+      {NSData::dataWithBytes(std::string(600, 'x')), 1, "ke2mgrvms979"},
       {NSData::dataWithBytes("12345"), 0, nullptr},
       {NSData::dataWithBytes("12345"), 2, "4ehjzfq62vs8"},
       {NSData::data(), 1, "6q2nisw29sqb"},
