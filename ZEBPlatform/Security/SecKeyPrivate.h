@@ -10,12 +10,12 @@
 
 namespace zeb::detail {
 
-struct KeyDeleter {
+struct SecKeyDeleter {
   void operator()(EVP_PKEY* key) const noexcept { EVP_PKEY_free(key); }
   void operator()(EVP_PKEY_CTX* context) const noexcept { EVP_PKEY_CTX_free(context); }
 };
-using OwnedKey = std::unique_ptr<EVP_PKEY, KeyDeleter>;
-using OwnedKeyContext = std::unique_ptr<EVP_PKEY_CTX, KeyDeleter>;
+using OwnedKey = std::unique_ptr<EVP_PKEY, SecKeyDeleter>;
+using OwnedKeyContext = std::unique_ptr<EVP_PKEY_CTX, SecKeyDeleter>;
 
 /// Removes what the cryptographic library noted about failures in its scope, because a host that
 /// uses the library, too, would take the notes for its own.
