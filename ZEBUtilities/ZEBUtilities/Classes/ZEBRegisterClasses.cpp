@@ -1,6 +1,8 @@
 #include <Keychain/KeychainItemUtils.h>
 #include <Keychain/ZEBKeychain.h>
 #include <Keychain/ZEBKeychainDefaultOrvaneConfiguration.h>
+#include <Keychain/ZEBRSAOperations.h>
+#include <Keychain/ZEBSecurityKey.h>
 #include <Observation/ObjectiveCObserverQueue.h>
 #include <Observation/ObjectiveCTypeErasedObservable.h>
 #include <ZEBUtilities/Callbacks/ZEBCallbackDispatcher.h>
@@ -57,6 +59,8 @@ void ZEBRegisterClasses() {
   KeychainItemUtils::runtimeClass();
   ZEBKeychain::runtimeClass();
   ZEBKeychainDefaultOrvaneConfiguration::runtimeClass();
+  ZEBRSAOperations::runtimeClass();
+  ZEBSecurityKey::runtimeClass();
 }
 
 }  // namespace zeb

@@ -53,7 +53,25 @@ TEST(Registration, ClassesAreFoundByNameBeforeTheirFirstUse) {
       setProviderSharedAccessGroup: setProviderDefaultAccessGroup:
       deletePasswordForUsername:serviceName:accessGroup:completionBlock:
       fetchPasswordForUsername:serviceName:accessGroup:completionBlock:;
-    ZEBKeychainDefaultOrvaneConfiguration +new serviceName sharedAccessGroup defaultAccessGroup;)");
+    ZEBKeychainDefaultOrvaneConfiguration +new serviceName sharedAccessGroup defaultAccessGroup;
+    ZEBRSAOperations +publicKeyTagForUserid: +privateKeyTagForUserid:
+      +publicKeyQueryDictionaryForUserid: +privateKeyQueryDictionaryForUserid:
+      +generateKeyPairForUser: +deleteKeyPairForUser: +signData:forUser: +base64PublicKeyForUser:;
+    ZEBSecurityKey +generateSeed +hashStringWithSeed:count:length:
+      +addsKeyCount:forUser:withServiceName: +getsKeyCountForUser:withServiceName:
+      +setsKeyCount:forUser:withServiceName: +delsKeyCountForUser:withServiceName:
+      +addsKeySeed:forUser:withServiceName: +getsKeySeed:withServiceName:
+      +setsKeySeed:forUser:withServiceName: +delsKeySeedForUser:withServiceName:
+      +addloginVerificationEnabled:forUser:withServiceName:
+      +getsloginVerificationEnabled:withServiceName:
+      +setsloginVerificationEnabled:forUser:withServiceName:
+      +delloginVericiationEnabledForUser:withServiceName:
+      +addsLoginVerificationMode:forUser:withServiceName:
+      +getsLoginVerificationMode:withServiceName:
+      +setsLoginVerificationMode:forUser:withServiceName:
+      +delsLoginVerificationModeForUser:withServiceName: +addsTOTPKey:forUser:withServiceName:
+      +getsTOTPKeyForUser:withServiceName: +setsTOTPKey:forUser:withServiceName:
+      +delsTOTPKeyForUser:withServiceName:;)");
   for (std::string line; std::getline(classes, line, ';');) {
     std::istringstream words(line);
     std::string name;
