@@ -5,8 +5,9 @@
 #include <ZEBUtilities/Constants/ZEBUtilitiesConstants.h>
 #include <ZEBUtilities/Encodings/NSData+CommonDigest.h>
 
-#include <array>
+#include <algorithm>
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>

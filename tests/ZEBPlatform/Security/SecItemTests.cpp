@@ -1,9 +1,14 @@
+#include <ZEBPlatform/Bundle/NSBundle.h>
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/NSNull.h>
 #include <ZEBPlatform/Security/SecItem.h>
 #include <ZEBPlatform/Security/SecKeychain.h>
 #include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
 
 #include "Support/MemoryKeychainStore.h"
 
@@ -167,6 +172,24 @@ TEST_F(SecItem, RefusesWhatItDoesNotUnderstand) {
     EXPECT_EQ(SecItemUpdate(passwords(), changes), errSecParam);
   }
   EXPECT_EQ(store->itemCount(), 0u);
+}
+
+TEST(SecKeychain, DefaultsAreTheApplicationsGroupAndAStoreThatIsTriedAgain) {
+  const auto useDefaults = [] {
+    const NSDictionary info{{"AppIdentifierPrefix", "TEAM."}, {"CFBundleIdentifier", "org.app"}};
+    NSBundle::setMainBundle(NSBundle::bundleWithPath("/app", info));
+    const NSDictionary any{{kSecClass, kSecClassKey}};
+    setenv("XDG_DATA_HOME", "/dev/null/nowhere", 1);
+    const OSStatus before = SecItemDelete(any);
+    std::string folder = testing::TempDir() + "zeb-keychain-XXXXXX";
+    setenv("XDG_DATA_HOME", mkdtemp(folder.data()), 1);
+    const OSStatus after = SecItemDelete(any);
+    std::filesystem::remove_all(folder);
+    std::cerr << SecKeychainDefaultAccessGroup() << " " << (before == errSecNotAvailable)
+              << (after == errSecItemNotFound);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(useDefaults(), testing::ExitedWithCode(0), "^TEAM.org.app 11$");
 }
 
 TEST_F(SecItem, StatusesOfTheStoreAreReturned) {
