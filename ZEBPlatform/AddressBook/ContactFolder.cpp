@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <deque>
 #include <map>
 #include <utility>
 #include <vector>
@@ -130,7 +131,7 @@ class UnifiedContacts {
   }
 
   NSMutableDictionary indexes_;
-  std::vector<Unified> contacts_;
+  std::deque<Unified> contacts_;
 };
 
 Harvest readCards(const std::string& name, std::string_view text, UnifiedContacts& contacts) {

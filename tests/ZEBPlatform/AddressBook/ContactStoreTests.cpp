@@ -108,8 +108,8 @@ TEST_F(ContactStores, LogBrokenFilesOnce) {
   EXPECT_EQ(contacts(), "b.vcf: Bo, , ;");
   const char* const problems[] = {
       "a.vcf: 1 of its vCards are left out; the first one, in line 1, because END:VCARD is missing",
-      "b.vcf: 2 of its vCards are left out; the first one, in line 4, because it has neither a "
-      "name nor an address nor a number",
+      ("b.vcf: 2 of its vCards are left out; the first one, in line 4, because it has neither a "
+       "name nor an address nor a number"),
       "c.vcf: the file is left out (it contains no vCard)",
       "d.vcf: the file is left out (Is a directory)",
       "e.vcf: the file is left out (Invalid argument)",
