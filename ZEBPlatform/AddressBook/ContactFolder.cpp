@@ -57,8 +57,8 @@ void logFile(const std::string& path, const FileState& state, const std::string&
                  __LINE__, formattedText("%s: %s", {path, problem}));
 }
 
-/// What one file has brought.
-struct Harvest {
+/// What was read from one file.
+struct FileResult {
   std::size_t usedCards = 0;
   std::size_t brokenCards = 0;
   BrokenVCard firstBroken{};
@@ -134,13 +134,13 @@ class UnifiedContacts {
   std::deque<Unified> contacts_;
 };
 
-Harvest readCards(const std::string& name, std::string_view text, UnifiedContacts& contacts) {
-  Harvest harvest;
+FileResult readCards(const std::string& name, std::string_view text, UnifiedContacts& contacts) {
+  FileResult result;
   std::size_t anonymousCards = 0;
   readVCards(
       text,
       [&](VCard& card) {
-        ++harvest.usedCards;
+        ++result.usedCards;
         if (card.isGroup) return;
         NSString identifier = card.uid;
         if (!identifier) {
@@ -151,9 +151,9 @@ Harvest readCards(const std::string& name, std::string_view text, UnifiedContact
         contacts.add(identifier, card);
       },
       [&](const BrokenVCard& card) {
-        if (harvest.brokenCards++ == 0) harvest.firstBroken = card;
+        if (result.brokenCards++ == 0) result.firstBroken = card;
       });
-  return harvest;
+  return result;
 }
 
 NSError folderError(const std::string& path, int failure) {
@@ -203,8 +203,8 @@ NSArray contactsOfFolder(const std::string& path, std::uint32_t keys, NSError* e
     }
     // The program that makes the file has not written it yet.
     if (content.empty()) continue;
-    const Harvest harvest = readCards(name, content, contacts);
-    if (!harvest.isComplete()) logFile(file, state, harvest.problem(content));
+    const FileResult result = readCards(name, content, contacts);
+    if (!result.isComplete()) logFile(file, state, result.problem(content));
   }
   return std::move(contacts).array(keys);
 }
