@@ -28,7 +28,8 @@ VCardProperty propertyNamed(std::string_view name) noexcept {
       {"tel", VCardProperty::telephone},    {"x-addressbookserver-kind", VCardProperty::kind},
   };
   for (const Named& known : all)
-    if (equalIgnoringCase(name, known.name)) return known.property;
+    if (name.size() == known.name.size() && equalIgnoringCase(name, known.name))
+      return known.property;
   return VCardProperty::other;
 }
 
@@ -37,6 +38,14 @@ std::string_view trimmed(std::string_view text) noexcept {
   const std::size_t begin = text.find_first_not_of(space);
   if (begin == std::string_view::npos) return {};
   return text.substr(begin, text.find_last_not_of(space) - begin + 1);
+}
+
+/// The length of the property's name, or of what is before a fold in it.
+std::size_t endOfName(std::string_view line) noexcept {
+  // Names are short, so that a loop takes less time than searches for single characters.
+  std::size_t end = 0;
+  while (end < line.size() && line[end] != ':' && line[end] != ';' && line[end] != '\n') ++end;
+  return end;
 }
 
 void readParameter(std::string_view parameter, VCardLine& line) noexcept {
@@ -119,14 +128,13 @@ bool VCardLines::next(VCardLine& line) {
     std::string_view content = nextFoldedLine(isFolded);
     // Long properties that are not used, such as photos, are not unfolded, unless the fold is in
     // the name.
-    std::size_t nameEnd = content.find_first_of(":;\n");
-    if (nameEnd == std::string_view::npos) continue;
-    if (content[nameEnd] == '\n') {
+    std::size_t nameEnd = endOfName(content);
+    if (nameEnd < content.size() && content[nameEnd] == '\n') {
       content = unfolded(content);
       isFolded = false;
-      nameEnd = content.find_first_of(":;");
-      if (nameEnd == std::string_view::npos) continue;
+      nameEnd = endOfName(content);
     }
+    if (nameEnd == content.size()) continue;
     std::string_view name = content.substr(0, nameEnd);
     name.remove_prefix(name.rfind('.') + 1);  // the group
     const VCardProperty property = propertyNamed(name);
