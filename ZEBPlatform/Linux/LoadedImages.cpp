@@ -126,7 +126,7 @@ struct Wanted {
   std::uintptr_t address;
   CodeLocation* location;
   const char* symbol = nullptr;
-  bool isInside = false;  ///< of the symbol, or right behind it
+  bool isInside = false;  ///< of the symbol's function, and not right behind it
 };
 
 /// Finds the functions of addresses that all lie within the image, and that are sorted.
@@ -137,9 +137,8 @@ void findFunctions(const Image& image, std::span<Wanted> wanted) {
     if (start > highest || start + size < lowest) return;
     const auto first = std::ranges::lower_bound(wanted, start, {}, &Wanted::address);
     for (auto one = first; one != wanted.end() && one->address <= start + size; ++one) {
-      // A call that does not return may be a function's last instruction, so that its return
-      // address is where the next function begins.
-      const bool isInside = one->address > start;
+      // The return address of a call that never returns may lie right behind the function.
+      const bool isInside = one->address < start + size;
       if (one->symbol && (one->isInside || !isInside)) continue;
       one->symbol = name;
       one->isInside = isInside;
