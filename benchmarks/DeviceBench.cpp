@@ -45,9 +45,12 @@ const Case thread("sample.thread", [](Report& report) {
   std::string text;
   const auto ours = [&] { stack = zeb_callStackSymbols(target); };
   const auto theirs = [&] {
-    dispatch_sync(queue, [&] {
+    const dispatch_semaphore_t isDone = dispatch_semaphore_create(0);
+    dispatch_async(queue, [&, isDone] {
       atDepth(depth, [&] { text = boost::stacktrace::to_string(boost::stacktrace::stacktrace()); });
+      dispatch_semaphore_signal(isDone);
     });
+    dispatch_semaphore_wait(isDone, DISPATCH_TIME_FOREVER);
   };
   const Seconds seconds = measureInTurns(ours, theirs);
   require(stack.count() > depth && static_cast<int>(std::ranges::count(text, '\n')) > depth,
@@ -55,7 +58,7 @@ const Case thread("sample.thread", [](Report& report) {
   target->runLoop()->performBlock([target] { target->runLoop()->stop(); });
   performOnThread(target, [] {}, true);
   report.add(nanosecondsEach("zeb_callStackSymbols of another thread",
-                             "boost::stacktrace as text, on a queue", seconds, 1));
+                             "boost::stacktrace as text on a queue's thread", seconds, 1));
 });
 
 const Case symbols("sample.symbols", [](Report& report) {

@@ -5,22 +5,39 @@
 #include <execinfo.h>
 
 #include <array>
+#include <charconv>
 #include <cstdint>
-#include <cstdio>
+#include <string_view>
 
 namespace zeb {
 
 namespace {
 
+void appendPadded(std::string& line, std::string_view text, std::size_t width) {
+  line += text;
+  if (text.size() < width) line.append(width - text.size(), ' ');
+}
+
+/// With "0x" and at least `digits` digits. Much faster than `snprintf`.
+void appendAddress(std::string& line, std::uintptr_t address, std::size_t digits) {
+  std::array<char, 2 * sizeof address> text;
+  const char* const end = std::to_chars(text.begin(), text.end(), address, 16).ptr;
+  const auto length = static_cast<std::size_t>(end - text.data());
+  line += "0x";
+  if (length < digits) line.append(digits - length, '0');
+  line.append(text.data(), length);
+}
+
 std::string textOf(std::size_t position, std::uintptr_t address, const CodeLocation& location) {
-  const std::string& path = location.image.path;
-  const std::string image = path.empty() ? "???" : path.substr(path.rfind('/') + 1);
-  std::array<char, 32> text;
-  std::snprintf(text.data(), text.size(), "%-3zu ", position);
-  std::string line = text.data() + image;
-  if (image.size() < 35) line.append(35 - image.size(), ' ');
-  std::snprintf(text.data(), text.size(), " 0x%016zx ", address);
-  line += text.data();
+  const std::string_view path = location.image.path;
+  std::string line;
+  line.reserve(128);
+  appendPadded(line, std::to_string(position), 3);
+  line += ' ';
+  appendPadded(line, path.empty() ? "???" : path.substr(path.rfind('/') + 1), 35);
+  line += ' ';
+  appendAddress(line, address, 2 * sizeof address);
+  line += ' ';
   std::uintptr_t start = location.symbolAddress;
   if (location.symbol.starts_with("_Z")) {
     line += demangledName(location.symbol.c_str());
@@ -28,10 +45,11 @@ std::string textOf(std::size_t position, std::uintptr_t address, const CodeLocat
     line += location.symbol;
   } else {
     start = location.image.loadAddress;
-    std::snprintf(text.data(), text.size(), "0x%zx", start);
-    line += text.data();
+    appendAddress(line, start, 1);
   }
-  return line + " + " + std::to_string(address - start);
+  line += " + ";
+  line += std::to_string(address - start);
+  return line;
 }
 
 }  // namespace

@@ -70,19 +70,14 @@ TEST(CallStackSymbols, LinesNameImageAddressAndFunction) {
   EXPECT_EQ(linesWith(stack, "callStackSymbols"), 0) << "the caller comes first";
   recurse(500, [&] { stack = NSThread::callStackSymbols(); });
   EXPECT_TRUE(stack.count() == 128 && linesWith(stack, "zeb::test::recurse(") > 100);
-  const void* const nowhere = nullptr;
-  const NSArray unknown =
-      ZEBStackTraceSampler::_stackWithProgramCounters(const_cast<void* const*>(&nowhere), 1);
-  EXPECT_EQ(unknown[0],
-            Value("0   " + ("???" + std::string(32, ' ')) + " 0x0000000000000000 0x0 + 0"));
+  void* const nowhere = nullptr;
+  EXPECT_EQ(ZEBStackTraceSampler::_stackWithProgramCounters(&nowhere, 1)[0],
+            Value("0   ???" + std::string(33, ' ') + "0x0000000000000000 0x0 + 0"));
   EXPECT_TRUE(ZEBStackTraceSampler::_stackWithProgramCounters(nullptr, 1).isNil() &&
-              ZEBStackTraceSampler::_stackWithProgramCounters(&const_cast<void* const&>(nowhere), 0)
-                  .isNil());
+              ZEBStackTraceSampler::_stackWithProgramCounters(&nowhere, 0).isNil());
 }
 
 TEST(ZEBStackTraceSampler, OnlyTheThreadItselfChoosesToBeVisible) {
-  EXPECT_EQ(ZEBStackTraceSampler::queue(), ZEBStackTraceSampler::queue());
-  EXPECT_TRUE(zeb_callStackSymbols(NSThread::currentThread()).isNil());
   {
     const VisibleThread target;
     const Ref<NSObject> sampler = associatedObject(*target.thread, kTraceSampler);
@@ -99,8 +94,6 @@ TEST(ZEBStackTraceSampler, OnlyTheThreadItselfChoosesToBeVisible) {
     EXPECT_TRUE(zeb_callStackSymbols(other.thread).isNil());
   }
   EXPECT_TRUE(hasDefaultAction());
-  zeb_setCallStackPeekEnabled(nullptr, true);
-  EXPECT_TRUE(zeb_callStackSymbols(nullptr).isNil());
 }
 
 TEST(ZEBStackTraceSampler, DeliversTheStackAtTheSignal) {
@@ -112,14 +105,12 @@ TEST(ZEBStackTraceSampler, DeliversTheStackAtTheSignal) {
         isDeep = true;
         while (!isOver) NSRunLoop::currentRunLoop()->runMode(NSDefaultRunLoopMode, NSDate::date());
       });
-      errno = 0;
     });
     waitUntil([&] { return isDeep.load(); }, "the thread is deep in calls");
     const NSArray stack = target.stack();
     isOver = true;
-    EXPECT_TRUE(depth < 128 ? stack.count() < 128 : stack.count() == 128) << stack.count();
     const int calls = linesWith(stack, "zeb::test::recurse(");
-    EXPECT_TRUE(depth < 128 ? calls == depth + 1 : calls > 90) << calls;
+    EXPECT_TRUE(depth < 128 ? calls == depth + 1 : stack.count() == 128 && calls > 90) << calls;
   }
 }
 
@@ -147,8 +138,7 @@ TEST(ZEBStackTraceSampler, ADestroyedSamplerMakesTheOthersBlindButNotDeadly) {
   {
     const VisibleThread other;
   }
-  EXPECT_TRUE(hasDefaultAction());
-  EXPECT_TRUE(target.stack().isNil());
+  EXPECT_TRUE(hasDefaultAction() && target.stack().isNil());
 }
 
 TEST(ZEBStackTraceSampler, AThreadThatEndsKeepsNobodyWaiting) {
@@ -162,20 +152,15 @@ TEST(ZEBStackTraceSampler, AThreadThatEndsKeepsNobodyWaiting) {
     });
     thread->start();
     waitUntil([&] { return isVisible.load(); }, "the thread is visible");
-    std::atomic<bool> hasReturned{false};
     std::jthread asking([&] {
       requester = currentThreadIdentifier();
       EXPECT_TRUE(zeb_callStackSymbols(thread).isNil());
-      hasReturned = true;
+      requester = -1;
     });
     // In half of the rounds the thread ends while it is being interrupted.
-    if (round % 2) {
-      waitUntil([&] { return requester && isThreadBlocked(requester); }, "the other thread waits");
-    }
+    if (round % 2) waitUntil([&] { return requester && isThreadBlocked(requester); }, "it waits");
     isOver = true;
-    waitUntil([&] { return hasReturned.load(); }, "the requester has returned");
-    waitUntil([&] { return thread->isFinished(); }, "the thread has ended");
-    EXPECT_TRUE(zeb_callStackSymbols(thread).isNil());
+    waitUntil([&] { return requester == -1 && thread->isFinished(); }, "both have ended");
   }
   const VisibleThread target;
   EXPECT_GT(target.stack().count(), 3) << "captures of ended threads are dropped";

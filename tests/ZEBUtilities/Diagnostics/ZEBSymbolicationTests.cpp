@@ -22,22 +22,18 @@ TEST(ZEBSymbolication, TheImagesOfAStackHaveTheirLoadAddresses) {
   const struct {
     Value line;
     bool isFound;
-  } cases[] = {
-      {"0   libc.so.6   0x1 puts + 1", true},
-      {"7\u2003\tlibc.so.6", true},  // any white space
-      {" libc.so.6", true},          // the first piece is empty
-      {"libc.so.6", false},
-      {"0 1 libc.so.6", false},
-      {"0 other.so.6 0x1 puts + 1", false},
-      {"/lib/libc.so.6(puts+0x1) [0x1]", false},
-      {12, false},
-      {"", false},
-  };
+  } cases[] = {{"0   libc.so.6   0x1 puts + 1", true},
+               {"7\u2003\tlibc.so.6", true},
+               {" libc.so.6", true},
+               {"libc.so.6", false},
+               {"0 1 libc.so.6", false},
+               {"/lib/libc.so.6(puts+0x1) [0x1]", false},
+               {12, false},
+               {"", false}};
   for (const auto& [line, isFound] : cases) {
     const NSDictionary map = ZEBSymbolication::loadAddressMapForStack(NSArray{line});
     EXPECT_TRUE(map.count() == isFound && (!isFound || map["libc.so.6"] == libcAddress)) << line;
   }
-  EXPECT_EQ(ZEBSymbolication::loadAddressMapForStack(nullptr).count(), 0);
 }
 
 }  // namespace zeb::test
