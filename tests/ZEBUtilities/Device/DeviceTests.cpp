@@ -83,15 +83,8 @@ TEST(NSProcessInfoAdditions, FillsTheFiguresThatAreGiven) {
   zeb_getVirtualMemory(info, nullptr, &resident, nullptr);
   EXPECT_TRUE(resident > 100'000 && total == 1 && most == 3) << resident;
   EXPECT_TRUE(zeb_virtualMemory(info) >= zeb_residentMemory(info) &&
-              zeb_residentMemoryHighWatermark(info) >= zeb_residentMemory(info));
-  EXPECT_GT(zeb_freePhysicalMemory(info), 0);
+              zeb_freePhysicalMemory(info) > 0);
   EXPECT_EQ(zeb_buildNumberString(info), NSString(kernelBuild()));
-}
-
-TEST(ZEBOperatingSystem, ComparesTheKernelsVersion) {
-  const std::int64_t major = NSProcessInfo::processInfo()->operatingSystemVersion().majorVersion;
-  EXPECT_EQ(ZEBIsIOS10OrGreater(), major >= 10);
-  EXPECT_EQ(ZEBIsIOS11OrGreater(), major >= 11);
 }
 
 }  // namespace zeb::test
