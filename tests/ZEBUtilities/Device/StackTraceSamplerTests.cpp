@@ -98,18 +98,21 @@ TEST(ZEBStackTraceSampler, OnlyTheThreadItselfChoosesToBeVisible) {
 }
 
 TEST(ZEBStackTraceSampler, DeliversTheStackAtTheSignal) {
+  std::atomic<int> reached{0}, finished{0};  // depths; the thread reads them until it ends
   const VisibleThread target;
   for (const int depth : {20, 500}) {
-    std::atomic<bool> isDeep{false}, isOver{false};
-    target.loop->performBlock([&] {
+    target.loop->performBlock([&, depth] {
       recurse(depth, [&] {
-        isDeep = true;
-        while (!isOver) NSRunLoop::currentRunLoop()->runMode(NSDefaultRunLoopMode, NSDate::date());
+        reached = depth;
+        while (finished < depth) {
+          NSRunLoop::currentRunLoop()->runMode(NSDefaultRunLoopMode, NSDate::date());
+        }
       });
     });
-    waitUntil([&] { return isDeep.load(); }, "the thread is deep in calls");
+    waitUntil([&] { return reached == depth; }, "the thread is deep in calls");
     const NSArray stack = target.stack();
-    isOver = true;
+    finished = depth;
+    runOn(target, [] {});
     const int calls = linesWith(stack, "zeb::test::recurse(");
     EXPECT_TRUE(depth < 128 ? calls == depth + 1 : stack.count() == 128 && calls > 90) << calls;
   }
