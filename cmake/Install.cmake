@@ -77,6 +77,9 @@ if(ZEB_BUILD_TEXT)
     KEPT_SYMBOL zebUppercaseFirstLetter)
   zeb_install_component(Contacts PKGCONFIG zebutilities-contacts BUILT_ON Text)
 endif()
+if(ZEB_BUILD_SECRET_SERVICE)
+  zeb_install_component(SecretService PKGCONFIG zebutilities-secret-service BUILT_ON Utilities)
+endif()
 
 configure_package_config_file(cmake/ZEBUtilitiesConfig.cmake.in cmake/ZEBUtilitiesConfig.cmake
   INSTALL_DESTINATION "${zeb_package_dir}" PATH_VARS zeb_frameworks_dir NO_SET_AND_CHECK_MACRO)

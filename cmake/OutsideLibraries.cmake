@@ -50,3 +50,4 @@ zeb_outside_library(sqlite3  PKGCONFIG sqlite3          PACKAGE SQLite3  TARGETS
 zeb_outside_library(zlib     PKGCONFIG zlib             PACKAGE ZLIB     TARGETS ZLIB::ZLIB)
 zeb_outside_library(nettle   PKGCONFIG nettle)
 zeb_outside_library(expat    PKGCONFIG expat            PACKAGE EXPAT    TARGETS EXPAT::EXPAT)
+zeb_outside_library(libsecret PKGCONFIG libsecret-1)

@@ -27,6 +27,10 @@ MODULE_HEADER_FOLDERS = {"ZEBPlatform": "ZEBPlatform", "ZEBUtilities": "ZEBUtili
 # Includes all module headers of both libraries.
 UMBRELLA = "ZEBUtilities/ZEBUtilities/ZEBUtilities.h"
 
+# Modules of components that an installation may lack. Programs include their headers by name, so
+# that the other module headers work without them.
+MODULES_WITHOUT_HEADER = {"Security/SecretService"}
+
 # Patterns of headers, and of the files that may include them; public headers never may. The first
 # match counts. A header that is neither a module's, nor listed here, nor standard is a system
 # header.
@@ -37,7 +41,8 @@ HEADER_HOMES = [
     (r"fmt/.*", [r"ZEBPlatform/(Json|Logging)/.*"]),
     (r"spdlog/.*", [r"ZEBPlatform/Logging/.*"]),
     (r"unicode/.*", [r"ZEBPlatform/Text/.*"]),
-    (r"(openssl|nettle|libsecret)/.*|sqlite3\.h", [r"ZEBPlatform/Security/.*"]),
+    (r"libsecret/.*", [r"ZEBPlatform/Security/SecretService/.*"]),
+    (r"(openssl|nettle)/.*|sqlite3\.h", [r"ZEBPlatform/Security/.*"]),
     (r"expat\.h", [r"ZEBPlatform/Bundle/.*"]),
     (r"zlib\.h", [r"ZEBUtilities/ZEBUtilities/Encodings/NSData\+ZlibAdditions\.cpp"]),
 ]
@@ -204,7 +209,7 @@ def module_headers(modules, sources):
             for name in names
             if "/" not in name and f"{folder}/{name}" not in PUBLIC_BRIDGES
         ]
-        if not offered:
+        if not offered or module.folder in MODULES_WITHOUT_HEADER:
             continue
         # A module in the folder of another one belongs to the other one's module header.
         parent, _, name = module.folder.rpartition("/")

@@ -24,11 +24,12 @@ FileLock::~FileLock() {
   close(descriptor_);
 }
 
-int FileLock::acquire(const std::string& path, double maxSeconds) {
+int FileLock::acquire(const std::string& path, double maxSeconds, Mode mode) {
   descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor_ < 0) return errno;
+  const int operation = mode == Mode::shared ? LOCK_SH : LOCK_EX;
   for (double waited = 0;; waited += pauseSeconds) {
-    if (flock(descriptor_, LOCK_EX | LOCK_NB) == 0) return 0;
+    if (flock(descriptor_, operation | LOCK_NB) == 0) return 0;
     if (errno != EINTR && (errno != EWOULDBLOCK || waited >= maxSeconds)) return errno;
     nanosleep(&pause, nullptr);
   }

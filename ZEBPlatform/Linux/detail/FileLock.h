@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace zeb {
@@ -11,6 +12,11 @@ namespace zeb {
 /// other.
 class FileLock {
  public:
+  enum class Mode : std::uint8_t {
+    exclusive,
+    shared,  ///< at the same time as other owners of shared locks
+  };
+
   FileLock() = default;
   FileLock(const FileLock&) = delete;
   FileLock& operator=(const FileLock&) = delete;
@@ -20,7 +26,7 @@ class FileLock {
   /// Waits for the lock at most as long as stated. Returns 0 or the error number; EWOULDBLOCK if
   /// another owner kept the lock. The file is opened for reading, so that files in read-only
   /// folders can be locked. Called once.
-  int acquire(const std::string& path, double maxSeconds);
+  int acquire(const std::string& path, double maxSeconds, Mode mode = Mode::exclusive);
 
  private:
   int descriptor_ = -1;
