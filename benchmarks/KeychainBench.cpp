@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Bench.h"
+#include "SecretServicePeer.h"
 
 namespace zeb::bench {
 
@@ -231,6 +232,14 @@ const Case fetch("keychain.fetch", [](Report& report) {
                                               consume(peer.valueAt(theirNext++));
                                             }),
                              1));
+  if (!startSecretService()) return report.skip("libsecret with gnome-keyring");
+  // One item, because the keyring becomes slower with each further one.
+  storeWithLibsecret(usernameAt(7), passwordAt(7));
+  require(passwordFromLibsecret(usernameAt(7)) == passwordAt(7), "libsecret lost a password");
+  report.add(nanosecondsEach("KeychainItemUtils, 2 queries", "libsecret, 1 item",
+                             measureInTurns([&] { consume(fetchedPassword(next++)); },
+                                            [] { consume(passwordFromLibsecret(usernameAt(7))); }),
+                             1));
 });
 
 const Case store("keychain.store", [](Report& report) {
@@ -284,6 +293,18 @@ const Case store("keychain.store", [](Report& report) {
             peer.remove("new");
           }),
       2));
+  if (!startSecretService()) return report.skip("libsecret with gnome-keyring");
+  report.add(
+      nanosecondsEach("KeychainItemUtils, 2 queries and an update", "libsecret, 1 item",
+                      measureInTurns(
+                          [&] {
+                            ++next;
+                            require(KeychainItemUtils::storeUsername(
+                                        usernameAt(next), passwordAt(next), service, nullptr, true),
+                                    "a store failed");
+                          },
+                          [&] { storeWithLibsecret(usernameAt(7), passwordAt(++theirNext)); }),
+                      1));
 });
 
 constexpr std::size_t parallelFetches = 4000;
