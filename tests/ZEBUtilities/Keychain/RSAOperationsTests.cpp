@@ -96,11 +96,9 @@ TEST_F(RSAOperations, LengthsOfExportedKeys) {
     std::size_t keyLength;
     const char* outer;
     const char* inner;
-  } cases[] = {
-      {109, "307f", "036e00"},         {110, "308180", "036f00"},
-      {126, "308190", "037f00"},       {127, "308192", "03818000"},
-      {270, "30820122", "0382010f00"}, {526, "3083000223", "038300020f00"},
-  };
+  } cases[] = {{109, "307f", "036e00"},         {110, "308180", "036f00"},
+               {126, "308190", "037f00"},       {127, "308192", "03818000"},
+               {270, "30820122", "0382010f00"}, {526, "3083000223", "038300020f00"}};
   for (const auto& [keyLength, outer, inner] : cases) {
     const auto userID = static_cast<std::int64_t>(keyLength);
     const NSData key = NSData::dataWithBytes(std::string(keyLength, 'k'));
@@ -116,15 +114,13 @@ TEST_F(RSAOperations, FailuresGiveNil) {
   addPrivateKey(1, sample(test::samplePublicKey));
   addPublicKey(2, sample(test::samplePublicKey));
   addPrivateKey(2, sample(test::samplePrivateKey));
-  for (const std::int64_t userID : {0, 1, 3}) {
+  EXPECT_TRUE(ZEBRSAOperations::signData(nullptr, 2).isNil());
+  EXPECT_EQ(ZEBRSAOperations::signData(NSData::data(), 2).length(), 128u);
+  store->failNext(Call::findValues, errSecAuthFailed, 2);  // of user 2, whose keys are good
+  for (const std::int64_t userID : {2, 0, 1, 3}) {
     EXPECT_TRUE(ZEBRSAOperations::signData(message, userID).isNil());
     EXPECT_TRUE(ZEBRSAOperations::base64PublicKeyForUser(userID).isNil());
   }
-  EXPECT_TRUE(ZEBRSAOperations::signData(nullptr, 2).isNil());
-  EXPECT_EQ(ZEBRSAOperations::signData(NSData::data(), 2).length(), 128u);
-  store->failNext(Call::findValues, errSecAuthFailed, 2);
-  EXPECT_TRUE(ZEBRSAOperations::signData(message, 2).isNil());
-  EXPECT_TRUE(ZEBRSAOperations::base64PublicKeyForUser(2).isNil());
   const std::size_t before = store->itemCount();
   ZEBRSAOperations::generateKeyPairForUser(0);
   store->failNext(Call::add, errSecDiskFull);

@@ -19,21 +19,19 @@ TEST(BackupCodes, AreThoseOfAnotherImplementation) {
     NSData seed;
     int count;
     const char* code;
-  } cases[] = {
-      {NSData::dataWithBytes("seed42"), -1, "qpuyk3bwgi=="},
-      {NSData::dataWithBytes("seed42"), 0, "qpuyk3bwgi=="},
-      {NSData::dataWithBytes("seed42"), 1, "np7uzpfus2wu"},
-      {NSData::dataWithBytes("seed42"), 2, "jkwwxneya2ms"},
-      {NSData::dataWithBytes("seed42"), 1000, "ykqj7num7c5w"},
-      {two, 0, "nesg255qn7uz"},
-      {two, 1, "mqv4ittg3h8k"},
-      {NSData::dataWithBytes(std::string(600, 'x')), 1, "ke2mgrvms979"},
-      {NSData::dataWithBytes("12345"), 0, nullptr},
-      {NSData::dataWithBytes("12345"), 2, "4ehjzfq62vs8"},
-      {NSData::data(), 1, "6q2nisw29sqb"},
-      {nullptr, 0, nullptr},
-      {nullptr, 1, nullptr},
-  };
+  } cases[] = {{NSData::dataWithBytes("seed42"), -1, "qpuyk3bwgi=="},
+               {NSData::dataWithBytes("seed42"), 0, "qpuyk3bwgi=="},
+               {NSData::dataWithBytes("seed42"), 1, "np7uzpfus2wu"},
+               {NSData::dataWithBytes("seed42"), 2, "jkwwxneya2ms"},
+               {NSData::dataWithBytes("seed42"), 1000, "ykqj7num7c5w"},
+               {two, 0, "nesg255qn7uz"},
+               {two, 1, "mqv4ittg3h8k"},
+               {NSData::dataWithBytes(std::string(600, 'x')), 1, "ke2mgrvms979"},
+               {NSData::dataWithBytes("12345"), 0, nullptr},
+               {NSData::dataWithBytes("12345"), 2, "4ehjzfq62vs8"},
+               {NSData::data(), 1, "6q2nisw29sqb"},
+               {nullptr, 0, nullptr},
+               {nullptr, 1, nullptr}};
   for (const auto& [seed, count, code] : cases) {
     EXPECT_EQ(Key::hashStringWithSeed(seed, count, 12), NSString(code)) << seed << count;
     EXPECT_EQ(Key::hashStringWithSeed(seed, count, 3), NSString(code));
