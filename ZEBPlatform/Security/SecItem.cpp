@@ -34,6 +34,7 @@ OSStatus copyMatching(const KeychainRequest& request, KeychainStore& store, Valu
       request.query, needsValues ? KeychainStore::Values::include : KeychainStore::Values::leaveOut,
       request.maxCount, found);
   if (status != errSecSuccess) return status;
+  if (found.empty()) return errSecItemNotFound;  // of a host's store that breaks the contract
   return detail::makeResult(request, std::move(found), result);
 }
 
