@@ -128,6 +128,7 @@ OSStatus KeychainColumns::takeValue(KeychainAttribute attribute, const Value& va
   } else {
     return errSecParam;
   }
+  if (!column.bytes.data()) column.bytes = "";  // SQLite takes a null pointer as NULL
   // SQLite stores what is not a number as NULL.
   if (std::isnan(column.real)) return errSecParam;
   if (column.bytes.size() > EmbeddedKeychainStore::maxAttributeLength) return errSecParam;
@@ -145,6 +146,7 @@ OSStatus KeychainColumns::takeRow(sqlite3_stmt* statement, int first,
       continue;
     }
     Column column;
+    // Such values must not be shared by threads, but they cost less than the functions for columns.
     if (!takeColumn(attribute, sqlite3_column_value(statement, first++), column)) {
       return errSecDecode;
     }

@@ -19,7 +19,12 @@ constexpr std::size_t maxReaders = 8;
 constexpr double maxSetUpWaitSeconds = 10;
 
 constexpr const char* databaseName = "/keychain.db";
-constexpr const char* logSuffix = "-wal";  // SQLite's
+
+/// Whether SQLite's write-ahead log lies beside the database.
+bool hasLog(const std::string& database) {
+  FileIdentity log;
+  return identifyFile(database + "-wal", log) == 0;
+}
 
 }  // namespace
 
@@ -149,9 +154,8 @@ OSStatus KeychainDatabase::connect(const std::string& path, Connection& connecti
   if (!status) status = readKeyFacts(*connection, facts);
   if (status != errSecWrPerm && status != errSecNotAvailable) return status;
   // SQLite cannot make the write-ahead log. Without one, the file alone is the whole database.
-  FileIdentity log;
   const std::string folder = path.substr(0, path.rfind('/'));
-  if (isFolderWritable(folder) || identifyFile(path + logSuffix, log) == 0) return status;
+  if (isFolderWritable(folder) || hasLog(path)) return status;
   connection = std::make_unique<SQLiteConnection>();
   status = connection->openUnchanging(path);
   if (!status) status = readKeyFacts(*connection, facts);
@@ -160,12 +164,14 @@ OSStatus KeychainDatabase::connect(const std::string& path, Connection& connecti
 
 OSStatus KeychainDatabase::connectFirst(const std::string& path,
                                         std::shared_ptr<KeychainDatabase>& result) {
-  const std::shared_ptr<KeychainDatabase> database(new KeychainDatabase(path), Closer());
+  // The caller releases the database also after a failure, because closing waits for forks, which
+  // wait for the opening that is running. No connection is left in it then, because a fork would
+  // not close it.
+  result = std::shared_ptr<KeychainDatabase>(new KeychainDatabase(path), Closer());
   Connection connection;
-  OSStatus status = connect(path, connection, database->facts_);
-  if (!status && connection->isReusable()) database->idleWriter_ = std::move(connection);
-  if (!status) status = statusOfErrorNumber(identifyFile(path, database->file_));
-  if (!status) result = database;
+  OSStatus status = connect(path, connection, result->facts_);
+  if (!status) status = statusOfErrorNumber(identifyFile(path, result->file_));
+  if (!status && connection->isReusable()) result->idleWriter_ = std::move(connection);
   return status;
 }
 
@@ -190,6 +196,8 @@ OSStatus KeychainDatabase::open(const std::string& folder, KeychainKeyFinder& fi
         status = statusOfErrorNumber(lock.acquire(folder, maxSetUpWaitSeconds));
         if (!status) status = examineDatabaseFile(path, found);
         if (!status && found == DatabaseFile::missing) {
+          // SQLite would take the log of a database that is gone for one of the new database.
+          if (hasLog(path)) return errSecInvalidKeychain;
           KeychainKeyFacts facts;
           status = finder.makeNew(key, facts);
           if (!status) status = writeNewDatabaseFile(path, facts);

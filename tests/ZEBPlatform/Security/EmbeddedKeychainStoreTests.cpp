@@ -59,6 +59,19 @@ TEST_F(EmbeddedKeychain, OpensOnlyWithTheKeyThatItWasMadeWith) {
   EXPECT_TRUE(fs::is_empty(place)) << "failed openings left something behind";
 }
 
+TEST_F(EmbeddedKeychain, LiesInTheUsersDataFolderUnlessToldOtherwise) {
+  const char* const before = getenv("XDG_DATA_HOME");
+  const std::string old = before ? before : "";
+  setenv("XDG_DATA_HOME", folder.c_str(), 1);
+  EXPECT_TRUE(EmbeddedKeychainStore::open(nullptr, KeychainKeyInFile(), &status)) << status;
+  EXPECT_TRUE(fs::exists(folder / "zebutilities/keychain/keychain.db"));
+  before ? setenv("XDG_DATA_HOME", old.c_str(), 1) : unsetenv("XDG_DATA_HOME");
+  for (const NSString& path : {NSString(""), NSString(std::u16string_view(u"/tmp/\0x", 7))}) {
+    EXPECT_FALSE(EmbeddedKeychainStore::open(path, KeychainKeyInFile(), &status));
+    EXPECT_EQ(status, errSecParam);
+  }
+}
+
 TEST_F(EmbeddedKeychain, KeepsEveryKindOfAttributeAndFindsByAnyCombination) {
   const auto store = open();
   KeychainItem key{KeychainItemClass::key, {}, {}};
@@ -176,6 +189,10 @@ TEST_F(EmbeddedKeychain, RefusesDamagedAndForeignFilesAndLeavesThemAlone) {
     EXPECT_TRUE(result == "secret" || result == std::to_string(errSecInvalidKeychain)) << result;
   }
   fs::remove(database);
+  setContent(place / "keychain.db-wal", "left over");
+  EXPECT_FALSE(open());
+  EXPECT_EQ(status, errSecInvalidKeychain);
+  EXPECT_EQ(contentOf(place / "keychain.db-wal"), "left over");
   fs::create_directory(database);
   EXPECT_FALSE(open());
   EXPECT_EQ(status, errSecInvalidKeychain);

@@ -66,17 +66,18 @@ TEST_F(KeychainProcesses, LoseNothingAcknowledgedWhenTheyAreKilled) {
       }
     });
     close(channel[1]);
-    // The child is killed at different moments, in the first rounds while it makes the store.
-    char name[2];
-    for (int i = 0; i < round && read(channel[0], name, 2) == 2; ++i) {
+    const auto readName = [&] {
+      char name[2];
+      if (read(channel[0], name, 2) != 2) return false;
       if (name[1] <= 'c') acknowledged.append(acknowledged.empty() ? "" : " ").append(name, 2);
-    }
+      return true;
+    };
+    // The child is killed at different moments, in the first rounds while it makes the store.
+    for (int i = 0; i < round && readName(); ++i) continue;
     usleep(static_cast<useconds_t>(round % 7 * 300));
     kill(child, SIGKILL);
     EXPECT_EQ(resultOf(child), 1000 + SIGKILL);
-    while (read(channel[0], name, 2) == 2) {
-      if (name[1] <= 'c') acknowledged.append(acknowledged.empty() ? "" : " ").append(name, 2);
-    }
+    while (readName()) continue;
     close(channel[0]);
     const auto store = open();
     ASSERT_TRUE(store) << status;
