@@ -38,7 +38,7 @@ struct KeychainDatabase::Registry {
   std::size_t forks ZEB_GUARDED_BY(lock) = 0;  ///< that wait for the uses
   bool isOpening ZEB_GUARDED_BY(lock) = false;
 
-  Registry() { callAroundForks(&beforeFork, &afterFork, &afterFork); }
+  Registry() { callAroundForks(&beforeFork, &afterForkInParent, &afterForkInChild); }
 
   void beginUse() ZEB_REQUIRES(lock) {
     while (forks > 0) changed.wait(lock);
@@ -71,11 +71,18 @@ ZEB_UNCHECKED_LOCKING void KeychainDatabase::beforeFork() {
   }
 }
 
-ZEB_UNCHECKED_LOCKING void KeychainDatabase::afterFork() {
+ZEB_UNCHECKED_LOCKING void KeychainDatabase::afterForkInParent() {
   Registry& all = registry();
   --all.forks;
   all.lock.unlock();
   all.changed.notifyAll();
+}
+
+// Other threads that were about to fork do not exist in the child.
+ZEB_UNCHECKED_LOCKING void KeychainDatabase::afterForkInChild() {
+  Registry& all = registry();
+  all.forks = 0;
+  all.lock.unlock();
 }
 
 /// Closes the connections of a database that nobody uses any more.

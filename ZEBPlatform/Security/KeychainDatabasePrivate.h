@@ -42,7 +42,8 @@ class KeychainDatabase : public std::enable_shared_from_this<KeychainDatabase> {
 
   static Registry& registry();
   static void beforeFork();
-  static void afterFork();
+  static void afterForkInParent();
+  static void afterForkInChild();
   /// Opens a connection, which reads only if the folder permits no more.
   static OSStatus connect(const std::string& path, Connection& connection, KeychainKeyFacts& facts);
   /// Opens the file, which is examined already.

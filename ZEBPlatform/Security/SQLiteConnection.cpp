@@ -2,13 +2,17 @@
 
 #include <cerrno>
 #include <string_view>
+#include <thread>
 
 namespace zeb {
 
 namespace {
 
 /// How long a call waits for other processes that hold the database's locks.
-constexpr int maxLockWaitMilliseconds = 5000;
+constexpr std::chrono::seconds maxLockWait{5};
+/// Between two attempts. SQLite's own handler pauses for up to 100 milliseconds, in which time a
+/// process that writes without a break has taken the lock again many times.
+constexpr std::chrono::microseconds lockPause{500};
 
 /// More than the shapes of queries that a program uses.
 constexpr std::size_t maxKeptStatements = 64;
@@ -37,6 +41,15 @@ OSStatus statusOfCannotOpen(int errorNumber) noexcept {
 
 }  // namespace
 
+int SQLiteConnection::waitForLock(void* connection, int attempts) noexcept {
+  auto& lockDeadline = static_cast<SQLiteConnection*>(connection)->lockDeadline_;
+  const auto now = std::chrono::steady_clock::now();
+  if (attempts == 0) lockDeadline = now + maxLockWait;
+  if (now >= lockDeadline) return 0;
+  std::this_thread::sleep_for(lockPause);
+  return 1;
+}
+
 OSStatus SQLiteConnection::openWithFlags(const char* path, int flags) noexcept {
   sqlite3* database = nullptr;
   const int result = sqlite3_open_v2(path, &database,
@@ -44,7 +57,7 @@ OSStatus SQLiteConnection::openWithFlags(const char* path, int flags) noexcept {
   database_.reset(database);
   if (!database) return errSecAllocate;
   if (result != SQLITE_OK) return statusOf(result);
-  sqlite3_busy_timeout(database, maxLockWaitMilliseconds);
+  sqlite3_busy_handler(database, &waitForLock, this);
   sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   return execute(settings);
 }

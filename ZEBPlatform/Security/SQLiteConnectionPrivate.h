@@ -4,6 +4,7 @@
 #include <ZEBPlatform/Security/SecBase.h>
 #include <sqlite3.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -21,6 +22,10 @@ using SQLiteStatement = std::unique_ptr<sqlite3_stmt, SQLiteCloser>;
 /// time.
 class SQLiteConnection {
  public:
+  SQLiteConnection() = default;
+  SQLiteConnection(const SQLiteConnection&) = delete;
+  SQLiteConnection& operator=(const SQLiteConnection&) = delete;
+
   /// Opens a file that exists and is no link.
   OSStatus open(const std::string& path);
   /// Opens a file in a folder where SQLite cannot make the files that it shares with other
@@ -52,11 +57,14 @@ class SQLiteConnection {
   sqlite3* handle() const noexcept { return database_.get(); }
 
  private:
+  /// SQLite's callback while another process holds a lock; answers whether to try again.
+  static int waitForLock(void* connection, int attempts) noexcept;
   OSStatus openWithFlags(const char* path, int flags) noexcept;
 
   // The statements are destroyed before the connection.
   std::unique_ptr<sqlite3, SQLiteCloser> database_;
   std::unordered_map<std::uint64_t, SQLiteStatement> statements_;
+  std::chrono::steady_clock::time_point lockDeadline_;
   bool isReusable_ = true;
 };
 
