@@ -210,7 +210,8 @@ TEST_P(KeychainStoreSuite, FindsByAnyAttributesOldestFirst) {
   EXPECT_EQ(found(query(password, {{Attribute::creationDate, moment}})), "c=c");
   EXPECT_EQ(found(query(password, {{Attribute::generic, blob}, {Attribute::service, "mail"_ns}})),
             "c=c");
-  EXPECT_EQ(found(query(password, {{Attribute::generic, "b"_ns}})), missing);
+  EXPECT_EQ(found(query(password, {{Attribute::account, NSData::dataWithBytes("b")}})), missing);
+  EXPECT_EQ(found(query(password, {{Attribute::generic, "b"_ns}})), std::to_string(errSecParam));
   EXPECT_EQ(found(query(password, {{Attribute::label, "same"}, {Attribute::account, "a"}})),
             missing);
   EXPECT_EQ(found(query(key, {{Attribute::keySizeInBits, 1024}})), "(null)=k");

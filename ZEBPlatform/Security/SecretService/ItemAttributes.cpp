@@ -7,6 +7,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -40,6 +41,25 @@ const char* nameOf(KeychainItemClass itemClass) noexcept {
   return itemClass == KeychainItemClass::key ? "key" : "genericPassword";
 }
 
+/// Whether the attribute has values of this kind.
+bool mayBe(KeychainAttribute attribute, const Value& value) noexcept {
+  switch (attribute) {
+    case KeychainAttribute::account:
+      return value.isString() || value.isData();
+    case KeychainAttribute::generic:
+    case KeychainAttribute::applicationTag:
+    case KeychainAttribute::applicationLabel:
+      return value.isData();
+    case KeychainAttribute::keySizeInBits:
+      return value.isNumber();
+    case KeychainAttribute::creationDate:
+    case KeychainAttribute::modificationDate:
+      return value.isDate();
+    default:
+      return value.isString();
+  }
+}
+
 std::string hexText(std::string_view bytes) {
   constexpr std::string_view digits = "0123456789abcdef";
   std::string text;
@@ -65,8 +85,8 @@ std::optional<std::string> bytesOfHexText(std::string_view text) {
   return bytes;
 }
 
-/// The one text for a value, so that equal texts are equal values of one kind; none for a kind that
-/// attributes do not have.
+/// The one text for a value, so that equal texts are equal values of one kind; none for a number or
+/// date that is none, and for a kind that attributes do not have.
 std::optional<std::string> coded(const Value& value) {
   if (value.isString()) {
     const NSString text(value);
@@ -75,10 +95,12 @@ std::optional<std::string> coded(const Value& value) {
     return isPlain ? std::string(textKind) + utf8 : std::string(codedTextKind) + hexText(utf8);
   }
   if (value.isData()) return std::string(dataKind) + hexText(NSData(value).view());
+  if (value.isNumber() && std::isnan(value.doubleValue())) return std::nullopt;
   if (value.isNumber()) return std::string(numberKind) + NSNumber(value).stringValue().utf8();
   if (!value.isDate()) return std::nullopt;
   // Adding zero makes the negative zero, an equal date, a positive one.
   const double seconds = NSDate(value).timeIntervalSinceReferenceDate() + 0.0;
+  if (std::isnan(seconds)) return std::nullopt;
   std::array<char, 32> digits;
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), seconds).ptr;
   return std::string(dateKind) + std::string(digits.data(), end);
@@ -139,13 +161,12 @@ class AttributeWriter {
   }
   void addAll(const KeychainAttributes& attributes) {
     for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
-      const Value& value = attributes[static_cast<KeychainAttribute>(i)];
+      const auto attribute = static_cast<KeychainAttribute>(i);
+      const Value& value = attributes[attribute];
       if (value.isNil()) continue;
-      if (const auto text = coded(value)) {
-        add(attributeKeys[i], text->c_str());
-      } else {
-        isRight_ = false;
-      }
+      const auto text = mayBe(attribute, value) ? coded(value) : std::nullopt;
+      if (text) add(attributeKeys[i], text->c_str());
+      if (!text) isRight_ = false;
     }
   }
   GLibPointer<GVariant> attributes() {
@@ -222,7 +243,7 @@ ServiceItem itemWithAttributes(std::string path, GLibPointer<GVariant> attribute
     if (!text) continue;
     Value& read = result.item.attributes[static_cast<KeychainAttribute>(i)];
     read = decoded(text);
-    if (read.isNil()) result.isDamaged = true;
+    if (!mayBe(static_cast<KeychainAttribute>(i), read)) result.isDamaged = true;
   }
   result.path = std::move(path);
   result.attributes = std::move(attributes);

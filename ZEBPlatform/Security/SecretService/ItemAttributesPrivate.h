@@ -27,8 +27,7 @@ struct ServiceItem {
   bool isDamaged = false;  ///< The attributes are none that we write; `item` has only a part.
 };
 
-/// The attributes that every item that matches has; null if a value is of a kind that attributes do
-/// not have.
+/// The attributes that every item that matches has; null if a value is not of its attribute's kind.
 GLibPointer<GVariant> attributesOfQuery(const KeychainQuery& query);
 
 /// A digest of the item's identity, the same for no other identity.

@@ -152,6 +152,7 @@ OSStatus SecretServiceKeychainStore::add(std::span<const KeychainItem> items) {
   return perform(Access::write, [&](ServiceCollection& collection) -> OSStatus {
     std::vector<ServiceItem> added;
     for (const KeychainItem& item : items) {
+      if (item.attributes[KeychainAttribute::accessGroup].isNil()) return errSecParam;
       added.push_back(storedItem(item, item.value.has_value(), "", orderOf(added.size())));
     }
     const OSStatus status = requireFree(collection, added);
@@ -182,6 +183,7 @@ OSStatus SecretServiceKeychainStore::find(const KeychainQuery& query, Values val
 
 OSStatus SecretServiceKeychainStore::update(const KeychainQuery& query,
                                             const KeychainItem& changes) {
+  if (changes.itemClass != query.itemClass) return errSecParam;
   return perform(Access::write, [&](ServiceCollection& collection) -> OSStatus {
     std::vector<ServiceItem> items;
     OSStatus status = findReadableItems(collection, query, items);

@@ -49,7 +49,8 @@ struct SecretServiceOptions {
 ///   - `errSecInteractionNotAllowed`: the collection is locked, or the user refused. A locked
 ///     collection is never taken for an empty one.
 ///   - `errSecDecode`: another program damaged one of our items, which can still be removed.
-///   - `errSecParam`: an attribute's value or the collection's name cannot be written.
+///   - `errSecParam`: an attribute is not of its kind, a new item has no access group, or the name
+///     of the collection is not well-formed.
 ///   - `errSecIO`: the service reported anything else.
 /// A call ends after the time limits of the options or, if it has to be taken back, after `timeout`
 /// more.
