@@ -13,6 +13,11 @@ namespace {
 /// The process that has used GLib; 0 if none has.
 std::atomic<std::int32_t> processOfGLib{0};
 
+/// What GLib's objects have scheduled on the context, such as the release of their parts.
+void runPendingWork(GMainContext* context) {
+  while (g_main_context_iteration(context, FALSE)) continue;
+}
+
 /// Waits for one asynchronous function of GLib and cancels it at the deadline. The synchronous
 /// functions have no time limit while they connect. The function runs on a context of this object,
 /// because the host need not run GLib's main loop.
@@ -30,8 +35,11 @@ class BoundedWait {
   ~BoundedWait() {
     g_source_destroy(timeout_.get());
     g_main_context_pop_thread_default(context_.get());
+    result_.reset();  // which owns the object that may release its parts now
+    runPendingWork(context_.get());
   }
 
+  GMainContext* context() const noexcept { return context_.get(); }
   GCancellable* cancellable() const noexcept { return cancellable_.get(); }
   /// The callback for the function, to be passed with this object.
   static void finished(GObject*, GAsyncResult* result, gpointer wait) {
@@ -88,7 +96,9 @@ void setProxyProperty(SecretService* service, const char* name, GType type, int 
 /// all users of GLib in the process share: GLib ends the process when the bus closes it, and a lost
 /// one stays lost. It would also receive the service's signals, which would pile up in programs
 /// that do not run GLib's main loop.
-GLibPointer<SecretService> openedSession(GDBusConnection* bus, const ServiceDeadline& deadline) {
+/// `context` becomes the one on which the object releases its parts.
+GLibPointer<SecretService> openedSession(GDBusConnection* bus, const ServiceDeadline& deadline,
+                                         GLibPointer<GMainContext>& context) {
   BoundedWait wait(deadline);
   GLibPointer<SecretService> service(SECRET_SERVICE(g_object_new(
       SECRET_TYPE_SERVICE, "g-connection", bus, "flags", SECRET_SERVICE_OPEN_SESSION, nullptr)));
@@ -101,6 +111,7 @@ GLibPointer<SecretService> openedSession(GDBusConnection* bus, const ServiceDead
   if (!g_async_initable_init_finish(G_ASYNC_INITABLE(service.get()), wait.result(), nullptr)) {
     return nullptr;
   }
+  context.reset(g_main_context_ref(wait.context()));
   return service;
 }
 
@@ -149,23 +160,33 @@ OSStatus ServiceConnection::open(const ServiceDeadline& deadline,
                                  std::shared_ptr<ServiceConnection>& connection) {
   GLibPointer<GDBusConnection> bus = connectedBus(deadline);
   if (!bus) return errSecNotAvailable;
-  GLibPointer<SecretService> service = openedSession(bus.get(), deadline);
+  GLibPointer<GMainContext> context;
+  GLibPointer<SecretService> service = openedSession(bus.get(), deadline, context);
   if (!service) return errSecNotAvailable;
-  connection.reset(new ServiceConnection(std::move(bus), std::move(service)));
+  connection.reset(new ServiceConnection(std::move(bus), std::move(context), std::move(service)));
   return connection->isUsable() ? errSecSuccess : errSecNotAvailable;
 }
 
 ServiceConnection::ServiceConnection(GLibPointer<GDBusConnection> bus,
+                                     GLibPointer<GMainContext> context,
                                      GLibPointer<SecretService> service)
-    : process_(processIdentifier()), bus_(std::move(bus)), service_(std::move(service)) {
+    : process_(processIdentifier()),
+      bus_(std::move(bus)),
+      context_(std::move(context)),
+      service_(std::move(service)) {
   const GLibPointer<char> owner(g_dbus_proxy_get_name_owner(G_DBUS_PROXY(service_.get())));
   if (owner) owner_ = owner.get();
 }
 
 ServiceConnection::~ServiceConnection() {
-  if (process_ == processIdentifier()) return;
+  if (process_ == processIdentifier()) {
+    service_.reset();
+    runPendingWork(context_.get());
+    return;
+  }
   // In the child of a fork GLib's locks may be held by threads that do not exist.
   static_cast<void>(bus_.release());
+  static_cast<void>(context_.release());
   static_cast<void>(service_.release());
 }
 

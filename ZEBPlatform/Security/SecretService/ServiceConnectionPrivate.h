@@ -53,10 +53,12 @@ class ServiceConnection {
   std::optional<SecretBytes> decrypted(GVariant* secret);
 
  private:
-  ServiceConnection(GLibPointer<GDBusConnection> bus, GLibPointer<SecretService> service);
+  ServiceConnection(GLibPointer<GDBusConnection> bus, GLibPointer<GMainContext> context,
+                    GLibPointer<SecretService> service);
 
   const std::int32_t process_;  ///< the one that connected
   GLibPointer<GDBusConnection> bus_;
+  GLibPointer<GMainContext> context_;   ///< on which the service's object releases its parts
   GLibPointer<SecretService> service_;  ///< knows the session and its keys
   std::string owner_;                   ///< the service's unique name on the bus
   std::atomic<bool> isServiceGone_{false};

@@ -6,6 +6,16 @@
 #include <filesystem>
 #include <vector>
 
+/// ThreadSanitizer does not see the locks of libraries that were built without it, and reports what
+/// they allocate, copy and free.
+extern "C" const char* __tsan_default_suppressions() {
+  return "called_from_lib:libglib-2.0.so\n"
+         "called_from_lib:libgobject-2.0.so\n"
+         "called_from_lib:libgio-2.0.so\n"
+         "called_from_lib:libsecret-1.so\n"
+         "called_from_lib:libgcrypt.so\n";
+}
+
 /// Runs the tests in a session with a keyring of its own, which the script with_keyring starts.
 int main(int argc, char** argv) {
   std::vector<char*> arguments(argv, argv + argc + 1);
