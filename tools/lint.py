@@ -36,6 +36,7 @@ MODULES_WITHOUT_HEADER = {"Security/SecretService"}
 # header.
 HEADER_HOMES = [
     (r"(e|i)mmintrin\.h", [r"ZEBPlatform/.*"]),
+    (r"hwy/.*", [r"ZEBPlatform/Foundation/.*"]),
     (r"cxxabi\.h", [r"ZEBPlatform/.*"]),
     (r"simdjson.*", [r"ZEBPlatform/Json/.*"]),
     (r"fmt/.*", [r"ZEBPlatform/(Json|Logging)/.*"]),

@@ -21,6 +21,12 @@ StringStorage* newString(std::string_view ascii) {
   return storage;
 }
 
+StringStorage* newWideString(std::u16string_view units) {
+  StringStorage* storage = newStringStorage<char16_t>(units.size());
+  std::memcpy(contentOf<char16_t>(storage), units.data(), units.size() * sizeof(char16_t));
+  return storage;
+}
+
 StringStorage* newString(std::u16string_view units) {
   if (isASCII(units)) {
     StringStorage* storage = newStringStorage<char>(units.size());
@@ -28,16 +34,34 @@ StringStorage* newString(std::u16string_view units) {
                    [](char16_t unit) { return static_cast<char>(unit); });
     return storage;
   }
-  StringStorage* storage = newStringStorage<char16_t>(units.size());
-  std::memcpy(contentOf<char16_t>(storage), units.data(), units.size() * sizeof(char16_t));
-  return storage;
+  return newWideString(units);
 }
 
+enum class Malformed { replaced, refused };
+
+/// The string of the text; null if it is malformed and that is refused.
+template <Malformed malformed>
 StringStorage* newStringFromUTF8(std::string_view utf8) {
   if (isASCII(utf8)) return newString(utf8);
-  std::u16string units;
-  appendUTF16(units, utf8);
-  return newString(std::u16string_view(units));
+  bool isComplete = true;
+  const auto decode = [&](char16_t* units) {
+    const UnicodeConverter& converter = unicodeConverter();
+    if constexpr (malformed == Malformed::replaced) return converter.decode(utf8, units);
+    const TextProgress progress = converter.decodeWellFormed(utf8, units);
+    isComplete = progress.read == utf8.size();
+    return progress.written;
+  };
+  // Shrinking the allocation of a short text would take longer than copying its units.
+  constexpr std::size_t maxCopied = 512;
+  if (utf8.size() <= maxCopied) {
+    char16_t units[maxCopied];
+    const std::size_t length = decode(units);
+    return isComplete ? newWideString({units, length}) : nullptr;
+  }
+  StringStorage* const string = newFilledString<char16_t>(utf8.size(), decode);
+  if (isComplete) return string;
+  std::free(string);
+  return nullptr;
 }
 
 std::uint32_t hashOfContent(const StringStorage& string) noexcept {
@@ -106,7 +130,8 @@ auto withUnits(const NSString& left, const NSString& right, const Use& use) noex
 }  // namespace
 
 // The text constructors of `Value` need the string storage.
-Value::Value(std::string_view utf8) : Value(adoptStorage, detail::newStringFromUTF8(utf8)) {}
+Value::Value(std::string_view utf8)
+    : Value(adoptStorage, detail::newStringFromUTF8<detail::Malformed::replaced>(utf8)) {}
 Value::Value(const char* utf8) : Value(utf8 ? Value(std::string_view(utf8)) : Value()) {}
 
 NSString StringKey::string() const {
@@ -136,8 +161,9 @@ bool StringKey::matchesWide(const detail::StringStorage& candidate) const noexce
 NSString::NSString(std::u16string_view units) : Value(adoptStorage, detail::newString(units)) {}
 
 NSString NSString::stringWithUTF8(std::string_view bytes) {
-  if (detail::findMalformedUTF8(bytes) != std::string_view::npos) return nullptr;
-  return NSString(bytes);
+  detail::StringStorage* const string =
+      detail::newStringFromUTF8<detail::Malformed::refused>(bytes);
+  return string ? detail::adoptString(string) : nullptr;
 }
 
 char16_t NSString::characterAtIndex(std::size_t index) const {

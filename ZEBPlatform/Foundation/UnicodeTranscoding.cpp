@@ -1,7 +1,6 @@
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 
 #include <cstdint>
-#include <cstring>
 
 namespace zeb::detail {
 
@@ -45,38 +44,18 @@ DecodedScalar decodeUTF8(std::string_view utf8, bool permitSurrogates) noexcept 
 }
 
 void appendUTF16(std::u16string& units, std::string_view utf8) {
-  units.reserve(units.size() + utf8.size());
-  while (!utf8.empty()) {
-    const auto byte = static_cast<unsigned char>(utf8.front());
-    if (byte < 0x80) {
-      units.push_back(byte);
-      utf8.remove_prefix(1);
-      continue;
-    }
-    const DecodedScalar decoded = decodeUTF8(utf8, true);
-    utf8.remove_prefix(decoded.length);
-    if (decoded.scalar < 0x10000) {
-      units.push_back(static_cast<char16_t>(decoded.scalar));
-    } else {
-      units.push_back(static_cast<char16_t>(0xD7C0 + (decoded.scalar >> 10)));
-      units.push_back(static_cast<char16_t>(0xDC00 + (decoded.scalar & 0x3FF)));
-    }
-  }
+  const std::size_t start = units.size();
+  units.resize(start + utf8.size());
+  units.resize(start + unicodeConverter().decode(utf8, units.data() + start));
 }
 
 void appendUTF8(std::string& utf8, char32_t scalar) { utf8 += encodeUTF8(scalar).view(); }
 
 void appendUTF8(std::string& utf8, std::u16string_view units) {
-  utf8.reserve(utf8.size() + units.size());
-  for (std::size_t index = 0; index < units.size();) appendUTF8(utf8, nextScalar(units, index));
-}
-
-std::size_t utf8Length(std::u16string_view units) noexcept {
-  std::size_t length = 0;
-  for (std::size_t index = 0; index < units.size();) {
-    length += encodeUTF8(nextScalar(units, index)).length;
-  }
-  return length;
+  const std::size_t start = utf8.size();
+  const std::size_t length = utf8Length(units);
+  utf8.resize(start + length);
+  unicodeConverter().encode(units, utf8.data() + start, length);
 }
 
 std::size_t findMalformedUTF8(std::string_view utf8) noexcept {
@@ -93,22 +72,29 @@ std::size_t findMalformedUTF8(std::string_view utf8) noexcept {
   return std::string_view::npos;
 }
 
-bool isASCII(std::string_view bytes) noexcept {
-  std::uint64_t seen = 0;
-  std::size_t index = 0;
-  for (; index + 8 <= bytes.size(); index += 8) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes.data() + index, 8);
-    seen |= word;
+namespace {
+
+/// Whether no bit of `mask` is set in the bytes, which are examined 32 at a time.
+bool hasNoneOf(std::uint64_t mask, const char* bytes, std::size_t count) noexcept {
+  for (; count >= 32; bytes += 32, count -= 32) {
+    const std::uint64_t seen =
+        loadWord(bytes) | loadWord(bytes + 8) | loadWord(bytes + 16) | loadWord(bytes + 24);
+    if (seen & mask) return false;
   }
-  for (; index < bytes.size(); ++index) seen |= static_cast<unsigned char>(bytes[index]);
-  return !(seen & 0x8080808080808080u);
+  std::uint64_t seen = 0;
+  for (; count >= 8; bytes += 8, count -= 8) seen |= loadWord(bytes);
+  return ((seen | loadTail(bytes, count)) & mask) == 0;
+}
+
+}  // namespace
+
+bool isASCII(std::string_view bytes) noexcept {
+  return hasNoneOf(0x8080808080808080u, bytes.data(), bytes.size());
 }
 
 bool isASCII(std::u16string_view units) noexcept {
-  char16_t seen = 0;
-  for (const char16_t unit : units) seen = static_cast<char16_t>(seen | unit);
-  return seen < 0x80;
+  return hasNoneOf(0xFF80FF80FF80FF80u, reinterpret_cast<const char*>(units.data()),
+                   units.size() * sizeof(char16_t));
 }
 
 }  // namespace zeb::detail

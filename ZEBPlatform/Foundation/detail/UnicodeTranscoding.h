@@ -1,8 +1,12 @@
 #pragma once
 
+#include <ZEBPlatform/Foundation/detail/StringHash.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeConverter.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -70,27 +74,37 @@ constexpr char32_t nextScalar(std::u16string_view units, std::size_t& index) noe
   return unit;
 }
 
-/// The length of the form that `appendUTF8` makes of the units.
-std::size_t utf8Length(std::u16string_view units) noexcept;
+/// The first `count` units, and one more if they end inside a pair.
+constexpr std::u16string_view wholePairs(std::u16string_view units, std::size_t count) noexcept {
+  const bool splitsPair = count < units.size() && count > 0 && isHighSurrogate(units[count - 1]) &&
+                          isLowSurrogate(units[count]);
+  return units.substr(0, splitsPair ? count + 1 : count);
+}
 
-/// Calls `visit` with that form, without making it, in little-endian words of eight bytes, and
-/// answers the last, incomplete word.
+/// The length of the form that `appendUTF8` makes of the units.
+inline std::size_t utf8Length(std::u16string_view units) noexcept {
+  return unicodeConverter().encodedLength(units);
+}
+
+/// Calls `visit` with that form, without allocating memory for it, in little-endian words of eight
+/// bytes, and answers the last, incomplete word.
 template <class Visit>
 std::uint64_t visitUTF8Words(std::u16string_view units, const Visit& visit) noexcept {
-  std::uint64_t word = 0;
-  unsigned filledBits = 0;
-  for (std::size_t index = 0; index < units.size();) {
-    const EncodedScalar encoded = encodeUTF8(nextScalar(units, index));
-    for (const char byte : encoded.view()) {
-      word |= std::uint64_t{static_cast<unsigned char>(byte)} << filledBits;
-      filledBits += 8;
-      if (filledBits < 64) continue;
-      visit(word);
-      word = 0;
-      filledBits = 0;
-    }
+  constexpr std::size_t pieceLength = 64;
+  constexpr std::size_t wordSize = 8;
+  const UnicodeConverter& converter = unicodeConverter();
+  char bytes[wordSize + 3 * (pieceLength + 1)];
+  std::size_t filled = 0;
+  while (!units.empty()) {
+    const std::u16string_view piece = wholePairs(units, pieceLength);
+    units.remove_prefix(piece.size());
+    filled += converter.encode(piece, bytes + filled, sizeof bytes - filled);
+    std::size_t visited = 0;
+    for (; filled - visited >= wordSize; visited += wordSize) visit(loadWord(bytes + visited));
+    filled -= visited;
+    std::memmove(bytes, bytes + visited, filled);
   }
-  return word;
+  return loadTail(bytes, filled);
 }
 
 }  // namespace zeb::detail

@@ -60,9 +60,12 @@ class UTF8Reader {
 
  private:
   bool append(std::string_view utf8) {
-    if (detail::findMalformedUTF8(utf8) != std::string_view::npos) return false;
-    detail::appendUTF16(units_, utf8);
-    return true;
+    const std::size_t start = units_.size();
+    units_.resize(start + utf8.size());
+    const detail::TextProgress progress =
+        detail::unicodeConverter().decodeWellFormed(utf8, units_.data() + start);
+    units_.resize(start + progress.written);
+    return progress.read == utf8.size();
   }
 
   std::u16string units_;
