@@ -56,6 +56,17 @@ ByteBlock needsDecoding(ByteBlock block) noexcept {
   return reinterpret_cast<ByteBlock>((block == '\\') | (block >= 0x80));
 }
 
+/// The lanes before `count`; the others become zero.
+ByteBlock firstLanes(ByteBlock block, std::size_t count) noexcept {
+  const auto limit = static_cast<std::uint8_t>(std::min(count, sizeof block));
+  return block & reinterpret_cast<ByteBlock>(laneNumbers < limit);
+}
+
+/// The bytes outside ASCII among the first `count`.
+ByteBlock beyondASCII(ByteBlock block, std::size_t count) noexcept {
+  return firstLanes(reinterpret_cast<ByteBlock>(block >= 0x80), count);
+}
+
 /// Whether one of a word's eight bytes is a backslash.
 constexpr bool hasBackslash(std::uint64_t word) noexcept {
   return zeroBytes(word ^ everyByte('\\')) != 0;
@@ -268,40 +279,37 @@ class TreeReader {
 
   /// The string that `raw` denotes; null after a fault.
   StringStorage* newStringOf(std::string_view raw) {
-    StringStorage* string = newPlainString(raw);
-    return string ? string : newDecodedString(raw);
+    if (!hasBlockAfter(raw)) return newStringAtEnd(raw);
+    // Most texts beyond ASCII show it at once. They are not copied first.
+    if (anySet(beyondASCII(loadBlock(raw.data()), raw.size()))) return newWideString(raw);
+    StringStorage* string = newString(raw.size(), 0, raw.size());
+    char* const target = contentOf<char>(string);
+    ByteBlock found{};
+    std::size_t offset = 0;
+    for (; offset + sizeof(ByteBlock) <= raw.size(); offset += sizeof(ByteBlock)) {
+      const ByteBlock block = loadBlock(raw.data() + offset);
+      std::memcpy(target + offset, &block, sizeof block);
+      found |= needsDecoding(block);
+    }
+    const ByteBlock last = loadBlock(raw.data() + offset);
+    std::memcpy(target + offset, &last, sizeof last);
+    found |= firstLanes(needsDecoding(last), raw.size() - offset);
+    if (!anySet(found)) return string;
+    drop(string);
+    return newDecodedString(raw);
   }
 
-  /// The string of text that is ASCII without escapes, else null. Copies and checks in one pass.
-  StringStorage* newPlainString(std::string_view raw) {
+  /// The same for text with less than a block after it.
+  [[gnu::noinline]] StringStorage* newStringAtEnd(std::string_view raw) {
+    if (!isASCII(raw) || raw.find('\\') != raw.npos) return newDecodedString(raw);
     StringStorage* string = newString(raw.size(), 0, raw.size());
-    char* target = contentOf<char>(string);
-    bool plain;
-    if (hasBlockAfter(raw)) {
-      ByteBlock found{};
-      std::size_t offset = 0;
-      for (; offset + sizeof(ByteBlock) <= raw.size(); offset += sizeof(ByteBlock)) {
-        const ByteBlock block = loadBlock(raw.data() + offset);
-        std::memcpy(target + offset, &block, sizeof block);
-        found |= needsDecoding(block);
-      }
-      const ByteBlock last = loadBlock(raw.data() + offset);
-      std::memcpy(target + offset, &last, sizeof last);
-      const auto remaining = static_cast<std::uint8_t>(raw.size() - offset);
-      found |= needsDecoding(last) & reinterpret_cast<ByteBlock>(laneNumbers < remaining);
-      plain = !anySet(found);
-    } else {
-      std::memcpy(target, raw.data(), raw.size());
-      plain = isASCII(raw) && raw.find('\\') == raw.npos;
-    }
-    if (plain) return string;
-    drop(string);
-    return nullptr;
+    std::memcpy(contentOf<char>(string), raw.data(), raw.size());
+    return string;
   }
 
   /// The string of text with escapes or beyond ASCII; null after a fault.
   [[gnu::noinline]] StringStorage* newDecodedString(std::string_view raw) {
-    StringStorage* string = newUnescapedString(raw);
+    StringStorage* string = isASCII(raw) ? newUnescapedString(raw) : nullptr;
     return string || fault_.message ? string : newWideString(raw);
   }
 
@@ -338,51 +346,25 @@ class TreeReader {
     return string;
   }
 
-  StringStorage* newWideString(std::string_view raw) {
+  [[gnu::noinline]] StringStorage* newWideString(std::string_view raw) {
+    static_assert(UnicodeConverter::slack <= Arena::slack);
     StringStorage* string = newString(raw.size() * sizeof(char16_t), StorageWide, 0);
     char16_t* const units = contentOf<char16_t>(string);
     char16_t* target = units;
-    const char* at = raw.data();
-    const char* const end = at + raw.size();
-    while (at != end) {
-      const auto lead = static_cast<unsigned char>(*at);
-      if (lead >= 0x80) {
-        at = takeMultiByte(at, target);
-      } else if (lead != '\\') {
-        *target++ = lead;
-        ++at;
-      } else {
-        std::string_view rest(at, static_cast<std::size_t>(end - at));
-        if (!takeEscape(rest, *target)) return nullptr;
+    while (!raw.empty()) {
+      if (raw.front() == '\\') {
+        if (!takeEscape(raw, *target)) return nullptr;
         ++target;
-        at = rest.data();
+        continue;
       }
+      const TextProgress progress = converter_.decodeUntilBackslash(
+          raw, static_cast<std::size_t>(limit_ - raw.data()), target);
+      raw.remove_prefix(progress.read);
+      target += progress.written;
     }
     string->length = static_cast<std::uint32_t>(target - units);
     keepOnly(string, string->length * sizeof(char16_t));
     return string;
-  }
-
-  /// Decodes a sequence of two to four bytes, which the first pass found well-formed. Returns where
-  /// the next sequence begins.
-  [[gnu::always_inline]] static const char* takeMultiByte(const char* at,
-                                                          char16_t*& target) noexcept {
-    const auto bits = [at](std::size_t index) {
-      return static_cast<unsigned>(static_cast<unsigned char>(at[index])) & 0x3Fu;
-    };
-    const unsigned lead = static_cast<unsigned char>(*at);
-    if (lead >= 0xF0) {
-      const unsigned scalar = (lead & 0x07u) << 18 | bits(1) << 12 | bits(2) << 6 | bits(3);
-      *target++ = static_cast<char16_t>(0xD7C0 + (scalar >> 10));
-      *target++ = static_cast<char16_t>(0xDC00 + (scalar & 0x3FF));
-      return at + 4;
-    }
-    if (lead >= 0xE0) {
-      *target++ = static_cast<char16_t>((lead & 0x0Fu) << 12 | bits(1) << 6 | bits(2));
-      return at + 3;
-    }
-    *target++ = static_cast<char16_t>((lead & 0x1Fu) << 6 | bits(1));
-    return at + 2;
   }
 
   /// Decodes one escape. Escaped surrogates are ordinary units, paired or not.
@@ -493,6 +475,7 @@ class TreeReader {
   std::string_view text_;
   const char* limit_;
   JsonScratch& scratch_;
+  const UnicodeConverter& converter_ = unicodeConverter();
   Arena* arena_;
   JsonFault fault_;
   std::uint32_t place_ = 0;  ///< offset of the value that is being read

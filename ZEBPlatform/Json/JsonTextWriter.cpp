@@ -1,7 +1,6 @@
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 #include <ZEBPlatform/Json/JsonTextWriter.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -53,34 +52,27 @@ char* JsonTextWriter::writeCharacter(char* target, char character) const noexcep
   return target;
 }
 
-void JsonTextWriter::writeWide(std::u16string_view units) {
-  for (std::size_t index = 0; index < units.size();) {
-    const std::size_t pieceEnd = std::min(units.size(), index + json_text::pieceLength);
-    output_.require((pieceEnd - index + 1) * json_text::maxEscapeLength);
-    char* target = output_.cursor();
-    while (index < pieceEnd) target = writeScalarValue(target, nextScalar(units, index));
-    output_.setCursor(target);
+char* JsonTextWriter::writeWidePiece(char* target, std::u16string_view piece) const noexcept {
+  const SlashEscapes slashes = escapesSlashes_ ? SlashEscapes::yes : SlashEscapes::no;
+  for (;;) {
+    const TextProgress progress = converter_.encodeUntilEscape(piece, target, slashes);
+    target += progress.written;
+    piece.remove_prefix(progress.read);
+    if (piece.empty()) return target;
+    const char16_t unit = piece.front();
+    piece.remove_prefix(1);
+    target = unit < 0x80 ? writeCharacter(target, static_cast<char>(unit))
+                         : writeNumberedEscape(target, unit);
   }
 }
 
-char* JsonTextWriter::writeScalarValue(char* target, char32_t scalar) const noexcept {
-  const auto byte = [&](char32_t value) { *target++ = static_cast<char>(value); };
-  if (scalar < 0x80) return writeCharacter(target, static_cast<char>(scalar));
-  if (scalar < 0x800) {
-    byte(0xC0 | scalar >> 6);
-  } else if (scalar < 0x10000) {
-    if (isSurrogate(static_cast<char16_t>(scalar))) {
-      return writeNumberedEscape(target, static_cast<char16_t>(scalar));
-    }
-    byte(0xE0 | scalar >> 12);
-    byte(0x80 | (scalar >> 6 & 0x3F));
-  } else {
-    byte(0xF0 | scalar >> 18);
-    byte(0x80 | (scalar >> 12 & 0x3F));
-    byte(0x80 | (scalar >> 6 & 0x3F));
+void JsonTextWriter::writeWide(std::u16string_view units) {
+  while (!units.empty()) {
+    const std::u16string_view piece = wholePairs(units, json_text::pieceLength);
+    units.remove_prefix(piece.size());
+    output_.require(piece.size() * json_text::maxEscapeLength + UnicodeConverter::slack);
+    output_.setCursor(writeWidePiece(output_.cursor(), piece));
   }
-  byte(0x80 | (scalar & 0x3F));
-  return target;
 }
 
 }  // namespace zeb::detail

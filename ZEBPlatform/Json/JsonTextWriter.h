@@ -4,6 +4,7 @@
 #include <ZEBPlatform/Foundation/ValueStorage.h>
 #include <ZEBPlatform/Foundation/detail/DataBuilder.h>
 #include <ZEBPlatform/Foundation/detail/StringHash.h>
+#include <ZEBPlatform/Foundation/detail/UnicodeConverter.h>
 #include <ZEBPlatform/Json/detail/ByteBlock.h>
 #include <ZEBPlatform/Json/detail/JsonNumberText.h>
 
@@ -67,10 +68,11 @@ class JsonTextWriter {
   inline char* writeShort(char* target, const char* at, const char* end) const noexcept;
   char* writeCharacters(char* target, const char* at, const char* end) const noexcept;
   char* writeCharacter(char* target, char character) const noexcept;
-  char* writeScalarValue(char* target, char32_t scalar) const noexcept;
+  char* writeWidePiece(char* target, std::u16string_view piece) const noexcept;
   void writeWide(std::u16string_view units);
 
   const bool escapesSlashes_;
+  const UnicodeConverter& converter_ = unicodeConverter();
   DataBuilder output_;
 };
 
@@ -94,15 +96,16 @@ inline ByteBlock needsEscape(ByteBlock block, bool slashes) noexcept {
 }  // namespace json_text
 
 inline void JsonTextWriter::writeString(const StringStorage& string, char terminator) {
-  if (string.isWide() || string.length > json_text::pieceLength) {
+  if (string.length > json_text::pieceLength) {
     writeString(string);
     put(terminator);
     return;
   }
-  output_.require(string.length * json_text::maxEscapeLength + sizeof(ByteBlock) + 3);
+  output_.require(string.length * json_text::maxEscapeLength + UnicodeConverter::slack + 3);
   char* target = output_.cursor();
   *target++ = '"';
-  target = writePiece(target, {string.ascii(), string.length});
+  target = string.isWide() ? writeWidePiece(target, {string.units(), string.length})
+                           : writePiece(target, {string.ascii(), string.length});
   *target++ = '"';
   *target++ = terminator;
   output_.setCursor(target);
