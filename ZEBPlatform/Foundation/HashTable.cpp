@@ -93,6 +93,29 @@ void rebuildIndex(DictionaryStorage& table) noexcept {
   }
 }
 
+/// Fills the empty index if all hashes differ and no slot is suspiciously far from that of its
+/// hash, as in almost every table. Otherwise leaves the index empty.
+bool indexDistinctEntries(DictionaryStorage& table) noexcept {
+  const DictionaryEntry* const entries = table.entries;
+  std::uint32_t* const index = table.index();
+  const std::uint32_t mask = table.indexMask;
+  for (std::uint32_t position = 0; position < table.used; ++position) {
+    const std::uint32_t hash = entries[position].key.keyHash();
+    std::uint32_t slot = hash & mask;
+    bool isDistinct = !table.hasKeyedHash();
+    while (const std::uint32_t taken = index[slot]) {
+      isDistinct = isDistinct && entries[taken - 1].key.keyHash() != hash;
+      slot = (slot + 1) & mask;
+    }
+    if (!isDistinct || ((slot - hash) & mask) > maxTrustedProbes) {
+      clearIndex(table);
+      return false;
+    }
+    index[slot] = position + 1;
+  }
+  return true;
+}
+
 /// Changes the table to the secret hash, because an attacker chose colliding keys or many keys
 /// differ only where the public hash does not look.
 void useKeyedHash(DictionaryStorage& table) noexcept {
@@ -316,6 +339,10 @@ void finishBorrowedEntries(DictionaryStorage& table) noexcept {
     clearIndex(table);
   }
   const std::uint32_t written = table.used;
+  if (table.indexMask && indexDistinctEntries(table)) {
+    table.count = written;
+    return;
+  }
   table.used = 0;
   for (std::uint32_t position = 0; position < written; ++position) {
     DictionaryEntry& entry = table.entries[position];

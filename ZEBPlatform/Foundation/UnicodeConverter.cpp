@@ -118,6 +118,10 @@ HWY_INLINE void copyASCII(std::string_view utf8, char16_t* units, TextProgress& 
 
 enum class Decoding { replacing, wellFormed, untilBackslash };
 
+/// Whether a text may have any length, or lies in one block that can be read as a whole. Most texts
+/// of documents are short, so they have code without the questions of longer texts.
+enum class Extent { any, oneBlock };
+
 #if HWY_TARGET != HWY_AVX3_DL
 
 /// How to move the units that have a bit in the index to the front.
@@ -166,9 +170,12 @@ HWY_INLINE void storeKept(Vector units, std::uint64_t kept, char16_t* to) noexce
 #endif
 }
 
+/// The bytes after a byte that its unit depends on.
+constexpr std::size_t lookAhead = 2;
+
 /// For every byte of a block computes the unit of a sequence that begins there, and then keeps the
 /// units of the bytes where one does. So the work does not depend on the sequences' lengths.
-template <Decoding decoding>
+template <Decoding decoding, Extent extent = Extent::any>
 HWY_INLINE TextProgress decodeBlocks(std::string_view utf8, std::size_t readable,
                                      char16_t* units) noexcept {
   constexpr bool isChecked = decoding != Decoding::untilBackslash;
@@ -184,9 +191,7 @@ HWY_INLINE TextProgress decodeBlocks(std::string_view utf8, std::size_t readable
     char16_t* const to = units + progress.written;
     const std::size_t left = utf8.size() - progress.read;
     const std::size_t visible = readable - progress.read;
-    // Every byte's sequence is completed by the two bytes after it.
-    constexpr std::size_t lookAhead = 2;
-    const bool isWhole = visible >= lanes + lookAhead;
+    const bool isWhole = extent == Extent::oneBlock || visible >= lanes + lookAhead;
     const char* source = from;
     char padded[lanes + lookAhead];
     if (!hasMaskedMemory && !isWhole) {
@@ -214,7 +219,7 @@ HWY_INLINE TextProgress decodeBlocks(std::string_view utf8, std::size_t readable
     // A sequence that is not entirely in the block is left to the next one. This looks at single
     // bytes, because the next block waits for the result.
     std::size_t end = left;
-    if (left >= lanes) {
+    if (extent == Extent::any && left >= lanes) {
       const auto isAtLeast = [from](std::size_t place, unsigned char lead) -> std::size_t {
         return static_cast<unsigned char>(from[place]) >= lead;
       };
@@ -291,7 +296,7 @@ HWY_INLINE TextProgress decodeBlocks(std::string_view utf8, std::size_t readable
     }
     progress.read += end;
     progress.written += count;
-    if (isLast) break;
+    if (isLast || extent == Extent::oneBlock) break;
     if (isChecked && (two | continuations) == 0) copyASCII(utf8, units, progress);
   }
   return progress;
@@ -305,9 +310,18 @@ TextProgress decodeWellFormed(std::string_view utf8, char16_t* units) noexcept {
   return decodeBlocks<Decoding::wellFormed>(utf8, utf8.size(), units);
 }
 
+HWY_NOINLINE TextProgress decodeLongUntilBackslash(std::string_view utf8, std::size_t readable,
+                                                   char16_t* units) noexcept {
+  return decodeBlocks<Decoding::untilBackslash>(utf8, readable, units);
+}
+
 TextProgress decodeUntilBackslash(std::string_view utf8, std::size_t readable,
                                   char16_t* units) noexcept {
-  return decodeBlocks<Decoding::untilBackslash>(utf8, readable, units);
+  const std::size_t lanes = hn::Lanes(Units());
+  if (utf8.size() > lanes || readable < lanes + lookAhead) {
+    return decodeLongUntilBackslash(utf8, readable, units);
+  }
+  return decodeBlocks<Decoding::untilBackslash, Extent::oneBlock>(utf8, readable, units);
 }
 
 std::size_t encodedLength(std::u16string_view units) noexcept {

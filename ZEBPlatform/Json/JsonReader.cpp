@@ -346,25 +346,39 @@ class TreeReader {
     return string;
   }
 
-  [[gnu::noinline]] StringStorage* newWideString(std::string_view raw) {
+  StringStorage* newWideString(std::string_view raw) {
     static_assert(UnicodeConverter::slack <= Arena::slack);
     StringStorage* string = newString(raw.size() * sizeof(char16_t), StorageWide, 0);
     char16_t* const units = contentOf<char16_t>(string);
-    char16_t* target = units;
+    const TextProgress progress = decodePiece(raw, units);
+    char16_t* end = units + progress.written;
+    if (progress.read != raw.size()) {
+      raw.remove_prefix(progress.read);
+      if (!decodeRest(raw, end)) return nullptr;
+    }
+    string->length = static_cast<std::uint32_t>(end - units);
+    keepOnly(string, string->length * sizeof(char16_t));
+    return string;
+  }
+
+  TextProgress decodePiece(std::string_view raw, char16_t* target) const noexcept {
+    const auto readable = static_cast<std::size_t>(limit_ - raw.data());
+    return converter_.decodeUntilBackslash(raw, readable, target);
+  }
+
+  /// Decodes text from its first escape on, and moves `target` to the end of what it wrote.
+  [[gnu::noinline]] bool decodeRest(std::string_view raw, char16_t*& target) noexcept {
     while (!raw.empty()) {
       if (raw.front() == '\\') {
-        if (!takeEscape(raw, *target)) return nullptr;
+        if (!takeEscape(raw, *target)) return false;
         ++target;
         continue;
       }
-      const TextProgress progress = converter_.decodeUntilBackslash(
-          raw, static_cast<std::size_t>(limit_ - raw.data()), target);
+      const TextProgress progress = decodePiece(raw, target);
       raw.remove_prefix(progress.read);
       target += progress.written;
     }
-    string->length = static_cast<std::uint32_t>(target - units);
-    keepOnly(string, string->length * sizeof(char16_t));
-    return string;
+    return true;
   }
 
   /// Decodes one escape. Escaped surrogates are ordinary units, paired or not.
@@ -423,13 +437,22 @@ class TreeReader {
     ++next;
     if (!hasBlockAfter(key)) return readUnusualKey(key, top);
 
+    const std::uint64_t start =
+        key.size() >= 8 ? loadWord(key.data()) : loadTailAtOnce(key.data(), key.size());
+    if (const KeyTable::Entry* entry = scratch_.keys.findFollower(key, start)) {
+      *top++ = wordsOf(entry->string, entry->hash);
+      return true;
+    }
+    return readUnexpectedKey(key, start, top);
+  }
+
+  /// For a key that did not follow the previous one before.
+  [[gnu::noinline]] bool readUnexpectedKey(std::string_view key, std::uint64_t start, Words*& top) {
     bool escaped = false;
     const std::uint32_t hash =
         hashWords(key.data(), key.size(), loadTailAtOnce,
                   [&](std::uint64_t word) { escaped |= hasBackslash(word); });
     if (escaped) return readUnusualKey(key, top);
-    const std::uint64_t start =
-        key.size() >= 8 ? loadWord(key.data()) : loadTailAtOnce(key.data(), key.size());
     KeyTable::Entry* entry = scratch_.keys.find(key, start, hash);
     StringStorage* string = entry ? entry->string : nullptr;
     if (!string) {
