@@ -224,17 +224,19 @@ class TreeReader {
     return true;
   }
 
-  /// Memory for a node. Chunks after the first are sized for the rest of the text, estimated from
-  /// what the text needed so far, so that a tree wastes little memory.
+  /// Memory for a node.
   void* allocate(std::size_t size) {
-    if (!arena_->hasRoom(size)) {
-      const double progress =
-          static_cast<double>(place_ + 1) / static_cast<double>(text_.size() + 1);
-      const double rest = static_cast<double>(arena_->footprint()) * (1 - progress) / progress;
-      arena_->setNextChunkSize(std::min(static_cast<std::size_t>(rest * 1.05), 2 * text_.size()) +
-                               smallTreeSize / 8);
-    }
+    if (!arena_->hasRoom(size)) prepareNextChunk();
     return arena_->allocate(size);
+  }
+
+  /// Chunks after the first are sized for the rest of the text, estimated from what the text needed
+  /// so far, so that a tree wastes little memory.
+  [[gnu::noinline]] void prepareNextChunk() noexcept {
+    const double progress = static_cast<double>(place_ + 1) / static_cast<double>(text_.size() + 1);
+    const double rest = static_cast<double>(arena_->footprint()) * (1 - progress) / progress;
+    arena_->setNextChunkSize(std::min(static_cast<std::size_t>(rest * 1.05), 2 * text_.size()) +
+                             smallTreeSize / 8);
   }
 
   /// The text between the quotes of the string at `at`. Its end is found by searching back from the
@@ -281,7 +283,10 @@ class TreeReader {
   StringStorage* newStringOf(std::string_view raw) {
     if (!hasBlockAfter(raw)) return newStringAtEnd(raw);
     // Most texts beyond ASCII show it at once. They are not copied first.
-    if (anySet(beyondASCII(loadBlock(raw.data()), raw.size()))) return newWideString(raw);
+    const bool beginsBeyondASCII = static_cast<unsigned char>(*raw.data()) >= 0x80;
+    if (beginsBeyondASCII || anySet(beyondASCII(loadBlock(raw.data()), raw.size()))) {
+      return newWideString(raw);
+    }
     StringStorage* string = newString(raw.size(), 0, raw.size());
     char* const target = contentOf<char>(string);
     ByteBlock found{};
