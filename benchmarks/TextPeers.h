@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zeb::bench {
@@ -20,10 +21,15 @@ class QtTexts {
   std::size_t trim() const;
   /// How many of the texts have a character that shows.
   std::size_t countPrintable() const;
+  /// Converts each text to UTF-8. Answers the sum of the lengths.
+  std::size_t toUTF8() const;
 
  private:
   struct Texts;
   std::unique_ptr<Texts> texts_;
 };
+
+/// The length of a QString of the text.
+std::size_t qtLengthOfUTF8(std::string_view utf8);
 
 }  // namespace zeb::bench

@@ -88,4 +88,15 @@ std::size_t QtTexts::countPrintable() const {
       std::count_if(texts_->list.begin(), texts_->list.end(), containsPrintable));
 }
 
+std::size_t QtTexts::toUTF8() const {
+  qsizetype sum = 0;
+  for (const QString& text : texts_->list) sum += text.toUtf8().size();
+  return static_cast<std::size_t>(sum);
+}
+
+std::size_t qtLengthOfUTF8(std::string_view utf8) {
+  return static_cast<std::size_t>(
+      QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())).size());
+}
+
 }  // namespace zeb::bench
