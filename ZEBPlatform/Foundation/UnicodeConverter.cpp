@@ -380,6 +380,59 @@ using WordBytes = hn::Repartition<std::uint8_t, Words>;
 
 enum class Encoding { all, untilEscape };
 
+/// Moves `end`, and returns true, if a unit before it stops the conversion: one that JSON escapes,
+/// or one whose bit is set in `stops`.
+template <class Vector, class Tag>
+HWY_INLINE bool limitToPlain(Vector units, Tag tag, SlashEscapes slashes, std::uint64_t stops,
+                             std::size_t& end) noexcept {
+  auto isEscaped =
+      hn::Or(hn::Lt(units, hn::Set(tag, 0x20)),
+             hn::Or(hn::Eq(units, hn::Set(tag, '"')), hn::Eq(units, hn::Set(tag, '\\'))));
+  if (slashes == SlashEscapes::yes) {
+    isEscaped = hn::Or(isEscaped, hn::Eq(units, hn::Set(tag, '/')));
+  }
+  stops = (stops | bitsOf(tag, isEscaped)) & lowestBits(end);
+  if (stops == 0) return false;
+  end = static_cast<std::size_t>(std::countr_zero(stops));
+  return true;
+}
+
+#if HWY_TARGET == HWY_AVX3_DL
+
+/// Stores the bytes for which `used` is not zero, one after the other, and returns their number.
+template <class Vector>
+HWY_INLINE std::size_t storeUsedBytes(Vector bytes, Vector used, char* to,
+                                      std::size_t room) noexcept {
+  const WordBytes tag;
+  const auto isUsed = hn::Ne(used, hn::Zero(tag));
+  const auto packed = hn::Compress(bytes, isUsed);
+  const std::size_t count = hn::CountTrue(tag, isUsed);
+  if (room >= hn::Lanes(tag)) {
+    storeAll(packed, tag, to);
+  } else {
+    storeFirst(packed, tag, to, count);
+  }
+  return count;
+}
+
+/// Stores the first `count` units, which need at most two bytes each.
+template <class Vector>
+HWY_INLINE std::size_t storeTwoBytes(Vector units, std::size_t count, char* to,
+                                     std::size_t room) noexcept {
+  const Units tag;
+  const WordBytes byteTag;
+  const auto all = [&](std::uint16_t value) HWY_ATTR { return hn::Set(tag, value); };
+  const auto isTwo = hn::Gt(units, all(0x7F));
+  const auto two = hn::Or(hn::Or(hn::ShiftRight<6>(units), all(0xC0)),
+                          hn::Or(hn::ShiftLeft<8>(hn::And(units, all(0x3F))), all(0x8000)));
+  const auto bytes = hn::IfThenElse(isTwo, two, units);
+  const auto used =
+      hn::IfThenElseZero(hn::FirstN(tag, count), hn::IfThenElse(isTwo, all(0xFFFF), all(0xFF)));
+  return storeUsedBytes(hn::BitCast(byteTag, bytes), hn::BitCast(byteTag, used), to, room);
+}
+
+#endif
+
 /// Spreads a block's units over words with room for four bytes, computes the bytes, and then moves
 /// them together.
 template <Encoding encoding>
@@ -394,11 +447,28 @@ HWY_INLINE TextProgress encodeBlocks(std::u16string_view units, char* utf8, std:
     return encoding == Encoding::untilEscape && isEscapedInJSON(scalar, slashes);
   };
   TextProgress progress;
+  [[maybe_unused]] bool mayBeTwo = true;  // as the block before
 
   while (progress.read < units.size()) {
     const char16_t* const from = units.data() + progress.read;
     char* const to = utf8 + progress.written;
     const std::size_t left = units.size() - progress.read;
+#if HWY_TARGET == HWY_AVX3_DL
+    // Units that need at most two bytes are converted without spreading them, twice as many at
+    // once.
+    const auto pairOfBlocks =
+        left >= 2 * unitsPerBlock ? loadAll(Units(), from) : loadFirst(Units(), from, left);
+    if (mayBeTwo && hn::AllTrue(Units(), hn::Lt(pairOfBlocks, hn::Set(Units(), 0x800)))) {
+      std::size_t end = std::min(left, 2 * unitsPerBlock);
+      const bool isLast = encoding == Encoding::untilEscape &&
+                          limitToPlain(pairOfBlocks, Units(), slashes, std::uint64_t{0}, end);
+      const std::size_t count = storeTwoBytes(pairOfBlocks, end, to, room - progress.written);
+      progress.read += end;
+      progress.written += count;
+      if (isLast) break;
+      continue;
+    }
+#endif
     const auto block =
         left >= unitsPerBlock ? loadAll(unitTag, from) : loadFirst(unitTag, from, left);
     std::size_t end = std::min(left, unitsPerBlock);
@@ -422,19 +492,14 @@ HWY_INLINE TextProgress encodeBlocks(std::u16string_view units, char* utf8, std:
         stops = (highs & ~pairs) | (lows & ~(pairs << 1));
       }
     }
-    if constexpr (encoding == Encoding::untilEscape) {
-      auto isEscaped = hn::Or(hn::Lt(block, all(0x20)),
-                              hn::Or(hn::Eq(block, all('"')), hn::Eq(block, all('\\'))));
-      if (slashes == SlashEscapes::yes) isEscaped = hn::Or(isEscaped, hn::Eq(block, all('/')));
-      stops |= bitsOf(unitTag, isEscaped);
-      stops &= lowestBits(end);
-      if (stops != 0) end = static_cast<std::size_t>(std::countr_zero(stops));
-    }
+    const bool isLast =
+        encoding == Encoding::untilEscape && limitToPlain(block, unitTag, slashes, stops, end);
 
     const auto words = hn::PromoteTo(wordTag, block);
     const auto lastSix = hn::Or(hn::And(words, allWords(0x3F)), allWords(0x80));
     const auto isTwo = hn::Gt(words, allWords(0x7F));
     const auto isThree = hn::Gt(words, allWords(0x7FF));
+    mayBeTwo = hn::AllFalse(wordTag, isThree);
     const auto two =
         hn::Or(hn::Or(hn::ShiftRight<6>(words), allWords(0xC0)), hn::ShiftLeft<8>(lastSix));
     const auto middleSix =
@@ -463,9 +528,8 @@ HWY_INLINE TextProgress encodeBlocks(std::u16string_view units, char* utf8, std:
       used = hn::IfThenZeroElse(maskOf(wordTag, pairs << 1), used);
     }
     used = hn::IfThenElseZero(hn::FirstN(wordTag, end), used);
-    const auto isUsed = hn::Ne(hn::BitCast(byteTag, used), hn::Zero(byteTag));
-    const auto packed = hn::Compress(hn::BitCast(byteTag, bytes), isUsed);
-    const std::size_t count = hn::CountTrue(byteTag, isUsed);
+    const std::size_t count = storeUsedBytes(
+        hn::BitCast(byteTag, bytes), hn::BitCast(byteTag, used), to, room - progress.written);
 #else
     const std::uint64_t kept = lowestBits(end);
     const std::size_t index = (bitsOf(wordTag, isTwo) & kept) | (bitsOf(wordTag, isThree) & kept)
@@ -473,15 +537,15 @@ HWY_INLINE TextProgress encodeBlocks(std::u16string_view units, char* utf8, std:
     const auto packed =
         hn::TableLookupBytes(hn::BitCast(byteTag, bytes), hn::Load(byteTag, packing.places[index]));
     const std::size_t count = packing.lengths[index] - (unitsPerBlock - end);
-#endif
-    if (encoding == Encoding::untilEscape || room - progress.written >= hn::Lanes(byteTag)) {
+    if (room - progress.written >= hn::Lanes(byteTag)) {
       storeAll(packed, byteTag, to);
     } else {
       storeFirst(packed, byteTag, to, count);
     }
+#endif
     progress.read += end;
     progress.written += count;
-    if (encoding == Encoding::untilEscape && stops != 0) break;
+    if (isLast) break;
   }
   return progress;
 }
@@ -492,7 +556,8 @@ std::size_t encode(std::u16string_view units, char* utf8, std::size_t room) noex
 
 TextProgress encodeUntilEscape(std::u16string_view units, char* utf8,
                                SlashEscapes slashes) noexcept {
-  return encodeBlocks<Encoding::untilEscape>(units, utf8, 0, slashes);
+  const std::size_t room = 3 * units.size() + UnicodeConverter::slack;
+  return encodeBlocks<Encoding::untilEscape>(units, utf8, room, slashes);
 }
 
 }  // namespace
