@@ -351,29 +351,34 @@ constexpr std::size_t unitsPerBlock = 16;
 
 constexpr std::size_t unitsPerBlock = 4;
 
-/// How to move the bytes of four units, each in four bytes, to the front. The index has a bit for
-/// each unit that needs a second byte, and above them one for each that needs a third.
+/// How to move the bytes of units together: a place for each byte, and the number of bytes.
 struct Packing {
   alignas(16) std::uint8_t places[256][16];
   std::uint8_t lengths[256];
 };
-constexpr Packing packing = [] {
+
+/// For `units` units in 16 bytes. The index has a bit for each unit that needs a second byte, and
+/// above them one for each that needs a third.
+constexpr Packing packingOf(unsigned units) {
   Packing result{};
   for (unsigned index = 0; index < 256; ++index) {
     std::uint8_t length = 0;
-    for (unsigned unit = 0; unit < 4; ++unit) {
-      const unsigned bytes = 1 + (index >> unit & 1) + (index >> (unit + 4) & 1);
+    for (unsigned unit = 0; unit < units; ++unit) {
+      const unsigned bytes = 1 + (index >> unit & 1) + (index >> (unit + units) & 1);
       for (unsigned byte = 0; byte < bytes; ++byte) {
-        result.places[index][length++] = static_cast<std::uint8_t>(4 * unit + byte);
+        result.places[index][length++] = static_cast<std::uint8_t>(16 / units * unit + byte);
       }
     }
     result.lengths[index] = length;
   }
   return result;
-}();
+}
+constexpr Packing packing = packingOf(unitsPerBlock);
+constexpr Packing twoBytePacking = packingOf(2 * unitsPerBlock);
 
 #endif
 
+using TwoBlocks = hn::CappedTag<std::uint16_t, 2 * unitsPerBlock>;
 using Words = hn::CappedTag<std::uint32_t, unitsPerBlock>;
 using BlockUnits = hn::Rebind<std::uint16_t, Words>;
 using WordBytes = hn::Repartition<std::uint8_t, Words>;
@@ -415,23 +420,46 @@ HWY_INLINE std::size_t storeUsedBytes(Vector bytes, Vector used, char* to,
   return count;
 }
 
+#else
+
+/// Stores the bytes that the packing's entry takes together, less `unused` bytes, and returns their
+/// number.
+template <class Vector>
+HWY_INLINE std::size_t storePacked(Vector bytes, const Packing& table, std::size_t index,
+                                   std::size_t unused, char* to, std::size_t room) noexcept {
+  const WordBytes tag;
+  const auto packed = hn::TableLookupBytes(bytes, hn::Load(tag, table.places[index]));
+  const std::size_t count = table.lengths[index] - unused;
+  if (room >= hn::Lanes(tag)) {
+    storeAll(packed, tag, to);
+  } else {
+    storeFirst(packed, tag, to, count);
+  }
+  return count;
+}
+
+#endif
+
 /// Stores the first `count` units, which need at most two bytes each.
 template <class Vector>
 HWY_INLINE std::size_t storeTwoBytes(Vector units, std::size_t count, char* to,
                                      std::size_t room) noexcept {
-  const Units tag;
+  const TwoBlocks tag;
   const WordBytes byteTag;
   const auto all = [&](std::uint16_t value) HWY_ATTR { return hn::Set(tag, value); };
   const auto isTwo = hn::Gt(units, all(0x7F));
   const auto two = hn::Or(hn::Or(hn::ShiftRight<6>(units), all(0xC0)),
                           hn::Or(hn::ShiftLeft<8>(hn::And(units, all(0x3F))), all(0x8000)));
-  const auto bytes = hn::IfThenElse(isTwo, two, units);
+  const auto bytes = hn::BitCast(byteTag, hn::IfThenElse(isTwo, two, units));
+#if HWY_TARGET == HWY_AVX3_DL
   const auto used =
       hn::IfThenElseZero(hn::FirstN(tag, count), hn::IfThenElse(isTwo, all(0xFFFF), all(0xFF)));
-  return storeUsedBytes(hn::BitCast(byteTag, bytes), hn::BitCast(byteTag, used), to, room);
-}
-
+  return storeUsedBytes(bytes, hn::BitCast(byteTag, used), to, room);
+#else
+  const std::size_t index = bitsOf(tag, isTwo) & lowestBits(count);
+  return storePacked(bytes, twoBytePacking, index, 2 * unitsPerBlock - count, to, room);
 #endif
+}
 
 /// Spreads a block's units over words with room for four bytes, computes the bytes, and then moves
 /// them together.
@@ -447,28 +475,26 @@ HWY_INLINE TextProgress encodeBlocks(std::u16string_view units, char* utf8, std:
     return encoding == Encoding::untilEscape && isEscapedInJSON(scalar, slashes);
   };
   TextProgress progress;
-  [[maybe_unused]] bool mayBeTwo = true;  // as the block before
+  bool mayBeTwo = true;  // as the block before
 
   while (progress.read < units.size()) {
     const char16_t* const from = units.data() + progress.read;
     char* const to = utf8 + progress.written;
     const std::size_t left = units.size() - progress.read;
-#if HWY_TARGET == HWY_AVX3_DL
     // Units that need at most two bytes are converted without spreading them, twice as many at
     // once.
     const auto pairOfBlocks =
-        left >= 2 * unitsPerBlock ? loadAll(Units(), from) : loadFirst(Units(), from, left);
-    if (mayBeTwo && hn::AllTrue(Units(), hn::Lt(pairOfBlocks, hn::Set(Units(), 0x800)))) {
+        left >= 2 * unitsPerBlock ? loadAll(TwoBlocks(), from) : loadFirst(TwoBlocks(), from, left);
+    if (mayBeTwo && hn::AllTrue(TwoBlocks(), hn::Lt(pairOfBlocks, hn::Set(TwoBlocks(), 0x800)))) {
       std::size_t end = std::min(left, 2 * unitsPerBlock);
       const bool isLast = encoding == Encoding::untilEscape &&
-                          limitToPlain(pairOfBlocks, Units(), slashes, std::uint64_t{0}, end);
+                          limitToPlain(pairOfBlocks, TwoBlocks(), slashes, std::uint64_t{0}, end);
       const std::size_t count = storeTwoBytes(pairOfBlocks, end, to, room - progress.written);
       progress.read += end;
       progress.written += count;
       if (isLast) break;
       continue;
     }
-#endif
     const auto block =
         left >= unitsPerBlock ? loadAll(unitTag, from) : loadFirst(unitTag, from, left);
     std::size_t end = std::min(left, unitsPerBlock);
@@ -534,14 +560,8 @@ HWY_INLINE TextProgress encodeBlocks(std::u16string_view units, char* utf8, std:
     const std::uint64_t kept = lowestBits(end);
     const std::size_t index = (bitsOf(wordTag, isTwo) & kept) | (bitsOf(wordTag, isThree) & kept)
                                                                     << unitsPerBlock;
-    const auto packed =
-        hn::TableLookupBytes(hn::BitCast(byteTag, bytes), hn::Load(byteTag, packing.places[index]));
-    const std::size_t count = packing.lengths[index] - (unitsPerBlock - end);
-    if (room - progress.written >= hn::Lanes(byteTag)) {
-      storeAll(packed, byteTag, to);
-    } else {
-      storeFirst(packed, byteTag, to, count);
-    }
+    const std::size_t count = storePacked(hn::BitCast(byteTag, bytes), packing, index,
+                                          unitsPerBlock - end, to, room - progress.written);
 #endif
     progress.read += end;
     progress.written += count;
