@@ -24,7 +24,9 @@ constexpr milliseconds maxDelay{1000};
 /// How often the search begins anew because folders are made while it looks for them.
 constexpr int maxSearches = 100;
 
-constexpr std::uint32_t entryEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
+/// IN_ATTRIB tells of permissions, of the watched folder's own ones, too.
+constexpr std::uint32_t entryEvents =
+    IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB;
 constexpr std::uint32_t ownEvents = IN_DELETE_SELF | IN_MOVE_SELF;
 constexpr std::uint32_t endEvents = ownEvents | IN_UNMOUNT | IN_IGNORED;
 
@@ -105,13 +107,14 @@ bool FolderWatch::readEvents(bool& isLost) {
     const auto& event = *reinterpret_cast<const inotify_event*>(place);
     place += sizeof(inotify_event) + event.len;
     const std::string_view name = event.len > 0 ? event.name : "";
+    const bool isOwn = event.len == 0;  // of the watched folder itself, not of an entry
     const auto isAwaited = [&](const auto& entry) {
-      return entry.first == event.wd && (event.mask & endEvents || entry.second == name);
+      return entry.first == event.wd && (isOwn || entry.second == name);
     };
     if (event.mask & IN_Q_OVERFLOW || std::ranges::any_of(above_, isAwaited) ||
         (event.wd == folder_ && event.mask & endEvents)) {
       isLost = isChanged = true;
-    } else if (event.wd == folder_ && isWanted_(name)) {
+    } else if (event.wd == folder_ && (isOwn || isWanted_(name))) {
       isChanged = true;
     }
   }

@@ -18,9 +18,10 @@ enum class FolderEvent : std::uint8_t {
   failed,
 };
 
-/// Tells when files of one folder are made, changed, renamed or removed (inotify). The folder need
-/// not exist: its making, its removal and its replacement are changes, too. They are seen through
-/// the nearest folder above it that exists, so a folder further above must not be renamed.
+/// Tells when files of one folder are made, changed, renamed or removed, or when their permissions
+/// change (inotify). The folder need not exist, nor permit reading: its making, its removal, its
+/// replacement and a change of its permissions are changes, too. They are seen through the nearest
+/// folder above it that can be read, so a folder further above must not be renamed.
 class FolderWatch {
  public:
   /// `path` is absolute. Only files whose names `isWanted` accepts count. Changes count from here

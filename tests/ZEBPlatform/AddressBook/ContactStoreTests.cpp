@@ -309,6 +309,10 @@ TEST_F(ContactStores, ChangesArePosted) {
   expectPost("the making of the folder is posted");
   add("c.vcf", card("FN:d"));
   expectPost("a change in the new folder is posted");
+  fs::permissions(folder() / "c.vcf", fs::perms(0600));
+  expectPost("a file's permissions are posted");
+  fs::permissions(folder(), fs::perms(0700));
+  expectPost("the folder's permissions are posted");
   configuration.contactsFolder = (root / "link/missing/contacts").string();
   CNSetHostConfiguration(configuration);
   expectPost("another folder is posted");
@@ -324,6 +328,32 @@ TEST_F(ContactStores, ChangesArePosted) {
   EXPECT_TRUE(isWatching());
   store = nullptr;
   waitUntil([] { return !isWatching(); }, "the thread ends with the last store");
+}
+
+TEST_F(ContactStores, AFolderThatBecomesReadableIsWatched) {
+  // Root may read every folder, so the test gives this right up.
+  const bool isRoot = geteuid() == 0;
+  const uid_t user = isRoot ? 65534 : geteuid();
+  for (const fs::path& path : {root, folder()}) ASSERT_EQ(chown(path.c_str(), user, -1), 0);
+  if (isRoot) {
+    ASSERT_EQ(seteuid(user), 0);
+  }
+  for (const fs::path& closed : {folder(), root}) {
+    fs::permissions(closed, fs::perms::none);
+    CNSetHostConfiguration(configuration);
+    std::atomic<int> posts = 0;
+    const auto token = NSNotificationCenter::defaultCenter()->addObserverForName(
+        CNContactStoreDidChangeNotification, store, nullptr, [&](auto&) { ++posts; });
+    waitUntil([&] { return posts > 0; }, "the new configuration is posted");
+    fs::permissions(closed, fs::perms::owner_all);
+    waitUntil([&] { return posts > 1; }, "the permission is posted");
+    add("a.vcf", card("FN:a"));
+    waitUntil([&] { return posts > 2; }, "a file in the readable folder is posted");
+    NSNotificationCenter::defaultCenter()->removeObserver(token);
+  }
+  if (isRoot) {
+    ASSERT_EQ(seteuid(0), 0);
+  }
 }
 
 TEST_F(ContactStores, StormOfStoresAndChanges) {
