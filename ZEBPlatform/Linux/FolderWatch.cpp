@@ -79,6 +79,9 @@ bool FolderWatch::watchNearestFolderAbove(const std::string& path) {
       if (watch < 0 && !isMissing(errno)) return false;
     }
     if (watch < 0) return false;
+    // A watch that is older than this search misses no change, so the search ends. This is also the
+    // case if the next folder exists but cannot be read.
+    if (std::ranges::find(above_, std::pair(watch, name)) != above_.end()) return true;
     above_.emplace_back(watch, name);
     // If the next folder has been made before this one was watched, it is the nearest one.
     struct stat facts;

@@ -21,7 +21,10 @@ enum class FolderEvent : std::uint8_t {
 /// Tells when files of one folder are made, changed, renamed or removed, or when their permissions
 /// change (inotify). The folder need not exist, nor permit reading: its making, its removal, its
 /// replacement and a change of its permissions are changes, too. They are seen through the nearest
-/// folder above it that can be read, so a folder further above must not be renamed.
+/// folder above it that can be read, so a folder further above must not be renamed. Limit: where a
+/// folder above permits entering but not reading (mode 0711), entries that are
+/// made, renamed or removed in it are not noticed, except that the watched folder itself
+/// disappears.
 class FolderWatch {
  public:
   /// `path` is absolute. Only files whose names `isWanted` accepts count. Changes count from here
