@@ -16,7 +16,7 @@ namespace zeb {
 /// store; if there are several stores, it is posted once for each. Changes of a burst are combined:
 /// it is posted when no change has come for 100 ms, at the latest one second after the first one.
 /// The thread is the address book's own; observers should return soon, and an exception out of one
-/// ends the process.
+/// ends the process. CNSetHostConfiguration() posts at once, on its caller's thread.
 extern const char* const CNContactStoreDidChangeNotification;
 
 namespace detail {
@@ -50,7 +50,8 @@ class StoreWatch;
 ///
 /// **Watching.** While there is a store, one thread of the process watches the folder with inotify,
 /// also if it is deleted and made again. Without a store nothing is watched. If the system's limits
-/// do not let the process watch, a warning is logged and no change is posted.
+/// do not let the process watch, a warning is logged and no change is posted until another store is
+/// made or the configuration is set, either of which tries again.
 class CNContactStore final : public NSObject {
  public:
   CNContactStore();

@@ -8,7 +8,6 @@
 #include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBPlatform/Notifications/NSNotificationCenter.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <unordered_set>
@@ -28,7 +27,7 @@ class StoreWatch {
   void add(CNContactStore& store) ZEB_EXCLUDES(lock_) {
     LockGuard guard(lock_);
     stores_.insert(&store);
-    if (stores_.size() > 1 || start(Beginning::quiet)) return;
+    if (run_ || start()) return;
     guard.unlock();
     logFailure();
   }
@@ -43,30 +42,28 @@ class StoreWatch {
     LockGuard guard(lock_);
     if (stores_.empty()) return;
     stop();
-    if (start(Beginning::posts)) return;
+    const bool isWatched = start();
+    const std::vector<Ref<CNContactStore>> stores = livingStores();
     guard.unlock();
-    logFailure();
+    if (!isWatched) logFailure();
+    postTo(stores);
   }
 
  private:
-  enum class Beginning : std::uint8_t { quiet, posts };
-
   /// One run of the thread.
   struct Run {
-    Run(std::string folder, Beginning wantedBeginning)
-        : watch(std::move(folder), isContactFileName), beginning(wantedBeginning) {}
+    explicit Run(std::string folder) : watch(std::move(folder), isContactFileName) {}
 
     FolderWatch watch;
-    const Beginning beginning;
   };
 
   /// Setting up the watch makes some system calls, none of which waits for another thread. The lock
   /// is held meanwhile, so that each store that is added finds its folder watched. False if the
   /// system refuses.
-  bool start(Beginning beginning) ZEB_REQUIRES(lock_) {
+  bool start() ZEB_REQUIRES(lock_) {
     std::string folder = contactsFolder(CNCurrentHostConfiguration());
     if (folder.empty()) return true;
-    auto run = std::make_shared<Run>(std::move(folder), beginning);
+    auto run = std::make_shared<Run>(std::move(folder));
     auto argument = std::make_unique<std::shared_ptr<Run>>(run);
     if (!run->watch.isWatching() ||
         !startServiceThread("zeb-contacts", &StoreWatch::watch, argument.get()))
@@ -84,13 +81,13 @@ class StoreWatch {
   static void watch(void* argument) noexcept {
     const std::unique_ptr<std::shared_ptr<Run>> owner(static_cast<std::shared_ptr<Run>*>(argument));
     Run& run = **owner;
-    if (run.beginning == Beginning::posts) shared().post(run);
     for (;;) {
       switch (run.watch.wait()) {
         case FolderEvent::changed:
           shared().post(run);
           break;
         case FolderEvent::failed:
+          shared().end(run);
           logFailure();
           return;
         case FolderEvent::stopped:
@@ -99,15 +96,29 @@ class StoreWatch {
     }
   }
 
+  /// Lets the next store that is added try again.
+  void end(const Run& run) ZEB_EXCLUDES(lock_) {
+    const LockGuard guard(lock_);
+    if (run_.get() == &run) run_.reset();
+  }
+
   void post(const Run& run) ZEB_EXCLUDES(lock_) {
+    LockGuard guard(lock_);
+    if (run_.get() != &run) return;
+    const std::vector<Ref<CNContactStore>> stores = livingStores();
+    guard.unlock();
+    postTo(stores);
+  }
+
+  std::vector<Ref<CNContactStore>> livingStores() ZEB_REQUIRES(lock_) {
     std::vector<Ref<CNContactStore>> alive;
-    {
-      const LockGuard guard(lock_);
-      if (run_.get() != &run) return;
-      for (CNContactStore* store : stores_)
-        if (store->retainUnlessDying()) alive.push_back(Ref<CNContactStore>::adopt(store));
-    }
-    for (const Ref<CNContactStore>& store : alive) {
+    for (CNContactStore* store : stores_)
+      if (store->retainUnlessDying()) alive.push_back(Ref<CNContactStore>::adopt(store));
+    return alive;
+  }
+
+  static void postTo(const std::vector<Ref<CNContactStore>>& stores) {
+    for (const Ref<CNContactStore>& store : stores) {
       NSNotificationCenter::defaultCenter()->postNotificationName(
           CNContactStoreDidChangeNotification, store);
     }

@@ -1,6 +1,7 @@
 #include <ZEBPlatform/AddressBook.h>
 #include <ZEBPlatform/Notifications.h>
 #include <ZEBPlatform/Text/NSLocale.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -315,7 +316,7 @@ TEST_F(ContactStores, ChangesArePosted) {
   expectPost("the folder's permissions are posted");
   configuration.contactsFolder = (root / "link/missing/contacts").string();
   CNSetHostConfiguration(configuration);
-  expectPost("another folder is posted");
+  EXPECT_GT(posts.exchange(0), 0) << "another folder is posted at once";
   fs::create_directory(root / "target");
   fs::create_symlink("target", root / "link");
   expectPost("a part of the path is posted");
@@ -344,16 +345,34 @@ TEST_F(ContactStores, AFolderThatBecomesReadableIsWatched) {
     std::atomic<int> posts = 0;
     const auto token = NSNotificationCenter::defaultCenter()->addObserverForName(
         CNContactStoreDidChangeNotification, store, nullptr, [&](auto&) { ++posts; });
-    waitUntil([&] { return posts > 0; }, "the new configuration is posted");
     fs::permissions(closed, fs::perms::owner_all);
-    waitUntil([&] { return posts > 1; }, "the permission is posted");
+    waitUntil([&] { return posts > 0; }, "the permission is posted");
     add("a.vcf", card("FN:a"));
-    waitUntil([&] { return posts > 2; }, "a file in the readable folder is posted");
+    waitUntil([&] { return posts > 1; }, "a file in the readable folder is posted");
     NSNotificationCenter::defaultCenter()->removeObserver(token);
   }
   if (isRoot) {
     ASSERT_EQ(seteuid(0), 0);
   }
+}
+
+TEST_F(ContactStores, AFailedWatchStartsAgainWithTheNextStore) {
+  LogRecorder log;
+  int posts = 0;
+  const auto token = NSNotificationCenter::defaultCenter()->addObserverForName(
+      CNContactStoreDidChangeNotification, store, nullptr, [&](auto&) { ++posts; });
+  rlimit limit;
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit noDescriptors{0, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &noDescriptors), 0);
+  CNSetHostConfiguration(configuration);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+  EXPECT_EQ(posts, 1);
+  EXPECT_EQ(log.take().size(), 1u);
+  waitUntil([] { return !isWatching(); }, "the former thread ends");
+  const auto other = makeRef<CNContactStore>();
+  waitUntil(isWatching, "the next store watches again");
+  NSNotificationCenter::defaultCenter()->removeObserver(token);
 }
 
 TEST_F(ContactStores, StormOfStoresAndChanges) {
