@@ -7,14 +7,15 @@
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Foundation/Format.h>
 #include <ZEBPlatform/Linux/detail/FileReading.h>
-#include <ZEBPlatform/Linux/detail/FileWriter.h>
 #include <ZEBPlatform/Linux/detail/Folder.h>
+#include <ZEBPlatform/Linux/detail/PrivateFiles.h>
 
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -48,31 +49,46 @@ State& state() {
   return *instance;
 }
 
+std::string reasonToAskAgain(int failure) {
+  switch (failure) {
+    case 0:
+      return "unknown content";
+    case ELOOP:
+      return "links are not followed";
+    case EPERM:
+      return "another user could have changed it";
+    default:
+      return textOfErrorNumber(failure);
+  }
+}
+
 std::optional<CNAuthorizationStatus> readAnswer(const std::string& path) {
-  std::string content;
   if (path.empty()) return std::nullopt;
-  const int failure = readWholeFile(path, maxFileSize, content);
-  if (content == authorizedText) return CNAuthorizationStatusAuthorized;
-  if (content == deniedText) return CNAuthorizationStatusDenied;
+  char content[maxFileSize + 1];
+  std::size_t count = 0;
+  const int failure = readProtectedFile(path, Protection::fromChanges,
+                                        std::as_writable_bytes(std::span(content)), count);
+  const std::string_view text(content, count);
+  if (!failure && text == authorizedText) return CNAuthorizationStatusAuthorized;
+  if (!failure && text == deniedText) return CNAuthorizationStatusDenied;
   if (failure != ENOENT && failure != ENOTDIR) {
     logAddressBook(OLGLevelWarning, sourceFile, "readAnswer", __LINE__,
                    formattedText("%s does not hold the user's answer (%s); the user is asked again",
-                                 {path, failure ? textOfErrorNumber(failure) : "unknown content"}));
+                                 {path, reasonToAskAgain(failure)}));
   }
   return std::nullopt;
 }
 
+/// Replaces the file as a whole, because a file that is not believed may have any owner and mode.
 int writeAnswer(const std::string& path, CNAuthorizationStatus answer) {
   if (path.empty()) return ENOENT;
   std::error_code failure;
   fs::create_directories(fs::path(path).parent_path(), failure);
+  if (!failure) fs::remove(path, failure);
   if (failure) return failure.value();
   const std::string_view text =
       answer == CNAuthorizationStatusAuthorized ? authorizedText : deniedText;
-  FileWriter writer;
-  int problem = writer.open(path, FileWriter::Way::atomic, FileWriter::Existing::replace);
-  if (!problem) problem = writer.write(std::as_bytes(std::span(text)));
-  return problem ? problem : writer.commit();
+  return writeNewFile(path, std::as_bytes(std::span(text)));
 }
 
 std::optional<CNAuthorizationStatus> rememberedAnswer(const CNHostConfiguration& configuration) {

@@ -34,7 +34,9 @@ struct CNHostConfiguration {
   NSString contactsFolder;
   /// The absolute path of the file that remembers the user's answer for this program. Nil means
   /// "zebutilities/contacts-access/<name of the program's file>" in the user's configuration
-  /// folder: $XDG_CONFIG_HOME, or ~/.config.
+  /// folder: $XDG_CONFIG_HOME, or ~/.config. A file that is a link, that its group or others may
+  /// write, or that belongs to another user than root and the process's own one is not believed: a
+  /// warning is logged, the user is asked again, and the answer replaces the file.
   NSString authorizationFile;
   /// Nil if the host cannot ask.
   CNAccessPrompt accessPrompt;

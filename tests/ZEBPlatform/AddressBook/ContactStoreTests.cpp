@@ -43,6 +43,7 @@ struct ContactStores : testing::Test {
   /// Makes this the content of the file of the user's answer.
   void answer(const char* content) {
     write(root / "settings/answer", content);
+    fs::permissions(root / "settings/answer", fs::perms(0600));
     CNSetHostConfiguration(configuration);
   }
   static void write(const fs::path& file, const std::string& content) {
@@ -281,6 +282,33 @@ TEST_F(ContactStores, Restrictions) {
   EXPECT_EQ(status(), CNAuthorizationStatusNotDetermined);
   EXPECT_EQ(status(), CNAuthorizationStatusNotDetermined);
   EXPECT_EQ(log.take().size(), 1u);
+}
+
+TEST_F(ContactStores, BelieveOnlyFilesThatNobodyElseCouldChange) {
+  const fs::path file = root / "settings/answer";
+  configuration.accessPrompt = [](CNEntityType, const Answer& answer) { answer(true); };
+  std::vector<std::function<void()>> faults{[&] { fs::permissions(file, fs::perms(0620)); },
+                                            [&] { fs::permissions(file, fs::perms(0602)); },
+                                            [&] {
+                                              fs::rename(file, root / "target");
+                                              fs::create_symlink(root / "target", file);
+                                            }};
+  if (geteuid() == 0) {
+    faults.push_back([&] { ASSERT_EQ(chown(file.c_str(), 12345, 12345), 0); });
+  }
+  for (const auto& makeFault : faults) {
+    makeFault();
+    CNSetHostConfiguration(configuration);
+    LogRecorder log;
+    EXPECT_EQ(status(), CNAuthorizationStatusNotDetermined);
+    EXPECT_EQ(log.take().size(), 1u);
+    Requests requests;
+    requests.request();
+    EXPECT_EQ(requests.await(1)[0], "granted");
+    EXPECT_EQ(fs::symlink_status(file).permissions(), fs::perms(0600));
+    CNSetHostConfiguration(configuration);
+    EXPECT_EQ(status(), CNAuthorizationStatusAuthorized);
+  }
 }
 
 /// Whether a thread with the name of the watching one exists.
