@@ -32,11 +32,18 @@ constexpr std::size_t maxFileSize = 64;
 
 using Completion = Block<void(bool isGranted, const NSError& error)>;
 
+struct UnstoredAnswer {
+  std::string file;
+  CNAuthorizationStatus answer;
+};
+
 struct State {
   Lock lock;
   /// Whether `answer` is what the file says.
   bool isRead ZEB_GUARDED_BY(lock) = false;
   std::optional<CNAuthorizationStatus> answer ZEB_GUARDED_BY(lock);
+  /// Holds where the file says nothing.
+  std::optional<UnstoredAnswer> unstored ZEB_GUARDED_BY(lock);
   /// Counts the moments when knowledge became outdated, so that a thread that read the file before
   /// does not store what it found.
   std::uint64_t generation ZEB_GUARDED_BY(lock) = 0;
@@ -99,8 +106,10 @@ std::optional<CNAuthorizationStatus> rememberedAnswer(const CNHostConfiguration&
     if (known.isRead) return known.answer;
     generation = known.generation;
   }
-  const auto answer = readAnswer(authorizationFile(configuration));
+  const std::string file = authorizationFile(configuration);
+  auto answer = readAnswer(file);
   const LockGuard guard(known.lock);
+  if (!answer && known.unstored && known.unstored->file == file) answer = known.unstored->answer;
   if (known.generation == generation) {
     known.isRead = true;
     known.answer = answer;
@@ -164,7 +173,8 @@ class Question : public NSObject {
     if (!isOpen_.exchange(false)) return;
     const CNAuthorizationStatus status =
         isGranted ? CNAuthorizationStatusAuthorized : CNAuthorizationStatusDenied;
-    if (const int failure = writeAnswer(file_, status)) {
+    const int failure = writeAnswer(file_, status);
+    if (failure) {
       logAddressBook(
           OLGLevelError, sourceFile, "Question::answer", __LINE__,
           formattedText("the user's answer could not be stored in \"%s\" (%s); it holds until this "
@@ -174,6 +184,7 @@ class Question : public NSObject {
     {
       State& known = state();
       const LockGuard guard(known.lock);
+      if (failure) known.unstored = {file_, status};
       if (known.generation == generation_) {
         known.isRead = true;
         known.answer = status;
@@ -268,6 +279,11 @@ bool forgetAuthorization(NSError* error) {
                                                    path, failure.message())}});
     }
     return false;
+  }
+  {
+    State& known = state();
+    const LockGuard guard(known.lock);
+    known.unstored.reset();
   }
   readAuthorizationAgain();
   return true;

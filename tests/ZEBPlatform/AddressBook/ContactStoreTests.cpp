@@ -311,6 +311,25 @@ TEST_F(ContactStores, BelieveOnlyFilesThatNobodyElseCouldChange) {
   }
 }
 
+TEST_F(ContactStores, AnAnswerThatCannotBeStoredHoldsForTheProcess) {
+  LogRecorder log;
+  Requests requests;
+  configuration.accessPrompt = [](CNEntityType, const Answer& answer) { answer(true); };
+  const NSString stored = configuration.authorizationFile;
+  configuration.authorizationFile = "/proc/missing/answer";
+  CNSetHostConfiguration(configuration);
+  requests.request();
+  EXPECT_EQ(requests.await(1)[0], "granted");
+  EXPECT_EQ(log.take().size(), 1u);
+  for (const NSString& file : {stored, configuration.authorizationFile}) {
+    configuration.authorizationFile = file;
+    CNSetHostConfiguration(configuration);
+    EXPECT_EQ(status(), CNAuthorizationStatusAuthorized);
+  }
+  EXPECT_TRUE(CNContactStore::forgetAuthorizationForEntityType(CNEntityTypeContacts, &error));
+  EXPECT_EQ(status(), CNAuthorizationStatusNotDetermined);
+}
+
 /// Whether a thread with the name of the watching one exists.
 bool isWatching() {
   for (const auto& thread : fs::directory_iterator("/proc/self/task"))
