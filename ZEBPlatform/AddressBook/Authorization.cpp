@@ -191,6 +191,9 @@ class Question : public NSObject {
         ++known.generation;
       }
     }
+    // The host may have ruled out access since the question.
+    const std::string reason = restriction(CNCurrentHostConfiguration());
+    if (!reason.empty()) return end(false, denial(reason));
     end(isGranted, isGranted ? NSError() : authorizationError(status));
   }
 

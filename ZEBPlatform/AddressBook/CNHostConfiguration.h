@@ -46,8 +46,8 @@ struct CNHostConfiguration {
 /// Replaces the configuration of the process. Meant to be called once, before the first store is
 /// made. Later calls take effect at once: stores read and watch the new folder, and the status
 /// follows the new policy and file. Before the call returns, CNContactStoreDidChangeNotification is
-/// posted for each store on the calling thread. A prompt that waits for its answer goes on. Any
-/// thread.
+/// posted for each store on the calling thread. A prompt that waits for its answer goes on; under
+/// the policy `restricted` its answer is stored, and its requests are denied. Any thread.
 void CNSetHostConfiguration(const CNHostConfiguration& configuration);
 
 /// The configuration that was set last. Any thread.

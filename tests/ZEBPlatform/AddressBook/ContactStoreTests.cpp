@@ -248,11 +248,15 @@ TEST_F(ContactStores, AskOnceAndRemember) {
 
   EXPECT_TRUE(CNContactStore::forgetAuthorizationForEntityType(CNEntityTypeContacts, &error));
   requests.request();
+  configuration.policy = CNHostPolicy::restricted;
+  CNSetHostConfiguration(configuration);
   answers.at(1)(true);
-  EXPECT_EQ(requests.await(1)[0], "granted");
-  EXPECT_EQ(status(), CNAuthorizationStatusAuthorized);
+  EXPECT_TRUE(requests.await(1)[0].starts_with("The host of this program"));
+  configuration.policy = CNHostPolicy::askUser;
+  CNSetHostConfiguration(configuration);
   requests.request();
   EXPECT_EQ(requests.await(1)[0], "granted");
+  EXPECT_EQ(status(), CNAuthorizationStatusAuthorized);
   EXPECT_EQ(answers.size(), 2u);
 }
 
