@@ -28,10 +28,10 @@ constexpr std::pair<NSArray CNContactFields::*, detail::ContactKey> lists[] = {
     {&CNContactFields::phoneNumbers, detail::phoneNumbersKey},
 };
 
-/// Without texts and lists that their owner may change.
+/// Without texts and lists that their owner may change, the texts in the lists included.
 CNContactFields copyOf(CNContactFields fields) {
   for (const auto& [text, key] : texts) fields.*text = (fields.*text).copy();
-  for (const auto& [list, key] : lists) fields.*list = (fields.*list).copy();
+  for (const auto& [list, key] : lists) fields.*list = (fields.*list).detachedCopy();
   return fields;
 }
 

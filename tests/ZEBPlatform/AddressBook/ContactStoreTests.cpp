@@ -130,7 +130,11 @@ TEST_F(ContactStores, LogBrokenFilesOnce) {
   EXPECT_EQ(log.take(), std::vector<std::string>(1, expected[0]));
 }
 
-TEST_F(ContactStores, PropertiesThatWereNotFetched) {
+TEST_F(ContactStores, PropertiesOfContacts) {
+  NSMutableString number("5");
+  const CNContact own({.phoneNumbers = {number}});
+  number.setString("6");
+  EXPECT_EQ(own.phoneNumbers(), NSArray{"5"});
   add("a.vcf", card("UID:1\nN:Lee;Ann\nTEL:5"));
   const auto contact = fetch({CNContactGivenNameKey}).firstObject().object<CNContact>();
   EXPECT_EQ(contact->identifier(), "1");
