@@ -4,6 +4,8 @@
 #include <ZEBPlatform/KeyedCoding/CoderConversion.h>
 #include <ZEBPlatform/Runtime/Registration.h>
 
+#include <algorithm>
+
 namespace zeb {
 
 namespace {
@@ -15,7 +17,12 @@ constexpr const char* normalizedPhoneNumbersKey = "normalizedPhoneNumbers";
 constexpr const char* uniqueIdentifierKey = "uniqueIdentifier";
 
 NSString kept(const NSString& text) { return text.isNil() ? NSString("") : text.copy(); }
-NSArray kept(const NSArray& strings) { return strings.isNil() ? NSArray::array() : strings.copy(); }
+/// The array and its strings, none of which can change. Most arrays need no copy.
+NSArray kept(const NSArray& strings) {
+  if (strings.isNil()) return NSArray::array();
+  const bool hasMutableStrings = std::ranges::any_of(strings, &Value::isMutable);
+  return hasMutableStrings ? strings.detachedCopy() : strings.copy();
+}
 
 NSArray normalized(const NSArray& phoneNumbers) {
   detail::ArrayBuilder numbers(phoneNumbers.count());

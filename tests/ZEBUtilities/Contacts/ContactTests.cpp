@@ -36,9 +36,10 @@ TEST(Contact, NormalizesPhoneNumbers) {
 }
 
 TEST(Contact, TravelsThroughTheKeyedCoderAndAnswersSelectors) {
-  NSMutableString name("J\xC3\xB6rg");
-  const auto contact = makeRef<Contact>(name, NSArray{"a@b"}, NSArray{"none", "+1 2,3"}, "7#2");
+  NSMutableString name("J\xC3\xB6rg"), address("a@b");
+  const auto contact = makeRef<Contact>(name, NSArray{address}, NSArray{"none", "+1 2,3"}, "7#2");
   name.setString("");
+  address.setString("");
   const NSData archive = NSKeyedArchiver::archivedDataWithRootObject(contact);
   EXPECT_EQ(archive.view(),
             "{\"archive\":\"keyed\",\"version\":1,\"class\":\"_Contact\",\"fields\":"
