@@ -130,6 +130,18 @@ TEST_F(ContactStores, LogBrokenFilesOnce) {
   EXPECT_EQ(log.take(), std::vector<std::string>(1, expected[0]));
 }
 
+TEST_F(ContactStores, AHundredthOfTheFilesIsBroken) {
+  LogRecorder log;
+  for (int number = 0; number < 1000; ++number) {
+    const std::string text = card("FN:" + std::to_string(number));
+    add((std::to_string(number) + ".vcf").c_str(), number % 100 ? text : text.substr(0, 14));
+  }
+  for (const std::size_t logged : {10u, 0u}) {
+    EXPECT_EQ(fetch().count(), 990u);
+    EXPECT_EQ(log.take().size(), logged);
+  }
+}
+
 TEST_F(ContactStores, PropertiesOfContacts) {
   NSMutableString number("5");
   const CNContact own({.phoneNumbers = {number}});
