@@ -5,15 +5,17 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <ctime>
+#include <chrono>
+#include <thread>
 
 namespace zeb {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 /// Between two attempts. flock() itself can only wait without a limit.
-constexpr timespec pause = {0, 2'000'000};
-constexpr double pauseSeconds = 0.002;
+constexpr std::chrono::milliseconds pause(2);
 
 }  // namespace
 
@@ -28,11 +30,14 @@ int FileLock::acquire(const std::string& path, double maxSeconds, Mode mode) {
   descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor_ < 0) return errno;
   const int operation = mode == Mode::shared ? LOCK_SH : LOCK_EX;
-  for (double waited = 0;; waited += pauseSeconds) {
-    if (flock(descriptor_, operation | LOCK_NB) == 0) return 0;
-    if (errno != EINTR && (errno != EWOULDBLOCK || waited >= maxSeconds)) return errno;
-    nanosleep(&pause, nullptr);
+  const auto start = Clock::now();
+  while (flock(descriptor_, operation | LOCK_NB) != 0) {
+    if (errno == EINTR) continue;
+    const std::chrono::duration<double> waited = Clock::now() - start;
+    if (errno != EWOULDBLOCK || waited.count() >= maxSeconds) return errno;
+    std::this_thread::sleep_for(pause);
   }
+  return 0;
 }
 
 }  // namespace zeb
