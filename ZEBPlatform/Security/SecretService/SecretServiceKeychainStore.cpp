@@ -12,6 +12,20 @@ namespace zeb {
 
 namespace {
 
+/// Takes the lock between all processes that share the collection. The next owner waits behind a
+/// gate: a writer alone, readers together. Otherwise readers whose times overlap would keep a
+/// writer out for ever.
+OSStatus takeLock(FileLock::Mode mode, const ServiceDeadline& deadline, FileLock& lock) {
+  std::string folder = std::string(g_get_user_runtime_dir()) + "/zebutilities";
+  std::string gateFolder = folder + "/gate";
+  if (makePrivateFolder(folder, folder) != 0) return errSecNotAvailable;
+  if (makePrivateFolder(gateFolder, gateFolder) != 0) return errSecNotAvailable;
+  const auto secondsLeft = [&] { return deadline.millisecondsLeft() / 1000.0; };
+  FileLock gate;
+  if (gate.acquire(gateFolder, secondsLeft(), mode) != 0) return errSecNotAvailable;
+  return lock.acquire(folder, secondsLeft(), mode) == 0 ? errSecSuccess : errSecNotAvailable;
+}
+
 /// The text that sorts the items which are added now. Has always the same length.
 std::string orderOf(std::size_t index) {
   const auto now = std::chrono::system_clock::now().time_since_epoch();
@@ -133,15 +147,12 @@ OSStatus SecretServiceKeychainStore::perform(Access access,
       ServiceDeadline(options_.timeout),
       {options_.prompting == SecretServiceOptions::Prompting::allowed, options_.promptTimeout});
   // Before the lock, because others should not have to wait for the user.
-  const OSStatus status = openCollection(collection);
+  OSStatus status = openCollection(collection);
   if (status != errSecSuccess) return status;
-  std::string folder = std::string(g_get_user_runtime_dir()) + "/zebutilities";
-  if (makePrivateFolder(folder, folder) != 0) return errSecNotAvailable;
   const auto mode = access == Access::read ? FileLock::Mode::shared : FileLock::Mode::exclusive;
-  const double maxSeconds = collection.deadline().millisecondsLeft() / 1000.0;
   FileLock lock;
-  if (lock.acquire(folder, maxSeconds, mode) != 0) return errSecNotAvailable;
-  return work(collection);
+  status = takeLock(mode, collection.deadline(), lock);
+  return status == errSecSuccess ? work(collection) : status;
 }
 
 OSStatus SecretServiceKeychainStore::availability() {

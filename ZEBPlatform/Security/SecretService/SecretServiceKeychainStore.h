@@ -57,7 +57,8 @@ struct SecretServiceOptions {
 ///
 /// Several processes: a call that changes items excludes all other calls by a lock on the folder
 /// "zebutilities" in the user's runtime folder (XDG_RUNTIME_DIR, else the cache folder). Processes
-/// that share a collection must have the same one.
+/// that share a collection must have the same one. Calls that begin after a change has begun to
+/// wait for the lock wait for that change.
 ///
 /// All or none: adding or removing one item is one change of the service. If a call that needs
 /// several changes fails in its course, the store takes back what it has done. It cannot if the

@@ -1,4 +1,5 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
+#include <ZEBPlatform/Linux/detail/FileLock.h>
 #include <ZEBPlatform/Security/SecretService/SecretServiceKeychainStore.h>
 #include <libsecret/secret.h>
 #include <sys/socket.h>
@@ -195,6 +196,19 @@ TEST_F(SecretServiceKeychainStoreTest, UsesTheCollectionThatTheHostNames) {
   EXPECT_EQ(find(*openStore()), errSecSuccess);
   EXPECT_EQ(find(*openStore({.collection = "missing"})), errSecNotAvailable);
   EXPECT_EQ(openStore({.collection = std::u16string_view(u"\xD800")})->availability(), errSecParam);
+}
+
+TEST_F(SecretServiceKeychainStoreTest, LaterReadersDoNotOvertakeAWaitingWriter) {
+  const auto store = openStore();
+  ASSERT_EQ(add(*store, password("a"_ns)), errSecSuccess);
+  const std::string folder = g_get_user_runtime_dir() + std::string("/zebutilities");
+  std::jthread writer;
+  FileLock reader;
+  ASSERT_EQ(reader.acquire(folder, 0, FileLock::Mode::shared), 0);
+  writer = std::jthread([&] { EXPECT_EQ(add(*store, password("b"_ns)), errSecSuccess); });
+  waitUntil([&] { return FileLock().acquire(folder + "/gate", 0, FileLock::Mode::shared) != 0; },
+            "the writer waits behind the gate");
+  EXPECT_EQ(find(*openStore({.timeout = 0.3})), errSecNotAvailable);
 }
 
 TEST_F(SecretServiceKeychainStoreTest, IsRefusedInTheChildOfAFork) {
