@@ -128,6 +128,25 @@ TEST_F(SecretServiceKeychainStoreTest, DoesNotWaitForeverForServiceOrBus) {
     EXPECT_EQ(openStore({.timeout = 0.3})->availability(), errSecNotAvailable) << each;
   }
   close(listener);
+
+  // No address: a running bus is found, and none is started.
+  const std::string folder = std::getenv("ZEB_TEST_KEYRING");
+  const std::string programs = std::getenv("PATH");
+  ASSERT_TRUE(run("cd " + folder +
+                  " && printf '#!/bin/sh\\ntouch %s/launched' $PWD >dbus-launch && "
+                  "chmod +x dbus-launch"));
+  setenv("PATH", (folder + ":" + programs).c_str(), 1);
+  setenv("DISPLAY", ":99", 1);
+  for (const char* each : {"autolaunch:", ""}) {
+    *each ? setenv("DBUS_SESSION_BUS_ADDRESS", each, 1) : unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    EXPECT_EQ(openStore()->availability(), errSecNotAvailable) << each;
+  }
+  EXPECT_NE(access((folder + "/launched").c_str(), F_OK), 0);
+  ASSERT_EQ(symlink((folder + "/bus").c_str(), (folder + "/run/bus").c_str()), 0);
+  EXPECT_EQ(openStore()->availability(), errSecSuccess);
+  unlink((folder + "/run/bus").c_str());
+  unsetenv("DISPLAY");
+  setenv("PATH", programs.c_str(), 1);
   setenv("DBUS_SESSION_BUS_ADDRESS", bus.c_str(), 1);
   EXPECT_EQ(openStore()->availability(), errSecSuccess);
 }
