@@ -44,7 +44,7 @@ struct SecretServiceOptions {
 ///
 /// Statuses:
 ///   - `errSecNotAvailable`: there is no session bus, no service or no such collection; the service
-///     did not answer in time, or calls of other processes did not end in time. The next call
+///     offers only sessions whose secrets are not encrypted; the service did not answer in time, or calls of other processes did not end in time. The next call
 ///     connects again, also with a service that was started anew. The session bus is that of the
 ///     variable DBUS_SESSION_BUS_ADDRESS, or "bus" in XDG_RUNTIME_DIR; none is ever started.
 ///   - `errSecInteractionNotAllowed`: the collection is locked, or the user refused. A locked

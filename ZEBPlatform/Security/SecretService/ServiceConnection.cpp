@@ -129,6 +129,13 @@ GLibPointer<SecretService> openedSession(GDBusConnection* bus, const ServiceDead
   return service;
 }
 
+/// Whether secrets cross the bus encrypted. With a service that refuses this, libsecret opens a
+/// session for plain secrets instead.
+bool isEncrypted(SecretService* service) {
+  const char* const algorithms = secret_service_get_session_algorithms(service);
+  return algorithms && std::strcmp(algorithms, "dh-ietf1024-sha256-aes128-cbc-pkcs7") == 0;
+}
+
 /// What the failure of a call means for the caller, and whether the connection is of no more use.
 struct Failure {
   OSStatus status;
@@ -176,7 +183,7 @@ OSStatus ServiceConnection::open(const ServiceDeadline& deadline,
   if (!bus) return errSecNotAvailable;
   GLibPointer<GMainContext> context;
   GLibPointer<SecretService> service = openedSession(bus.get(), deadline, context);
-  if (!service) return errSecNotAvailable;
+  if (!service || !isEncrypted(service.get())) return errSecNotAvailable;
   connection.reset(new ServiceConnection(std::move(bus), std::move(context), std::move(service)));
   return connection->isUsable() ? errSecSuccess : errSecNotAvailable;
 }

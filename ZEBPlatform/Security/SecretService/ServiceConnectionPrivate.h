@@ -24,7 +24,7 @@ class ServiceConnection {
   static bool isPossible() noexcept;
 
   /// Connects, which starts the service if the bus can start it. `errSecNotAvailable` without bus
-  /// or service and after the deadline.
+  /// or service, if the service cannot encrypt the session, and after the deadline.
   static OSStatus open(const ServiceDeadline& deadline,
                        std::shared_ptr<ServiceConnection>& connection);
   ServiceConnection(const ServiceConnection&) = delete;

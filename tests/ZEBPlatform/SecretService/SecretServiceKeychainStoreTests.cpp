@@ -6,6 +6,7 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 
+#include "FakeService.h"
 #include "Support/KeychainStoreSuite.h"
 
 namespace zeb::test {
@@ -243,6 +244,30 @@ TEST_F(SecretServiceKeychainStoreTest, IsRefusedInTheChildOfAFork) {
   EXPECT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
   EXPECT_EQ(store->availability(), errSecSuccess);
+}
+
+/// Tests with a service that behaves as the test says.
+class FakeSecretServiceTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(sendToKeyring("KILL"));
+    waitFor(*openStore(), errSecNotAvailable);
+  }
+  void TearDown() override {
+    ASSERT_TRUE(startKeyring());
+    waitFor(*openStore(), errSecSuccess);
+  }
+};
+
+TEST_F(FakeSecretServiceTest, MustEncryptItsSessions) {
+  {
+    FakeService service({});
+    EXPECT_EQ(openStore()->availability(), errSecSuccess);
+  }
+  FakeService service(
+      {{FakeService::encryptedSession, {""}}, {"OpenSession plain", {"(<''>, objectpath '/s')"}}});
+  EXPECT_EQ(openStore()->availability(), errSecNotAvailable);
+  EXPECT_TRUE(service.wasCalled("OpenSession plain"));
 }
 
 }  // namespace
