@@ -48,6 +48,11 @@ using KeychainMasterKey = std::variant<KeychainKeyInFile, KeychainPassphrase, Ke
 /// be on a local file system. If other processes keep the database locked for more than five
 /// seconds, a call fails with `errSecNotAvailable` and has done nothing.
 ///
+/// Each call, also one that reads, works on the database that is in the folder when the call begins.
+/// If the database was removed or moved away, the calls fail with `errSecNotAvailable`; if another
+/// store took its place, with `errSecInvalidKeychain`, and the folder has to be opened again. A copy
+/// of the same store that was put back is used without that.
+///
 /// A fork waits until the running calls have ended. Afterwards both processes can go on using the
 /// store; the child of a program with several threads should start another program soon, as always.
 /// A host's own fork handlers (pthread_atfork) must not use the store. Children that are made

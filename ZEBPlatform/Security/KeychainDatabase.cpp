@@ -243,10 +243,7 @@ KeychainDatabase::Lease::Lease(KeychainDatabase& database, Access access)
 }
 
 OSStatus KeychainDatabase::Lease::prepare() {
-  if (connection_) {
-    const bool isLost = access_ == Access::writes && connection_->isFileGone();
-    if (!isLost) return errSecSuccess;
-  }
+  if (connection_ && !connection_->isFileGone()) return errSecSuccess;
   KeychainKeyFacts facts;
   OSStatus status = connect(database_.path_, connection_, facts);
   // Another store may have taken the place of the file.

@@ -49,7 +49,8 @@ class SQLiteConnection {
   /// Whether the connection may be used again: not if an error was seen after which a new one is
   /// better.
   [[nodiscard]] bool isReusable() const noexcept { return isReusable_; }
-  /// Whether the file is no longer at its path, so that what is written would be lost.
+  /// Whether the file is no longer at its path, so that what is read would be outdated, and what is
+  /// written would be lost. Asks the system for the file at the path.
   [[nodiscard]] bool isFileGone() noexcept;
   /// Leaves the write-ahead log as it is when the connection is closed.
   void keepLogWhenClosed() noexcept;

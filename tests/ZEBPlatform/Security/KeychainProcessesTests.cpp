@@ -134,10 +134,20 @@ TEST_F(KeychainProcesses, ReportALockedDatabaseAndAReplacedOne) {
   EXPECT_EQ(secrets(store, named("anna")), "1") << "reading needs no such lock";
   execute("COMMIT");
   EXPECT_EQ(addOne(store, password("bert", "2")), errSecSuccess);
+  // An older copy of the store is put back, then the store is missing, then there is another one.
+  other.reset();
+  fs::copy(place, folder / "copy");
+  EXPECT_EQ(addOne(store, password("carl", "3")), errSecSuccess);
+  EXPECT_EQ(secrets(store, {}), "1 2 3");
   fs::rename(place, folder / "moved");
+  fs::rename(folder / "copy", place);
+  EXPECT_EQ(secrets(store, {}), "1 2");
+  fs::rename(place, folder / "copy");
+  EXPECT_EQ(secrets(store, {}), std::to_string(errSecNotAvailable));
   EXPECT_EQ(addOne(store, password("carl", "3")), errSecNotAvailable);
   const auto fresh = open();
   EXPECT_EQ(addOne(fresh, password("anna", "new")), errSecSuccess);
+  EXPECT_EQ(secrets(store, {}), std::to_string(errSecInvalidKeychain));
   EXPECT_EQ(addOne(store, password("carl", "3")), errSecInvalidKeychain);
   EXPECT_EQ(secrets(fresh, {}), "new");
 }
