@@ -53,10 +53,11 @@ using KeychainMasterKey = std::variant<KeychainKeyInFile, KeychainPassphrase, Ke
 /// store took its place, with `errSecInvalidKeychain`, and the folder has to be opened again. A copy
 /// of the same store that was put back is used without that.
 ///
-/// A fork waits until the running calls have ended. Afterwards both processes can go on using the
-/// store; the child of a program with several threads should start another program soon, as always.
-/// A host's own fork handlers (pthread_atfork) must not use the store. Children that are made
-/// without these handlers (`_Fork`, `clone`) must not use it either.
+/// The opening of a folder that is not open yet in the process, and a fork, wait until the running
+/// calls of all stores have ended. After a fork both processes can go on using the store; the child
+/// of a program with several threads should start another program soon, as always. A host's own
+/// fork handlers (pthread_atfork) must not use the store. Children that are made without these
+/// handlers (`_Fork`, `clone`) must not use it either.
 class EmbeddedKeychainStore : public KeychainStore {
  public:
   /// Longer values are refused with `errSecParam`.

@@ -34,18 +34,25 @@ struct KeychainDatabase::Registry {
   detail::Lock lock;
   detail::Condition changed;
   std::vector<KeychainDatabase*> databases ZEB_GUARDED_BY(lock);
-  std::size_t uses ZEB_GUARDED_BY(lock) = 0;   ///< calls of SQLite that are running
-  std::size_t forks ZEB_GUARDED_BY(lock) = 0;  ///< that wait for the uses
+  std::size_t uses ZEB_GUARDED_BY(lock) = 0;  ///< calls of SQLite that are running
+  /// Forks and examinations of files, which need all connections closed: nothing new is used.
+  std::size_t pauses ZEB_GUARDED_BY(lock) = 0;
   bool isOpening ZEB_GUARDED_BY(lock) = false;
 
   Registry() { callAroundForks(&beforeFork, &afterForkInParent, &afterForkInChild); }
 
   void beginUse() ZEB_REQUIRES(lock) {
-    while (forks > 0) changed.wait(lock);
+    while (pauses > 0) changed.wait(lock);
     ++uses;
   }
   void endUse() ZEB_REQUIRES(lock) {
     --uses;
+    changed.notifyAll();
+  }
+  /// Closes all connections after waiting until no more than `ownUses` calls are running.
+  void beginPause(std::size_t ownUses) ZEB_REQUIRES(lock);
+  void endPause() ZEB_REQUIRES(lock) {
+    --pauses;
     changed.notifyAll();
   }
 };
@@ -55,15 +62,11 @@ KeychainDatabase::Registry& KeychainDatabase::registry() {
   return *registry;
 }
 
-// The lock is held during the fork, so that both processes begin with a state that no other thread
-// was changing. Closing connections under it blocks only threads that would have to wait anyway.
-ZEB_UNCHECKED_LOCKING void KeychainDatabase::beforeFork() {
-  Registry& all = registry();
-  all.lock.lock();
-  ++all.forks;
-  while (all.uses > 0) all.changed.wait(all.lock);
-  for (KeychainDatabase* const database : all.databases) {
-    // A checkpoint would make the fork wait for the disk.
+void KeychainDatabase::Registry::beginPause(std::size_t ownUses) {
+  ++pauses;
+  while (uses > ownUses) changed.wait(lock);
+  for (KeychainDatabase* const database : databases) {
+    // A checkpoint would make the pause wait for the disk.
     if (database->idleWriter_) database->idleWriter_->keepLogWhenClosed();
     for (const Connection& reader : database->idleReaders_) reader->keepLogWhenClosed();
     database->idleWriter_.reset();
@@ -71,17 +74,24 @@ ZEB_UNCHECKED_LOCKING void KeychainDatabase::beforeFork() {
   }
 }
 
+// The lock is held during the fork, so that both processes begin with a state that no other thread
+// was changing. Closing connections under it blocks only threads that would have to wait anyway.
+ZEB_UNCHECKED_LOCKING void KeychainDatabase::beforeFork() {
+  Registry& all = registry();
+  all.lock.lock();
+  all.beginPause(0);
+}
+
 ZEB_UNCHECKED_LOCKING void KeychainDatabase::afterForkInParent() {
   Registry& all = registry();
-  --all.forks;
+  all.endPause();
   all.lock.unlock();
-  all.changed.notifyAll();
 }
 
 // Other threads that were about to fork do not exist in the child.
 ZEB_UNCHECKED_LOCKING void KeychainDatabase::afterForkInChild() {
   Registry& all = registry();
-  all.forks = 0;
+  all.pauses = 0;
   all.lock.unlock();
 }
 
@@ -104,14 +114,13 @@ struct KeychainDatabase::Closer {
   }
 };
 
-/// The only opening that is running in the process: files are examined without SQLite, which must
-/// not happen while a connection to the same file is open.
+/// The only opening that is running in the process, so that one store of a folder is opened once.
 class KeychainDatabase::Opening {
  public:
   explicit Opening(const std::string& path) : all_(registry()) {
     detail::LockGuard guard(all_.lock);
     for (;;) {
-      if (all_.isOpening || all_.forks > 0) {
+      if (all_.isOpening || all_.pauses > 0) {
         all_.changed.wait(all_.lock);
         continue;
       }
@@ -136,6 +145,15 @@ class KeychainDatabase::Opening {
 
   const std::shared_ptr<KeychainDatabase>& existing() const noexcept { return existing_; }
 
+  /// Examines the file while the process has no connection, because one to the same file may be
+  /// open under another path: the folder was moved, or is mounted twice.
+  OSStatus examine(const std::string& path, DatabaseFile& found) {
+    const detail::LockGuard guard(all_.lock);
+    all_.beginPause(1);
+    const OSStatus status = examineDatabaseFile(path, found);
+    all_.endPause();
+    return status;
+  }
   void forgetExisting() {
     const detail::LockGuard guard(all_.lock);
     existing_->isReplaced_ = true;
@@ -196,12 +214,12 @@ OSStatus KeychainDatabase::open(const std::string& folder, KeychainKeyFinder& fi
     }
     if (!opened) {
       DatabaseFile found;
-      OSStatus status = examineDatabaseFile(path, found);
+      OSStatus status = opening.examine(path, found);
       if (status) return status;
       if (found == DatabaseFile::missing) {
         FileLock lock;
         status = statusOfErrorNumber(lock.acquire(folder, maxSetUpWaitSeconds));
-        if (!status) status = examineDatabaseFile(path, found);
+        if (!status) status = opening.examine(path, found);
         if (!status && found == DatabaseFile::missing) {
           // SQLite would take the log of a database that is gone for one of the new database.
           if (hasLog(path)) return errSecInvalidKeychain;
@@ -228,11 +246,11 @@ KeychainDatabase::Lease::Lease(KeychainDatabase& database, Access access)
   Registry& all = registry();
   const detail::LockGuard guard(all.lock);
   if (access_ == Access::writes) {
-    while (all.forks > 0 || database_.isWriting_) all.changed.wait(all.lock);
+    while (all.pauses > 0 || database_.isWriting_) all.changed.wait(all.lock);
     database_.isWriting_ = true;
     connection_ = std::move(database_.idleWriter_);
   } else {
-    while (all.forks > 0 || database_.readerCount_ == maxReaders) all.changed.wait(all.lock);
+    while (all.pauses > 0 || database_.readerCount_ == maxReaders) all.changed.wait(all.lock);
     ++database_.readerCount_;
     if (!database_.idleReaders_.empty()) {
       connection_ = std::move(database_.idleReaders_.back());

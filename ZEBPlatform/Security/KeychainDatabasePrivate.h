@@ -18,7 +18,9 @@ namespace zeb {
 ///
 /// SQLite keeps process-wide records of its file locks. A forked child would believe these records
 /// although it does not own the locks. Therefore all connections are closed before a fork, which
-/// waits for calls that are running, and opened again at the next use, in both processes.
+/// waits for calls that are running, and opened again at the next use, in both processes. The same
+/// is done before a file is examined without SQLite: closing any descriptor of a file releases all
+/// locks that the process has on it.
 class KeychainDatabase : public std::enable_shared_from_this<KeychainDatabase> {
  public:
   enum class Access : std::uint8_t { reads, writes };

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
@@ -150,6 +151,22 @@ TEST_F(KeychainProcesses, ReportALockedDatabaseAndAReplacedOne) {
   EXPECT_EQ(secrets(store, {}), std::to_string(errSecInvalidKeychain));
   EXPECT_EQ(addOne(store, password("carl", "3")), errSecInvalidKeychain);
   EXPECT_EQ(secrets(fresh, {}), "new");
+}
+
+TEST_F(KeychainProcesses, SeeTheLocksOfAFolderThatIsOpenUnderTwoNames) {
+  const auto first = open();
+  ASSERT_EQ(addOne(first, password("anna", "1")), errSecSuccess);
+  fs::rename(place, folder / "moved");
+  place = folder / "moved";
+  const auto second = open();
+  EXPECT_EQ(secrets(second, {}), "1");
+  // Locks of this kind conflict with those of SQLite in the same process, too.
+  const int file = ::open((place / "keychain.db").c_str(), O_RDWR);
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  EXPECT_EQ(fcntl(file, F_OFD_GETLK, &lock), 0);
+  EXPECT_EQ(lock.l_type, F_RDLCK) << "the connections have lost their locks";
+  close(file);
 }
 
 TEST_F(KeychainProcesses, ReportAFullDiskAndLoseNothing) {
