@@ -50,8 +50,8 @@ class KeychainCipher::Use {
       cipher_.idle_.reserve(++cipher_.made_);  // so that the destructor needs no memory
     }
     context_ = EVP_CIPHER_CTX_new();
-    if (EVP_CipherInit_ex2(context_, algorithm(), octets(cipher_.key_.bytes().data()), nullptr, 1,
-                           nullptr) != 1) {
+    if (!context_ || EVP_CipherInit_ex2(context_, algorithm(), octets(cipher_.key_.bytes().data()),
+                                        nullptr, 1, nullptr) != 1) {
       EVP_CIPHER_CTX_free(context_);
       context_ = nullptr;
     }
