@@ -100,12 +100,9 @@ std::string removal(KeychainItemClass itemClass, KeychainAttributeMask condition
   return sql;
 }
 
-void bindSealed(sqlite3_stmt* statement, int parameter, const Sealed& sealed) noexcept {
-  if (!sealed) {
-    sqlite3_bind_null(statement, parameter);
-  } else {
-    sqlite3_bind_blob64(statement, parameter, sealed->data(), sealed->size(), SQLITE_STATIC);
-  }
+int bindSealed(sqlite3_stmt* statement, int parameter, const Sealed& sealed) noexcept {
+  if (!sealed) return sqlite3_bind_null(statement, parameter);
+  return sqlite3_bind_blob64(statement, parameter, sealed->data(), sealed->size(), SQLITE_STATIC);
 }
 
 std::span<const std::byte> blobAt(sqlite3_stmt* statement, int column) noexcept {
@@ -239,10 +236,15 @@ OSStatus SQLiteKeychainStore::select(SQLiteConnection& connection, KeychainItemC
       [&] { return selection(itemClass, condition.present(), values); }, status);
   if (!statement) return status;
   const StatementReset reset(statement);
-  const int limit = condition.bind(statement, 1, condition.present(), itemClass);
+  int parameter = 1;
+  int bound = condition.bind(statement, parameter, condition.present(), itemClass);
   const auto maxRows = static_cast<std::uint64_t>(INT64_MAX);
-  sqlite3_bind_int64(statement, limit,
-                     static_cast<sqlite3_int64>(std::min<std::uint64_t>(maxCount, maxRows)));
+  if (bound == SQLITE_OK) {
+    bound =
+        sqlite3_bind_int64(statement, parameter,
+                           static_cast<sqlite3_int64>(std::min<std::uint64_t>(maxCount, maxRows)));
+  }
+  if (bound != SQLITE_OK) return connection.statusOf(bound);
   const KeychainAttributeMask known = exactAttributes(condition.present());
   KeychainColumns row;
   for (;;) {
@@ -289,8 +291,11 @@ OSStatus SQLiteKeychainStore::addOne(SQLiteConnection& connection, const Keychai
       status);
   if (!statement) return status;
   const StatementReset reset(statement);
-  bindSealed(statement, columns.bind(statement, 1, allAttributes, item.itemClass), sealed);
-  return connection.statusOf(sqlite3_step(statement));
+  int parameter = 1;
+  int result = columns.bind(statement, parameter, allAttributes, item.itemClass);
+  if (result == SQLITE_OK) result = bindSealed(statement, parameter, sealed);
+  if (result == SQLITE_OK) result = sqlite3_step(statement);
+  return connection.statusOf(result);
 }
 
 OSStatus SQLiteKeychainStore::findAll(const KeychainQuery& query, Values values,
@@ -366,10 +371,14 @@ OSStatus SQLiteKeychainStore::updateOne(SQLiteConnection& connection, const Keyc
       [&] { return change(changes.itemClass, changed.present(), value); }, status);
   if (!statement) return status;
   const StatementReset reset(statement);
-  int parameter = changed.bind(statement, 1, changed.present(), changes.itemClass);
-  if (match.sealed) bindSealed(statement, parameter++, match.sealed);
-  sqlite3_bind_int64(statement, parameter, match.identifier);
-  return connection.statusOf(sqlite3_step(statement));
+  int parameter = 1;
+  int result = changed.bind(statement, parameter, changed.present(), changes.itemClass);
+  if (result == SQLITE_OK && match.sealed) {
+    result = bindSealed(statement, parameter++, match.sealed);
+  }
+  if (result == SQLITE_OK) result = sqlite3_bind_int64(statement, parameter, match.identifier);
+  if (result == SQLITE_OK) result = sqlite3_step(statement);
+  return connection.statusOf(result);
 }
 
 OSStatus SQLiteKeychainStore::removeAll(const KeychainQuery& query) {
@@ -389,8 +398,10 @@ OSStatus SQLiteKeychainStore::removeAll(const KeychainQuery& query) {
   if (!statement) return status;
   {
     const StatementReset reset(statement);
-    condition.bind(statement, 1, condition.present(), query.itemClass);
-    status = connection.statusOf(sqlite3_step(statement));
+    int parameter = 1;
+    int result = condition.bind(statement, parameter, condition.present(), query.itemClass);
+    if (result == SQLITE_OK) result = sqlite3_step(statement);
+    status = connection.statusOf(result);
   }
   if (!status && sqlite3_changes(connection.handle()) == 0) status = errSecItemNotFound;
   return status ? status : transaction.commit();

@@ -188,39 +188,40 @@ void KeychainColumns::overlay(const KeychainColumns& changes) {
   }
 }
 
-int KeychainColumns::bind(sqlite3_stmt* statement, int first, KeychainAttributeMask mask,
+int KeychainColumns::bindColumn(sqlite3_stmt* statement, int parameter,
+                                const Column& column) noexcept {
+  const char* const bytes = column.bytes.data();
+  const int length = static_cast<int>(column.bytes.size());
+  // The columns outlive the step of the statement, so SQLite needs no copy.
+  switch (column.form) {
+    case Form::text:
+      return sqlite3_bind_text(statement, parameter, bytes, length, SQLITE_STATIC);
+    case Form::data:
+      return sqlite3_bind_blob(statement, parameter, bytes, length, SQLITE_STATIC);
+    case Form::integer:
+      return sqlite3_bind_int64(statement, parameter, column.integer);
+    case Form::real:
+      return sqlite3_bind_double(statement, parameter, column.real);
+    case Form::absent:
+      break;
+  }
+  return sqlite3_bind_null(statement, parameter);
+}
+
+int KeychainColumns::bind(sqlite3_stmt* statement, int& parameter, KeychainAttributeMask mask,
                           KeychainItemClass itemClass) const noexcept {
   const KeychainAttributeMask identity = identityMask(itemClass);
   for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
     const KeychainAttributeMask bit = maskOf(attributeAt(i));
     if (!(mask & bit)) continue;
     const Column& column = columns_[i];
-    const int length = static_cast<int>(column.bytes.size());
-    // The columns outlive the step of the statement, so SQLite needs no copy.
-    switch (column.form) {
-      case Form::absent:
-        if (identity & bit) {
-          sqlite3_bind_int64(statement, first, 0);
-        } else {
-          sqlite3_bind_null(statement, first);
-        }
-        break;
-      case Form::text:
-        sqlite3_bind_text(statement, first, column.bytes.data(), length, SQLITE_STATIC);
-        break;
-      case Form::data:
-        sqlite3_bind_blob(statement, first, column.bytes.data(), length, SQLITE_STATIC);
-        break;
-      case Form::integer:
-        sqlite3_bind_int64(statement, first, column.integer);
-        break;
-      case Form::real:
-        sqlite3_bind_double(statement, first, column.real);
-        break;
-    }
-    ++first;
+    const int result = column.form == Form::absent && (identity & bit)
+                           ? sqlite3_bind_int64(statement, parameter, 0)
+                           : bindColumn(statement, parameter, column);
+    if (result != SQLITE_OK) return result;
+    ++parameter;
   }
-  return first;
+  return SQLITE_OK;
 }
 
 std::string KeychainColumns::identity(KeychainItemClass itemClass) const {

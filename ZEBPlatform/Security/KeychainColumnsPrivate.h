@@ -57,9 +57,10 @@ class KeychainColumns {
   void overlay(const KeychainColumns& changes);
 
   KeychainAttributeMask present() const noexcept { return present_; }
-  /// Binds the attributes of the mask to the parameters from `first` on; returns the number of the
-  /// parameter that follows.
-  int bind(sqlite3_stmt* statement, int first, KeychainAttributeMask mask,
+  /// Binds the attributes of the mask to the parameters from `parameter` on, which becomes the number
+  /// of the parameter that follows. Returns SQLite's result; a statement whose parameters are not
+  /// all bound must not run, because it would take NULL for the missing ones.
+  int bind(sqlite3_stmt* statement, int& parameter, KeychainAttributeMask mask,
            KeychainItemClass itemClass) const noexcept;
   /// What is sealed together with the value: the class and the identity, unambiguously.
   std::string identity(KeychainItemClass itemClass) const;
@@ -78,6 +79,7 @@ class KeychainColumns {
   OSStatus takeValue(KeychainAttribute attribute, const Value& value);
   static bool takeColumn(KeychainAttribute attribute, sqlite3_value* value,
                          Column& column) noexcept;
+  static int bindColumn(sqlite3_stmt* statement, int parameter, const Column& column) noexcept;
   void set(KeychainAttribute attribute, const Column& column) noexcept;
 
   std::array<Column, keychainAttributeCount> columns_;

@@ -55,10 +55,12 @@ bool isStoreOfThisFormat(std::span<const std::byte> header) noexcept {
          numberAt(header, applicationIdentifierPlace) == applicationIdentifier;
 }
 
-int sizeOf(std::span<const std::byte> bytes) noexcept { return static_cast<int>(bytes.size()); }
-
-void bindNumber(sqlite3_stmt* statement, int parameter, std::uint64_t number) noexcept {
-  sqlite3_bind_int64(statement, parameter, static_cast<std::int64_t>(number));
+int bindNumber(sqlite3_stmt* statement, int parameter, std::uint64_t number) noexcept {
+  return sqlite3_bind_int64(statement, parameter, static_cast<std::int64_t>(number));
+}
+int bindBlob(sqlite3_stmt* statement, int parameter, std::span<const std::byte> bytes) noexcept {
+  return sqlite3_bind_blob(statement, parameter, bytes.data(), static_cast<int>(bytes.size()),
+                           SQLITE_STATIC);
 }
 
 std::vector<std::byte> blobAt(sqlite3_stmt* statement, int column) {
@@ -80,11 +82,11 @@ OSStatus fill(SQLiteConnection& connection, const KeychainKeyFacts& facts) {
       connection.prepare("INSERT INTO store VALUES(1, ?1, ?2, ?3, ?4, ?5)", status);
   if (!insertion) return status;
   sqlite3_stmt* const row = insertion.get();
-  sqlite3_bind_blob(row, 1, facts.salt.data(), sizeOf(facts.salt), SQLITE_STATIC);
-  bindNumber(row, 2, facts.cost);
-  bindNumber(row, 3, facts.blockSize);
-  bindNumber(row, 4, facts.parallelism);
-  sqlite3_bind_blob(row, 5, facts.check.data(), sizeOf(facts.check), SQLITE_STATIC);
+  for (const int result : {bindBlob(row, 1, facts.salt), bindNumber(row, 2, facts.cost),
+                           bindNumber(row, 3, facts.blockSize),
+                           bindNumber(row, 4, facts.parallelism), bindBlob(row, 5, facts.check)}) {
+    if (result != SQLITE_OK) return connection.statusOf(result);
+  }
   return connection.statusOf(sqlite3_step(row));
 }
 
