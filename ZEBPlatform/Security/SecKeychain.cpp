@@ -38,8 +38,10 @@ void changeSettings(const Change& change) {
 
 NSString ownAccessGroup() {
   const Ref<NSBundle>& bundle = NSBundle::mainBundle();
-  return NSString(bundle->objectForInfoDictionaryKey("AppIdentifierPrefix")) +
-         bundle->bundleIdentifier();
+  const NSString prefix(bundle->objectForInfoDictionaryKey("AppIdentifierPrefix"));
+  const NSString identifier = bundle->bundleIdentifier();
+  if (prefix.isNil()) return NSString("") + identifier;
+  return prefix + NSString::stringWithFormat("%@", identifier);
 }
 
 }  // namespace

@@ -13,8 +13,9 @@ void SecKeychainSetStore(const Ref<KeychainStore>& store);
 
 /// Chooses the access group of items that are added or searched without one. At first, and after
 /// nil, it is the application's own group: the main bundle's "AppIdentifierPrefix" followed by the
-/// bundle identifier, the bundle identifier alone without the prefix, and empty without both. Any
-/// thread.
+/// bundle identifier, the bundle identifier alone without the prefix, and empty without both. A
+/// missing bundle identifier deliberately appends "(null)" to the prefix, because the configuration
+/// of applications makes its group of the same entries in this way. Any thread.
 void SecKeychainSetDefaultAccessGroup(const NSString& group);
 NSString SecKeychainDefaultAccessGroup();
 

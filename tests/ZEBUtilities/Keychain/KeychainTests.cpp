@@ -47,6 +47,7 @@ struct KeychainTests : testing::Test {
   ~KeychainTests() override {
     OLGSetHandler(nullptr);
     SecKeychainSetStore(nullptr);
+    SecKeychainSetDefaultAccessGroup(nullptr);
   }
 
   void note(const Value& result, const NSError& error) {
@@ -263,6 +264,7 @@ TEST(ZEBKeychain, TheSharedOneIsMadeOnce) {
   const Ref<ZEBKeychain> shared = ZEBKeychain::sharedKeychain();
   EXPECT_EQ(shared->providerServiceName(), NSString("org.zebutilities.keychain"));
   EXPECT_EQ(shared->providerDefaultAccessGroup(), NSString("TEAM.(null)"));
+  EXPECT_EQ(SecKeychainDefaultAccessGroup(), NSString("TEAM.(null)"));
   EXPECT_EQ(shared->providerSharedAccessGroup(), NSString("TEAM.oauth"));
   EXPECT_FALSE(ZEBKeychain::isDomainEqual("other") || ZEBKeychain::isDomainEqual(nullptr));
 }
