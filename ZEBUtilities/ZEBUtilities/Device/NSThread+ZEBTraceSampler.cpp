@@ -9,9 +9,11 @@ constinit const void* const kTraceSampler = &kTraceSampler;
 
 void zeb_setCallStackPeekEnabled(const Ref<NSThread>& thread, bool enabled) {
   if (!thread || thread != NSThread::currentThread()) return;
-  if (!enabled) {
+  const Ref<NSObject> sampler = associatedObject(*thread, kTraceSampler);
+  if (!enabled && sampler) {
+    static_cast<ZEBStackTraceSampler&>(*sampler).restoreAction();
     setAssociatedObject(*thread, kTraceSampler, nullptr);
-  } else if (!associatedObject(*thread, kTraceSampler)) {
+  } else if (enabled && !sampler) {
     setAssociatedObject(*thread, kTraceSampler, makeRef<ZEBStackTraceSampler>());
   }
 }

@@ -29,6 +29,9 @@ detail::Lock& actionLock() {
   return *lock;
 }
 
+/// The sampler that installed the handler last; null if it has restored the default action.
+constinit const ZEBStackTraceSampler* lastInstaller = nullptr;  // guarded by actionLock()
+
 /// Signals a semaphore when it is destroyed.
 class SignalAtEnd {
  public:
@@ -51,10 +54,15 @@ ZEBStackTraceSampler::ZEBStackTraceSampler()
   prepareCallStackCapture();
   const detail::LockGuard guard(actionLock());
   installProfilingHandler(&callstack_signal_handler);
+  lastInstaller = this;
 }
 
-ZEBStackTraceSampler::~ZEBStackTraceSampler() {
+ZEBStackTraceSampler::~ZEBStackTraceSampler() { restoreAction(); }
+
+void ZEBStackTraceSampler::restoreAction() noexcept {
   const detail::LockGuard guard(actionLock());
+  if (lastInstaller != this) return;
+  lastInstaller = nullptr;
   restoreDefaultProfilingAction();
 }
 

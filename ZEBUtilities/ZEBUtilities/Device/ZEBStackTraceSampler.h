@@ -25,9 +25,9 @@ namespace zeb {
 ///
 /// Limits, all deliberate:
 ///   - The signal's action is one per process: making a sampler installs the handler, and
-///     destroying any sampler restores the default action. So only one sampler should live at a
-///     time. When another one has restored the action, sampling answers nil; it sends no signal
-///     that would end the process.
+///     destroying the sampler that was made last restores the default action, even if older ones
+///     live. So only one sampler should be in use at a time. While the handler is not installed,
+///     sampling answers nil; it sends no signal that would end the process.
 ///   - The record is one per process, too. A capture that has not been delivered, for example after
 ///     a SIGPROF from elsewhere, blocks later captures and is delivered instead of the next one.
 ///   - Two threads that sample each other at the same time wait for ever.
@@ -71,6 +71,11 @@ class ZEBStackTraceSampler final : public NSObject {
   void setTargetThread(const Ref<NSThread>& thread) ZEB_EXCLUDES(lock_);
 
  private:
+  friend void zeb_setCallStackPeekEnabled(const Ref<NSThread>& thread, bool enabled);
+
+  /// Restores the signal's default action unless a later sampler has installed the handler. A
+  /// detached sampler does that at once, because a caller of `callstackSymbols` may hold it.
+  void restoreAction() noexcept;
   NSArray sample();
   void interrupt(const Ref<NSThread>& target);
   bool hasNoTarget() const ZEB_EXCLUDES(lock_);

@@ -137,12 +137,28 @@ TEST(ZEBStackTraceSampler, AnUndeliveredCaptureComesFirst) {
   EXPECT_GT(target.stack().count(), 3);
 }
 
-TEST(ZEBStackTraceSampler, ADestroyedSamplerMakesTheOthersBlindButNotDeadly) {
-  const VisibleThread target;
+TEST(ZEBStackTraceSampler, TheLastSamplerDecidesAboutTheSignal) {
+  VisibleThread target;
   {
     const VisibleThread other;
   }
-  EXPECT_TRUE(hasDefaultAction() && target.stack().isNil());
+  EXPECT_TRUE(hasDefaultAction() && target.stack().isNil()) << "blind, but not deadly";
+  std::jthread asking;
+  runOn(target, [&] {
+    zeb_setCallStackPeekEnabled(target.thread, false);
+    zeb_setCallStackPeekEnabled(target.thread, true);
+    std::atomic<int> requester{0};
+    asking = std::jthread([&] {
+      requester = currentThreadIdentifier();
+      EXPECT_GT(target.stack().count(), 3);
+    });
+    waitUntil([&] { return requester && isThreadBlocked(requester); }, "a sample is wanted");
+    zeb_setCallStackPeekEnabled(target.thread, false);
+    EXPECT_TRUE(hasDefaultAction()) << "although the sampler is still in use";
+    zeb_setCallStackPeekEnabled(target.thread, true);
+  });
+  asking.join();
+  EXPECT_GT(target.stack().count(), 3) << "the old sampler is gone";
 }
 
 TEST(ZEBStackTraceSampler, AThreadThatEndsKeepsNobodyWaiting) {
