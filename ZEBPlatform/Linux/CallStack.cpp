@@ -54,11 +54,6 @@ std::string textOf(std::size_t position, std::uintptr_t address, const CodeLocat
 
 }  // namespace
 
-void prepareCallStackCapture() noexcept {
-  void* address;
-  captureCallStack({&address, 1});
-}
-
 std::size_t captureCallStack(std::span<void*> returnAddresses) noexcept {
   return static_cast<std::size_t>(
       backtrace(returnAddresses.data(), static_cast<int>(returnAddresses.size())));

@@ -27,6 +27,11 @@ void setSimpleAction(void (*action)(int)) noexcept {
 
 const int profilingSignal = SIGPROF;
 
+void rehearseProfilingHandler(void (*handler)()) noexcept {
+  installedHandler.store(handler, std::memory_order_release);
+  callHandler(SIGPROF, nullptr, nullptr);
+}
+
 void installProfilingHandler(void (*handler)()) noexcept {
   installedHandler.store(handler, std::memory_order_release);
   struct sigaction action{};

@@ -7,13 +7,10 @@
 
 namespace zeb {
 
-/// Loads what `captureCallStack` needs. Without it the first capture would allocate memory and load
-/// a library, which a signal handler must not do. Any thread; later calls cost little.
-void prepareCallStackCapture() noexcept;
-
 /// Writes the return addresses of the calling thread's functions, beginning with those of this
 /// function or its caller, and answers their number. In a signal handler they continue with those
-/// of the interrupted code. Safe in signal handlers after `prepareCallStackCapture`.
+/// of the interrupted code. Safe in signal handlers after a first call elsewhere, which loads a
+/// library and allocates memory.
 std::size_t captureCallStack(std::span<void*> returnAddresses) noexcept;
 
 /// One line for each return address, numbered from 0:

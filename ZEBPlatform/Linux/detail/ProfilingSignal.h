@@ -6,6 +6,11 @@ namespace zeb {
 
 extern const int profilingSignal;
 
+/// Calls `handler` on the calling thread as the signal will do. Must be done once before the handler
+/// is installed: the dynamic linker looks a function up when it is first called, and takes locks
+/// and allocates memory for that, which must not happen in a signal handler.
+void rehearseProfilingHandler(void (*handler)()) noexcept;
+
 /// Lets the signal call `handler` on the thread that gets it. All signals are blocked meanwhile,
 /// and the interrupted code's `errno` stays as it is. System calls that the signal interrupts go on
 /// afterwards where the system can do that (SA_RESTART), because the interrupted code does not

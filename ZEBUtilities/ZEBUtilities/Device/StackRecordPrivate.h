@@ -15,7 +15,7 @@ class StackRecord {
   static constexpr std::size_t maxFrames = 128;
 
   /// Captures the calling thread's stack, unless there is a capture already. Safe in signal
-  /// handlers after `prepareCallStackCapture`.
+  /// handlers as `captureCallStack` is.
   void capture() noexcept;
 
   /// The return addresses of the capture; empty if there is none. Valid until `clear`.

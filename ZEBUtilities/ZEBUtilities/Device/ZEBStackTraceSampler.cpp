@@ -22,6 +22,13 @@ constinit detail::StackRecord stackRecord;
 
 void callstack_signal_handler() { stackRecord.capture(); }
 
+/// Must run before the handler is first installed, so that the capture it drops is its own.
+bool rehearseHandler() {
+  rehearseProfilingHandler(&callstack_signal_handler);
+  stackRecord.clear();
+  return true;
+}
+
 /// Held while the signal's action changes and while a signal is sent, so that no signal meets the
 /// default action.
 detail::Lock& actionLock() {
@@ -51,7 +58,7 @@ class SignalAtEnd {
 
 ZEBStackTraceSampler::ZEBStackTraceSampler()
     : targetThreadId_(currentThreadHandle()), targetThread_(NSThread::currentThread()) {
-  prepareCallStackCapture();
+  [[maybe_unused]] static const bool isRehearsed = rehearseHandler();
   const detail::LockGuard guard(actionLock());
   installProfilingHandler(&callstack_signal_handler);
   lastInstaller = this;
