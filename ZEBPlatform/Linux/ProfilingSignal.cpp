@@ -36,6 +36,7 @@ void installProfilingHandler(void (*handler)()) noexcept {
   installedHandler.store(handler, std::memory_order_release);
   struct sigaction action{};
   action.sa_sigaction = &callHandler;
+  // SA_RESTART is deliberate: interrupted code that does not expect EINTR would fail without it.
   action.sa_flags = SA_SIGINFO | SA_RESTART;
   sigfillset(&action.sa_mask);
   sigaction(SIGPROF, &action, nullptr);
