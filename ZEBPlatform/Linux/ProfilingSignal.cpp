@@ -1,6 +1,7 @@
 #include <ZEBPlatform/Linux/detail/ProfilingSignal.h>
 
 #include <signal.h>
+#include <ucontext.h>
 
 #include <atomic>
 #include <cerrno>
@@ -9,11 +10,12 @@ namespace zeb {
 
 namespace {
 
-std::atomic<void (*)()> installedHandler{nullptr};
+std::atomic<ProfilingHandler> installedHandler{nullptr};
 
-void callHandler(int, siginfo_t*, void*) {
+void callHandler(int, siginfo_t*, void* context) {
   const int error = errno;
-  if (void (*const handler)() = installedHandler.load(std::memory_order_acquire)) handler();
+  const ProfilingHandler handler = installedHandler.load(std::memory_order_acquire);
+  if (handler) handler(context);
   errno = error;
 }
 
@@ -27,12 +29,14 @@ void setSimpleAction(void (*action)(int)) noexcept {
 
 const int profilingSignal = SIGPROF;
 
-void rehearseProfilingHandler(void (*handler)()) noexcept {
+void rehearseProfilingHandler(ProfilingHandler handler) noexcept {
   installedHandler.store(handler, std::memory_order_release);
-  callHandler(SIGPROF, nullptr, nullptr);
+  ucontext_t context;
+  getcontext(&context);
+  callHandler(SIGPROF, nullptr, &context);
 }
 
-void installProfilingHandler(void (*handler)()) noexcept {
+void installProfilingHandler(ProfilingHandler handler) noexcept {
   installedHandler.store(handler, std::memory_order_release);
   struct sigaction action{};
   action.sa_sigaction = &callHandler;

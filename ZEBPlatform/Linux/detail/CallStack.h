@@ -8,10 +8,20 @@
 namespace zeb {
 
 /// Writes the return addresses of the calling thread's functions, beginning with those of this
-/// function or its caller, and answers their number. In a signal handler they continue with those
-/// of the interrupted code. Safe in signal handlers after a first call elsewhere, which loads a
-/// library and allocates memory.
+/// function or its caller, and answers their number. Not in signal handlers.
 std::size_t captureCallStack(std::span<void*> returnAddresses) noexcept;
+
+/// Finds out what `captureInterruptedCallStack` has to know. Not in signal handlers.
+void prepareInterruptedCapture() noexcept;
+
+/// The same as `captureCallStack` for a signal handler, whose third argument is `context`: the
+/// addresses continue with those of the interrupted code. If the signal interrupted the unwinder,
+/// which moves saved registers while it raises an exception, the stack cannot be followed safely,
+/// and the result is the address of the interrupted instruction alone. An unwinder that is linked
+/// into the same image as this function (-static-libgcc) is not recognised. `addresses` is not
+/// empty. Safe in signal handlers after `prepareInterruptedCapture` and a first call elsewhere,
+/// which loads a library and allocates memory.
+std::size_t captureInterruptedCallStack(std::span<void*> addresses, const void* context) noexcept;
 
 /// One line for each return address, numbered from 0:
 ///

@@ -3,10 +3,10 @@
 
 namespace zeb::detail {
 
-void StackRecord::capture() noexcept {
+void StackRecord::capture(const void* context) noexcept {
   std::uint8_t expected = empty;
   if (!state_.compare_exchange_strong(expected, writing, std::memory_order_acquire)) return;
-  count_ = captureCallStack(frames_);
+  count_ = captureInterruptedCallStack(frames_, context);
   state_.store(ready, std::memory_order_release);
 }
 

@@ -16,7 +16,7 @@ class StackRecord {
 
   /// Captures the calling thread's stack, unless there is a capture already. Safe in signal
   /// handlers as `captureCallStack` is.
-  void capture() noexcept;
+  void capture(const void* context) noexcept;
 
   /// The return addresses of the capture; empty if there is none. Valid until `clear`.
   std::span<void* const> frames() const noexcept;

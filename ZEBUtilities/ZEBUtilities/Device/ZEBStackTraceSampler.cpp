@@ -20,10 +20,11 @@ namespace {
 
 constinit detail::StackRecord stackRecord;
 
-void callstack_signal_handler() { stackRecord.capture(); }
+void callstack_signal_handler(const void* context) { stackRecord.capture(context); }
 
 /// Must run before the handler is first installed, so that the capture it drops is its own.
 bool rehearseHandler() {
+  prepareInterruptedCapture();
   rehearseProfilingHandler(&callstack_signal_handler);
   stackRecord.clear();
   return true;

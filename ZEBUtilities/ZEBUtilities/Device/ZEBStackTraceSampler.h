@@ -31,8 +31,11 @@ namespace zeb {
 ///   - The record is one per process, too. A capture that has not been delivered, for example after
 ///     a SIGPROF from elsewhere, blocks later captures and is delivered instead of the next one.
 ///   - Two threads that sample each other at the same time wait for ever.
+///   - A thread that is interrupted while the unwinder raises an exception has a stack of one line,
+///     because its saved registers are moving.
 ///
-/// System calls that the signal interrupts are continued where the system can do that
+/// Waits of the sampled thread that have a time limit of their own (poll, select, epoll_wait,
+/// nanosleep, receiving with a time-out) end early with EINTR. Other system calls are continued
 /// (SA_RESTART). Not to be used together with profilers that use SIGPROF.
 class ZEBStackTraceSampler final : public NSObject {
  public:

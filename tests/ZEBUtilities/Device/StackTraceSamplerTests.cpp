@@ -18,9 +18,8 @@ namespace zeb::test {
   asm volatile("");  // no tail call
 }
 [[gnu::noinline]] void recurse(int depth, const std::function<void()>& body) {
-  if (depth == 0) return body();
-  recurse(depth - 1, body);
-  asm volatile("");
+  depth == 0 ? body() : recurse(depth - 1, body);
+  asm volatile("");  // so that the calls above return here
 }
 
 namespace {
@@ -221,7 +220,9 @@ TEST(ZEBStackTraceSampler, SurvivesStormsOfAllocationsThrowsAndLoading) {
   });
   for (int i = 0; i < 10'000; ++i) {
     const NSArray stack = target.stack();
-    ASSERT_TRUE(stack.count() > 3 && stack.count() <= 128) << i;
+    // One line if the signal met the unwinder.
+    const std::size_t count = stack.count();
+    ASSERT_TRUE(count == 1 || (count > 3 && count <= 128)) << i << stack;
   }
   isOver = true;
   runOn(target, [] {});
