@@ -1,9 +1,9 @@
 #include <ZEBPlatform/AddressBook/CNContactFormatter.h>
+#include <ZEBPlatform/Foundation/detail/JoinedText.h>
 #include <ZEBPlatform/Text/NSLocale.h>
 
 #include <algorithm>
-#include <initializer_list>
-#include <string>
+#include <utility>
 
 namespace zeb {
 
@@ -48,14 +48,14 @@ bool isEastAsian(const NSString& text) {
   return text.empty() || !units.empty();
 }
 
-NSString joined(std::initializer_list<NSString> parts, const char* separator) {
-  NSString whole("");
-  for (const NSString& part : parts) {
-    if (part.empty()) continue;
-    if (!whole.empty()) whole = whole + separator;
-    whole = whole + part;
-  }
-  return whole;
+/// The parts that are not empty, with the separator between them.
+NSString joined(const detail::TextPiece (&parts)[5], const char* separator) {
+  bool isFirst = true;
+  const auto before = [&](const detail::TextPiece& part) {
+    return part.length() == 0 || std::exchange(isFirst, false) ? "" : separator;
+  };
+  const auto& [a, b, c, d, e] = parts;
+  return detail::joinedText({before(a), a, before(b), b, before(c), c, before(d), d, before(e), e});
 }
 
 bool putsFamilyNameFirst() {
@@ -85,7 +85,7 @@ NSString CNContactFormatter::stringFromContact(const Ref<CNContact>& contact,
   }
   if (!formatted.empty()) return formatted;
   if (!nickname.empty()) return nickname;
-  if (!middle.empty()) return joined({prefix, middle, suffix}, " ");
+  if (!middle.empty()) return joined({prefix, "", middle, "", suffix}, " ");
   return organization.empty() ? NSString() : organization;
 }
 
