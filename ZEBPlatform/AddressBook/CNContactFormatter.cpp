@@ -65,9 +65,16 @@ bool putsFamilyNameFirst() {
 
 }  // namespace
 
+CNContactFormatter::CNContactFormatter(CNContactFormatterStyle style)
+    : style_(style), putsFamilyNameFirst_(putsFamilyNameFirst()) {}
+
 NSString CNContactFormatter::stringFromContact(const Ref<CNContact>& contact,
                                                CNContactFormatterStyle style) {
-  if (!contact || style != CNContactFormatterStyleFullName) return nullptr;
+  return CNContactFormatter(style).stringFromContact(contact);
+}
+
+NSString CNContactFormatter::stringFromContact(const Ref<CNContact>& contact) const {
+  if (!contact || style_ != CNContactFormatterStyleFullName) return nullptr;
   const NSString& prefix = contact->namePrefix();
   const NSString& given = contact->givenName();
   const NSString& middle = contact->middleName();
@@ -80,7 +87,7 @@ NSString CNContactFormatter::stringFromContact(const Ref<CNContact>& contact,
   if (!given.empty() || !family.empty()) {
     if (isEastAsian(given) && isEastAsian(family))
       return joined({prefix, family, middle, given, suffix}, "");
-    if (putsFamilyNameFirst()) return joined({prefix, family, middle, given, suffix}, " ");
+    if (putsFamilyNameFirst_) return joined({prefix, family, middle, given, suffix}, " ");
     return joined({prefix, given, middle, family, suffix}, " ");
   }
   if (!formatted.empty()) return formatted;

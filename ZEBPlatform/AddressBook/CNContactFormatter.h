@@ -37,8 +37,17 @@ class CNContactFormatter final : public NSObject {
   /// were not fetched.
   static NSString stringFromContact(const Ref<CNContact>& contact, CNContactFormatterStyle style);
 
+  /// A formatter for many contacts. It keeps the language that the current locale has now, which
+  /// saves looking it up for each contact.
+  explicit CNContactFormatter(CNContactFormatterStyle style);
+  NSString stringFromContact(const Ref<CNContact>& contact) const;
+
   /// The keys that `stringFromContact` needs, as an element for the list of keys to fetch.
   static Ref<CNKeyDescriptor> descriptorForRequiredKeysForStyle(CNContactFormatterStyle style);
+
+ private:
+  const CNContactFormatterStyle style_;
+  const bool putsFamilyNameFirst_;
 };
 
 }  // namespace zeb
