@@ -26,12 +26,6 @@ const dispatch_queue_t& contactsQueue() {
   return *queue;
 }
 
-Ref<Contact> contactOf(const Ref<CNContact>& entry) {
-  return makeRef<Contact>(
-      CNContactFormatter::stringFromContact(entry, CNContactFormatterStyleFullName),
-      entry->emailAddresses(), entry->phoneNumbers(), entry->identifier());
-}
-
 /// Nil, and one line in the log, if the address book cannot be read.
 NSArray contactsIn(const CNContactStore& store) {
   const NSArray keys{
@@ -52,7 +46,12 @@ NSArray contactsIn(const CNContactStore& store) {
     return nullptr;
   }
   detail::ArrayBuilder contacts(entries.count());
-  for (const Value& entry : entries) contacts.append(contactOf(entry.object<CNContact>()));
+  const CNContactFormatter formatter(CNContactFormatterStyleFullName);
+  for (const Value& element : entries) {
+    const Ref<CNContact> entry = element.object<CNContact>();
+    contacts.append(makeRef<Contact>(formatter.stringFromContact(entry), entry->emailAddresses(),
+                                     entry->phoneNumbers(), entry->identifier()));
+  }
   return contacts.finish();
 }
 
