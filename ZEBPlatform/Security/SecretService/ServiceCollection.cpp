@@ -12,7 +12,6 @@ constexpr const char* servicePath = "/org/freedesktop/secrets";
 constexpr const char* serviceInterface = "org.freedesktop.Secret.Service";
 constexpr const char* collectionInterface = "org.freedesktop.Secret.Collection";
 constexpr const char* itemInterface = "org.freedesktop.Secret.Item";
-constexpr const char* promptInterface = "org.freedesktop.Secret.Prompt";
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr const char* attributesProperty = "org.freedesktop.Secret.Item.Attributes";
 constexpr const char* labelProperty = "org.freedesktop.Secret.Item.Label";
@@ -122,8 +121,7 @@ OSStatus ServiceCollection::answerPrompt(const std::string& prompt, const char* 
     deadline_ = ServiceDeadline(static_cast<double>(left) / 1000);
     return status;
   }
-  GLibPointer<GVariant> nothing;
-  static_cast<void>(call(prompt, promptInterface, "Dismiss", nullptr, "()", nothing));
+  connection_->dismiss(prompt, deadline_);
   return errSecInteractionNotAllowed;
 }
 

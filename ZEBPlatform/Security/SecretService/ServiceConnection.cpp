@@ -1,6 +1,7 @@
 #define SECRET_API_SUBJECT_TO_CHANGE  // for the encryption of single secrets
 
 #include <ZEBPlatform/Linux/detail/ProcessFacts.h>
+#include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Security/SecretService/ServiceConnectionPrivate.h>
 
 #include <cstring>
@@ -9,6 +10,8 @@
 namespace zeb {
 
 namespace {
+
+constexpr const char* promptInterface = "org.freedesktop.Secret.Prompt";
 
 /// The process that has used GLib; 0 if none has.
 std::atomic<std::int32_t> processOfGLib{0};
@@ -45,6 +48,17 @@ class BoundedWait {
   static void finished(GObject*, GAsyncResult* result, gpointer wait) {
     static_cast<BoundedWait*>(wait)->result_.reset(G_ASYNC_RESULT(g_object_ref(result)));
   }
+  /// Waits until the condition is true or the deadline has passed. Checks it after events of the
+  /// context, and regularly for what is no event of it, such as that the bus has gone.
+  void runUntil(FunctionView<bool()> condition) {
+    const GLibPointer<GSource> check(g_timeout_source_new(250));
+    g_source_set_callback(
+        check.get(), [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr, nullptr);
+    g_source_attach(check.get(), context_.get());
+    while (!condition() && !g_cancellable_is_cancelled(cancellable_.get()))
+      g_main_context_iteration(context_.get(), TRUE);
+    g_source_destroy(check.get());
+  }
   GAsyncResult* result() {
     while (!result_) g_main_context_iteration(context_.get(), TRUE);
     return result_.get();
@@ -60,6 +74,57 @@ class BoundedWait {
   GLibPointer<GCancellable> cancellable_;
   GLibPointer<GSource> timeout_;
   GLibPointer<GAsyncResult> result_;
+};
+
+/// Receives, on the thread's current context, the end of a prompt: its result, or that the service
+/// has left the bus.
+class PromptEnd {
+ public:
+  PromptEnd(GDBusConnection* bus, const std::string& service, const std::string& path)
+      : bus_(bus),
+        result_(g_dbus_connection_signal_subscribe(
+            bus, service.c_str(), promptInterface, "Completed", path.c_str(), nullptr,
+            G_DBUS_SIGNAL_FLAGS_NONE, completed, this, nullptr)),
+        departure_(g_dbus_connection_signal_subscribe(
+            bus, "org.freedesktop.DBus", "org.freedesktop.DBus", "NameOwnerChanged",
+            "/org/freedesktop/DBus", service.c_str(), G_DBUS_SIGNAL_FLAGS_NONE, departed, this,
+            nullptr)) {}
+  PromptEnd(const PromptEnd&) = delete;
+  PromptEnd& operator=(const PromptEnd&) = delete;
+  ~PromptEnd() {
+    g_dbus_connection_signal_unsubscribe(bus_, result_);
+    g_dbus_connection_signal_unsubscribe(bus_, departure_);
+  }
+
+  bool isCompleted() const noexcept { return parameters_ != nullptr; }
+  bool isServiceGone() const noexcept { return isServiceGone_; }
+  /// Null if the user refused, or if the result is not of the type.
+  GLibPointer<GVariant> result(const char* type) const {
+    gboolean isDismissed = TRUE;
+    GVariant* inner = nullptr;
+    if (!isCompleted() || !g_variant_is_of_type(parameters_.get(), G_VARIANT_TYPE("(bv)")))
+      return nullptr;
+    g_variant_get(parameters_.get(), "(bv)", &isDismissed, &inner);
+    GLibPointer<GVariant> result(inner);
+    if (isDismissed || !g_variant_is_of_type(inner, G_VARIANT_TYPE(type))) return nullptr;
+    return result;
+  }
+
+ private:
+  static void completed(GDBusConnection*, const char*, const char*, const char*, const char*,
+                        GVariant* parameters, gpointer end) {
+    static_cast<PromptEnd*>(end)->parameters_.reset(g_variant_ref(parameters));
+  }
+  static void departed(GDBusConnection*, const char*, const char*, const char*, const char*,
+                       GVariant*, gpointer end) {
+    static_cast<PromptEnd*>(end)->isServiceGone_ = true;
+  }
+
+  GDBusConnection* const bus_;
+  const guint result_;
+  const guint departure_;
+  GLibPointer<GVariant> parameters_;
+  bool isServiceGone_ = false;
 };
 
 /// The address of the session bus that runs; empty if there is none. GLib's own function would start
@@ -233,11 +298,27 @@ OSStatus ServiceConnection::call(const std::string& path, const char* interface,
 
 OSStatus ServiceConnection::prompt(const std::string& path, const char* resultType,
                                    const ServiceDeadline& deadline, GLibPointer<GVariant>& result) {
+  // libsecret's function has no time limit once the deadline has cancelled it: it dismisses the
+  // prompt and waits for its end, which the service may forget.
   BoundedWait wait(deadline);
-  secret_service_prompt_at_dbus_path(service_.get(), path.c_str(), G_VARIANT_TYPE(resultType),
-                                     wait.cancellable(), BoundedWait::finished, &wait);
-  result.reset(secret_service_prompt_at_dbus_path_finish(service_.get(), wait.result(), nullptr));
-  return result ? errSecSuccess : errSecInteractionNotAllowed;
+  const PromptEnd end(bus_.get(), owner_, path);
+  GLibPointer<GVariant> nothing;
+  const OSStatus status =
+      call(path, promptInterface, "Prompt", g_variant_new("(s)", ""), "()", deadline, nothing);
+  if (status == errSecSuccess) {
+    wait.runUntil([&] { return end.isCompleted() || end.isServiceGone() || !isUsable(); });
+  }
+  if (end.isServiceGone()) isServiceGone_ = true;
+  result = end.result(resultType);
+  if (result) return errSecSuccess;
+  if (!isUsable()) return errSecNotAvailable;
+  if (!end.isCompleted()) dismiss(path, deadline);
+  return status == errSecNotAvailable ? status : errSecInteractionNotAllowed;
+}
+
+void ServiceConnection::dismiss(const std::string& path, const ServiceDeadline& deadline) {
+  GLibPointer<GVariant> nothing;
+  static_cast<void>(call(path, promptInterface, "Dismiss", nullptr, "()", deadline, nothing));
 }
 
 const char* ServiceConnection::sessionPath() const noexcept {

@@ -41,9 +41,12 @@ class ServiceConnection {
                 GLibPointer<GVariant>& result);
 
   /// Shows the prompt at `path` to the user and waits for its end. `errSecInteractionNotAllowed` if
-  /// the user refused or did not answer in time.
+  /// the user refused or did not answer in time; `errSecNotAvailable` if the service has gone.
   OSStatus prompt(const std::string& path, const char* resultType, const ServiceDeadline& deadline,
                   GLibPointer<GVariant>& result);
+
+  /// Ends a prompt without an answer.
+  void dismiss(const std::string& path, const ServiceDeadline& deadline);
 
   const char* sessionPath() const noexcept;
   /// The bytes as the service expects them, encrypted for this session; floating. Null if there is

@@ -44,9 +44,10 @@ class FakeService {
   ~FakeService() {
     g_dbus_connection_close_sync(bus_, nullptr, nullptr);
     g_object_unref(bus_);
+    const std::lock_guard guard(mutex_);  // an answer that is being sent ends first
   }
 
-  /// Whether the call with this key was made.
+  /// Whether the call with this key was made and answered.
   bool wasCalled(const std::string& key) {
     const std::lock_guard guard(mutex_);
     return counts_[key] > 0;
@@ -65,6 +66,7 @@ class FakeService {
     return nullptr;
   }
   void answer(GDBusConnection* bus, GDBusMessage* message) {
+    const std::lock_guard guard(mutex_);
     const std::string method = g_dbus_message_get_member(message);
     const char* detail = g_dbus_message_get_path(message);
     GVariant* const body = g_dbus_message_get_body(message);
@@ -92,7 +94,6 @@ class FakeService {
     g_object_unref(message);
   }
   std::string next(const std::string& key) {
-    const std::lock_guard guard(mutex_);
     ++counts_[key];
     const auto found = replies_.find(key);
     if (found == replies_.end()) return "";

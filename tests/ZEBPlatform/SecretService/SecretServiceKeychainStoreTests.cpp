@@ -270,5 +270,35 @@ TEST_F(FakeSecretServiceTest, MustEncryptItsSessions) {
   EXPECT_TRUE(service.wasCalled("OpenSession plain"));
 }
 
+TEST_F(FakeSecretServiceTest, AsksTheUserAndWaitsForTheAnswer) {
+  FakeService::Replies replies{
+      {"Get Locked", {"(<true>,)"}},
+      {"Unlock /org/freedesktop/secrets", {"(@ao [], objectpath '/p')"}},
+      {"Prompt /p", {"()"}},
+  };
+  const auto status = [&](bool isDismissed = false) {
+    FakeService service(replies);
+    const auto store = openStore({.prompting = Prompting::allowed, .promptTimeout = 0.3});
+    const OSStatus result = store->availability();
+    EXPECT_EQ(service.wasCalled("Dismiss /p"), isDismissed);
+    return result;
+  };
+  EXPECT_EQ(status(true), errSecInteractionNotAllowed)
+      << "neither the user nor the service answers";
+  replies["Completed"] = {"(true, <@ao []>)"};
+  EXPECT_EQ(status(), errSecInteractionNotAllowed);
+  replies["Completed"] = {"(false, <[objectpath '/c']>)"};
+  EXPECT_EQ(status(), errSecSuccess);
+
+  // The service ends while the user thinks.
+  replies.erase("Completed");
+  std::optional<FakeService> service(std::in_place, replies);
+  std::jthread end([&] {
+    waitUntil([&] { return service->wasCalled("Prompt /p"); }, "the user is asked");
+    service.reset();
+  });
+  EXPECT_EQ(openStore({.prompting = Prompting::allowed})->availability(), errSecNotAvailable);
+}
+
 }  // namespace
 }  // namespace zeb::test
