@@ -229,8 +229,9 @@ OSStatus SecretServiceKeychainStore::remove(const KeychainQuery& query) {
   return perform(Access::write, [&](ServiceCollection& collection) -> OSStatus {
     std::vector<ServiceItem> items;
     OSStatus status = findItems(collection, query, items);
+    if (status != errSecSuccess) return status;
     // The values are needed to take the removal of several items back; damaged ones are lost.
-    if (status == errSecSuccess && items.size() > 1) status = collection.readValues(items);
+    if (items.size() > 1) status = collection.readValues(items);
     if (status != errSecSuccess && status != errSecDecode) return status;
     std::size_t removed = 0;
     return performAll(

@@ -300,5 +300,14 @@ TEST_F(FakeSecretServiceTest, AsksTheUserAndWaitsForTheAnswer) {
   EXPECT_EQ(openStore({.prompting = Prompting::allowed})->availability(), errSecNotAvailable);
 }
 
+TEST_F(FakeSecretServiceTest, RemovesAllItemsOrSaysThatItDidNot) {
+  FakeService::Replies replies{{"SearchItems /c", {"([objectpath '/c/1', '/c/2'],)"}},
+                               {"Get Attributes", {"(<'no attributes'>,)"}}};
+  {
+    FakeService service(replies);
+    EXPECT_EQ(openStore()->remove({}), errSecDecode);
+  }
+}
+
 }  // namespace
 }  // namespace zeb::test
