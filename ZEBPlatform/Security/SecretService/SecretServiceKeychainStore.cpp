@@ -241,7 +241,11 @@ OSStatus SecretServiceKeychainStore::remove(const KeychainQuery& query) {
           removed += outcome == errSecSuccess;
           return outcome;
         },
-        [&](std::size_t i) { return i < removed ? collection.create(items[i]) : errSecSuccess; });
+        [&](std::size_t i) {
+          // A value that could not be read must not become an empty one.
+          const bool isKnown = !items[i].hasValue || items[i].item.value;
+          return i < removed && isKnown ? collection.create(items[i]) : errSecSuccess;
+        });
   });
 }
 

@@ -62,11 +62,11 @@ struct SecretServiceOptions {
 /// wait for the lock wait for that change.
 ///
 /// All or none: adding or removing one item is one change of the service. If a call that needs
-/// several changes fails in its course, the store takes back what it has done. It cannot if the
-/// process is killed or the service disappears at this moment: then a part of several new items may
-/// be stored, a part of several items may be removed, or an updated item may have its new value
-/// with its old attributes. After a time-out the service may still carry out the change that it did
-/// not confirm.
+/// several changes fails in its course, the store takes back what it has done, except that removed
+/// items whose values were damaged stay removed. It cannot if the process is killed or the service
+/// disappears at this moment: then a part of several new items may be stored, a part of several
+/// items may be removed, or an updated item may have its new value with its old attributes. After a
+/// time-out the service may still carry out the change that it did not confirm.
 ///
 /// Items are ordered by the wall clock's time at which they were added.
 ///

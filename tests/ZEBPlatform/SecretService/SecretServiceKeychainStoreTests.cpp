@@ -307,6 +307,13 @@ TEST_F(FakeSecretServiceTest, RemovesAllItemsOrSaysThatItDidNot) {
     FakeService service(replies);
     EXPECT_EQ(openStore()->remove({}), errSecDecode);
   }
+  replies["Get Attributes"] = {"(<{'class': 'genericPassword', 'order': '1', 'value': 'some'}>,)"};
+  replies["GetSecrets /org/freedesktop/secrets"] = {"(@a{o(oayays)} {},)"};
+  replies["Delete /c/1"] = {"(objectpath '/',)"};
+  FakeService service(replies);
+  EXPECT_EQ(openStore()->remove({}), errSecIO);
+  EXPECT_TRUE(service.wasCalled("Delete /c/2"));
+  EXPECT_FALSE(service.wasCalled("CreateItem /c")) << "a value that is unknown became an empty one";
 }
 
 }  // namespace
