@@ -48,7 +48,8 @@ struct SecretServiceOptions {
 ///     connects again, also with a service that was started anew. The session bus is that of the
 ///     variable DBUS_SESSION_BUS_ADDRESS, or "bus" in XDG_RUNTIME_DIR; none is ever started.
 ///   - `errSecInteractionNotAllowed`: the collection is locked, or the user refused. A locked
-///     collection is never taken for an empty one.
+///     collection is never taken for an empty one. The user is asked to unlock it only before the
+///     call begins its work; if it is locked during the work, the call fails.
 ///   - `errSecDecode`: another program damaged one of our items, which can still be removed.
 ///   - `errSecParam`: an attribute is not of its kind, a new item has no access group, or the name
 ///     of the collection is not well-formed.
@@ -59,7 +60,8 @@ struct SecretServiceOptions {
 /// Several processes: a call that changes items excludes all other calls by a lock on the folder
 /// "zebutilities" in the user's runtime folder (XDG_RUNTIME_DIR, else the cache folder). Processes
 /// that share a collection must have the same one. Calls that begin after a change has begun to
-/// wait for the lock wait for that change.
+/// wait for the lock wait for that change. A service that wants each change confirmed asks the user
+/// while the lock is held; calls of other processes may end with `errSecNotAvailable` meanwhile.
 ///
 /// All or none: adding or removing one item is one change of the service. If a call that needs
 /// several changes fails in its course, the store takes back what it has done, except that removed

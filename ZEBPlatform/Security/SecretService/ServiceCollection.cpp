@@ -68,6 +68,7 @@ OSStatus ServiceCollection::open(std::shared_ptr<ServiceConnection> connection,
   connection_ = std::move(connection);
   OSStatus status = find(name);
   if (status == errSecSuccess) status = requireUnlocked();
+  if (status == errSecInteractionNotAllowed && prompts_.areAllowed) status = unlock();
   return ofPlace(status);
 }
 
@@ -95,7 +96,7 @@ OSStatus ServiceCollection::requireUnlocked() {
   GLibPointer<GVariant> isLocked;
   const OSStatus status = property(path_, collectionInterface, "Locked", "b", isLocked);
   if (status != errSecSuccess || !g_variant_get_boolean(isLocked.get())) return status;
-  return prompts_.areAllowed ? unlock() : errSecInteractionNotAllowed;
+  return errSecInteractionNotAllowed;
 }
 
 OSStatus ServiceCollection::unlock() {

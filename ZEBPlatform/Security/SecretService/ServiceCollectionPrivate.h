@@ -29,7 +29,8 @@ class ServiceCollection {
 
   const ServiceDeadline& deadline() const noexcept { return deadline_; }
   void setDeadline(const ServiceDeadline& deadline) noexcept { deadline_ = deadline; }
-  /// `errSecInteractionNotAllowed` if the collection is locked and stays so.
+  /// `errSecInteractionNotAllowed` if the collection is locked. Never asks the user, because other
+  /// processes wait for the lock that the caller holds.
   OSStatus requireUnlocked();
 
   /// The paths of the items that have all these attributes.

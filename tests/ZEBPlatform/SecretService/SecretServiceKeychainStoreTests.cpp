@@ -290,6 +290,16 @@ TEST_F(FakeSecretServiceTest, AsksTheUserAndWaitsForTheAnswer) {
   replies["Completed"] = {"(false, <[objectpath '/c']>)"};
   EXPECT_EQ(status(), errSecSuccess);
 
+  // A collection that is locked during the work: other processes must not wait for the user.
+  replies["Get Locked"] = {"(<false>,)", "(<true>,)"};
+  replies["SearchItems /c"] = {"(@ao [],)"};
+  {
+    FakeService service(replies);
+    EXPECT_EQ(find(*openStore({.prompting = Prompting::allowed})), errSecInteractionNotAllowed);
+    EXPECT_FALSE(service.wasCalled("Prompt /p"));
+  }
+  replies["Get Locked"].pop_front();
+
   // The service ends while the user thinks.
   replies.erase("Completed");
   std::optional<FakeService> service(std::in_place, replies);
