@@ -37,6 +37,22 @@ NSDictionary permanentKey(const NSString& tag) {
   return {{kSecAttrIsPermanent, true}, {kSecAttrApplicationTag, tagData(tag)}};
 }
 
+/// Deletes the half with the tag if the other half is missing. Pairs are added whole, so that no
+/// half looks alone while another thread adds its pair. The digest in the label keeps the half of a
+/// pair that another thread or process has made meanwhile.
+void deleteIfAlone(const NSString& tag, const NSString& otherTag) {
+  Value attributes;
+  Value other;
+  if (SecItemCopyMatching(queryOf(tag, kSecReturnAttributes), &attributes) != errSecSuccess ||
+      SecItemCopyMatching(queryOf(otherTag, kSecReturnAttributes), &other) != errSecItemNotFound) {
+    return;
+  }
+  NSMutableDictionary half(queryOf(tag, kSecReturnAttributes));
+  const Value label = NSDictionary(attributes)[kSecAttrApplicationLabel];
+  if (!label.isNil()) half.setObject(label, kSecAttrApplicationLabel);
+  SecItemDelete(half);
+}
+
 /// How many bytes follow the first one of a length above 127: exact below 512.
 std::size_t lengthBytes(std::size_t length) { return (length >> 8) + 1; }
 
@@ -103,6 +119,8 @@ NSDictionary ZEBRSAOperations::privateKeyQueryDictionaryForUserid(std::int64_t u
 
 void ZEBRSAOperations::generateKeyPairForUser(std::int64_t userID) {
   if (userID == noUser) return;
+  deleteIfAlone(privateKeyTagForUserid(userID), publicKeyTagForUserid(userID));
+  deleteIfAlone(publicKeyTagForUserid(userID), privateKeyTagForUserid(userID));
   SecKeyGeneratePair({{kSecAttrKeyType, kSecAttrKeyTypeRSA},
                       {kSecAttrKeySizeInBits, keySizeInBits},
                       {kSecPrivateKeyAttrs, permanentKey(privateKeyTagForUserid(userID))},

@@ -33,11 +33,12 @@ class ZEBRSAOperations {
   /// Finds the private key as a reference: the same with kSecReturnRef.
   [[nodiscard]] static NSDictionary privateKeyQueryDictionaryForUserid(std::int64_t userID);
 
-  /// Makes and stores the user's pair, both halves or none. A user who has a pair keeps it. The
-  /// result of the keychain is deliberately not checked: whether there is a pair is what
-  /// `base64PublicKeyForUser` tells.
+  /// Makes and stores the user's pair, both halves or none. A user who has a pair keeps it. One
+  /// half alone, such as an interrupted deletion leaves, is deleted first. The result of the
+  /// keychain is deliberately not checked: whether there is a pair is what `base64PublicKeyForUser`
+  /// tells.
   static void generateKeyPairForUser(std::int64_t userID);
-  /// Deletes both halves, if they are there.
+  /// Deletes both halves, if they are there, in two steps: first the public one.
   static void deleteKeyPairForUser(std::int64_t userID);
 
   /// The user's signature of the data: PKCS #1 version 1.5 with SHA-1 (RFC 8017, section 8.2), as

@@ -128,6 +128,18 @@ TEST_F(RSAOperations, FailuresGiveNil) {
   EXPECT_EQ(store->itemCount(), before);
 }
 
+TEST_F(RSAOperations, GeneratingReplacesOneHalfAlone) {
+  addPublicKey(5, sample(test::samplePublicKey));
+  for (int round = 0; round < 2; ++round) {
+    ZEBRSAOperations::generateKeyPairForUser(5);
+    EXPECT_EQ(exportedKey(5).length(), 294u);
+    EXPECT_EQ(ZEBRSAOperations::signData(message, 5).length(), 256u);
+    EXPECT_EQ(store->itemCount(), 2u);
+    // What an interrupted deletion leaves.
+    SecItemDelete(ZEBRSAOperations::publicKeyQueryDictionaryForUserid(5));
+  }
+}
+
 TEST_F(RSAOperations, ThreadsThatGenerateForOneUserGetOnePair) {
   {
     const std::jthread other([] { ZEBRSAOperations::generateKeyPairForUser(42); });
