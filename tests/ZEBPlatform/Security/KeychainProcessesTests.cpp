@@ -28,8 +28,8 @@ int resultOf(pid_t child) {
 }
 
 TEST_F(KeychainProcesses, MakeOneStoreTogetherAndWriteToIt) {
-  constexpr int processes = 6;
-  constexpr int items = 50;
+  constexpr int processes = 4;
+  constexpr int items = 500;
   for (int round = 0; round < 10; ++round) {
     fs::remove_all(place);
     std::vector<pid_t> children;
