@@ -46,7 +46,9 @@ class KeychainItemUtils {
   /// A call makes two queries, one for the item's attributes and one for its password. If the item
   /// is not accessible after the first unlock (`kSecAttrAccessibleAfterFirstUnlock`), its
   /// accessibility is changed to that later, in a block of the main queue; the call does not wait
-  /// for it, and its failure is only logged. Each fetch before that change posts another block.
+  /// for it, and its failure is only logged. Each fetch before that change posts another block. The
+  /// change is made synchronously there: the main queue stands still while the store waits for its
+  /// disk, its service or another process.
   ///
   /// Nil without an error also if the stored bytes are not UTF-8, which only other programs write.
   [[nodiscard]] static NSString getPasswordForUsername(const NSString& username,
