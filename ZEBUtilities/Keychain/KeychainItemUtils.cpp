@@ -155,6 +155,8 @@ NSString KeychainItemUtils::getPasswordForUsername(const NSString& username,
     }
     return nullptr;
   }
+  // This platform's SecItemCopyMatching never succeeds without data here. The branch is kept so
+  // that the failure is reported if that changes.
   if (!password.isData()) {
     log(OLGLevelError, fetchFunction, 153, "'%@' Keychain password data could not be retrieved",
         serviceName);

@@ -17,6 +17,11 @@ class Class;
 /// fails makes them false and the others nil, false or 0. Has no state; any thread. The calls read
 /// and write files or ask a service, so they may take milliseconds.
 ///
+/// The bytes that this class handles are overwritten when they are no longer needed, seeds that it
+/// returns when the last reference is gone. Texts that are passed or returned as `NSString`, which
+/// are keys of one-time passwords and backup codes, are ordinary: neither they nor their copies are
+/// overwritten when they are freed. The same holds for seeds that the application makes itself.
+///
 /// All stored values follow one scheme. Names and selectors are deliberately irregular, and
 /// "Vericiation" is deliberately misspelt: applications call them so.
 ///   - "adds" deletes the item of this value, user and service, and then adds one. If adding fails,
