@@ -148,6 +148,9 @@ void NSThread::finish() noexcept {
     const detail::LockGuard guard(lock_);
     handle_.reset();
   }
+  // A system call, on return from which the system runs the handlers of the signals that were sent
+  // before. So they have finished when the thread's blocks are dropped.
+  std::this_thread::yield();
   dictionary_ = nullptr;
   runLoop_->core().close();
 }

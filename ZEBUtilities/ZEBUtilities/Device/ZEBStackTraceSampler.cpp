@@ -108,7 +108,8 @@ NSArray ZEBStackTraceSampler::sample() {
     isDelivered = true;
   });
   dispatch_semaphore_wait(semaphore, DISPATCH_TIME_FOREVER);
-  // The capture of a thread that has ended must not be taken for that of the next thread.
+  // The capture of a thread that has ended must not be taken for that of the next thread. It is
+  // complete: a thread's blocks are dropped only after its handlers have returned.
   if (!isDelivered) stackRecord.clear();
   return symbols;
 }
