@@ -7,21 +7,22 @@
 #include <ZEBUtilities/Device/detail/PlatformYearClass.h>
 
 #include <algorithm>
+#include <atomic>
 
 namespace zeb {
 
 namespace {
 
-/// Logs an unknown family.
-ZEBPlatform findCurrentPlatform() {
-  const ZEBPlatform platform = ZEBPlatformFromPlatformString(ZEBPlatformString());
+/// Must not be called within the initialisation of a static variable: the log's handler may ask for
+/// the platform.
+void warnOnceAboutUnknownPlatform() {
+  static constinit std::atomic<bool> isDone{false};
+  if (isDone.load(std::memory_order_relaxed) || isDone.exchange(true)) return;
   const char* const channel = ZEBUtilitiesLoggingChannel_Generic;
-  if (platform == ZEBPlatformUnknown && OLGCanLog(nullptr, OLGLevelWarning, channel)) {
-    OLGLogEx(nullptr, OLGLevelWarning, channel, "ZEBUtilities/ZEBUtilities/ZEBPlatform",
-             "ZEBPlatform ZEBCurrentPlatform()_block_invoke", 47, "Unknown platform found: %@",
-             ZEBPlatformString());
-  }
-  return platform;
+  if (!OLGCanLog(nullptr, OLGLevelWarning, channel)) return;
+  OLGLogEx(nullptr, OLGLevelWarning, channel, "ZEBUtilities/ZEBUtilities/ZEBPlatform",
+           "ZEBPlatform ZEBCurrentPlatform()_block_invoke", 47, "Unknown platform found: %@",
+           ZEBPlatformString());
 }
 
 std::uint32_t byteOf(const NSString& number) {
@@ -37,7 +38,8 @@ NSString ZEBPlatformString() {
 }
 
 ZEBPlatform ZEBCurrentPlatform() {
-  static const ZEBPlatform platform = findCurrentPlatform();
+  static const ZEBPlatform platform = ZEBPlatformFromPlatformString(ZEBPlatformString());
+  if (platform == ZEBPlatformUnknown) warnOnceAboutUnknownPlatform();
   return platform;
 }
 
@@ -66,8 +68,8 @@ std::uint32_t ZEBPlatformVersionFromString(const NSString& model) {
 }
 
 std::int64_t ZEBPlatformYearClass() {
-  static const std::int64_t year =
-      detail::platformYearClass(ZEBCurrentPlatform(), ZEBPlatformVersion());
+  const ZEBPlatform platform = ZEBCurrentPlatform();  // may log
+  static const std::int64_t year = detail::platformYearClass(platform, ZEBPlatformVersion());
   return year;
 }
 
