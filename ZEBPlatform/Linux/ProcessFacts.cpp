@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <filesystem>
 #include <string_view>
@@ -103,17 +104,22 @@ std::optional<TaskMemory> taskMemory() {
   return TaskMemory{*virtualSize, *residentSize, *maxResidentSize};
 }
 
-std::string machineModel() {
+int readMachineModel(std::string& model) {
   for (const char* const path :
        {"/sys/devices/virtual/dmi/id/product_name", "/sys/firmware/devicetree/base/model"}) {
-    std::string model;
-    readWholeFile(path, maxFileSize, model);
+    std::string content;
+    const int failure = readWholeFile(path, maxFileSize, content);
+    // Later attempts may succeed, so the instruction set would be a wrong answer.
+    if (failure == EMFILE || failure == ENFILE || failure == ENOMEM) return failure;
     // The text ends with a line end in one of the files, and with a zero byte in the other one.
-    model.resize(std::min(model.find('\0'), model.size()));
-    while (!model.empty() && (model.back() == '\n' || model.back() == ' ')) model.pop_back();
-    if (!model.empty()) return model;
+    content.resize(std::min(content.find('\0'), content.size()));
+    while (content.ends_with('\n') || content.ends_with(' ')) content.pop_back();
+    if (content.empty()) continue;
+    model = std::move(content);
+    return 0;
   }
-  return systemName(&utsname::machine);
+  model = systemName(&utsname::machine);
+  return 0;
 }
 
 std::string kernelName() { return systemName(&utsname::sysname); }

@@ -69,7 +69,7 @@ constexpr Control controls[] = {
     {kernel, 8, "kern.argmax", readConfiguration<_SC_ARG_MAX>},
     {kernel, 10, "kern.hostname", readFact<machineName>},
     {kernel, 65, "kern.osversion", readFact<kernelBuild>},
-    {hardware, 1, "hw.machine", readFact<machineModel>},
+    {hardware, 1, "hw.machine", readMachineModel},
     {hardware, 3, "hw.ncpu", readFact<configuredProcessorCount>},
     {hardware, 4, "hw.byteorder", readFact<byteOrder>},
     {hardware, 7, "hw.pagesize", readConfiguration<_SC_PAGESIZE>},

@@ -42,8 +42,9 @@ struct TaskMemory {
 std::optional<TaskMemory> taskMemory();
 
 /// The model that the machine's firmware states, such as "ThinkPad X1" or "Raspberry Pi 4 Model B";
-/// the instruction set, such as "x86_64", if it states none.
-std::string machineModel();
+/// the instruction set, such as "x86_64", if it states none. Returns 0, or the error number if the
+/// process lacks what it needs to read it, such as a file descriptor; `model` then stays as it is.
+int readMachineModel(std::string& model);
 
 /// What `uname` prints for "-s", "-r" and "-v": "Linux"; the kernel's release, such as
 /// "6.1.0-18-amd64"; and its build, such as "#1 SMP PREEMPT_DYNAMIC Debian 6.1.76-1 (2024-02-01)".

@@ -8,13 +8,41 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 
 namespace zeb {
 
 namespace {
 
-/// Must not be called within the initialisation of a static variable: the log's handler may ask for
-/// the platform.
+/// The machine that the process runs on.
+struct Machine {
+  explicit Machine(const NSString& name)
+      : model(name),
+        platform(ZEBPlatformFromPlatformString(model)),
+        version(ZEBPlatformVersionFromString(model)),
+        year(detail::platformYearClass(platform, version)) {}
+
+  NSString model;
+  ZEBPlatform platform;
+  std::uint32_t version;
+  std::int64_t year;
+};
+
+/// Found once. If the model cannot be read, for example because no file descriptor is left, the
+/// answer is a machine without a model, and the next call tries again.
+const Machine& machine() {
+  static constinit std::atomic<const Machine*> found{nullptr};
+  const Machine* known = found.load(std::memory_order_acquire);
+  if (known) return *known;
+  const NSString model = ZEBSystemControlRetrieveStringByControlType(6, 1);
+  if (model.isNil()) {
+    static const detail::NeverDestroyed<Machine> unknown(nullptr);
+    return *unknown;
+  }
+  auto own = std::make_unique<const Machine>(model);
+  return found.compare_exchange_strong(known, own.get()) ? *own.release() : *known;
+}
+
 void warnOnceAboutUnknownPlatform() {
   static constinit std::atomic<bool> isDone{false};
   if (isDone.load(std::memory_order_relaxed) || isDone.exchange(true)) return;
@@ -31,16 +59,14 @@ std::uint32_t byteOf(const NSString& number) {
 
 }  // namespace
 
-NSString ZEBPlatformString() {
-  static const detail::NeverDestroyed<NSString> model(
-      ZEBSystemControlRetrieveStringByControlType(6, 1));
-  return *model;
-}
+NSString ZEBPlatformString() { return machine().model; }
 
 ZEBPlatform ZEBCurrentPlatform() {
-  static const ZEBPlatform platform = ZEBPlatformFromPlatformString(ZEBPlatformString());
-  if (platform == ZEBPlatformUnknown) warnOnceAboutUnknownPlatform();
-  return platform;
+  const Machine& current = machine();
+  if (current.platform == ZEBPlatformUnknown && !current.model.isNil()) {
+    warnOnceAboutUnknownPlatform();
+  }
+  return current.platform;
 }
 
 ZEBPlatform ZEBPlatformFromPlatformString(const NSString& model) {
@@ -50,10 +76,7 @@ ZEBPlatform ZEBPlatformFromPlatformString(const NSString& model) {
   return ZEBPlatformUnknown;
 }
 
-std::uint32_t ZEBPlatformVersion() {
-  static const std::uint32_t version = ZEBPlatformVersionFromString(ZEBPlatformString());
-  return version;
-}
+std::uint32_t ZEBPlatformVersion() { return machine().version; }
 
 std::uint32_t ZEBPlatformVersionFromString(const NSString& model) {
   std::size_t digit = 0;
@@ -68,9 +91,8 @@ std::uint32_t ZEBPlatformVersionFromString(const NSString& model) {
 }
 
 std::int64_t ZEBPlatformYearClass() {
-  const ZEBPlatform platform = ZEBCurrentPlatform();  // may log
-  static const std::int64_t year = detail::platformYearClass(platform, ZEBPlatformVersion());
-  return year;
+  ZEBCurrentPlatform();  // logs an unknown platform
+  return machine().year;
 }
 
 std::int64_t detail::platformYearClass(ZEBPlatform platform, std::uint32_t version) noexcept {

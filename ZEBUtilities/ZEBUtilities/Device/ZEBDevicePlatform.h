@@ -15,10 +15,11 @@ enum ZEBPlatform : std::int64_t {
 };
 
 // The functions without an argument describe the machine that the process runs on. Each determines
-// its result at the first call and keeps it. All functions may be called from any thread.
+// its result at the first call and keeps it, unless the model cannot be read at that time, for
+// example because no file descriptor is left. All functions may be called from any thread.
 
-/// The machine's model: the system control (6, 1), see Linux/SystemControl.h. Nil if the system
-/// does not state one.
+/// The machine's model: the system control (6, 1), see Linux/SystemControl.h. Nil if it cannot be
+/// read.
 NSString ZEBPlatformString();
 
 /// The family of the machine's model. If that is unknown, the first call logs a warning on the

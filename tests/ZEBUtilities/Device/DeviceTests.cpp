@@ -3,6 +3,8 @@
 #include <ZEBUtilities/Device.h>
 #include <ZEBUtilities/Device/detail/PlatformYearClass.h>
 
+#include <sys/resource.h>
+
 #include <cerrno>
 
 #include "Support/Support.h"
@@ -36,8 +38,15 @@ TEST(ZEBDevicePlatform, ClassifiesAnyModel) {
 }
 
 TEST(ZEBDevicePlatform, WarnsOnceAboutAnUnknownMachine) {
-  EXPECT_EQ(ZEBPlatformString(), NSString(machineModel()));
-  std::string log;
+  rlimit limit;
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit none{0, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);  // the model cannot be read without a descriptor
+  EXPECT_TRUE(ZEBPlatformString().isNil() && ZEBPlatformYearClass() == 2007);
+  setrlimit(RLIMIT_NOFILE, &limit);
+  std::string log, model;
+  EXPECT_EQ(readMachineModel(model), 0);
+  EXPECT_EQ(ZEBPlatformString(), NSString(model));
   const auto ask = [] {
     EXPECT_TRUE(ZEBCurrentPlatform() == ZEBPlatformUnknown && ZEBPlatformYearClass() == 2007);
   };
@@ -49,11 +58,11 @@ TEST(ZEBDevicePlatform, WarnsOnceAboutAnUnknownMachine) {
   ask();
   ask();
   OLGSetHandler(nullptr);
-  EXPECT_EQ(ZEBPlatformVersion(), ZEBPlatformVersionFromString(machineModel()));
+  EXPECT_EQ(ZEBPlatformVersion(), ZEBPlatformVersionFromString(model));
   EXPECT_EQ(log,
             "4|ZEBUtilities|ZEBUtilities/ZEBUtilities/ZEBPlatform|"
             "ZEBPlatform ZEBCurrentPlatform()_block_invoke|47|Unknown platform found: " +
-                machineModel() + "\n");
+                model + "\n");
 }
 
 TEST(ZEBSystemControl, FailuresGiveTheSystemsNumber) {
