@@ -107,6 +107,7 @@ int readControl(const Control* control, const ReadOther& readOther, std::string&
   std::string text;
   const int failure = control != std::end(controls) ? control->read(text) : readOther(text);
   if (failure) return failure;
+  if (text.empty()) return EINVAL;
   while (text.ends_with('\n')) text.pop_back();
   value = std::move(text);
   return 0;

@@ -32,7 +32,7 @@ NSString ZEBSystemControlRetrieveString(int type, int subtype, const NSString& n
   std::string bytes;
   int failure = readControl(type, subtype, name, bytes);
   NSString text = NSString::stringWithUTF8(bytes);
-  if (!failure && text.empty()) failure = EINVAL;
+  if (!failure && text.isNil()) failure = EINVAL;
   if (!failure) return text;
   report(failure, error);
   return nullptr;

@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 
 #include <cerrno>
+#include <fstream>
 
 #include "Support/Support.h"
 
@@ -88,6 +89,10 @@ TEST(ZEBSystemControl, FailuresGiveTheSystemsNumber) {
     EXPECT_EQ(error.code(), numberCode) << type << name << error;
     EXPECT_EQ(number, numberCode ? 0 : text.integerValue());
   }
+  std::string ports;  // mostly a line without text, which is a value nevertheless
+  std::getline(std::ifstream("/proc/sys/net/ipv4/ip_local_reserved_ports"), ports);
+  const NSString text = ZEBSystemControlRetrieveStringByName("net.ipv4.ip_local_reserved_ports");
+  EXPECT_TRUE(!text.isNil() && text == ports) << text;
 }
 
 TEST(NSProcessInfoAdditions, FillsTheFiguresThatAreGiven) {
