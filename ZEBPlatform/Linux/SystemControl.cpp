@@ -115,11 +115,13 @@ int readControl(const Control* control, const ReadOther& readOther, std::string&
 
 int parseInteger(int failure, const std::string& text, std::int32_t& value) {
   if (failure) return failure;
-  std::int32_t number = 0;
+  std::int64_t number = 0;
   const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (problem == std::errc::invalid_argument || end != text.data() + text.size()) return EINVAL;
-  if (problem == std::errc::result_out_of_range) return ENOMEM;
-  value = number;
+  if (problem == std::errc::result_out_of_range || number < INT32_MIN || number > UINT32_MAX) {
+    return ENOMEM;
+  }
+  value = static_cast<std::int32_t>(number);
   return 0;
 }
 

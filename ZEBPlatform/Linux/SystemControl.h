@@ -40,8 +40,10 @@ namespace zeb {
 int readSystemControl(int type, int subtype, std::string& value);
 int readSystemControl(std::string_view name, std::string& value);
 
-/// The same for a control whose value is one integer of four bytes. EINVAL if the value is no
-/// number, and ENOMEM, as for a value that exceeds the room for it, if the number needs more bytes.
+/// The same for a control whose value is one integer of four bytes, with or without a sign: from
+/// 2147483648 to 4294967295 the result is the negative number of the same bits. EINVAL if the value
+/// is no number, and ENOMEM, as for a value that exceeds the room for it, if the number needs more
+/// bytes.
 int readSystemControl(int type, int subtype, std::int32_t& value);
 int readSystemControl(std::string_view name, std::int32_t& value);
 

@@ -25,7 +25,11 @@ TEST(SystemControl, NumbersNamesAndPathsGiveTheSystemsValues) {
   EXPECT_TRUE(readSystemControl("vm.swappiness", number) == 0 && number <= 200) << number;
   EXPECT_EQ(readSystemControl("kern.ostype", number), EINVAL);
   EXPECT_EQ(readSystemControl("kernel.random.uuid", number), EINVAL);  // begins with digits
-  EXPECT_EQ(physicalMemorySize() > INT32_MAX ? readSystemControl(6, 24, number) : ENOMEM, ENOMEM);
+  EXPECT_EQ(physicalMemorySize() > UINT32_MAX ? readSystemControl(6, 24, number) : ENOMEM, ENOMEM);
+  std::string text;
+  ASSERT_EQ(readSystemControl("net.ipv4.tcp_notsent_lowat", text), 0);  // 4294967295 by default
+  EXPECT_EQ(readSystemControl("net.ipv4.tcp_notsent_lowat", number), 0);
+  EXPECT_EQ(std::to_string(static_cast<std::uint32_t>(number)), text);
 }
 
 TEST(SystemControl, NamesThatDoNotNameAControlAreRefused) {
