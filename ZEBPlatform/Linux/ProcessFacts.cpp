@@ -2,6 +2,7 @@
 #include <ZEBPlatform/Linux/detail/ProcessFacts.h>
 
 #include <sched.h>
+#include <sys/auxv.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -43,7 +44,18 @@ std::optional<std::uint64_t> kilobytesLine(std::string_view status, std::string_
 
 std::string executablePath() {
   std::error_code failure;
-  return std::filesystem::read_symlink("/proc/self/exe", failure).string();
+  std::string path = std::filesystem::read_symlink("/proc/self/exe", failure).string();
+  if (failure) {
+    // The path that the program was started by, if it does not depend on the working directory.
+    const auto* const given = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+    return given && *given == '/' ? given : "";
+  }
+  // The system marks the name of a file that was deleted or replaced.
+  constexpr std::string_view mark = " (deleted)";
+  if (path.ends_with(mark) && !std::filesystem::exists(path, failure)) {
+    path.resize(path.size() - mark.size());
+  }
+  return path;
 }
 
 std::int32_t processIdentifier() noexcept { return getpid(); }

@@ -13,7 +13,8 @@ namespace zeb {
 // UTF-8, and empty if the system does not provide them. All functions may be called from any
 // thread.
 
-/// The absolute path of the running program's file.
+/// The absolute path of the running program's file; the path that it had if it has been deleted or
+/// replaced. Without /proc the path that the program was started by, if that is absolute.
 std::string executablePath();
 
 std::int32_t processIdentifier() noexcept;

@@ -84,6 +84,20 @@ TEST(RegularFile, OpensNothingOutsideTheFolder) {
   EXPECT_EQ(file.openBelow(folder, cases[0].entries), ENOENT);
 }
 
+TEST(ProcessFacts, ADeletedProgramKeepsItsPath) {
+  namespace fs = std::filesystem;
+  const std::string path = executablePath();
+  if (path.find("/zeb-deleted-") != path.npos) {  // in the process that is started below
+    fs::remove(path);
+    ASSERT_EQ(executablePath(), path);
+  } else {
+    const fs::path copy = fs::temp_directory_path() / ("zeb-deleted-" + std::to_string(getpid()));
+    fs::copy_file(path, copy);
+    EXPECT_EQ(std::system((copy.string() + " --gtest_filter=*.ADeletedProgram*").c_str()), 0);
+    EXPECT_FALSE(fs::remove(copy)) << "the other process has removed itself";
+  }
+}
+
 TEST(ProcessFacts, MemoryIsInBytesAndFollowsItsUse) {
   const auto before = taskMemory();
   ASSERT_TRUE(before);
