@@ -76,8 +76,8 @@ std::string detail::contactsFolder(const CNHostConfiguration& configuration) {
 std::string detail::authorizationFile(const CNHostConfiguration& configuration) {
   if (configuration.authorizationFile) return absolutePath(configuration.authorizationFile);
   const fs::path settings = userFolder("XDG_CONFIG_HOME", ".config");
-  if (settings.empty()) return "";
   const fs::path program = fs::path(executablePath()).filename();
+  if (settings.empty() || program.empty()) return "";
   return (settings / "zebutilities/contacts-access" / program).string();
 }
 
