@@ -38,70 +38,88 @@ class Image {
   /// Calls `visit` with the address and name of each function that the image exports.
   template <class Visit>
   void forEachFunction(const Visit& visit) const {
-    Tables tables;
-    for (const Phdr& header : headers_) {
-      if (header.p_type == PT_DYNAMIC) tables = findTables(header);
-    }
-    if (!tables.symbols || !tables.names) return;
-    const auto [first, last] =
-        tables.gnuHash ? rangeOfGnuHash(tables.gnuHash) : rangeOfHash(tables.hash);
-    for (std::size_t index = first; index < last; ++index) {
+    const Tables tables = findTables();
+    const SymbolRange range =
+        tables.gnuHash.empty() ? rangeOfHash(tables.hash) : rangeOfGnuHash(tables.gnuHash);
+    const std::size_t last = std::min(range.last, tables.symbols.size());
+    for (std::size_t index = range.first; index < last; ++index) {
       const Sym& symbol = tables.symbols[index];
       const unsigned type = symbol.st_info & 0xF;
       if ((type != STT_FUNC && type != STT_GNU_IFUNC) || symbol.st_shndx == SHN_UNDEF) continue;
-      visit(base_ + symbol.st_value, symbol.st_size, tables.names + symbol.st_name);
+      if (symbol.st_name >= tables.names.size()) continue;
+      visit(base_ + symbol.st_value, symbol.st_size, &tables.names[symbol.st_name]);
     }
   }
 
  private:
+  /// Views of the image's tables. What the image states about their sizes is not relied on.
   struct Tables {
-    const Sym* symbols = nullptr;
-    const char* names = nullptr;
-    const std::uint32_t* gnuHash = nullptr;
-    const std::uint32_t* hash = nullptr;
+    std::span<const Sym> symbols;
+    std::span<const char> names;  ///< ends with a zero byte
+    std::span<const std::uint32_t> gnuHash;
+    std::span<const std::uint32_t> hash;
   };
   struct SymbolRange {
     std::size_t first = 0;
     std::size_t last = 0;
   };
 
-  Tables findTables(const Phdr& dynamic) const {
+  Tables findTables() const {
     Tables tables;
-    for (auto* entry = reinterpret_cast<const Dyn*>(base_ + dynamic.p_vaddr);
-         entry->d_tag != DT_NULL; ++entry) {
-      if (entry->d_tag == DT_SYMTAB) tables.symbols = table<Sym>(*entry);
-      if (entry->d_tag == DT_STRTAB) tables.names = table<char>(*entry);
-      if (entry->d_tag == DT_GNU_HASH) tables.gnuHash = table<std::uint32_t>(*entry);
-      if (entry->d_tag == DT_HASH) tables.hash = table<std::uint32_t>(*entry);
+    std::size_t sizeOfNames = 0;
+    for (const Phdr& header : headers_) {
+      if (header.p_type != PT_DYNAMIC) continue;
+      for (const Dyn& entry : restOfSegment<Dyn>(base_ + header.p_vaddr)) {
+        if (entry.d_tag == DT_NULL) break;
+        if (entry.d_tag == DT_SYMTAB) tables.symbols = table<Sym>(entry);
+        if (entry.d_tag == DT_STRTAB) tables.names = table<char>(entry);
+        if (entry.d_tag == DT_STRSZ) sizeOfNames = entry.d_un.d_val;
+        if (entry.d_tag == DT_GNU_HASH) tables.gnuHash = table<std::uint32_t>(entry);
+        if (entry.d_tag == DT_HASH) tables.hash = table<std::uint32_t>(entry);
+      }
     }
+    tables.names = tables.names.first(std::min(tables.names.size(), sizeOfNames));
+    if (!tables.names.empty() && tables.names.back() != 0) tables.names = {};
     return tables;
   }
 
   /// The loader replaces offsets by addresses, except in images that it cannot write to.
   template <class T>
-  const T* table(const Dyn& entry) const {
-    std::uintptr_t address = entry.d_un.d_ptr;
-    if (!contains(address)) address += base_;
-    return contains(address) ? reinterpret_cast<const T*>(address) : nullptr;
+  std::span<const T> table(const Dyn& entry) const {
+    const std::uintptr_t address = entry.d_un.d_ptr;
+    return restOfSegment<T>(contains(address) ? address : base_ + address);
+  }
+
+  /// The objects from an address to the end of the loaded segment that contains it.
+  template <class T>
+  std::span<const T> restOfSegment(std::uintptr_t address) const {
+    for (const Phdr& header : headers_) {
+      const std::uintptr_t offset = address - (base_ + header.p_vaddr);
+      if (header.p_type != PT_LOAD || !(header.p_flags & PF_R) || offset >= header.p_memsz)
+        continue;
+      return {reinterpret_cast<const T*>(address), (header.p_memsz - offset) / sizeof(T)};
+    }
+    return {};
   }
 
   /// Only the exported symbols are in this table; they come last in the table of symbols.
-  static SymbolRange rangeOfGnuHash(const std::uint32_t* hash) {
+  static SymbolRange rangeOfGnuHash(std::span<const std::uint32_t> hash) {
+    if (hash.size() < 4) return {};
     const std::uint32_t bucketCount = hash[0];
     const std::uint32_t first = hash[1];
-    const std::uint32_t filterWords = hash[2];
-    const std::uint32_t* const buckets =
-        hash + 4 + filterWords * (sizeof(ElfW(Addr)) / sizeof(std::uint32_t));
-    const std::uint32_t* const chains = buckets + bucketCount;
-    if (bucketCount == 0) return {};
-    std::uint32_t last = *std::max_element(buckets, buckets + bucketCount);
+    const std::uint64_t filterWords = hash[2];
+    const std::uint64_t buckets = 4 + filterWords * (sizeof(ElfW(Addr)) / sizeof(std::uint32_t));
+    if (bucketCount == 0 || buckets + bucketCount > hash.size()) return {};
+    const auto chains = hash.subspan(buckets + bucketCount);
+    std::size_t last = std::ranges::max(hash.subspan(buckets, bucketCount));
     if (last < first) return {};
-    while (!(chains[last - first] & 1)) ++last;  // the lowest bit marks a chain's end
-    return {first, std::size_t{last} + 1};
+    // The lowest bit marks a chain's end.
+    while (last - first < chains.size() && !(chains[last - first] & 1)) ++last;
+    return {first, last + 1};
   }
 
-  static SymbolRange rangeOfHash(const std::uint32_t* hash) {
-    return hash ? SymbolRange{1, hash[1]} : SymbolRange{};
+  static SymbolRange rangeOfHash(std::span<const std::uint32_t> hash) {
+    return hash.size() < 2 ? SymbolRange{} : SymbolRange{1, hash[1]};
   }
 
   std::span<const Phdr> headers_;

@@ -1,5 +1,9 @@
+#include <ZEBPlatform/Linux/detail/LoadedImages.h>
 #include <ZEBPlatform/Linux/detail/Thread.h>
 #include <ZEBPlatform/Linux/detail/ThreadState.h>
+#include <dlfcn.h>
+#include <link.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
@@ -23,6 +27,25 @@ TEST(Thread, KnowsTheMainThreadAlsoAfterAFork) {
     waitpid(child, &status, 0);
   }).join();
   EXPECT_EQ(status, 0);
+}
+
+TEST(LoadedImages, SizesThatAnImageStatesAreNotTrusted) {
+  void* const library = dlopen("libm.so.6", RTLD_LAZY);
+  ASSERT_TRUE(library) << dlerror();
+  link_map* image = nullptr;
+  dlinfo(library, RTLD_DI_LINKMAP, &image);
+  const ElfW(Dyn)* entry = image->l_ld;
+  while (entry->d_tag != DT_GNU_HASH) ++entry;
+  auto* const hash = reinterpret_cast<std::uint32_t*>(entry->d_un.d_ptr);
+  const auto page = entry->d_un.d_ptr & -std::uintptr_t(sysconf(_SC_PAGESIZE));
+  ASSERT_EQ(mprotect(reinterpret_cast<void*>(page), 4096, PROT_READ | PROT_WRITE), 0);
+  void* const function = static_cast<char*>(dlsym(library, "frexp")) + 1;
+  for (const int word : {3, 0, 1, 2}) {  // the first one is not a size
+    const std::uint32_t kept = std::exchange(hash[word], 0xFFFF'FFF0);
+    EXPECT_EQ(locationsOfCode({&function, 1})[0].symbol.empty(), word != 3) << word;
+    hash[word] = kept;
+  }
+  dlclose(library);
 }
 
 TEST(ThreadState, AThreadIsBlockedOnlyIfTheSystemSaysSo) {
