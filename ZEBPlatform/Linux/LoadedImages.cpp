@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
+#include <utility>
 
 namespace zeb {
 
@@ -29,6 +31,14 @@ class Image {
   }
 
   bool contains(std::uintptr_t address) const { return address >= begin_ && address < end_; }
+
+  /// Whether the address is that of the code to which signal handlers return: the instructions
+  /// "mov $15, %rax; syscall" of x86-64. On other processors the answer is false.
+  bool isSignalReturn(std::uintptr_t address) const {
+    constexpr std::string_view code("\x48\xC7\xC0\x0F\0\0\0\x0F\x05", 9);
+    const std::span<const char> here = restOfSegment<char>(address);
+    return std::string_view(here.data(), here.size()).starts_with(code);
+  }
 
   LoadedImage facts() const {
     // The program's own name is empty here.
@@ -144,7 +154,6 @@ struct Wanted {
   std::uintptr_t address;
   CodeLocation* location;
   const char* symbol = nullptr;
-  bool isInside = false;  ///< of the symbol's function, and not right behind it
 };
 
 /// Finds the functions of addresses that all lie within the image, and that are sorted.
@@ -152,14 +161,11 @@ void findFunctions(const Image& image, std::span<Wanted> wanted) {
   const std::uintptr_t lowest = wanted.front().address;
   const std::uintptr_t highest = wanted.back().address;
   const auto visit = [&](std::uintptr_t start, std::size_t size, const char* name) {
-    if (start > highest || start + size < lowest) return;
+    if (start > highest || start + size <= lowest) return;
     const auto first = std::ranges::lower_bound(wanted, start, {}, &Wanted::address);
-    for (auto one = first; one != wanted.end() && one->address <= start + size; ++one) {
-      // The return address of a call that never returns may lie right behind the function.
-      const bool isInside = one->address < start + size;
-      if (one->symbol && (one->isInside || !isInside)) continue;
+    for (auto one = first; one != wanted.end() && one->address < start + size; ++one) {
+      if (one->symbol) continue;
       one->symbol = name;
-      one->isInside = isInside;
       one->location->symbolAddress = start;
     }
   };
@@ -168,6 +174,24 @@ void findFunctions(const Image& image, std::span<Wanted> wanted) {
   for (const Wanted& one : wanted) {
     if (one.symbol) one.location->symbol = one.symbol;
   }
+}
+
+/// Fills in the locations of addresses that have none yet.
+void locate(std::vector<Wanted> wanted) {
+  std::ranges::sort(wanted, {}, &Wanted::address);
+  forEachImage([&](const Image& image) {
+    const auto begin = std::ranges::find_if(
+        wanted, [&](const Wanted& one) { return image.contains(one.address); });
+    const auto end = std::find_if_not(
+        begin, wanted.end(), [&](const Wanted& one) { return image.contains(one.address); });
+    if (begin == end) return;
+    const LoadedImage facts = image.facts();
+    for (auto one = begin; one != end; ++one) {
+      one->location->image = facts;
+      one->location->isSignalReturn = image.isSignalReturn(one->address + 1);
+    }
+    findFunctions(image, {begin, end});
+  });
 }
 
 }  // namespace
@@ -181,20 +205,20 @@ std::vector<LoadedImage> loadedImages() {
 std::vector<CodeLocation> locationsOfCode(std::span<void* const> returnAddresses) {
   std::vector<CodeLocation> locations(returnAddresses.size());
   std::vector<Wanted> wanted;
+  // A return address may lie behind the end of its function if the call never returns, so the byte
+  // before it, which belongs to the call, is looked for.
   for (std::size_t i = 0; i < locations.size(); ++i) {
+    wanted.push_back({reinterpret_cast<std::uintptr_t>(returnAddresses[i]) - 1, &locations[i]});
+  }
+  locate(std::move(wanted));
+  // What follows the frame of a signal is no return address but the interrupted instruction.
+  wanted.clear();
+  for (std::size_t i = 1; i < locations.size(); ++i) {
+    if (!locations[i - 1].isSignalReturn) continue;
+    locations[i] = {};
     wanted.push_back({reinterpret_cast<std::uintptr_t>(returnAddresses[i]), &locations[i]});
   }
-  std::ranges::sort(wanted, {}, &Wanted::address);
-  forEachImage([&](const Image& image) {
-    const auto begin = std::ranges::find_if(
-        wanted, [&](const Wanted& one) { return image.contains(one.address); });
-    const auto end = std::find_if_not(
-        begin, wanted.end(), [&](const Wanted& one) { return image.contains(one.address); });
-    if (begin == end) return;
-    const LoadedImage facts = image.facts();
-    for (auto one = begin; one != end; ++one) one->location->image = facts;
-    findFunctions(image, {begin, end});
-  });
+  if (!wanted.empty()) locate(std::move(wanted));
   return locations;
 }
 

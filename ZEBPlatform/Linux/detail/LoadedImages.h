@@ -24,9 +24,11 @@ struct CodeLocation {
   LoadedImage image{};  ///< an empty path if no image contains the address
   std::string symbol;   ///< of the function, mangled; empty if no name is known
   std::uintptr_t symbolAddress = 0;
+  bool isSignalReturn = false;  ///< the code to which signal handlers return
 };
 
-/// The locations of return addresses, in their order. Only functions that their image exports have
+/// The locations of the calls before these return addresses, in their order; on x86-64, of the
+/// instruction itself for the address that follows a signal's frame. Only functions that their image exports have
 /// names: all of a shared object's visible functions, and those of a program that is linked with
 /// `-rdynamic`.
 std::vector<CodeLocation> locationsOfCode(std::span<void* const> returnAddresses);

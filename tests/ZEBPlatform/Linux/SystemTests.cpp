@@ -7,6 +7,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
+#include <csignal>
 #include <semaphore>
 
 #include "Support/Support.h"
@@ -27,6 +28,20 @@ TEST(Thread, KnowsTheMainThreadAlsoAfterAFork) {
     waitpid(child, &status, 0);
   }).join();
   EXPECT_EQ(status, 0);
+}
+
+TEST(LoadedImages, OnlyAnInterruptedFunctionCanBeAtItsFirstInstruction) {
+  const auto previous = std::signal(SIGUSR2, [](int) {});
+  struct sigaction action;
+  sigaction(SIGUSR2, nullptr, &action);
+  std::signal(SIGUSR2, previous);
+  void* const start = dlsym(RTLD_DEFAULT, "frexp");
+  void* const stack[] = {start, static_cast<char*>(start) + 1,
+                         reinterpret_cast<void*>(action.sa_restorer), start};
+  const std::vector<CodeLocation> locations = locationsOfCode(stack);
+  EXPECT_NE(locations[0].symbolAddress, locations[1].symbolAddress) << "a call before it";
+  EXPECT_EQ(locations[1].symbolAddress, reinterpret_cast<std::uintptr_t>(start));
+  EXPECT_EQ(locations[3].symbolAddress, locations[1].symbolAddress) << "interrupted";
 }
 
 TEST(LoadedImages, SizesThatAnImageStatesAreNotTrusted) {
