@@ -246,7 +246,10 @@ TEST_P(KeychainStoreSuite, UpdatesWhatMatches) {
   EXPECT_EQ(add(login("a"_ns, std::nullopt)), errSecSuccess);
   EXPECT_EQ(store->update(account("a"_ns), changes({{Attribute::label, "still none"_ns}})),
             errSecSuccess);
-  EXPECT_EQ(found(query(password)), "d=2 b= c=c a=none");
+  // All items get new identities.
+  const Setting chat{Attribute::service, "chat"_ns};
+  EXPECT_EQ(store->update(query(password), changes({chat})), errSecSuccess);
+  EXPECT_EQ(found(query(password, {chat})), "d=2 b= c=c a=none");
 }
 
 TEST_P(KeychainStoreSuite, RemovesWhatMatches) {

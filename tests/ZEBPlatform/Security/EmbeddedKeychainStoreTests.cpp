@@ -6,12 +6,10 @@
 #include <fstream>
 
 #include "KeychainFolder.h"
-#include "Support/Storm.h"
 
 namespace zeb::test {
 
 using EmbeddedKeychain = KeychainFolder;
-constexpr auto passwords = KeychainItemClass::genericPassword;
 
 KeychainKeySource source(char byte, OSStatus result = errSecSuccess) {
   return {[byte, result](std::span<std::byte> key) {
@@ -114,16 +112,8 @@ TEST_F(EmbeddedKeychain, KeepsEveryKindOfAttributeAndFindsByAnyCombination) {
   EXPECT_EQ(secrets(store, named("anna")), notFound) << "classes do not mix";
 }
 
-TEST_F(EmbeddedKeychain, AddsAllItemsOrNone) {
+TEST_F(EmbeddedKeychain, LimitsTheLengthOfValuesAndAttributes) {
   const auto store = open();
-  const KeychainItem items[] = {password("b", "1"), password("a", "2"), password("c", "3")};
-  ASSERT_EQ(store->add(items), errSecSuccess);
-  EXPECT_EQ(secrets(store, {}), "1 2 3") << "oldest first";
-  EXPECT_EQ(secrets(store, {}, 2), "1 2");
-  const KeychainItem more[] = {password("d", "4"), password("a", "5")};
-  EXPECT_EQ(store->add(more), errSecDuplicateItem);
-  EXPECT_EQ(addOne(store, password(NSData::dataWithBytes("a"), "data")), errSecSuccess);
-  EXPECT_EQ(secrets(store, named("a")), "2");
   KeychainItem item = password("d", "");
   item.value = SecretBytes(EmbeddedKeychainStore::maxValueLength + 1);
   EXPECT_EQ(addOne(store, item), errSecParam);
@@ -134,26 +124,6 @@ TEST_F(EmbeddedKeychain, AddsAllItemsOrNone) {
   EXPECT_EQ(addOne(store, item), errSecParam);
   item.attributes = {};
   EXPECT_EQ(addOne(store, item), errSecParam) << "the access group is missing";
-  EXPECT_EQ(store->remove({passwords, named("d")}), errSecSuccess);
-  EXPECT_EQ(store->remove({passwords, named("d")}), errSecItemNotFound);
-  EXPECT_EQ(store->remove({passwords, {}}), errSecSuccess);
-  EXPECT_EQ(secrets(store, {}), notFound);
-}
-
-TEST_F(EmbeddedKeychain, UpdatesAllMatchesOrNone) {
-  const auto store = open();
-  const KeychainItem items[] = {password("a", "1"), password("b", "2"), password("c", "3")};
-  ASSERT_EQ(store->add(items), errSecSuccess);
-  EXPECT_EQ(store->update({passwords, named("a")}, password(nullptr, "new")), errSecSuccess);
-  EXPECT_EQ(store->update({passwords, named("x")}, password("x", "x")), errSecItemNotFound);
-  EXPECT_EQ(store->update({passwords, {}}, password("x", "x")), errSecDuplicateItem);
-  KeychainItem renamed{passwords, {}, {}};
-  renamed.attributes[service] = "chat";
-  EXPECT_EQ(store->update({passwords, {}}, renamed), errSecSuccess);
-  EXPECT_EQ(secrets(store, named("a", "chat")), "new") << "sealed for the new identity";
-  renamed.attributes[account] = "c";
-  EXPECT_EQ(store->update({passwords, named("a", "chat")}, renamed), errSecDuplicateItem);
-  EXPECT_EQ(secrets(store, {}), "new 2 3");
 }
 
 TEST_F(EmbeddedKeychain, RefusesDamagedAndForeignFilesAndLeavesThemAlone) {
@@ -236,23 +206,6 @@ TEST_F(EmbeddedKeychain, NeverReplacesAKeyThatIsMissingOrUnsafe) {
   fs::remove_all(place);
   setContent(place, "a file");
   expect(errSecNotAvailable, "the folder is a file");
-}
-
-TEST_F(EmbeddedKeychain, IsSharedByThreadsAndByStoresOfTheSameFolder) {
-  const auto first = open();
-  storm(4, [&](int thread, std::mt19937&) {
-    const auto second = thread % 2 ? first : open();
-    for (int i = 0; i < 25; ++i) {
-      const std::string name = std::to_string(thread) + "-" + std::to_string(i);
-      EXPECT_EQ(addOne(second, password(name, name)), errSecSuccess);
-      EXPECT_EQ(secrets(first, named(name)), name);
-      if (i % 2 == 0) continue;
-      EXPECT_EQ(second->remove({passwords, named(name)}), errSecSuccess);
-    }
-  });
-  std::vector<KeychainItem> found;
-  EXPECT_EQ(first->find({passwords, {}}, Values::include, 1000, found), errSecSuccess);
-  EXPECT_EQ(found.size(), 52u);
 }
 
 }  // namespace zeb::test
