@@ -6,6 +6,8 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 
+#include <filesystem>
+
 #include "FakeService.h"
 #include "Support/KeychainStoreSuite.h"
 
@@ -244,6 +246,24 @@ TEST_F(SecretServiceKeychainStoreTest, IsRefusedInTheChildOfAFork) {
   EXPECT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
   EXPECT_EQ(store->availability(), errSecSuccess);
+}
+
+/// The next test runs this one in two processes at the same time.
+TEST(SecretServiceProcess, AddsItemsThatMayExist) {
+  const auto store = openStore();
+  for (int i = 0; i < 20; ++i) {
+    const OSStatus status = add(*store, password(std::to_string(i)));
+    EXPECT_TRUE(status == errSecSuccess || status == errSecDuplicateItem) << status;
+  }
+}
+
+TEST_F(SecretServiceKeychainStoreTest, OneOfTwoProcessesAddsAnItem) {
+  const std::string process = std::filesystem::canonical("/proc/self/exe").string() +
+                              " --gtest_filter=SecretServiceProcess.* >/dev/null ";
+  EXPECT_TRUE(run(process + "& " + process + "&& wait $!")) << "run the test of one process";
+  std::string values;
+  EXPECT_EQ(find(*openStore(), &values), errSecSuccess);
+  EXPECT_EQ(values.size(), 20 * std::string_view("secret").size());
 }
 
 /// Tests with a service that behaves as the test says.
