@@ -44,9 +44,10 @@ struct SecretServiceOptions {
 ///
 /// Statuses:
 ///   - `errSecNotAvailable`: there is no session bus, no service or no such collection; the service
-///     offers only sessions whose secrets are not encrypted; the service did not answer in time, or calls of other processes did not end in time. The next call
-///     connects again, also with a service that was started anew. The session bus is that of the
-///     variable DBUS_SESSION_BUS_ADDRESS, or "bus" in XDG_RUNTIME_DIR; none is ever started.
+///     offers only sessions whose secrets are not encrypted; the service did not answer in time,
+///     or calls of other processes did not end in time. The next call connects again, also with a
+///     service that was started anew. The session bus is that of the variable
+///     DBUS_SESSION_BUS_ADDRESS, or "bus" in XDG_RUNTIME_DIR; none is ever started.
 ///   - `errSecInteractionNotAllowed`: the collection is locked, or the user refused. A locked
 ///     collection is never taken for an empty one. The user is asked to unlock it only before the
 ///     call begins its work; if it is locked during the work, the call fails.

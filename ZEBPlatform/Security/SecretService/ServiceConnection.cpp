@@ -127,8 +127,8 @@ class PromptEnd {
   bool isServiceGone_ = false;
 };
 
-/// The address of the session bus that runs; empty if there is none. GLib's own function would start
-/// a bus in its place, and wait for that program without a time limit.
+/// The address of the session bus that runs; empty if there is none. GLib's own function would
+/// start a bus instead, and wait for the program that starts it without a time limit.
 std::string sessionBusAddress() {
   // Null in a program with raised privileges, which must not trust its environment.
   if (const char* const address = secure_getenv("DBUS_SESSION_BUS_ADDRESS")) {
