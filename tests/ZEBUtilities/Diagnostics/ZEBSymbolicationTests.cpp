@@ -1,8 +1,7 @@
 #include <ZEBPlatform/RunLoop/NSThread.h>
 #include <ZEBUtilities/Diagnostics.h>
 #include <dlfcn.h>
-
-#include <cstdio>
+#include <gnu/libc-version.h>
 
 #include "Support/Support.h"
 
@@ -12,7 +11,7 @@ TEST(ZEBSymbolication, TheImagesOfAStackHaveTheirLoadAddresses) {
   const NSString program = "zeb_test_ZEBUtilities_Diagnostics";
   const NSDictionary all = ZEBSymbolication::_loadAddressMap();
   Dl_info facts;
-  ASSERT_TRUE(dladdr(reinterpret_cast<void*>(&std::puts), &facts));
+  ASSERT_TRUE(dladdr(reinterpret_cast<void*>(&gnu_get_libc_version), &facts));
   const NSString libcAddress = NSString::stringWithFormat("%p", facts.dli_fbase);
   EXPECT_EQ(all["libc.so.6"], Value(libcAddress));
 
