@@ -10,16 +10,17 @@
 
 namespace zeb {
 
-/// Where the key comes from that seals the values of an embedded store.
-struct KeychainKeyInFile {
-};  ///< a random key in the store's own folder, made when the store is new
+// Where the key comes from that seals the values of an embedded store.
+
+/// A random key in a file of the store's own folder, made when the store is new.
+struct KeychainKeyInFile {};
 /// Derived from a passphrase, which must not be empty, by a deliberately slow function (scrypt, RFC
 /// 7914), once per open store.
 struct KeychainPassphrase {
   SecretBytes passphrase;
 };
 /// Supplied by the host, for example from a hardware token: fills the 32 bytes or returns why it
-/// cannot. Called when the store is opened, on the opening thread.
+/// cannot. Called when the store is opened, on the opening thread; what it throws leaves `open`.
 struct KeychainKeySource {
   Block<OSStatus(std::span<std::byte> key)> supply;
 };
@@ -31,7 +32,8 @@ using KeychainMasterKey = std::variant<KeychainKeyInFile, KeychainPassphrase, Ke
 ///
 /// What it protects against: somebody who gets the database alone, such as a copy or a backup
 /// without the key, cannot read the values. Other users of the machine can read neither the
-/// database nor the key file, because of the files' permissions.
+/// database nor the key file, because the store makes them for their owner alone. It refuses a key
+/// file that others may read, but not a database: copies keep the permissions they were given.
 ///
 /// What it does not protect against:
 ///   - A key file beside the data protects against nobody who can read the user's files: every
@@ -60,21 +62,19 @@ using KeychainMasterKey = std::variant<KeychainKeyInFile, KeychainPassphrase, Ke
 /// handlers (`_Fork`, `clone`) must not use it either.
 class EmbeddedKeychainStore : public KeychainStore {
  public:
-  /// Longer values are refused with `errSecParam`.
-  static constexpr std::size_t maxValueLength = std::size_t{16} << 20;
-  /// Of one text in UTF-8, or of data. Longer attributes are refused with `errSecParam`, in items
-  /// and in queries.
-  static constexpr std::size_t maxAttributeLength = std::size_t{64} << 10;
-
   /// Opens or makes the store in `folder`, which is made for its owner alone (mode 0700) with its
-  /// missing parents. Nil means the folder "zebutilities/keychain" in the user's data folder
+  /// missing parents. A relative path counts from the current folder at this moment. Nil means the
+  /// folder "zebutilities/keychain" in the user's data folder
   /// (XDG_DATA_HOME, else .local/share in the home folder). Nil if that fails, and `status` says
-  /// why; then no file that exists was changed:
+  /// why; then no file that exists was changed. If the process is killed while it makes a store, a
+  /// temporary file ".zeb-…" without secrets of the user may be left over. If the database is
+  /// missing, an empty one is made, also beside an old key file:
   ///   - `errSecAuthFailed`: the master key is not the store's, or the key file is missing or does
   ///     not contain a key.
   ///   - `errSecInvalidKeychain`: the database is damaged, is not a store, or has a newer format.
-  ///   - `errSecNotAvailable`: the folder or a file in it cannot be reached, is a link, belongs to
-  ///     another user, or can be changed, in the case of the key file also read, by others.
+  ///   - `errSecNotAvailable`: the folder cannot be reached or can be changed by others; or a file
+  ///     in it cannot be reached, is a link, belongs to another user, or can be changed, in the case
+  ///     of the key file also read, by others.
   ///   - `errSecWrPerm`, `errSecDiskFull`: a new store cannot be written.
   ///   - `errSecParam`: the passphrase or the path is empty, or there is no source to call.
   ///   - What a `KeychainKeySource` returned.

@@ -2,8 +2,8 @@
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Foundation/NSString.h>
-#include <ZEBPlatform/Security/EmbeddedKeychainStore.h>
 #include <ZEBPlatform/Security/KeychainColumnsPrivate.h>
+#include <ZEBPlatform/Security/KeychainStore.h>
 
 #include <cmath>
 
@@ -131,7 +131,7 @@ OSStatus KeychainColumns::takeValue(KeychainAttribute attribute, const Value& va
   if (!column.bytes.data()) column.bytes = "";  // SQLite takes a null pointer as NULL
   // SQLite stores what is not a number as NULL.
   if (std::isnan(column.real)) return errSecParam;
-  if (column.bytes.size() > EmbeddedKeychainStore::maxAttributeLength) return errSecParam;
+  if (column.bytes.size() > KeychainStore::maxAttributeLength) return errSecParam;
   set(attribute, column);
   return errSecSuccess;
 }

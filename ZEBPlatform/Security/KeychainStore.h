@@ -21,6 +21,12 @@ class KeychainStore : public NSObject {
  public:
   enum class Values : std::uint8_t { leaveOut, include };
 
+  /// Our stores refuse longer values with `errSecParam`.
+  static constexpr std::size_t maxValueLength = std::size_t{16} << 20;
+  /// Of one text in UTF-8, or of data. Our stores refuse longer attributes with `errSecParam`, in
+  /// items and in queries.
+  static constexpr std::size_t maxAttributeLength = std::size_t{64} << 10;
+
   /// Adds all items or none of them. `errSecDuplicateItem` if one of their identities is taken. The
   /// store keeps the dates that the items have.
   virtual OSStatus add(std::span<const KeychainItem> items) = 0;

@@ -2,6 +2,7 @@
 #include <ZEBPlatform/Foundation/NSDate.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
 #include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Security/KeychainStore.h>
 #include <ZEBPlatform/Security/MessageDigest.h>
 #include <ZEBPlatform/Security/SecretService/ItemAttributesPrivate.h>
 
@@ -86,13 +87,17 @@ std::optional<std::string> bytesOfHexText(std::string_view text) {
 }
 
 /// The one text for a value, so that equal texts are equal values of one kind; none for a number or
-/// date that is none, and for a kind that attributes do not have.
+/// date that is none, for a kind that attributes do not have, and for a value that is too long.
 std::optional<std::string> coded(const Value& value) {
   if (value.isString()) {
     const NSString text(value);
     const std::string utf8 = text.utf8();
+    if (utf8.size() > KeychainStore::maxAttributeLength) return std::nullopt;
     const bool isPlain = text.isWellFormed() && utf8.find('\0') == std::string::npos;
     return isPlain ? std::string(textKind) + utf8 : std::string(codedTextKind) + hexText(utf8);
+  }
+  if (value.isData() && NSData(value).length() > KeychainStore::maxAttributeLength) {
+    return std::nullopt;
   }
   if (value.isData()) return std::string(dataKind) + hexText(NSData(value).view());
   if (value.isNumber() && std::isnan(value.doubleValue())) return std::nullopt;

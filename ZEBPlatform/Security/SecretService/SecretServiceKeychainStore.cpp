@@ -141,7 +141,9 @@ OSStatus SecretServiceKeychainStore::openCollection(ServiceCollection& collectio
 
 OSStatus SecretServiceKeychainStore::perform(Access access,
                                              FunctionView<OSStatus(ServiceCollection&)> work) {
-  if (!options_.collection.isNil() && !options_.collection.isWellFormed()) return errSecParam;
+  // Some services have a collection without a label that is not kept.
+  const NSString& name = options_.collection;
+  if (!name.isNil() && (name.empty() || !name.isWellFormed())) return errSecParam;
   if (!ServiceConnection::isPossible()) return errSecNotAvailable;
   ServiceCollection collection(
       ServiceDeadline(options_.timeout),
@@ -164,6 +166,7 @@ OSStatus SecretServiceKeychainStore::add(std::span<const KeychainItem> items) {
     std::vector<ServiceItem> added;
     for (const KeychainItem& item : items) {
       if (item.attributes[KeychainAttribute::accessGroup].isNil()) return errSecParam;
+      if (item.value && item.value->size() > maxValueLength) return errSecParam;
       added.push_back(storedItem(item, item.value.has_value(), "", orderOf(added.size())));
     }
     const OSStatus status = requireFree(collection, added);
@@ -195,6 +198,7 @@ OSStatus SecretServiceKeychainStore::find(const KeychainQuery& query, Values val
 OSStatus SecretServiceKeychainStore::update(const KeychainQuery& query,
                                             const KeychainItem& changes) {
   if (changes.itemClass != query.itemClass) return errSecParam;
+  if (changes.value && changes.value->size() > maxValueLength) return errSecParam;
   return perform(Access::write, [&](ServiceCollection& collection) -> OSStatus {
     std::vector<ServiceItem> items;
     OSStatus status = findReadableItems(collection, query, items);
