@@ -139,9 +139,9 @@ class AppendedItems {
   bool isKept_ = false;
 };
 
-/// Memory that is missing is a status like others.
+/// Memory that is missing is a status like others. Other exceptions are those of the host's code.
 template <class Work>
-OSStatus statusOfWork(const Work& work) noexcept {
+OSStatus statusOfWork(const Work& work) {
   try {
     return work();
   } catch (const std::bad_alloc&) {

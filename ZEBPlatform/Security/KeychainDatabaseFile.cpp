@@ -136,8 +136,13 @@ OSStatus examineDatabaseFile(const std::string& path, DatabaseFile& found) {
   found = failure == ENOENT ? DatabaseFile::missing : DatabaseFile::present;
   if (found == DatabaseFile::missing) return errSecSuccess;
   if (failure) return statusOfErrorNumber(failure);
-  return count == header.size() && isStoreOfThisFormat(header) ? errSecSuccess
-                                                               : errSecInvalidKeychain;
+  if (count != header.size() || !isStoreOfThisFormat(header)) return errSecInvalidKeychain;
+  // SQLite takes what these files say for a part of the database.
+  for (const char* const suffix : {"-wal", "-shm", "-journal"}) {
+    const int fault = readProtectedFile(path + suffix, Protection::fromChanges, {}, count);
+    if (fault && fault != ENOENT) return statusOfErrorNumber(fault);
+  }
+  return errSecSuccess;
 }
 
 OSStatus readKeyFacts(SQLiteConnection& connection, KeychainKeyFacts& facts) {

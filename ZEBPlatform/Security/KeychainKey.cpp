@@ -102,6 +102,7 @@ OSStatus KeychainKeyFinder::makeNew(SecretBytes& key, KeychainKeyFacts& facts) {
 }
 
 OSStatus KeychainKeyFinder::find(const KeychainKeyFacts& facts, SecretBytes& key) {
+  if (facts.check.size() != KeychainCipher::overhead) return errSecInvalidKeychain;
   OSStatus status = errSecSuccess;
   if (const auto* passphrase = std::get_if<KeychainPassphrase>(&masterKey_)) {
     if (facts.salt.empty()) return errSecAuthFailed;
@@ -127,6 +128,7 @@ OSStatus KeychainKeyFinder::readKeyFile(SecretBytes& key) {
   const int failure =
       readProtectedFile(keyFile_, Protection::fromReading, content.mutableBytes(), count);
   if (failure == ENOENT) return errSecItemNotFound;
+  if (failure == EINVAL || failure == EISDIR) return errSecAuthFailed;  // no regular file
   if (failure) return statusOfErrorNumber(failure);
   if (count != KeychainCipher::keyLength) return errSecAuthFailed;
   content.shorten(count);

@@ -54,6 +54,8 @@ TEST_F(EmbeddedKeychain, OpensOnlyWithTheKeyThatItWasMadeWith) {
   EXPECT_EQ(status, errSecParam);
   EXPECT_FALSE(open(source('a', errSecInteractionNotAllowed)));
   EXPECT_EQ(status, errSecInteractionNotAllowed);
+  const KeychainKeySource throwing{[](std::span<std::byte>) -> OSStatus { throw 5; }};
+  EXPECT_THROW(open(throwing), int);
   EXPECT_TRUE(fs::is_empty(place)) << "failed openings left something behind";
 }
 
@@ -150,6 +152,11 @@ TEST_F(EmbeddedKeychain, RefusesDamagedAndForeignFilesAndLeavesThemAlone) {
     EXPECT_EQ(contentOf(database), content);
   }
   setContent(database, good);
+  setContent(place / "keychain.db-wal", "");
+  fs::permissions(place / "keychain.db-wal", fs::perms(0666));
+  EXPECT_FALSE(open());
+  EXPECT_EQ(status, errSecNotAvailable) << "others may change the log";
+  fs::remove(place / "keychain.db-wal");
   EXPECT_EQ(secrets(open(), named("anna")), "secret");
   // The last page is that of the items' index or of the items.
   for (std::size_t page = 1; page < good.size() / 4096; ++page) {
@@ -201,6 +208,11 @@ TEST_F(EmbeddedKeychain, NeverReplacesAKeyThatIsMissingOrUnsafe) {
   EXPECT_EQ(secrets(open(), named("anna")), "secret");
   setContent(key, contentOf(key) + "x");
   expect(errSecAuthFailed, "it is too long");
+  fs::remove(key);
+  fs::create_directory(key);
+  expect(errSecAuthFailed, "it is a folder");
+  execute("UPDATE store SET keyCheck = NULL");
+  expect(errSecInvalidKeychain, "the database does not say which key it needs");
   fs::permissions(place, fs::perms(0770));
   expect(errSecNotAvailable, "the group may write the folder");
   fs::remove_all(place);
