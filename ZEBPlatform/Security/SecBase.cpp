@@ -18,12 +18,14 @@ NSString SecCopyErrorMessageString(OSStatus status) {
       return "An argument is nil, of the wrong kind, unknown, or contradicts another one. Correct "
              "the call.";
     case errSecWrPerm:
-      return "The keychain may be read but not written. Check the permissions of its folder.";
+      return "The keychain may be read but not written. Check the permissions of its folder and "
+             "of all files in it.";
     case errSecAllocate:
       return "There is not enough memory.";
     case errSecNotAvailable:
       return "The keychain cannot be reached. Check that its folder or service exists and may be "
-             "used.";
+             "used, that its files belong to their owner alone, and that no other process keeps "
+             "it busy.";
     case errSecAuthFailed:
       return "The master key is not the one that the keychain was made with. Supply that one.";
     case errSecInvalidKeychain:

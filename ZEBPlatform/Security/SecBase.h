@@ -22,7 +22,8 @@ enum : OSStatus {
   /// The place of the items may be read but not written.
   errSecWrPerm = -61,
   errSecAllocate = -108,
-  /// The place of the items cannot be reached: no folder, no service, no permission.
+  /// The place of the items cannot be reached: no folder, no service, no permission; its files may
+  /// be changed by others; or another process uses it for too long.
   errSecNotAvailable = -25291,
   /// The master key is not the one that the items were sealed with.
   errSecAuthFailed = -25293,

@@ -50,12 +50,12 @@ enum SecPadding : std::uint32_t {
 /// `errSecParam` for parameters that are nil, unknown or contradict each other,
 /// `errSecDuplicateItem` if a permanent half's identity is taken (see `SecItemAdd`); then nothing
 /// was added. The references, which may be null, are set only on success. Takes a tenth of a second
-/// and more, on the calling thread. Any thread.
+/// for 2048 bits and up to a minute for 8192, on the calling thread. Any thread.
 OSStatus SecKeyGeneratePair(const NSDictionary& parameters, SecKeyRef* publicKey,
                             SecKeyRef* privateKey);
 
 /// Signs with a private key as PKCS #1 version 1.5 (RFC 8017, section 8.2). For
-/// kSecPaddingPKCS1SHA1 `dataToSign` is a digest of 20 bytes; for kSecPaddingPKCS1 it is at most 11
+/// kSecPaddingPKCS1SHA1 `dataToSign` is a digest of 20 bytes; for kSecPaddingPKCS1 it is at least 11
 /// bytes shorter than the key and already contains what names the digest.
 ///
 /// Writes as many bytes as `SecKeyGetBlockSize` says into `signature`, and the number to
