@@ -72,8 +72,8 @@ class NSThread final : public NSObject {
   /// become invalid at any moment.
   std::optional<ThreadHandle> handle() const;
   /// Sends a signal to the thread. Unlike the system's function it may be called at any time, also
-  /// while the thread ends: it answers false unless the thread runs. The thread's run loop drops its
-  /// blocks only after the signal's handler has returned.
+  /// while the thread ends: it answers false unless the thread runs. The thread's run loop drops
+  /// its blocks only after the signal's handler has returned.
   bool sendSignal(int signal) const;
 
   NSString name() const;
