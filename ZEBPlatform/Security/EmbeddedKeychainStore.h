@@ -52,8 +52,8 @@ using KeychainMasterKey = std::variant<KeychainKeyInFile, KeychainPassphrase, Ke
 ///
 /// Each call, also one that reads, works on the database that is in the folder when the call begins.
 /// If the database was removed or moved away, the calls fail with `errSecNotAvailable`; if another
-/// store took its place, with `errSecInvalidKeychain`, and the folder has to be opened again. A copy
-/// of the same store that was put back is used without that.
+/// store took its place, with `errSecInvalidKeychain`, and the folder has to be opened again. A
+/// copy of the same store that was put back is used without that.
 ///
 /// The opening of a folder that is not open yet in the process, and a fork, wait until the running
 /// calls of all stores have ended. After a fork both processes can go on using the store; the child
@@ -73,8 +73,8 @@ class EmbeddedKeychainStore : public KeychainStore {
   ///     not contain a key.
   ///   - `errSecInvalidKeychain`: the database is damaged, is not a store, or has a newer format.
   ///   - `errSecNotAvailable`: the folder cannot be reached or can be changed by others; or a file
-  ///     in it cannot be reached, is a link, belongs to another user, or can be changed, in the case
-  ///     of the key file also read, by others.
+  ///     in it cannot be reached, is a link, belongs to another user, or can be changed, in the
+  ///     case of the key file also read, by others.
   ///   - `errSecWrPerm`, `errSecDiskFull`: a new store cannot be written.
   ///   - `errSecParam`: the passphrase or the path is empty, or there is no source to call.
   ///   - What a `KeychainKeySource` returned.

@@ -57,9 +57,9 @@ class KeychainColumns {
   void overlay(const KeychainColumns& changes);
 
   KeychainAttributeMask present() const noexcept { return present_; }
-  /// Binds the attributes of the mask to the parameters from `parameter` on, which becomes the number
-  /// of the parameter that follows. Returns SQLite's result; a statement whose parameters are not
-  /// all bound must not run, because it would take NULL for the missing ones.
+  /// Binds the attributes of the mask to the parameters from `parameter` on, which becomes the
+  /// number of the parameter that follows. Returns SQLite's result; a statement whose parameters
+  /// are not all bound must not run, because it would take NULL for the missing ones.
   int bind(sqlite3_stmt* statement, int& parameter, KeychainAttributeMask mask,
            KeychainItemClass itemClass) const noexcept;
   /// What is sealed together with the value: the class and the identity, unambiguously.

@@ -55,8 +55,8 @@ OSStatus SecKeyGeneratePair(const NSDictionary& parameters, SecKeyRef* publicKey
                             SecKeyRef* privateKey);
 
 /// Signs with a private key as PKCS #1 version 1.5 (RFC 8017, section 8.2). For
-/// kSecPaddingPKCS1SHA1 `dataToSign` is a digest of 20 bytes; for kSecPaddingPKCS1 it is at least 11
-/// bytes shorter than the key and already contains what names the digest.
+/// kSecPaddingPKCS1SHA1 `dataToSign` is a digest of 20 bytes; for kSecPaddingPKCS1 it is at least
+/// 11 bytes shorter than the key and already contains what names the digest.
 ///
 /// Writes as many bytes as `SecKeyGetBlockSize` says into `signature`, and the number to
 /// `signatureLength` if that is not null. `errSecParam` for nil, a public key, data of another

@@ -28,9 +28,9 @@ struct CodeLocation {
 };
 
 /// The locations of the calls before these return addresses, in their order; on x86-64, of the
-/// instruction itself for the address that follows a signal's frame. Only functions that their image exports have
-/// names: all of a shared object's visible functions, and those of a program that is linked with
-/// `-rdynamic`.
+/// instruction itself for the address that follows a signal's frame. Only functions that their
+/// image exports have names: all of a shared object's visible functions, and those of a program
+/// that is linked with `-rdynamic`.
 std::vector<CodeLocation> locationsOfCode(std::span<void* const> returnAddresses);
 
 }  // namespace zeb

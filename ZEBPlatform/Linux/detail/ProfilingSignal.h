@@ -9,9 +9,9 @@ extern const int profilingSignal;
 /// `context` is the state of the interrupted code, see CallStack.h.
 using ProfilingHandler = void (*)(const void* context);
 
-/// Calls `handler` on the calling thread as the signal will do. Must be done once before the handler
-/// is installed: the dynamic linker looks a function up when it is first called, and takes locks
-/// and allocates memory for that, which must not happen in a signal handler.
+/// Calls `handler` on the calling thread as the signal will do. Must be done once before the
+/// handler is installed: the dynamic linker looks a function up when it is first called, and takes
+/// locks and allocates memory for that, which must not happen in a signal handler.
 void rehearseProfilingHandler(ProfilingHandler handler) noexcept;
 
 /// Lets the signal call `handler` on the thread that gets it. All signals are blocked meanwhile,

@@ -52,8 +52,8 @@ struct SecretServiceOptions {
 ///     collection is never taken for an empty one. The user is asked to unlock it only before the
 ///     call begins its work; if it is locked during the work, the call fails.
 ///   - `errSecDecode`: another program damaged one of our items, which can still be removed.
-///   - `errSecParam`: an attribute is not of its kind, an attribute or value is too long, a new item
-///     has no access group, or the name of the collection is empty or not well-formed.
+///   - `errSecParam`: an attribute is not of its kind, an attribute or value is too long, a new
+///     item has no access group, or the name of the collection is empty or not well-formed.
 ///   - `errSecIO`: the service reported anything else.
 /// A call ends after the time limits of the options or, if it has to be taken back, after `timeout`
 /// more.
