@@ -75,11 +75,12 @@ struct FileResult {
 /// Contacts by identifier, in the order of the first cards that they are made of.
 class UnifiedContacts {
  public:
-  void add(const NSString& identifier, VCard& card) {
-    const Value known = indexes_.objectForKey(identifier);
+  void add(VCard& card) {
+    const Value known = indexes_.objectForKey(card.uid);
     if (known.isNil()) {
-      indexes_.setObject(static_cast<std::uint64_t>(contacts_.size()), identifier);
-      contacts_.push_back({identifier, std::move(card), false});
+      indexes_.setObject(static_cast<std::uint64_t>(contacts_.size()), card.uid);
+      NSString identifier = card.uid;
+      contacts_.push_back({std::move(identifier), std::move(card), false, false});
       return;
     }
     Unified& unified = contacts_[NSNumber(known).unsignedLongLongValue()];
@@ -93,9 +94,17 @@ class UnifiedContacts {
     first = std::move(card);
   }
 
+  /// A card without UID, which is a contact of its own.
+  void addAnonymous(NSString identifier, VCard& card) {
+    contacts_.push_back({std::move(identifier), std::move(card), false, true});
+  }
+
   NSArray array(std::uint32_t keys) && {
     NSMutableArray result = NSMutableArray::arrayWithCapacity(contacts_.size());
     for (Unified& contact : contacts_) {
+      while (contact.isAnonymous && indexes_.contains(contact.identifier)) {
+        contact.identifier = contact.identifier + "#";
+      }
       VCard card = std::move(contact.card);  // released before the next one is made
       result.addObject(makeRef<CNContact>(
           CNContactFields{.identifier = std::move(contact.identifier),
@@ -119,6 +128,7 @@ class UnifiedContacts {
     NSString identifier;
     VCard card;
     bool hasSeveralCards;
+    bool isAnonymous;
   };
 
   static void append(std::vector<Value>& list, const std::vector<Value>& more) {
@@ -142,13 +152,11 @@ FileResult readCards(const std::string& name, std::string_view text, UnifiedCont
       [&](VCard& card) {
         ++result.usedCards;
         if (card.isGroup) return;
-        NSString identifier = card.uid;
-        if (!identifier) {
-          identifier = ++anonymousCards == 1
-                           ? NSString(name)
-                           : NSString::stringWithFormat("%s#%zu", name, anonymousCards);
-        }
-        contacts.add(identifier, card);
+        if (card.uid) return contacts.add(card);
+        const bool isFirst = ++anonymousCards == 1;
+        contacts.addAnonymous(
+            isFirst ? NSString(name) : NSString::stringWithFormat("%s#%zu", name, anonymousCards),
+            card);
       },
       [&](const BrokenVCard& card) {
         if (result.brokenCards++ == 0) result.firstBroken = card;

@@ -95,7 +95,8 @@ TEST_F(ContactStores, UnifyTheCardsOfAllFiles) {
   EXPECT_EQ(contacts(), "");
   fs::create_directory(folder());
   add("a.vcf", card("FN:new"));
-  EXPECT_EQ(contacts(), "a.vcf: new, , ;");
+  add("b.vcf", card("UID:a.vcf\nFN:another"));
+  EXPECT_EQ(contacts(), "a.vcf#: new, , ;a.vcf: another, , ;");
 }
 
 TEST_F(ContactStores, LogBrokenFilesOnce) {
