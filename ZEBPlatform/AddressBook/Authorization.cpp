@@ -134,8 +134,8 @@ std::string restriction(const CNHostConfiguration& configuration) {
           {folder});
     case FolderAccess::unreadable:
       return formattedText(
-          "The folder of contacts %s cannot be read. Permit that (chmod u+rx), or choose another "
-          "folder.",
+          "The folder of contacts %s is no folder or cannot be read. Permit that (chmod u+rx), or "
+          "choose another folder.",
           {folder});
     case FolderAccess::missing:
     case FolderAccess::readable:

@@ -32,26 +32,30 @@ class StoreWatch;
 /// files' names (compared byte by byte) and of the cards in each file.
 ///
 /// **Cards.** A contact's identifier is its UID, else the name of its file, followed by "#2", "#3"
-/// and so on for further cards without UID in the same file. Cards with the same UID, in whichever
+/// and so on for further cards without UID in the same file, and by "#" if another card has that
+/// UID. Cards with the same UID, in whichever
 /// files, are one unified contact: it has the names of the first card that has a name, and the
 /// phone numbers and e-mail addresses of all of them, each once. Cards of groups (KIND:group) are
 /// no contacts, and their members are not looked at.
 ///
 /// A phone number is the text as it was entered. From a URI the scheme "tel:" is removed, its
-/// extension (";ext=12") becomes ",12", and its other parameters are removed.
+/// extension (";ext=12") becomes ",12", its other parameters are removed, and percent encoding is
+/// decoded. From an e-mail address "mailto:" is removed. Values in base64 or quoted-printable are
+/// taken as they stand.
 ///
 /// **Broken cards** are left out, and the other cards of the same file still count. A card is
-/// broken if its END is missing (its last line may be cut off), if it states another version than
-/// 3.0 and 4.0, or if it has neither a name nor an address nor a number. Bytes that are not UTF-8
-/// do not make a card broken; they are replaced by U+FFFD. (Of other encodings, only a CHARSET
-/// parameter with ISO-8859-1 is understood.) Each file with something broken, and each that cannot
-/// be read, is logged once on the channel CNLoggingChannel, and again only after the file has
-/// changed.
+/// broken if its END is missing (only the end of that line may be), if it states another version
+/// than 3.0 and 4.0, or if it has neither a name nor an address nor a number. Bytes that are not
+/// UTF-8 do not make a card broken; they are replaced by U+FFFD. (Of other encodings, only a
+/// CHARSET parameter with ISO-8859-1 is understood.) Each file with something broken, and each that
+/// cannot be read, is logged once on the channel CNLoggingChannel, and again only after the file
+/// has changed.
 ///
 /// **Watching.** While there is a store, one thread of the process watches the folder with inotify,
-/// also if it is deleted and made again. Without a store nothing is watched. If the system's limits
-/// do not let the process watch, a warning is logged and no change is posted until another store is
-/// made or the configuration is set, either of which tries again.
+/// also if it is deleted and made again. A folder further above that is renamed, and a link above
+/// that is made to lead elsewhere, are not noticed. Without a store nothing is watched. If the
+/// system's limits do not let the process watch, a warning is logged and no change is posted until
+/// another store is made or the configuration is set, either of which tries again.
 class CNContactStore final : public NSObject {
  public:
   CNContactStore();
@@ -72,7 +76,10 @@ class CNContactStore final : public NSObject {
   ///
   /// The error is nil if access is granted. It has the code CNErrorCodeAuthorizationDenied and says
   /// what to do. Without a prompt of the host there is nobody to ask: the request is denied, and
-  /// the status stays "not determined". A nil block is allowed.
+  /// the status stays "not determined". If the prompt throws, the request is denied
+  /// without remembering that, and the exception leaves this function. A nil block is allowed.
+  /// Another entity type throws NSException (NSInvalidArgumentException), also in the functions
+  /// beside this one.
   void requestAccessForEntityType(CNEntityType entityType,
                                   Block<void(bool isGranted, const NSError& error)> completion);
 
@@ -87,6 +94,11 @@ class CNContactStore final : public NSObject {
   /// The contacts (elements are `CNContact`s) that the predicate chooses, with the properties that
   /// `keysToFetch` names: its elements are keys or `CNKeyDescriptor`s. Reads the files each time,
   /// on the calling thread; keep the answer. A file that changes meanwhile is read again.
+  ///
+  ///     for (const Value& element : contacts) {
+  ///       const Ref<CNContact> contact = element.object<CNContact>();
+  ///       …
+  ///     }
   ///
   /// Nil and an error of CNErrorDomain if the status is not CNAuthorizationStatusAuthorized, if the
   /// container is unknown, or if the folder cannot be read. A folder that does not exist has no

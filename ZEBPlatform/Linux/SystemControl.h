@@ -31,7 +31,7 @@ namespace zeb {
 //
 // A value is the bytes of a text, mostly UTF-8, without line ends at its end; numbers are decimal.
 //
-// The functions return 0 or the system's error number: ENOENT if there is no such control, EISDIR
+// The functions return 0 or the system's error number: ENOENT or ENOTDIR if there is no such control, EISDIR
 // for a folder of controls, EINVAL for a control without any bytes (an empty line is a value),
 // EACCES or EPERM if the process may not read it, ENAMETOOLONG for a name of 4096 bytes or more,
 // EFBIG for a value of more than 1 MiB. They set `value` only if they succeed. All functions may be

@@ -58,7 +58,7 @@ class NSThread final : public NSObject {
   /// Throws NSException (NSInvalidArgumentException) when it was started before, and
   /// (NSGenericException) when the system has no more threads. A thread that was cancelled before
   /// does not run its block. The thread starts with the signal mask of the calling thread; a block
-  /// of a queue has all signals blocked.
+  /// of a queue has all signals blocked but those of faults and SIGPROF.
   void start();
   /// Sets a flag that the thread's block may read.
   void cancel() noexcept;

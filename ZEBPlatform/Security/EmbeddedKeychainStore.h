@@ -50,10 +50,10 @@ using KeychainMasterKey = std::variant<KeychainKeyInFile, KeychainPassphrase, Ke
 /// be on a local file system. If other processes keep the database locked for more than five
 /// seconds, a call fails with `errSecNotAvailable` and has done nothing.
 ///
-/// Each call, also one that reads, works on the database that is in the folder when the call begins.
-/// If the database was removed or moved away, the calls fail with `errSecNotAvailable`; if another
-/// store took its place, with `errSecInvalidKeychain`, and the folder has to be opened again. A
-/// copy of the same store that was put back is used without that.
+/// Each call, also one that reads, works on the database that is in the folder when the call
+/// begins. If the database was removed or moved away, the calls fail with `errSecNotAvailable`; if
+/// another store took its place, with `errSecInvalidKeychain`, and the folder has to be opened
+/// again. A copy of the same store that was put back is used without that.
 ///
 /// The opening of a folder that is not open yet in the process, and a fork, wait until the running
 /// calls of all stores have ended. After a fork both processes can go on using the store; the child
