@@ -31,11 +31,11 @@ namespace zeb {
 //
 // A value is the bytes of a text, mostly UTF-8, without line ends at its end; numbers are decimal.
 //
-// The functions return 0 or the system's error number: ENOENT or ENOTDIR if there is no such control, EISDIR
-// for a folder of controls, EINVAL for a control without any bytes (an empty line is a value),
-// EACCES or EPERM if the process may not read it, ENAMETOOLONG for a name of 4096 bytes or more,
-// EFBIG for a value of more than 1 MiB. They set `value` only if they succeed. All functions may be
-// called from any thread.
+// The functions return 0 or the system's error number: ENOENT or ENOTDIR if there is no such
+// control, EISDIR for a folder of controls, EINVAL for a control without any bytes (an empty line
+// is a value), EACCES or EPERM if the process may not read it, ENAMETOOLONG for a name of 4096
+// bytes or more, EFBIG for a value of more than 1 MiB. They set `value` only if they succeed. All
+// functions may be called from any thread.
 
 int readSystemControl(int type, int subtype, std::string& value);
 int readSystemControl(std::string_view name, std::string& value);
