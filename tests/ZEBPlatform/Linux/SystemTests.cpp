@@ -5,7 +5,9 @@
 #include <link.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <semaphore>
@@ -32,12 +34,17 @@ TEST(Thread, KnowsTheMainThreadAlsoAfterAFork) {
 
 TEST(LoadedImages, OnlyAnInterruptedFunctionCanBeAtItsFirstInstruction) {
   const auto previous = std::signal(SIGUSR2, [](int) {});
-  struct sigaction action;
-  sigaction(SIGUSR2, nullptr, &action);
+  // The kernel's own structure, because ThreadSanitizer answers another one in its place.
+  struct {
+    void* handler;
+    unsigned long flags;
+    void* restorer;
+    std::uint64_t mask;
+  } action{};
+  ASSERT_EQ(syscall(SYS_rt_sigaction, SIGUSR2, nullptr, &action, sizeof action.mask), 0);
   std::signal(SIGUSR2, previous);
   void* const start = dlsym(RTLD_DEFAULT, "frexp");
-  void* const stack[] = {start, static_cast<char*>(start) + 1,
-                         reinterpret_cast<void*>(action.sa_restorer), start};
+  void* const stack[] = {start, static_cast<char*>(start) + 1, action.restorer, start};
   const std::vector<CodeLocation> locations = locationsOfCode(stack);
   EXPECT_NE(locations[0].symbolAddress, locations[1].symbolAddress) << "a call before it";
   EXPECT_EQ(locations[1].symbolAddress, reinterpret_cast<std::uintptr_t>(start));

@@ -23,7 +23,10 @@ class FakeService {
       : replies_{{encryptedSession, {"(<[byte 2]>, objectpath '/s')"}},
                  {"ReadAlias /org/freedesktop/secrets", {"(objectpath '/c',)"}},
                  {"Get Locked", {"(<false>,)"}}} {
-    for (const auto& [key, texts] : replies) replies_[key] = texts;
+    {
+      const std::lock_guard guard(mutex_);  // ThreadSanitizer does not see how GLib orders this
+      for (const auto& [key, texts] : replies) replies_[key] = texts;
+    }
     const auto flags =
         static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                           G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
