@@ -97,7 +97,9 @@ struct InterruptedPlace {
   std::uintptr_t caller;
 };
 
-InterruptedPlace interruptedPlace(const void* context) noexcept {
+/// Reads another function's stack, which sanitizers would report.
+[[gnu::no_sanitize("address", "thread")]] InterruptedPlace interruptedPlace(
+    const void* context) noexcept {
   const auto& machine = static_cast<const ucontext_t*>(context)->uc_mcontext;
 #if defined(__x86_64__)
   const auto* const stack = reinterpret_cast<const std::uintptr_t*>(machine.gregs[REG_RSP]);
@@ -117,7 +119,8 @@ std::size_t captureCallStack(std::span<void*> returnAddresses) noexcept {
 }
 
 void prepareInterruptedCapture() noexcept {
-  const CodeRange unwinder = codeAround(reinterpret_cast<std::uintptr_t>(&_Unwind_RaiseException));
+  // Sanitizers have functions of their own in the place of those that raise exceptions.
+  const CodeRange unwinder = codeAround(reinterpret_cast<std::uintptr_t>(&_Unwind_GetIP));
   if (unwinder.contains(reinterpret_cast<std::uintptr_t>(&captureCallStack))) return;
   unwinderBegin.store(unwinder.begin, std::memory_order_relaxed);
   unwinderEnd.store(unwinder.end, std::memory_order_relaxed);
