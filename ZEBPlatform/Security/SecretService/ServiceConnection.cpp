@@ -248,9 +248,11 @@ OSStatus ServiceConnection::open(const ServiceDeadline& deadline,
   if (!bus) return errSecNotAvailable;
   GLibPointer<GMainContext> context;
   GLibPointer<SecretService> service = openedSession(bus.get(), deadline, context);
-  if (!service || !isEncrypted(service.get())) return errSecNotAvailable;
+  if (!service) return errSecNotAvailable;
+  // From here on the connection's destructor frees all parts.
   connection.reset(new ServiceConnection(std::move(bus), std::move(context), std::move(service)));
-  return connection->isUsable() ? errSecSuccess : errSecNotAvailable;
+  if (!isEncrypted(connection->service_.get())) connection.reset();
+  return connection && connection->isUsable() ? errSecSuccess : errSecNotAvailable;
 }
 
 ServiceConnection::ServiceConnection(GLibPointer<GDBusConnection> bus,
