@@ -24,7 +24,7 @@ class FakeService {
                  {"ReadAlias /org/freedesktop/secrets", {"(objectpath '/c',)"}},
                  {"Get Locked", {"(<false>,)"}}} {
     {
-      const std::lock_guard guard(mutex_);  // ThreadSanitizer does not see how GLib orders this
+      const std::lock_guard guard(mutex_);  // ThreadSanitizer does not see how GLib orders it
       for (const auto& [key, texts] : replies) replies_[key] = texts;
     }
     const auto flags =
@@ -105,7 +105,7 @@ class FakeService {
     return text;
   }
 
-  std::mutex mutex_;
+  inline static std::mutex mutex_;  // of all, so that it is not new to GLib's thread
   Replies replies_;
   std::map<std::string, int> counts_;
   GDBusConnection* bus_;
