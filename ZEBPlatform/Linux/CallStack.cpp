@@ -98,8 +98,8 @@ struct InterruptedPlace {
 };
 
 /// Reads another function's stack, which sanitizers would report.
-[[gnu::no_sanitize("address", "thread")]] InterruptedPlace interruptedPlace(
-    const void* context) noexcept {
+__attribute__((no_sanitize("address", "thread"))) InterruptedPlace
+interruptedPlace(const void* context) noexcept {
   const auto& machine = static_cast<const ucontext_t*>(context)->uc_mcontext;
 #if defined(__x86_64__)
   const auto* const stack = reinterpret_cast<const std::uintptr_t*>(machine.gregs[REG_RSP]);

@@ -403,7 +403,10 @@ TEST_F(ContactStores, AFolderThatBecomesReadableIsWatched) {
   // Root may read every folder, so the test gives this right up.
   const bool isRoot = geteuid() == 0;
   const uid_t user = isRoot ? 65534 : geteuid();
-  for (const fs::path& path : {root, folder()}) ASSERT_EQ(chown(path.c_str(), user, -1), 0);
+  const auto sameGroup = static_cast<gid_t>(-1);
+  for (const fs::path& path : {root, folder()}) {
+    ASSERT_EQ(chown(path.c_str(), user, sameGroup), 0);
+  }
   if (isRoot) {
     ASSERT_EQ(seteuid(user), 0);
   }
