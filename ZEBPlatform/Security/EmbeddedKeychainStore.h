@@ -30,7 +30,7 @@ using KeychainMasterKey = std::variant<KeychainKeyInFile, KeychainPassphrase, Ke
 /// AES-256-GCM before SQLite sees them. Each value is bound to its item's identity, so that a value
 /// that was changed or moved to another item outside is found out (`errSecDecode`).
 ///
-/// What it protects against: somebody who gets the database alone, such as a copy or a backup
+/// What it protects against: a person who gets the database alone, such as a copy or a backup
 /// without the key, cannot read the values. Other users of the machine can read neither the
 /// database nor the key file, because the store makes them for their owner alone. It refuses a key
 /// file that others may read, but not a database: copies keep the permissions they were given.
@@ -40,9 +40,9 @@ using KeychainMasterKey = std::variant<KeychainKeyInFile, KeychainPassphrase, Ke
 ///     program of the user, root, and thieves of an unencrypted disk. Use a passphrase or a key of
 ///     the host's own against those.
 ///   - Programs that read this process's memory: the key stays there while the store is open.
-///   - Attributes are not sealed. Whoever reads the database sees which accounts there are, and
-///     whoever writes it can change attributes that do not belong to the identity, remove items, or
-///     put back an older database with older values.
+///   - Attributes are not sealed. A reader of the database sees which accounts there are, and a
+///     writer can change attributes that do not belong to the identity, remove items, or put back
+///     an older database with older values.
 ///   - The file system and the disk keep old copies of what was overwritten. They are sealed, too.
 ///
 /// Any thread; searches run in parallel. Several processes may use one folder. Two stores that are

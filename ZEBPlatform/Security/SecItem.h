@@ -77,8 +77,8 @@ OSStatus SecItemAdd(const NSDictionary& attributes, Value* result = nullptr);
 ///     is also true, the value under kSecValueData,
 ///   - as a `SecKey` for kSecReturnRef, which goes with neither of the others; the item has
 ///     kSecAttrKeyClass, and its value is that half of a key as PKCS #1 in DER.
-/// Without kSecMatchLimit, or with kSecMatchLimitOne, `result` is the first item; with a number or
-/// kSecMatchLimitAll it is an array of at most so many.
+/// Without kSecMatchLimit, or with kSecMatchLimitOne, `result` is the first item; with a number
+/// it is an array of at most that number of items, with kSecMatchLimitAll an array of all.
 ///
 /// `errSecItemNotFound` if no item matches. An item that was stored without a value is not found by
 /// a query that asks for data or reference alone, although its attributes are; it still counts for
