@@ -120,7 +120,7 @@ std::optional<Number> numberIn(std::string_view text) {
   return number;
 }
 
-/// Nil if the text is none that `coded` makes.
+/// Nil if `coded` makes no such text.
 Value decoded(std::string_view text) {
   const auto isOfKind = [&](std::string_view kind) {
     if (!text.starts_with(kind)) return false;

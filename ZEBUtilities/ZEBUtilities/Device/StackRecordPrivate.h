@@ -14,8 +14,8 @@ class StackRecord {
  public:
   static constexpr std::size_t maxFrames = 128;
 
-  /// Captures the calling thread's stack, unless there is a capture already. Safe in signal
-  /// handlers as `captureCallStack` is.
+  /// Captures the calling thread's stack, unless there is a capture already. `context` is the
+  /// signal handler's third argument. Safe in signal handlers as `captureInterruptedCallStack` is.
   void capture(const void* context) noexcept;
 
   /// The return addresses of the capture; empty if there is none. Valid until `clear`.
