@@ -29,6 +29,7 @@ enum class Action : std::uint64_t {
   insert,
   select,
   selectWithValue,
+  selectValue,
   update,
   updateWithValue,
   remove
@@ -68,15 +69,29 @@ std::string insertion(KeychainItemClass itemClass) {
   return sql + ")";
 }
 
-/// The columns are the identifier, the value or NULL, and the attributes that the condition leaves
-/// open.
-std::string selection(KeychainItemClass itemClass, KeychainAttributeMask condition,
-                      KeychainStore::Values values) {
-  std::string sql =
-      values == KeychainStore::Values::include ? "SELECT id, value" : "SELECT id, NULL";
-  const KeychainAttributeMask open = allAttributes & ~exactAttributes(condition);
-  sql += ", ";
-  appendColumns(sql, open, ", ", "");
+using Values = KeychainStore::Values;
+
+constexpr Action selectionAction(Values values) noexcept {
+  if (values == Values::leaveOut) return Action::select;
+  return values == Values::include ? Action::selectWithValue : Action::selectValue;
+}
+
+/// The attributes that a search with this condition takes from the rows. Values can be opened only
+/// together with the identity.
+KeychainAttributeMask selectedAttributes(KeychainItemClass itemClass,
+                                         KeychainAttributeMask condition, Values values) noexcept {
+  const KeychainAttributeMask needed =
+      values == Values::only ? identityMask(itemClass) : allAttributes;
+  return needed & ~exactAttributes(condition);
+}
+
+/// The columns are the identifier, the value or NULL, and the selected attributes.
+std::string selection(KeychainItemClass itemClass, KeychainAttributeMask condition, Values values) {
+  std::string sql = values == Values::leaveOut ? "SELECT id, NULL" : "SELECT id, value";
+  if (const auto selected = selectedAttributes(itemClass, condition, values)) {
+    sql += ", ";
+    appendColumns(sql, selected, ", ", "");
+  }
   sql.append(" FROM ").append(tableName(itemClass));
   appendCondition(sql, condition);
   return sql + " ORDER BY id LIMIT ?";
@@ -185,8 +200,8 @@ class SQLiteKeychainStore : public EmbeddedKeychainStore {
   OSStatus removeAll(const KeychainQuery& query);
 
   OSStatus sealValue(const KeychainItem& item, const std::string& identity, Sealed& sealed);
-  /// The value of the current row.
-  OSStatus openValue(sqlite3_stmt* row, const std::string& identity,
+  /// The value of the current row, whose columns are given.
+  OSStatus openValue(sqlite3_stmt* row, KeychainItemClass itemClass, const KeychainColumns& columns,
                      std::optional<SecretBytes>& value);
   /// Calls `visit` with each row that matches.
   template <class Visit>
@@ -210,7 +225,8 @@ OSStatus SQLiteKeychainStore::sealValue(const KeychainItem& item, const std::str
   return cipher_.seal(identity, item.value->bytes(), sealed.emplace());
 }
 
-OSStatus SQLiteKeychainStore::openValue(sqlite3_stmt* row, const std::string& identity,
+OSStatus SQLiteKeychainStore::openValue(sqlite3_stmt* row, KeychainItemClass itemClass,
+                                        const KeychainColumns& columns,
                                         std::optional<SecretBytes>& value) {
   switch (sqlite3_column_type(row, valueColumn)) {
     case SQLITE_NULL:
@@ -218,7 +234,7 @@ OSStatus SQLiteKeychainStore::openValue(sqlite3_stmt* row, const std::string& id
     case SQLITE_BLOB: {
       const std::span<const std::byte> sealed = blobAt(row, valueColumn);
       if (sealed.size() > maxValueLength + KeychainCipher::overhead) return errSecDecode;
-      return cipher_.open(identity, sealed, value.emplace());
+      return cipher_.open(columns.identity(itemClass), sealed, value.emplace());
     }
     default:
       return errSecDecode;
@@ -229,10 +245,9 @@ template <class Visit>
 OSStatus SQLiteKeychainStore::select(SQLiteConnection& connection, KeychainItemClass itemClass,
                                      const KeychainColumns& condition, Values values,
                                      std::size_t maxCount, const Visit& visit) {
-  const Action action = values == Values::include ? Action::selectWithValue : Action::select;
   OSStatus status;
   sqlite3_stmt* const statement = connection.keptStatement(
-      statementKey(action, itemClass, condition.present()),
+      statementKey(selectionAction(values), itemClass, condition.present()),
       [&] { return selection(itemClass, condition.present(), values); }, status);
   if (!statement) return status;
   const StatementReset reset(statement);
@@ -245,12 +260,12 @@ OSStatus SQLiteKeychainStore::select(SQLiteConnection& connection, KeychainItemC
                            static_cast<sqlite3_int64>(std::min<std::uint64_t>(maxCount, maxRows)));
   }
   if (bound != SQLITE_OK) return connection.statusOf(bound);
-  const KeychainAttributeMask known = exactAttributes(condition.present());
+  const KeychainAttributeMask selected = selectedAttributes(itemClass, condition.present(), values);
   KeychainColumns row;
   for (;;) {
     const int result = sqlite3_step(statement);
     if (result != SQLITE_ROW) return connection.statusOf(result);
-    status = row.takeRow(statement, firstAttributeColumn, condition, known);
+    status = row.takeRow(statement, firstAttributeColumn, selected, condition);
     if (!status) status = visit(statement, row);
     if (status) return status;
   }
@@ -311,9 +326,11 @@ OSStatus SQLiteKeychainStore::findAll(const KeychainQuery& query, Values values,
                   [&](sqlite3_stmt* statement, const KeychainColumns& row) {
                     KeychainItem& item = found.emplace_back();
                     item.itemClass = query.itemClass;
-                    copyAttributes(query.attributes, known, item.attributes);
-                    row.copyTo(item.attributes, known);
-                    return openValue(statement, row.identity(query.itemClass), item.value);
+                    if (values != Values::only) {
+                      copyAttributes(query.attributes, known, item.attributes);
+                      row.copyTo(item.attributes, known);
+                    }
+                    return openValue(statement, query.itemClass, row, item.value);
                   });
   if (status) return status;
   if (appended.isEmpty()) return errSecItemNotFound;
@@ -341,18 +358,18 @@ OSStatus SQLiteKeychainStore::updateAll(const KeychainQuery& query, const Keycha
   // value is bound to its item's identity and must be sealed again if that changes.
   const bool movesValues = (changed.present() & identityMask(query.itemClass)) && !changes.value;
   std::vector<Match> matches;
-  status = select(
-      connection, query.itemClass, condition, movesValues ? Values::include : Values::leaveOut,
-      SIZE_MAX, [&](sqlite3_stmt* statement, KeychainColumns& row) {
-        Match& match = matches.emplace_back();
-        match.identifier = sqlite3_column_int64(statement, identifierColumn);
-        KeychainItem item;
-        const OSStatus failure = openValue(statement, row.identity(query.itemClass), item.value);
-        if (failure) return failure;
-        row.overlay(changed);
-        const KeychainItem& source = movesValues ? item : changes;
-        return sealValue(source, row.identity(query.itemClass), match.sealed);
-      });
+  status = select(connection, query.itemClass, condition,
+                  movesValues ? Values::include : Values::leaveOut, SIZE_MAX,
+                  [&](sqlite3_stmt* statement, KeychainColumns& row) {
+                    Match& match = matches.emplace_back();
+                    match.identifier = sqlite3_column_int64(statement, identifierColumn);
+                    KeychainItem item;
+                    const OSStatus failure = openValue(statement, query.itemClass, row, item.value);
+                    if (failure) return failure;
+                    row.overlay(changed);
+                    const KeychainItem& source = movesValues ? item : changes;
+                    return sealValue(source, row.identity(query.itemClass), match.sealed);
+                  });
   if (!status && matches.empty()) status = errSecItemNotFound;
   if (!changed.present() && !changes.value) return status;
   for (std::size_t i = 0; !status && i < matches.size(); ++i) {

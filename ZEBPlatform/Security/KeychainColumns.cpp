@@ -5,6 +5,7 @@
 #include <ZEBPlatform/Security/KeychainColumnsPrivate.h>
 #include <ZEBPlatform/Security/KeychainStore.h>
 
+#include <bit>
 #include <cmath>
 
 namespace zeb {
@@ -46,6 +47,11 @@ constexpr std::size_t indexOf(KeychainAttribute attribute) noexcept {
 }
 constexpr KeychainAttribute attributeAt(std::size_t index) noexcept {
   return static_cast<KeychainAttribute>(index);
+}
+
+/// The first attribute of a mask that is not empty.
+KeychainAttribute firstAttribute(KeychainAttributeMask mask) noexcept {
+  return attributeAt(static_cast<std::size_t>(std::countr_zero(mask)));
 }
 
 bool mayBeText(KeychainAttribute attribute) noexcept {
@@ -109,9 +115,9 @@ OSStatus KeychainColumns::takeValue(KeychainAttribute attribute, const Value& va
   Column column;
   if (value.isString() && mayBeText(attribute)) {
     column.form = Form::text;
-    const NSString text(value);
-    column.bytes = text.asciiView();
-    if (!text.isASCII()) column.bytes = converted_.emplace_front(text.utf8());
+    const auto& text = *value.storageAs<detail::StringStorage>();
+    column.bytes = text.isWide() ? converted_.emplace_front(NSString(value).utf8())
+                                 : std::string_view(text.ascii(), text.length);
   } else if (value.isData() && mayBeData(attribute)) {
     column.form = Form::data;
     column.bytes = NSData(value).view();
@@ -120,8 +126,11 @@ OSStatus KeychainColumns::takeValue(KeychainAttribute attribute, const Value& va
     const bool isInteger = number.isSigned64() || number.isBoolean();
     if (!isInteger && number.kind() == ValueKind::UnsignedInteger) return errSecParam;
     column.form = isInteger ? Form::integer : Form::real;
-    column.integer = isInteger ? number.longLongValue() : 0;
-    column.real = number.doubleValue();
+    if (isInteger) {
+      column.integer = number.longLongValue();
+    } else {
+      column.real = number.doubleValue();
+    }
   } else if (value.isDate() && kind == Kind::date) {
     column.form = Form::real;
     column.real = NSDate(value).timeIntervalSinceReferenceDate();
@@ -130,21 +139,23 @@ OSStatus KeychainColumns::takeValue(KeychainAttribute attribute, const Value& va
   }
   if (!column.bytes.data()) column.bytes = "";  // SQLite takes a null pointer as NULL
   // SQLite stores what is not a number as NULL.
-  if (std::isnan(column.real)) return errSecParam;
+  if (column.form == Form::real && std::isnan(column.real)) return errSecParam;
   if (column.bytes.size() > KeychainStore::maxAttributeLength) return errSecParam;
   set(attribute, column);
   return errSecSuccess;
 }
 
 OSStatus KeychainColumns::takeRow(sqlite3_stmt* statement, int first,
-                                  const KeychainColumns& condition, KeychainAttributeMask known) {
+                                  KeychainAttributeMask selected,
+                                  const KeychainColumns& condition) {
   present_ = 0;
-  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
-    const KeychainAttribute attribute = attributeAt(i);
-    if (known & maskOf(attribute)) {
-      set(attribute, condition.columns_[i]);
-      continue;
-    }
+  const KeychainAttributeMask known = exactAttributes(condition.present_);
+  for (KeychainAttributeMask left = known; left != 0; left &= left - 1) {
+    const KeychainAttribute attribute = firstAttribute(left);
+    set(attribute, condition.columns_[indexOf(attribute)]);
+  }
+  for (KeychainAttributeMask left = selected; left != 0; left &= left - 1) {
+    const KeychainAttribute attribute = firstAttribute(left);
     Column column;
     // Such values must not be shared by threads, but they cost less than the functions for columns.
     if (!takeColumn(attribute, sqlite3_column_value(statement, first++), column)) {
@@ -210,12 +221,10 @@ int KeychainColumns::bindColumn(sqlite3_stmt* statement, int parameter,
 
 int KeychainColumns::bind(sqlite3_stmt* statement, int& parameter, KeychainAttributeMask mask,
                           KeychainItemClass itemClass) const noexcept {
-  const KeychainAttributeMask identity = identityMask(itemClass);
-  for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
-    const KeychainAttributeMask bit = maskOf(attributeAt(i));
-    if (!(mask & bit)) continue;
-    const Column& column = columns_[i];
-    const int result = column.form == Form::absent && (identity & bit)
+  for (KeychainAttributeMask left = mask; left != 0; left &= left - 1) {
+    const KeychainAttribute attribute = firstAttribute(left);
+    const Column& column = columns_[indexOf(attribute)];
+    const int result = column.form == Form::absent && (identityMask(itemClass) & maskOf(attribute))
                            ? sqlite3_bind_int64(statement, parameter, 0)
                            : bindColumn(statement, parameter, column);
     if (result != SQLITE_OK) return result;
@@ -225,14 +234,18 @@ int KeychainColumns::bind(sqlite3_stmt* statement, int& parameter, KeychainAttri
 }
 
 std::string KeychainColumns::identity(KeychainItemClass itemClass) const {
-  std::string identity(1, static_cast<char>(itemClass));
+  std::size_t length = 1;
+  for (const KeychainAttribute attribute : identityAttributes(itemClass)) {
+    length += 5 + columns_[indexOf(attribute)].bytes.size();
+  }
+  std::string identity;
+  identity.reserve(length);
+  identity += static_cast<char>(itemClass);
   for (const KeychainAttribute attribute : identityAttributes(itemClass)) {
     const Column& column = columns_[indexOf(attribute)];
-    identity += static_cast<char>(column.form);
-    for (unsigned shift = 0; shift < 32; shift += 8) {
-      identity += static_cast<char>(column.bytes.size() >> shift);
-    }
-    identity += column.bytes;
+    char head[5] = {static_cast<char>(column.form)};
+    for (unsigned i = 0; i < 4; ++i) head[1 + i] = static_cast<char>(column.bytes.size() >> 8 * i);
+    identity.append(head, sizeof head).append(column.bytes);
   }
   return identity;
 }

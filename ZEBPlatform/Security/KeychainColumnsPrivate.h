@@ -46,13 +46,13 @@ class KeychainColumns {
   KeychainColumns& operator=(const KeychainColumns&) = delete;
 
   /// `errSecParam` if an attribute has a value of the wrong kind, one that is too long, or a
-  /// number or date that is none.
+  /// number or date whose value is not-a-number (NaN).
   OSStatus take(const KeychainAttributes& attributes);
-  /// Reads a row that met the condition: the attributes of `known` are those of the condition, and
-  /// the columns from `first` on are all others in the enumeration's order. `errSecDecode` if one
-  /// has a kind that it cannot have.
-  OSStatus takeRow(sqlite3_stmt* statement, int first, const KeychainColumns& condition,
-                   KeychainAttributeMask known);
+  /// Reads a row that met the condition: the columns from `first` on are the attributes of
+  /// `selected` in the enumeration's order, and the exact attributes of the condition are the row's
+  /// own. `errSecDecode` if a column has a kind that it cannot have.
+  OSStatus takeRow(sqlite3_stmt* statement, int first, KeychainAttributeMask selected,
+                   const KeychainColumns& condition);
   /// Replaces the attributes that are present in `changes`, borrowed from it.
   void overlay(const KeychainColumns& changes);
 
@@ -71,9 +71,11 @@ class KeychainColumns {
   enum class Form : std::uint8_t { absent, text, data, integer, real };
   struct Column {
     Form form = Form::absent;
+    union {
+      std::int64_t integer = 0;
+      double real;  ///< if the form says so
+    };
     std::string_view bytes;
-    std::int64_t integer = 0;
-    double real = 0;
   };
 
   OSStatus takeValue(KeychainAttribute attribute, const Value& value);

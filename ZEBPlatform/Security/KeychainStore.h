@@ -19,7 +19,12 @@ namespace zeb {
 /// at the same time.
 class KeychainStore : public NSObject {
  public:
-  enum class Values : std::uint8_t { leaveOut, include };
+  /// What a search reads of the items that match.
+  enum class Values : std::uint8_t {
+    leaveOut,  ///< the attributes
+    include,   ///< the attributes and the values
+    only,      ///< the values; a store that saves work by it may leave attributes nil
+  };
 
   /// Our stores refuse longer values with `errSecParam`.
   static constexpr std::size_t maxValueLength = std::size_t{16} << 20;
@@ -32,8 +37,8 @@ class KeychainStore : public NSObject {
   virtual OSStatus add(std::span<const KeychainItem> items) = 0;
 
   /// Appends at most `maxCount` items that match, oldest first, to `found`. Finding none is
-  /// `errSecItemNotFound`. With `Values::include` a value that cannot be opened is an error, and
-  /// then nothing is appended.
+  /// `errSecItemNotFound`. Unless values are left out, a value that cannot be opened is an error,
+  /// and then nothing is appended.
   virtual OSStatus find(const KeychainQuery& query, Values values, std::size_t maxCount,
                         std::vector<KeychainItem>& found) = 0;
 

@@ -27,12 +27,17 @@ OSStatus begin(const NSDictionary& dictionary, KeychainDictionary purpose, Keych
   return errSecSuccess;
 }
 
+/// What the result is made of.
+KeychainStore::Values valuesFor(const KeychainRequest& request) {
+  // A reference is made of the value and of attributes that say which half of a key it is.
+  if (request.returnsReference) return KeychainStore::Values::include;
+  if (!request.returnsData) return KeychainStore::Values::leaveOut;
+  return request.returnsAttributes ? KeychainStore::Values::include : KeychainStore::Values::only;
+}
+
 OSStatus copyMatching(const KeychainRequest& request, KeychainStore& store, Value& result) {
-  const bool needsValues = request.returnsData || request.returnsReference;
   std::vector<KeychainItem> found;
-  const OSStatus status = store.find(
-      request.query, needsValues ? KeychainStore::Values::include : KeychainStore::Values::leaveOut,
-      request.maxCount, found);
+  const OSStatus status = store.find(request.query, valuesFor(request), request.maxCount, found);
   if (status != errSecSuccess) return status;
   if (found.empty()) return errSecItemNotFound;  // of a host's store that breaks the contract
   return detail::makeResult(request, std::move(found), result);

@@ -43,7 +43,7 @@ class MemoryKeychainStore final : public KeychainStore {
   OSStatus find(const KeychainQuery& query, Values values, std::size_t maxCount,
                 std::vector<KeychainItem>& found) override {
     const std::lock_guard guard(mutex_);
-    const bool includes = values == Values::include;
+    const bool includes = values != Values::leaveOut;
     if (const auto failure = begin(includes ? Call::findValues : Call::findAttributes)) {
       return *failure;
     }

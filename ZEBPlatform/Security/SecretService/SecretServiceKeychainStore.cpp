@@ -186,7 +186,7 @@ OSStatus SecretServiceKeychainStore::find(const KeychainQuery& query, Values val
     std::vector<ServiceItem> items;
     OSStatus status = findReadableItems(collection, query, items);
     const auto wanted = std::span(items).first(std::min(maxCount, items.size()));
-    if (status == errSecSuccess && values == Values::include)
+    if (status == errSecSuccess && values != Values::leaveOut)
       status = collection.readValues(wanted);
     if (status != errSecSuccess) return status;
     found.reserve(found.size() + wanted.size());

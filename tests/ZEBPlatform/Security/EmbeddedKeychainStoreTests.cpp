@@ -184,7 +184,9 @@ TEST_F(EmbeddedKeychain, NoticesValuesThatWereMoved) {
         "UPDATE passwords SET value = zeroblob(20)", "UPDATE passwords SET value = 'text'",
         "UPDATE passwords SET accessible = x'00'"}) {
     execute(sql);
-    EXPECT_EQ(secrets(store, named("a")), std::to_string(errSecDecode)) << sql;
+    for (const Values values : {Values::include, Values::only}) {
+      EXPECT_EQ(secrets(store, named("a"), 1, values), std::to_string(errSecDecode)) << sql;
+    }
   }
 }
 

@@ -43,10 +43,11 @@ struct KeychainFolder : testing::Test {
   }
   /// The values of the items that match, with spaces between them, or the status.
   static std::string secrets(const Ref<EmbeddedKeychainStore>& store,
-                             const KeychainAttributes& attributes, std::size_t maxCount = 1000) {
+                             const KeychainAttributes& attributes, std::size_t maxCount = 1000,
+                             Values values = Values::only) {
     std::vector<KeychainItem> found;
-    const OSStatus result = store->find({KeychainItemClass::genericPassword, attributes},
-                                        Values::include, maxCount, found);
+    const OSStatus result =
+        store->find({KeychainItemClass::genericPassword, attributes}, values, maxCount, found);
     if (result) return std::to_string(result);
     std::string all;
     for (const KeychainItem& item : found) {
