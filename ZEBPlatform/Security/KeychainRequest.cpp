@@ -12,18 +12,13 @@ namespace zeb::detail {
 
 namespace {
 
-bool isText(const Value& value) { return value.isString(); }
-bool isData(const Value& value) { return value.isData(); }
-bool isDate(const Value& value) { return value.isDate(); }
-bool isTextOrData(const Value& value) { return value.isString() || value.isData(); }
 bool isCount(const Value& value) {
   return NSNumber(value).isSigned64() && value.longLongValue() > 0;
 }
 
 bool isOneOf(const Value& value, std::initializer_list<const char*> texts) {
-  return value.isString() &&
-         std::ranges::any_of(texts, [text = NSString(value)](const char* candidate) {
-           return StringKey(candidate).matches(text.text());
+  return value.isString() && std::ranges::any_of(texts, [&](const char* candidate) {
+           return StringKey(candidate).matches(*value.storageAs<StringStorage>());
          });
 }
 bool isKeyType(const Value& value) { return isOneOf(value, {kSecAttrKeyTypeRSA}); }
@@ -36,59 +31,145 @@ bool isAccessible(const Value& value) {
               kSecAttrAccessibleWhenUnlocked, kSecAttrAccessibleWhenUnlockedThisDeviceOnly});
 }
 
-struct AttributeKey {
-  StringKey key;
-  bool (*isValid)(const Value& value);
+/// The keys that a dictionary may have beside those of the attributes, which come first in the
+/// enumeration's order.
+enum class Key : std::uint8_t {
+  itemClass = keychainAttributeCount,
+  valueData,
+  returnData,
+  returnAttributes,
+  returnReference,
+  matchLimit,
+  isPermanent,
+};
+constexpr std::size_t keyCount = static_cast<std::size_t>(Key::isPermanent) + 1;
+
+/// Finds the known keys by the hashes that strings keep.
+class KeyTable {
+ public:
+  KeyTable() {
+    for (std::size_t i = 0; i < keyCount; ++i) {
+      std::size_t slot = keys_[i].hash() % slots_.size();
+      while (slots_[slot] != keyCount) slot = next(slot);
+      slots_[slot] = static_cast<std::uint8_t>(i);
+    }
+  }
+
+  const StringKey& operator[](KeychainAttribute attribute) const noexcept {
+    return keys_[static_cast<std::size_t>(attribute)];
+  }
+  /// The place of a dictionary's key in the order above, or `keyCount`.
+  std::size_t find(const Value& key) const noexcept {
+    if (!key.isString()) return keyCount;
+    const auto& text = *key.storageAs<StringStorage>();
+    for (std::size_t slot = hashOfString(text) % slots_.size();; slot = next(slot)) {
+      const std::size_t place = slots_[slot];
+      if (place == keyCount || keys_[place].matches(text)) return place;
+    }
+  }
+
+ private:
+  static constexpr std::size_t slotCount = 64;  // few of them taken, so that searches end soon
+  static_assert(keyCount < slotCount / 2);
+
+  static constexpr std::size_t next(std::size_t slot) noexcept { return (slot + 1) % slotCount; }
+  static constexpr std::array<std::uint8_t, slotCount> freeSlots() {
+    std::array<std::uint8_t, slotCount> slots;
+    slots.fill(keyCount);
+    return slots;
+  }
+
+  const std::array<StringKey, keyCount> keys_ = {
+      kSecAttrAccessGroup,
+      kSecAttrAccount,
+      kSecAttrService,
+      kSecAttrGeneric,
+      kSecAttrLabel,
+      kSecAttrAccessible,
+      kSecAttrApplicationTag,
+      kSecAttrApplicationLabel,
+      kSecAttrKeyType,
+      kSecAttrKeyClass,
+      kSecAttrKeySizeInBits,
+      kSecAttrCreationDate,
+      kSecAttrModificationDate,
+      kSecClass,
+      kSecValueData,
+      kSecReturnData,
+      kSecReturnAttributes,
+      kSecReturnRef,
+      kSecMatchLimit,
+      kSecAttrIsPermanent,
+  };
+  std::array<std::uint8_t, slotCount> slots_ = freeSlots();
 };
 
-/// In the enumeration's order.
-const std::array<AttributeKey, keychainAttributeCount>& attributeKeys() {
-  static const std::array<AttributeKey, keychainAttributeCount> keys = {{
-      {kSecAttrAccessGroup, isText},
-      {kSecAttrAccount, isTextOrData},
-      {kSecAttrService, isText},
-      {kSecAttrGeneric, isData},
-      {kSecAttrLabel, isText},
-      {kSecAttrAccessible, isAccessible},
-      {kSecAttrApplicationTag, isData},
-      {kSecAttrApplicationLabel, isData},
-      {kSecAttrKeyType, isKeyType},
-      {kSecAttrKeyClass, isKeyClass},
-      {kSecAttrKeySizeInBits, isCount},
-      {kSecAttrCreationDate, isDate},
-      {kSecAttrModificationDate, isDate},
-  }};
-  return keys;
+const KeyTable& keyTable() {
+  static const KeyTable table;
+  return table;
 }
 
-/// Takes the values of known keys out of a dictionary and counts them, so that unknown ones are
-/// noticed.
+bool isValid(KeychainAttribute attribute, const Value& value) {
+  switch (attribute) {
+    case KeychainAttribute::accessGroup:
+    case KeychainAttribute::service:
+    case KeychainAttribute::label:
+      return value.isString();
+    case KeychainAttribute::account:
+      return value.isString() || value.isData();
+    case KeychainAttribute::generic:
+    case KeychainAttribute::applicationTag:
+    case KeychainAttribute::applicationLabel:
+      return value.isData();
+    case KeychainAttribute::accessible:
+      return isAccessible(value);
+    case KeychainAttribute::keyType:
+      return isKeyType(value);
+    case KeychainAttribute::keyClass:
+      return isKeyClass(value);
+    case KeychainAttribute::keySizeInBits:
+      return isCount(value);
+    case KeychainAttribute::creationDate:
+    case KeychainAttribute::modificationDate:
+      return value.isDate();
+  }
+  return false;
+}
+
+/// The values under the known keys of a dictionary. Those that are taken are counted, so that keys
+/// that are unknown or out of place are noticed.
 class KnownKeys {
  public:
-  explicit KnownKeys(const NSDictionary& dictionary) : dictionary_(dictionary) {}
+  explicit KnownKeys(const NSDictionary& dictionary) : count_(dictionary.count()) {
+    for (const auto& [key, value] : dictionary) {
+      const std::size_t place = keyTable().find(key);
+      if (place < keyCount) values_[place] = &value;
+    }
+  }
 
   /// The value under the key, or null.
-  const Value* take(const StringKey& key) {
-    const Value* const value = dictionary_.find(DictionaryKey(key));
-    if (value) ++count_;
-    return value;
+  const Value* take(std::size_t place) {
+    if (values_[place]) ++takenCount_;
+    return values_[place];
   }
+  const Value* take(Key key) { return take(static_cast<std::size_t>(key)); }
   /// False if the value under the key is not a number.
-  bool takeBoolean(const StringKey& key, bool& boolean) {
+  bool takeBoolean(Key key, bool& boolean) {
     const Value* const value = take(key);
     if (!value) return true;
     boolean = value->boolValue();
     return value->isNumber();
   }
-  bool areAll() const { return count_ == dictionary_.count(); }
+  bool areAll() const { return takenCount_ == count_; }
 
  private:
-  const NSDictionary& dictionary_;
-  std::size_t count_ = 0;
+  const std::size_t count_;
+  std::size_t takenCount_ = 0;
+  std::array<const Value*, keyCount> values_{};
 };
 
 bool readClass(KnownKeys& keys, KeychainItemClass& itemClass) {
-  const Value* const value = keys.take(kSecClass);
+  const Value* const value = keys.take(Key::itemClass);
   if (!value) return false;
   if (isOneOf(*value, {kSecClassKey})) {
     itemClass = KeychainItemClass::key;
@@ -100,17 +181,17 @@ bool readClass(KnownKeys& keys, KeychainItemClass& itemClass) {
 
 bool readAttributes(KnownKeys& keys, KeychainAttributes& attributes) {
   for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
-    const AttributeKey& known = attributeKeys()[i];
-    const Value* const value = keys.take(known.key);
+    const Value* const value = keys.take(i);
     if (!value) continue;
-    if (!known.isValid(*value)) return false;
-    attributes[static_cast<KeychainAttribute>(i)] = *value;
+    const auto attribute = static_cast<KeychainAttribute>(i);
+    if (!isValid(attribute, *value)) return false;
+    attributes[attribute] = *value;
   }
   return true;
 }
 
 bool readValue(KnownKeys& keys, std::optional<SecretBytes>& secret) {
-  const Value* const value = keys.take(kSecValueData);
+  const Value* const value = keys.take(Key::valueData);
   if (!value) return true;
   const NSData data(*value);
   if (data.isNil()) return false;
@@ -125,9 +206,9 @@ bool readValue(KnownKeys& keys, std::optional<SecretBytes>& secret) {
 }
 
 bool readReturns(KnownKeys& keys, KeychainRequest& request) {
-  if (!keys.takeBoolean(kSecReturnData, request.returnsData) ||
-      !keys.takeBoolean(kSecReturnAttributes, request.returnsAttributes) ||
-      !keys.takeBoolean(kSecReturnRef, request.returnsReference)) {
+  if (!keys.takeBoolean(Key::returnData, request.returnsData) ||
+      !keys.takeBoolean(Key::returnAttributes, request.returnsAttributes) ||
+      !keys.takeBoolean(Key::returnReference, request.returnsReference)) {
     return false;
   }
   return !request.returnsReference || (request.query.itemClass == KeychainItemClass::key &&
@@ -135,7 +216,7 @@ bool readReturns(KnownKeys& keys, KeychainRequest& request) {
 }
 
 bool readLimit(KnownKeys& keys, KeychainDictionary purpose, KeychainRequest& request) {
-  const Value* const value = keys.take(kSecMatchLimit);
+  const Value* const value = keys.take(Key::matchLimit);
   const bool isAll =
       value ? isOneOf(*value, {kSecMatchLimitAll}) : purpose == KeychainDictionary::bulkSearch;
   if (isAll) {
@@ -155,14 +236,15 @@ NSMutableDictionary dictionaryOf(const KeychainItem& item) {
   const bool isKey = item.itemClass == KeychainItemClass::key;
   result.setObject(isKey ? kSecClassKey : kSecClassGenericPassword, kSecClass);
   for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
-    const Value& value = item.attributes[static_cast<KeychainAttribute>(i)];
-    if (!value.isNil()) result.setObject(value, attributeKeys()[i].key.string());
+    const auto attribute = static_cast<KeychainAttribute>(i);
+    const Value& value = item.attributes[attribute];
+    if (!value.isNil()) result.setObject(value, keyTable()[attribute].string());
   }
   return result;
 }
 
-/// `errSecItemNotFound` if the item has no value and only that is asked for.
-OSStatus makeResultOfOne(const KeychainRequest& request, KeychainItem item, Value& result) {
+/// Takes the item's value. `errSecItemNotFound` if it has none and only that is asked for.
+OSStatus makeResultOfOne(const KeychainRequest& request, KeychainItem& item, Value& result) {
   if (request.returnsAttributes) {
     NSMutableDictionary attributes = dictionaryOf(item);
     if (request.returnsData && item.value) {
@@ -204,7 +286,7 @@ OSStatus KeychainRequest::read(const NSDictionary& dictionary, KeychainDictionar
       break;
     case KeychainDictionary::newKey:
       query.itemClass = KeychainItemClass::key;
-      isValid = isValid && keys.takeBoolean(kSecAttrIsPermanent, isPermanent);
+      isValid = isValid && keys.takeBoolean(Key::isPermanent, isPermanent);
       break;
   }
   return isValid && keys.areAll() ? errSecSuccess : errSecParam;
@@ -216,11 +298,11 @@ OSStatus makeResult(const KeychainRequest& request, std::vector<KeychainItem> it
     result = nullptr;
     return errSecSuccess;
   }
-  if (!request.returnsList) return makeResultOfOne(request, std::move(items.front()), result);
+  if (!request.returnsList) return makeResultOfOne(request, items.front(), result);
   NSMutableArray list = NSMutableArray::arrayWithCapacity(items.size());
   for (KeychainItem& item : items) {
     Value element;
-    const OSStatus status = makeResultOfOne(request, std::move(item), element);
+    const OSStatus status = makeResultOfOne(request, item, element);
     if (status == errSecSuccess) list.addObject(element);
     if (status != errSecSuccess && status != errSecItemNotFound) return status;
   }
