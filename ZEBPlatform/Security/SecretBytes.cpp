@@ -35,8 +35,8 @@ void SecretBytes::shorten(std::size_t length) noexcept {
 
 NSData SecretBytes::dataByAdopting(SecretBytes&& bytes) {
   const std::span<const std::byte> content = bytes.bytes();
-  return NSData::dataWithBytesNoCopy(
-      content, [owner = std::make_shared<SecretBytes>(std::move(bytes))] { owner->shorten(0); });
+  return NSData::dataWithBytesNoCopy(content,
+                                     [owner = std::move(bytes)]() mutable { owner.shorten(0); });
 }
 
 bool SecretBytes::equal(std::span<const std::byte> first,
