@@ -6,6 +6,7 @@
 #include <ZEBPlatform/Security/KeychainKeyPrivate.h>
 
 #include <algorithm>
+#include <array>
 #include <new>
 #include <optional>
 #include <utility>
@@ -125,6 +126,30 @@ std::span<const std::byte> blobAt(sqlite3_stmt* statement, int column) noexcept 
   return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement, column))};
 }
 
+OSStatus sealValue(KeychainCipher& cipher, const KeychainItem& item, const std::string& identity,
+                   Sealed& sealed) {
+  if (!item.value) return errSecSuccess;
+  if (item.value->size() > KeychainStore::maxValueLength) return errSecParam;
+  return cipher.seal(identity, item.value->bytes(), sealed.emplace());
+}
+
+/// The value of the current row, whose columns are given.
+OSStatus openValue(KeychainCipher& cipher, sqlite3_stmt* row, KeychainItemClass itemClass,
+                   const KeychainColumns& columns, std::optional<SecretBytes>& value) {
+  switch (sqlite3_column_type(row, valueColumn)) {
+    case SQLITE_NULL:
+      return errSecSuccess;
+    case SQLITE_BLOB: {
+      const std::span<const std::byte> sealed = blobAt(row, valueColumn);
+      if (sealed.size() > KeychainStore::maxValueLength + KeychainCipher::overhead)
+        return errSecDecode;
+      return cipher.open(columns.identity(itemClass), sealed, value.emplace());
+    }
+    default:
+      return errSecDecode;
+  }
+}
+
 /// Copies the attributes of the mask. Mutable values become immutable.
 void copyAttributes(const KeychainAttributes& from, KeychainAttributeMask mask,
                     KeychainAttributes& to) {
@@ -164,10 +189,13 @@ OSStatus statusOfWork(const Work& work) {
   }
 }
 
+/// For writes that need no preparation.
+OSStatus nothing(const Lease&) noexcept { return errSecSuccess; }
+
 class SQLiteKeychainStore : public EmbeddedKeychainStore {
  public:
   SQLiteKeychainStore(std::shared_ptr<KeychainDatabase> database, SecretBytes key)
-      : database_(std::move(database)), cipher_(std::move(key)) {}
+      : database_(std::move(database)), key_(std::move(key)) {}
 
   OSStatus add(std::span<const KeychainItem> items) override {
     return statusOfWork([&] { return addAll(items); });
@@ -195,14 +223,22 @@ class SQLiteKeychainStore : public EmbeddedKeychainStore {
   OSStatus findAll(const KeychainQuery& query, Values values, std::size_t maxCount,
                    std::vector<KeychainItem>& found);
   OSStatus updateAll(const KeychainQuery& query, const KeychainItem& changes);
+  OSStatus updateMatches(Lease& lease, KeychainItemClass itemClass,
+                         const KeychainColumns& condition, const KeychainItem& changes,
+                         const KeychainColumns& changed);
   OSStatus updateOne(SQLiteConnection& connection, const KeychainItem& changes,
                      const KeychainColumns& changed, const Match& match);
   OSStatus removeAll(const KeychainQuery& query);
 
-  OSStatus sealValue(const KeychainItem& item, const std::string& identity, Sealed& sealed);
-  /// The value of the current row, whose columns are given.
-  OSStatus openValue(sqlite3_stmt* row, KeychainItemClass itemClass, const KeychainColumns& columns,
-                     std::optional<SecretBytes>& value);
+  KeychainCipher& cipherOf(const Lease& lease) noexcept {
+    std::optional<KeychainCipher>& cipher = ciphers_[lease.place()];
+    if (!cipher || !*cipher) cipher.emplace(key_);
+    return *cipher;
+  }
+  /// Leases the connection that writes, calls `prepare` with the lease, begins a transaction, which
+  /// keeps other processes waiting, and calls `work`. Commits if all of them succeed.
+  template <class Prepare, class Work>
+  OSStatus write(const Prepare& prepare, const Work& work);
   /// Calls `visit` with each row that matches.
   template <class Visit>
   OSStatus select(SQLiteConnection& connection, KeychainItemClass itemClass,
@@ -210,7 +246,9 @@ class SQLiteKeychainStore : public EmbeddedKeychainStore {
                   const Visit& visit);
 
   const std::shared_ptr<KeychainDatabase> database_;
-  KeychainCipher cipher_;
+  const SecretBytes key_;
+  /// One for each of the database's connections, used by the lease of the connection.
+  std::array<std::optional<KeychainCipher>, KeychainDatabase::maxConnections> ciphers_;
 };
 
 struct SQLiteKeychainStore::Match {
@@ -218,27 +256,16 @@ struct SQLiteKeychainStore::Match {
   Sealed sealed;  ///< the new value, if it changes
 };
 
-OSStatus SQLiteKeychainStore::sealValue(const KeychainItem& item, const std::string& identity,
-                                        Sealed& sealed) {
-  if (!item.value) return errSecSuccess;
-  if (item.value->size() > maxValueLength) return errSecParam;
-  return cipher_.seal(identity, item.value->bytes(), sealed.emplace());
-}
-
-OSStatus SQLiteKeychainStore::openValue(sqlite3_stmt* row, KeychainItemClass itemClass,
-                                        const KeychainColumns& columns,
-                                        std::optional<SecretBytes>& value) {
-  switch (sqlite3_column_type(row, valueColumn)) {
-    case SQLITE_NULL:
-      return errSecSuccess;
-    case SQLITE_BLOB: {
-      const std::span<const std::byte> sealed = blobAt(row, valueColumn);
-      if (sealed.size() > maxValueLength + KeychainCipher::overhead) return errSecDecode;
-      return cipher_.open(columns.identity(itemClass), sealed, value.emplace());
-    }
-    default:
-      return errSecDecode;
-  }
+template <class Prepare, class Work>
+OSStatus SQLiteKeychainStore::write(const Prepare& prepare, const Work& work) {
+  Lease lease(*database_, Access::writes);
+  OSStatus status = lease.prepare();
+  if (!status) status = prepare(lease);
+  if (status) return status;
+  WriteTransaction transaction(lease.connection());
+  status = transaction.status();
+  if (!status) status = work(lease);
+  return status ? status : transaction.commit();
 }
 
 template <class Visit>
@@ -282,20 +309,21 @@ OSStatus SQLiteKeychainStore::addAll(std::span<const KeychainItem> items) {
     if (item.attributes[KeychainAttribute::accessGroup].isNil()) return errSecParam;
     if (const OSStatus status = row.columns.take(item.attributes)) return status;
   }
-  Lease lease(*database_, Access::writes);
-  if (const OSStatus status = lease.prepare()) return status;
-  // Sealed before the transaction begins, which keeps other processes waiting, but within the
-  // lease, for which a fork waits.
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    const std::string identity = rows[i]->columns.identity(items[i].itemClass);
-    if (const OSStatus status = sealValue(items[i], identity, rows[i]->sealed)) return status;
-  }
-  WriteTransaction transaction(lease.connection());
-  OSStatus status = transaction.status();
-  for (std::size_t i = 0; !status && i < items.size(); ++i) {
-    status = addOne(lease.connection(), items[i], rows[i]->columns, rows[i]->sealed);
-  }
-  return status ? status : transaction.commit();
+  const auto seal = [&](const Lease& lease) {
+    OSStatus status = errSecSuccess;
+    for (std::size_t i = 0; !status && i < items.size(); ++i) {
+      const std::string identity = rows[i]->columns.identity(items[i].itemClass);
+      status = sealValue(cipherOf(lease), items[i], identity, rows[i]->sealed);
+    }
+    return status;
+  };
+  return write(seal, [&](Lease& lease) {
+    OSStatus status = errSecSuccess;
+    for (std::size_t i = 0; !status && i < items.size(); ++i) {
+      status = addOne(lease.connection(), items[i], rows[i]->columns, rows[i]->sealed);
+    }
+    return status;
+  });
 }
 
 OSStatus SQLiteKeychainStore::addOne(SQLiteConnection& connection, const KeychainItem& item,
@@ -322,6 +350,7 @@ OSStatus SQLiteKeychainStore::findAll(const KeychainQuery& query, Values values,
   Lease lease(*database_, Access::reads);
   OSStatus status = lease.prepare();
   if (status) return status;
+  KeychainCipher& cipher = cipherOf(lease);
   status = select(lease.connection(), query.itemClass, condition, values, maxCount,
                   [&](sqlite3_stmt* statement, const KeychainColumns& row) {
                     KeychainItem& item = found.emplace_back();
@@ -330,7 +359,7 @@ OSStatus SQLiteKeychainStore::findAll(const KeychainQuery& query, Values values,
                       copyAttributes(query.attributes, known, item.attributes);
                       row.copyTo(item.attributes, known);
                     }
-                    return openValue(statement, query.itemClass, row, item.value);
+                    return openValue(cipher, statement, query.itemClass, row, item.value);
                   });
   if (status) return status;
   if (appended.isEmpty()) return errSecItemNotFound;
@@ -346,36 +375,39 @@ OSStatus SQLiteKeychainStore::updateAll(const KeychainQuery& query, const Keycha
   if (!status && changes.itemClass != query.itemClass) status = errSecParam;
   if (!status && changes.value && changes.value->size() > maxValueLength) status = errSecParam;
   if (status) return status;
+  return write(nothing, [&](Lease& lease) {
+    return updateMatches(lease, query.itemClass, condition, changes, changed);
+  });
+}
 
-  Lease lease(*database_, Access::writes);
-  status = lease.prepare();
-  if (status) return status;
+OSStatus SQLiteKeychainStore::updateMatches(Lease& lease, KeychainItemClass itemClass,
+                                            const KeychainColumns& condition,
+                                            const KeychainItem& changes,
+                                            const KeychainColumns& changed) {
   SQLiteConnection& connection = lease.connection();
-  WriteTransaction transaction(connection);
-  status = transaction.status();
-  if (status) return status;
+  KeychainCipher& cipher = cipherOf(lease);
   // The rows are collected first, because changing them could make the search meet them again. A
   // value is bound to its item's identity and must be sealed again if that changes.
-  const bool movesValues = (changed.present() & identityMask(query.itemClass)) && !changes.value;
+  const bool movesValues = (changed.present() & identityMask(itemClass)) && !changes.value;
   std::vector<Match> matches;
-  status = select(connection, query.itemClass, condition,
-                  movesValues ? Values::include : Values::leaveOut, SIZE_MAX,
-                  [&](sqlite3_stmt* statement, KeychainColumns& row) {
-                    Match& match = matches.emplace_back();
-                    match.identifier = sqlite3_column_int64(statement, identifierColumn);
-                    KeychainItem item;
-                    const OSStatus failure = openValue(statement, query.itemClass, row, item.value);
-                    if (failure) return failure;
-                    row.overlay(changed);
-                    const KeychainItem& source = movesValues ? item : changes;
-                    return sealValue(source, row.identity(query.itemClass), match.sealed);
-                  });
+  OSStatus status =
+      select(connection, itemClass, condition, movesValues ? Values::include : Values::leaveOut,
+             SIZE_MAX, [&](sqlite3_stmt* statement, KeychainColumns& row) {
+               Match& match = matches.emplace_back();
+               match.identifier = sqlite3_column_int64(statement, identifierColumn);
+               KeychainItem item;
+               const OSStatus failure = openValue(cipher, statement, itemClass, row, item.value);
+               if (failure) return failure;
+               row.overlay(changed);
+               const KeychainItem& source = movesValues ? item : changes;
+               return sealValue(cipher, source, row.identity(itemClass), match.sealed);
+             });
   if (!status && matches.empty()) status = errSecItemNotFound;
   if (!changed.present() && !changes.value) return status;
   for (std::size_t i = 0; !status && i < matches.size(); ++i) {
     status = updateOne(connection, changes, changed, matches[i]);
   }
-  return status ? status : transaction.commit();
+  return status;
 }
 
 OSStatus SQLiteKeychainStore::updateOne(SQLiteConnection& connection, const KeychainItem& changes,
@@ -400,28 +432,22 @@ OSStatus SQLiteKeychainStore::updateOne(SQLiteConnection& connection, const Keyc
 
 OSStatus SQLiteKeychainStore::removeAll(const KeychainQuery& query) {
   KeychainColumns condition;
-  OSStatus status = condition.take(query.attributes);
-  if (status) return status;
-  Lease lease(*database_, Access::writes);
-  status = lease.prepare();
-  if (status) return status;
-  SQLiteConnection& connection = lease.connection();
-  WriteTransaction transaction(connection);
-  status = transaction.status();
-  if (status) return status;
-  sqlite3_stmt* const statement = connection.keptStatement(
-      statementKey(Action::remove, query.itemClass, condition.present()),
-      [&] { return removal(query.itemClass, condition.present()); }, status);
-  if (!statement) return status;
-  {
+  if (const OSStatus status = condition.take(query.attributes)) return status;
+  return write(nothing, [&](Lease& lease) -> OSStatus {
+    SQLiteConnection& connection = lease.connection();
+    OSStatus status;
+    sqlite3_stmt* const statement = connection.keptStatement(
+        statementKey(Action::remove, query.itemClass, condition.present()),
+        [&] { return removal(query.itemClass, condition.present()); }, status);
+    if (!statement) return status;
     const StatementReset reset(statement);
     int parameter = 1;
     int result = condition.bind(statement, parameter, condition.present(), query.itemClass);
     if (result == SQLITE_OK) result = sqlite3_step(statement);
     status = connection.statusOf(result);
-  }
-  if (!status && sqlite3_changes(connection.handle()) == 0) status = errSecItemNotFound;
-  return status ? status : transaction.commit();
+    if (status) return status;
+    return sqlite3_changes(connection.handle()) == 0 ? errSecItemNotFound : errSecSuccess;
+  });
 }
 
 OSStatus openStore(const NSString& folder, KeychainMasterKey masterKey,

@@ -36,43 +36,15 @@ bool process(EVP_CIPHER_CTX* context, std::string_view identity, std::span<const
 
 }  // namespace
 
-/// One context, for one value.
-class KeychainCipher::Use {
- public:
-  explicit Use(KeychainCipher& cipher) : cipher_(cipher) {
-    {
-      const detail::LockGuard guard(cipher_.lock_);
-      if (!cipher_.idle_.empty()) {
-        context_ = cipher_.idle_.back();
-        cipher_.idle_.pop_back();
-        return;
-      }
-      cipher_.idle_.reserve(++cipher_.made_);  // so that the destructor needs no memory
-    }
-    context_ = EVP_CIPHER_CTX_new();
-    if (!context_ || EVP_CipherInit_ex2(context_, algorithm(), octets(cipher_.key_.bytes().data()),
-                                        nullptr, 1, nullptr) != 1) {
-      EVP_CIPHER_CTX_free(context_);
-      context_ = nullptr;
-    }
+void KeychainCipher::Freer::operator()(evp_cipher_ctx_st* context) const noexcept {
+  EVP_CIPHER_CTX_free(context);
+}
+
+KeychainCipher::KeychainCipher(const SecretBytes& key) noexcept : context_(EVP_CIPHER_CTX_new()) {
+  if (context_ && EVP_CipherInit_ex2(context_.get(), algorithm(), octets(key.bytes().data()),
+                                     nullptr, 1, nullptr) != 1) {
+    context_.reset();
   }
-  Use(const Use&) = delete;
-  Use& operator=(const Use&) = delete;
-  ~Use() {
-    if (!context_) return;
-    const detail::LockGuard guard(cipher_.lock_);
-    cipher_.idle_.push_back(context_);
-  }
-
-  EVP_CIPHER_CTX* context() const noexcept { return context_; }
-
- private:
-  KeychainCipher& cipher_;
-  EVP_CIPHER_CTX* context_ = nullptr;
-};
-
-KeychainCipher::~KeychainCipher() {
-  for (EVP_CIPHER_CTX* const context : idle_) EVP_CIPHER_CTX_free(context);
 }
 
 OSStatus KeychainCipher::seal(std::string_view identity, std::span<const std::byte> value,
@@ -82,8 +54,7 @@ OSStatus KeychainCipher::seal(std::string_view identity, std::span<const std::by
   std::byte* const encrypted = sealed.data() + nonceLength;
   std::byte* const tag = encrypted + value.size();
   fillWithRandomBytes(nonce);
-  const Use use(*this);
-  EVP_CIPHER_CTX* const context = use.context();
+  EVP_CIPHER_CTX* const context = context_.get();
   int length = 0;
   const bool isSealed =
       context &&
@@ -104,8 +75,7 @@ OSStatus KeychainCipher::open(std::string_view identity, std::span<const std::by
   std::ranges::copy(sealed.last(tagLength), tag);
   SecretBytes opened(encrypted.size());
   std::byte nothing;
-  const Use use(*this);
-  EVP_CIPHER_CTX* const context = use.context();
+  EVP_CIPHER_CTX* const context = context_.get();
   if (!context) return errSecAllocate;
   int length = 0;
   const bool isOpened =

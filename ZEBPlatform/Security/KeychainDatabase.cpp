@@ -6,14 +6,12 @@
 #include <ZEBPlatform/Security/KeychainDatabasePrivate.h>
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace zeb {
 
 namespace {
-
-/// Of one store. Further threads that read wait for one of these.
-constexpr std::size_t maxReaders = 8;
 
 /// How long an opening waits for another process that makes the same store.
 constexpr double maxSetUpWaitSeconds = 10;
@@ -66,11 +64,11 @@ void KeychainDatabase::Registry::beginPause(std::size_t ownUses) {
   ++pauses;
   while (uses > ownUses) changed.wait(lock);
   for (KeychainDatabase* const database : databases) {
-    // A checkpoint would make the pause wait for the disk.
-    if (database->idleWriter_) database->idleWriter_->keepLogWhenClosed();
-    for (const Connection& reader : database->idleReaders_) reader->keepLogWhenClosed();
-    database->idleWriter_.reset();
-    database->idleReaders_.clear();
+    for (Connection& connection : database->connections_) {
+      // A checkpoint would make the pause wait for the disk.
+      if (connection) connection->keepLogWhenClosed();
+      connection.reset();
+    }
   }
 }
 
@@ -103,8 +101,7 @@ struct KeychainDatabase::Closer {
       detail::LockGuard guard(all.lock);
       all.beginUse();
     }
-    database->idleReaders_.clear();
-    database->idleWriter_.reset();
+    for (Connection& connection : database->connections_) connection.reset();
     {
       const detail::LockGuard guard(all.lock);
       std::erase(all.databases, database);
@@ -168,9 +165,7 @@ class KeychainDatabase::Opening {
   std::shared_ptr<KeychainDatabase> existing_;
 };
 
-KeychainDatabase::KeychainDatabase(std::string path) : path_(std::move(path)) {
-  idleReaders_.reserve(maxReaders);
-}
+KeychainDatabase::KeychainDatabase(std::string path) : path_(std::move(path)) {}
 
 OSStatus KeychainDatabase::connect(const std::string& path, Connection& connection,
                                    KeychainKeyFacts& facts) {
@@ -196,7 +191,7 @@ OSStatus KeychainDatabase::connectFirst(const std::string& path,
   Connection connection;
   OSStatus status = connect(path, connection, result->facts_);
   if (!status) status = statusOfErrorNumber(identifyFile(path, result->file_));
-  if (!status && connection->isReusable()) result->idleWriter_ = std::move(connection);
+  if (!status && connection->isReusable()) result->connections_[maxReaders] = std::move(connection);
   return status;
 }
 
@@ -241,22 +236,16 @@ OSStatus KeychainDatabase::open(const std::string& folder, KeychainKeyFinder& fi
   return errSecSuccess;
 }
 
-KeychainDatabase::Lease::Lease(KeychainDatabase& database, Access access)
-    : database_(database), access_(access) {
+KeychainDatabase::Lease::Lease(KeychainDatabase& database, Access access) : database_(database) {
+  constexpr std::uint32_t readers = (1u << maxReaders) - 1;
+  const std::uint32_t usable = access == Access::reads ? readers : 1u << maxReaders;
   Registry& all = registry();
   const detail::LockGuard guard(all.lock);
-  if (access_ == Access::writes) {
-    while (all.pauses > 0 || database_.isWriting_) all.changed.wait(all.lock);
-    database_.isWriting_ = true;
-    connection_ = std::move(database_.idleWriter_);
-  } else {
-    while (all.pauses > 0 || database_.readerCount_ == maxReaders) all.changed.wait(all.lock);
-    ++database_.readerCount_;
-    if (!database_.idleReaders_.empty()) {
-      connection_ = std::move(database_.idleReaders_.back());
-      database_.idleReaders_.pop_back();
-    }
-  }
+  while (all.pauses > 0 || (usable & ~database_.leased_) == 0) all.changed.wait(all.lock);
+  // The first free place, so that no more connections are opened than are used at a time.
+  place_ = static_cast<std::size_t>(std::countr_zero(usable & ~database_.leased_));
+  database_.leased_ |= 1u << place_;
+  connection_ = std::move(database_.connections_[place_]);
   all.beginUse();
 }
 
@@ -275,13 +264,8 @@ KeychainDatabase::Lease::~Lease() {
   if (connection_) connection_->trimStatements();
   Registry& all = registry();
   const detail::LockGuard guard(all.lock);
-  if (access_ == Access::writes) {
-    database_.isWriting_ = false;
-    database_.idleWriter_ = std::move(connection_);
-  } else {
-    --database_.readerCount_;
-    if (connection_) database_.idleReaders_.push_back(std::move(connection_));
-  }
+  database_.leased_ &= ~(1u << place_);
+  database_.connections_[place_] = std::move(connection_);
   all.endUse();
 }
 

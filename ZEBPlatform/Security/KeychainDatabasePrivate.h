@@ -5,11 +5,11 @@
 #include <ZEBPlatform/Security/KeychainKeyPrivate.h>
 #include <ZEBPlatform/Security/SQLiteConnectionPrivate.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace zeb {
 
@@ -25,6 +25,11 @@ class KeychainDatabase : public std::enable_shared_from_this<KeychainDatabase> {
  public:
   enum class Access : std::uint8_t { reads, writes };
   class Lease;
+
+  /// Further threads that read wait for one of these.
+  static constexpr std::size_t maxReaders = 8;
+  /// The one that writes has the last place.
+  static constexpr std::size_t maxConnections = maxReaders + 1;
 
   /// Opens the store in the folder, which exists and has a canonical path, or makes a new one, and
   /// finds its key.
@@ -57,11 +62,10 @@ class KeychainDatabase : public std::enable_shared_from_this<KeychainDatabase> {
   KeychainKeyFacts facts_;
 
   // The following belong to the registry's lock.
-  bool isReplaced_ = false;  ///< the file is gone, and the folder may hold another one
-  bool isWriting_ = false;
-  std::size_t readerCount_ = 0;  ///< of readers that are used
-  Connection idleWriter_;
-  std::vector<Connection> idleReaders_;
+  bool isReplaced_ = false;   ///< the file is gone, and the folder may hold another one
+  std::uint32_t leased_ = 0;  ///< one bit for each place
+  /// In their places while they are not leased.
+  std::array<Connection, maxConnections> connections_;
 };
 
 /// A connection for one call.
@@ -76,10 +80,12 @@ class KeychainDatabase::Lease {
   /// Opens the connection if it is not open, and checks it.
   OSStatus prepare();
   SQLiteConnection& connection() noexcept { return *connection_; }
+  /// The connection's place, below `maxConnections`. No other lease of the database has it.
+  std::size_t place() const noexcept { return place_; }
 
  private:
   KeychainDatabase& database_;
-  const Access access_;
+  std::size_t place_;
   Connection connection_;
 };
 

@@ -98,7 +98,7 @@ OSStatus KeychainKeyFinder::makeNew(SecretBytes& key, KeychainKeyFacts& facts) {
     if (status == errSecItemNotFound) status = makeKeyFile(key);
   }
   if (status) return status;
-  return KeychainCipher(key.copy()).seal(KeychainKeyFacts::checkIdentity, {}, facts.check);
+  return KeychainCipher(key).seal(KeychainKeyFacts::checkIdentity, {}, facts.check);
 }
 
 OSStatus KeychainKeyFinder::find(const KeychainKeyFacts& facts, SecretBytes& key) {
@@ -116,7 +116,7 @@ OSStatus KeychainKeyFinder::find(const KeychainKeyFacts& facts, SecretBytes& key
   }
   if (status) return status;
   SecretBytes nothing;
-  status = KeychainCipher(key.copy()).open(KeychainKeyFacts::checkIdentity, facts.check, nothing);
+  status = KeychainCipher(key).open(KeychainKeyFacts::checkIdentity, facts.check, nothing);
   return status == errSecDecode ? errSecAuthFailed : status;
 }
 
