@@ -124,12 +124,10 @@ int FileWriter::replaceTarget() {
     // then removes the first one.
     return errno;
   }
-  return syncFolder();
+  return syncFolder(folderOf(path_) + ".");
 }
 
-/// Brings the change of the name to the disk, if the folder and the file system permit it.
-int FileWriter::syncFolder() const {
-  const std::string folder = folderOf(path_) + ".";
+int syncFolder(const std::string& folder) {
   const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor < 0) return errno == EACCES ? 0 : errno;
   const bool hasFailed = fsync(descriptor) < 0 && errno != EINVAL;

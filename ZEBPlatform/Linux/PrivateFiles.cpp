@@ -38,18 +38,11 @@ std::string homeFolder() {
   return found && found->pw_dir && found->pw_dir[0] == '/' ? found->pw_dir : "";
 }
 
-/// Brings the change of the folder's entries to the disk, if the file system permits it.
-void syncFolder(const std::filesystem::path& folder) noexcept {
-  const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  fsync(descriptor);
-  close(descriptor);
-}
-
 /// Makes one folder whose parent exists.
-int makeFolder(const std::filesystem::path& path) noexcept {
+int makeFolder(const std::filesystem::path& path) {
   if (mkdir(path.c_str(), folderMode) == 0) {
-    syncFolder(path.parent_path());
+    // The folder can be used even if the disk does not know it yet.
+    (void)syncFolder(path.parent_path());
     return 0;
   }
   return errno == EEXIST ? 0 : errno;

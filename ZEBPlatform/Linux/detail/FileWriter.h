@@ -7,6 +7,10 @@
 
 namespace zeb {
 
+/// Brings changes of the folder's entries to the disk, as far as the folder's permissions and the
+/// file system allow it. Returns 0 or the error number. Any thread.
+int syncFolder(const std::string& folder);
+
 /// Writes a file from its beginning to its end. The functions return 0 or the error number; after
 /// an error the writer is only destroyed. One thread at a time.
 class FileWriter {
@@ -45,7 +49,6 @@ class FileWriter {
   int keepModeAndOwner();
   int cut();
   int replaceTarget();
-  int syncFolder() const;
 
   std::string path_;
   std::string temporaryPath_;  ///< empty if there is no temporary file

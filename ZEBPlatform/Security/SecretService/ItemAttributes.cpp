@@ -87,7 +87,8 @@ std::optional<std::string> bytesOfHexText(std::string_view text) {
 }
 
 /// The one text for a value, so that equal texts are equal values of one kind; none for a number or
-/// date that is none, for a kind that attributes do not have, and for a value that is too long.
+/// date whose value is not-a-number (NaN), for a kind that attributes do not have, and for a value
+/// that is too long.
 std::optional<std::string> coded(const Value& value) {
   if (value.isString()) {
     const NSString text(value);
