@@ -156,7 +156,7 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
       waiting.insert(i);
     }
   }
-  std::sort(others, othersEnd);
+  if (othersEnd - others > 1) std::sort(others, othersEnd);
 
   const auto basicCount = static_cast<std::uint32_t>(next - octets);
   std::uint32_t handled = basicCount;
@@ -177,6 +177,7 @@ XcodeResult punycode_encode(std::int32_t count, const XcodeCodePoint* codePoints
     if (delta > maxInteger) return XcodeOverflow;
     next = writeInteger(static_cast<std::uint32_t>(delta), bias, next, end);
     if (next == nullptr) return XcodeBadArgument;
+    if (other + 1 == othersEnd) break;  // many labels have one such code point and need no bias
     bias = adapted(static_cast<std::uint32_t>(delta), handled + 1, handled == basicCount);
     n = codePoint;
     i = index + 1;
