@@ -1,6 +1,7 @@
 #include <ZEBPlatform/Foundation/NSArray.h>
 #include <ZEBPlatform/Foundation/NSData.h>
 #include <ZEBPlatform/Foundation/NSNumber.h>
+#include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 #include <ZEBPlatform/Security/KeychainRequestPrivate.h>
 #include <ZEBPlatform/Security/SecItem.h>
 #include <ZEBPlatform/Security/SecKeyPrivate.h>
@@ -231,26 +232,28 @@ bool readLimit(KnownKeys& keys, KeychainDictionary purpose, KeychainRequest& req
   return isCount(*value);
 }
 
-NSMutableDictionary dictionaryOf(const KeychainItem& item) {
-  NSMutableDictionary result;
+/// Takes the item's attributes.
+NSMutableDictionary dictionaryOf(KeychainItem& item) {
+  NSMutableDictionary result =
+      NSMutableDictionary::dictionaryWithCapacity(keychainAttributeCount + 2);
   const bool isKey = item.itemClass == KeychainItemClass::key;
   result.setObject(isKey ? kSecClassKey : kSecClassGenericPassword, kSecClass);
   for (std::size_t i = 0; i < keychainAttributeCount; ++i) {
     const auto attribute = static_cast<KeychainAttribute>(i);
-    const Value& value = item.attributes[attribute];
-    if (!value.isNil()) result.setObject(value, keyTable()[attribute].string());
+    Value& value = item.attributes[attribute];
+    if (!value.isNil()) result.setObject(std::move(value), keyTable()[attribute].string());
   }
   return result;
 }
 
-/// Takes the item's value. `errSecItemNotFound` if it has none and only that is asked for.
+/// Takes the item's content. `errSecItemNotFound` if it has no value and only that is asked for.
 OSStatus makeResultOfOne(const KeychainRequest& request, KeychainItem& item, Value& result) {
   if (request.returnsAttributes) {
     NSMutableDictionary attributes = dictionaryOf(item);
     if (request.returnsData && item.value) {
       attributes.setObject(SecretBytes::dataByAdopting(std::move(*item.value)), kSecValueData);
     }
-    result = attributes.copy();
+    result = frozen(std::move(attributes));
     return errSecSuccess;
   }
   if (!item.value) return errSecItemNotFound;
