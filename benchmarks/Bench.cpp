@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "Growth.h"
+#include "GrowthPicture.h"
 #include "Picture.h"
 
 namespace zeb::bench {
@@ -20,12 +22,6 @@ constexpr int turns = 15;
 std::map<std::string, std::function<void(Report&)>>& cases() {
   static std::map<std::string, std::function<void(Report&)>> all;
   return all;
-}
-
-double secondsOf(const std::function<void()>& work, std::size_t calls) {
-  const auto start = std::chrono::steady_clock::now();
-  for (std::size_t call = 0; call < calls; ++call) work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 /// The number of calls that fills a turn. Finding it is the warm-up.
@@ -83,6 +79,12 @@ Case::Case(std::string name, std::function<void(Report&)> run) {
   cases().emplace(std::move(name), std::move(run));
 }
 
+double secondsOf(const std::function<void()>& work, std::size_t calls) {
+  const auto start = std::chrono::steady_clock::now();
+  for (std::size_t call = 0; call < calls; ++call) work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
 Seconds measureInTurns(const std::function<void()>& ours, const std::function<void()>& peer) {
   const std::size_t ourCalls = callsOfTurn(ours);
   const std::size_t peerCalls = callsOfTurn(peer);
@@ -108,6 +110,11 @@ double median(std::vector<double> values) {
   return *middle;
 }
 
+bool isWanted(const std::string& name, const std::vector<std::string>& names) {
+  const auto begins = [&](const std::string& start) { return name.starts_with(start); };
+  return names.empty() || std::ranges::any_of(names, begins);
+}
+
 void require(bool condition, const std::string& complaint) {
   if (!condition) throw std::runtime_error(complaint);
 }
@@ -116,66 +123,101 @@ void require(bool condition, const std::string& complaint) {
 
 namespace {
 
+using namespace zeb::bench;
+
 constexpr const char* usage =
     "usage: zeb_bench [--verbose] [--svg FILE] [NAME…]\n"
+    "       zeb_bench --growth [--svg FILE] [NAME…]\n"
     "Measures this library against others (peers) in all cases, or in those whose names begin\n"
     "with a NAME.\n"
     "  --verbose   also prints the result of every input, to standard error\n"
+    "  --growth    measures how the time of an element changes from 1 to 1,000,000 elements, and\n"
+    "              fails if a cost grows faster than n log n\n"
     "  --svg FILE  also draws the results as a picture\n"
     "The environment variable ZEB_BENCH_DATA names the folder of the JSON documents; the default "
     "is\n"
-    "../shared/data.\n"
-    "Cases:";
+    "../shared/data.\n";
 
 int explain(std::FILE* stream, int status) {
   std::fputs(usage, stream);
-  for (const auto& [name, run] : zeb::bench::cases()) std::fprintf(stream, " %s", name.c_str());
+  std::fputs("Cases:", stream);
+  for (const auto& [name, run] : cases()) std::fprintf(stream, " %s", name.c_str());
+  std::fputs("\nLines of --growth:", stream);
+  for (const std::string& name : growthNames()) std::fprintf(stream, " %s", name.c_str());
   std::fputc('\n', stream);
   return status;
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
+struct Options {
   bool verbose = false;
+  bool growth = false;
   std::string picture;
   std::vector<std::string> names;
-  for (int index = 1; index < count; ++index) {
-    const std::string_view argument = arguments[index];
-    if (argument == "--help") return explain(stdout, 0);
-    if (argument == "--verbose") {
-      verbose = true;
-    } else if (argument == "--svg" && index + 1 < count) {
-      picture = arguments[++index];
-    } else if (argument.starts_with("-")) {
-      return explain(stderr, 2);
-    } else {
-      names.emplace_back(argument);
-    }
-  }
-  const auto& cases = zeb::bench::cases();
-  for (const std::string& name : names) {
-    const auto found = cases.lower_bound(name);
-    if (found == cases.end() || !found->first.starts_with(name)) return explain(stderr, 2);
-  }
+};
 
+/// Whether every given name is the beginning of a name that exists.
+bool areNamesKnown(const Options& options) {
+  std::vector<std::string> known = growthNames();
+  if (!options.growth) {
+    known.clear();
+    for (const auto& [name, run] : cases()) known.push_back(name);
+  }
+  return std::ranges::all_of(options.names, [&](const std::string& start) {
+    return std::ranges::any_of(known,
+                               [&](const std::string& name) { return name.starts_with(start); });
+  });
+}
+
+/// Returns whether no case has failed.
+bool compareWithPeers(const Options& options, Report& report) {
+  bool succeeded = true;
   std::puts("case\tmetric\tours\tpeer\tour value\tpeer value\tratio");
-  zeb::bench::Report report(verbose);
-  bool failed = false;
-  for (const auto& [caseName, run] : cases) {
-    const auto isWanted = [&](const std::string& name) { return caseName.starts_with(name); };
-    if (!names.empty() && std::none_of(names.begin(), names.end(), isWanted)) continue;
+  for (const auto& [caseName, run] : cases()) {
+    if (!isWanted(caseName, options.names)) continue;
     report.startCase(caseName);
     try {
       run(report);
     } catch (const std::exception& error) {
       std::fprintf(stderr, "zeb_bench: %s failed: %s\n", caseName.c_str(), error.what());
-      failed = true;
+      succeeded = false;
     }
   }
-  if (!picture.empty() && !zeb::bench::drawPicture(report.comparisons(), picture)) {
-    std::fprintf(stderr, "zeb_bench: the picture %s can't be written\n", picture.c_str());
-    failed = true;
+  return succeeded;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  Options options;
+  for (int index = 1; index < count; ++index) {
+    const std::string_view argument = arguments[index];
+    if (argument == "--help") return explain(stdout, 0);
+    if (argument == "--verbose") {
+      options.verbose = true;
+    } else if (argument == "--growth") {
+      options.growth = true;
+    } else if (argument == "--svg" && index + 1 < count) {
+      options.picture = arguments[++index];
+    } else if (argument.starts_with("-")) {
+      return explain(stderr, 2);
+    } else {
+      options.names.emplace_back(argument);
+    }
   }
-  return failed ? 1 : 0;
+  if (!areNamesKnown(options)) return explain(stderr, 2);
+
+  bool succeeded, isDrawn = true;
+  if (options.growth) {
+    const std::vector<GrowthCurve> curves = measureGrowth(options.names);
+    succeeded = std::ranges::none_of(curves, &GrowthCurve::isFault);
+    if (!options.picture.empty()) isDrawn = drawGrowth(curves, options.picture);
+  } else {
+    Report report(options.verbose);
+    succeeded = compareWithPeers(options, report);
+    if (!options.picture.empty()) isDrawn = drawPicture(report.comparisons(), options.picture);
+  }
+  if (!isDrawn) {
+    std::fprintf(stderr, "zeb_bench: the picture %s can't be written\n", options.picture.c_str());
+  }
+  return succeeded && isDrawn ? 0 : 1;
 }

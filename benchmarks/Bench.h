@@ -63,6 +63,9 @@ struct Case {
   Case(std::string name, std::function<void(Report&)> run);
 };
 
+/// Seconds of all these calls together.
+double secondsOf(const std::function<void()>& work, std::size_t calls = 1);
+
 struct Seconds {
   double ours;
   double peer;
@@ -76,6 +79,9 @@ Seconds measureInTurns(const std::function<void()>& ours, const std::function<vo
 Comparison nanosecondsEach(std::string ours, std::string peer, Seconds seconds, std::size_t count);
 
 double median(std::vector<double> values);
+
+/// Whether no names are given, or the name begins with one of them.
+bool isWanted(const std::string& name, const std::vector<std::string>& names);
 
 /// Throws std::runtime_error unless the condition holds.
 void require(bool condition, const std::string& complaint);
