@@ -82,15 +82,18 @@ struct NotificationObservers {
   Watchers observers;
 };
 
+/// Additions and removals are carried out on a queue, so each function waits by firing.
 struct CallbackObservers {
   explicit CallbackObservers(std::size_t count) : observers(makeWatchers(count)) {}
   void addAll() {
     for (const auto& observer : observers) {
       dispatcher->addObserver(observer, [](const Value& userInfo) { consume(userInfo); });
     }
+    notifyAll();
   }
   void removeAll() {
     for (const auto& observer : observers) dispatcher->removeObserver(observer);
+    notifyAll();
   }
   void notifyAll() { dispatcher->fire(); }
 
