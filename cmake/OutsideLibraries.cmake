@@ -43,7 +43,6 @@ endfunction()
 zeb_outside_library(fmt      PKGCONFIG fmt              PACKAGE fmt      TARGETS fmt::fmt)
 zeb_outside_library(spdlog   PKGCONFIG spdlog           PACKAGE spdlog   TARGETS spdlog::spdlog)
 zeb_outside_library(simdjson PKGCONFIG simdjson         PACKAGE simdjson TARGETS simdjson::simdjson)
-zeb_outside_library(hwy      PKGCONFIG libhwy)
 zeb_outside_library(icu      PKGCONFIG icu-uc icu-i18n  PACKAGE ICU COMPONENTS uc i18n
                                                                          TARGETS ICU::uc ICU::i18n)
 zeb_outside_library(crypto   PKGCONFIG libcrypto        PACKAGE OpenSSL  TARGETS OpenSSL::Crypto)

@@ -6,6 +6,13 @@
 // and there are hardly any processors with SSSE3 but without SSE4.
 #define HWY_WANT_AVX3_DL
 #define HWY_DISABLED_TARGETS (HWY_AVX3 | HWY_SSSE3)
+// Only Highway's headers are used. Its library measures the processor's clock while a program
+// starts, which takes milliseconds. So the choice below is our own, for x86 processors, and
+// Highway's assertions, which would need the library, are left out.
+#define HWY_IS_DEBUG_BUILD 0
+#if !defined(__x86_64__)
+#define HWY_COMPILE_ONLY_STATIC
+#endif
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -598,13 +605,53 @@ HWY_AFTER_NAMESPACE();
 
 namespace zeb::detail {
 
-HWY_EXPORT(converter);
-
 namespace {
 
+#if HWY_TARGETS & (HWY_AVX2 | HWY_AVX3_DL)
+bool supportsAVX2() noexcept {
+  return __builtin_cpu_supports("x86-64-v3") && __builtin_cpu_supports("aes") &&
+         __builtin_cpu_supports("pclmul");
+}
+#endif
+#if HWY_TARGETS & HWY_AVX3_DL
+bool supportsAVX3DL() noexcept {
+  return supportsAVX2() && __builtin_cpu_supports("x86-64-v4") &&
+         __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2") &&
+         __builtin_cpu_supports("avx512vnni") && __builtin_cpu_supports("avx512bitalg") &&
+         __builtin_cpu_supports("avx512vpopcntdq") && __builtin_cpu_supports("vpclmulqdq") &&
+         __builtin_cpu_supports("vaes");
+}
+#endif
+#if HWY_TARGETS & HWY_SSE4
+bool supportsSSE4() noexcept {
+  return __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("aes") &&
+         __builtin_cpu_supports("pclmul");
+}
+#endif
+
+/// Calls `visit` with the implementation of each target that this processor supports, the best one
+/// first, until it returns true. The last one is that for all processors.
+template <class Visit>
+void visitSupported(const Visit& visit) {
+#if HWY_TARGETS & HWY_AVX3_DL
+  if (supportsAVX3DL() && visit(N_AVX3_DL::converter())) return;
+#endif
+#if HWY_TARGETS & HWY_AVX2
+  if (supportsAVX2() && visit(N_AVX2::converter())) return;
+#endif
+#if HWY_TARGETS & HWY_SSE4
+  if (supportsSSE4() && visit(N_SSE4::converter())) return;
+#endif
+  visit(HWY_NAMESPACE::converter());
+}
+
 const UnicodeConverter& chosenConverter() noexcept {
-  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-  return HWY_DYNAMIC_DISPATCH(converter)();
+  const UnicodeConverter* chosen = nullptr;
+  visitSupported([&](const UnicodeConverter& best) {
+    chosen = &best;
+    return true;
+  });
+  return *chosen;
 }
 
 }  // namespace
@@ -616,13 +663,10 @@ const UnicodeConverter& unicodeConverter() noexcept {
 
 std::vector<const UnicodeConverter*> supportedUnicodeConverters() {
   std::vector<const UnicodeConverter*> converters{&plainUnicodeConverter};
-  const std::int64_t all = hwy::SupportedTargets();
-  for (std::int64_t targets = all & HWY_TARGETS; targets != 0; targets &= targets - 1) {
-    hwy::GetChosenTarget().Update(targets & -targets);
-    const UnicodeConverter& found = HWY_DYNAMIC_DISPATCH(converter)();
+  visitSupported([&](const UnicodeConverter& found) {
     if (&found != &plainUnicodeConverter) converters.push_back(&found);
-  }
-  hwy::GetChosenTarget().Update(all);
+    return false;
+  });
   return converters;
 }
 
