@@ -1,7 +1,7 @@
-#include <ZEBPlatform/Json/FmtPrivate.h>
+#include <ZEBPlatform/Json/ShortestDecimalPrivate.h>
 #include <ZEBPlatform/Json/detail/JsonNumberText.h>
 
-#include <array>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -56,33 +56,25 @@ char* writeDigits(char* target, std::uint64_t number) noexcept {
   return writeEightDigits(target, part(number % hundredMillion));
 }
 
-constexpr std::array<std::uint64_t, 20> powersOfTen = [] {
-  std::array<std::uint64_t, 20> powers{1};
-  for (std::size_t index = 1; index < powers.size(); ++index)
-    powers[index] = powers[index - 1] * 10;
-  return powers;
-}();
-
-/// How many decimal digits a number has; 1 for 0.
-int digitCount(std::uint64_t number) noexcept {
-  const auto bits = static_cast<unsigned>(64 - __builtin_clzll(number | 1));
-  const unsigned guess = bits * 1233 >> 12;  // of the decimal logarithm; at most one too high
-  return static_cast<int>(guess + 1 - (number < powersOfTen[guess]));
-}
-
-/// The digits of a significand, filled up with zeros to seventeen, which is the most that a double
-/// has. No branch depends on the number of digits, because it would be mispredicted.
+/// The digits of a decimal as text. No branch depends on how many they are, because it would be
+/// mispredicted.
 class SeventeenDigits {
  public:
-  SeventeenDigits(std::uint64_t significand, int count) noexcept {
-    const std::uint64_t full = significand * powersOfTen[static_cast<std::size_t>(17 - count)];
-    const std::uint64_t front = full / hundredMillion;
+  explicit SeventeenDigits(std::uint64_t digits) noexcept {
+    const std::uint64_t front = digits / hundredMillion;
+    const std::uint64_t middle = eightDigits(static_cast<std::uint32_t>(front % hundredMillion));
+    const std::uint64_t last = eightDigits(static_cast<std::uint32_t>(digits % hundredMillion));
+    const auto zeros =
+        static_cast<unsigned>(last ? std::countl_zero(last) : 64 + std::countl_zero(middle));
+    count_ = static_cast<int>(17 - zeros / 8);
     first_ = static_cast<char>('0' + front / hundredMillion);
-    middle_ = eightDigits(static_cast<std::uint32_t>(front % hundredMillion)) + zeroCharacters;
-    last_ = eightDigits(static_cast<std::uint32_t>(full % hundredMillion)) + zeroCharacters;
+    middle_ = middle + zeroCharacters;
+    last_ = last + zeroCharacters;
   }
 
   char first() const noexcept { return first_; }
+  /// How many there are without the zeros at the end.
+  int count() const noexcept { return count_; }
 
   void write(char* target) const noexcept {
     *target = first_;
@@ -90,17 +82,24 @@ class SeventeenDigits {
     std::memcpy(target + 9, &last_, 8);
   }
 
-  /// With a point after `before` digits (1 to 8).
-  void writeWithPoint(char* target, int before) const noexcept {
-    const std::uint64_t afterPoint = middle_ >> (8 * (before - 1));
-    *target = first_;
-    std::memcpy(target + 1, &middle_, 8);
-    target[before] = '.';
-    std::memcpy(target + before + 1, &afterPoint, 8);
-    std::memcpy(target + 10, &last_, 8);
+  /// Plain notation, with `point` digits (-7 to 8) before the point, or that many zeros after it.
+  char* writePlainly(char* target, int point) const noexcept {
+    const bool isBelowOne = point <= 0;
+    char* const start = target + (isBelowOne ? 2 - point : 0);
+    char* const dot = isBelowOne ? target + 1 : target + point;
+    const std::uint64_t afterDot = middle_ >> (isBelowOne ? 0 : 8 * (point - 1));
+    // Each line overwrites what the lines above wrote too much.
+    std::memcpy(target, "0.000000", 8);
+    *start = first_;
+    std::memcpy(start + 1, &middle_, 8);
+    *dot = '.';
+    std::memcpy(isBelowOne ? start + 1 : dot + 1, &afterDot, 8);
+    std::memcpy(start + 10 - isBelowOne, &last_, 8);
+    return start + (count_ > point ? count_ + !isBelowOne : point);
   }
 
  private:
+  int count_;
   char first_;
   std::uint64_t middle_;
   std::uint64_t last_;
@@ -109,30 +108,11 @@ class SeventeenDigits {
 /// From here on, plain digits would be read back as an integer that may differ from the double.
 constexpr double firstInexactInteger = 9007199254740992.0;  // 2^53
 
-template <class Number>
-char* writeShortest(char* target, Number number) noexcept {
-  *target = '-';
-  target += std::signbit(number);
-  number = std::abs(number);
-  if (number == 0) {
-    *target = '0';
-    return target + 1;
-  }
-  const fmt_access::ShortestDecimal decimal = fmt_access::shortestDecimal(number);
-  const int count = digitCount(decimal.significand);
-  const SeventeenDigits digits(decimal.significand, count);
-  const int point = count + decimal.exponent;  // how many digits stand before the point
-
-  if (point > 0 && point <= 8 && point < count) {
-    digits.writeWithPoint(target, point);
-    return target + count + 1;
-  }
-  if (point > -6 && point <= 0) {
-    std::memcpy(target, "0.000000", 8);
-    digits.write(target + 2 - point);
-    return target + 2 - point + count;
-  }
-  if (point >= count && number < firstInexactInteger) {
+/// For numbers that are larger or smaller than usual.
+[[gnu::noinline]] char* writeUnusual(char* target, const SeventeenDigits& digits, int point,
+                                     bool isExactInteger) noexcept {
+  const int count = digits.count();
+  if (point >= count && isExactInteger) {
     digits.write(target);
     return target + point;
   }
@@ -148,6 +128,23 @@ char* writeShortest(char* target, Number number) noexcept {
   char* end = count > 1 ? target + 1 + count : target + 1;
   *end++ = 'e';
   return writeJsonInteger(end, point - 1);
+}
+
+template <class Number>
+[[gnu::always_inline]] inline char* writeShortest(char* target, Number number) noexcept {
+  *target = '-';
+  target += std::signbit(number);
+  number = std::abs(number);
+  if (number == 0) {
+    *target = '0';
+    return target + 1;
+  }
+  const ShortestDecimal decimal = shortestDecimal(number);
+  const SeventeenDigits digits(decimal.digits);
+  const int point = decimal.point;  // how many digits stand before the point
+  if (point > -6 && point <= 8) [[likely]]
+    return digits.writePlainly(target, point);
+  return writeUnusual(target, digits, point, number < firstInexactInteger);
 }
 
 }  // namespace

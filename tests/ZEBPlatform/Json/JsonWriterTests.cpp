@@ -1,6 +1,7 @@
 #include <ZEBPlatform/Foundation.h>
 #include <ZEBPlatform/Json/NSJSONSerialization.h>
 
+#include <charconv>
 #include <cmath>
 
 #include "Support/Support.h"
@@ -115,7 +116,16 @@ TEST(JsonWriter, StringsOfEveryLengthAndPlaceReadBackEqual) {
   EXPECT_EQ(readBack(written(pieces)), pieces);
 }
 
-TEST(JsonWriter, DoublesReadBackBitForBit) {
+/// The digits of a number's text that matter.
+std::string significantDigits(std::string text) {
+  text.erase(std::min(text.find('e'), text.size()));
+  std::erase_if(text, [](char character) { return character < '0'; });
+  text.erase(0, std::min(text.find_first_not_of('0'), text.size()));
+  text.erase(text.find_last_not_of('0') + 1);
+  return text;
+}
+
+TEST(JsonWriter, DoublesReadBackBitForBitFromFewestDigits) {
   std::mt19937_64 random(5);
   for (int turn = 0; turn < 100'000; ++turn) {
     const std::uint64_t bits = random();
@@ -129,6 +139,9 @@ TEST(JsonWriter, DoublesReadBackBitForBit) {
     const double back = readBack(text).doubleValue();
     const float narrowBack = readBack(written(narrow)).floatValue();
     ASSERT_EQ(std::memcmp(&back, &number, sizeof back), 0) << text;
+    char fewest[32] = {};
+    std::to_chars(fewest, std::end(fewest), number, std::chars_format::scientific);
+    ASSERT_EQ(significantDigits(text), significantDigits(fewest));
     ASSERT_EQ(std::memcmp(&narrowBack, &narrow, sizeof narrow), 0) << written(narrow);
   }
 }
