@@ -62,6 +62,9 @@ class NSArray : public Value {
   /// The value when it is an array, else nil.
   template <detail::ValueBeside<NSArray> Source>
   explicit NSArray(const Source& value) noexcept : Value(value.isArray() ? value : Value()) {}
+  /// The same, without counting the reference of a temporary value up and down.
+  template <std::same_as<Value> Source>
+  explicit NSArray(Source&& value) noexcept : Value(value.isArray() ? std::move(value) : Value()) {}
 
   static NSArray array() { return arrayWithObjects({}); }
   static NSArray arrayWithObjects(std::span<const Value> elements);

@@ -4,22 +4,30 @@
 #include <ZEBPlatform/Foundation/NSOrderedSet.h>
 #include <ZEBPlatform/Foundation/NSSet.h>
 #include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Foundation/detail/StringBuilding.h>
 #include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
+
+#include <cstring>
+#include <string_view>
 
 namespace zeb {
 
 namespace {
 
 /// An immutable copy of a string in memory of its own.
-NSString copiedString(const NSString& string) {
-  return string.isASCII() ? NSString(string.asciiView()) : NSString(string.utf16View());
+NSString copiedString(const Value& string) {
+  const auto& text = *string.storageAs<detail::StringStorage>();
+  if (text.isWide()) return NSString(std::u16string_view(text.units(), text.length));
+  detail::StringStorage* copy = detail::newStringStorage<char>(text.length);
+  std::memcpy(detail::contentOf<char>(copy), text.ascii(), text.length);
+  return detail::adoptString(copy);
 }
 
 /// An immutable leaf that owns its memory. Only strings and collections are ever made inside the
 /// memory of a document.
 Value detachedLeaf(const Value& leaf) {
   const bool isInDocument = leaf.isString() && (leaf.storage()->flags & detail::StorageInArena);
-  return isInDocument ? copiedString(NSString(leaf)) : leaf.copy();
+  return isInDocument ? copiedString(leaf) : leaf.copy();
 }
 
 bool isCollection(const Value& value) noexcept {
@@ -44,7 +52,7 @@ Value Value::copy() const {
   if (!isMutable()) return *this;
   switch (kind()) {
     case Kind::String:
-      return copiedString(NSString(*this));
+      return copiedString(*this);
     case Kind::Data:
       return NSData::dataWithBytes(NSData(*this).bytes());
     case Kind::Array: {

@@ -160,7 +160,10 @@ inline void retainStorage(Storage* storage) noexcept {
 inline void releaseStorage(Storage* storage) noexcept {
   if (storage->flags & StorageInArena) {
     releaseArenaOf(*storage);
-  } else if (storage->countOrOffset.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    // When the caller's reference is the only one, no other thread can add one, so that counting
+    // down, which costs much more than reading, is not needed.
+  } else if (storage->countOrOffset.load(std::memory_order_acquire) == 1 ||
+             storage->countOrOffset.fetch_sub(1, std::memory_order_acq_rel) == 1) {
     destroyStorage(storage);
   }
 }
