@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Foundation/detail/ArrayBuilder.h>
 #include <ZEBPlatform/Foundation/detail/HashTable.h>
 #include <ZEBPlatform/Foundation/detail/TreeRebuild.h>
 #include <ZEBPlatform/Linux/detail/Stack.h>
@@ -9,6 +10,8 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string_view>
+#include <utility>
 
 namespace zeb::detail {
 
@@ -29,28 +32,63 @@ NSString stringFromUTF16(const NSData& data) {
   return NSString(std::u16string_view(units));
 }
 
+/// Whether a dictionary's key is the prefixed form of an object's own key. Sometimes false for keys
+/// beyond ASCII.
+bool isStoredForm(const Value& stored, const StringKey& key) noexcept {
+  constexpr std::string_view prefix = archive::fieldPrefix;
+  const std::string_view own = key.utf8();
+  if (!stored.isString() || own.empty()) return false;
+  const auto& text = *stored.storageAs<StringStorage>();
+  return !text.isWide() && text.length == prefix.size() + own.size() &&
+         equalBytes(text.ascii(), prefix.data(), prefix.size()) &&
+         equalBytes(text.ascii() + prefix.size(), own.data(), own.size());
+}
+
+/// A copy that owns its memory.
+NSString textOf(const StringStorage& text) {
+  return text.isWide() ? NSString(std::u16string_view(text.units(), text.length))
+                       : NSString(std::string_view(text.ascii(), text.length));
+}
+
 }  // namespace
 
 /// Makes a dictionary the current one as long as the step lives. Throws when too little of the
 /// stack remains.
 class DataDecoder::Step {
  public:
-  Step(DataDecoder& decoder, const DictionaryStorage& dictionary, const StringKey& key,
-       std::size_t index)
-      : decoder_(decoder) {
+  Step(DataDecoder& decoder, const DictionaryStorage& currentDictionary, const StringKey& stepKey,
+       std::size_t stepIndex)
+      : dictionary(currentDictionary),
+        expected(currentDictionary.entries),
+        key(stepKey),
+        index(stepIndex),
+        outer(decoder.innermost_),
+        decoder_(decoder) {
     if (remainingStack() < minRemainingStack) {
       throw ZEBUnarchiverError::unexpectedContent(key.string());
     }
-    decoder_.steps_.emplace_back(&key, index);
-    decoder_.stack_.push_back(std::exchange(decoder_.currentDictionary_, &dictionary));
+    decoder.innermost_ = this;
   }
   Step(const Step&) = delete;
   Step& operator=(const Step&) = delete;
-  ~Step() {
-    decoder_.currentDictionary_ = decoder_.stack_.back();
-    decoder_.stack_.pop_back();
-    decoder_.steps_.pop_back();
+  ~Step() { decoder_.innermost_ = outer; }
+
+  /// Calls `isWanted` with the key of the entry after the one that was read last, because fields
+  /// are mostly read in the order in which they were written. Null when that is another one.
+  template <class IsWanted>
+  const Value* takeExpected(const IsWanted& isWanted) noexcept {
+    if (expected == dictionary.entries + dictionary.used || !isWanted(expected->key)) {
+      return nullptr;
+    }
+    return &(expected++)->value;
   }
+
+  /// The caller keeps the document, which these refer to.
+  const DictionaryStorage& dictionary;
+  const DictionaryEntry* expected;
+  const StringKey& key;
+  const std::size_t index;  ///< in the list under the key; NSNotFound without a list
+  Step* const outer;
 
  private:
   DataDecoder& decoder_;
@@ -65,12 +103,12 @@ Value DataDecoder::decodeRoot(const NSDictionary& document) {
 
 std::string DataDecoder::path() const {
   std::string path;
-  for (const auto& [key, index] : steps_) {
-    if (index != NSNotFound) {
-      path += "[" + std::to_string(index) + "]";
-    } else {
-      path += (path.empty() ? "" : ".") + key->string().utf8();
-    }
+  for (const Step* step = innermost_; step; step = step->outer) {
+    const bool isElement = step->index != NSNotFound;
+    std::string text =
+        isElement ? "[" + std::to_string(step->index) + "]" : step->key.string().utf8();
+    if (!isElement && step->outer) text.insert(0, ".");
+    path.insert(0, text);
   }
   return path;
 }
@@ -80,10 +118,11 @@ Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t
   if (value.isString()) return value.detachedCopy();
   if (value.isNumber() || value.isData() || value.isDate()) return value;
   if (!value.isDictionary()) throw ZEBUnarchiverError::unexpectedContent(key.string());
-  const Step step(*this, *value.storageAs<DictionaryStorage>(), key, index);
+  Step step(*this, *value.storageAs<DictionaryStorage>(), key, index);
   try {
     const Value* type = find(archive::type);
-    return type && type->isString() ? decodedTagged(NSString(*type), key) : decodedObject(key);
+    return type && type->isString() ? decodedTagged(*type->storageAs<StringStorage>(), key)
+                                    : decodedObject(key);
   } catch (ZEBUnarchiverError& error) {
     if (error.path().empty()) error.setPath(path());
     throw;
@@ -91,20 +130,27 @@ Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t
 }
 
 Value DataDecoder::decodedObject(const StringKey& key) {
-  const Value* stored = find(archive::encodableName);
-  if (!stored) throw ZEBUnarchiverError::missingEncodableName(key.string());
-  const NSString name(*stored);
-  if (name.isNil()) throw ZEBUnarchiverError::unexpectedDataType(archive::encodableName);
-  const Ref<DecodingBuilder> builder =
-      decodingBuilderRegistry_ ? decodingBuilderRegistry_->decodingBuilder(name) : nullptr;
-  if (!builder) throw ZEBUnarchiverError::missingDecodingBuilder(name.detachedCopy());
-  Value object = builder->build(*this).value();
+  const Value* name = find(archive::encodableName);
+  if (!name) throw ZEBUnarchiverError::missingEncodableName(key.string());
+  if (!name->isString()) throw ZEBUnarchiverError::unexpectedDataType(archive::encodableName);
+  Value object = built(*name->storageAs<StringStorage>()).value();
   if (object.isNil()) throw ZEBUnarchiverError::unexpectedContent(key.string());
   return object;
 }
 
-Value DataDecoder::decodedTagged(const NSString& type, const StringKey& key) {
-  const auto is = [&text = type.text()](const StringKey& name) { return name.matches(text); };
+ZEBEitherEncodable DataDecoder::built(const StringStorage& encodableName) {
+  KnownBuilder& known = knownBuilders_[hashOfString(encodableName) % knownBuilders_.size()];
+  if (known.name && equalStrings(*known.name, encodableName)) return known.builder->build(*this);
+  const NSString name = textOf(encodableName);
+  Ref<DecodingBuilder> builder =
+      decodingBuilderRegistry_ ? decodingBuilderRegistry_->decodingBuilder(name) : nullptr;
+  if (!builder) throw ZEBUnarchiverError::missingDecodingBuilder(name);
+  if (!known.name) known = {&encodableName, builder};
+  return builder->build(*this);
+}
+
+Value DataDecoder::decodedTagged(const StringStorage& type, const StringKey& key) {
+  const auto is = [&type](const StringKey& name) { return name.matches(type); };
   if (is(archive::typeDouble)) {
     return std::bit_cast<double>(unsignedComponent(archive::bits, UINT64_MAX));
   }
@@ -138,12 +184,12 @@ Value DataDecoder::decodedTagged(const NSString& type, const StringKey& key) {
   }
   if (is(archive::typeCLLocation)) return decodedLocation();
   // Deliberately the type's name in place of the key, so that diagnostics show it.
-  throw ZEBUnarchiverError::unexpectedContent(type.detachedCopy());
+  throw ZEBUnarchiverError::unexpectedContent(textOf(type));
 }
 
 Value DataDecoder::decodedDictionary(const StringKey& key) {
-  const NSArray keys = listComponent(archive::keys, key);
-  const NSArray values = listComponent(archive::values, key);
+  const NSArray keys(listComponent(archive::keys, key));
+  const NSArray values(listComponent(archive::values, key));
   if (keys.count() != values.count()) throw ZEBUnarchiverError::unexpectedContent(key.string());
   NSMutableDictionary dictionary = NSMutableDictionary::dictionaryWithCapacity(keys.count());
   for (std::size_t index = 0; index < keys.count(); ++index) {
@@ -205,25 +251,34 @@ NSData DataDecoder::bytesComponent() {
   return bytes;
 }
 
-NSArray DataDecoder::listComponent(const StringKey& name, const StringKey& key) {
+Value DataDecoder::listComponent(const StringKey& name, const StringKey& key) {
   const Value* value = find(name);
   if (!value) throw ZEBUnarchiverError::missingRequiredData(name.string());
-  const NSArray list(*value);
-  if (list.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name.string());
-  NSMutableArray elements = NSMutableArray::arrayWithCapacity(list.count());
-  for (std::size_t index = 0; index < list.count(); ++index) {
-    elements.addObject(decoded(list.begin()[index], key, index));
+  if (!value->isArray()) throw ZEBUnarchiverError::unexpectedDataType(name.string());
+  const auto& list = *value->storageAs<ArrayStorage>();
+  ArrayBuilder elements(list.count);
+  for (std::size_t index = 0; index < list.count; ++index) {
+    elements.append(decoded(list.values()[index], key, index));
   }
-  return NSArray(frozen(std::move(elements)));
+  return elements.finish();
 }
 
 const Value* DataDecoder::find(const StringKey& storedKey) const noexcept {
-  const DictionaryEntry* entry = findEntry(*currentDictionary_, storedKey);
-  return entry ? &entry->value : nullptr;
+  const std::uint64_t wantedHead = Value::headOfKey(ValueKind::String, storedKey.hash());
+  const Value* expected = innermost_->takeExpected([&](const Value& key) {
+    return key.head() == wantedHead && storedKey.matches(*key.storageAs<StringStorage>());
+  });
+  if (expected) return expected;
+  const DictionaryEntry* entry = findEntry(innermost_->dictionary, storedKey);
+  if (!entry) return nullptr;
+  innermost_->expected = entry + 1;
+  return &entry->value;
 }
 
 const Value* DataDecoder::stored(const StringKey& key) const {
-  return find(fieldKeys_.stored(key));
+  const Value* expected =
+      innermost_->takeExpected([&](const Value& stored) { return isStoredForm(stored, key); });
+  return expected ? expected : find(fieldKeys_.stored(key));
 }
 
 bool DataDecoder::containsValueForKey(const StringKey& key) const { return stored(key) != nullptr; }

@@ -8,10 +8,9 @@
 #include <ZEBUtilities/Coding/ZEBDecoder.h>
 #include <ZEBUtilities/Coding/ZEBUnarchiverError.h>
 
+#include <array>
 #include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace zeb::detail {
 
@@ -55,6 +54,11 @@ class DataDecoder final : public ZEBDecoder {
 
  private:
   class Step;
+  /// The registry's answer for an encodable name.
+  struct KnownBuilder {
+    const StringStorage* name = nullptr;  ///< inside the document; null while the place is empty
+    Ref<DecodingBuilder> builder;
+  };
 
   /// Search the current dictionary: by the stored key, and by an object's own key.
   const Value* find(const StringKey& storedKey) const noexcept;
@@ -70,10 +74,11 @@ class DataDecoder final : public ZEBDecoder {
   Record requiredRecord(const StringKey& key);
 
   Value decoded(const Value& value, const StringKey& key, std::size_t index = NSNotFound);
-  Value decodedTagged(const NSString& type, const StringKey& key);
+  Value decodedTagged(const StringStorage& type, const StringKey& key);
   Value decodedDictionary(const StringKey& key);
   Value decodedLocation();
   Value decodedObject(const StringKey& key);
+  ZEBEitherEncodable built(const StringStorage& encodableName);
 
   // Components of a tagged value, read from the current dictionary.
   Value component(const StringKey& name);
@@ -81,17 +86,15 @@ class DataDecoder final : public ZEBDecoder {
   std::uint64_t unsignedComponent(const StringKey& name, std::uint64_t max);
   NSDate dateComponent();
   NSData bytesComponent();
-  NSArray listComponent(const StringKey& name, const StringKey& key);
+  Value listComponent(const StringKey& name, const StringKey& key);
 
   std::string path() const;
 
   mutable FieldKeys fieldKeys_;
   const Ref<DecodingBuilderRegistry> decodingBuilderRegistry_;
-  // The caller keeps the document, which these point into.
-  std::vector<const DictionaryStorage*> stack_;  ///< the dictionaries around the current one
-  const DictionaryStorage* currentDictionary_ = nullptr;
-  std::vector<std::pair<const StringKey*, std::size_t>>
-      steps_;  ///< keys and list indexes that lead to the current dictionary
+  /// By the name's hash. An entry is never replaced, because its builder may be running.
+  std::array<KnownBuilder, 32> knownBuilders_;
+  Step* innermost_ = nullptr;  ///< reads the current dictionary; null before the root
 };
 
 }  // namespace zeb::detail

@@ -84,7 +84,7 @@ struct DecodedValueAs<std::string> {
 template <>
 struct DecodedValueAs<ZEBEncodable> {
   static std::optional<ZEBEncodable> of(Value&& value) {
-    ZEBEncodable encodable = ZEBEncodable::from(value);
+    ZEBEncodable encodable = ZEBEncodable::from(std::move(value));
     if (encodable.isNil()) return std::nullopt;
     return encodable;
   }

@@ -28,11 +28,17 @@ class ZEBEitherEncodable {
   }
 
   /// The object of either kind as a value.
-  Value value() const { return isNative() ? native().value() : Value(legacy()); }
+  Value value() const& { return ZEBEitherEncodable(*this).takenValue(); }
+  Value value() && { return takenValue(); }
 
  private:
   explicit ZEBEitherEncodable(std::variant<ZEBEncodable, Ref<ZEBObjCEncodable>> encodable) noexcept
       : encodable_(std::move(encodable)) {}
+
+  Value takenValue() {
+    if (auto* native = std::get_if<ZEBEncodable>(&encodable_)) return std::move(*native).value();
+    return Value(std::get<Ref<ZEBObjCEncodable>>(std::move(encodable_)));
+  }
 
   std::variant<ZEBEncodable, Ref<ZEBObjCEncodable>> encodable_;
 };

@@ -1,6 +1,8 @@
 #include <ZEBPlatform/Linux/detail/Console.h>
 #include <ZEBUtilities/Coding/ZEBEncodable.h>
 
+#include <utility>
+
 namespace zeb {
 
 namespace {
@@ -51,9 +53,9 @@ void ZEBEncodable::encode(ZEBEncoder& encoder) const {
   box->encode(encoder);
 }
 
-ZEBEncodable ZEBEncodable::from(const Value& value) noexcept {
+ZEBEncodable ZEBEncodable::from(Value value) noexcept {
   ZEBEncodable encodable;
-  if (boxOf(value) || !detail::primitiveName(value).isNil()) encodable.value_ = value;
+  if (boxOf(value) || !detail::primitiveName(value).isNil()) encodable.value_ = std::move(value);
   return encodable;
 }
 

@@ -190,8 +190,9 @@ class ZEBEncodable {
 
   /// Conversion to an element for collections, and back (nil when the value is neither an encodable
   /// object nor a primitive).
-  const Value& value() const noexcept { return value_; }
-  static ZEBEncodable from(const Value& value) noexcept;
+  const Value& value() const& noexcept { return value_; }
+  Value value() && noexcept { return std::move(value_); }
+  static ZEBEncodable from(Value value) noexcept;
 
  private:
   Value value_;
