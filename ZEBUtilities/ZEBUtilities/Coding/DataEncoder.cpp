@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <span>
 #include <string>
 #include <typeinfo>
@@ -36,9 +37,22 @@ bool mayBeKey(const Value& key) {
 }
 
 /// The text with a byte-order mark, in the machine's byte order.
-NSData utf16Data(const NSString& string) {
-  const std::u16string units = u'\uFEFF' + string.utf16();
+NSData utf16Data(const StringStorage& string) {
+  const std::u16string units =
+      u'\uFEFF' + std::u16string(std::u16string_view(string.units(), string.length));
   return NSData::dataWithBytes(std::as_bytes(std::span(units)));
+}
+
+bool isWellFormed(const StringStorage& wide) noexcept {
+  const std::u16string_view units(wide.units(), wide.length);
+  for (std::size_t index = 0; index < units.size(); ++index) {
+    if (!isSurrogate(units[index])) continue;
+    const bool isPair =
+        units[index] < 0xDC00 && index + 1 < units.size() && (units[index + 1] & 0xFC00) == 0xDC00;
+    if (!isPair) return false;
+    ++index;
+  }
+  return true;
 }
 
 }  // namespace
@@ -99,8 +113,7 @@ class DataEncoder::FieldGuard {
 template <class WriteValue>
 void DataEncoder::writeField(const StringKey& key, const WriteValue& writeValue) {
   FieldGuard guard(*this);
-  text_.put(',');
-  Field field{key.hash(), 0, text_.size(), 0, 0};
+  Field field{key.hash(), 0, text_.size() + 1, 0, 0};
   writeKey(key);
   field.valueStart = text_.size();
   field.keyLength = static_cast<std::uint32_t>(field.valueStart - field.keyStart);
@@ -111,29 +124,55 @@ void DataEncoder::writeField(const StringKey& key, const WriteValue& writeValue)
 }
 
 void DataEncoder::writeKey(const StringKey& key) {
-  static constexpr auto opening = joinedText("\"", archive::fieldPrefix);
-  text_.put(opening);
+  KnownKey& known = knownKeys_[key.hash() % knownKeys_.size()];
+  const std::string_view own = key.utf8();
+  const bool isKnown = known.hash == key.hash() && known.own().size() == own.size() &&
+                       equalBytes(known.own().data(), own.data(), own.size());
+  if (isKnown && !own.empty()) {
+    DataBuilder& output = text_.output();
+    output.require(known.text.size());
+    std::memcpy(output.cursor(), known.text.data(), known.text.size());
+    output.setCursor(output.cursor() + known.length);
+    return;
+  }
+  const std::size_t start = text_.size();
+  writeUnknownKey(key);
+  const std::string_view text = text_.output().written().substr(start);
+  const bool isUnchanged = text.size() == own.size() + KnownKey::addedLength;
+  if (text.size() <= known.text.size() && isUnchanged) {
+    known.hash = key.hash();
+    known.length = text.size();
+    std::ranges::copy(text, known.text.begin());
+  }
+}
+
+[[gnu::noinline]] void DataEncoder::writeUnknownKey(const StringKey& key) {
+  text_.put(keyOpening);
   const std::string_view utf8 = key.utf8();
   if (!utf8.empty() && isASCII(utf8)) {
     text_.writeASCII(utf8);
   } else if (const NSString string = key.string(); !string.isNil()) {
     text_.writeContent(string.text());
   }
-  text_.put("\":");
+  text_.put(keyClosing);
 }
 
 void DataEncoder::finishField(const Field& field) {
   // Up to this number, a linear search is faster than a dictionary.
   constexpr std::size_t maxSearchedFields = 32;
-  const std::size_t firstField = innermostObject_->firstField;
+  OpenObject& object = *innermostObject_;
   const std::size_t count = fields_.size();
-  if (count - firstField > maxSearchedFields) return finishFieldOfLargeObject(field);
-  for (std::size_t index = firstField; index < count; ++index) {
-    Field& earlier = fields_[index];
-    if (earlier.keyHash == field.keyHash && keyText(earlier) == keyText(field)) {
-      return replaceValue(earlier, field);
+  if (count - object.firstField > maxSearchedFields) return finishFieldOfLargeObject(field);
+  const std::uint64_t mark = std::uint64_t{1} << (field.keyHash % 64);
+  if (object.keyMarks & mark) {
+    for (std::size_t index = object.firstField; index < count; ++index) {
+      Field& earlier = fields_[index];
+      if (earlier.keyHash == field.keyHash && keyText(earlier) == keyText(field)) {
+        return replaceValue(earlier, field);
+      }
     }
   }
+  object.keyMarks |= mark;
   fields_.push_back(field);
 }
 
@@ -181,14 +220,18 @@ void DataEncoder::removeReplacedValues() {
 void DataEncoder::encodeObject(const Value& object, const StringKey& forKey) {
   if (!object.isNil()) writeField(forKey, [&] { write(object); });
 }
+bool DataEncoder::encodeParts(FunctionView<void(ValueSink&)> write, const StringKey& forKey) {
+  writeField(forKey, [&] { write(*this); });
+  return true;
+}
 void DataEncoder::encodeString(const NSString& string, const StringKey& forKey) {
-  if (!string.isNil()) writeField(forKey, [&] { writeString(string); });
+  if (!string.isNil()) writeField(forKey, [&] { writeString(string.text()); });
 }
 void DataEncoder::encodeNumber(const NSNumber& number, const StringKey& forKey) {
   if (!number.isNil()) writeField(forKey, [&] { writeNumber(number); });
 }
 void DataEncoder::encodeBool(bool boolean, const StringKey& forKey) {
-  writeField(forKey, [&] { text_.put(boolean ? "true" : "false"); });
+  writeField(forKey, [&] { boolean ? text_.put("true") : text_.put("false"); });
 }
 void DataEncoder::encodeInt(std::int64_t integer, const StringKey& forKey) {
   encodeInt64(integer, forKey);
@@ -222,7 +265,7 @@ void DataEncoder::write(const Value& value) {
   if (value.isNumber()) return writeNumber(NSNumber(value));
   switch (value.kind()) {
     case ValueKind::String:
-      return writeString(NSString(value));
+      return writeString(*value.storageAs<StringStorage>());
     case ValueKind::Data:
       return writeBytes(archive::typeData, NSData(value));
     case ValueKind::Date: {
@@ -231,8 +274,15 @@ void DataEncoder::write(const Value& value) {
       component(archive::interval, NSDate(value).timeIntervalSince1970());
       return text_.put('}');
     }
-    case ValueKind::Array:
-      return writeArray(NSArray(value));
+    case ValueKind::Array: {
+      const auto& list = *value.storageAs<ArrayStorage>();
+      return writeList([&] {
+        for (std::size_t index = 0; index < list.count; ++index) {
+          write(list.values()[index]);
+          endElement();
+        }
+      });
+    }
     case ValueKind::Dictionary:
       return writeDictionary(NSDictionary(value));
     case ValueKind::Object:
@@ -257,9 +307,16 @@ void DataEncoder::write(const Value& value) {
   if (!writeIfObject(object)) stopForUnsupported(value);
 }
 
+void DataEncoder::value(const Value& value) {
+  if (value.isNil()) raiseInvalidArgument("an array can't hold nil");
+  write(value);
+}
+
+void DataEncoder::array(FunctionView<void()> writeElements) { writeList(writeElements); }
+
 bool DataEncoder::writeIfObject(const NSObject& object) {
-  if (const auto* native = dynamic_cast<const EncodableBox*>(&object)) {
-    writeFields(native->encodableName(), [&] { native->encode(*this); });
+  if (isBox(object)) {
+    this->object(static_cast<const EncodableBox&>(object));
   } else if (const auto* legacy = dynamic_cast<const ZEBObjCEncodable*>(&object)) {
     writeFields(legacy->encodableName(), [&] { legacy->encodeWithEncoder(*this); });
   } else {
@@ -268,16 +325,44 @@ bool DataEncoder::writeIfObject(const NSObject& object) {
   return true;
 }
 
-/// Writes an object's dictionary.
+bool DataEncoder::isBox(const NSObject& object) {
+  const std::type_info& type = typeid(object);
+  const auto address = reinterpret_cast<std::uintptr_t>(&type);
+  const std::type_info*& known = boxTypes_[address / sizeof(void*) % boxTypes_.size()];
+  if (known == &type) return true;
+  if (!dynamic_cast<const EncodableBox*>(&object)) return false;
+  known = &type;
+  return true;
+}
+
+void DataEncoder::object(const EncodableBox& object) {
+  const std::string_view name = object.encodableNameText();
+  const auto encodeFields = [&] { object.encode(*this); };
+  if (!name.data() || !isASCII(name)) return writeFields(object.encodableName(), encodeFields);
+  writeNamed(
+      [&] {
+        text_.put('"');
+        text_.writeASCII(name);
+        text_.put('"');
+      },
+      encodeFields);
+}
+
 template <class EncodeFields>
 void DataEncoder::writeFields(const NSString& encodableName, const EncodeFields& encodeFields) {
   if (encodableName.isNil()) raiseInvalidArgument("An object's encodable name can't be nil");
+  writeNamed([&] { text_.writeString(encodableName.text()); }, encodeFields);
+}
+
+/// Writes an object's dictionary.
+template <class WriteName, class EncodeFields>
+void DataEncoder::writeNamed(const WriteName& writeName, const EncodeFields& encodeFields) {
   const Nesting nesting(*this, 1);
   OpenObject object{.firstField = fields_.size()};
   OpenObject* const outerObject = std::exchange(innermostObject_, &object);
   static constexpr auto opening = joinedText("{\"", archive::encodableName, "\":");
   text_.put(opening);
-  text_.writeString(encodableName.text());
+  writeName();
   encodeFields();
   if (object.hasReplacedValues) removeReplacedValues();
   text_.put('}');
@@ -285,15 +370,14 @@ void DataEncoder::writeFields(const NSString& encodableName, const EncodeFields&
   innermostObject_ = outerObject;
 }
 
-void DataEncoder::writeArray(const NSArray& array) {
+template <class WriteElements>
+void DataEncoder::writeList(const WriteElements& writeElements) {
   const Nesting nesting(*this, 2);
-  openTagged(archive::typeArray);
-  static constexpr auto values = joinedText(",\"", archive::arrayValues, "\":[");
-  text_.put(values);
-  for (const Value& element : array) {
-    if (&element != array.begin()) text_.put(',');
-    write(element);
-  }
+  static constexpr auto opening = joinedText("{\"", archive::type, "\":\"", archive::typeArray,
+                                             "\",\"", archive::arrayValues, "\":[");
+  text_.put(opening);
+  writeElements();
+  if (text_.output().last() == ',') text_.output().truncate(text_.size() - 1);
   text_.put("]}");
 }
 
@@ -330,20 +414,29 @@ void DataEncoder::writeNumber(const NSNumber& number) {
   }
 }
 
-void DataEncoder::writeString(const NSString& string) {
-  if (string.isWellFormed()) return text_.writeString(string.text());
-  writeBytes(archive::typeUTF16String, utf16Data(string));
+void DataEncoder::writeString(const StringStorage& string) {
+  if (string.isWide() && !isWellFormed(string)) {
+    return writeBytes(archive::typeUTF16String, utf16Data(string));
+  }
+  // The comma after it is not known to follow.
+  text_.writeString(string, ',');
+  text_.output().truncate(text_.size() - 1);
+}
+
+/// For tagged values that contain no values of the user.
+void DataEncoder::requireLevel() const {
+  if (depth_ == maxArchiveNesting) throw nestingError();
 }
 
 void DataEncoder::writeFloat(float number) {
-  const Nesting nesting(*this, 1);
+  requireLevel();
   openTagged(archive::typeFloat);
   component(archive::bits, std::uint64_t{std::bit_cast<std::uint32_t>(number)});
   text_.put('}');
 }
 
 void DataEncoder::writeDouble(double number) {
-  const Nesting nesting(*this, 1);
+  requireLevel();
   static constexpr auto opening =
       joinedText("{\"", archive::type, "\":\"", archive::typeDouble, "\",\"", archive::bits, "\":");
   text_.put(opening);

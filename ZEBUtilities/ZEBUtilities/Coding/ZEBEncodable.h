@@ -78,6 +78,8 @@ NSString primitiveName(const Value& primitive);
 class EncodableBox : public NSObject {
  public:
   virtual NSString encodableName() const = 0;
+  /// The same without a string of its own, as UTF-8; without data when the type gives no such text.
+  virtual std::string_view encodableNameText() const = 0;
   virtual void encode(ZEBEncoder& encoder) const = 0;
 };
 
@@ -86,12 +88,24 @@ concept HasStandardHash = requires(const T& object) {
   { std::hash<T>()(object) } -> std::convertible_to<std::size_t>;
 };
 
+template <ZEBEncodableType T>
+std::string_view encodableNameText() {
+  using Name = decltype(T::encodableName());
+  if constexpr (std::same_as<Name, const char*>) {
+    const char* const name = T::encodableName();
+    return name ? std::string_view(name) : std::string_view();
+  } else {
+    return {};
+  }
+}
+
 template <class T>
 class OwningBox final : public EncodableBox {
  public:
   template <class Source>
   explicit OwningBox(Source&& source) : object(std::forward<Source>(source)) {}
   NSString encodableName() const override { return T::encodableName(); }
+  std::string_view encodableNameText() const override { return detail::encodableNameText<T>(); }
   void encode(ZEBEncoder& encoder) const override { object.encode(encoder); }
   bool isEqual(const NSObject& other) const override {
     if constexpr (std::equality_comparable<T>) {
@@ -129,6 +143,7 @@ class BorrowingBox final : public EncodableBox {
  public:
   explicit BorrowingBox(const T& borrowed) noexcept : object_(borrowed) {}
   NSString encodableName() const override { return T::encodableName(); }
+  std::string_view encodableNameText() const override { return detail::encodableNameText<T>(); }
   void encode(ZEBEncoder& encoder) const override { object_.encode(encoder); }
 
  private:
@@ -253,9 +268,51 @@ Value encodableValue(const Sequence& sequence) {
   }
 }
 
+namespace detail {
+
+/// Sequences that become arrays.
+template <class Sequence>
+concept EncodableList =
+    EncodableSequence<Sequence> && !KeyedElement<std::ranges::range_value_t<Sequence>> &&
+    !std::convertible_to<const Sequence&, std::string_view>;
+
+/// The value of an element that is neither an object nor a list, without counting references.
+inline const Value& elementValue(const Value& value) noexcept { return value; }
+inline const Value& elementValue(const ZEBEncodable& encodable) noexcept {
+  return encodable.value();
+}
 template <class T>
-Value encodableObject(const T& object) {
+  requires(!std::derived_from<T, Value>)
+Value elementValue(const T& object) {
   return encodableValue(object);
 }
+
+template <class T>
+void writeParts(ValueSink& sink, const T& object) {
+  if constexpr (ZEBEncodableType<T>) {
+    sink.object(BorrowingBox<T>(object));
+  } else if constexpr (EncodableList<T>) {
+    sink.array([&] {
+      for (const auto& element : object) {
+        writeParts(sink, element);
+        sink.endElement();
+      }
+    });
+  } else {
+    sink.value(elementValue(object));
+  }
+}
+
+template <class T>
+void encodeTyped(ZEBEncoder& encoder, const T& object, const StringKey& forKey) {
+  if constexpr (ZEBEncodableType<T> || EncodableList<T>) {
+    if (encoder.encodeParts([&](ValueSink& sink) { writeParts(sink, object); }, forKey)) return;
+    encoder.encodeObject(static_cast<const Value&>(encodableValue(object)), forKey);
+  } else {
+    encoder.encodeObject(static_cast<const Value&>(elementValue(object)), forKey);
+  }
+}
+
+}  // namespace detail
 
 }  // namespace zeb

@@ -6,14 +6,37 @@
 #include <ZEBPlatform/Foundation/StringKey.h>
 #include <ZEBPlatform/Foundation/Value.h>
 #include <ZEBPlatform/Geometry/CGGeometry.h>
+#include <ZEBPlatform/Memory/FunctionView.h>
 
 #include <cstdint>
 
 namespace zeb {
 
+class ZEBEncoder;
+
+namespace detail {
+
+class EncodableBox;
+
+/// Takes one value, part after part, from `writeParts`.
+class ValueSink {
+ public:
+  /// Nil throws NSException (NSInvalidArgumentException), because only elements are written so.
+  virtual void value(const Value& value) = 0;
+  virtual void object(const EncodableBox& object) = 0;
+  /// An array. `writeElements` writes each element and calls `endElement` after it.
+  virtual void array(FunctionView<void()> writeElements) = 0;
+  virtual void endElement() = 0;
+
+ protected:
+  ~ValueSink() = default;
+};
+
 /// Defined in <ZEBUtilities/Coding/ZEBEncodable.h>.
 template <class T>
-Value encodableObject(const T& object);
+void encodeTyped(ZEBEncoder& encoder, const T& object, const StringKey& forKey);
+
+}  // namespace detail
 
 /// The interface to which an object writes its fields, each under its own key. Each object has
 /// separate keys, and none of them can collide with the document's reserved keys.
@@ -31,8 +54,14 @@ class ZEBEncoder {
   /// takes.
   template <class T>
   void encodeObject(const T& object, const StringKey& forKey) {
-    const Value value = encodableObject(object);
-    encodeObject(value, forKey);
+    detail::encodeTyped(*this, object, forKey);
+  }
+  /// For `encodeObject` of objects and sequences, which then need no value. Calls `write`; false,
+  /// without a call, when the encoder takes only values, as encoders of applications do.
+  virtual bool encodeParts(FunctionView<void(detail::ValueSink&)> write, const StringKey& forKey) {
+    static_cast<void>(write);
+    static_cast<void>(forKey);
+    return false;
   }
 
   virtual void encodeString(const NSString& string, const StringKey& forKey) = 0;
