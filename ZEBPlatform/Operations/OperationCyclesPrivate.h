@@ -71,7 +71,7 @@ class NSOperation::CycleSearch {
   std::unordered_map<NSOperation*, Ref<NSOperation>> reachedFrom_;
   /// The future dependency and what it is known to wait for.
   std::unordered_set<const NSOperation*> below_;
-  detail::LockGuard guard_;
+  detail::LockGuard<detail::Lock> guard_;
 };
 
 }  // namespace zeb

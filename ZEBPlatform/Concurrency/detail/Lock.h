@@ -53,9 +53,10 @@ static_assert(sizeof(Lock) == 4);
 
 /// Holds a lock while it lives. `unlock()` and `lock()` interrupt that, for code that must release
 /// the lock on some path before the end of the scope.
+template <class AnyLock>
 class ZEB_SCOPED_CAPABILITY LockGuard {
  public:
-  explicit LockGuard(Lock& lock) noexcept ZEB_ACQUIRES(lock) : lock_(lock) { lock_.lock(); }
+  explicit LockGuard(AnyLock& lock) noexcept ZEB_ACQUIRES(lock) : lock_(lock) { lock_.lock(); }
   LockGuard(const LockGuard&) = delete;
   LockGuard& operator=(const LockGuard&) = delete;
   ~LockGuard() ZEB_RELEASES() {
@@ -72,7 +73,7 @@ class ZEB_SCOPED_CAPABILITY LockGuard {
   }
 
  private:
-  Lock& lock_;
+  AnyLock& lock_;
   bool isHeld_ = true;
 };
 

@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Concurrency/detail/BriefLock.h>
 #include <ZEBPlatform/Concurrency/detail/Condition.h>
 #include <ZEBPlatform/Concurrency/detail/InterruptibleSleep.h>
 #include <ZEBPlatform/Concurrency/detail/ThreadGate.h>
@@ -12,9 +13,10 @@ namespace zeb::test {
 
 using namespace detail;
 
-TEST(Lock, KeepsThreadsApartAndMayBeDestroyedByItsNextOwner) {
+template <class AnyLock>
+static void visitByFourThreads() {
   struct Guarded {
-    Lock lock;
+    AnyLock lock;
     int visits = 0;  // plain: the lock alone protects it
     bool isInside = false;
   };
@@ -41,6 +43,11 @@ TEST(Lock, KeepsThreadsApartAndMayBeDestroyedByItsNextOwner) {
     }
   });
   EXPECT_EQ(destroyed, 300);
+}
+
+TEST(Lock, KeepsThreadsApartAndMayBeDestroyedByItsNextOwner) {
+  visitByFourThreads<Lock>();
+  visitByFourThreads<BriefLock>();
 }
 
 TEST(Condition, WakesEachThreadThatWaitsForRoomOrForContent) {
