@@ -75,6 +75,17 @@ bool NSObject::retainUnlessDying() const noexcept {
   return false;
 }
 
+bool NSObject::releaseUnlessLast() const noexcept {
+  std::uint32_t count = strongCount_.load(std::memory_order_relaxed);
+  while (count > 1) {
+    if (strongCount_.compare_exchange_weak(count, count - 1, std::memory_order_release,
+                                           std::memory_order_relaxed)) {
+      return true;
+    }
+  }
+  return false;
+}
+
 std::size_t NSObject::hash() const noexcept { return reinterpret_cast<std::uintptr_t>(this) >> 4; }
 
 std::string NSObject::className() const {

@@ -58,6 +58,10 @@ class NSObject {
   /// also takes.
   bool retainUnlessDying() const noexcept;
 
+  /// Releases unless the reference is the last one. For callers that must not destroy the object
+  /// where they are, for example with a lock held.
+  bool releaseUnlessLast() const noexcept;
+
  private:
   friend class detail::ObjectExtras;
 

@@ -32,23 +32,24 @@ void NSOperation::start() {
   claim();
   const Ref<NSOperation> alive(this);
   try {
-    execute(nullptr);
+    if (!runMain(nullptr)) return;
   } catch (...) {
     end();
     throw;
   }
+  end();
 }
 
+/// Runs `main` unless the operation is cancelled. Returns whether the caller has to end it.
+///
 /// Catches only NSExceptions: on a queue, any other exception has to end the process where it is
 /// thrown, before the operation counts as finished and its waiters return.
-void NSOperation::execute(NSOperationQueue* queue) {
-  if (!isCancelled()) {
-    state_.fetch_or(executingFlag, std::memory_order_acq_rel);
-    const bool goesOn = isAsynchronous();
-    const detail::CurrentOperation current(*this, queue);
-    if (detail::loggingExceptions(*this, [this] { main(); }) && goesOn) return;
-  }
-  end();
+bool NSOperation::runMain(NSOperationQueue* queue) {
+  if (isCancelled()) return true;
+  state_.fetch_or(executingFlag, std::memory_order_acq_rel);
+  const bool goesOn = isAsynchronous();
+  const detail::CurrentOperation current(*this, queue);
+  return !detail::loggingExceptions(*this, [this] { main(); }) || !goesOn;
 }
 
 bool detail::loggingExceptions(const NSOperation& operation, FunctionView<void()> body) {
@@ -71,30 +72,55 @@ void NSOperation::finish() {
   if (isExecuting()) end();
 }
 
-/// The caller has a reference. An exception out of the completion block ends the process.
-void NSOperation::end() noexcept {
-  NSOperation* readyOperations = nullptr;
+/// Sets the flags and returns the earlier ones. If the operation had not finished before, fills
+/// `ending`, and its waiters return. The caller has a reference.
+NSOperation::State NSOperation::markFinished(State moreFlags, Ending& ending) noexcept {
   std::vector<dispatch_semaphore_t> waiters;
-  Block<void()> completionBlock;
+  State before = 0;
   {
     const detail::LockGuard guard(lock_);
-    if (state_.fetch_or(finishedFlag, std::memory_order_acq_rel) & finishedFlag) return;
-    readyOperations = unlinkDependents();
+    before = state_.fetch_or(finishedFlag | moreFlags, std::memory_order_acq_rel);
+    if (before & finishedFlag) return before;
+    ending.readyOperations = unlinkDependents();
     waiters.swap(waiters_);
-    completionBlock = std::exchange(completionBlock_, nullptr);
+    ending.completionBlock = std::exchange(completionBlock_, nullptr);
   }
   for (const dispatch_semaphore_t& waiter : waiters) dispatch_semaphore_signal(waiter);
-  if (flags() & enqueuedFlag) {
-    queue_->remove(*this, readyOperations);
+  return before;
+}
+
+/// Ends an operation whose `main` was not called by its queue, or returned before. The caller has a
+/// reference. An exception out of the completion block ends the process.
+void NSOperation::end() noexcept {
+  Ending ending;
+  const State before = markFinished(0, ending);
+  if (before & finishedFlag) return;
+  if (before & enqueuedFlag) {
+    // Until `main` has returned, the queue's reference belongs to the thread that called it.
+    Ref<NSOperation> finished = before & leftFlag ? Ref<NSOperation>::adopt(this) : Ref(this);
+    int none = 0;
+    queue_->advance(finished, ending.readyOperations, none);
   } else {
-    NSOperationQueue::submit(readyOperations);
+    NSOperationQueue::submit(ending.readyOperations);
   }
-  if (completionBlock) completionBlock();
+  if (ending.completionBlock) ending.completionBlock();
+}
+
+/// Sets flags, counts dependencies that have finished, and returns whether the caller has to hand
+/// the operation to its queue after that. One atomic operation decides it, so it is true once.
+bool NSOperation::mustBeSubmittedAfter(State newFlags, State finishedDependencies) noexcept {
+  State before = state_.load(std::memory_order_relaxed);
+  State after = 0;
+  do {
+    after = (before | newFlags) - finishedDependencies * oneDependency;
+    if (isToBeSubmittedIn(after)) after |= submittedFlag;
+  } while (!state_.compare_exchange_weak(before, after, std::memory_order_acq_rel,
+                                         std::memory_order_relaxed));
+  return (after & ~before) & submittedFlag;
 }
 
 void NSOperation::cancel() {
-  const State before = state_.fetch_or(cancelledFlag, std::memory_order_acq_rel);
-  if (shallSubmit(before | cancelledFlag)) NSOperationQueue::submit(this);
+  if (mustBeSubmittedAfter(cancelledFlag)) NSOperationQueue::submit(this);
 }
 
 void NSOperation::setCompletionBlock(Block<void()> block) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/BriefLock.h>
 #include <ZEBPlatform/Dispatch/DispatchSemaphore.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Memory/Block.h>
@@ -126,6 +126,7 @@ class NSOperation : public NSObject {
   class WaitCheck;
   struct Dependency;
   struct Dependencies;
+  struct Ending;
 
   // The state is one word, so that every step and what it leads to are one atomic operation: flags,
   // and above them the number of unfinished dependencies.
@@ -139,6 +140,7 @@ class NSOperation : public NSObject {
   static constexpr State acyclicFlag = 64;   ///< neither it nor what it waits for is in a cycle
   static constexpr State onPathFlag = 128;   ///< of the search for cycles
   static constexpr State barrierFlag = 256;  ///< waits for its dependencies even when cancelled
+  static constexpr State leftFlag = 512;     ///< the thread of its queue does not use it any more
   static constexpr State oneDependency = State{1} << 32;
 
   State flags() const noexcept { return state_.load(std::memory_order_acquire); }
@@ -150,15 +152,12 @@ class NSOperation : public NSObject {
   static bool isToBeSubmittedIn(State state) noexcept {
     return (state & (enqueuedFlag | submittedFlag)) == enqueuedFlag && isReadyIn(state);
   }
-  /// After a step to `state`: whether the caller has to hand the operation to its queue.
-  bool shallSubmit(State state) noexcept {
-    return isToBeSubmittedIn(state) &&
-           !(state_.fetch_or(submittedFlag, std::memory_order_acq_rel) & submittedFlag);
-  }
+  bool mustBeSubmittedAfter(State newFlags, State finishedDependencies = 0) noexcept;
 
   void claim();
   void unclaim() noexcept { state_.fetch_and(~claimedFlag, std::memory_order_acq_rel); }
-  void execute(NSOperationQueue* queue);
+  bool runMain(NSOperationQueue* queue);
+  State markFinished(State moreFlags, Ending& ending) noexcept;
   void end() noexcept;
   /// Throws if a wait for all these operations, which make up `what`, would certainly never end.
   static void requireThatWaitingCanEnd(FunctionView<std::vector<Ref<NSOperation>>()> awaited,
@@ -181,7 +180,7 @@ class NSOperation : public NSObject {
   void letGo(Dependencies* dependencies) noexcept;
 
   std::atomic<State> state_{0};
-  mutable detail::Lock lock_;
+  mutable detail::BriefLock lock_;
   std::atomic<Level> level_{0};  ///< changed with the lock held
   Dependencies* dependencies_ ZEB_GUARDED_BY(lock_) = nullptr;
   Dependencies* lastDependencies_ ZEB_GUARDED_BY(lock_) = nullptr;

@@ -17,7 +17,7 @@ namespace {
 class ZEB_SCOPED_CAPABILITY LockPairGuard {
  public:
   // The analysis cannot follow which of the two is which.
-  LockPairGuard(detail::Lock& one, detail::Lock& other) noexcept
+  LockPairGuard(detail::BriefLock& one, detail::BriefLock& other) noexcept
       ZEB_ACQUIRES(one, other) ZEB_UNCHECKED_LOCKING : one_(one),
                                                        other_(other) {
     const bool isOneFirst = std::less<>()(&one, &other);
@@ -32,8 +32,8 @@ class ZEB_SCOPED_CAPABILITY LockPairGuard {
   }
 
  private:
-  detail::Lock& one_;
-  detail::Lock& other_;
+  detail::BriefLock& one_;
+  detail::BriefLock& other_;
 };
 
 }  // namespace
@@ -69,7 +69,7 @@ bool NSOperation::insertDependency(const Ref<NSOperation>& operation, State flag
 
 void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
   if (!operation || operation.get() == this) return;
-  State state = 0;
+  bool mustBeSubmitted = false;
   {
     const LockPairGuard guard(lock_, operation->lock_);
     for (Dependencies* block = dependencies_; block; block = block->next) {
@@ -78,11 +78,11 @@ void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
         dependency.operation = nullptr;  // not the last reference: the caller has one
         if (!dependency.link) continue;
         removeDependent(dependency);
-        state = state_.fetch_sub(oneDependency, std::memory_order_acq_rel) - oneDependency;
+        mustBeSubmitted |= mustBeSubmittedAfter(0, 1);
       }
     }
   }
-  if (shallSubmit(state)) NSOperationQueue::submit(this);
+  if (mustBeSubmitted) NSOperationQueue::submit(this);
 }
 
 std::vector<Ref<NSOperation>> NSOperation::dependenciesWithout(State unwantedFlags) const {
@@ -127,11 +127,8 @@ NSOperation* NSOperation::unlinkDependents() noexcept {
     Dependency& dependency = *std::exchange(next, next->nextDependent);
     dependency.link = nullptr;
     NSOperation& dependent = *dependency.dependent;
-    const State before = dependent.state_.fetch_sub(oneDependency, std::memory_order_acq_rel);
-    // If this thread has to submit it, it exists until then, or until it gets our lock when another
-    // thread cancels it meanwhile.
-    if (!isToBeSubmittedIn(before - oneDependency)) continue;
-    if (!dependent.shallSubmit(before - oneDependency)) continue;
+    // If this thread has to submit it, it exists until then. Otherwise it may be gone.
+    if (!dependent.mustBeSubmittedAfter(0, 1)) continue;
     dependent.nextReady_ = readyOperations;
     readyOperations = &dependent;
   }

@@ -4,6 +4,7 @@
 #include <ZEBPlatform/Operations/CurrentOperationPrivate.h>
 #include <ZEBPlatform/Operations/NSBlockOperation.h>
 #include <ZEBPlatform/Operations/NSOperationQueue.h>
+#include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
 
 #include <algorithm>
 #include <utility>
@@ -151,11 +152,7 @@ void NSOperationQueue::append(NSOperation& operation) noexcept {
   (last_ ? last_->nextInQueue_ : first_) = &operation;
   last_ = &operation;
   ++count_;
-  const auto enqueued = NSOperation::enqueuedFlag;
-  if (operation.shallSubmit(operation.state_.fetch_or(enqueued, std::memory_order_acq_rel) |
-                            enqueued)) {
-    pushReady(operation);
-  }
+  if (operation.mustBeSubmittedAfter(NSOperation::enqueuedFlag)) pushReady(operation);
 }
 
 void NSOperationQueue::addOperationWithBlock(Block<void()> block) {
@@ -183,8 +180,7 @@ void NSOperationQueue::addBarrierBlock(Block<void()> block) {
     if (!self_) self_ = Ref(this);
   }
   const auto letGo = [&barrier] {
-    const auto one = NSOperation::oneDependency;
-    if (barrier->shallSubmit(barrier->state_.fetch_sub(one) - one)) submit(barrier.get());
+    if (barrier->mustBeSubmittedAfter(0, 1)) submit(barrier.get());
   };
   try {
     for (const Ref<NSOperation>& operation : earlier) barrier->addDependency(operation);
@@ -217,58 +213,89 @@ void NSOperationQueue::submit(NSOperation* readyOperations) {
 /// for the thread meanwhile.
 void NSOperationQueue::useTicket() {
   const Ref<NSOperationQueue> alive(this);
-  bool hasTicket = true;
-  for (int left = maxOperationsPerTicket; left > 0; --left) {
-    Ref<NSOperation> operation;
-    Ref<NSOperationQueue> self;
-    Tickets tickets;
-    {
-      const detail::LockGuard guard(lock_);
-      if (std::exchange(hasTicket, false)) --ticketCount_;
-      if (!isSuspended_ && (limit_ < 0 || executingCount_ < limit_)) {
-        operation = Ref(takeReady());
-      }
-      if (operation) {
-        ++executingCount_;
-      } else {
-        self = referenceIfIdle();
-      }
-      // A limited queue posts a ticket for the place that becomes free, and on an underlying queue
-      // the work of others waits for its turn.
-      if (limit_ >= 0 || underlyingQueue_) left = 1;
-      tickets.add(*this);
-    }
-    tickets.post();
-    if (!operation) return;
-    operation->execute(this);
-  }
+  int left = maxOperationsPerTicket;
+  Ref<NSOperation> none;
+  NSOperation* operation = advance(none, nullptr, left);
+  while (operation) operation = run(*operation, left);
 }
 
-/// Removes a finished operation. `readyOperations` became ready by its end.
-void NSOperationQueue::remove(NSOperation& operation, NSOperation* readyOperations) {
+/// Runs an operation that was taken from the queue, and takes the next one if any are `left`.
+NSOperation* NSOperationQueue::run(NSOperation& operation, int& left) {
+  constexpr auto leftFlag = NSOperation::leftFlag, finishedFlag = NSOperation::finishedFlag;
+  NSOperation::Ending ending;
+  const bool goesOn = !operation.runMain(this);
+  const NSOperation::State before =
+      goesOn ? operation.state_.fetch_or(leftFlag, std::memory_order_acq_rel)
+             : operation.markFinished(leftFlag, ending);
+  Ref<NSOperation> finished;
+  if (before & finishedFlag) {
+    // Another thread has finished it and left the reference to this one.
+    finished = Ref<NSOperation>::adopt(&operation);
+  } else if (!goesOn) {
+    finished = Ref<NSOperation>::adopt(&operation);
+    // The user's code must not run between taking the next operation and running it, because that
+    // code may wait for it.
+    int none = 0;
+    const bool isUsersCodeNext = ending.completionBlock || (before & NSOperation::barrierFlag);
+    NSOperation* next = advance(finished, ending.readyOperations, isUsersCodeNext ? none : left);
+    if (!finished) return next;
+    // Later operations keep the barrier alive, so it must not keep alive everything before it.
+    if (before & NSOperation::barrierFlag) operation.forgetDependencies();
+    if (ending.completionBlock) std::exchange(ending.completionBlock, nullptr)();
+  }
+  finished = nullptr;
+  return left > 0 ? advance(finished, nullptr, left) : nullptr;
+}
+
+/// Removes a finished operation, if there is one, adds what became ready by its end, and takes the
+/// next operation to run if any are `left` of the thread's ticket. All that costs one locking. If
+/// the reference to the finished operation is the last one, it takes nothing and leaves that
+/// reference to the caller; otherwise it releases it.
+NSOperation* NSOperationQueue::advance(Ref<NSOperation>& finished, NSOperation* readyOperations,
+                                       int& left) {
   Ref<NSOperationQueue> self;
   std::vector<dispatch_semaphore_t> waiters;
   Ref<NSOperation> barrier;
   Tickets tickets;
+  NSOperation* next = nullptr;
   {
     const detail::LockGuard guard(lock_);
-    (operation.previousInQueue_ ? operation.previousInQueue_->nextInQueue_ : first_) =
-        operation.nextInQueue_;
-    (operation.nextInQueue_ ? operation.nextInQueue_->previousInQueue_ : last_) =
-        operation.previousInQueue_;
-    --executingCount_;
-    if (--count_ == 0) waiters.swap(waiters_);
-    if (barrier_.get() == &operation) std::swap(barrier, barrier_);
+    if (left == maxOperationsPerTicket) --ticketCount_;
     readyOperations = pushReadyOfOwn(readyOperations);
+    if (finished) {
+      unlink(*finished);
+      if (count_ == 0) waiters.swap(waiters_);
+      if (barrier_ == finished) std::swap(barrier, barrier_);
+      if (left > 0 && finished->releaseUnlessLast()) static_cast<void>(finished.leak());
+    }
+    if (!finished) next = takeNext(left);
     tickets.add(*this);
     self = referenceIfIdle();
   }
   tickets.post();
   submit(readyOperations);
   for (const dispatch_semaphore_t& waiter : waiters) dispatch_semaphore_signal(waiter);
-  // Later operations keep the barrier alive, so it must not keep alive everything before it.
-  if (operation.flags() & NSOperation::barrierFlag) operation.forgetDependencies();
-  operation.release();
+  return next;
+}
+
+void NSOperationQueue::unlink(NSOperation& operation) noexcept {
+  (operation.previousInQueue_ ? operation.previousInQueue_->nextInQueue_ : first_) =
+      operation.nextInQueue_;
+  (operation.nextInQueue_ ? operation.nextInQueue_->previousInQueue_ : last_) =
+      operation.previousInQueue_;
+  --executingCount_;
+  --count_;
+}
+
+NSOperation* NSOperationQueue::takeNext(int& left) noexcept {
+  if (left == 0 || isSuspended_ || (limit_ >= 0 && executingCount_ >= limit_)) return nullptr;
+  NSOperation* operation = takeReady();
+  if (!operation) return nullptr;
+  ++executingCount_;
+  // A limited queue posts a ticket for the place that becomes free, and on an underlying queue the
+  // work of others waits for its turn.
+  left = limit_ >= 0 || underlyingQueue_ ? 0 : left - 1;
+  return operation;
 }
 
 /// Takes this queue's own operations from the front of the list and returns the rest.

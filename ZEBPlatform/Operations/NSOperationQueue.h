@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Dispatch/DispatchQueue.h>
 #include <ZEBPlatform/Foundation/NSString.h>
 #include <ZEBPlatform/Memory/Block.h>
@@ -101,7 +102,8 @@ class NSOperationQueue : public NSObject {
   static void submit(NSOperation* readyOperations);
   bool append(std::span<const Ref<NSOperation>> operations, Ref<NSOperation>& awaitedBarrier);
   void useTicket();
-  void remove(NSOperation& operation, NSOperation* readyOperations);
+  NSOperation* run(NSOperation& operation, int& left);
+  NSOperation* advance(Ref<NSOperation>& finished, NSOperation* readyOperations, int& left);
   void runWhatMayRun() ZEB_EXCLUDES(lock_);
   Ref<NSOperation> latestBarrier() const ZEB_EXCLUDES(lock_);
 
@@ -109,6 +111,8 @@ class NSOperationQueue : public NSObject {
   void pushReady(NSOperation& operation) noexcept ZEB_REQUIRES(lock_);
   NSOperation* pushReadyOfOwn(NSOperation* readyOperations) noexcept ZEB_REQUIRES(lock_);
   NSOperation* firstReady() const noexcept ZEB_REQUIRES(lock_);
+  void unlink(NSOperation& operation) noexcept ZEB_REQUIRES(lock_);
+  NSOperation* takeNext(int& left) noexcept ZEB_REQUIRES(lock_);
   NSOperation* takeReady() noexcept ZEB_REQUIRES(lock_);
   bool hasRoomForTicket() const noexcept ZEB_REQUIRES(lock_);
   Ref<NSOperationQueue> referenceIfIdle() noexcept ZEB_REQUIRES(lock_);

@@ -25,4 +25,10 @@ struct NSOperation::Dependencies {
   bool isFull() const noexcept { return used == entries.size(); }
 };
 
+/// What is left to do for an operation that has just finished.
+struct NSOperation::Ending {
+  NSOperation* readyOperations = nullptr;  ///< were waiting for this operation last
+  Block<void()> completionBlock;
+};
+
 }  // namespace zeb
