@@ -3,7 +3,7 @@
 #include <ZEBPlatform/Operations/CurrentOperationPrivate.h>
 #include <ZEBPlatform/Operations/NSOperation.h>
 #include <ZEBPlatform/Operations/NSOperationQueue.h>
-#include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
+#include <ZEBPlatform/Operations/OperationEndingPrivate.h>
 #include <ZEBPlatform/Operations/OperationExceptionsPrivate.h>
 
 #include <utility>

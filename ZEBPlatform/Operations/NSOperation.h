@@ -6,6 +6,7 @@
 #include <ZEBPlatform/Memory/Block.h>
 #include <ZEBPlatform/Memory/FunctionView.h>
 #include <ZEBPlatform/Memory/NSObject.h>
+#include <ZEBPlatform/Operations/detail/Dependencies.h>
 
 #include <atomic>
 #include <cstdint>
@@ -124,9 +125,9 @@ class NSOperation : public NSObject {
   friend class NSOperationQueue;
   class CycleSearch;
   class WaitCheck;
-  struct Dependency;
-  struct Dependencies;
   struct Ending;
+  using Dependency = detail::Dependency;
+  using Dependencies = detail::Dependencies;
 
   // The state is one word, so that every step and what it leads to are one atomic operation: flags,
   // and above them the number of unfinished dependencies.
@@ -173,18 +174,17 @@ class NSOperation : public NSObject {
 
   bool insertDependency(const Ref<NSOperation>& operation, State flagsAgainst);
   std::vector<Ref<NSOperation>> dependenciesWithout(State unwantedFlags) const ZEB_EXCLUDES(lock_);
-  void addDependent(Dependency& dependency) noexcept ZEB_REQUIRES(lock_);
-  static void removeDependent(Dependency& dependency) noexcept;
+  void removeDependent(Dependency& dependency) noexcept ZEB_REQUIRES(lock_);
   NSOperation* unlinkDependents() noexcept ZEB_REQUIRES(lock_);
   void forgetDependencies() ZEB_EXCLUDES(lock_);
-  void letGo(Dependencies* dependencies) noexcept;
+  void letGo(Dependencies& dependencies) noexcept;
 
   std::atomic<State> state_{0};
   mutable detail::BriefLock lock_;
-  std::atomic<Level> level_{0};  ///< changed with the lock held
-  Dependencies* dependencies_ ZEB_GUARDED_BY(lock_) = nullptr;
-  Dependencies* lastDependencies_ ZEB_GUARDED_BY(lock_) = nullptr;
+  std::atomic<Level> level_{0};                             ///< changed with the lock held
   Dependency* dependents_ ZEB_GUARDED_BY(lock_) = nullptr;  ///< the operations that wait for this
+  Dependencies* lastDependencies_ ZEB_GUARDED_BY(lock_) = &dependencies_;
+  Dependencies dependencies_ ZEB_GUARDED_BY(lock_);
   std::vector<dispatch_semaphore_t> waiters_ ZEB_GUARDED_BY(lock_);
   Block<void()> completionBlock_ ZEB_GUARDED_BY(lock_);
   NSString name_ ZEB_GUARDED_BY(lock_);
@@ -198,6 +198,8 @@ class NSOperation : public NSObject {
   // The queue's list of all operations, guarded by the queue's lock:
   NSOperation* nextInQueue_ = nullptr;
   NSOperation* previousInQueue_ = nullptr;
+  /// Links the operations that a thread is about to release, each by its last reference.
+  NSOperation* nextReleased_ = nullptr;
 };
 
 }  // namespace zeb

@@ -1,7 +1,6 @@
 #include <ZEBPlatform/Operations/NSOperation.h>
 #include <ZEBPlatform/Operations/NSOperationQueue.h>
 #include <ZEBPlatform/Operations/OperationCyclesPrivate.h>
-#include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
 
 #include <functional>
 #include <unordered_set>
@@ -52,16 +51,14 @@ bool NSOperation::insertDependency(const Ref<NSOperation>& operation, State flag
   if (operation.get() == this) CycleSearch::raiseCycle({operation});
   const LockPairGuard guard(lock_, operation->lock_);
   if (flags() & flagsAgainst) return false;
-  if (!lastDependencies_ || lastDependencies_->isFull()) {
-    auto* block = new Dependencies;
-    (lastDependencies_ ? lastDependencies_->next : dependencies_) = block;
-    lastDependencies_ = block;
+  if (lastDependencies_->isFull()) {
+    lastDependencies_ = lastDependencies_->next = new Dependencies;
   }
   Dependency& dependency = lastDependencies_->entries[lastDependencies_->used++];
   dependency.operation = operation;
   dependency.dependent = this;
   if (!operation->isFinished()) {
-    operation->addDependent(dependency);
+    dependency.nextDependent = std::exchange(operation->dependents_, &dependency);
     state_.fetch_add(oneDependency, std::memory_order_acq_rel);
   }
   return true;
@@ -72,12 +69,12 @@ void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
   bool mustBeSubmitted = false;
   {
     const LockPairGuard guard(lock_, operation->lock_);
-    for (Dependencies* block = dependencies_; block; block = block->next) {
+    for (Dependencies* block = &dependencies_; block; block = block->next) {
       for (Dependency& dependency : *block) {
         if (dependency.operation != operation) continue;
         dependency.operation = nullptr;  // not the last reference: the caller has one
-        if (!dependency.link) continue;
-        removeDependent(dependency);
+        if (operation->isFinished()) continue;
+        operation->removeDependent(dependency);
         mustBeSubmitted |= mustBeSubmittedAfter(0, 1);
       }
     }
@@ -88,7 +85,7 @@ void NSOperation::removeDependency(const Ref<NSOperation>& operation) {
 std::vector<Ref<NSOperation>> NSOperation::dependenciesWithout(State unwantedFlags) const {
   std::vector<Ref<NSOperation>> operations;
   const detail::LockGuard guard(lock_);
-  for (Dependencies* block = dependencies_; block; block = block->next) {
+  for (const Dependencies* block = &dependencies_; block; block = block->next) {
     for (const Dependency& dependency : *block) {
       if (!dependency.operation || (dependency.operation->flags() & unwantedFlags)) continue;
       operations.push_back(dependency.operation);
@@ -106,17 +103,16 @@ std::vector<Ref<NSOperation>> NSOperation::dependencies() const {
   return operations;
 }
 
-void NSOperation::addDependent(Dependency& dependency) noexcept {
-  dependency.nextDependent = dependents_;
-  if (dependents_) dependents_->link = &dependency.nextDependent;
-  dependency.link = &dependents_;
-  dependents_ = &dependency;
-}
-
+/// Unlinks the edge of a dependent; this operation has not finished.
 void NSOperation::removeDependent(Dependency& dependency) noexcept {
-  *dependency.link = dependency.nextDependent;
-  if (dependency.nextDependent) dependency.nextDependent->link = dependency.link;
-  dependency.link = nullptr;
+  // Edges that were added since the last removal do not lead back yet.
+  for (Dependency *edge = dependents_, *next = nullptr; (next = edge->nextDependent); edge = next) {
+    if (next->previousDependent == edge) break;
+    next->previousDependent = edge;
+  }
+  Dependency *const previous = dependency.previousDependent, *const next = dependency.nextDependent;
+  (previous ? previous->nextDependent : dependents_) = next;
+  if (next) next->previousDependent = previous;
 }
 
 /// As the operation finishes: unlinks its dependents and returns those that wait for nothing else.
@@ -124,9 +120,7 @@ NSOperation* NSOperation::unlinkDependents() noexcept {
   NSOperation* readyOperations = nullptr;
   for (Dependency* next = std::exchange(dependents_, nullptr); next;) {
     // Read before the count goes down, after which the dependent may finish and go.
-    Dependency& dependency = *std::exchange(next, next->nextDependent);
-    dependency.link = nullptr;
-    NSOperation& dependent = *dependency.dependent;
+    NSOperation& dependent = *std::exchange(next, next->nextDependent)->dependent;
     // If this thread has to submit it, it exists until then. Otherwise it may be gone.
     if (!dependent.mustBeSubmittedAfter(0, 1)) continue;
     dependent.nextReady_ = readyOperations;
@@ -136,41 +130,46 @@ NSOperation* NSOperation::unlinkDependents() noexcept {
 }
 
 void NSOperation::forgetDependencies() {
-  Dependencies* forgotten = nullptr;
+  Dependencies forgotten;
   {
     const detail::LockGuard guard(lock_);
-    forgotten = std::exchange(dependencies_, nullptr);
-    lastDependencies_ = nullptr;
+    std::swap(forgotten, dependencies_);
+    lastDependencies_ = &dependencies_;
   }
   letGo(forgotten);
 }
 
 /// Takes the operation out of all lists and releases what it depended on. Operations that are
 /// destroyed by that are released one after the other, not recursively, because chains may be long.
-void NSOperation::letGo(Dependencies* dependencies) noexcept {
-  static constinit thread_local Dependencies** released = nullptr;
-  if (!dependencies) return;
+void NSOperation::letGo(Dependencies& dependencies) noexcept {
+  static constinit thread_local NSOperation** lastReferences = nullptr;
   // An operation that ran without being cancelled was unlinked by everything that it waited for.
   const State state = state_.load(std::memory_order_acquire);
   const bool isInNoList =
       (state & finishedFlag) && !(state & cancelledFlag) && state < oneDependency;
-  Dependencies* last = dependencies;
-  for (Dependencies* block = dependencies; block; block = block->next) {
-    last = block;
-    if (isInNoList) continue;
+  NSOperation* ownLastReferences = nullptr;
+  const bool isOutermost = !lastReferences;
+  if (isOutermost) lastReferences = &ownLastReferences;
+  for (Dependencies* block = &dependencies; block; block = block->next) {
     for (Dependency& dependency : *block) {
-      if (!dependency.operation) continue;
-      const detail::LockGuard guard(dependency.operation->lock_);
-      if (dependency.link) removeDependent(dependency);
+      NSOperation* operation = dependency.operation.leak();
+      if (!operation) continue;
+      if (!isInNoList) {
+        const detail::LockGuard guard(operation->lock_);
+        if (!operation->isFinished()) operation->removeDependent(dependency);
+      }
+      if (operation->releaseUnlessLast()) continue;
+      operation->nextReleased_ = std::exchange(*lastReferences, operation);
     }
   }
-  if (released) {
-    last->next = std::exchange(*released, dependencies);
-    return;
+  while (dependencies.next) {
+    delete std::exchange(dependencies.next, dependencies.next->next);
   }
-  released = &dependencies;
-  while (dependencies) delete std::exchange(dependencies, dependencies->next);
-  released = nullptr;
+  if (!isOutermost) return;
+  while (ownLastReferences) {
+    std::exchange(ownLastReferences, ownLastReferences->nextReleased_)->release();
+  }
+  lastReferences = nullptr;
 }
 
 }  // namespace zeb

@@ -4,7 +4,7 @@
 #include <ZEBPlatform/Operations/CurrentOperationPrivate.h>
 #include <ZEBPlatform/Operations/NSBlockOperation.h>
 #include <ZEBPlatform/Operations/NSOperationQueue.h>
-#include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
+#include <ZEBPlatform/Operations/OperationEndingPrivate.h>
 
 #include <algorithm>
 #include <utility>

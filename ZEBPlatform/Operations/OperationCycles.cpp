@@ -1,6 +1,5 @@
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Operations/OperationCyclesPrivate.h>
-#include <ZEBPlatform/Operations/OperationDependencyPrivate.h>
 
 #include <algorithm>
 #include <cmath>
@@ -32,7 +31,7 @@ bool NSOperation::markAcyclicIfDependenciesAre() {
   if (flags() & acyclicFlag) return true;
   const detail::LockGuard guard(lock_);
   Level level = 0;
-  for (Dependencies* block = dependencies_; block; block = block->next) {
+  for (const Dependencies* block = &dependencies_; block; block = block->next) {
     for (const Dependency& dependency : *block) {
       if (!dependency.operation) continue;
       const State flags = dependency.operation->flags();
@@ -124,7 +123,7 @@ bool NSOperation::CycleSearch::collectBelow(NSOperation& root) {
     const Ref<NSOperation> operation = visited_.emplace_back(std::move(waiting.back()));
     waiting.pop_back();
     const detail::LockGuard guard(operation->lock_);
-    for (Dependencies* block = operation->dependencies_; block; block = block->next) {
+    for (const Dependencies* block = &operation->dependencies_; block; block = block->next) {
       for (const Dependency& dependency : *block) {
         if (stepsLeft-- == 0) return false;
         const Ref<NSOperation>& next = dependency.operation;
