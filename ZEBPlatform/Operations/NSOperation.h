@@ -75,7 +75,7 @@ class NSOperation : public NSObject {
   }
   bool isFinished() const noexcept { return flags() & finishedFlag; }
   /// Whether it waits for nothing any more.
-  bool isReady() const noexcept { return isReadyIn(state_.load(std::memory_order_acquire)); }
+  bool isReady() const noexcept { return isReadyIn(countedState()); }
   /// Whether the operation continues after `main` has returned, until `finish` is called.
   virtual bool isAsynchronous() const noexcept { return false; }
 
@@ -143,8 +143,18 @@ class NSOperation : public NSObject {
   static constexpr State barrierFlag = 256;  ///< waits for its dependencies even when cancelled
   static constexpr State leftFlag = 512;     ///< the thread of its queue does not use it any more
   static constexpr State oneDependency = State{1} << 32;
+  /// With one of these, new dependencies are counted in the state. Without, which is before the
+  /// operation is enqueued, only the ends of dependencies are: the additions are in `uncounted_`,
+  /// because that needs no atomic operation. The number in the state may be negative then.
+  static constexpr State countingFlags = acyclicFlag | barrierFlag;
 
   State flags() const noexcept { return state_.load(std::memory_order_acquire); }
+  /// The state with all unfinished dependencies.
+  State countedState() const noexcept {
+    const State state = flags();
+    if (state & countingFlags) return state;
+    return state + uncounted_.load(std::memory_order_relaxed) * oneDependency;
+  }
   static bool isReadyIn(State state) noexcept {
     return (state & (cancelledFlag | barrierFlag)) == cancelledFlag || state < oneDependency;
   }
@@ -182,6 +192,7 @@ class NSOperation : public NSObject {
   std::atomic<State> state_{0};
   mutable detail::BriefLock lock_;
   std::atomic<Level> level_{0};                             ///< changed with the lock held
+  std::atomic<std::uint32_t> uncounted_{0};                 ///< changed with the lock held
   Dependency* dependents_ ZEB_GUARDED_BY(lock_) = nullptr;  ///< the operations that wait for this
   Dependencies* lastDependencies_ ZEB_GUARDED_BY(lock_) = &dependencies_;
   Dependencies dependencies_ ZEB_GUARDED_BY(lock_);

@@ -59,7 +59,11 @@ bool NSOperation::insertDependency(const Ref<NSOperation>& operation, State flag
   dependency.dependent = this;
   if (!operation->isFinished()) {
     dependency.nextDependent = std::exchange(operation->dependents_, &dependency);
-    state_.fetch_add(oneDependency, std::memory_order_acq_rel);
+    if (flags() & countingFlags) {
+      state_.fetch_add(oneDependency, std::memory_order_acq_rel);
+    } else {
+      uncounted_.store(uncounted_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    }
   }
   return true;
 }
@@ -144,7 +148,7 @@ void NSOperation::forgetDependencies() {
 void NSOperation::letGo(Dependencies& dependencies) noexcept {
   static constinit thread_local NSOperation** lastReferences = nullptr;
   // An operation that ran without being cancelled was unlinked by everything that it waited for.
-  const State state = state_.load(std::memory_order_acquire);
+  const State state = countedState();
   const bool isInNoList =
       (state & finishedFlag) && !(state & cancelledFlag) && state < oneDependency;
   NSOperation* ownLastReferences = nullptr;

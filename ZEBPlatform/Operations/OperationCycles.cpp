@@ -30,6 +30,7 @@ void NSOperation::requireNoCycle() {
 bool NSOperation::markAcyclicIfDependenciesAre() {
   if (flags() & acyclicFlag) return true;
   const detail::LockGuard guard(lock_);
+  if (flags() & acyclicFlag) return true;
   Level level = 0;
   for (const Dependencies* block = &dependencies_; block; block = block->next) {
     for (const Dependency& dependency : *block) {
@@ -41,7 +42,8 @@ bool NSOperation::markAcyclicIfDependenciesAre() {
   }
   // If a dependency is raised meanwhile, `rise` waits for this lock and then finds the mark.
   level_.store(level, std::memory_order_relaxed);
-  state_.fetch_or(acyclicFlag, std::memory_order_release);
+  const State uncounted = uncounted_.load(std::memory_order_relaxed);
+  state_.fetch_add(acyclicFlag + uncounted * oneDependency, std::memory_order_acq_rel);
   return true;
 }
 
