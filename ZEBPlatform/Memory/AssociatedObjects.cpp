@@ -44,8 +44,10 @@ Ref<NSObject> ObjectExtras::takeAssociated(const void* key,
 }
 
 /// Releases the associated objects while their owner is being destroyed: the root destructor calls
-/// this, after the destructors of the owner's own class. No lock is held meanwhile.
+/// this, after the destructors of the owner's own class. No lock is held meanwhile. Cuts the weak
+/// references of an owner that no release destroys, because its constructor threw.
 void ObjectExtras::objectIsGone() noexcept {
+  strongCount_.store(beingDestroyed, std::memory_order_relaxed);
   (void)Ref<NSObject>::adopt(observers_.exchange(nullptr, std::memory_order_acq_rel));
   {
     std::vector<std::pair<const void*, Ref<NSObject>>> associations;

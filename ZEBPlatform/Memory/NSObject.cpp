@@ -9,29 +9,41 @@ namespace zeb {
 
 namespace {
 
-/// The count of a dying object: so high that its destructor may take references to it for a while
-/// without deleting it again.
-constexpr std::uint32_t beingDestroyed = std::uint32_t{1} << 30;
+/// What stands in an object whose extras have its count. Threads that found the count here just
+/// before may still add and subtract one each, which leaves the highest bit as it is.
+constexpr std::uint32_t countIsInExtras = std::uint32_t{3} << 30;
 
 }  // namespace
 
 namespace detail {
 
 ObjectExtras& ObjectExtras::of(const NSObject& object) {
-  if (ObjectExtras* existing = ifAny(object)) return *existing;
-  ObjectExtras* fresh = new ObjectExtras(object);
-  ObjectExtras* expected = nullptr;
-  if (object.extras_.compare_exchange_strong(expected, fresh, std::memory_order_acq_rel))
-    return *fresh;
-  delete fresh;
-  return *expected;
+  ObjectExtras* extras = ifAny(object);
+  if (!extras) {
+    ObjectExtras* fresh = new ObjectExtras;
+    if (object.extras_.compare_exchange_strong(extras, fresh, std::memory_order_acq_rel)) {
+      extras = fresh;
+    } else {
+      delete fresh;
+    }
+  }
+  if (!NSObject::isInExtras(object.strongCount_.load(std::memory_order_acquire))) {
+    extras->takeCount(object);
+  }
+  return *extras;
 }
 
-Ref<NSObject> ObjectExtras::lock() noexcept {
+/// Takes the count from the object. The caller has a reference or is the destructor, so that the
+/// count is not zero. The lock keeps a second thread from storing an old count over the taken one.
+void ObjectExtras::takeCount(const NSObject& object) noexcept {
   const LockGuard guard(lock_);
-  const NSObject* object = object_.load(std::memory_order_relaxed);
-  if (!object || !object->retainUnlessDying()) return nullptr;
-  return Ref<NSObject>::adopt(const_cast<NSObject*>(object));
+  std::uint32_t count = object.strongCount_.load(std::memory_order_acquire);
+  while (!NSObject::isInExtras(count)) {
+    strongCount_.store(count, std::memory_order_relaxed);
+    if (object.strongCount_.compare_exchange_weak(count, countIsInExtras,
+                                                  std::memory_order_acq_rel))
+      return;
+  }
 }
 
 NSObject& ObjectExtras::setObserversOnce(Ref<NSObject> fresh) noexcept {
@@ -42,37 +54,56 @@ NSObject& ObjectExtras::setObserversOnce(Ref<NSObject> fresh) noexcept {
   return *fresh.leak();
 }
 
-void ObjectExtras::objectIsDying() noexcept {
-  const LockGuard guard(lock_);
-  object_.store(nullptr, std::memory_order_release);
-}
-
 }  // namespace detail
 
 NSObject::~NSObject() {
   if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire)) {
-    extras->objectIsDying();
     extras->objectIsGone();
   }
 }
 
-void NSObject::release() const noexcept {
-  if (strongCount_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-  // Weak references are cut before any destructor runs, so that they never lead to a half-destroyed
-  // object.
-  if (detail::ObjectExtras* extras = extras_.load(std::memory_order_acquire))
-    extras->objectIsDying();
-  strongCount_.store(beingDestroyed, std::memory_order_relaxed);
+/// The extras of an object whose count says that they have it. Reads the count once more, because
+/// that makes what its mover wrote visible.
+detail::ObjectExtras& NSObject::extrasWithCount() const noexcept {
+  (void)strongCount_.load(std::memory_order_acquire);
+  return *extras_.load(std::memory_order_relaxed);
+}
+
+void NSObject::retainInExtras() const noexcept {
+  extrasWithCount().strongCount_.fetch_add(1, std::memory_order_relaxed);
+}
+
+// A count of zero is final: weak references find it and answer nil before any destructor runs, so
+// that they never lead to a half-destroyed object.
+
+inline void NSObject::releaseInExtras() const noexcept {
+  std::atomic<std::uint32_t>& strongCount = extrasWithCount().strongCount_;
+  if (strongCount.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  strongCount.store(detail::ObjectExtras::beingDestroyed, std::memory_order_relaxed);
   delete this;
+}
+
+void NSObject::release() const noexcept {
+  if (!isInExtras(strongCount_.load(std::memory_order_relaxed))) {
+    const std::uint32_t count = strongCount_.fetch_sub(1, std::memory_order_acq_rel);
+    if (!isInExtras(count)) {
+      if (count != 1) return;
+      strongCount_.store(detail::ObjectExtras::beingDestroyed, std::memory_order_relaxed);
+      delete this;
+      return;
+    }
+  }
+  releaseInExtras();
 }
 
 bool NSObject::retainUnlessDying() const noexcept {
   std::uint32_t count = strongCount_.load(std::memory_order_relaxed);
-  while (count != 0 && count < beingDestroyed) {
+  while (!isInExtras(count)) {
+    if (!detail::ObjectExtras::isAlive(count)) return false;
     if (strongCount_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed))
       return true;
   }
-  return false;
+  return extrasWithCount().retainObject();
 }
 
 bool NSObject::releaseUnlessLast() const noexcept {

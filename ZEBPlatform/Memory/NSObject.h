@@ -27,7 +27,13 @@ class NSObject {
   NSObject(const NSObject&) = delete;
   NSObject& operator=(const NSObject&) = delete;
 
-  void retain() const noexcept { strongCount_.fetch_add(1, std::memory_order_relaxed); }
+  void retain() const noexcept {
+    // The first look spares objects with extras the vain change of the count.
+    if (isInExtras(strongCount_.load(std::memory_order_relaxed)) ||
+        isInExtras(strongCount_.fetch_add(1, std::memory_order_relaxed))) [[unlikely]] {
+      retainInExtras();
+    }
+  }
   void release() const noexcept;
 
   /// Whether the caller's reference is the only one, so that no other owner can see a change.
@@ -65,6 +71,14 @@ class NSObject {
  private:
   friend class detail::ObjectExtras;
 
+  /// Whether a value of the count says that the count is in the extras now.
+  static constexpr bool isInExtras(std::uint32_t count) noexcept { return count >> 31 != 0; }
+  void retainInExtras() const noexcept;
+  void releaseInExtras() const noexcept;
+  detail::ObjectExtras& extrasWithCount() const noexcept;
+
+  /// Of strong references, until the object gets extras: these then have the count, because weak
+  /// references must be able to read it when the object is gone.
   mutable std::atomic<std::uint32_t> strongCount_{1};
   /// Weak references and associated objects: most objects never have any.
   mutable std::atomic<detail::ObjectExtras*> extras_{nullptr};

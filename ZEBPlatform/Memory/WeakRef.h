@@ -20,11 +20,7 @@ class WeakRef {
   WeakRef(const Ref<T>& object) : WeakRef(object.get()) {}
 
   Ref<T> lock() const noexcept {
-    if (!extras_) return nullptr;
-    Ref<NSObject> alive = extras_->lock();
-    if (!alive) return nullptr;
-    (void)alive.leak();  // the reference goes on as the typed one
-    return Ref<T>::adopt(object_);
+    return extras_ && extras_->retainObject() ? Ref<T>::adopt(object_) : nullptr;
   }
 
   /// Whether the object has not begun to die. It may do so right afterwards: to use it, `lock()`

@@ -32,19 +32,31 @@ TEST(WeakRef, NeverHandsOutADyingObject) {
     };
   }
   EXPECT_EQ(deaths, 2);
+
+  struct Unfinished : NSObject {
+    explicit Unfinished(WeakRef<Unfinished>& weak) {
+      weak = WeakRef<Unfinished>(this);
+      throw 1;
+    }
+  };
+  WeakRef<Unfinished> weak;
+  EXPECT_THROW((void)makeRef<Unfinished>(weak), int);
+  EXPECT_FALSE(weak.lock());
 }
 
-TEST(WeakRef, LockRacesTheLastRelease) {
+/// The first weak reference moves the count of strong references while other threads change it.
+TEST(WeakRef, FirstOneAndItsLockRaceRetainAndRelease) {
   std::atomic<int> deaths = 0;
-  WeakRef<Probe> weak;
+  Ref<Probe> strong[4];
   std::barrier meeting(4);
-  storm(4, [&](int thread, std::mt19937&) {
+  storm(4, [&](int thread, std::mt19937& random) {
     for (int round = 0; round < 1000; ++round) {
-      Ref<Probe> strong = thread == 0 ? makeRef<Probe>(deaths) : nullptr;
-      if (strong) weak = strong;
+      if (thread == 0) std::ranges::fill(strong, makeRef<Probe>(deaths));
       meeting.arrive_and_wait();
-      strong = nullptr;
-      for (int turn = 0; thread > 0 && turn < 20; ++turn) {
+      for (auto turns = random() % 40; turns > 0; --turns) (void)Ref<Probe>(strong[thread]);
+      const WeakRef<Probe> weak(strong[thread]);
+      strong[thread] = nullptr;
+      for (int turn = 0; turn < 20; ++turn) {
         const Ref<Probe> locked = weak.lock();
         EXPECT_TRUE(!locked || locked->isAlive);
       }
