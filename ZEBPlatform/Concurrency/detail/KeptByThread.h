@@ -20,18 +20,19 @@ class KeptByThread {
   /// Keeps the object for the thread's next take(). An object that is kept already stays.
   static void give(std::unique_ptr<T> object) noexcept {
     if (kept_.object || kept_.threadIsEnding) return;
-    keeper_.isArmed = true;
     kept_.object = object.release();
+    if (!kept_.isKeeperMade) kept_.isKeeperMade = keeper_.isMade;
   }
 
  private:
   /// Has no destructor, so that it can be used until the thread has ended.
   struct Kept {
     T* object;
+    bool isKeeperMade;  ///< spares a look at `keeper_`, which costs a function call
     bool threadIsEnding;
   };
   struct Keeper {
-    bool isArmed = false;
+    bool isMade = true;
     ~Keeper() {
       kept_.threadIsEnding = true;
       delete std::exchange(kept_.object, nullptr);

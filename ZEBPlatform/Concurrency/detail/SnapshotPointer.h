@@ -66,6 +66,12 @@ class SnapshotPointer {
     return Pin(snapshotIn(word));
   }
 
+  /// Whether a pin is of the current snapshot, so that it can be used in place of a new one. Costs
+  /// no atomic change. Any thread.
+  [[nodiscard]] bool isCurrent(const Pin& pin) const noexcept {
+    return snapshotIn(word_.load(std::memory_order_acquire)) == pin.snapshot_;
+  }
+
   /// The current value or null, for a caller that keeps other threads from replacing it meanwhile.
   const T* get() const noexcept {
     const Snapshot* snapshot = snapshotIn(word_.load(std::memory_order_acquire));
