@@ -107,14 +107,17 @@ bool NSObject::retainUnlessDying() const noexcept {
 }
 
 bool NSObject::releaseUnlessLast() const noexcept {
-  std::uint32_t count = strongCount_.load(std::memory_order_relaxed);
-  while (count > 1) {
-    if (strongCount_.compare_exchange_weak(count, count - 1, std::memory_order_release,
-                                           std::memory_order_relaxed)) {
-      return true;
+  std::atomic<std::uint32_t>* strongCount = &strongCount_;
+  std::uint32_t count = strongCount->load(std::memory_order_relaxed);
+  do {
+    if (strongCount == &strongCount_ && isInExtras(count)) {
+      strongCount = &extrasWithCount().strongCount_;
+      count = strongCount->load(std::memory_order_relaxed);
     }
-  }
-  return false;
+    if (count <= 1) return false;
+  } while (!strongCount->compare_exchange_weak(count, count - 1, std::memory_order_release,
+                                               std::memory_order_relaxed));
+  return true;
 }
 
 std::size_t NSObject::hash() const noexcept { return reinterpret_cast<std::uintptr_t>(this) >> 4; }
