@@ -34,6 +34,8 @@ struct GrowthCurve {
   double finalExponent() const;
   /// Whether the cost grows faster than n log n.
   bool isFault() const;
+  /// "ok", "FAULT", or "reference" for the line that measures no part of the library.
+  const char* verdict() const;
 };
 
 /// A constant of this type registers a line of `zeb_bench --growth`, which is measured at 1, 10,

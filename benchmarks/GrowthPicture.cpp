@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <string_view>
 
 #include "Svg.h"
 
@@ -12,7 +13,7 @@ namespace {
 
 // Each plot has a cell of the picture, with the title above and the legend on the right.
 constexpr int columns = 2;
-constexpr int cellWidth = 560;
+constexpr int cellWidth = 610;
 constexpr int cellHeight = 290;
 constexpr int plotLeft = 64;
 constexpr int plotTop = 38;
@@ -20,9 +21,12 @@ constexpr int plotWidth = 320;
 constexpr int plotHeight = 200;
 constexpr int header = 64;
 
-constexpr const char* titles[growthPlots] = {
-    "JSON and archives",           "Collections",           "Adding and removing observers",
-    "One change, all are called ", "Timers and operations", "Posts"};
+constexpr const char* titles[growthPlots] = {"JSON and archives",
+                                             "Collections",
+                                             "Adding and removing observers",
+                                             "One change that all observers get",
+                                             "Timers and operations",
+                                             "Posts"};
 
 constexpr const char* lightColors[] = {"#2f6fb3", "#c4631d", "#2e8b57", "#8250df",
                                        "#cf222e", "#1b7c83", "#9a6700", "#bf3989"};
@@ -131,9 +135,9 @@ class Plot {
       }
       const int legend = left_ + plotWidth + 12;
       drawLine(svg_, legend, y - 4, legend + 18, y - 4, "curve " + color);
-      drawText(
-          svg_, legend + 24, y, "",
-          curve.name + formatted("  %.2f", curve.exponent()) + (curve.isFault() ? " FAULT" : ""));
+      std::string text = curve.name + formatted("  %.2f", curve.exponent());
+      if (curve.verdict() != std::string_view("ok")) text += formatted(", %s", curve.verdict());
+      drawText(svg_, legend + 24, y, "", text);
     }
   }
 
