@@ -29,6 +29,8 @@ enum StorageFlags : std::uint8_t {
   StorageWide = 4,        ///< string of 16-bit units
   StorageIndirect = 8,    ///< content lies elsewhere; a pointer to it follows the header
   StorageKeyedHash = 16,  ///< dictionary whose index uses the secret hash, because keys collided
+  /// Immutable ASCII string known to have no quotes, backslashes and control characters.
+  StoragePlainText = 32,
 };
 
 /// Header of every counted value that is not an `NSObject`.

@@ -287,7 +287,7 @@ class TreeReader {
     if (beginsBeyondASCII || anySet(beyondASCII(loadBlock(raw.data()), raw.size()))) {
       return newWideString(raw);
     }
-    StringStorage* string = newString(raw.size(), 0, raw.size());
+    StringStorage* string = newString(raw.size(), StoragePlainText, raw.size());
     char* const target = contentOf<char>(string);
     ByteBlock found{};
     std::size_t offset = 0;

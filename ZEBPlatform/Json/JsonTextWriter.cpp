@@ -1,3 +1,4 @@
+#include <ZEBPlatform/Foundation/detail/Arena.h>
 #include <ZEBPlatform/Foundation/detail/UnicodeTranscoding.h>
 #include <ZEBPlatform/Json/JsonTextWriter.h>
 
@@ -33,6 +34,8 @@ char* writeNumberedEscape(char* target, char16_t unit) noexcept {
 }
 
 }  // namespace
+
+static_assert(2 * sizeof(ByteBlock) <= Arena::slack, "documents are copied in such blocks");
 
 char* JsonTextWriter::writeCharacters(char* target, const char* at,
                                       const char* end) const noexcept {

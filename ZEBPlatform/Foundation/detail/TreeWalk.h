@@ -26,29 +26,31 @@ template <class Visitor>
 void walkTree(const Value& root, Visitor& visitor) {
   struct Level {
     const Value* collection = nullptr;
-    const Value* value = nullptr;            ///< of an array: the next element
-    const DictionaryEntry* entry = nullptr;  ///< of the others: the next entry
+    const void* next = nullptr;  ///< an element of an array, an entry of the others
     const void* end = nullptr;
     std::uint32_t position = 0;  ///< elements visited
+    ValueKind kind = ValueKind::Nil;
   };
   Level level;                   // where the walk is
   std::vector<Level> suspended;  // where it goes on afterwards
 
   const Value* value = &root;
   for (;;) {
-    if (value->kind() < ValueKind::Array || value->kind() > ValueKind::OrderedSet) {
+    const ValueKind kind = value->kind();
+    if (kind < ValueKind::Array || kind > ValueKind::OrderedSet) {
       visitor.leaf(*value);
     } else if (visitor.enter(*value, level.collection ? suspended.size() + 1 : 0)) {
       if (level.collection) suspended.push_back(level);
-      level = {};
       level.collection = value;
-      if (value->isArray()) {
+      level.position = 0;
+      level.kind = kind;
+      if (kind == ValueKind::Array) {
         const auto& array = *value->storageAs<ArrayStorage>();
-        level.value = array.values();
-        level.end = level.value + array.count;
+        level.next = array.values();
+        level.end = array.values() + array.count;
       } else {
         const auto& table = *value->storageAs<DictionaryStorage>();
-        level.entry = table.entries;
+        level.next = table.entries;
         level.end = table.entries + table.used;
       }
     }
@@ -56,20 +58,22 @@ void walkTree(const Value& root, Visitor& visitor) {
     // The next value of this collection or, at its end, of the enclosing one.
     if (!level.collection) return;
     for (value = nullptr;;) {
-      if (level.collection->isArray()) {
-        if (level.value != level.end) {
-          value = level.value++;
+      if (level.kind == ValueKind::Array) {
+        if (level.next != level.end) {
+          value = static_cast<const Value*>(level.next);
+          level.next = value + 1;
           visitor.element(level.position++);
         }
       } else {
-        while (level.entry != level.end && level.entry->key.isNil()) ++level.entry;
-        if (level.entry != level.end) {
-          const DictionaryEntry& entry = *level.entry++;
-          if (level.collection->isDictionary()) {
-            value = &entry.value;
-            visitor.key(entry.key, level.position++);
+        auto* entry = static_cast<const DictionaryEntry*>(level.next);
+        while (entry != level.end && entry->key.isNil()) ++entry;
+        if (entry != level.end) {
+          level.next = entry + 1;
+          if (level.kind == ValueKind::Dictionary) {
+            value = &entry->value;
+            visitor.key(entry->key, level.position++);
           } else {
-            value = &entry.key;
+            value = &entry->key;
             visitor.element(level.position++);
           }
         }

@@ -108,8 +108,12 @@ TEST(JsonWriter, StringsOfEveryLengthAndPlaceReadBackEqual) {
         keys.setObject(strings.lastObject().mutableCopy(), strings.lastObject());
       }
       strings.addObject(keys);
-      for (const unsigned options : {0u, 15u})
-        ASSERT_EQ(readBack(written(strings, options)), strings);
+      for (const unsigned options : {0u, 12u, 15u}) {
+        const std::string text = written(strings, options);
+        const Value back = readBack(text);
+        ASSERT_EQ(back, strings);
+        ASSERT_EQ(written(back, options), text) << "strings of documents are written differently";
+      }
     }
   }
   const NSArray pieces{std::string(10'000, '/'), std::string(10'000, '"') + "\xC3\xA9"};
