@@ -9,6 +9,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -42,6 +43,26 @@ bool isStoredForm(const Value& stored, const StringKey& key) noexcept {
   return !text.isWide() && text.length == prefix.size() + own.size() &&
          equalBytes(text.ascii(), prefix.data(), prefix.size()) &&
          equalBytes(text.ascii() + prefix.size(), own.data(), own.size());
+}
+
+bool isText(const Value& value, const StringKey& text) noexcept {
+  return value.isString() && text.matches(*value.storageAs<StringStorage>());
+}
+
+bool isUnsigned(const Value& value) noexcept {
+  return value.kind() == ValueKind::UnsignedInteger ||
+         (value.kind() == ValueKind::SignedInteger && value.longLongValue() >= 0);
+}
+
+/// The number of an archived double in the form that encoders write; empty for other dictionaries.
+std::optional<double> usualDouble(const DictionaryStorage& dictionary) noexcept {
+  if (dictionary.used != 2) return std::nullopt;
+  const DictionaryEntry& type = dictionary.entries[0];
+  const DictionaryEntry& bits = dictionary.entries[1];
+  const bool isUsual = isText(type.key, archive::type) && isText(bits.key, archive::bits) &&
+                       isText(type.value, archive::typeDouble) && isUnsigned(bits.value);
+  if (!isUsual) return std::nullopt;
+  return std::bit_cast<double>(bits.value.payload());
 }
 
 /// A copy that owns its memory.
@@ -118,7 +139,9 @@ Value DataDecoder::decoded(const Value& value, const StringKey& key, std::size_t
   if (value.isString()) return value.detachedCopy();
   if (value.isNumber() || value.isData() || value.isDate()) return value;
   if (!value.isDictionary()) throw ZEBUnarchiverError::unexpectedContent(key.string());
-  Step step(*this, *value.storageAs<DictionaryStorage>(), key, index);
+  const auto& dictionary = *value.storageAs<DictionaryStorage>();
+  if (const std::optional<double> number = usualDouble(dictionary)) return *number;
+  Step step(*this, dictionary, key, index);
   try {
     const Value* type = find(archive::type);
     return type && type->isString() ? decodedTagged(*type->storageAs<StringStorage>(), key)
@@ -230,10 +253,7 @@ double DataDecoder::doubleComponent(const StringKey& name) {
 std::uint64_t DataDecoder::unsignedComponent(const StringKey& name, std::uint64_t max) {
   const NSNumber number(component(name));
   if (number.isNil()) throw ZEBUnarchiverError::unexpectedDataType(name.string());
-  const bool isUnsigned =
-      number.kind() == ValueKind::UnsignedInteger ||
-      (number.kind() == ValueKind::SignedInteger && number.longLongValue() >= 0);
-  if (!isUnsigned || number.unsignedLongLongValue() > max) {
+  if (!isUnsigned(number) || number.unsignedLongLongValue() > max) {
     throw ZEBUnarchiverError::unexpectedContent(name.string());
   }
   return number.unsignedLongLongValue();

@@ -36,7 +36,7 @@ inline Value taken(const Value& element, const Value& array) {
 template <std::derived_from<Value> Handle>
 struct DecodedValueAs<Handle> {
   static std::optional<Handle> of(Value&& value) {
-    Handle handle(value);
+    Handle handle(std::move(value));
     if (handle.isNil()) return std::nullopt;
     return handle;
   }
