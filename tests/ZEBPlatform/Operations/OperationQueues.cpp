@@ -49,6 +49,27 @@ TEST(NSOperationQueue, RunsAsManyAtOnceAsItMay) {
   queue->waitUntilAllOperationsAreFinished();
 }
 
+/// A thread that calls the user's code must not have taken the next operation before.
+TEST(NSOperationQueue, RunsWhatCompletionBlocksAndDestructorsWaitFor) {
+  struct Waiter : NSOperation {
+    ~Waiter() override { awaitNext(); }
+    void awaitNext() const {
+      waitUntil([this] { return next->isFinished(); }, "another thread runs the next operation");
+    }
+    const Ref<NSOperation> next = makeRef<NSBlockOperation>([] {});
+  };
+  const auto queue = makeRef<NSOperationQueue>();
+  for (const bool hasBlock : {true, false}) {
+    queue->setSuspended(true);
+    auto first = makeRef<Waiter>();
+    if (hasBlock) first->setCompletionBlock([waiter = first.get()] { waiter->awaitNext(); });
+    queue->addOperations({first, first->next}, false);
+    if (!hasBlock) first = nullptr;
+    queue->setSuspended(false);
+    queue->waitUntilAllOperationsAreFinished();
+  }
+}
+
 TEST(NSOperationQueue, WaitsSuspendedAndOutlivesItsOwner) {
   for (const bool isCancelled : {true, false}) {
     auto queue = makeRef<NSOperationQueue>();
