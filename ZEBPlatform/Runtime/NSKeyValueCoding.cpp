@@ -1,9 +1,12 @@
 #include <ZEBPlatform/Foundation/NSDictionary.h>
 #include <ZEBPlatform/Foundation/NSException.h>
 #include <ZEBPlatform/Foundation/NSString.h>
+#include <ZEBPlatform/Runtime/HeldObjectPrivate.h>
 #include <ZEBPlatform/Runtime/NSKeyValueCoding.h>
 #include <ZEBPlatform/Runtime/Send.h>
 #include <ZEBPlatform/Runtime/SetterNamePrivate.h>
+
+#include <utility>
 
 namespace zeb {
 
@@ -29,8 +32,8 @@ SEL getterOf(const Value& receiver, const StringKey& key) {
   return method.argumentCount() == 0 ? method : SEL();
 }
 
-SEL setterOf(const Value& receiver, const StringKey& key) {
-  if (const auto* property = object_getClass(receiver)->findProperty(key)) return property->setter;
+SEL setterOf(const Value& receiver, const Class* cls, const StringKey& key) {
+  if (const auto* property = cls->findProperty(key)) return property->setter;
   const SEL method = selectorInUse(detail::setterName(key.string().utf8()), receiver);
   return method.argumentCount() == 1 ? method : SEL();
 }
@@ -55,9 +58,16 @@ void setValueForKey(const Value& receiver, const Value& value, const StringKey& 
     }
     return;
   }
-  const SEL setter = setterOf(receiver, key);
+  const Class* cls = object_getClass(receiver);
+  const SEL setter = setterOf(receiver, cls, key);
   if (!setter) raiseUndefinedKey(receiver, key, "setter for the key");
-  detail::sendMessage(receiver, setter, std::span(&value, 1));
+  detail::sendMessage(receiver, cls, setter, std::span(&value, 1));
+}
+
+[[gnu::noinline]] void detail::setValueForKeyOfObject(Ref<NSObject> receiver, const Value& value,
+                                                      const StringKey& key) {
+  const HeldObject held(std::move(receiver));
+  setValueForKey(held.object(), value, key);
 }
 
 Value valueForKeyPath(const Value& receiver, const NSString& keyPath) {

@@ -2,6 +2,9 @@
 
 #include <ZEBPlatform/Foundation/StringKey.h>
 #include <ZEBPlatform/Foundation/Value.h>
+#include <ZEBPlatform/Memory/NSObject.h>
+
+#include <concepts>
 
 /// Properties by name: registered ones, methods without arguments, and the entries of dictionaries.
 namespace zeb {
@@ -19,6 +22,14 @@ Value valueForKey(const Value& receiver, const StringKey& key);
 /// (NSUndefinedKeyException) when there is no such setter, and NSInvalidArgumentException when the
 /// setter takes another kind.
 void setValueForKey(const Value& receiver, const Value& value, const StringKey& key);
+namespace detail {
+void setValueForKeyOfObject(Ref<NSObject> receiver, const Value& value, const StringKey& key);
+}
+/// The object is kept alive until the call returns.
+template <std::derived_from<NSObject> T>
+void setValueForKey(const Ref<T>& receiver, const Value& value, const StringKey& key) {
+  detail::setValueForKeyOfObject(receiver, value, key);
+}
 
 /// The same along a path of keys, "owner.name": nil where a value on the way is nil. A nil path
 /// leads to the receiver itself, which can't be set.

@@ -60,7 +60,7 @@ ObjectObservers::~ObjectObservers() {
   begun_.clear();
   const KeyObserversList* list = list_.get();
   if (!list) return;
-  for (const Ref<KeyObservers>& one : *list) {
+  for (const Ref<KeyObservers>& one : list->parts) {
     for (const Ref<KeyObserver>& entry : one->entries()) {
       if (entry->level == 0) entry->observation->leavePath();
     }
@@ -70,22 +70,24 @@ ObjectObservers::~ObjectObservers() {
 KeyObservers* ObjectObservers::partFor(const NSString& key) const noexcept {
   const KeyObserversList* list = list_.get();
   if (!list) return nullptr;
-  const auto part = std::ranges::find(*list, key, &KeyObservers::key);
-  return part == list->end() ? nullptr : part->get();
+  const auto part = std::ranges::find(list->parts, key, &KeyObservers::key);
+  return part == list->parts.end() ? nullptr : part->get();
 }
 
 void ObjectObservers::replacePart(const KeyObservers* part, Ref<KeyObservers> replacement,
                                   Replaced& replaced) {
   const KeyObserversList* old = list_.get();
   KeyObserversList list = old ? *old : KeyObserversList();
-  const auto place = std::ranges::find(list, part, &Ref<KeyObservers>::get);
-  if (place == list.end()) {
-    list.push_back(std::move(replacement));
+  const auto place = std::ranges::find(list.parts, part, &Ref<KeyObservers>::get);
+  if (place == list.parts.end()) {
+    list.parts.push_back(std::move(replacement));
   } else if (replacement->entries().empty()) {
-    list.erase(place);
+    list.parts.erase(place);
   } else {
     *place = std::move(replacement);
   }
+  list.capacity = 0;
+  for (const Ref<KeyObservers>& one : list.parts) list.capacity += one->capacity();
   replaced.push_back(list_.replace(std::move(list)));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ZEBPlatform/Concurrency/detail/KeptByThread.h>
 #include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Concurrency/detail/SnapshotPointer.h>
 #include <ZEBPlatform/Foundation/NSString.h>
@@ -150,8 +151,10 @@ class ObjectObservers final : public NSObject {
   /// Removes the entries of observers that have died.
   void removeDead() ZEB_EXCLUDES(lock_);
 
-  /// The list as it is now; empty if there is none.
-  SnapshotPointer<KeyObserversList>::Pin pin() noexcept { return list_.pin(); }
+  /// Makes it a pin of the list as it is now, or an empty pin if there is none.
+  void pin(ListPin& pin) noexcept {
+    if (!list_.isCurrent(pin.list)) pin.list = list_.pin();
+  }
 
   /// Changes that begin by one call and end by another.
   void begin(std::unique_ptr<ObservedChange> change) ZEB_EXCLUDES(lock_);
@@ -181,17 +184,25 @@ class ObjectObservers final : public NSObject {
   std::vector<Begun> begun_ ZEB_GUARDED_BY(lock_);
 };
 
-inline PinnedObservers::PinnedObservers(ObjectObservers* observers, const StringKey& key) noexcept {
+inline PinnedObservers::PinnedObservers(ObjectObservers* observers, const StringKey& key) {
   if (!observers) return;
-  list_ = observers->pin();
-  if (!list_) return;
-  for (const Ref<KeyObservers>& one : *list_) {
+  pin_ = KeptByThread<ListPin>::take();
+  if (!pin_) pin_ = std::make_unique<ListPin>();
+  observers->pin(*pin_);
+  if (!pin_->list) return;
+  for (const Ref<KeyObservers>& one : pin_->list->parts) {
     if (!one->isFor(key)) continue;
     observers_ = one.get();
     return;
   }
 }
 
-inline PinnedObservers::~PinnedObservers() = default;
+inline PinnedObservers::~PinnedObservers() {
+  if (!pin_) return;
+  // Longer lists would take memory for entries that may have been removed long ago.
+  constexpr std::size_t maxKeptCapacity = 64;
+  if (pin_->list && pin_->list->capacity > maxKeptCapacity) pin_->list = {};
+  KeptByThread<ListPin>::give(std::move(pin_));
+}
 
 }  // namespace zeb::detail

@@ -1,14 +1,58 @@
+#include <ZEBPlatform/Runtime/HeldObjectPrivate.h>
 #include <ZEBPlatform/Runtime/ObjectObserversPrivate.h>
 
 #include <algorithm>
+#include <new>
 
 namespace zeb::detail {
+
+namespace {
+
+/// A value that is read on first use, where it stays: an assignment of the result would wait until
+/// the processor has stored it.
+class LateValue {
+ public:
+  LateValue() noexcept {}
+  LateValue(const LateValue&) = delete;
+  LateValue& operator=(const LateValue&) = delete;
+  ~LateValue() {
+    if (isRead_) value_.~Value();
+  }
+  template <class Read>
+  const Value& get(const Read& read) {
+    if (!isRead_) new (&value_) Value(read());
+    isRead_ = true;
+    return value_;
+  }
+
+ private:
+  union {
+    Value value_;
+  };
+  bool isRead_ = false;
+};
+
+}  // namespace
+
+/// The object as a value that keeps it alive.
+inline const Value* ObservedChange::retained(const NSObject& object) noexcept {
+  const HeldObject* held = HeldObject::innermost();
+  if (held && held->holds(object, this)) return &held->object();
+  object.retain();
+  ownedObject_ = Value(Value::adoptObject, const_cast<NSObject*>(&object));
+  return &ownedObject_;
+}
+
+inline bool ObservedChange::isConcerned(const Ref<KeyObserver>& entry) const noexcept {
+  if (entry->isRemoved()) return false;
+  return !entry->observation->isAlongPath() || isFirstOfPath(entry);
+}
 
 ObservedChange::ObservedChange(const NSObject& object, const StringKey& key)
     : observers_(ObjectObservers::ifAny(object), key) {
   if (!observers_) return;
   entries_ = observers_->entries();
-  retainObject(object);
+  object_ = retained(object);
   if (!observers_->looksBefore()) return;
   for (const Ref<KeyObserver>& entry : entries_) {
     if (isConcerned(entry)) prepare(*entry);
@@ -17,16 +61,12 @@ ObservedChange::ObservedChange(const NSObject& object, const StringKey& key)
 
 ObservedChange::~ObservedChange() = default;
 
+void ObservedChange::retainObject(const NSObject& object) noexcept { object_ = retained(object); }
+
 bool ObservedChange::isOf(const StringKey& key) const noexcept { return observers_->isFor(key); }
 
-void ObservedChange::retainObject(const NSObject& object) noexcept {
-  object_ = Ref<NSObject>(const_cast<NSObject*>(&object));
-}
-
-bool ObservedChange::isConcerned(const Ref<KeyObserver>& entry) const noexcept {
-  if (entry->isRemoved()) return false;
-  if (!entry->observation->isAlongPath()) return true;
-  // A path that leads to this key of this object twice is notified once.
+/// A path that leads to this key of this object twice is notified once.
+bool ObservedChange::isFirstOfPath(const Ref<KeyObserver>& entry) const noexcept {
   return std::none_of(entries_.data(), &entry, [&](const Ref<KeyObserver>& earlier) {
     return earlier->observation == entry->observation && !earlier->isRemoved();
   });
@@ -36,9 +76,9 @@ void ObservedChange::prepare(const KeyObserver& entry) {
   const KeyPathObservation& observation = *entry.observation;
   if (observation.wants(NSKeyValueObservingOptionOld)) {
     if (!entry.isLast()) {
-      oldValuesAlongPaths_.emplace_back(&entry, observation.valueFrom(object_, entry.level));
+      oldValuesAlongPaths_.emplace_back(&entry, observation.valueFrom(*object_, entry.level));
     } else if (!oldValue_) {
-      oldValue_ = observers_->valueIn(object_);
+      oldValue_ = observers_->valueIn(*object_);
     }
   }
   if (observation.wants(NSKeyValueObservingOptionPrior)) {
@@ -55,40 +95,40 @@ const Value* ObservedChange::oldValueFor(const KeyObserver& entry) const noexcep
   return nullptr;
 }
 
-bool ObservedChange::tell(const KeyObserver& entry, const KeyValueChange& change) const {
-  if (entry.level == 0) return entry.observation->tell(object_, change);
-  const Value first = entry.observation->object();
-  return first && entry.observation->tell(first, change);
+void ObservedChange::tell(const KeyObserver& entry, const KeyValueChange& change) {
+  if (entry.level == 0) {
+    if (!entry.observation->tell(*object_, change)) metDeadObserver_ = true;
+  } else {
+    const Value first = entry.observation->object();
+    if (!first || !entry.observation->tell(first, change)) metDeadObserver_ = true;
+  }
 }
 
-bool ObservedChange::tellAlongPath(const KeyObserver& entry) const {
+void ObservedChange::tellAlongPath(const KeyObserver& entry) {
   KeyPathObservation& observation = *entry.observation;
   observation.followPath();
   const bool wantsNew = observation.wants(NSKeyValueObservingOptionNew);
-  const Value value = wantsNew ? observation.valueFrom(object_, entry.level) : Value();
-  return tell(entry, KeyValueChange(oldValueFor(entry), wantsNew ? &value : nullptr, false));
+  const Value value = wantsNew ? observation.valueFrom(*object_, entry.level) : Value();
+  tell(entry, KeyValueChange(oldValueFor(entry), wantsNew ? &value : nullptr, false));
 }
 
 void ObservedChange::tell() {
-  std::optional<Value> newValue;
+  LateValue newValue;
   std::optional<KeyValueChange> change;
-  bool foundDead = false;
   for (const Ref<KeyObserver>& entry : entries_) {
     if (!isConcerned(entry)) continue;
-    bool isAlive;
-    if (entry->isLast()) {
-      const bool wantsNew = entry->observation->wants(NSKeyValueObservingOptionNew);
-      if (wantsNew && !newValue) newValue = observers_->valueIn(object_);
-      const Value* oldValue = observers_->looksBefore() ? oldValueFor(*entry) : nullptr;
-      const Value* value = wantsNew ? &*newValue : nullptr;
-      if (!change || !change->holds(oldValue, value)) change.emplace(oldValue, value, false);
-      isAlive = tell(*entry, *change);
-    } else {
-      isAlive = tellAlongPath(*entry);
+    if (!entry->isLast()) {
+      tellAlongPath(*entry);
+      continue;
     }
-    if (!isAlive) foundDead = true;
+    const bool wantsNew = entry->observation->wants(NSKeyValueObservingOptionNew);
+    const Value* value =
+        wantsNew ? &newValue.get([&] { return observers_->valueIn(*object_); }) : nullptr;
+    const Value* oldValue = observers_->looksBefore() ? oldValueFor(*entry) : nullptr;
+    if (!change || !change->holds(oldValue, value)) change.emplace(oldValue, value, false);
+    tell(*entry, *change);
   }
-  if (foundDead) ObjectObservers::ifAny(*object_.objectPointer())->removeDead();
+  if (metDeadObserver_) ObjectObservers::ifAny(*object_->objectPointer())->removeDead();
 }
 
 }  // namespace zeb::detail

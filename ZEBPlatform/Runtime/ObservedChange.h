@@ -7,6 +7,8 @@
 #include <ZEBPlatform/Memory/NSObject.h>
 #include <ZEBPlatform/Memory/detail/ObjectExtras.h>
 
+#include <cstddef>
+#include <memory>
 #include <optional>
 #include <span>
 #include <utility>
@@ -22,7 +24,18 @@ class ObjectObservers;
 class KeyObservers;
 struct KeyObserver;
 
-using KeyObserversList = std::vector<Ref<KeyObservers>>;
+/// The observed keys of an object. The list is never changed, but its parts grow in place.
+struct KeyObserversList {
+  std::vector<Ref<KeyObservers>> parts;
+  /// The number of entries that the parts have memory for.
+  std::size_t capacity = 0;
+};
+
+/// Keeps one list readable. A thread keeps the pin of the list that it used last, because in most
+/// cases it uses the same list next: then it needs no atomic change to pin it.
+struct ListPin {
+  SnapshotPointer<KeyObserversList>::Pin list;
+};
 
 /// Whether the object has observers, or had some.
 inline bool isObserved(const NSObject& object) noexcept {
@@ -34,7 +47,7 @@ inline bool isObserved(const NSObject& object) noexcept {
 /// is added or removed meanwhile.
 class PinnedObservers {
  public:
-  PinnedObservers(ObjectObservers* observers, const StringKey& key) noexcept;
+  PinnedObservers(ObjectObservers* observers, const StringKey& key);
   ~PinnedObservers();
   PinnedObservers(const PinnedObservers&) = delete;
   PinnedObservers& operator=(const PinnedObservers&) = delete;
@@ -43,7 +56,7 @@ class PinnedObservers {
   const KeyObservers* operator->() const noexcept { return observers_; }
 
  private:
-  SnapshotPointer<KeyObserversList>::Pin list_;
+  std::unique_ptr<ListPin> pin_;
   const KeyObservers* observers_ = nullptr;
 };
 
@@ -65,24 +78,30 @@ class ObservedChange {
   void tell();
 
   /// For a change that is not known to end: it must not keep its object alive.
-  void releaseObject() noexcept { object_ = nullptr; }
+  void releaseObject() noexcept {
+    ownedObject_ = nullptr;
+    object_ = &ownedObject_;
+  }
   void retainObject(const NSObject& object) noexcept;
 
  private:
+  const Value* retained(const NSObject& object) noexcept;
   bool isConcerned(const Ref<KeyObserver>& entry) const noexcept;
+  bool isFirstOfPath(const Ref<KeyObserver>& entry) const noexcept;
   void prepare(const KeyObserver& entry);
   const Value* oldValueFor(const KeyObserver& entry) const noexcept;
-  /// False when the observer is dead.
-  bool tell(const KeyObserver& entry, const KeyValueChange& change) const;
-  bool tellAlongPath(const KeyObserver& entry) const;
+  void tell(const KeyObserver& entry, const KeyValueChange& change);
+  void tellAlongPath(const KeyObserver& entry);
 
-  Value object_;
+  Value ownedObject_;  ///< nil if the call that this is in holds the object
+  const Value* object_ = &ownedObject_;
   PinnedObservers observers_;  ///< let go before the object
   /// The observers that are there when the change begins.
   std::span<const Ref<KeyObserver>> entries_;
   std::optional<Value> oldValue_;
   /// For entries whose path continues from here.
   std::vector<std::pair<const KeyObserver*, Value>> oldValuesAlongPaths_;
+  bool metDeadObserver_ = false;
 };
 
 }  // namespace zeb::detail

@@ -82,7 +82,12 @@ void requireMethod(const Value& receiver, SEL selector) {
 
 Value sendMessage(const Value& receiver, SEL selector, std::span<const Value> arguments) {
   if (receiver.isNil()) return {};
-  const Method method = object_getClass(receiver)->findMethod(selector);
+  return sendMessage(receiver, object_getClass(receiver), selector, arguments);
+}
+
+Value sendMessage(const Value& receiver, const Class* cls, SEL selector,
+                  std::span<const Value> arguments) {
+  const Method method = cls->findMethod(selector);
   if (!method) reportUnrecognized(receiver, selector);
   if (const PropertyRecord* property = method->setterOf.load(std::memory_order_acquire)) {
     if (receiver.isObject() && isObserved(*receiver.objectPointer())) {

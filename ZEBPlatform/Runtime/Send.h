@@ -17,6 +17,9 @@ namespace zeb {
 namespace detail {
 
 Value sendMessage(const Value& receiver, SEL selector, std::span<const Value> arguments);
+/// The same for a caller that knows the receiver's class.
+Value sendMessage(const Value& receiver, const Class* cls, SEL selector,
+                  std::span<const Value> arguments);
 Value performMessage(const Value& receiver, SEL selector, std::span<const Value> arguments);
 
 /// Anything that can travel: texts in quotes, handles, numbers, objects by reference or pointer.

@@ -53,6 +53,8 @@ class ObserverArray : public NSObject {
     return {slots_.get(), count_.load(std::memory_order_acquire)};
   }
 
+  /// The number of entries, gaps included, that it has memory for.
+  std::size_t capacity() const noexcept { return capacity_; }
   bool isFull() const noexcept { return count_.load(std::memory_order_relaxed) == capacity_; }
   void append(Ref<Entry> entry) noexcept {
     const std::size_t count = count_.load(std::memory_order_relaxed);

@@ -222,6 +222,23 @@ TEST_F(KeyValueObserving, CallbacksMayChangeEverything) {
   EXPECT_FALSE(weak.lock());
 }
 
+TEST_F(KeyValueObserving, ObjectLivesUntilItsChangeEnds) {
+  std::optional<KeyValueChangeScope> change;
+  const auto begin = [&](Track& self, bool) { change.emplace(self, StringKey("title")); };
+  extendClass(Track::runtimeClass(), {method("setChanging:", begin)});
+  for (const Ref<Observer>& one : {observer, other}) addObserver(track, one, "title", New);
+  observer->then = [&] { track = nullptr; };
+  setValueForKey(track, "Two", "title");
+  EXPECT_EQ(taken(), "titleTwo\ntitleTwo\n");
+
+  track = Track::trackWithTitle("One");
+  addObserver(track, observer, "title", New);
+  setValueForKey(track, true, "changing");
+  track = nullptr;
+  change.reset();
+  EXPECT_EQ(taken(), "titleOne\n") << "the change outlives the call that held the object";
+}
+
 TEST_F(KeyValueObserving, ManyObserversGoInAnyOrder) {
   setValueForKey(track, Track::trackWithTitle("Next"), "next");
   std::vector<Ref<Observer>> observers(40'000);
