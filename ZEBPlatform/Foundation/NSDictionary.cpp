@@ -20,6 +20,13 @@ namespace {
   return entry ? &entry->value : nullptr;
 }
 
+/// Every search for a string that `findString` does not complete.
+[[gnu::noinline]] const Value* findPlainly(const detail::DictionaryStorage& table,
+                                           const NSString& key) noexcept {
+  const DictionaryEntry* entry = detail::findEntry(table, StringKey(key));
+  return entry ? &entry->value : nullptr;
+}
+
 }  // namespace
 
 const Value* NSDictionary::find(const DictionaryKey& key) const {
@@ -28,10 +35,35 @@ const Value* NSDictionary::find(const DictionaryKey& key) const {
   return key.otherValue() ? findValue(table(), *key.otherValue()) : nullptr;
 }
 
+// Searches indexed tables for texts of bytes that know their hash, which excludes mutable texts.
+// These are nearly all searches. The other cases are in a function of their own, so that this one
+// keeps its state in registers.
 const Value* NSDictionary::findString(const NSString& key) const noexcept {
-  if (isNil()) return nullptr;
-  const DictionaryEntry* entry = detail::findEntry(table(), StringKey(key));
-  return entry ? &entry->value : nullptr;
+  if (isNil() || key.isNil()) return nullptr;
+  const detail::DictionaryStorage& storage = table();
+  const auto& text = *key.storageAs<detail::StringStorage>();
+  const std::uint32_t hash = text.hash.load(std::memory_order_relaxed);
+  const std::uint32_t mask = storage.indexMask;
+  if (!hash || !mask || text.isWide() || storage.hasKeyedHash()) return findPlainly(storage, key);
+  const std::uint32_t* const index = storage.index();
+  const std::uint64_t wantedHead = headOfKey(Kind::String, hash);
+  const DictionaryEntry* entry;
+  std::uint32_t slot = hash & mask;
+  do {
+    const std::uint32_t position = index[slot];
+    if (!position) return nullptr;
+    entry = &storage.entries[position - 1];
+    slot = (slot + 1) & mask;
+  } while (entry->key.head() != wantedHead);
+  const auto& candidate = *entry->key.storageAs<detail::StringStorage>();
+  if (&candidate == &text) return &entry->value;
+  // Neither text is mutable, so the bytes lie behind the headers.
+  if (candidate.length == text.length && !candidate.isWide() &&
+      detail::equalBytes(reinterpret_cast<const char*>(&candidate + 1),
+                         reinterpret_cast<const char*>(&text + 1), text.length)) [[likely]] {
+    return &entry->value;
+  }
+  return findPlainly(storage, key);  // two texts have the same hash
 }
 
 NSArray NSDictionary::allKeys() const {

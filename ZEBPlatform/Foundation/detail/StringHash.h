@@ -46,18 +46,35 @@ constexpr std::uint64_t loadWord(const char* bytes) noexcept {
 
 static_assert(std::endian::native == std::endian::little, "the word loads assume it");
 
-/// As memcmp() == 0, but inline, because most texts are short.
-inline bool equalBytes(const char* left, const char* right, std::size_t count) noexcept {
-  if (count < 8) return loadTail(left, count) == loadTail(right, count);
-  if (count <= 16) {
-    const std::uint64_t first = loadWord(left) ^ loadWord(right);
-    const std::uint64_t last = loadWord(left + count - 8) ^ loadWord(right + count - 8);
-    return (first | last) == 0;
+/// 0 if the words at the starts are equal, and those `second` bytes after them, too.
+template <class Word>
+inline Word differenceOfWords(const char* left, const char* right, std::size_t second) noexcept {
+  Word words[4];
+  std::memcpy(&words[0], left, sizeof(Word));
+  std::memcpy(&words[1], right, sizeof(Word));
+  std::memcpy(&words[2], left + second, sizeof(Word));
+  std::memcpy(&words[3], right + second, sizeof(Word));
+  return (words[0] ^ words[1]) | (words[2] ^ words[3]);
+}
+
+/// As memcmp() == 0, but inline, because most texts are short. Two words that may overlap cover
+/// every length from one word to two, without a branch for each byte.
+[[gnu::always_inline]] inline bool equalBytes(const char* left, const char* right,
+                                              std::size_t count) noexcept {
+  if (count <= 16) [[likely]] {
+    if (count >= 8) return differenceOfWords<std::uint64_t>(left, right, count - 8) == 0;
+    if (count >= 4) return differenceOfWords<std::uint32_t>(left, right, count - 4) == 0;
+    if (count >= 2) return differenceOfWords<std::uint16_t>(left, right, count - 2) == 0;
+    return count == 0 || *left == *right;
   }
-  for (std::size_t offset = 0; offset + 8 < count; offset += 8) {
-    if (loadWord(left + offset) != loadWord(right + offset)) return false;
+  if (count <= 32) {
+    return (differenceOfWords<std::uint64_t>(left, right, 8) |
+            differenceOfWords<std::uint64_t>(left + count - 16, right + count - 16, 8)) == 0;
   }
-  return loadWord(left + count - 8) == loadWord(right + count - 8);
+  for (std::size_t offset = 0; offset + 16 < count; offset += 16) {
+    if (differenceOfWords<std::uint64_t>(left + offset, right + offset, 8) != 0) return false;
+  }
+  return differenceOfWords<std::uint64_t>(left + count - 16, right + count - 16, 8) == 0;
 }
 
 constexpr std::uint64_t mixHash(std::uint64_t hash, std::uint64_t word) noexcept {

@@ -20,6 +20,7 @@ TEST(DictionaryKey, EveryKindOfTextHashesAndMatchesAlike) {
   check("", "");
   check("abcdefg", "abcdefg");
   check("abcdefghijklmnopq", "abcdefghijklmnopq");
+  check("abcdefghijklmnopqrstuvwxyz_0123456789", "abcdefghijklmnopqrstuvwxyz_0123456789");
   check("a\0b", "a\0b"_ns);
   check("\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9");
   check("\xE3\x82\xAD\xE3\x83\xBC\xF0\x9F\x98\x80", std::u16string_view(u"\u30AD\u30FC\U0001F600"));
@@ -104,8 +105,17 @@ TEST(NSDictionary, GrowsToManyOrdinaryKeysUnderThePublicHash) {
     dictionary.setObject(i, key(i));
     if (i < 10'000) dictionary.setObject(i, NSDictionary{{"id", i}, {"parent", NSArray{i}}});
   }
-  for (int i = 0; i < 100'000; ++i)
-    ASSERT_TRUE(dictionary[key(i)] == i && !dictionary[key(-1 - i)]);
+  for (int i = 0; i < 100'000; ++i) {
+    const NSString stored = key(i), absent = key(-1 - i);
+    for ([[maybe_unused]] const bool isHashed : {false, true})
+      ASSERT_TRUE(dictionary[stored] == i && !dictionary[absent]);
+  }
+  NSMutableDictionary equalHashes;
+  for (int i = 0; const NSString text : collidingKeys(40)) {
+    if (++i <= 20) equalHashes.setObject(i, text.mutableCopy());
+    ASSERT_NE(StringKey(text).hash(), 0u) << "from now on the text knows its hash";
+    EXPECT_EQ(equalHashes[text], i <= 20 ? Value(i) : Value());
+  }
   EXPECT_EQ(dictionary.count(), 110'000u);
   EXPECT_FALSE(dictionary.storageAs<detail::DictionaryStorage>()->hasKeyedHash());
 }
