@@ -1,4 +1,5 @@
 #include <ZEBPlatform/Concurrency/detail/Lock.h>
+#include <ZEBPlatform/Concurrency/detail/MemoryReuse.h>
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
 #include <ZEBPlatform/Concurrency/detail/WorkItemMemory.h>
 
@@ -7,16 +8,6 @@
 #include <cstdint>
 #include <new>
 #include <utility>
-
-// Sanitizers follow a block from its allocation to its release only if it is not used again in
-// between.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define ZEB_REUSE_BLOCKS 0
-#elif defined(__has_feature)
-#define ZEB_REUSE_BLOCKS !(__has_feature(address_sanitizer) || __has_feature(thread_sanitizer))
-#else
-#define ZEB_REUSE_BLOCKS 1
-#endif
 
 namespace zeb::detail {
 
@@ -147,7 +138,7 @@ struct AtThreadEnd {
 };
 thread_local AtThreadEnd atThreadEnd;
 
-[[maybe_unused]] void* allocateFromNewPage() {
+void* allocateFromNewPage() {
   Page* const page = PagePool::shared().take();
   if (pages.isOver) {
     addFreed(*page, blocksPerPage - 1);
@@ -159,7 +150,7 @@ thread_local AtThreadEnd atThreadEnd;
   return page->block(0);
 }
 
-[[maybe_unused]] void freeInOtherPage(Page& page) noexcept {
+void freeInOtherPage(Page& page) noexcept {
   if (pages.isOver) return addFreed(page, 1);
   atThreadEnd.use();
   if (pages.freeing) addFreed(*pages.freeing, pages.freed);
@@ -170,22 +161,16 @@ thread_local AtThreadEnd atThreadEnd;
 }  // namespace
 
 void* WorkItemMemory::allocate() {
-#if ZEB_REUSE_BLOCKS
+  if (!reusesMemory) return ::operator new(blockSize);
   if (pages.used == blocksPerPage || pages.isOver) return allocateFromNewPage();
   return pages.source->block(pages.used++);
-#else
-  return ::operator new(blockSize);
-#endif
 }
 
 void WorkItemMemory::free(void* block) noexcept {
-#if ZEB_REUSE_BLOCKS
+  if (!reusesMemory) return ::operator delete(block);
   Page& page = Page::of(block);
   if (&page != pages.freeing || pages.isOver) return freeInOtherPage(page);
   ++pages.freed;
-#else
-  ::operator delete(block);
-#endif
 }
 
 }  // namespace zeb::detail

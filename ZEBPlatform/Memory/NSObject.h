@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <string>
 
 namespace zeb {
@@ -26,6 +27,19 @@ class NSObject {
   /// is kept longer dangles.
   NSObject(const NSObject&) = delete;
   NSObject& operator=(const NSObject&) = delete;
+
+  /// Objects of up to 120 bytes get memory that threads keep for reuse: at most 64 free blocks of
+  /// each size per thread, and 16 MiB for all threads together.
+  static void* operator new(std::size_t size);
+  static void operator delete(void* memory, std::size_t size) noexcept;
+  static void* operator new(std::size_t size, std::align_val_t alignment) {
+    return ::operator new(size, alignment);
+  }
+  static void operator delete(void* memory, std::align_val_t alignment) noexcept {
+    ::operator delete(memory, alignment);
+  }
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+  static void operator delete(void*, void*) noexcept {}
 
   void retain() const noexcept {
     // The first look spares objects with extras the vain change of the count.

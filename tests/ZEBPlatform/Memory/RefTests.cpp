@@ -1,6 +1,6 @@
 #include <ZEBPlatform/Memory.h>
 
-#include "Support/Support.h"
+#include "Support/Storm.h"
 
 namespace zeb::test {
 
@@ -36,6 +36,40 @@ TEST(NSObject, IsDescribedByItsClass) {
   const auto object = makeRef<Plain>();
   EXPECT_TRUE(object->className().ends_with("Plain")) << object->className();
   EXPECT_TRUE(object->description().starts_with("<" + object->className() + ": 0x"));
+}
+
+/// Counts the faults of its memory: a wrong alignment, and use by another object.
+template <std::size_t words>
+struct alignas(words == 16 ? 64 : 8) Filled final : NSObject {
+  explicit Filled(std::atomic<int>& sharedFaults) : faults(sharedFaults) {
+    static std::atomic<std::uint64_t> objects = 0;
+    std::ranges::fill(content, ++objects);
+    faults += reinterpret_cast<std::uintptr_t>(this) % alignof(Filled) != 0;
+  }
+  ~Filled() override { faults += std::ranges::count(content, content[0]) != words; }
+  std::atomic<int>& faults;
+  std::uint64_t content[words];
+};
+
+TEST(NSObject, HasItsMemoryToItselfOnAllThreads) {
+  std::atomic<int> faults = 0;
+  std::array<std::atomic<NSObject*>, 500> slots{};
+  const auto made = [&](unsigned kind) -> Ref<NSObject> {
+    if (kind % 5 == 0) return makeRef<Filled<1>>(faults);
+    if (kind % 5 == 1) return makeRef<Filled<9>>(faults);
+    if (kind % 5 == 2) return makeRef<Filled<11>>(faults);
+    if (kind % 5 == 3) return makeRef<Filled<12>>(faults);
+    return makeRef<Filled<16>>(faults);
+  };
+  storm(4, [&](int, std::mt19937& random) {
+    thread_local Ref<NSObject> released;  // after all that the thread uses from here on
+    released = nullptr;
+    for (int count = 0; count < 20'000; ++count)
+      Ref<NSObject>::adopt(slots[random() % slots.size()].exchange(made(random()).leak()));
+    released = made(0);
+  });
+  for (std::atomic<NSObject*>& slot : slots) Ref<NSObject>::adopt(slot.exchange(nullptr));
+  EXPECT_EQ(faults, 0);
 }
 
 template <int number>
