@@ -103,6 +103,9 @@ const Case concurrentAsync("dispatch.concurrent.async", [](Report& report) {
                              measureInTurns(on(own), theirs), posts));
 });
 
+/// Many timers with a handler and a deadline of their own in an hour; all are then cancelled and
+/// destroyed. The peer calls the handlers of cancelled timers with an error, in `run`; ours are
+/// released without a call. Any thread may use our timers, but only one at a time a peer's one.
 const Case timerCreateCancel("timer.create_cancel", [](Report& report) {
   constexpr std::size_t timers = 100'000;
   const dispatch_queue_t queue = dispatch_queue_create("bench");

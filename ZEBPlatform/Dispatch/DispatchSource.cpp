@@ -178,6 +178,17 @@ TimerSource& timerSource(const dispatch_source_t& source, const char* function) 
 
 }  // namespace
 
+// The timers' thread retains a source that it knows by address, but only while the source is armed,
+// which a cancelled one never is again. A thread that is still inside the cancellation has a
+// reference of its own.
+void DispatchSource::release() const noexcept {
+  if (isUniquelyReferenced() && static_cast<const TimerSource&>(*this).isCancelled()) {
+    releaseOnlyReference();
+  } else {
+    NSObject::release();
+  }
+}
+
 dispatch_source_t dispatch_source_create_timer(const dispatch_queue_t& queue) {
   return makeRef<TimerSource>(queue ? queue
                                     : dispatch_get_global_queue(DISPATCH_QUEUE_PRIORITY_DEFAULT));

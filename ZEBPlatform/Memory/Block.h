@@ -49,6 +49,10 @@ class Block<Result(Arguments...)> {
   struct ClosureBase : NSObject {
     virtual Result invoke(Arguments... arguments) = 0;
     std::string className() const override { return "Block"; }
+    /// A closure is known to its blocks only, so nobody else can retain it when one is left.
+    void release() const noexcept {
+      isUniquelyReferenced() ? releaseOnlyReference() : NSObject::release();
+    }
   };
   template <class Callable>
   struct Closure final : ClosureBase {

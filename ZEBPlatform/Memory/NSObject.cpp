@@ -87,13 +87,16 @@ void NSObject::release() const noexcept {
   if (!isInExtras(strongCount_.load(std::memory_order_relaxed))) {
     const std::uint32_t count = strongCount_.fetch_sub(1, std::memory_order_acq_rel);
     if (!isInExtras(count)) {
-      if (count != 1) return;
-      strongCount_.store(detail::ObjectExtras::beingDestroyed, std::memory_order_relaxed);
-      delete this;
+      if (count == 1) releaseOnlyReference();
       return;
     }
   }
   releaseInExtras();
+}
+
+void NSObject::releaseOnlyReference() const noexcept {
+  strongCount_.store(detail::ObjectExtras::beingDestroyed, std::memory_order_relaxed);
+  delete this;
 }
 
 bool NSObject::retainUnlessDying() const noexcept {

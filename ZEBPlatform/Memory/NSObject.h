@@ -82,6 +82,11 @@ class NSObject {
   /// where they are, for example with a lock held.
   bool releaseUnlessLast() const noexcept;
 
+  /// Deletes the object. The caller's reference must be the only one, as `isUniquelyReferenced`
+  /// answers, and nobody may be able to get another one without it. Without the atomic operation
+  /// of `release`.
+  void releaseOnlyReference() const noexcept;
+
  private:
   friend class detail::ObjectExtras;
 
