@@ -5,6 +5,8 @@
 #include <ZEBPlatform/Json/NSJSONSerialization.h>
 
 #include <chrono>
+#include <thread>
+#include <vector>
 
 #include "Documents.h"
 #include "Heap.h"
@@ -35,11 +37,40 @@ struct Ours {
 
 using OurJson = JsonAdapter<Ours>;
 
-/// Calls `measure(ours, theirs)` with every document and each installed peer. Speeds are reported
-/// in bytes of the original document for both, because no two libraries write the same number of
-/// bytes.
+/// Keeps the first string of a document that is not short, and lets go of the rest.
+struct OurString : Ours {
+  Tree parse(const Text& text) { return firstString(Ours::parse(text)); }
+  Tree firstString(const Tree& tree) {
+    if (std::string(NSString(tree).utf8()).size() >= minKeptStringBytes) return tree;
+    for (const Value& element : NSArray(tree)) {
+      if (Tree found = firstString(element)) return found;
+    }
+    for (const auto& [key, member] : NSDictionary(tree)) {
+      if (Tree found = firstString(member)) return found;
+    }
+    return {};
+  }
+};
+
+struct OurDetachedString : OurString {
+  Tree parse(const Text& text) { return OurString::parse(text).detachedCopy(); }
+};
+
+/// Most bytes of `names` are beyond ASCII, and hardly any of the other documents', so that it is
+/// measured by itself. Without the public files, the generated `languages` takes its place.
+enum class Documents { mostlyASCII, names };
+
+bool belongsTo(const Document& document, Documents group) {
+  const bool isNames = document.name == "names" || document.name == "languages";
+  return isNames == (group == Documents::names);
+}
+
+/// Calls `measure(ours, theirs)` with the group's documents and each installed peer. Speeds are
+/// reported in bytes of the original document for both, because no two libraries write the same
+/// number of bytes.
 template <class Measure>
-void compareWith(const std::vector<JsonPeer>& peers, Report& report, const Measure& measure) {
+void compareWith(const std::vector<JsonPeer>& peers, Documents group, Report& report,
+                 const Measure& measure) {
   for (const JsonPeer& peer : peers) {
     if (!peer.make) {
       report.skip(peer.name);
@@ -47,6 +78,7 @@ void compareWith(const std::vector<JsonPeer>& peers, Report& report, const Measu
     }
     Comparison comparison{megabytesPerSecond, ourName, peer.name, {}};
     for (const Document& document : documents()) {
+      if (!belongsTo(document, group)) continue;
       OurJson ours(document.text);
       const auto theirs = peer.make(document.text);
       ours.keepTree();
@@ -58,18 +90,18 @@ void compareWith(const std::vector<JsonPeer>& peers, Report& report, const Measu
       comparison.samples.push_back(
           {document.name, megabytes / seconds.ours, megabytes / seconds.peer});
     }
-    report.add(std::move(comparison));
+    if (!comparison.samples.empty()) report.add(std::move(comparison));
   }
 }
 
-void measureParsing(Report& report) {
-  compareWith(jsonReaders(), report, [](JsonLibrary& ours, JsonLibrary& theirs) {
+void measureParsing(Documents group, Report& report) {
+  compareWith(jsonReaders(), group, report, [](JsonLibrary& ours, JsonLibrary& theirs) {
     return measureInTurns([&] { ours.parse(); }, [&] { theirs.parse(); });
   });
 }
 
-void measureWriting(Report& report) {
-  compareWith(jsonWriters(), report, [](JsonLibrary& ours, JsonLibrary& theirs) {
+void measureWriting(Documents group, Report& report) {
+  compareWith(jsonWriters(), group, report, [](JsonLibrary& ours, JsonLibrary& theirs) {
     // The texts may differ in the order of keys and in the form of numbers, but not in content.
     OurJson ourText(ours.written()), theirText(theirs.written());
     ourText.keepTree();
@@ -106,28 +138,84 @@ void measureFreeing(Report& report) {
   report.add(std::move(comparison));
 }
 
-void measureMemory(Report& report) {
-  const JsonPeer peer = jsonTreeOwner();
+/// Compares what the heap grew by when each side kept its tree.
+void compareMemory(const char* ourSide, MakeJsonLibrary makeOurs, const JsonPeer& peer,
+                   Report& report) {
   if (!peer.make) return report.skip(peer.name);
-  Comparison comparison{bytes, ourName, peer.name, {}};
+  Comparison comparison{bytes, ourSide, peer.name, {}};
   for (const Document& document : documents()) {
     const auto bytesOfTree = [&](MakeJsonLibrary make) {
       make(document.text)->parse();  // so that what a library allocates once is not counted
       const auto library = make(document.text);
       const auto growth = static_cast<double>(heapGrowth([&] { library->keepTree(); }));
-      require(growth > 0 && library->countValues() > 0, document.name + " gave no tree");
-      return growth;
+      return library->countValues() > 0 ? growth : 0;
     };
-    comparison.samples.push_back(
-        {document.name, bytesOfTree(makeJsonLibrary<OurJson>), bytesOfTree(peer.make)});
+    const Comparison::Sample sample{document.name, bytesOfTree(makeOurs), bytesOfTree(peer.make)};
+    require((sample.ours > 0) == (sample.peer > 0), document.name + " gave one side no tree");
+    // Numbers have no string to keep.
+    if (sample.ours > 0) comparison.samples.push_back(sample);
+  }
+  if (!comparison.samples.empty()) report.add(std::move(comparison));
+}
+
+void measureMemory(Report& report) {
+  compareMemory(ourName, makeJsonLibrary<OurJson>, jsonTreeOwner(), report);
+}
+
+/// What stays allocated when one string of a document is kept. Ours keeps the whole document until
+/// it is detached; the peer's strings have memory of their own.
+void measureKeptString(Report& report) {
+  compareMemory("string of a document", makeJsonLibrary<JsonAdapter<OurString>>, jsonStringKeeper(),
+                report);
+  compareMemory("detached string", makeJsonLibrary<JsonAdapter<OurDetachedString>>,
+                jsonStringKeeper(), report);
+}
+
+/// Four threads visit all values of one parsed document again and again. Our handles of collections
+/// count references, all of them in the document's one counter; the peer's are not counted, and the
+/// parser must outlive them.
+void measureParallelReading(Report& report) {
+  constexpr std::size_t threadCount = 4;
+  constexpr std::size_t minVisits = 100'000;  // of each thread, so that its start hardly counts
+  const JsonPeer peer = jsonUncountedReader();
+  if (!peer.make) return report.skip(peer.name);
+  Comparison comparison{nanoseconds, "4 threads, NSJSONSerialization", peer.name, {}};
+  for (const Document& document : documents()) {
+    OurJson ours(document.text);
+    const auto theirs = peer.make(document.text);
+    ours.keepTree();
+    theirs->keepTree();
+    const std::size_t count = ours.countValues();
+    require(count > 0 && count == theirs->countValues(), document.name + " is read differently");
+    const std::size_t rounds = minVisits / count + 1;
+    const auto visit = [&](JsonLibrary& library) {
+      std::vector<std::thread> threads;
+      for (std::size_t thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([&library, rounds] {
+          for (std::size_t round = 0; round < rounds; ++round) consume(library.countValues());
+        });
+      }
+      for (std::thread& thread : threads) thread.join();
+    };
+    const Seconds seconds = measureInTurns([&] { visit(ours); }, [&] { visit(*theirs); });
+    const double scale = 1e9 / static_cast<double>(threadCount * rounds * count);
+    comparison.samples.push_back({document.name, seconds.ours * scale, seconds.peer * scale});
   }
   report.add(std::move(comparison));
 }
 
-const Case parsing("json.parse", measureParsing);
+const Case parsing("json.parse",
+                   [](Report& report) { measureParsing(Documents::mostlyASCII, report); });
+const Case parsingNames("json.parse.names",
+                        [](Report& report) { measureParsing(Documents::names, report); });
 const Case freeing("json.free", measureFreeing);
-const Case writing("json.write", measureWriting);
+const Case writing("json.write",
+                   [](Report& report) { measureWriting(Documents::mostlyASCII, report); });
+const Case writingNames("json.write.names",
+                        [](Report& report) { measureWriting(Documents::names, report); });
 const Case memory("json.memory", measureMemory);
+const Case keptString("json.memory.string", measureKeptString);
+const Case parallelReading("json.visit.parallel", measureParallelReading);
 
 }  // namespace
 

@@ -62,6 +62,12 @@ std::vector<JsonPeer> jsonReaders();
 std::vector<JsonPeer> jsonWriters();
 /// The library whose tree in memory is compared with ours.
 JsonPeer jsonTreeOwner();
+/// Shorter strings fit into values of some libraries, so that keeping them needs no memory.
+inline constexpr std::size_t minKeptStringBytes = 16;
+/// One whose tree is the first string of a document with that many bytes.
+JsonPeer jsonStringKeeper();
+/// One whose trees are visited without counting references.
+JsonPeer jsonUncountedReader();
 
 std::unique_ptr<JsonLibrary> makeQtJson(std::string_view text);
 

@@ -45,10 +45,32 @@ struct MonotonicBoost final : JsonAdapter<Boost> {
   }
 };
 
+struct StringOfBoost : Boost {
+  Tree parse(const Text& text) { return firstString(Boost::parse(text)); }
+  std::size_t count(const Tree& tree) { return tree.is_string() ? 1 : 0; }
+  Tree firstString(const Tree& tree) {
+    Tree found;
+    if (const auto* text = tree.if_string(); text && text->size() >= minKeptStringBytes)
+      return tree;
+    if (const auto* array = tree.if_array()) {
+      for (auto at = array->begin(); at != array->end() && !found.is_string(); ++at) {
+        found = firstString(*at);
+      }
+    } else if (const auto* object = tree.if_object()) {
+      for (auto at = object->begin(); at != object->end() && !found.is_string(); ++at) {
+        found = firstString(at->value());
+      }
+    }
+    return found;
+  }
+};
+
 constexpr MakeJsonLibrary makeBoost = makeJsonLibrary<JsonAdapter<Boost>>;
+constexpr MakeJsonLibrary makeStringOfBoost = makeJsonLibrary<JsonAdapter<StringOfBoost>>;
 constexpr MakeJsonLibrary makeMonotonicBoost = makeJsonLibrary<MonotonicBoost>;
 #else
 constexpr MakeJsonLibrary makeBoost = nullptr;
+constexpr MakeJsonLibrary makeStringOfBoost = nullptr;
 constexpr MakeJsonLibrary makeMonotonicBoost = nullptr;
 #endif
 
@@ -171,5 +193,7 @@ std::vector<JsonPeer> jsonWriters() {
 }
 
 JsonPeer jsonTreeOwner() { return {"Boost.JSON", makeBoost}; }
+JsonPeer jsonStringKeeper() { return {"Boost.JSON, copied string", makeStringOfBoost}; }
+JsonPeer jsonUncountedReader() { return {"simdjson", makeSimdjson}; }
 
 }  // namespace zeb::bench
