@@ -89,7 +89,7 @@ concept HasStandardHash = requires(const T& object) {
 };
 
 template <ZEBEncodableType T>
-std::string_view encodableNameText() {
+std::string_view nameTextOf() {
   using Name = decltype(T::encodableName());
   if constexpr (std::same_as<Name, const char*>) {
     const char* const name = T::encodableName();
@@ -105,7 +105,7 @@ class OwningBox final : public EncodableBox {
   template <class Source>
   explicit OwningBox(Source&& source) : object(std::forward<Source>(source)) {}
   NSString encodableName() const override { return T::encodableName(); }
-  std::string_view encodableNameText() const override { return detail::encodableNameText<T>(); }
+  std::string_view encodableNameText() const override { return nameTextOf<T>(); }
   void encode(ZEBEncoder& encoder) const override { object.encode(encoder); }
   bool isEqual(const NSObject& other) const override {
     if constexpr (std::equality_comparable<T>) {
@@ -143,7 +143,7 @@ class BorrowingBox final : public EncodableBox {
  public:
   explicit BorrowingBox(const T& borrowed) noexcept : object_(borrowed) {}
   NSString encodableName() const override { return T::encodableName(); }
-  std::string_view encodableNameText() const override { return detail::encodableNameText<T>(); }
+  std::string_view encodableNameText() const override { return nameTextOf<T>(); }
   void encode(ZEBEncoder& encoder) const override { object_.encode(encoder); }
 
  private:
@@ -270,6 +270,11 @@ Value encodableValue(const Sequence& sequence) {
 
 namespace detail {
 
+/// Objects that a box can hold. The type-erased form is not among them: its functions are not
+/// static, but some compilers take it for an encodable type.
+template <class T>
+concept BoxableObject = ZEBEncodableType<T> && !std::same_as<T, ZEBEncodable>;
+
 /// Sequences that become arrays.
 template <class Sequence>
 concept EncodableList =
@@ -289,7 +294,7 @@ Value elementValue(const T& object) {
 
 template <class T>
 void writeParts(ValueSink& sink, const T& object) {
-  if constexpr (ZEBEncodableType<T>) {
+  if constexpr (BoxableObject<T>) {
     sink.object(BorrowingBox<T>(object));
   } else if constexpr (EncodableList<T>) {
     sink.array([&] {
@@ -305,7 +310,7 @@ void writeParts(ValueSink& sink, const T& object) {
 
 template <class T>
 void encodeTyped(ZEBEncoder& encoder, const T& object, const StringKey& forKey) {
-  if constexpr (ZEBEncodableType<T> || EncodableList<T>) {
+  if constexpr (BoxableObject<T> || EncodableList<T>) {
     if (encoder.encodeParts([&](ValueSink& sink) { writeParts(sink, object); }, forKey)) return;
     encoder.encodeObject(static_cast<const Value&>(encodableValue(object)), forKey);
   } else {

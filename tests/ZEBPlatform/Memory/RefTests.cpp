@@ -54,7 +54,7 @@ struct alignas(words == 16 ? 64 : 8) Filled final : NSObject {
 TEST(NSObject, HasItsMemoryToItselfOnAllThreads) {
   std::atomic<int> faults = 0;
   std::array<std::atomic<NSObject*>, 500> slots{};
-  const auto made = [&](unsigned kind) -> Ref<NSObject> {
+  const auto made = [&](std::uint64_t kind) -> Ref<NSObject> {
     if (kind % 5 == 0) return makeRef<Filled<1>>(faults);
     if (kind % 5 == 1) return makeRef<Filled<9>>(faults);
     if (kind % 5 == 2) return makeRef<Filled<11>>(faults);

@@ -199,6 +199,9 @@ TEST(Archive, FieldsAreStoredUnderTheirOwnKeys) {
     const AnyColor unlisted(static_cast<Color>(2));
     EXPECT_EQ(raisedName([&] { encoder.encodeObject(unlisted, "color"); }),
               NSInvalidArgumentException);
+    const std::vector<NSString> texts{"a", nullptr};
+    EXPECT_EQ(raisedName([&] { encoder.encodeObject(texts, "texts"); }),
+              NSInvalidArgumentException);
   }};
   EXPECT_EQ(archived(root),
             R"({"encodableName":"","c_string":"a longer one","c_number":2,"c_type":6,)"
