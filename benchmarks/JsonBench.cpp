@@ -151,7 +151,8 @@ void compareMemory(const char* ourSide, MakeJsonLibrary makeOurs, const JsonPeer
       return library->countValues() > 0 ? growth : 0;
     };
     const Comparison::Sample sample{document.name, bytesOfTree(makeOurs), bytesOfTree(peer.make)};
-    require((sample.ours > 0) == (sample.peer > 0), document.name + ": only one side kept something");
+    require((sample.ours > 0) == (sample.peer > 0),
+            document.name + ": only one side kept something");
     // Numbers have no string to keep.
     if (sample.ours > 0) comparison.samples.push_back(sample);
   }
