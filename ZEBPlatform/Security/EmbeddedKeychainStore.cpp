@@ -241,8 +241,9 @@ class SQLiteKeychainStore : public EmbeddedKeychainStore {
   OSStatus write(const Prepare& prepare, const Work& work);
   /// Calls `visit` with each row that matches.
   template <class Visit>
-  OSStatus select(Lease& lease, KeychainItemClass itemClass, const KeychainColumns& condition,
-                  Values values, std::size_t maxCount, const Visit& visit);
+  OSStatus select(SQLiteConnection& connection, KeychainItemClass itemClass,
+                  const KeychainColumns& condition, Values values, std::size_t maxCount,
+                  const Visit& visit);
 
   const std::shared_ptr<KeychainDatabase> database_;
   const SecretBytes key_;
@@ -268,10 +269,9 @@ OSStatus SQLiteKeychainStore::write(const Prepare& prepare, const Work& work) {
 }
 
 template <class Visit>
-OSStatus SQLiteKeychainStore::select(Lease& lease, KeychainItemClass itemClass,
+OSStatus SQLiteKeychainStore::select(SQLiteConnection& connection, KeychainItemClass itemClass,
                                      const KeychainColumns& condition, Values values,
                                      std::size_t maxCount, const Visit& visit) {
-  SQLiteConnection& connection = lease.connection();
   OSStatus status;
   sqlite3_stmt* const statement = connection.keptStatement(
       statementKey(selectionAction(values), itemClass, condition.present()),
@@ -290,7 +290,7 @@ OSStatus SQLiteKeychainStore::select(Lease& lease, KeychainItemClass itemClass,
   const KeychainAttributeMask selected = selectedAttributes(itemClass, condition.present(), values);
   KeychainColumns row;
   for (;;) {
-    const int result = lease.step(statement);
+    const int result = sqlite3_step(statement);
     if (result != SQLITE_ROW) return connection.statusOf(result);
     status = row.takeRow(statement, firstAttributeColumn, selected, condition);
     if (!status) status = visit(statement, row);
@@ -351,7 +351,7 @@ OSStatus SQLiteKeychainStore::findAll(const KeychainQuery& query, Values values,
   OSStatus status = lease.prepare();
   if (status) return status;
   KeychainCipher& cipher = cipherOf(lease);
-  status = select(lease, query.itemClass, condition, values, maxCount,
+  status = select(lease.connection(), query.itemClass, condition, values, maxCount,
                   [&](sqlite3_stmt* statement, const KeychainColumns& row) {
                     KeychainItem& item = found.emplace_back();
                     item.itemClass = query.itemClass;
@@ -391,7 +391,7 @@ OSStatus SQLiteKeychainStore::updateMatches(Lease& lease, KeychainItemClass item
   const bool movesValues = (changed.present() & identityMask(itemClass)) && !changes.value;
   std::vector<Match> matches;
   OSStatus status =
-      select(lease, itemClass, condition, movesValues ? Values::include : Values::leaveOut,
+      select(connection, itemClass, condition, movesValues ? Values::include : Values::leaveOut,
              SIZE_MAX, [&](sqlite3_stmt* statement, KeychainColumns& row) {
                Match& match = matches.emplace_back();
                match.identifier = sqlite3_column_int64(statement, identifierColumn);

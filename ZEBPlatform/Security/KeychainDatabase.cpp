@@ -1,7 +1,6 @@
 #include <ZEBPlatform/Concurrency/detail/Condition.h>
 #include <ZEBPlatform/Concurrency/detail/Lock.h>
 #include <ZEBPlatform/Concurrency/detail/NeverDestroyed.h>
-#include <ZEBPlatform/Concurrency/detail/Spin.h>
 #include <ZEBPlatform/Linux/detail/FileLock.h>
 #include <ZEBPlatform/Linux/detail/ForkHandlers.h>
 #include <ZEBPlatform/Security/KeychainDatabasePrivate.h>
@@ -16,9 +15,6 @@ namespace {
 
 /// How long an opening waits for another process that makes the same store.
 constexpr double maxSetUpWaitSeconds = 10;
-
-/// Some microseconds.
-constexpr int maxSpinsForTurn = 200;
 
 constexpr const char* databaseName = "/keychain.db";
 
@@ -261,19 +257,6 @@ OSStatus KeychainDatabase::Lease::prepare() {
   if (!status && facts.check != database_.facts_.check) status = errSecInvalidKeychain;
   if (status) connection_ = nullptr;
   return status;
-}
-
-int KeychainDatabase::Lease::step(sqlite3_stmt* statement) noexcept {
-  std::atomic<bool>& isStepping = database_.isStepping_;
-  // Orders no memory, because the flag guards nothing: without a turn the step does the same.
-  const auto takeTurn = [&] {
-    return !isStepping.load(std::memory_order_relaxed) &&
-           !isStepping.exchange(true, std::memory_order_relaxed);
-  };
-  const bool hasTurn = takeTurn() || detail::spin(maxSpinsForTurn, takeTurn);
-  const int result = sqlite3_step(statement);
-  if (hasTurn) isStepping.store(false, std::memory_order_relaxed);
-  return result;
 }
 
 KeychainDatabase::Lease::~Lease() {

@@ -6,7 +6,6 @@
 #include <ZEBPlatform/Security/SQLiteConnectionPrivate.h>
 
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -62,8 +61,6 @@ class KeychainDatabase : public std::enable_shared_from_this<KeychainDatabase> {
   FileIdentity file_;
   KeychainKeyFacts facts_;
 
-  std::atomic<bool> isStepping_{false};  ///< a lease takes its turn at a step
-
   // The following belong to the registry's lock.
   bool isReplaced_ = false;   ///< the file is gone, and the folder may hold another one
   std::uint32_t leased_ = 0;  ///< one bit for each place
@@ -83,10 +80,6 @@ class KeychainDatabase::Lease {
   /// Opens the connection if it is not open, and checks it.
   OSStatus prepare();
   SQLiteConnection& connection() noexcept { return *connection_; }
-  /// Runs a statement of the connection up to its next row. Leases take turns, as long as the wait
-  /// is short: SQLite has locks that all connections of the process share, and threads that meet
-  /// there sleep for longer than the step of a search takes.
-  int step(sqlite3_stmt* statement) noexcept;
   /// The connection's place, below `maxConnections`. No other lease of the database has it.
   std::size_t place() const noexcept { return place_; }
 
