@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 #include <sys/utsname.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 
 #include "Support/Support.h"
 
@@ -102,11 +104,13 @@ TEST(ProcessFacts, MemoryIsInBytesAndFollowsItsUse) {
   const auto before = taskMemory();
   ASSERT_TRUE(before);
   constexpr std::size_t size = 64 << 20;
-  std::vector<char> block(size, 1);
+  // Volatile, so that no compiler leaves the memory out.
+  std::unique_ptr<volatile char[]> block(new volatile char[size]);
+  std::fill_n(block.get(), size, char{1});
   const auto during = taskMemory();
   EXPECT_GE(during->residentSize, before->residentSize + size / 2);
   EXPECT_TRUE(during->virtualSize >= during->residentSize);
-  block = {};
+  block.reset();
   EXPECT_GE(taskMemory()->maxResidentSize, before->residentSize + size / 2);
   EXPECT_TRUE(freePhysicalMemorySize() > 0 && freePhysicalMemorySize() < physicalMemorySize());
 }
