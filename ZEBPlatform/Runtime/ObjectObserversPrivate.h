@@ -151,7 +151,7 @@ class ObjectObservers final : public NSObject {
   /// Removes the entries of observers that have died.
   void removeDead() ZEB_EXCLUDES(lock_);
 
-  /// Makes it a pin of the list as it is now, or an empty pin if there is none.
+  /// Makes `pin` keep the current list readable; it becomes empty if there is no list.
   void pin(ListPin& pin) noexcept {
     if (!list_.isCurrent(pin.list)) pin.list = list_.pin();
   }
