@@ -42,7 +42,7 @@ class NSObject {
   static void operator delete(void*, void*) noexcept {}
 
   void retain() const noexcept {
-    // The first look spares objects with extras the vain change of the count.
+    // Reads first, because changing the count of an object with extras would have no effect.
     if (isInExtras(strongCount_.load(std::memory_order_relaxed)) ||
         isInExtras(strongCount_.fetch_add(1, std::memory_order_relaxed))) [[unlikely]] {
       retainInExtras();
@@ -82,9 +82,8 @@ class NSObject {
   /// where they are, for example with a lock held.
   bool releaseUnlessLast() const noexcept;
 
-  /// Deletes the object. The caller's reference must be the only one, as `isUniquelyReferenced`
-  /// answers, and nobody may be able to get another one without it. Without the atomic operation
-  /// of `release`.
+  /// Deletes the object, without the atomic operation of `release`. The caller's reference must be
+  /// the only one, as `isUniquelyReferenced` answers, and the only way to get another one.
   void releaseOnlyReference() const noexcept;
 
  private:
